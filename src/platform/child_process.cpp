@@ -1,0 +1,148 @@
+#include "platform/child_process.h"
+
+#include "platform/files.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <ctime>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
+namespace zembrastel {
+namespace {
+
+class SpawnActions {
+public:
+    SpawnActions() { posix_spawn_file_actions_init(&actions); }
+    SpawnActions(const SpawnActions&) = delete;
+    SpawnActions& operator=(const SpawnActions&) = delete;
+    ~SpawnActions() { posix_spawn_file_actions_destroy(&actions); }
+    posix_spawn_file_actions_t actions{};
+};
+
+class SpawnAttributes {
+public:
+    SpawnAttributes() {
+        posix_spawnattr_init(&attributes);
+        sigset_t none;
+        sigemptyset(&none);
+        posix_spawnattr_setsigmask(&attributes, &none);
+        sigset_t all;
+        sigfillset(&all);
+        posix_spawnattr_setsigdefault(&attributes, &all);
+        posix_spawnattr_setpgroup(&attributes, 0);
+        posix_spawnattr_setflags(
+            &attributes, static_cast<short>(POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP));
+    }
+    SpawnAttributes(const SpawnAttributes&) = delete;
+    SpawnAttributes& operator=(const SpawnAttributes&) = delete;
+    ~SpawnAttributes() { posix_spawnattr_destroy(&attributes); }
+    posix_spawnattr_t attributes{};
+};
+
+// Keeps SIGPIPE from this thread while it writes, whatever the process does with that signal.
+class PipeSignalBlocked {
+public:
+    PipeSignalBlocked() {
+        sigemptyset(&pipeSignal);
+        sigaddset(&pipeSignal, SIGPIPE);
+        sigset_t pending;
+        sigpending(&pending);
+        wasPending = sigismember(&pending, SIGPIPE) == 1;
+        pthread_sigmask(SIG_BLOCK, &pipeSignal, &before);
+    }
+    PipeSignalBlocked(const PipeSignalBlocked&) = delete;
+    PipeSignalBlocked& operator=(const PipeSignalBlocked&) = delete;
+    ~PipeSignalBlocked() {
+        const timespec atOnce{};
+        if (!wasPending) {
+            while (sigtimedwait(&pipeSignal, nullptr, &atOnce) < 0 && errno == EINTR) {
+            }
+        }
+        pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    }
+
+private:
+    sigset_t pipeSignal{};
+    sigset_t before{};
+    bool wasPending = false;
+};
+
+} // namespace
+
+ChildProcess::~ChildProcess() {
+    if (process < 0) return;
+    terminate();
+    wait();
+    collect();
+}
+
+void ChildProcess::start() {
+    std::array<int, 2> ends{};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) throwFileError("pipe", command.executable);
+    const Descriptor readingEnd(ends[0]);
+    Descriptor writingEnd(ends[1]);
+
+    SpawnActions spawn;
+    posix_spawn_file_actions_adddup2(&spawn.actions, readingEnd.get(), STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&spawn.actions, command.output, STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&spawn.actions, command.errors, STDERR_FILENO);
+    if (command.workingFolder >= 0) posix_spawn_file_actions_addfchdir_np(&spawn.actions, command.workingFolder);
+    posix_spawn_file_actions_addclosefrom_np(&spawn.actions, STDERR_FILENO + 1);
+
+    std::vector<char*> arguments{command.executable.data()};
+    for (auto& argument : command.arguments) arguments.push_back(argument.data());
+    arguments.push_back(nullptr);
+    const SpawnAttributes how;
+    const int failed =
+        ::posix_spawn(&process, command.executable.c_str(), &spawn.actions, &how.attributes, arguments.data(), environ);
+    if (failed != 0) {
+        process = -1;
+        throwFileError("posix_spawn", command.executable, failed);
+    }
+    input = std::move(writingEnd);
+}
+
+bool ChildProcess::writeInput(std::string_view bytes) {
+    const PipeSignalBlocked quiet;
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(input.get(), bytes.data(), bytes.size());
+        if (written < 0 && errno == EINTR) continue;
+        if (written < 0) return false;
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+void ChildProcess::closeInput() { input.close(); }
+
+void ChildProcess::wait() const {
+    siginfo_t ended{};
+    while (::waitid(P_PID, static_cast<id_t>(process), &ended, WEXITED | WNOWAIT) != 0 && errno == EINTR) {
+    }
+}
+
+ChildProcess::Exit ChildProcess::collect() {
+    int status = 0;
+    pid_t collected = -1;
+    do {
+        collected = ::waitpid(process, &status, 0);
+    } while (collected < 0 && errno == EINTR);
+    const bool known = collected == process;
+    process = -1;
+    input.close();
+    // Where the exits of children are ignored, nobody can tell how this one ended: it did not end well.
+    if (!known) return {.exited = false, .code = 0};
+    if (WIFEXITED(status)) return {.exited = true, .code = WEXITSTATUS(status)};
+    return {.exited = false, .code = WTERMSIG(status)};
+}
+
+void ChildProcess::terminate() const noexcept {
+    if (process < 0) return;
+    ::kill(process, SIGTERM);
+    ::kill(process, SIGCONT);
+}
+
+} // namespace zembrastel

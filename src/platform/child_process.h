@@ -1,0 +1,62 @@
+// One child process: started without a shell, fed through a pipe, waited for by its own id.
+//
+// Identity; owned by the thread that runs it. Only terminate() may come from another thread, and only between start()
+// and collect(): until collect() the kernel keeps the id reserved, so a request to end can never hit a stranger.
+//
+// The child gets the three standard streams and no other descriptor, default signal handling, and a process group of
+// its own, so that Ctrl-C in a terminal reaches it only through this program.
+#pragma once
+
+#include "platform/descriptor.h"
+
+#include <string>
+#include <string_view>
+#include <sys/types.h>
+#include <vector>
+
+namespace zembrastel {
+
+class ChildProcess {
+public:
+    struct Command {
+        std::string executable; // absolute path
+        std::vector<std::string> arguments = {};
+        int output = -1;        // borrowed until start() returned: the child's standard output
+        int errors = -1;        // likewise its standard error
+        int workingFolder = -1; // likewise the folder it works in; this program's own when negative
+    };
+
+    struct Exit {
+        bool exited = false; // false when a signal ended it
+        int code = 0;        // exit status, or the signal's number
+    };
+
+    explicit ChildProcess(Command what) : command(std::move(what)) {}
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+    // Ends and collects a child that is still there.
+    ~ChildProcess();
+
+    // Throws std::filesystem::filesystem_error, naming the executable.
+    void start();
+
+    // Writes to the child's standard input, blocking while the pipe is full. False when the child no longer reads.
+    [[nodiscard]] bool writeInput(std::string_view bytes);
+    void closeInput();
+
+    // Blocks until the child has ended, and leaves its exit to collect().
+    void wait() const;
+
+    // The exit of a child that wait() has seen end. From here on the child is gone.
+    Exit collect();
+
+    // Asks the child to end (SIGTERM; a stopped child is let go on so that it can). Does not wait.
+    void terminate() const noexcept;
+
+private:
+    Command command;
+    Descriptor input;
+    pid_t process = -1;
+};
+
+} // namespace zembrastel

@@ -1,0 +1,176 @@
+#include "platform/files.h"
+
+#include "platform/descriptor.h"
+#include "platform/uuid.h"
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <fcntl.h>
+#include <sys/sendfile.h>
+#include <sys/stat.h>
+
+namespace zembrastel {
+namespace {
+
+constexpr std::size_t copyPiece = std::size_t{64} << 20;
+constexpr std::string_view writeSuffix = ".part";
+
+void writeAll(int descriptor, std::string_view bytes, const std::filesystem::path& name) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+        if (written < 0 && errno == EINTR) continue;
+        if (written < 0) throwFileError("write", name);
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+}
+
+void flushFolder(const std::filesystem::path& folder) {
+    const Descriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!opened) throwFileError("open", folder);
+    // Some file systems cannot flush a folder and need not.
+    if (::fsync(opened.get()) != 0 && errno != EINVAL && errno != EROFS) throwFileError("fsync", folder);
+}
+
+// Removes the file unless it was kept.
+class TemporaryFile {
+public:
+    explicit TemporaryFile(std::filesystem::path file) : path(std::move(file)) {}
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+    ~TemporaryFile() {
+        if (!kept) ::unlink(path.c_str());
+    }
+    void keep() { kept = true; }
+
+private:
+    std::filesystem::path path;
+    bool kept = false;
+};
+
+// How copy_file_range and sendfile say that they cannot serve these two files, before anything was copied.
+bool meansUnsupported(int errorNumber) {
+    return errorNumber == EXDEV || errorNumber == EOPNOTSUPP || errorNumber == EINVAL || errorNumber == ENOSYS
+           || errorNumber == EPERM || errorNumber == EBADF;
+}
+
+ssize_t copyByReading(int from, int to) {
+    std::array<char, 1 << 16> buffer;
+    const ssize_t size = ::read(from, buffer.data(), buffer.size());
+    for (ssize_t done = 0; done < size;) {
+        const ssize_t written = ::write(to, buffer.data() + done, static_cast<std::size_t>(size - done));
+        if (written < 0 && errno == EINTR) continue;
+        if (written < 0) return -1;
+        done += written;
+    }
+    return size;
+}
+
+} // namespace
+
+void throwFileError(const char* operation, const std::filesystem::path& file, int errorNumber) {
+    throw std::filesystem::filesystem_error(operation, file, std::error_code(errorNumber, std::system_category()));
+}
+
+void throwFileError(const char* operation, const std::filesystem::path& file) {
+    throwFileError(operation, file, errno);
+}
+
+void makePrivateFolders(const std::filesystem::path& folder) {
+    if (folder.empty() || std::filesystem::is_directory(folder)) return;
+    makePrivateFolders(folder.parent_path());
+    if (::mkdir(folder.c_str(), S_IRWXU) == 0) return;
+    const int errorNumber = errno;
+    if (errorNumber == EEXIST && std::filesystem::is_directory(folder)) return; // a trailing "/", or another program
+    throwFileError("mkdir", folder, errorNumber);
+}
+
+void writeAtomically(const std::filesystem::path& file, std::string_view bytes) {
+    const std::filesystem::path temporary = file.string() + "." + Uuid::random().text() + std::string(writeSuffix);
+    Descriptor opened(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    if (!opened) throwFileError("open", temporary);
+    TemporaryFile guard(temporary);
+    // The process's umask may have taken more away than the mode asked for.
+    if (::fchmod(opened.get(), S_IRUSR | S_IWUSR) != 0) throwFileError("chmod", temporary);
+    writeAll(opened.get(), bytes, temporary);
+    if (::fsync(opened.get()) != 0) throwFileError("fsync", temporary);
+    opened.close();
+    if (::rename(temporary.c_str(), file.c_str()) != 0) throwFileError("rename", file);
+    guard.keep();
+    flushFolder(file.parent_path());
+}
+
+void removeStaleWrites(const std::filesystem::path& file) {
+    const std::string prefix = file.filename().string() + ".";
+    std::error_code ignored; // a leftover that cannot be looked at or removed does no harm
+    for (const auto& entry : std::filesystem::directory_iterator(file.parent_path(), ignored)) {
+        const std::string name = entry.path().filename().string();
+        if (name.size() < prefix.size() + writeSuffix.size() || !name.starts_with(prefix)
+            || !name.ends_with(writeSuffix)) {
+            continue;
+        }
+        const std::string_view middle =
+            std::string_view(name).substr(prefix.size(), name.size() - prefix.size() - writeSuffix.size());
+        if (!Uuid::parse(middle)) continue;
+        const auto written = std::filesystem::last_write_time(entry.path(), ignored);
+        if (ignored || std::filesystem::file_time_type::clock::now() - written < std::chrono::hours(1)) continue;
+        std::filesystem::remove(entry.path(), ignored);
+    }
+}
+
+std::optional<std::string> readFile(const std::filesystem::path& file) {
+    const Descriptor opened(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!opened && errno == ENOENT) return std::nullopt;
+    if (!opened) throwFileError("open", file);
+    struct stat attributes {};
+    if (::fstat(opened.get(), &attributes) != 0) throwFileError("stat", file);
+    std::string bytes;
+    std::size_t length = 0;
+    // One byte more than the size says, so that the end is seen without growing.
+    bytes.resize(static_cast<std::size_t>(attributes.st_size) + 1);
+    while (true) {
+        const ssize_t size = ::read(opened.get(), bytes.data() + length, bytes.size() - length);
+        if (size < 0 && errno == EINTR) continue;
+        if (size < 0) throwFileError("read", file);
+        if (size == 0) break;
+        length += static_cast<std::size_t>(size);
+        if (length == bytes.size()) bytes.resize(bytes.size() * 2);
+    }
+    bytes.resize(length);
+    return bytes;
+}
+
+void copyContents(int from, int to, const std::filesystem::path& name, const std::function<void()>& checkpoint) {
+    using Copier = ssize_t (*)(int, int);
+    static constexpr std::array<Copier, 3> copiers{
+        [](int source, int target) { return ::copy_file_range(source, nullptr, target, nullptr, copyPiece, 0); },
+        [](int source, int target) { return ::sendfile(target, source, nullptr, copyPiece); },
+        copyByReading,
+    };
+    std::size_t copier = 0;
+    std::size_t copied = 0;
+    std::size_t sinceCheckpoint = copyPiece;
+    while (true) {
+        if (sinceCheckpoint >= copyPiece) {
+            checkpoint();
+            sinceCheckpoint = 0;
+        }
+        const ssize_t size = copiers[copier](from, to);
+        if (size < 0 && errno == EINTR) continue;
+        if (size < 0 && copied == 0 && copier + 1 < copiers.size() && meansUnsupported(errno)) {
+            ++copier;
+            continue;
+        }
+        if (size < 0) throwFileError("copy", name);
+        if (size == 0 && copied == 0 && copier == 0) {
+            // copy_file_range finds nothing in files that only look empty, such as those of /proc.
+            ++copier;
+            continue;
+        }
+        if (size == 0) return;
+        copied += static_cast<std::size_t>(size);
+        sinceCheckpoint += static_cast<std::size_t>(size);
+    }
+}
+
+} // namespace zembrastel

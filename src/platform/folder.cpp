@@ -1,0 +1,114 @@
+#include "platform/folder.h"
+
+#include "platform/files.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <fcntl.h>
+#include <linux/openat2.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace zembrastel {
+namespace {
+
+constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+constexpr mode_t newFolderMode = 0777; // less the umask, as any program's
+
+int openWithoutLinks(const std::filesystem::path& path) {
+    open_how how{};
+    how.flags = static_cast<std::uint64_t>(folderFlags);
+    how.resolve = RESOLVE_NO_SYMLINKS;
+    const long opened = ::syscall(SYS_openat2, AT_FDCWD, path.c_str(), &how, sizeof how);
+    if (opened >= 0 || (errno != ENOSYS && errno != EPERM)) return static_cast<int>(opened);
+    // No openat2 here (before Linux 5.6, or kept away by a sandbox): component by component.
+    Descriptor folder(::open("/", folderFlags));
+    for (const auto& component : path.relative_path()) {
+        if (!folder) return -1;
+        if (component.empty()) continue;
+        folder = Descriptor(::openat(folder.get(), component.c_str(), folderFlags));
+    }
+    return folder ? ::fcntl(folder.get(), F_DUPFD_CLOEXEC, 0) : -1;
+}
+
+} // namespace
+
+Folder Folder::open(const std::filesystem::path& path) {
+    Descriptor opened(openWithoutLinks(path));
+    if (opened) return {std::move(opened), path};
+    const int errorNumber = errno;
+    // O_DIRECTORY calls a link at the end "not a directory".
+    const bool link = errorNumber == ENOTDIR && std::filesystem::is_symlink(path);
+    throwFileError("open", path, link ? ELOOP : errorNumber);
+}
+
+std::optional<Folder> Folder::enter(const std::string& name) const {
+    Descriptor entered(::openat(opened.get(), name.c_str(), folderFlags));
+    if (entered) return Folder(std::move(entered), place / name);
+    const int errorNumber = errno;
+    if (errorNumber == ENOENT) return std::nullopt;
+    if (errorNumber == ENOTDIR || errorNumber == ELOOP) {
+        const auto item = attributes(name);
+        if (item && S_ISLNK(item->st_mode)) throwFileError("open", place / name, ELOOP);
+        return std::nullopt;
+    }
+    throwFileError("open", place / name, errorNumber);
+}
+
+Folder Folder::enterOrMake(const std::string& name) const {
+    if (::mkdirat(opened.get(), name.c_str(), newFolderMode) != 0 && errno != EEXIST) {
+        throwFileError("mkdir", place / name);
+    }
+    auto entered = enter(name);
+    if (!entered) throwFileError("mkdir", place / name, ENOTDIR);
+    return std::move(*entered);
+}
+
+std::optional<struct stat> Folder::attributes(const std::string& name) const {
+    struct stat item {};
+    if (::fstatat(opened.get(), name.c_str(), &item, AT_SYMLINK_NOFOLLOW) == 0) return item;
+    if (errno == ENOENT) return std::nullopt;
+    throwFileError("stat", place / name);
+}
+
+Descriptor Folder::openForReading(const std::string& name) const {
+    // Not blocking: the name may have come to stand for a FIFO.
+    Descriptor file(::openat(opened.get(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    if (!file) throwFileError("open", place / name);
+    return file;
+}
+
+Descriptor Folder::create(const std::string& name, mode_t mode) const {
+    Descriptor file(::openat(opened.get(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
+    if (!file) throwFileError("open", place / name);
+    return file;
+}
+
+bool Folder::install(const std::string& name, const std::string& newName) const {
+    if (::linkat(opened.get(), name.c_str(), opened.get(), newName.c_str(), 0) == 0) return true;
+    if (errno == EEXIST) return false;
+    const int linkError = errno;
+    if (linkError == EPERM || linkError == EOPNOTSUPP || linkError == ENOSYS || linkError == EMLINK) {
+        // No hard links here: a rename that refuses to replace does the same.
+        if (::renameat2(opened.get(), name.c_str(), opened.get(), newName.c_str(), RENAME_NOREPLACE) == 0) return true;
+        if (errno == EEXIST) return false;
+    }
+    throwFileError("link", place / newName, linkError);
+}
+
+bool Folder::exchange(const std::string& name, const std::string& other) const {
+    if (::renameat2(opened.get(), name.c_str(), opened.get(), other.c_str(), RENAME_EXCHANGE) == 0) return true;
+    if (errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP) return false;
+    throwFileError("rename", place / other);
+}
+
+void Folder::replace(const std::string& name, const Folder& target, const std::string& newName) const {
+    if (::renameat(opened.get(), name.c_str(), target.opened.get(), newName.c_str()) != 0) {
+        throwFileError("rename", target.place / newName);
+    }
+}
+
+void Folder::remove(const std::string& name) const noexcept { ::unlinkat(opened.get(), name.c_str(), 0); }
+
+} // namespace zembrastel

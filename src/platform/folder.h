@@ -1,0 +1,60 @@
+// An open folder, and what can be done with the items in it, never through a symbolic link.
+//
+// Everything is relative to the held descriptor, so a folder that is renamed or swapped for a link meanwhile cannot
+// lead an operation astray. Names are single components. Any thread. Failures are thrown as
+// std::filesystem::filesystem_error; one that met a symbolic link has the code ELOOP.
+#pragma once
+
+#include "platform/descriptor.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <sys/stat.h>
+
+namespace zembrastel {
+
+class Folder {
+public:
+    // Opens the folder at an absolute path of which no component is a link.
+    [[nodiscard]] static Folder open(const std::filesystem::path& path);
+
+    // The folder of that name in this one; nothing when there is no item of that name, or one that is no folder.
+    [[nodiscard]] std::optional<Folder> enter(const std::string& name) const;
+
+    // The same, made first when it is missing; an item of another kind is an error.
+    [[nodiscard]] Folder enterOrMake(const std::string& name) const;
+
+    // Of the item itself; nothing when there is none.
+    [[nodiscard]] std::optional<struct stat> attributes(const std::string& name) const;
+
+    [[nodiscard]] Descriptor openForReading(const std::string& name) const;
+
+    // Makes a new file; one that exists is an error.
+    [[nodiscard]] Descriptor create(const std::string& name, mode_t mode) const;
+
+    // Gives a file the further, or only, name `newName`. False, with nothing changed, when an item of that name exists.
+    [[nodiscard]] bool install(const std::string& name, const std::string& newName) const;
+
+    // Swaps two files in one step. False, with nothing done, where the file system cannot.
+    [[nodiscard]] bool exchange(const std::string& name, const std::string& other) const;
+
+    // Moves the file over what the name in the target folder stands for.
+    void replace(const std::string& name, const Folder& target, const std::string& newName) const;
+
+    // Removes the file if it is there.
+    void remove(const std::string& name) const noexcept;
+
+    [[nodiscard]] int descriptor() const { return opened.get(); }
+
+    // Where the folder was when it was opened, for messages.
+    [[nodiscard]] const std::filesystem::path& path() const { return place; }
+
+private:
+    Folder(Descriptor held, std::filesystem::path where) : opened(std::move(held)), place(std::move(where)) {}
+
+    Descriptor opened;
+    std::filesystem::path place;
+};
+
+} // namespace zembrastel

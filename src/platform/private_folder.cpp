@@ -1,0 +1,46 @@
+#include "platform/private_folder.h"
+
+#include "platform/files.h"
+#include "platform/standard_paths.h"
+#include "platform/uuid.h"
+
+#include <chrono>
+#include <string>
+#include <string_view>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace zembrastel {
+namespace {
+
+constexpr std::string_view prefix = "zembrastel-";
+
+bool isStale(const std::filesystem::path& folder) {
+    const std::string name = folder.filename().string();
+    if (!name.starts_with(prefix) || !Uuid::parse(std::string_view(name).substr(prefix.size()))) return false;
+    struct stat attributes {};
+    if (::lstat(folder.c_str(), &attributes) != 0 || !S_ISDIR(attributes.st_mode)) return false;
+    const auto modified = std::chrono::system_clock::from_time_t(attributes.st_mtim.tv_sec);
+    return attributes.st_uid == ::geteuid() && std::chrono::system_clock::now() - modified > std::chrono::hours(1);
+}
+
+} // namespace
+
+PrivateFolder::PrivateFolder() : folder(temporaryFolder() / (std::string(prefix) + Uuid::random().text())) {
+    if (::mkdir(folder.c_str(), S_IRWXU) != 0) throwFileError("mkdir", folder);
+}
+
+PrivateFolder::~PrivateFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(folder, ignored);
+}
+
+void removeStalePrivateFolders() {
+    std::error_code ignored; // another program may be removing the same things
+    for (const auto& entry : std::filesystem::directory_iterator(temporaryFolder(), ignored)) {
+        if (isStale(entry.path())) std::filesystem::remove_all(entry.path(), ignored);
+    }
+}
+
+} // namespace zembrastel

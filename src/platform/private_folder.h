@@ -1,0 +1,27 @@
+// A working folder in the system's temporary folder, for its owner alone, gone with the object.
+#pragma once
+
+#include <filesystem>
+
+namespace zembrastel {
+
+class PrivateFolder {
+public:
+    // Makes "zembrastel-" and a fresh id with mode 0700. Throws std::filesystem::filesystem_error.
+    PrivateFolder();
+    PrivateFolder(const PrivateFolder&) = delete;
+    PrivateFolder& operator=(const PrivateFolder&) = delete;
+    // Removes the folder with all it holds; what cannot be removed stays.
+    ~PrivateFolder();
+
+    [[nodiscard]] const std::filesystem::path& path() const { return folder; }
+
+private:
+    std::filesystem::path folder;
+};
+
+// Removes the folders that runs of this user left behind when they were killed: those over an hour old, which is
+// longer than any transfer may take.
+void removeStalePrivateFolders();
+
+} // namespace zembrastel

@@ -1,0 +1,312 @@
+#include "platform/text.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+#include <unicode/coll.h>
+#include <unicode/locid.h>
+#include <unicode/parsepos.h>
+#include <unicode/smpdtfmt.h>
+#include <unicode/timezone.h>
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
+
+namespace zembrastel {
+namespace {
+
+constexpr std::string_view hexDigits = "0123456789ABCDEF";
+
+// One character and the bytes it takes; `value` is negative for bytes that are not valid UTF-8.
+struct CodePoint {
+    UChar32 value;
+    std::size_t size;
+};
+
+// The two macros of ICU narrow integers inside.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wconversion"
+
+// The text must not be empty. Handing ICU one character's worth of it keeps its 32-bit indices out of long texts.
+CodePoint firstCodePoint(std::string_view text) {
+    const auto length = static_cast<std::int32_t>(std::min<std::size_t>(text.size(), U8_MAX_LENGTH));
+    std::int32_t index = 0;
+    UChar32 value = 0;
+    U8_NEXT(text.data(), index, length, value);
+    return {value, static_cast<std::size_t>(index)};
+}
+
+CodePoint lastCodePoint(std::string_view text) {
+    const std::string_view tail = text.substr(text.size() - std::min<std::size_t>(text.size(), U8_MAX_LENGTH));
+    auto index = static_cast<std::int32_t>(tail.size());
+    UChar32 value = 0;
+    U8_PREV(tail.data(), 0, index, value);
+    return {value, tail.size() - static_cast<std::size_t>(index)};
+}
+
+#pragma GCC diagnostic pop
+
+bool isWhitespace(UChar32 c) {
+    if (c < 0x80) return c == ' ' || (c >= '\t' && c <= '\r');
+    return u_isUWhiteSpace(c) != 0;
+}
+
+bool isBlank(UChar32 c) {
+    if (c < 0x80) return c == ' ' || c == '\t';
+    return u_charType(c) == U_SPACE_SEPARATOR;
+}
+
+bool isDigit(UChar32 c) {
+    if (c < 0x80) return c >= '0' && c <= '9';
+    return u_charType(c) == U_DECIMAL_DIGIT_NUMBER;
+}
+
+bool isInvalid(UChar32 c) { return c < 0; }
+
+bool isControl(UChar32 c) { return c < 0x20 || (c >= 0x7F && c < 0xA0); }
+
+// How many bytes at the start of the text are certainly all between `lowest` and U+007F. Looks at eight at a time and
+// so may stop up to seven short.
+std::size_t plainPrefix(std::string_view text, unsigned char lowest) {
+    constexpr std::uint64_t everyByte = 0x0101010101010101U;
+    std::size_t size = 0;
+    for (std::uint64_t word = 0; size + sizeof word <= text.size(); size += sizeof word) {
+        std::memcpy(&word, text.data() + size, sizeof word);
+        // A byte's highest bit is set by itself or, where it is below `lowest`, by the subtraction.
+        if (((word | (word - everyByte * lowest)) & (everyByte * 0x80)) != 0) break;
+    }
+    return size;
+}
+
+// The first character of a kind, and its bytes; at the end of the text, with size 0, when there is none.
+struct Place {
+    std::size_t at;
+    std::size_t size;
+};
+
+// Is the text's first character of the kind sought, and how many bytes on does the search go?
+struct Step {
+    bool found;
+    std::size_t size;
+};
+
+// No ASCII character from `plain` on may be of the kind.
+template <class Look>
+Place findFirst(std::string_view text, unsigned char plain, Look look) {
+    std::size_t at = 0;
+    while (at < text.size()) {
+        at += plainPrefix(text.substr(at), plain);
+        // Through the word that holds something else, or the rest that fills no word.
+        for (const std::size_t end = std::min(at + sizeof(std::uint64_t), text.size()); at < end;) {
+            const Step next = look(text.substr(at));
+            if (next.found) return {at, next.size};
+            at += next.size;
+        }
+    }
+    return {at, 0};
+}
+
+template <class Class>
+Place findCharacter(std::string_view text, unsigned char plain, Class belongs) {
+    return findFirst(text, plain, [belongs](std::string_view rest) {
+        const CodePoint next = firstCodePoint(rest);
+        return Step{belongs(next.value), next.size};
+    });
+}
+
+// Goes by bytes: the first byte of a character is never inside another, so nothing needs decoding to find a few.
+Step lineBreakStep(std::string_view rest) {
+    constexpr Step goOn{false, 1};
+    switch (rest.front()) {
+    case '\n':
+    case '\v':
+    case '\f':
+    case '\r':
+        return {true, 1};
+    case '\xC2':
+        return rest.starts_with("\u0085") ? Step{true, 2} : goOn;
+    case '\xE2':
+        return rest.starts_with("\u2028") || rest.starts_with("\u2029") ? Step{true, 3} : goOn;
+    default:
+        return goOn;
+    }
+}
+
+Place findLineBreak(std::string_view text) { return findFirst(text, '\r' + 1, lineBreakStep); }
+
+template <class Class>
+std::size_t leading(std::string_view text, Class belongs) {
+    if (text.empty()) return 0;
+    const CodePoint first = firstCodePoint(text);
+    return belongs(first.value) ? first.size : 0;
+}
+
+template <class Class>
+std::string_view trimmedOf(std::string_view text, Class belongs) {
+    while (const std::size_t size = leading(text, belongs)) text.remove_prefix(size);
+    while (!text.empty()) {
+        const CodePoint last = lastCodePoint(text);
+        if (!belongs(last.value)) break;
+        text.remove_suffix(last.size);
+    }
+    return text;
+}
+
+template <class Keep>
+std::vector<std::string_view> splitWhere(std::string_view text, char separator, Keep keep) {
+    std::vector<std::string_view> pieces;
+    for (;;) {
+        const std::size_t end = text.find(separator);
+        const std::string_view piece = text.substr(0, end);
+        if (keep(piece)) pieces.push_back(piece);
+        if (end == std::string_view::npos) return pieces;
+        text.remove_prefix(end + 1);
+    }
+}
+
+constexpr bool isUnreserved(char byte) {
+    return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || (byte >= '0' && byte <= '9') || byte == '-'
+           || byte == '.' || byte == '_' || byte == '~';
+}
+
+void appendHex(std::string& text, std::string_view prefix, char byte) {
+    const auto value = static_cast<unsigned char>(byte);
+    text += prefix;
+    text += hexDigits[value >> 4];
+    text += hexDigits[value & 0x0F];
+}
+
+void require(UErrorCode status, const char* what) {
+    if (U_FAILURE(status) != 0) throw std::runtime_error(std::string(what) + ": " + u_errorName(status));
+}
+
+std::unique_ptr<const icu::Collator> makeNameOrder() {
+    // The POSIX locale is no language: it would set all capitals before all small letters.
+    const icu::Locale& user = icu::Locale::getDefault();
+    const bool noLanguage = std::string_view(user.getVariant()) == "POSIX";
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::Collator> order(
+        icu::Collator::createInstance(noLanguage ? icu::Locale::getRoot() : user, status));
+    require(status, "No order of names");
+    order->setAttribute(UCOL_NUMERIC_COLLATION, UCOL_ON, status);
+    order->setAttribute(UCOL_STRENGTH, UCOL_SECONDARY, status);
+    require(status, "No file-manager order of names");
+    return order;
+}
+
+icu::StringPiece piece(std::string_view text) {
+    return {text.data(), static_cast<std::int32_t>(std::min<std::size_t>(text.size(), INT32_MAX))};
+}
+
+icu::SimpleDateFormat makeHttpDateFormat() {
+    UErrorCode status = U_ZERO_ERROR;
+    icu::SimpleDateFormat format(u"EEE, dd MMM yyyy HH:mm:ss zzz", icu::Locale("en_US_POSIX"), status);
+    require(status, "No date format");
+    format.setTimeZone(*icu::TimeZone::getGMT());
+    format.setLenient(false);
+    return format;
+}
+
+} // namespace
+
+bool isValidUtf8(std::string_view text) { return findCharacter(text, 0, isInvalid).size == 0; }
+
+bool containsLineBreak(std::string_view text) { return findLineBreak(text).size != 0; }
+
+bool containsWhitespace(std::string_view text) { return findCharacter(text, ' ' + 1, isWhitespace).size != 0; }
+
+std::size_t leadingWhitespace(std::string_view text) { return leading(text, isWhitespace); }
+
+std::size_t leadingDigit(std::string_view text) { return leading(text, isDigit); }
+
+std::string_view trimmed(std::string_view text) { return trimmedOf(text, isWhitespace); }
+
+std::string_view trimmedBlanks(std::string_view text) { return trimmedOf(text, isBlank); }
+
+std::vector<std::string_view> nonEmptyLines(std::string_view text) {
+    std::vector<std::string_view> lines;
+    while (!text.empty()) {
+        const Place end = findLineBreak(text);
+        if (end.at != 0) lines.push_back(text.substr(0, end.at));
+        text.remove_prefix(end.at + end.size);
+    }
+    return lines;
+}
+
+std::vector<std::string_view> split(std::string_view text, char separator) {
+    return splitWhere(text, separator, [](std::string_view) { return true; });
+}
+
+std::vector<std::string_view> splitNonEmpty(std::string_view text, char separator) {
+    return splitWhere(text, separator, [](std::string_view piece) { return !piece.empty(); });
+}
+
+std::string join(const std::vector<std::string_view>& pieces, char separator) {
+    std::string text;
+    for (const std::string_view& piece : pieces) {
+        if (&piece != &pieces.front()) text += separator;
+        text += piece;
+    }
+    return text;
+}
+
+std::string asciiLowercase(std::string_view text) {
+    std::string lower(text);
+    for (char& byte : lower) {
+        if (byte >= 'A' && byte <= 'Z') byte = static_cast<char>(byte - 'A' + 'a');
+    }
+    return lower;
+}
+
+std::string percentEncoded(std::string_view text) {
+    std::string encoded;
+    encoded.reserve(text.size());
+    for (const char byte : text) {
+        if (isUnreserved(byte)) {
+            encoded += byte;
+        } else {
+            appendHex(encoded, "%", byte);
+        }
+    }
+    return encoded;
+}
+
+std::string printable(std::string_view text) {
+    std::string shown;
+    shown.reserve(text.size());
+    while (!text.empty()) {
+        const CodePoint next = firstCodePoint(text);
+        const std::string_view bytes = text.substr(0, next.size);
+        if (isControl(next.value)) { // negative values of invalid bytes among them
+            for (const char byte : bytes) appendHex(shown, "\\x", byte);
+        } else {
+            shown += bytes;
+        }
+        text.remove_prefix(next.size);
+    }
+    return shown;
+}
+
+int compareNames(std::string_view a, std::string_view b) {
+    static const std::unique_ptr<const icu::Collator> order = makeNameOrder();
+    UErrorCode status = U_ZERO_ERROR;
+    const UCollationResult result = order->compareUTF8(piece(a), piece(b), status);
+    require(status, "Names cannot be compared");
+    return result;
+}
+
+std::optional<std::chrono::sys_seconds> parseHttpDate(std::string_view text) {
+    constexpr std::size_t longest = 256; // bytes, more than any name of a time zone needs
+    if (text.size() > longest) return std::nullopt;
+    thread_local const icu::SimpleDateFormat format = makeHttpDateFormat(); // not to be shared between threads
+    const icu::UnicodeString date = icu::UnicodeString::fromUTF8(piece(text));
+    icu::ParsePosition position(0);
+    const UDate milliseconds = format.parse(date, position);
+    if (position.getErrorIndex() >= 0 || position.getIndex() != date.length()) return std::nullopt;
+    return std::chrono::sys_seconds(std::chrono::seconds(static_cast<std::int64_t>(std::floor(milliseconds / 1000))));
+}
+
+} // namespace zembrastel
