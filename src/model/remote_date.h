@@ -1,0 +1,39 @@
+// A modification date on the server.
+//
+// Kept as the saved state keeps it, in seconds since 2001-01-01 00:00:00 UTC, so that a date read from the file is
+// written back bit for bit; counting from 1970 would round its last binary digit away.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <string>
+
+namespace zembrastel {
+
+// Tag of the time points below: their epoch is 2001-01-01 00:00:00 UTC.
+struct ReferenceEpoch {
+    using rep = double;
+    using period = std::ratio<1>;
+    using duration = std::chrono::duration<double>;
+    using time_point = std::chrono::time_point<ReferenceEpoch>;
+};
+
+using RemoteDate = ReferenceEpoch::time_point;
+
+// Relative path to the server's date of that file.
+using RemoteDates = std::map<std::string, RemoteDate, std::less<>>;
+
+// 1970-01-01 to 2001-01-01.
+inline constexpr std::chrono::duration<double> referenceEpochSince1970{978307200};
+
+[[nodiscard]] inline RemoteDate toRemoteDate(std::chrono::sys_seconds instant) {
+    return RemoteDate(std::chrono::duration<double>(instant.time_since_epoch()) - referenceEpochSince1970);
+}
+
+// Seconds since 1970-01-01 00:00:00 UTC, comparable with Fingerprint::modified.
+[[nodiscard]] inline std::chrono::duration<double> sinceUnixEpoch(RemoteDate date) {
+    return date.time_since_epoch() + referenceEpochSince1970;
+}
+
+} // namespace zembrastel

@@ -1,0 +1,36 @@
+// Everything that is remembered between runs, apart from passwords, and its JSON form.
+//
+// Values and pure functions; any thread. Doubles and 64-bit integers survive the round trip exactly.
+#pragma once
+
+#include "model/fingerprint.h"
+#include "model/profile.h"
+#include "model/remote_date.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zembrastel {
+
+struct SavedState {
+    std::vector<Profile> profiles;                          // in the order the user sees them
+    std::map<Uuid, FileMap> baselines;                      // each local file as last uploaded or downloaded
+    std::optional<std::map<Uuid, RemoteDates>> remoteDates; // server dates last seen or acknowledged
+
+    friend bool operator==(const SavedState&, const SavedState&) = default;
+};
+
+// Compact JSON, keys as the fields are named. Throws SyncError when a text is not UTF-8 or a number is not finite.
+[[nodiscard]] std::string encode(const SavedState& state);
+
+// Throws SyncError, naming the place and what is wrong there, without a full stop at the end.
+[[nodiscard]] SavedState decodeSavedState(std::string_view json);
+
+// One profile object, alone; errors as above.
+[[nodiscard]] std::string encode(const Profile& profile);
+[[nodiscard]] Profile decodeProfile(std::string_view json);
+
+} // namespace zembrastel

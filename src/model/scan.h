@@ -1,0 +1,27 @@
+// The local folder of a profile as a map of its files.
+//
+// Blocks its thread for one walk of the folder; reads names and attributes, never contents. Runs on every poll.
+#pragma once
+
+#include "model/fingerprint.h"
+#include "model/profile.h"
+
+#include <functional>
+#include <string_view>
+
+namespace zembrastel {
+
+struct ScanHooks {
+    // Called every few entries; what it throws ends the scan. For stopping.
+    std::function<void()> checkpoint = [] {};
+    // Called with each path whose name is not valid UTF-8: it can be neither saved nor sent, and is left out with all
+    // it holds.
+    std::function<void(std::string_view path)> unusableName = [](std::string_view) {};
+};
+
+// Every regular file that is not excluded and belongs to the sync selection, by relative path. Links are never
+// followed, not even one that takes a folder's place during the walk. Throws SyncError, or the system's
+// std::filesystem::filesystem_error for an item that cannot be read; there is no partial result.
+[[nodiscard]] FileMap scan(const Profile& profile, const ScanHooks& hooks = {});
+
+} // namespace zembrastel
