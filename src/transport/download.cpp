@@ -1,0 +1,231 @@
+#include "model/error.h"
+#include "platform/files.h"
+#include "platform/folder.h"
+#include "platform/uuid.h"
+#include "transport/ftp_transport.h"
+#include "transport/local_place.h"
+
+#include <cerrno>
+#include <cmath>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace zembrastel {
+namespace {
+
+constexpr std::chrono::seconds dateTolerance{1};
+constexpr mode_t permissionBits = 07777;
+
+// A server file fetched to a temporary name in the folder where it is to be installed; removed unless it was moved on.
+class FetchedFile {
+public:
+    FetchedFile(const FTPTransport& transport, const std::string& path, const Folder& into)
+        : folder(into), name(temporaryName()) {
+        try {
+            // curl works in the folder itself, so nobody can swap a link into the path of its output.
+            transport.run(path, false, {{"output", name}, {"remote-time"}}, &folder);
+        } catch (...) {
+            folder.remove(name);
+            throw;
+        }
+    }
+    FetchedFile(const FetchedFile&) = delete;
+    FetchedFile& operator=(const FetchedFile&) = delete;
+    ~FetchedFile() {
+        if (!kept) folder.remove(name);
+    }
+
+    // Flushes the contents to the disk and, where given, sets the permission bits. Done before the file is installed:
+    // a crash that left it short would otherwise have the short file uploaded as a local edit.
+    void settle(std::optional<mode_t> permissions) const {
+        const Descriptor file = folder.openForReading(name);
+        if (permissions && ::fchmod(file.get(), *permissions & permissionBits) != 0) {
+            throwFileError("chmod", folder.path() / name);
+        }
+        if (::fsync(file.get()) != 0) throwFileError("fsync", folder.path() / name);
+    }
+
+    // Leaves the file of that name where it is.
+    void keep() const { kept = true; }
+
+    const Folder& folder;
+    const std::string name;
+
+private:
+    mutable bool kept = false;
+};
+
+bool differs(RemoteDate a, RemoteDate b) {
+    return std::abs((a - b).count()) >= std::chrono::duration<double>(dateTolerance).count();
+}
+
+// Copies contents, permission bits and modification time of the file to its place under a new backup folder.
+LocalPlace makeBackup(const std::string& localFolder, const LocalPlace& original, const TransferControl& control) {
+    auto backup = LocalPlace::resolveMakingFolders(
+        localFolder, ".zembrastel-backups/" + Uuid::random().text() + "/" + original.path);
+    const Descriptor from = original.parent->openForReading(original.name);
+    struct stat attributes {};
+    if (::fstat(from.get(), &attributes) != 0) throwFileError("stat", original.url);
+    const Descriptor to = backup.parent->create(backup.name, S_IRUSR | S_IWUSR);
+    copyContents(from.get(), to.get(), backup.url, [&control] { control.check(); });
+    const timespec times[] = {attributes.st_atim, attributes.st_mtim};
+    if (::futimens(to.get(), times) != 0 || ::fchmod(to.get(), attributes.st_mode & permissionBits) != 0) {
+        throwFileError("chmod", backup.url);
+    }
+    if (::fsync(to.get()) != 0) throwFileError("fsync", backup.url);
+    return backup;
+}
+
+// Puts the fetched file in the place of the local version with this fingerprint. False, with the local file as it was,
+// when that is no longer the version in place. The replaced file itself becomes the backup, in the place of its copy:
+// whatever a program that still has it open writes to it is then in the backup.
+bool install(
+    const FetchedFile& fetched, const LocalPlace& local, const Fingerprint& version, const LocalPlace& backup) {
+    const Folder& folder = *local.parent;
+    const auto current = local.attributes();
+    if (!current || Fingerprint::of(*current) != version) return false;
+    fetched.settle(current->st_mode);
+    if (!folder.exchange(fetched.name, local.name)) {
+        folder.replace(fetched.name, folder, local.name);
+        return true;
+    }
+    const auto displaced = folder.attributes(fetched.name);
+    if (displaced && Fingerprint::of(*displaced) == version) {
+        try {
+            folder.replace(fetched.name, *backup.parent, backup.name);
+        } catch (const std::filesystem::filesystem_error&) {
+            // The backup folder may be on another file system; the copy in it is the backup then.
+        }
+        return true;
+    }
+    // An edit slipped in between the look and the exchange: it goes back to where it was. Until it is there, the
+    // temporary name is the only one it has.
+    fetched.keep();
+    if (folder.exchange(fetched.name, local.name)) folder.remove(fetched.name);
+    return false;
+}
+
+class TreeDownload {
+public:
+    TreeDownload(
+        const FTPTransport& downloader, const FTPTransport::Report& reportLine,
+        const FTPTransport::Installed& fileInstalled)
+        : transport(downloader), profile(downloader.profile), report(reportLine), installed(fileInstalled),
+          selection(
+              profile.initialDownloadSelection ? profile.initialDownloadSelection : profile.effectiveSyncSelection()) {}
+
+    void folder(const std::string& path, int depth) const {
+        transport.control->check();
+        profile.validateDownloadSelection();
+        checkFolderDepth(depth);
+        for (const auto& entry : transport.list(path)) {
+            const std::string relative = childPath(path, entry.name);
+            if (profile.exclusions.matchEntry(relative)) continue;
+            if (selection && !(entry.directory ? selection->shouldVisit(relative) : selection->includes(relative))) {
+                continue;
+            }
+            const auto local = LocalPlace::resolve(profile.localFolder, relative);
+            entry.directory ? subfolder(local, depth) : file(local, entry);
+        }
+    }
+
+private:
+    void subfolder(const LocalPlace& local, int depth) const {
+        const auto item = local.attributes();
+        if (item && !S_ISDIR(item->st_mode)) {
+            keepDifferentType(local);
+            return;
+        }
+        if (!item) {
+            const auto made = LocalPlace::resolveMakingFolders(profile.localFolder, local.path);
+            (void)made.parent->enterOrMake(made.name);
+        }
+        folder(local.path, depth + 1);
+    }
+
+    void file(const LocalPlace& local, const RemoteEntry& entry) const {
+        const auto item = local.attributes();
+        if (!item) {
+            downloadMissing(local.path);
+        } else if (S_ISREG(item->st_mode)) {
+            updateOlder(local.path, Fingerprint::of(*item), entry);
+        } else {
+            keepDifferentType(local);
+        }
+    }
+
+    void keepDifferentType(const LocalPlace& local) const {
+        report("Kept local item with a different type: " + local.path);
+    }
+
+    void downloadMissing(const std::string& path) const {
+        const auto local = LocalPlace::resolveMakingFolders(profile.localFolder, path);
+        report("Downloading " + path);
+        const FetchedFile fetched(transport, path, *local.parent);
+        fetched.settle(std::nullopt);
+        if (local.parent->install(fetched.name, local.name)) {
+            installed(path, local.fingerprint());
+        } else {
+            report("Kept existing local file: " + path);
+        }
+    }
+
+    void updateOlder(const std::string& path, const Fingerprint& local, const RemoteEntry& entry) const {
+        const RemoteDate date = entry.modified ? *entry.modified : transport.modificationDate(path);
+        if (!shouldOffer(date, local, std::nullopt)) {
+            report("Kept local file with the same or newer date: " + path);
+            return;
+        }
+        report("Downloading newer server copy: " + path);
+        installed(path, transport.replaceLocal({.path = path, .local = local, .remoteDate = date}));
+        report("Updated older local file: " + path + " (previous local copy backed up)");
+    }
+
+    const FTPTransport& transport;
+    const Profile& profile;
+    const FTPTransport::Report& report;
+    const FTPTransport::Installed& installed;
+    const std::optional<DownloadSelection> selection;
+};
+
+} // namespace
+
+std::filesystem::path FTPTransport::safeLocalURL(std::string_view path) const {
+    return LocalPlace::resolve(profile.localFolder, path).url;
+}
+
+void FTPTransport::downloadTree(
+    const std::string& path, int depth, const Report& report, const Installed& installed) const {
+    TreeDownload(*this, report, installed).folder(path, depth);
+}
+
+Fingerprint FTPTransport::replaceLocal(const RemoteChange& change) const {
+    const std::string& path = change.path;
+    control->check();
+    auto local = LocalPlace::resolve(profile.localFolder, path);
+    if (local.fingerprint() != change.local) {
+        throw SyncError(path + " changed locally after the comparison. Review it again before replacing it.");
+    }
+    const RemoteDate before = modificationDate(path);
+    if (differs(before, change.remoteDate)) {
+        throw SyncError(path + " changed on the server after the comparison. Check again for the latest version.");
+    }
+    const Folder folder = std::move(*local.parent);
+    const FetchedFile fetched(*this, path, folder);
+    if (differs(modificationDate(path), before)) {
+        throw SyncError(path + " changed on the server during the download. The local copy was kept; check again.");
+    }
+    control->check();
+    local = LocalPlace::resolve(profile.localFolder, path);
+    if (local.fingerprint() != change.local) {
+        throw SyncError(path + " was edited locally while downloading. The local edit was kept; check again.");
+    }
+    const auto backup = makeBackup(profile.localFolder, local, *control);
+    control->check();
+    if (!install(fetched, local, change.local, backup)) {
+        throw SyncError(path + " changed while making its backup. The local copy was kept; check again.");
+    }
+    return local.fingerprint();
+}
+
+} // namespace zembrastel

@@ -1,0 +1,93 @@
+// Every conversation with a server: one value for one profile and one job, and its operations.
+//
+// Each operation is one or more runs of curl, one after another, and blocks its thread until they end; none belongs on
+// the main context. Transports may share a control: cancelling it ends whatever runs under it, and every operation then
+// fails with Cancelled. All other failures are SyncErrors, curl's own words among them, or the system's errors
+// (std::filesystem::filesystem_error) passed on unchanged. No failure leaves a torn file on either side.
+//
+// Paths are relative, "/" between components, the same below the local and the remote folder; "" is the folder itself.
+#pragma once
+
+#include "model/fingerprint.h"
+#include "model/profile.h"
+#include "transport/remote_change.h"
+#include "transport/remote_entry.h"
+#include "transport/transfer_control.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zembrastel {
+
+class Folder;
+
+// One line of curl's configuration: a long option's name and, where it takes one, its value.
+struct TransferOption {
+    std::string key;
+    std::optional<std::string> value = std::nullopt;
+};
+
+struct FTPTransport {
+    using Report = std::function<void(const std::string& line)>;
+    using Installed = std::function<void(const std::string& path, const Fingerprint& fingerprint)>;
+
+    Profile profile;
+    std::string password;
+    std::shared_ptr<TransferControl> control;
+
+    // One run of curl: the options that every operation has, then `options`. Returns what curl wrote to its standard
+    // output. A path of the local side among the options may be relative to `workingFolder`, where one is given.
+    std::string run(
+        std::string_view path, bool directory, const std::vector<TransferOption>& options,
+        const Folder* workingFolder = nullptr) const;
+
+    // The entries of one remote folder, in the server's order: those of MLSD that LIST shows as well, with MLSD's
+    // dates, or where the server has no MLSD those of LIST, without dates.
+    [[nodiscard]] std::vector<RemoteEntry> list(std::string_view path) const;
+
+    // The server's modification date of one file; never a guess.
+    [[nodiscard]] RemoteDate modificationDate(std::string_view path) const;
+
+    // The number of entries in the profile's remote folder. Reads only.
+    [[nodiscard]] std::size_t test() const;
+
+    // Sends the version of the local file that has this fingerprint, under a temporary name that is renamed over the
+    // live file once it is complete. Missing remote folders are made. A failure at any moment leaves the live file as
+    // it was; a temporary file may stay on the server.
+    void upload(const std::string& path, const Fingerprint& fingerprint) const;
+
+    // Where the file or folder of this path is, or would be. Throws SyncError when the path is not safe or a symbolic
+    // link stands anywhere on the way.
+    [[nodiscard]] std::filesystem::path safeLocalURL(std::string_view path) const;
+
+    // The initial download of the chosen contents below `path`, which is `depth` levels below the remote folder.
+    // Installs what is missing locally and replaces, with a backup, what is older than the server's; keeps all else.
+    // `report` gets a line for each step, `installed` each file written: both are called on this thread.
+    void downloadTree(const std::string& path, int depth, const Report& report, const Installed& installed) const;
+
+    // Replaces one local file by the server's newer version, with the old one as a backup under .zembrastel-backups,
+    // unless either side changed since the comparison. Returns the new local fingerprint.
+    Fingerprint replaceLocal(const RemoteChange& change) const;
+
+    // The scanned local files whose server copy somebody else made newer, ordered as a file manager would. `baseline`
+    // and `knownDates` are what was recorded at the last synchronisation; `report` gets a line for each folder.
+    [[nodiscard]] std::vector<RemoteChange> newerRemoteFiles(
+        const FileMap& baseline, const RemoteDates& knownDates, const Report& report) const;
+};
+
+// Deeper remote folders are refused: no real site has them, and a link that a server follows can go on for ever.
+inline constexpr int mostFolderLevels = 128;
+
+// Throws the SyncError for a folder `depth` levels below the remote one, when that is too deep.
+void checkFolderDepth(int depth);
+
+// The path of `name` in the folder `path`.
+[[nodiscard]] std::string childPath(std::string_view path, std::string_view name);
+
+} // namespace zembrastel

@@ -1,0 +1,239 @@
+#include "transport/listing_parsers.h"
+
+#include "model/error.h"
+#include "platform/text.h"
+#include "transport/remote_url.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace zembrastel {
+namespace {
+
+// Calls `take` with every line that is not empty, without its line feed and one carriage return before it.
+template <class Take>
+void forEachLine(std::string_view text, Take take) {
+    while (!text.empty()) {
+        const std::size_t end = text.find('\n');
+        std::string_view line = text.substr(0, end);
+        if (line.ends_with('\r')) line.remove_suffix(1);
+        if (!line.empty()) take(line);
+        text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+    }
+}
+
+void requireValidName(std::string_view name) {
+    if (!validName(name)) throw SyncError("The server returned an unsafe filename.");
+}
+
+constexpr char lowercase(char byte) { return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte; }
+
+// Is this ASCII `word`, which is in lower case, at the start of the text, in any case?
+bool startsWith(std::string_view text, std::string_view word) {
+    if (text.size() < word.size()) return false;
+    return std::ranges::equal(
+        text.substr(0, word.size()), word, [](char byte, char expected) { return lowercase(byte) == expected; });
+}
+
+bool isWord(std::string_view text, std::string_view word) {
+    return text.size() == word.size() && startsWith(text, word);
+}
+
+// The first fact that begins with this key, "=" included.
+std::optional<std::string_view> findFact(std::string_view facts, std::string_view key) {
+    while (!facts.empty()) {
+        const std::size_t end = std::min(facts.find(';'), facts.size());
+        if (startsWith(facts.substr(0, end), key)) return facts.substr(0, end);
+        facts.remove_prefix(std::min(end + 1, facts.size()));
+    }
+    return std::nullopt;
+}
+
+// Walks along one line. Each step takes as much as it can and is never taken back: where a list of columns is
+// separated by white space, no other way to divide the line exists.
+class Columns {
+public:
+    explicit Columns(std::string_view line) : rest(line) {}
+
+    [[nodiscard]] std::string_view remaining() const { return rest; }
+
+    bool oneOf(std::string_view set) {
+        if (rest.empty() || set.find(rest.front()) == std::string_view::npos) return false;
+        rest.remove_prefix(1);
+        return true;
+    }
+
+    bool everyOf(std::string_view set, std::size_t count) {
+        for (; count != 0; --count) {
+            if (!oneOf(set)) return false;
+        }
+        return true;
+    }
+
+    bool word(std::string_view expected) {
+        if (!startsWith(rest, expected)) return false;
+        rest.remove_prefix(expected.size());
+        return true;
+    }
+
+    bool oneWhitespace() { return take(whitespaceSize()); }
+
+    bool whitespace() {
+        if (!oneWhitespace()) return false;
+        while (oneWhitespace()) {
+        }
+        return true;
+    }
+
+    bool nonWhitespace() {
+        if (rest.empty() || whitespaceSize() != 0) return false;
+        do {
+            rest.remove_prefix(1);
+        } while (!rest.empty() && whitespaceSize() == 0);
+        return true;
+    }
+
+    bool digits(std::size_t least = 1, std::size_t most = std::string_view::npos) {
+        std::size_t count = 0;
+        while (count < most && take(digitSize())) ++count;
+        return count >= least;
+    }
+
+private:
+    std::string_view rest;
+
+    bool take(std::size_t size) {
+        rest.remove_prefix(size);
+        return size != 0;
+    }
+
+    [[nodiscard]] std::size_t whitespaceSize() const {
+        if (rest.empty()) return 0;
+        const char first = rest.front();
+        if (static_cast<unsigned char>(first) >= 0x80) return leadingWhitespace(rest);
+        return first == ' ' || (first >= '\t' && first <= '\r') ? 1 : 0;
+    }
+
+    [[nodiscard]] std::size_t digitSize() const {
+        if (rest.empty()) return 0;
+        const char first = rest.front();
+        if (static_cast<unsigned char>(first) >= 0x80) return leadingDigit(rest);
+        return first >= '0' && first <= '9' ? 1 : 0;
+    }
+};
+
+enum class Kind { file, directory, link };
+
+struct ListLine {
+    Kind kind;
+    std::string_view name;
+};
+
+// A line with a line break in its name is not of either form: nobody can say where such a name ends.
+std::optional<ListLine> listLine(Kind kind, std::string_view name) {
+    if (containsLineBreak(name)) return std::nullopt;
+    return ListLine{kind, name};
+}
+
+Kind unixKind(char letter) {
+    if (letter == 'd') return Kind::directory;
+    return letter == 'l' ? Kind::link : Kind::file;
+}
+
+// "drwxr-xr-x  2 web  www  4096 Jan  1 12:00 name": one blank alone ends the last column, more belong to the name.
+std::optional<ListLine> unixLine(std::string_view line) {
+    Columns columns(line);
+    if (!columns.oneOf("d-l") || !columns.everyOf("rwxstST-", 9)) return std::nullopt;
+    columns.oneOf("+@."); // an access list, attributes or a security context
+    const bool links = columns.whitespace() && columns.digits();
+    const bool owner = links && columns.whitespace() && columns.nonWhitespace();
+    const bool group = owner && columns.whitespace() && columns.nonWhitespace();
+    const bool size = group && columns.whitespace() && columns.digits();
+    const bool month = size && columns.whitespace() && columns.nonWhitespace();
+    const bool day = month && columns.whitespace() && columns.digits();
+    const bool time = day && columns.whitespace() && columns.nonWhitespace();
+    if (!time || !columns.oneWhitespace()) return std::nullopt;
+    return listLine(unixKind(line.front()), columns.remaining());
+}
+
+// "01-02-2026  10:15AM       <DIR>          name": all blanks before the name are the column's padding.
+std::optional<ListLine> windowsLine(std::string_view line) {
+    Columns columns(line);
+    const bool date = columns.digits(2, 2) && columns.oneOf("-") && columns.digits(2, 2) && columns.oneOf("-")
+                      && columns.digits(2, 4);
+    const bool time = date && columns.whitespace() && columns.digits(1, 2) && columns.oneOf(":") && columns.digits(2, 2)
+                      && (columns.word("am") || columns.word("pm"));
+    if (!time || !columns.whitespace()) return std::nullopt;
+    const bool directory = columns.word("<dir>");
+    if (!directory && !columns.digits()) return std::nullopt;
+    if (!columns.whitespace()) return std::nullopt;
+    return listLine(directory ? Kind::directory : Kind::file, columns.remaining());
+}
+
+int number(std::string_view digits) {
+    int value = 0;
+    for (const char digit : digits) value = value * 10 + (digit - '0');
+    return value;
+}
+
+} // namespace
+
+std::vector<RemoteEntry> parseMLSD(std::string_view text) {
+    std::vector<RemoteEntry> entries;
+    forEachLine(text, [&](std::string_view line) {
+        const std::size_t space = line.find(' ');
+        if (space == std::string_view::npos) {
+            throw SyncError("The server returned an invalid MLSD directory listing.");
+        }
+        const std::string_view facts = line.substr(0, space);
+        const std::string_view name = line.substr(space + 1);
+        const std::optional<std::string_view> type = findFact(facts, "type=");
+        if (!type) throw SyncError("The server listing has no file type.");
+        const bool directory = isWord(*type, "type=dir");
+        if (!directory && !isWord(*type, "type=file")) return;
+        requireValidName(name);
+        constexpr std::string_view modifyKey = "modify=";
+        const std::optional<std::string_view> modify = findFact(facts, modifyKey);
+        entries.push_back(
+            {std::string(name), directory, modify ? parseFTPDate(modify->substr(modifyKey.size())) : std::nullopt});
+    });
+    return entries;
+}
+
+std::vector<RemoteEntry> parseLIST(std::string_view text) {
+    std::vector<RemoteEntry> entries;
+    forEachLine(text, [&](std::string_view line) {
+        if (line.starts_with("total ")) return;
+        std::optional<ListLine> item = unixLine(line);
+        if (!item) item = windowsLine(line);
+        if (!item) {
+            throw SyncError("Cannot safely read this server's directory format. "
+                            "The server should support MLSD or standard Unix/Windows LIST.");
+        }
+        if (item->kind == Kind::link || item->name == "." || item->name == "..") return;
+        requireValidName(item->name);
+        entries.push_back({std::string(item->name), item->kind == Kind::directory, std::nullopt});
+    });
+    return entries;
+}
+
+std::optional<RemoteDate> parseFTPDate(std::string_view text) {
+    constexpr std::size_t length = 14;
+    const std::string_view stamp = text.substr(0, length);
+    if (stamp.size() < length || !std::ranges::all_of(stamp, [](char c) { return c >= '0' && c <= '9'; })) {
+        return std::nullopt;
+    }
+    const auto field = [&](std::size_t at, std::size_t size) { return number(stamp.substr(at, size)); };
+    const std::chrono::year_month_day date(
+        std::chrono::year(field(0, 4)), std::chrono::month(static_cast<unsigned>(field(4, 2))),
+        std::chrono::day(static_cast<unsigned>(field(6, 2))));
+    const int hour = field(8, 2);
+    const int minute = field(10, 2);
+    const int second = field(12, 2);
+    if (field(0, 4) == 0 || !date.ok() || hour > 23 || minute > 59 || second > 59) return std::nullopt;
+    return toRemoteDate(
+        std::chrono::sys_days(date) + std::chrono::hours(hour) + std::chrono::minutes(minute)
+        + std::chrono::seconds(second));
+}
+
+} // namespace zembrastel

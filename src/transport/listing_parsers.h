@@ -1,0 +1,27 @@
+// The text of a directory listing, as entries.
+//
+// Pure functions; any thread. Strict: a listing that cannot be read with certainty is refused as a whole with a
+// SyncError, and so is one with a name that is no valid path component. Entries come in listing order. The time taken
+// grows with the length of the text and with nothing else, whatever a server sends. The text is expected to be UTF-8.
+#pragma once
+
+#include "transport/remote_entry.h"
+
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace zembrastel {
+
+// The machine-readable listing (RFC 3659, 7). Entries that are neither file nor folder are left out, links among them.
+[[nodiscard]] std::vector<RemoteEntry> parseMLSD(std::string_view text);
+
+// The listing made for people, in its Unix or its Windows form, line by line. It gives no dates. Symbolic links and the
+// folder's own entries are left out.
+[[nodiscard]] std::vector<RemoteEntry> parseLIST(std::string_view text);
+
+// The instant of "20200101123456", in UTC; what follows the fourteenth character is not looked at. Nothing when those
+// characters are no date and time of the calendar.
+[[nodiscard]] std::optional<RemoteDate> parseFTPDate(std::string_view text);
+
+} // namespace zembrastel

@@ -1,0 +1,39 @@
+// The local file or folder of a relative path, reached without following a symbolic link.
+//
+// Holds the folder that the item is in, so that later steps work on the same folder even when somebody renames it or
+// puts a link in its place meanwhile. Any thread.
+#pragma once
+
+#include "model/fingerprint.h"
+#include "platform/folder.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace zembrastel {
+
+struct LocalPlace {
+    std::filesystem::path url;
+    std::string path;             // relative to the local folder
+    std::optional<Folder> parent; // nothing while a folder on the way is missing
+    std::string name;             // in the parent
+
+    // Throws SyncError for an unsafe path, and for a symbolic link anywhere on the way or at its end.
+    [[nodiscard]] static LocalPlace resolve(const std::string& localFolder, std::string_view path);
+
+    // The same, with the folders on the way made where they are missing.
+    [[nodiscard]] static LocalPlace resolveMakingFolders(const std::string& localFolder, std::string_view path);
+
+    // Of the item itself; nothing when there is none. A link is an error as in resolve().
+    [[nodiscard]] std::optional<struct stat> attributes() const;
+
+    // Throws std::filesystem::filesystem_error when there is no item.
+    [[nodiscard]] Fingerprint fingerprint() const;
+};
+
+// "." and the name of a temporary file, unique, of the kind that is never synchronised.
+[[nodiscard]] std::string temporaryName();
+
+} // namespace zembrastel

@@ -1,0 +1,98 @@
+#include "model/scan.h"
+#include "platform/text.h"
+#include "transport/ftp_transport.h"
+
+#include <algorithm>
+#include <chrono>
+#include <unordered_set>
+
+namespace zembrastel {
+namespace {
+
+constexpr std::chrono::duration<double> precision{1.0};
+
+// Every folder that holds one of the files, at any depth; not the root.
+std::unordered_set<std::string_view> foldersOf(const FileMap& files) {
+    std::unordered_set<std::string_view> folders;
+    for (const auto& [path, fingerprint] : files) {
+        // A known folder's own parents are known.
+        for (auto slash = path.rfind('/'); slash != std::string::npos; slash = path.rfind('/', slash - 1)) {
+            if (!folders.insert(std::string_view(path).substr(0, slash)).second || slash == 0) break;
+        }
+    }
+    return folders;
+}
+
+class Comparison {
+public:
+    Comparison(
+        const FTPTransport& used, const FileMap& scanned, const FileMap& synchronised, const RemoteDates& known,
+        const FTPTransport::Report& reportLine)
+        : transport(used), local(scanned), baseline(synchronised), knownDates(known), report(reportLine),
+          folders(foldersOf(scanned)) {}
+
+    void walk(const std::string& path, int depth) {
+        transport.control->check();
+        checkFolderDepth(depth);
+        report(path.empty() ? "Comparing the remote folder" : "Comparing " + path);
+        for (const auto& entry : transport.list(path)) {
+            const std::string relative = childPath(path, entry.name);
+            if (transport.profile.exclusions.matchEntry(relative)) continue;
+            if (!entry.directory) {
+                compare(relative, entry);
+            } else if (folders.contains(relative)) {
+                walk(relative, depth + 1);
+            }
+        }
+    }
+
+    std::vector<RemoteChange> changes;
+
+private:
+    void compare(const std::string& path, const RemoteEntry& entry) {
+        const auto file = local.find(path);
+        if (file == local.end()) return;
+        const RemoteDate date = entry.modified ? *entry.modified : transport.modificationDate(path);
+        const auto known = knownDates.find(path);
+        if (!shouldOffer(date, file->second, known == knownDates.end() ? std::nullopt : std::optional(known->second))) {
+            return;
+        }
+        const auto synchronised = baseline.find(path);
+        changes.push_back(
+            {.path = path,
+             .local = file->second,
+             .remoteDate = date,
+             .bothChanged = synchronised != baseline.end() && synchronised->second != file->second});
+    }
+
+    const FTPTransport& transport;
+    const FileMap& local;
+    const FileMap& baseline;
+    const RemoteDates& knownDates;
+    const FTPTransport::Report& report;
+    const std::unordered_set<std::string_view> folders;
+};
+
+} // namespace
+
+bool shouldOffer(RemoteDate remote, const Fingerprint& local, std::optional<RemoteDate> knownRemote) {
+    if (sinceUnixEpoch(remote) <= std::chrono::duration<double>(local.modified) + precision) return false;
+    return !knownRemote || remote - *knownRemote > precision;
+}
+
+std::vector<RemoteChange> FTPTransport::newerRemoteFiles(
+    const FileMap& baseline, const RemoteDates& knownDates, const Report& report) const {
+    const FileMap local = scan(profile, {.checkpoint = [this] { control->check(); }});
+    if (local.empty()) {
+        (void)list(""); // a server that cannot be reached is still to be told
+        return {};
+    }
+    Comparison comparison(*this, local, baseline, knownDates, report);
+    comparison.walk("", 0);
+    std::stable_sort(
+        comparison.changes.begin(), comparison.changes.end(),
+        [](const RemoteChange& a, const RemoteChange& b) { return compareNames(a.path, b.path) < 0; });
+    return std::move(comparison.changes);
+}
+
+} // namespace zembrastel

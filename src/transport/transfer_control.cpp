@@ -1,0 +1,31 @@
+#include "transport/transfer_control.h"
+
+#include "model/error.h"
+#include "platform/child_process.h"
+
+namespace zembrastel {
+
+void TransferControl::launch(ChildProcess& child) {
+    const std::lock_guard guard(lock);
+    if (stopped) throw Cancelled();
+    child.start();
+    process = &child;
+}
+
+void TransferControl::check() const {
+    const std::lock_guard guard(lock);
+    if (stopped) throw Cancelled();
+}
+
+void TransferControl::cancel() {
+    const std::lock_guard guard(lock);
+    stopped = true;
+    if (process != nullptr) process->terminate();
+}
+
+void TransferControl::clear() {
+    const std::lock_guard guard(lock);
+    process = nullptr;
+}
+
+} // namespace zembrastel

@@ -1,0 +1,34 @@
+// The cancellation handle of one job: ends the transfer under way and refuses every later one.
+//
+// Shared by the model, which cancels (main context), and the transport calls of the job (their own thread). Holds the
+// program's one lock, never while waiting for a child process.
+#pragma once
+
+#include <mutex>
+
+namespace zembrastel {
+
+class ChildProcess;
+
+class TransferControl {
+public:
+    // Starts `child` and remembers it until clear(). Throws Cancelled, starting nothing, once the control is stopped;
+    // a failed start is thrown as ChildProcess::start() throws it.
+    void launch(ChildProcess& child);
+
+    // Throws Cancelled once the control is stopped. Called between the steps of every long loop.
+    void check() const;
+
+    // Stops the control for good and asks a running child to end. Returns without waiting for it.
+    void cancel();
+
+    // Forgets the child, which must still be uncollected.
+    void clear();
+
+private:
+    mutable std::mutex lock;
+    ChildProcess* process = nullptr;
+    bool stopped = false;
+};
+
+} // namespace zembrastel

@@ -1,0 +1,37 @@
+// Throw-away TLS certificates, and the trust in them.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace zembrastel::testing {
+
+// Paths of PEM files; the last three hold key and certificate, as servers take them.
+struct Certificates {
+    std::filesystem::path ca;        // signed the three certificates
+    std::filesystem::path otherCa;   // an authority that signed none
+    std::filesystem::path server;    // for localhost and 127.0.0.1
+    std::filesystem::path wrongHost; // for another host
+    std::filesystem::path expired;   // for localhost, but long over
+};
+
+// Made at the first call, for this process, and removed at its end. Throws std::runtime_error.
+[[nodiscard]] const Certificates& certificates();
+
+// While it lives, the curl that this process starts trusts this authority and no other.
+//
+// It changes the environment (CURL_CA_BUNDLE, which wins over all that the machine may have set), which no other thread
+// may be using at that moment: make it before any thread is started and let it go after all have ended.
+class ScopedTrust {
+public:
+    explicit ScopedTrust(const std::filesystem::path& authority);
+    ScopedTrust(const ScopedTrust&) = delete;
+    ScopedTrust& operator=(const ScopedTrust&) = delete;
+    ~ScopedTrust();
+
+private:
+    std::optional<std::string> before;
+};
+
+} // namespace zembrastel::testing

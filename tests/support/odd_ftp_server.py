@@ -1,0 +1,297 @@
+#!/usr/bin/python3
+"""A loopback FTP server for tests: sound by default, odd on request. Needs pyftpdlib, and pyOpenSSL for TLS.
+
+Prints two lines once it listens: the port, and "/", the login folder, which is ROOT. Ends when its stdin closes or at
+SIGTERM. Login is web / s3cret unless told otherwise. Any user may run it.
+
+STAGE is where something odd happens: a command (USER PASS PWD CWD EPSV PASV TYPE LIST MLSD MDTM SIZE RETR STOR RNFR
+RNTO MKD QUIT), "greeting" (in place of the first reply), "data" (in a transfer, after --after bytes) or "done" (after
+the data of an upload, in place of the reply to it).
+"""
+import argparse
+import fnmatch
+import logging
+import os
+import stat
+import sys
+import threading
+import time
+
+from pyftpdlib.authorizers import DummyAuthorizer
+from pyftpdlib.filesystems import AbstractedFS
+from pyftpdlib.handlers import DTPHandler, FTPHandler, ThrottledDTPHandler
+from pyftpdlib.servers import FTPServer
+
+CHUNK = 16384  # small, so that --after is met closely
+
+
+def parse_arguments():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    add = parser.add_argument
+    add("root", help="the folder to serve; made when missing")
+    add("--port", type=int, default=0, help="listen here instead of on a free port")
+    add("--tls", choices=["explicit", "implicit"])
+    add("--cert", metavar="FILE", help="PEM file with key and certificate")
+    add("--user", default="web")
+    add("--password", default="s3cret")
+    add("--no", action="append", default=[], metavar="COMMAND", help="answer 500 to this command")
+    add("--reply", action="append", default=[], metavar="COMMAND=TEXT", help="answer with TEXT, doing nothing")
+    add("--final", metavar="TEXT", help="the reply after the data of an upload, in place of 226")
+    add("--no-replace", action="store_true", help="RNTO refuses an existing target")
+    add("--list", choices=["unix", "iis", "odd"], default="unix", help="the format of LIST")
+    add("--hide", action="append", default=[], metavar="GLOB", help="names that LIST leaves out and MLSD shows")
+    add("--mlsd-add", action="append", default=[], metavar="LINE", help=r"a further line of every MLSD; takes \xHH")
+    add("--rate", type=int, metavar="BYTES", help="bytes a second, both ways")
+    add("--delay", type=float, default=0, metavar="SECONDS", help="wait before the reply to every command")
+    add("--hang", metavar="STAGE", help="go silent there, keeping the connection")
+    add("--drop", metavar="STAGE", help="close the whole connection there")
+    add("--drop-data", metavar="STAGE", help='close only the data connection there ("data"), then answer 426')
+    add("--after", type=int, default=65536, metavar="BYTES", help="where in a transfer the stage \"data\" is")
+    add("--only", metavar="GLOB", help="--reply, --hang and --drop at a command only when the last component of its "
+        "argument matches")
+    add("--skip", type=int, default=0, metavar="N", help="the first N occasions for something odd pass as usual")
+    add("--times", type=int, metavar="N", help="only N occasions are odd; --reply, --final, --hang, --drop and "
+        "--drop-data count together")
+    add("--log", metavar="FILE", help="write each command with its argument, one a line, as it arrives")
+    options = parser.parse_args()
+    options.root = os.path.realpath(options.root)
+    if options.tls and not options.cert:
+        parser.error("--tls needs --cert")
+    return options
+
+
+options = parse_arguments()
+silent = set()  # the control connections that went silent
+
+
+class Occasions:
+    """Counts the occasions for something odd and says which of them are."""
+
+    def __init__(self):
+        self.skip = options.skip
+        self.left = options.times
+
+    def take(self):
+        if self.skip > 0:
+            self.skip -= 1
+            return False
+        if self.left is None:
+            return True
+        self.left -= 1
+        return self.left >= 0
+
+
+occasions = Occasions()
+
+
+def is_odd(option, stage):
+    return option == stage and occasions.take()
+
+
+class Files(AbstractedFS):
+    def format_list(self, basedir, listing, ignore_err=True):
+        names = [name for name in listing if not any(fnmatch.fnmatchcase(name, glob) for glob in options.hide)]
+        if options.list == "unix":
+            yield from super().format_list(basedir, names, ignore_err)
+            return
+        line = self.iis_line if options.list == "iis" else self.odd_line
+        for name in names:
+            attributes = self.lstat(os.path.join(basedir, name))
+            yield (line(name, attributes, stat.S_ISDIR(attributes.st_mode)) + "\r\n").encode("utf8", "surrogateescape")
+
+    @staticmethod
+    def iis_line(name, attributes, is_folder):
+        modified = time.strftime("%m-%d-%y  %I:%M%p", time.gmtime(attributes.st_mtime))
+        return f"{modified} " + ("      <DIR>          " if is_folder else f"{attributes.st_size:20} ") + name
+
+    @staticmethod
+    def odd_line(name, attributes, is_folder):
+        return f"{'folder' if is_folder else 'file'} | {attributes.st_size} | {name}"
+
+    def format_mlsx(self, *arguments, **named):
+        yield from super().format_mlsx(*arguments, **named)
+        for line in options.mlsd_add:
+            yield line.encode("utf8").decode("unicode_escape").encode("latin-1") + b"\r\n"
+
+    def rename(self, source, target):
+        if options.no_replace and os.path.lexists(target):
+            raise FileExistsError(17, "File exists")
+        super().rename(source, target)
+
+
+class OddControl:
+    """The control connection."""
+
+    def process_command(self, command, *arguments, **named):
+        argument = arguments[0] if arguments else ""
+        if self in silent:
+            return
+        self.log_arrival(command, argument)
+        if command in options.no:
+            self.respond(f"500 Command {command} not understood.")
+        elif self.is_targeted(argument) and self.does_something_odd(command):
+            return
+        elif options.delay:
+            proceed = super().process_command
+            self.ioloop.call_later(options.delay, lambda: self._closed or proceed(command, *arguments, **named))
+        else:
+            super().process_command(command, *arguments, **named)
+
+    @staticmethod
+    def is_targeted(argument):
+        return options.only is None or fnmatch.fnmatchcase(os.path.basename(argument), options.only)
+
+    def does_something_odd(self, command):
+        if is_odd(options.hang, command):
+            silent.add(self)
+            return True
+        if is_odd(options.drop, command):
+            self.close()
+            return True
+        for reply in options.reply:
+            name, _, text = reply.partition("=")
+            if is_odd(name, command):
+                self.respond(text)
+                return True
+        return False
+
+    @staticmethod
+    def log_arrival(command, argument):
+        if not options.log:
+            return
+        if argument == options.root or argument.startswith(options.root + "/"):
+            argument = argument[len(options.root):] or "/"
+        with open(options.log, "a", encoding="utf8", errors="surrogateescape") as file:
+            file.write(f"{command} {'*' if command == 'PASS' else argument}".rstrip() + "\n")
+
+    def push(self, text):
+        if self not in silent:
+            super().push(text)
+
+    def respond(self, text, *arguments, **named):
+        ends_upload = text.startswith("226") and self.data_channel is not None and self.data_channel.receive
+        if ends_upload and options.final and occasions.take():
+            text = options.final
+        super().respond(text, *arguments, **named)
+
+    def handle(self):
+        if is_odd(options.hang, "greeting"):
+            silent.add(self)
+        elif is_odd(options.drop, "greeting"):
+            self.close()
+        else:
+            super().handle()
+
+
+class OddData:
+    """The data connection."""
+
+    transferred = 0
+    decided = False  # one transfer is one occasion
+
+    def ends_here(self, size):
+        self.transferred += size
+        if self.decided or self.transferred < options.after:
+            return False
+        self.decided = True
+        if is_odd(options.hang, "data"):
+            silent.add(self.cmd_channel)
+            self.del_channel()  # no longer polled, not closed
+        elif is_odd(options.drop, "data"):
+            self.cmd_channel.close()
+        elif is_odd(options.drop_data, "data"):
+            self._resp = ("426 Connection closed; transfer aborted.", None)
+            self.close()
+        else:
+            return False
+        return True
+
+    def recv(self, size):
+        data = super().recv(min(size, CHUNK))
+        return b"" if not data or self.ends_here(len(data)) else data
+
+    def send(self, data):
+        size = super().send(data)
+        self.ends_here(size or 0)
+        return size
+
+    def handle_close(self):
+        if self.receive and self.cmd_channel not in silent:
+            if is_odd(options.hang, "done"):
+                silent.add(self.cmd_channel)
+            elif is_odd(options.drop, "done"):
+                self.cmd_channel.close()
+                return
+        super().handle_close()
+
+
+def odd_variant(control, data):
+    class Data(OddData, data):
+        ac_in_buffer_size = ac_out_buffer_size = CHUNK
+        if options.rate:
+            read_limit = write_limit = options.rate
+
+    class Control(OddControl, control):
+        dtp_handler = Data
+        abstracted_fs = Files
+        banner = "test server"
+        use_sendfile = False
+        timeout = 0
+        auth_failed_timeout = 0
+        permit_foreign_addresses = False
+        unicode_errors = "surrogateescape"
+
+    return Control
+
+
+def tls_variant():
+    from pyftpdlib.handlers import TLS_DTPHandler, TLS_FTPHandler
+
+    class PatientData(TLS_DTPHandler):
+        """curl starts the data handshake before it says STOR or RETR, on which pyftpdlib would hang up."""
+
+        def readable(self):
+            return self._ssl_accepting or super().readable()
+
+    class ThrottledData(ThrottledDTPHandler, PatientData):
+        pass
+
+    class Explicit(odd_variant(TLS_FTPHandler, ThrottledData if options.rate else PatientData)):
+        certfile = options.cert
+        tls_control_required = tls_data_required = True
+
+    class Implicit(Explicit):
+        def handle(self):
+            self.secure_connection(self.get_ssl_context())
+            self._pbsz = self._prot = True
+            super().handle()
+
+    return Implicit if options.tls == "implicit" else Explicit
+
+
+def end_with_stdin():
+    while os.read(0, 4096):
+        pass
+    os._exit(0)
+
+
+def main():
+    os.makedirs(options.root, exist_ok=True)
+    logging.basicConfig(level=logging.CRITICAL)
+    if options.tls:
+        handler = tls_variant()
+    else:
+        handler = odd_variant(FTPHandler, ThrottledDTPHandler if options.rate else DTPHandler)
+    handler.authorizer = DummyAuthorizer()
+    handler.authorizer.add_user(options.user, options.password, options.root, perm="elradfmwMT")
+    server = FTPServer(("127.0.0.1", options.port), handler)
+    print(server.socket.getsockname()[1], "/", sep="\n", flush=True)
+    threading.Thread(target=end_with_stdin, daemon=True).start()
+    try:
+        server.serve_forever(handle_exit=False)
+    except KeyboardInterrupt:
+        sys.exit(1)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,368 @@
+// What servers, networks and other programs do wrong, and what must then still be as it was.
+#include "model/error.h"
+#include "platform/files.h"
+#include "support/certificates.h"
+#include "support/local_site.h"
+#include "support/wait_for.h"
+#include "transport/ftp_transport.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <sstream>
+#include <thread>
+
+namespace zembrastel {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::failureOf;
+using testing::FileTree;
+using testing::FtpServer;
+using testing::LocalSite;
+
+constexpr auto moment = std::chrono::sys_days(std::chrono::year(2020) / 1 / 1);
+
+FtpServer oddServer(std::vector<std::string> arguments = {}) {
+    return FtpServer(FtpServer::Kind::odd, {.extra = std::move(arguments)});
+}
+
+std::vector<std::string> namesIn(const std::vector<RemoteEntry>& entries) {
+    std::vector<std::string> names;
+    for (const auto& entry : entries) names.push_back(entry.name + (entry.directory ? "/" : ""));
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+TEST(ListingFaults, ServersThatListBadlyAreReadAsFarAsTheyCanBeTrusted) {
+    using Names = std::vector<std::string>;
+    struct Case {
+        std::vector<std::string> oddity;
+        Names names;
+    };
+    const Names both{"a b.txt", "folder/"};
+    for (const auto& [oddity, names] : std::vector<Case>{
+             {{"--no", "MLSD"}, both},
+             {{"--no", "MLSD", "--list", "iis"}, both},
+             {{"--list", "odd"}, both},
+             {{"--reply", "LIST=550 denied"}, both},
+             {{"--hide", "a*"}, {"folder/"}},
+             {{"--mlsd-add", "type=file; ../escape"}, both},
+             {{"--mlsd-add", "size=3; without-type"}, both},
+             {{"--mlsd-add", "type=file; caf\\xe9"}, both},
+         }) {
+        FtpServer server = oddServer(oddity);
+        server.put("site/a b.txt", "x");
+        server.put("site/folder/x", "x");
+        EXPECT_EQ(namesIn(LocalSite(server).transport().list("")), names) << oddity.back();
+    }
+    FtpServer unreadable = oddServer({"--no", "MLSD", "--list", "odd"});
+    unreadable.put("site/a", "x");
+    EXPECT_EQ(
+        failureOf([&] { return LocalSite(unreadable).transport().list(""); }),
+        "Cannot safely read this server's directory format. The server should support MLSD or standard "
+        "Unix/Windows LIST.");
+}
+
+TEST(ListingFaults, DateThatTheServerDoesNotGiveIsNeverInvented) {
+    const std::string missing =
+        "The server did not provide a modification date for a. Uploads remain paused until you choose how to proceed.";
+    for (const std::vector<std::string>& oddity :
+         {std::vector<std::string>{"--no", "MDTM"}, {"--reply", "MDTM=213 garbage"}}) {
+        FtpServer server = oddServer(oddity);
+        server.put("site/a", "x");
+        EXPECT_EQ(failureOf([&] { return LocalSite(server).transport().modificationDate("a"); }), missing);
+    }
+}
+
+TEST(ConnectionFaults, EachIsToldInCurlsOwnWordsAndNothingIsSentInClearText) {
+    const testing::ScopedTrust trust(testing::certificates().ca);
+    const auto told = [](LocalSite& site) { return failureOf([&] { return site.transport().test(); }); };
+
+    testing::TemporaryFolder logs;
+    FtpServer plain = oddServer({"--log", (logs / "log").string()});
+    LocalSite site(plain);
+    site.profile.transport = TransferProtocol::ftps;
+    EXPECT_EQ(told(site), "curl: (64) Requested SSL level failed");
+    const std::string sent = readFile(logs / "log").value_or("");
+    EXPECT_TRUE(sent.find("USER") == std::string::npos && sent.find("PASS") == std::string::npos) << sent;
+
+    site.profile.host = "nosuch.invalid";
+    EXPECT_EQ(told(site), "curl: (6) Could not resolve host: nosuch.invalid");
+    site.profile.host = "localhost";
+    plain.stop();
+    EXPECT_TRUE(told(site).starts_with("curl: (7) Failed to connect to localhost port ")) << told(site);
+
+    for (const auto& certificate : {testing::certificates().wrongHost, testing::certificates().expired}) {
+        const FtpServer badCertificate(
+            FtpServer::Kind::odd, {.tls = FtpServer::Tls::explicitTls, .certificate = certificate});
+        LocalSite distrusting(badCertificate);
+        EXPECT_TRUE(told(distrusting).starts_with("curl: (60) SSL")) << told(distrusting);
+    }
+}
+
+TEST(ConnectionFaults, PasswordIsMaskedInEveryMessageAndRefusedWhereItCouldBreakTheConfiguration) {
+    FtpServer server = oddServer();
+    LocalSite site(server);
+    site.password = "Access";
+    EXPECT_EQ(failureOf([&] { return site.transport().test(); }), "curl: (67) •••• denied: 530");
+    using namespace std::string_literals;
+    for (const auto& bad : {"line\nbreak"s, "line\u2028break"s, "nul\0l"s}) {
+        site.password = bad;
+        EXPECT_EQ(
+            failureOf([&] { return site.transport().test(); }),
+            "FTP passwords cannot contain line breaks or null characters.");
+    }
+}
+
+TEST(ConnectionFaults, AwkwardLoginsArriveUnchanged) {
+    const std::string username = "we\"b\\ us#er";
+    const std::string password = "p\"a\\s's {w}:\t %é#";
+    FtpServer server = oddServer({"--user=" + username, "--password=" + password});
+    server.put("site/a", "x");
+    LocalSite site(server);
+    site.profile.username = username;
+    site.password = password;
+    EXPECT_EQ(site.transport().test(), 1U);
+}
+
+class BrokenUpload : public ::testing::TestWithParam<std::vector<std::string>> {};
+
+TEST_P(BrokenUpload, LeavesTheLiveFileAsItWasAndTheNextAttemptSucceeds) {
+    auto oddity = GetParam();
+    oddity.emplace_back("--times=1");
+    FtpServer server = oddServer(oddity);
+    server.put("site/page", "old");
+    const auto content = testing::randomBytes(400'000);
+    const LocalSite site(server, {{"page", content}});
+    const auto upload = [&] {
+        site.transport().upload("page", site.fingerprint("page"));
+        return 0;
+    };
+    EXPECT_NE(failureOf(upload), "");
+    EXPECT_EQ(testing::readFile(server.root() / "site/page"), "old");
+    EXPECT_EQ(failureOf(upload), "");
+    EXPECT_EQ(testing::readFile(server.root() / "site/page"), content);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Faults, BrokenUpload,
+    ::testing::Values(
+        std::vector<std::string>{"--drop", "data"}, std::vector<std::string>{"--drop-data", "data"},
+        std::vector<std::string>{"--drop", "done"}, std::vector<std::string>{"--drop", "RNFR"},
+        std::vector<std::string>{"--drop", "RNTO"}, std::vector<std::string>{"--final", "552 Disk full"},
+        std::vector<std::string>{"--reply", "STOR=553 Not allowed"},
+        std::vector<std::string>{"--reply", "RNTO=550 Exists"}));
+
+// The children of this process that run curl.
+std::vector<fs::path> runningCurls() {
+    std::vector<fs::path> found;
+    std::error_code ignored;
+    for (const auto& entry : fs::directory_iterator("/proc")) {
+        std::string stat;
+        std::getline(std::ifstream(entry.path() / "stat"), stat, '\0');
+        const auto name = stat.find("(curl) ");
+        if (name == std::string::npos) continue;
+        std::istringstream fields(stat.substr(name + 7));
+        char state = 0;
+        pid_t parent = 0;
+        fields >> state >> parent;
+        if (parent == ::getpid() && state != 'Z') found.push_back(entry.path());
+    }
+    return found;
+}
+
+std::string bytesOf(const fs::path& file) {
+    std::ostringstream bytes;
+    bytes << std::ifstream(file, std::ios::binary).rdbuf();
+    return bytes.str();
+}
+
+TEST(Cancelling, EndsAHangingUploadAtOnceWithNoTraceOfThePasswordOrTheWork) {
+    testing::TemporaryFolder temporary;
+    ::setenv("TMPDIR", temporary.path().c_str(), 1);
+    FtpServer server = oddServer({"--hang", "STOR"});
+    server.put("site/page", "old");
+    const LocalSite site(server, {{"page", "new"}});
+    const auto transport = site.transport();
+    bool cancelled = false;
+    std::jthread worker([&] {
+        try {
+            transport.upload("page", site.fingerprint("page"));
+        } catch (const Cancelled&) {
+            cancelled = true;
+        }
+    });
+    ASSERT_TRUE(testing::eventually([] { return runningCurls().size() == 1; }));
+    const auto curl = runningCurls().front();
+    for (const auto& place : {bytesOf(curl / "cmdline"), bytesOf(curl / "environ")}) {
+        EXPECT_EQ(place.find("s3cret"), std::string::npos);
+    }
+    for (const auto& [path, content] : testing::readTree(temporary.path())) {
+        EXPECT_EQ(content.find("s3cret"), std::string::npos) << path;
+    }
+    const auto asked = std::chrono::steady_clock::now();
+    transport.control->cancel();
+    worker.join();
+    EXPECT_LT(std::chrono::steady_clock::now() - asked, std::chrono::seconds(1));
+    EXPECT_TRUE(cancelled);
+    EXPECT_TRUE(runningCurls().empty());
+    for (const auto& item : fs::directory_iterator(temporary.path())) {
+        EXPECT_TRUE(item.path().filename().string().starts_with("zembrastel-test-"))
+            << item.path() << " was left behind";
+    }
+    EXPECT_EQ(testing::readFile(server.root() / "site/page"), "old");
+    EXPECT_THROW((void)transport.test(), Cancelled) << "a stopped control starts nothing more";
+    ::unsetenv("TMPDIR");
+}
+
+TEST(Cancelling, LeavesNoPartOfADownloadAndTheLocalFileAsItWas) {
+    FtpServer server = oddServer({"--rate", "100000"});
+    server.put("site/page", testing::randomBytes(2'000'000));
+    const LocalSite site(server);
+    const auto transport = site.transport();
+    std::jthread canceller([&] {
+        EXPECT_TRUE(testing::eventually([&] { return !testing::leftoverPartFiles(site.root()).empty(); }));
+        transport.control->cancel();
+    });
+    const auto ignore = [](const auto&...) {};
+    EXPECT_THROW(transport.downloadTree("", 0, ignore, ignore), Cancelled);
+    EXPECT_TRUE(testing::readTree(site.root()).empty());
+}
+
+class ReplaceGuards : public ::testing::Test {
+protected:
+    ReplaceGuards() {
+        server.put("site/page", testing::randomBytes(60'000));
+        testing::touch(server.root() / "site/page", moment + std::chrono::hours(1));
+        testing::touch(site / "page", moment);
+    }
+
+    RemoteChange change() const {
+        return {
+            .path = "page",
+            .local = site.fingerprint("page"),
+            .remoteDate = toRemoteDate(moment + std::chrono::hours(1)),
+            .bothChanged = false};
+    }
+
+    std::string replaceWhile(const std::function<void()>& edit) {
+        std::jthread editor([&] {
+            EXPECT_TRUE(testing::eventually([&] { return !testing::leftoverPartFiles(site.root()).empty(); }));
+            edit();
+        });
+        return failureOf([&] { return site.transport().replaceLocal(change()); });
+    }
+
+    FtpServer server = oddServer({"--rate", "60000"});
+    LocalSite site{server, {{"page", "mine"}}};
+};
+
+TEST_F(ReplaceGuards, AnEditOnEitherSideIsNeverLost) {
+    auto stale = change();
+    stale.local.size = 1;
+    EXPECT_EQ(
+        failureOf([&] { return site.transport().replaceLocal(stale); }),
+        "page changed locally after the comparison. Review it again before replacing it.");
+    stale = change();
+    stale.remoteDate += std::chrono::seconds(1);
+    EXPECT_EQ(
+        failureOf([&] { return site.transport().replaceLocal(stale); }),
+        "page changed on the server after the comparison. Check again for the latest version.");
+    EXPECT_EQ(
+        replaceWhile([&] { testing::touch(server.root() / "site/page", moment + std::chrono::hours(2)); }),
+        "page changed on the server during the download. The local copy was kept; check again.");
+    testing::touch(server.root() / "site/page", moment + std::chrono::hours(1));
+    EXPECT_EQ(site.files(), (FileTree{{"page", "mine"}}));
+    EXPECT_EQ(
+        replaceWhile([&] { testing::writeFile(site / "page", "edited"); }),
+        "page was edited locally while downloading. The local edit was kept; check again.");
+    EXPECT_EQ(site.files(), (FileTree{{"page", "edited"}}));
+    EXPECT_TRUE(site.backups().empty());
+}
+
+TEST(LocalFaults, LinksAreNeverFollowedInEitherDirection) {
+    FtpServer server = oddServer();
+    server.put("site/dir/page", "server");
+    LocalSite site(server, {{"real/page", "x"}});
+    fs::create_directory_symlink(site / "real", site / "dir");
+    const auto transport = site.transport();
+    const auto ignore = [](const auto&...) {};
+    const std::string refused = "Refusing to follow a local symbolic link: dir";
+    EXPECT_EQ(
+        failureOf([&] {
+            transport.downloadTree("", 0, ignore, ignore);
+            return 0;
+        }),
+        refused);
+    EXPECT_EQ(
+        failureOf([&] {
+            transport.upload("dir/page", site.fingerprint("real/page"));
+            return 0;
+        }),
+        refused + "/page");
+    EXPECT_EQ(failureOf([&] { return transport.safeLocalURL("../x"); }), "Unsafe local path.");
+
+    fs::rename(site.root(), site.root().string() + ".moved");
+    fs::create_directory_symlink(site.root().string() + ".moved", site.root());
+    EXPECT_EQ(
+        failureOf([&] { return transport.safeLocalURL("real/page"); }),
+        "The local folder has been replaced by a symbolic link.");
+}
+
+TEST(LocalFaults, OnlyTheVersionThatWasDecidedOnIsEverSent) {
+    FtpServer server = oddServer();
+    server.put("site/page", "old");
+    const LocalSite site(server, {{"page", "new"}});
+    auto other = site.fingerprint("page");
+    ++other.inode;
+    const auto transport = site.transport();
+    EXPECT_EQ(
+        failureOf([&] {
+            transport.upload("page", other);
+            return 0;
+        }),
+        "File changed before uploading; it will be retried.");
+    for (const std::string path : {"", ".", "..", "a/..", "page\n"}) {
+        EXPECT_EQ(
+            failureOf([&] {
+                transport.upload(path, {});
+                return 0;
+            }),
+            "Invalid filename.")
+            << path;
+    }
+    EXPECT_EQ(testing::readTree(server.root()), (FileTree{{"site/page", "old"}}));
+}
+
+TEST(LocalFaults, RemoteFoldersWithoutEndStopAtTheLimit) {
+    FtpServer server = oddServer();
+    server.put("site/last/beyond/page", "x");
+    const LocalSite site(server);
+    const auto ignore = [](const auto&...) {};
+    const auto from = [&](const std::string& path, int depth) {
+        return failureOf([&] {
+            site.transport().downloadTree(path, depth, ignore, ignore);
+            return 0;
+        });
+    };
+    EXPECT_EQ(from("last/beyond", mostFolderLevels - 1), "");
+    EXPECT_EQ(from("last", mostFolderLevels - 1), "The remote folder is nested more than 128 levels deep.");
+}
+
+TEST(ShouldOffer, OnlyServerFilesThatSomebodyElseMadeClearlyNewerAreOffered) {
+    const auto at = [](double seconds) {
+        return RemoteDate(std::chrono::duration<double>(seconds) - referenceEpochSince1970);
+    };
+    const Fingerprint local{.size = 1, .modified = 1000.5, .inode = 1};
+    EXPECT_FALSE(shouldOffer(at(1001.5), local, std::nullopt));
+    EXPECT_TRUE(shouldOffer(at(1001.6), local, std::nullopt));
+    EXPECT_FALSE(shouldOffer(at(2000), local, at(2000)));
+    EXPECT_FALSE(shouldOffer(at(2001), local, at(2000)));
+    EXPECT_TRUE(shouldOffer(at(2001.5), local, at(2000)));
+    EXPECT_FALSE(shouldOffer(at(1001), local, at(0))) << "not newer than the local file, whatever is known";
+}
+
+} // namespace
+} // namespace zembrastel

@@ -1,0 +1,175 @@
+// What holds on every server: run on one with MLSD and one without, without TLS and with both kinds of it.
+#include "support/certificates.h"
+#include "support/local_site.h"
+#include "transport/ftp_transport.h"
+
+#include <algorithm>
+#include <chrono>
+#include <gtest/gtest.h>
+#include <set>
+#include <sys/stat.h>
+
+namespace zembrastel {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::FtpServer;
+using testing::LocalSite;
+
+constexpr auto moment = std::chrono::sys_days(std::chrono::year(2020) / 1 / 1) + std::chrono::hours(12);
+const std::string awkwardName = "a #?é \"[{x}]'.txt";
+
+class TransportContract : public ::testing::TestWithParam<std::tuple<FtpServer::Kind, FtpServer::Tls>> {
+protected:
+    TransportContract() : trust(testing::certificates().ca), server(kind(), {.tls = std::get<1>(GetParam())}) {}
+
+    static FtpServer::Kind kind() { return std::get<0>(GetParam()); }
+
+    void putDated(const std::string& path, const std::string& content, std::chrono::system_clock::time_point date) {
+        server.put(path, content);
+        testing::touch(server.root() / path, date);
+    }
+
+    std::string onServer(const std::string& path) const { return testing::readFile(server.root() / path); }
+
+    testing::ScopedTrust trust;
+    FtpServer server;
+};
+
+TEST_P(TransportContract, FolderIsListedWithItsKindsNamesAndDates) {
+    putDated("site/" + awkwardName, "x", moment);
+    server.put("site/folder with blanks/inside", "x");
+    server.put("site/.htaccess", "x");
+    const LocalSite site(server);
+    const auto transport = site.transport();
+    EXPECT_EQ(transport.test(), 3U);
+    auto entries = transport.list("");
+    std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) { return a.name < b.name; });
+    ASSERT_EQ(entries.size(), 3U);
+    EXPECT_EQ(entries[0].name, ".htaccess");
+    EXPECT_EQ(entries[1].name, awkwardName);
+    EXPECT_FALSE(entries[1].directory);
+    EXPECT_EQ(entries[2].name, "folder with blanks");
+    EXPECT_TRUE(entries[2].directory);
+    const bool hasMLSD = kind() != FtpServer::Kind::vsftpd;
+    EXPECT_EQ(entries[1].modified, hasMLSD ? std::optional(toRemoteDate(moment)) : std::nullopt);
+    EXPECT_EQ(transport.modificationDate(awkwardName), toRemoteDate(moment));
+    EXPECT_EQ(transport.list("folder with blanks").size(), 1U);
+    EXPECT_NE(testing::failureOf([&] { return transport.list("missing"); }), "");
+    EXPECT_NE(testing::failureOf([&] { return transport.modificationDate("missing"); }), "");
+}
+
+TEST_P(TransportContract, UploadMakesFoldersReplacesInOneStepAndLeavesNothingBehind) {
+    const auto large = testing::randomBytes(3'000'000, 7);
+    const LocalSite site(server, {{"new/deep/" + awkwardName, large}, {"empty", ""}});
+    server.put("site/keep", "");
+    const auto transport = site.transport();
+    for (const auto& [path, content] : site.files()) transport.upload(path, site.fingerprint(path));
+    EXPECT_EQ(onServer("site/new/deep/" + awkwardName), large);
+    EXPECT_EQ(onServer("site/empty"), "");
+    testing::writeFile(site / "empty", "second");
+    transport.upload("empty", site.fingerprint("empty"));
+    EXPECT_EQ(onServer("site/empty"), "second");
+    EXPECT_TRUE(testing::leftoverPartFiles(server.root()).empty());
+    EXPECT_EQ(testing::readTree(server.root()).size(), 3U);
+}
+
+TEST_P(TransportContract, InitialDownloadTakesWhatIsMissingOrNewerAndKeepsTheRest) {
+    putDated("site/sub/missing.txt", "from server", moment);
+    server.put("site/empty", "");
+    server.put("site/newer.txt", "newer on server");
+    server.put("site/older.txt", "older on server");
+    server.put("site/kind", "a file on the server");
+    server.put("site/node_modules/x", "excluded");
+    LocalSite site(server, {{"newer.txt", "local"}, {"older.txt", "local"}, {"kind/inside", "a folder here"}});
+    testing::touch(server.root() / "site/newer.txt", moment + std::chrono::seconds(2));
+    testing::touch(site / "newer.txt", moment);
+    testing::touch(server.root() / "site/older.txt", moment + std::chrono::seconds(1));
+    testing::touch(site / "older.txt", moment);
+    ASSERT_EQ(::chmod((site / "newer.txt").c_str(), 0640), 0);
+    std::set<std::string> lines;
+    FileMap installed;
+    site.transport().downloadTree(
+        "", 0, [&](const std::string& line) { lines.insert(line); },
+        [&](const std::string& path, const Fingerprint& fingerprint) { installed[path] = fingerprint; });
+    EXPECT_EQ(
+        site.files(), (testing::FileTree{
+                          {"sub/missing.txt", "from server"},
+                          {"empty", ""},
+                          {"newer.txt", "newer on server"},
+                          {"older.txt", "local"},
+                          {"kind/inside", "a folder here"}}));
+    EXPECT_EQ(site.backups(), (testing::FileTree{{"newer.txt", "local"}}));
+    EXPECT_EQ(
+        installed, (FileMap{
+                       {"sub/missing.txt", site.fingerprint("sub/missing.txt")},
+                       {"empty", site.fingerprint("empty")},
+                       {"newer.txt", site.fingerprint("newer.txt")}}));
+    EXPECT_EQ(
+        site.fingerprint("sub/missing.txt").modified, std::chrono::duration<double>(moment.time_since_epoch()).count());
+    EXPECT_EQ(fs::status(site / "newer.txt").permissions(), fs::perms(0640));
+    EXPECT_EQ(
+        lines,
+        (std::set<std::string>{
+            "Downloading sub/missing.txt", "Downloading empty", "Downloading newer server copy: newer.txt",
+            "Updated older local file: newer.txt (previous local copy backed up)",
+            "Kept local file with the same or newer date: older.txt", "Kept local item with a different type: kind"}));
+}
+
+TEST_P(TransportContract, ForeignEditIsFoundAndReplacesTheLocalFileWithABackup) {
+    LocalSite site(
+        server, {{"file9.txt", "mine"}, {"file10.txt", "mine"}, {"same.txt", "same"}, {"off/x.txt", "mine"}});
+    for (const auto* path : {"file9.txt", "file10.txt", "same.txt", "off/x.txt"}) {
+        testing::touch(site / path, moment);
+        putDated(std::string("site/") + path, "theirs", moment + std::chrono::hours(1));
+    }
+    testing::touch(server.root() / "site/same.txt", moment + std::chrono::seconds(1));
+    server.put("site/only here.txt", "x");
+    site.profile.syncSelection = DownloadSelection{.rules = {{"", true}, {"off", false}}};
+    const auto transport = site.transport();
+    const FileMap baseline{{"file9.txt", Fingerprint{}}};
+    const auto changes = transport.newerRemoteFiles(baseline, {}, [](const std::string&) {});
+    const auto date = toRemoteDate(moment + std::chrono::hours(1));
+    ASSERT_EQ(
+        changes, (std::vector<RemoteChange>{
+                     {"file9.txt", site.fingerprint("file9.txt"), date, true},
+                     {"file10.txt", site.fingerprint("file10.txt"), date, false}}));
+    EXPECT_EQ(transport.newerRemoteFiles({}, {{"file9.txt", date}}, [](const std::string&) {}).size(), 1U);
+
+    const auto installed = transport.replaceLocal(changes[0]);
+    EXPECT_EQ(installed, site.fingerprint("file9.txt"));
+    EXPECT_EQ(testing::readFile(site / "file9.txt"), "theirs");
+    EXPECT_EQ(site.backups(), (testing::FileTree{{"file9.txt", "mine"}}));
+    EXPECT_TRUE(testing::leftoverPartFiles(site.root()).empty());
+    EXPECT_TRUE(
+        transport.newerRemoteFiles({{"file9.txt", installed}}, {{"file10.txt", date}}, [](const auto&) {}).empty());
+}
+
+TEST_P(TransportContract, WrongPasswordAndMissingFolderAreToldInTheServersWords) {
+    LocalSite site(server, {}, "missing");
+    const auto absent = testing::failureOf([&] { return site.transport().test(); });
+    EXPECT_TRUE(absent.starts_with("curl: (9)")) << absent;
+    if (kind() == FtpServer::Kind::vsftpd) return; // takes any password of its anonymous user
+    site.password = "secret-not-s3cret";
+    const auto refused = testing::failureOf([&] { return site.transport().test(); });
+    EXPECT_TRUE(refused.starts_with("curl: (67) Access denied: 530")) << refused;
+}
+
+std::string nameOf(const ::testing::TestParamInfo<TransportContract::ParamType>& info) {
+    const auto [kind, tls] = info.param;
+    const std::string server = kind == FtpServer::Kind::vsftpd ? "vsftpd" : "proftpd";
+    return server
+           + (tls == FtpServer::Tls::none          ? "Plain"
+              : tls == FtpServer::Tls::explicitTls ? "ExplicitTls"
+                                                   : "ImplicitTls");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Servers, TransportContract,
+    ::testing::Combine(
+        ::testing::Values(FtpServer::Kind::proftpd, FtpServer::Kind::vsftpd),
+        ::testing::Values(FtpServer::Tls::none, FtpServer::Tls::explicitTls, FtpServer::Tls::implicitTls)),
+    nameOf);
+
+} // namespace
+} // namespace zembrastel
