@@ -1,0 +1,209 @@
+#include "sync/sync_worker.h"
+
+#include "model/error.h"
+#include "model/scan.h"
+#include "platform/text.h"
+#include "transport/ftp_transport.h"
+
+#include <algorithm>
+#include <set>
+
+namespace zembrastel {
+namespace {
+
+constexpr std::chrono::seconds longestRetryDelay{60};
+
+// Makes the scan of this poll the previous one when the poll ends, well or not.
+struct KeepAsPrevious {
+    FileMap& previous;
+    FileMap& current;
+    ~KeepAsPrevious() { previous.swap(current); }
+};
+
+// The state of one run. Cancelled leaves it wherever it is.
+class WorkerRun {
+public:
+    WorkerRun(const SyncWorker& started, const std::stop_token& stopToken)
+        : worker(started), stop(stopToken),
+          transport{.profile = started.profile, .password = started.password, .control = started.control},
+          baseline(started.initialBaseline) {}
+
+    void run() {
+        if (worker.profile.needsDownload && !downloadInitially()) return;
+        while (true) {
+            if (stop.stop_requested()) return;
+            poll();
+        }
+    }
+
+private:
+    // False when there is nothing that may be downloaded.
+    bool downloadInitially() {
+        try {
+            worker.profile.validateDownloadSelection();
+        } catch (const SyncError& error) {
+            status("Needs download selection", describe(error), 0);
+            return false;
+        }
+        retryDelay = firstRetryDelay;
+        while (!tryDownload()) {
+        }
+        return true;
+    }
+
+    bool tryDownload() {
+        if (stop.stop_requested()) throw Cancelled();
+        try {
+            worker.control->check();
+            status("Downloading", "Copying server files into your local folder…", 0);
+            transport.downloadTree(
+                "", 0, [this](const std::string& line) { worker.events.post(event::Activity{.text = line}); },
+                [this](const std::string& path, const Fingerprint& fingerprint) {
+                    baseline[path] = fingerprint;
+                    worker.events.post(event::Downloaded{.path = path, .fingerprint = fingerprint});
+                });
+            worker.control->check();
+        } catch (const Cancelled&) {
+            throw;
+        } catch (const std::exception& error) {
+            waitToRetry("Retrying download", describe(error));
+            return false;
+        }
+        worker.events.deliver(event::Baseline{baseline});
+        worker.events.deliver(event::DownloadFinished{});
+        activity("Initial download complete. Watching for local changes.", false);
+        retryDelay = firstRetryDelay;
+        return true;
+    }
+
+    void poll() {
+        try {
+            worker.control->check();
+            FileMap current = scanFolder();
+            const KeepAsPrevious keep{previous, current};
+            synchronise(current);
+        } catch (const Cancelled&) {
+            throw;
+        } catch (const std::exception& error) {
+            waitToRetry("Waiting to retry", describe(error));
+            return;
+        }
+        retryDelay = firstRetryDelay;
+        sleep(pollInterval);
+    }
+
+    FileMap scanFolder() {
+        return scan(
+            worker.profile, {.checkpoint = [this] { worker.control->check(); },
+                             .unusableName = [this](std::string_view path) { reportUnusable(path); }});
+    }
+
+    void reportUnusable(std::string_view path) {
+        if (!reportedNames.emplace(path).second) return;
+        activity("Left out, because its name is not valid UTF-8: " + printable(path), true);
+    }
+
+    // One poll's work on what the scan found.
+    void synchronise(const FileMap& current) {
+        const auto changed = changedPaths(current, baseline);
+        const auto pending = static_cast<std::int64_t>(changed.size());
+        if (changed.empty()) {
+            status("Watching", "Local changes upload automatically. Checking every 2 seconds.", 0);
+        } else {
+            const auto stable = stablePaths(changed, current, previous);
+            status("Changes queued", "Waiting for files to finish saving…", pending);
+            for (const auto& path : stable) upload(path, current.at(path), pending);
+        }
+        // With nothing changed, equal sizes mean equal contents: the usual poll compares no path twice.
+        if (!changed.empty() || baseline.size() != current.size()) forgetDeleted(current);
+    }
+
+    void upload(const std::string& path, const Fingerprint& fingerprint, std::int64_t pending) {
+        worker.control->check();
+        status("Uploading", path, pending);
+        transport.upload(path, fingerprint);
+        baseline[path] = fingerprint;
+        worker.events.deliver(event::Uploaded{.path = path, .fingerprint = fingerprint});
+        try {
+            const RemoteDate date = transport.modificationDate(path);
+            worker.events.deliver(event::RemoteDate{.path = path, .date = date});
+        } catch (const Cancelled&) {
+            throw;
+        } catch (const std::exception&) {
+            // The file is live. Without its date the next server check may offer it once; no reason to fail the poll.
+        }
+    }
+
+    void forgetDeleted(const FileMap& current) {
+        const auto forgotten =
+            std::erase_if(baseline, [&current](const auto& entry) { return !current.contains(entry.first); });
+        if (forgotten > 0) worker.events.deliver(event::Baseline{baseline});
+    }
+
+    void waitToRetry(const std::string& title, const std::string& problem) {
+        activity(problem, true);
+        status(title, retryDetail(problem, retryDelay), 0);
+        sleep(retryDelay);
+        retryDelay = nextRetryDelay(retryDelay);
+    }
+
+    void sleep(std::chrono::seconds duration) const {
+        if (!worker.clock.sleep(stop, duration)) throw Cancelled();
+    }
+
+    void status(std::string title, std::string detail, std::int64_t pending) const {
+        worker.events.deliver(
+            event::Status{.title = std::move(title), .detail = std::move(detail), .pending = pending});
+    }
+
+    void activity(std::string text, bool error) const {
+        worker.events.deliver(event::Activity{.text = std::move(text), .error = error});
+    }
+
+    const SyncWorker& worker;
+    const std::stop_token& stop;
+    const FTPTransport transport;
+    FileMap baseline;
+    FileMap previous;
+    std::chrono::seconds retryDelay = firstRetryDelay;
+    std::set<std::string, std::less<>> reportedNames;
+};
+
+} // namespace
+
+std::chrono::seconds nextRetryDelay(std::chrono::seconds delay) { return std::min(delay * 2, longestRetryDelay); }
+
+std::string retryDetail(const std::string& problem, std::chrono::seconds delay) {
+    return problem + " Retrying in " + std::to_string(delay.count()) + " seconds.";
+}
+
+std::vector<std::string> changedPaths(const FileMap& current, const FileMap& baseline) {
+    std::vector<std::string> changed;
+    auto known = baseline.begin();
+    for (const auto& [path, fingerprint] : current) {
+        while (known != baseline.end() && known->first < path) ++known;
+        const bool same = known != baseline.end() && known->first == path && known->second == fingerprint;
+        if (!same) changed.push_back(path);
+    }
+    return changed;
+}
+
+std::vector<std::string> stablePaths(
+    const std::vector<std::string>& changed, const FileMap& current, const FileMap& previous) {
+    std::vector<std::string> stable;
+    for (const auto& path : changed) {
+        const auto before = previous.find(path);
+        if (before != previous.end() && before->second == current.at(path)) stable.push_back(path);
+    }
+    return stable;
+}
+
+void SyncWorker::run(const std::stop_token& stop) const {
+    try {
+        WorkerRun(*this, stop).run();
+    } catch (const Cancelled&) {
+        // Stopped: nothing is reported.
+    }
+}
+
+} // namespace zembrastel

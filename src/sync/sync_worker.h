@@ -1,0 +1,51 @@
+// Keeps one profile's server up to date: the initial download where one is due, then poll, settle, upload, for ever.
+//
+// A value, copied into the thread that runs it; one thread a worker. It owns no shared state: all it learns goes to
+// the model as events, of which the next waits until the last was applied. Local deletions are forgotten, never carried
+// to the server.
+#pragma once
+
+#include "model/fingerprint.h"
+#include "model/profile.h"
+#include "platform/clock.h"
+#include "sync/worker_event.h"
+#include "transport/transfer_control.h"
+
+#include <chrono>
+#include <memory>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+namespace zembrastel {
+
+inline constexpr std::chrono::seconds pollInterval{2};
+inline constexpr std::chrono::seconds firstRetryDelay{5};
+
+// 5, 10, 20, 40, 60, 60, … seconds.
+[[nodiscard]] std::chrono::seconds nextRetryDelay(std::chrono::seconds delay);
+
+// "… Retrying in 5 seconds."
+[[nodiscard]] std::string retryDetail(const std::string& problem, std::chrono::seconds delay);
+
+// The paths whose current version is not the one in the baseline, in ascending order.
+[[nodiscard]] std::vector<std::string> changedPaths(const FileMap& current, const FileMap& baseline);
+
+// Those of the changed paths that were the same at the previous poll: a file is sent once two polls saw one version.
+[[nodiscard]] std::vector<std::string> stablePaths(
+    const std::vector<std::string>& changed, const FileMap& current, const FileMap& previous);
+
+struct SyncWorker {
+    Profile profile;
+    std::string password;
+    std::shared_ptr<TransferControl> control;
+    FileMap initialBaseline; // each file as last uploaded or downloaded
+    EventSink events;
+    Clock& clock;
+
+    // Returns when the worker was stopped, by the token or through the control, or when an initial download is due
+    // without a selection. Throws nothing: failures are reported as events and tried again.
+    void run(const std::stop_token& stop) const;
+};
+
+} // namespace zembrastel

@@ -1,0 +1,71 @@
+// What a worker tells the model.
+//
+// Values, made on the worker's thread and applied on the main context.
+#pragma once
+
+#include "model/fingerprint.h"
+#include "model/remote_date.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <variant>
+
+namespace zembrastel {
+
+namespace event {
+
+// Every phase change, and every poll.
+struct Status {
+    std::string title;
+    std::string detail;
+    std::int64_t pending = 0; // changed files
+};
+
+// A line for the activity log.
+struct Activity {
+    std::string text;
+    bool error = false;
+};
+
+// A file is live on the server in this version.
+struct Uploaded {
+    std::string path;
+    Fingerprint fingerprint;
+};
+
+// The baseline was replaced as a whole.
+struct Baseline {
+    FileMap files;
+};
+
+// A file of the server was installed locally.
+struct Downloaded {
+    std::string path;
+    Fingerprint fingerprint;
+};
+
+// The server's date of a file whose two sides are known to be the same.
+struct RemoteDate {
+    std::string path;
+    zembrastel::RemoteDate date;
+};
+
+// The initial download is complete.
+struct DownloadFinished {};
+
+} // namespace event
+
+using WorkerEvent = std::variant<
+    event::Status, event::Activity, event::Uploaded, event::Baseline, event::Downloaded, event::RemoteDate,
+    event::DownloadFinished>;
+
+// The two ways to the model. Called on the worker's thread.
+struct EventSink {
+    // Returns once the model has applied the event. Throws Cancelled when the worker is stopped before that.
+    std::function<void(WorkerEvent)> deliver;
+    // Returns at once; the model gets posted events in order.
+    std::function<void(WorkerEvent)> post;
+};
+
+} // namespace zembrastel

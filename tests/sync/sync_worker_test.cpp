@@ -1,0 +1,287 @@
+#include "model/error.h"
+#include "support/fake_clock.h"
+#include "support/local_site.h"
+#include "support/wait_for.h"
+#include "sync/sync_worker.h"
+
+#include <algorithm>
+#include <chrono>
+#include <gtest/gtest.h>
+#include <thread>
+
+namespace zembrastel {
+namespace {
+
+using namespace std::chrono_literals;
+namespace fs = std::filesystem;
+using testing::FileTree;
+using testing::FtpServer;
+using testing::LocalSite;
+
+// Short forms of events, for comparing whole sequences.
+struct ToText {
+    std::string operator()(const event::Status& status) const {
+        return status.title + " | " + status.detail + " | " + std::to_string(status.pending);
+    }
+    std::string operator()(const event::Activity& activity) const {
+        return (activity.error ? "error: " : "line: ") + activity.text;
+    }
+    std::string operator()(const event::Uploaded& uploaded) const { return "uploaded " + uploaded.path; }
+    std::string operator()(const event::Baseline& baseline) const {
+        return "baseline of " + std::to_string(baseline.files.size());
+    }
+    std::string operator()(const event::Downloaded& downloaded) const { return "downloaded " + downloaded.path; }
+    std::string operator()(const event::RemoteDate& date) const { return "date of " + date.path; }
+    std::string operator()(const event::DownloadFinished&) const { return "download finished"; }
+};
+
+const std::string watching = "Watching | Local changes upload automatically. Checking every 2 seconds. | 0";
+
+std::string queued(int count) {
+    return "Changes queued | Waiting for files to finish saving… | " + std::to_string(count);
+}
+
+// Runs a worker on this thread; the test acts between its steps, while it sleeps.
+class SyncWorkerTest : public ::testing::Test {
+protected:
+    using Between = std::function<void(std::size_t sleeps)>;
+
+    // Runs until the given number of sleeps has begun. `between` is called in each, counted from 1.
+    void run(
+        std::size_t sleeps, const Between& between = [](std::size_t) {}) {
+        std::stop_source stop;
+        const std::size_t before = clock.sleeps().size();
+        std::size_t count = 0;
+        clock.onSleep = [&](std::chrono::nanoseconds) {
+            between(++count);
+            if (count == sleeps) stop.request_stop();
+            return count < sleeps;
+        };
+        events.clear();
+        const EventSink sink{
+            .deliver = [this](WorkerEvent event) { take(std::move(event)); },
+            .post = [this](WorkerEvent event) { take(std::move(event)); }};
+        const SyncWorker worker{
+            .profile = site.profile,
+            .password = site.password,
+            .control = std::make_shared<TransferControl>(),
+            .initialBaseline = baseline,
+            .events = sink,
+            .clock = clock};
+        worker.run(stop.get_token());
+        waits.clear();
+        const auto all = clock.sleeps();
+        for (std::size_t i = before; i < all.size(); ++i)
+            waits.push_back(std::chrono::round<std::chrono::seconds>(all[i]));
+    }
+
+    void take(WorkerEvent event) {
+        if (const auto* whole = std::get_if<event::Baseline>(&event)) baseline = whole->files;
+        if (const auto* uploaded = std::get_if<event::Uploaded>(&event))
+            baseline[uploaded->path] = uploaded->fingerprint;
+        if (const auto* got = std::get_if<event::Downloaded>(&event)) baseline[got->path] = got->fingerprint;
+        events.push_back(std::visit(ToText{}, event));
+    }
+
+    std::size_t count(const std::string& event) const {
+        return static_cast<std::size_t>(std::count(events.begin(), events.end(), event));
+    }
+
+    std::string onServer(const std::string& path) const { return testing::readFile(server.root() / "site" / path); }
+
+    FtpServer server{FtpServer::Kind::vsftpd};
+    LocalSite site{server};
+    testing::FakeClock clock;
+    FileMap baseline; // as a model would keep it: carried from run to run
+    std::vector<std::string> events;
+    std::vector<std::chrono::seconds> waits;
+};
+
+TEST_F(SyncWorkerTest, SettledFilesGoUpOnceInOrderAndAreKnownAfterARestart) {
+    testing::writeTree(site.root(), {{"b", "2"}, {"a/x", "1"}});
+    run(3);
+    EXPECT_EQ(
+        events, (std::vector<std::string>{
+                    queued(2), queued(2), "Uploading | a/x | 2", "uploaded a/x", "date of a/x", "Uploading | b | 2",
+                    "uploaded b", "date of b", watching}));
+    EXPECT_EQ(waits, (std::vector<std::chrono::seconds>{2s, 2s, 2s}));
+    EXPECT_EQ(testing::readTree(server.root() / "site"), site.files());
+    run(2);
+    EXPECT_EQ(events, (std::vector<std::string>{watching, watching}));
+    testing::writeFile(site / "b", "changed while closed");
+    run(2);
+    EXPECT_EQ(onServer("b"), "changed while closed");
+    EXPECT_EQ(count("uploaded a/x"), 0U);
+}
+
+TEST_F(SyncWorkerTest, FileStillBeingWrittenWaitsAndOnlyItsLastVersionGoesUp) {
+    run(14, [&](std::size_t sleep) {
+        if (sleep <= 10) testing::writeFile(site / "page", "version " + std::to_string(sleep));
+    });
+    EXPECT_EQ(count("uploaded page"), 1U);
+    EXPECT_EQ(onServer("page"), "version 10");
+    EXPECT_EQ(count(queued(1)), 11U);
+
+    // An atomic save: another inode, whatever the size and time.
+    run(4, [&](std::size_t sleep) {
+        if (sleep != 1) return;
+        testing::writeFile(site / ".page.swp", "version 99");
+        fs::last_write_time(site / ".page.swp", fs::last_write_time(site / "page"));
+        fs::rename(site / ".page.swp", site / "page");
+    });
+    EXPECT_EQ(count("uploaded page"), 1U);
+    EXPECT_EQ(onServer("page"), "version 99");
+}
+
+TEST_F(SyncWorkerTest, LocalDeletionIsForgottenAndTheServerCopyStays) {
+    testing::writeTree(site.root(), {{"a", "1"}, {"b", "2"}});
+    run(2);
+    fs::remove(site / "a");
+    run(2);
+    EXPECT_EQ(events, (std::vector<std::string>{watching, "baseline of 1", watching}));
+    EXPECT_EQ(onServer("a"), "1");
+}
+
+TEST_F(SyncWorkerTest, UnreachableServerIsTriedAtGrowingIntervalsUntilItIsBack) {
+    testing::writeFile(site / "page", "new");
+    server.stop();
+    run(9, [&](std::size_t sleep) {
+        if (sleep == 7) server.restart();
+    });
+    EXPECT_EQ(waits, (std::vector<std::chrono::seconds>{2s, 5s, 10s, 20s, 40s, 60s, 60s, 2s, 2s}));
+    const auto retry = std::find_if(events.begin(), events.end(), [](const auto& event) {
+        return event.starts_with("Waiting to retry | curl: (7)");
+    });
+    ASSERT_NE(retry, events.end());
+    EXPECT_TRUE(retry->ends_with(" Retrying in 5 seconds. | 0")) << *retry;
+    EXPECT_TRUE(std::prev(retry)->starts_with("error: curl: (7)"));
+    EXPECT_EQ(onServer("page"), "new");
+
+    // One good poll, and the waits begin anew; a local folder that is gone for a while is no deletion.
+    fs::rename(site.root(), site.root().string() + ".away");
+    run(4, [&](std::size_t sleep) {
+        if (sleep == 2) fs::rename(site.root().string() + ".away", site.root());
+    });
+    EXPECT_EQ(waits, (std::vector<std::chrono::seconds>{5s, 10s, 2s, 2s}));
+    EXPECT_EQ(count("error: The local folder is unavailable or unreadable."), 2U);
+    EXPECT_EQ(baseline.size(), 1U);
+}
+
+TEST_F(SyncWorkerTest, InitialDownloadIsRecordedFileByFileAndTriedAgainWhereItBroke) {
+    server.put("site/a", "1");
+    server.put("site/sub/b", "2");
+    site.profile.needsDownload = true;
+    run(1);
+    EXPECT_EQ(
+        events, (std::vector<std::string>{
+                    "Needs download selection | Choose the initial download files and folders before starting. "
+                    "Open Edit profile, choose the contents, and save your selection. | 0"}));
+    EXPECT_TRUE(waits.empty());
+
+    site.profile.initialDownloadSelection = DownloadSelection::everything();
+    server.stop();
+    run(2, [&](std::size_t sleep) {
+        if (sleep == 1) server.restart();
+    });
+    EXPECT_EQ(waits, (std::vector<std::chrono::seconds>{5s, 2s}));
+    const std::string downloading = "Downloading | Copying server files into your local folder… | 0";
+    ASSERT_GE(events.size(), 3U);
+    EXPECT_EQ(events[0], downloading);
+    EXPECT_TRUE(events[2].starts_with("Retrying download | curl: (7)")) << events[2];
+    EXPECT_EQ(
+        std::vector<std::string>(events.begin() + 3, events.end()),
+        (std::vector<std::string>{
+            downloading, "line: Downloading a", "downloaded a", "line: Downloading sub/b", "downloaded sub/b",
+            "baseline of 2", "download finished", "line: Initial download complete. Watching for local changes.",
+            watching}));
+}
+
+TEST_F(SyncWorkerTest, NameThatCannotBeSentIsToldOnceAndHoldsNothingUp) {
+    testing::writeTree(site.root(), {{"caf\xe9", "x"}, {"page", "x"}});
+    run(3);
+    EXPECT_EQ(count("error: Left out, because its name is not valid UTF-8: caf\\xE9"), 1U);
+    EXPECT_EQ(count("uploaded page"), 1U);
+}
+
+TEST(SyncWorkerLoss, ServerLostInTheMiddleOfALargeUploadLeavesTheLiveFileAndTheRetryCompletes) {
+    constexpr std::size_t size = 200 << 20;
+    FtpServer server(FtpServer::Kind::proftpd, {.rateKiB = 150 << 10});
+    server.put("site/video", "old");
+    LocalSite site(server);
+    testing::writeFile(site / "video", "");
+    fs::resize_file(site / "video", size); // sparse: quick to make
+    testing::FakeClock clock;
+    std::stop_source stop;
+    std::size_t sleeps = 0;
+    clock.onSleep = [&](std::chrono::nanoseconds duration) {
+        ++sleeps;
+        const bool sent = duration == pollInterval && sleeps > 1;
+        EXPECT_TRUE(sent || testing::readFile(server.root() / "site/video") == "old");
+        if (sleeps == 6) server.restart(); // after waits of 5, 10, 20, 40 and 60 seconds
+        if (sleeps == 7) stop.request_stop();
+        return sleeps < 7;
+    };
+    const EventSink sink{.deliver = [](const WorkerEvent&) {}, .post = [](const WorkerEvent&) {}};
+    const SyncWorker worker{
+        .profile = site.profile,
+        .password = site.password,
+        .control = std::make_shared<TransferControl>(),
+        .initialBaseline = {},
+        .events = sink,
+        .clock = clock};
+    std::jthread breaker([&] {
+        EXPECT_TRUE(testing::eventually([&] {
+            const auto parts = testing::leftoverPartFiles(server.root());
+            return !parts.empty() && fs::file_size(server.root() / parts.front()) > (20 << 20);
+        }));
+        server.stop();
+    });
+    worker.run(stop.get_token());
+    breaker.join();
+    const std::vector<std::chrono::nanoseconds> expected{2s, 5s, 10s, 20s, 40s, 60s, 2s};
+    EXPECT_EQ(clock.sleeps(), expected);
+    EXPECT_EQ(fs::file_size(server.root() / "site/video"), size);
+}
+
+TEST_F(SyncWorkerTest, StopEndsAWorkerWithinASecondWhateverItIsDoing) {
+    const auto stopsSoon = [this](const EventSink& sink, Clock& used, const std::function<bool()>& busy) {
+        const auto control = std::make_shared<TransferControl>();
+        const SyncWorker worker{
+            .profile = site.profile,
+            .password = site.password,
+            .control = control,
+            .initialBaseline = {},
+            .events = sink,
+            .clock = used};
+        std::jthread thread([&worker](const std::stop_token& stop) { worker.run(stop); });
+        EXPECT_TRUE(testing::eventually(busy));
+        const auto asked = std::chrono::steady_clock::now();
+        thread.request_stop();
+        control->cancel();
+        thread.join();
+        EXPECT_LT(std::chrono::steady_clock::now() - asked, 1s);
+    };
+    std::atomic<int> delivered = 0;
+    const EventSink counting{.deliver = [&](const WorkerEvent&) { ++delivered; }, .post = [](const WorkerEvent&) {}};
+    stopsSoon(counting, systemClock(), [&] { return delivered > 0; }); // waiting for the next poll
+
+    FtpServer slow(FtpServer::Kind::odd, {.extra = {"--hang", "data"}});
+    site.profile = testing::profileFor(slow, site.root(), slow.remoteFolder());
+    site.password = slow.password();
+    testing::writeFile(site / "big", testing::randomBytes(1 << 20));
+    clock.onSleep = nullptr;
+    stopsSoon(counting, clock, [&] { return !testing::leftoverPartFiles(slow.root()).empty(); }); // in a transfer
+}
+
+TEST(WorkerDecisions, OnlyChangedFilesAreQueuedAndOnlyRestingOnesSent) {
+    const Fingerprint one{.size = 1, .modified = 1, .inode = 1};
+    const Fingerprint two{.size = 1, .modified = 2, .inode = 1};
+    const FileMap current{{"added", one}, {"changed", two}, {"same", one}};
+    const auto changed = changedPaths(current, {{"changed", one}, {"gone", one}, {"same", one}});
+    EXPECT_EQ(changed, (std::vector<std::string>{"added", "changed"}));
+    EXPECT_EQ(stablePaths(changed, current, {{"changed", two}}), (std::vector<std::string>{"changed"}));
+    EXPECT_TRUE(stablePaths(changed, current, {{"changed", one}}).empty());
+}
+
+} // namespace
+} // namespace zembrastel
