@@ -1,0 +1,216 @@
+// The one model: it owns the profiles, what is remembered of them, their jobs, statuses and reviews.
+//
+// Lives on the main context: every call comes from there, and none blocks on a server. Work runs on threads of its own
+// and comes back through the main context; a result of a job that was stopped or replaced meanwhile is dropped. A
+// profile has at most one job: reading its password, a server check, a review download or a worker.
+#pragma once
+
+#include "app/background_tasks.h"
+#include "app/main_context.h"
+#include "app/model_observer.h"
+#include "app/password_reader.h"
+#include "app/profile_status.h"
+#include "model/password_store.h"
+#include "model/profile.h"
+#include "model/saved_state.h"
+#include "model/state_store.h"
+#include "platform/clock.h"
+#include "sync/worker_event.h"
+#include "transport/remote_change.h"
+#include "transport/transfer_control.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+namespace zembrastel {
+
+// The files of one profile that are newer on the server and wait for a decision.
+struct RemoteReview {
+    Uuid id; // of the profile
+    std::vector<RemoteChange> changes;
+};
+
+class AppModel {
+public:
+    // Where passwords are kept. The functions may block, and throw what the user is to read.
+    struct PasswordAccess {
+        std::function<void(const std::string& password, const Uuid& id)> save = PasswordStore::save;
+        std::function<std::string(const Uuid& id)> read = PasswordStore::read;
+        std::function<void(const Uuid& id)> remove = PasswordStore::remove;
+    };
+
+    struct Options {
+        bool demo = false; // a sample profile; no network, disk or secret store
+        std::optional<StateStore> storeOverride = std::nullopt;
+        std::map<Uuid, std::string> sessionPasswords = {}; // known already, never stored
+        PasswordAccess passwordAccess = {};
+        Clock& clock = systemClock();
+        // False ends a job where its worker would start: for a program that only checks and reviews.
+        bool watches = true;
+    };
+
+    // Loads the saved state. When that fails there are no profiles, `alert` says why, and nothing is ever saved.
+    AppModel(MainContext& mainContext, Options chosen);
+    AppModel(const AppModel&) = delete;
+    AppModel& operator=(const AppModel&) = delete;
+    // Shuts down and waits for the threads, which takes less than a second.
+    ~AppModel();
+
+    // The observer must outlive the model or be taken away again.
+    void observe(ModelObserver& observer) { observers.insert(&observer); }
+    void forget(ModelObserver& observer) { observers.erase(&observer); }
+
+    [[nodiscard]] const std::vector<Profile>& profiles() const { return state.profiles; }
+    [[nodiscard]] const Profile* profile(const Uuid& id) const; // nullptr when there is none
+    [[nodiscard]] const ProfileStatus& status(const Uuid& id) const;
+    [[nodiscard]] const std::optional<Uuid>& selection() const { return selected; }
+    [[nodiscard]] const std::optional<std::string>& alert() const { return alertText; }
+    [[nodiscard]] const std::map<Uuid, RemoteReview>& reviews() const { return pendingReviews; }
+    [[nodiscard]] const std::optional<RemoteReview>& presentedReview() const { return presented; }
+    [[nodiscard]] const std::map<Uuid, std::string>& checkFailures() const { return failures; }
+    [[nodiscard]] const FileMap& baseline(const Uuid& id) const;
+    [[nodiscard]] const RemoteDates& remoteDates(const Uuid& id) const;
+
+    void select(std::optional<Uuid> id);
+    void dismissAlert();
+
+    // Is there a job?
+    [[nodiscard]] bool running(const Uuid& id) const { return jobs.contains(id); }
+
+    // Starts watching: the password is read, then the server is checked, or the initial download begins where one is
+    // due. A start that is refused shows in the status.
+    void start(const Uuid& id);
+
+    // Starts every enabled profile.
+    void startEnabled();
+
+    // Ends whatever runs for the profile and drops its review. Returns at once; nothing of it is heard again.
+    void stopJob(const Uuid& id);
+
+    // Stops every job and saves what is not yet saved.
+    void shutdown();
+
+    // The user's pause and resume. Throws when the change could not be saved; it is in force all the same.
+    void toggle(const Uuid& id);
+
+    // Creates or changes a profile. Without a password the stored one is left as it is. `initialBaseline`, where given,
+    // becomes what counts as synchronised. A change of the sync contents has them downloaded again before watching
+    // resumes. Throws SyncError with nothing changed, or, when saving alone failed, with the change in force.
+    void save(
+        Profile changed, const std::optional<std::string>& password,
+        std::optional<FileMap> initialBaseline = std::nullopt);
+
+    // Forgets a profile with its password; all files stay. Throws with nothing changed when the password cannot be
+    // removed, or, when saving alone failed, with the profile gone.
+    void remove(const Uuid& id);
+
+    // Presents the profile's review, if it has one; closing hides it without a decision.
+    void openReview(const Uuid& id);
+    void closeReview();
+
+    // "Stay paused": stops the profile and keeps its review for later.
+    void pauseReview(const Uuid& id);
+
+    // Carries a decision out: the server's version of the selected paths is downloaded, for all others of the review
+    // the local version stays; then watching starts.
+    void resolveReview(const Uuid& id, const std::set<std::string, std::less<>>& selectedPaths);
+
+    void retryCheck(const Uuid& id);
+
+    // Watches without comparing with the server first.
+    void startWithoutCheck(const Uuid& id);
+
+private:
+    struct Job {
+        Uuid generation;
+        std::stop_source task;
+        std::shared_ptr<TransferControl> control;
+    };
+
+    // One piece of work for a profile, and what tells whether it is still wanted.
+    struct Assignment {
+        Profile profile;
+        std::string password;
+        Uuid generation;
+        std::shared_ptr<TransferControl> control;
+    };
+
+    // Core.
+    void loadSampleProfile();
+    [[nodiscard]] Profile* find(const Uuid& id);
+    [[nodiscard]] bool isCurrent(const Uuid& id, const Uuid& generation) const;
+    [[nodiscard]] std::function<void()> onlyIfCurrent(
+        const Uuid& id, const Uuid& generation, std::function<void()> work);
+    [[nodiscard]] std::string password(const Uuid& id);
+    void withPassword(const Uuid& id, std::function<void(std::string)> then, std::function<void(std::string)> failed);
+    void changeStatus(const Uuid& id, const std::function<void(ProfileStatus&)>& change);
+    void setAlert(std::string text);
+    void log(const Uuid& id, std::string text, bool error = false);
+    void notify(const std::function<void(ModelObserver&)>& tell) const;
+
+    // Jobs.
+    void checkStartable(const Profile& profile) const;
+    void refuseStart(const Uuid& id, const std::string& message);
+    [[nodiscard]] Assignment assign(const Profile& profile);
+    void begin(const Assignment& work);
+    void launchWorker(const Assignment& work);
+    void endInsteadOfWatching(const Uuid& id);
+    [[nodiscard]] EventSink eventSink(const Uuid& id, const Uuid& generation, const std::stop_token& stop);
+    void runAsJob(const Assignment& work, BackgroundTasks::Body body);
+    [[nodiscard]] const Profile* runningProfileWithFolder(const Uuid& except, const std::string& localFolder) const;
+
+    // Events and saving.
+    void receive(const WorkerEvent& event, const Uuid& id);
+    void apply(const event::Status& event, const Uuid& id);
+    void apply(const event::Activity& event, const Uuid& id);
+    void apply(const event::Uploaded& event, const Uuid& id);
+    void apply(const event::Baseline& event, const Uuid& id);
+    void apply(const event::Downloaded& event, const Uuid& id);
+    void apply(const event::RemoteDate& event, const Uuid& id);
+    void apply(const event::DownloadFinished& event, const Uuid& id);
+    void persist();
+    void persistFor(const Uuid& id);
+    void saveSoon(const Uuid& id);
+    void saveGathered();
+
+    // Server check and review.
+    void startCheck(const Assignment& work);
+    void finishCheck(const std::vector<RemoteChange>& changes, const Assignment& work);
+    void failedCheck(const std::string& message, const Uuid& id, bool willRetry);
+    void showNextReview();
+    void present(std::optional<RemoteReview> review);
+    void dropReview(const Uuid& id);
+    void startReviewDownload(const Assignment& work, const std::vector<RemoteChange>& approved);
+    void recordRemoteDate(const std::string& path, RemoteDate date, const Uuid& id);
+
+    // Profile operations.
+    void keepSharedScope(const Profile& old, const Profile& changed);
+
+    MainContext& context;
+    const Options options;
+    std::set<ModelObserver*> observers;
+    SavedState state;
+    std::optional<StateStore> store; // nothing when the saved state could not be loaded
+    std::map<Uuid, ProfileStatus> statuses;
+    std::optional<Uuid> selected;
+    std::optional<std::string> alertText;
+    std::map<Uuid, RemoteReview> pendingReviews;
+    std::optional<RemoteReview> presented;
+    std::map<Uuid, std::string> failures;
+    std::map<Uuid, Job> jobs;
+    std::map<Uuid, std::string> passwords;
+    std::set<Uuid> unsaved; // profiles with events that wait for the gathered save
+    std::chrono::steady_clock::time_point nextSave{};
+    // Watched by what is posted to the main context, which may come when the model has gone.
+    std::shared_ptr<AppModel*> self = std::make_shared<AppModel*>(this);
+    PasswordReader passwordReader;
+    BackgroundTasks tasks;
+};
+
+} // namespace zembrastel

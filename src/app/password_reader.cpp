@@ -1,0 +1,84 @@
+#include "app/password_reader.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <optional>
+#include <thread>
+
+namespace zembrastel {
+namespace {
+
+constexpr std::chrono::milliseconds patience{500};
+
+struct Request {
+    Uuid id;
+    std::function<void(PasswordReader::Result)> done;
+};
+
+} // namespace
+
+struct PasswordReader::Shared {
+    MainContext* context;
+    const Read readPassword;
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::deque<Request> requests;
+    std::thread thread; // started with the first request
+    bool stopping = false;
+    bool ended = false;
+
+    // The next request; nothing once the reader is going.
+    std::optional<Request> next() {
+        std::unique_lock lock(mutex);
+        changed.wait(lock, [this] { return stopping || !requests.empty(); });
+        if (stopping) return std::nullopt;
+        Request request = std::move(requests.front());
+        requests.pop_front();
+        return request;
+    }
+
+    void handOver(Request request, Result result) {
+        const std::lock_guard lock(mutex);
+        if (stopping) return; // the context may have gone too
+        context->post([done = std::move(request.done), result = std::move(result)] { done(result); });
+    }
+
+    void work() {
+        while (auto request = next()) {
+            Result result;
+            try {
+                result.password = readPassword(request->id);
+            } catch (...) {
+                result.failure = std::current_exception();
+            }
+            handOver(std::move(*request), std::move(result));
+        }
+        const std::lock_guard lock(mutex);
+        ended = true;
+        changed.notify_all();
+    }
+};
+
+PasswordReader::PasswordReader(MainContext& mainContext, Read readFunction)
+    : shared(std::make_shared<Shared>(&mainContext, std::move(readFunction))) {}
+
+PasswordReader::~PasswordReader() {
+    std::unique_lock lock(shared->mutex);
+    shared->stopping = true;
+    shared->changed.notify_all();
+    if (!shared->thread.joinable()) return;
+    const bool ended = shared->changed.wait_for(lock, patience, [this] { return shared->ended; });
+    lock.unlock();
+    ended ? shared->thread.join() : shared->thread.detach();
+}
+
+void PasswordReader::read(const Uuid& id, std::function<void(Result)> done) {
+    const std::lock_guard lock(shared->mutex);
+    shared->requests.push_back({.id = id, .done = std::move(done)});
+    shared->changed.notify_all();
+    if (!shared->thread.joinable()) shared->thread = std::thread([kept = shared] { kept->work(); });
+}
+
+} // namespace zembrastel

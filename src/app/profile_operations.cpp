@@ -1,0 +1,118 @@
+// What the user does with profiles: create and edit, pause and resume, remove.
+#include "app/app_model.h"
+#include "model/error.h"
+
+#include <algorithm>
+
+namespace zembrastel {
+
+void AppModel::keepSharedScope(const Profile& old, const Profile& changed) {
+    const auto isOutside = [&old, &changed](const auto& entry) {
+        return !old.includesInSync(entry.first) || !changed.includesInSync(entry.first);
+    };
+    if (const auto files = state.baselines.find(changed.id); files != state.baselines.end()) {
+        std::erase_if(files->second, isOutside);
+    }
+    if (!state.remoteDates) return;
+    if (const auto dates = state.remoteDates->find(changed.id); dates != state.remoteDates->end()) {
+        std::erase_if(dates->second, isOutside);
+    }
+}
+
+void AppModel::save(
+    Profile changed, const std::optional<std::string>& password, std::optional<FileMap> initialBaseline) {
+    Profile* stored = find(changed.id);
+    const std::optional<Profile> old = stored == nullptr ? std::nullopt : std::optional(*stored);
+    const bool scopeEdited = old && old->effectiveSyncSelection() != changed.effectiveSyncSelection();
+    if (scopeEdited) {
+        changed.initialDownloadSelection = changed.effectiveSyncSelection();
+        changed.needsDownload = changed.initialDownloadSelection && changed.initialDownloadSelection->hasSelection();
+    }
+    if (changed.hasEmptySyncSelection()) {
+        changed.enabled = false;
+        changed.needsDownload = false;
+    }
+    changed = changed.validated();
+    if (runningProfileWithFolder(changed.id, changed.localFolder) != nullptr) {
+        throw SyncError(
+            "Another active profile already watches this local folder. Pause it before using this profile.");
+    }
+    if (password && !options.demo) {
+        options.passwordAccess.save(*password, changed.id);
+        passwords.insert_or_assign(changed.id, *password);
+    }
+
+    const Uuid id = changed.id;
+    stopJob(id);
+    if (initialBaseline) state.baselines[id] = std::move(*initialBaseline);
+    if (scopeEdited) keepSharedScope(*old, changed);
+    const bool enabled = changed.enabled;
+    const bool empty = changed.hasEmptySyncSelection();
+    if (stored == nullptr) {
+        state.profiles.push_back(std::move(changed));
+    } else {
+        *stored = std::move(changed);
+    }
+    notify([](ModelObserver& observer) { observer.profilesChanged(); });
+    select(id);
+    const auto settle = [&] {
+        if (!empty && enabled) {
+            start(id);
+            return;
+        }
+        changeStatus(id, [empty](ProfileStatus& status) {
+            const ProfileStatus unstarted;
+            status.active = false;
+            status.failed = false;
+            status.pending = 0;
+            status.title = empty ? "Nothing selected" : unstarted.title;
+            status.detail =
+                empty ? "Choose files or folders in Edit sync contents to resume syncing." : unstarted.detail;
+        });
+    };
+    try {
+        persist();
+    } catch (const std::exception&) {
+        settle();
+        throw;
+    }
+    settle();
+}
+
+void AppModel::toggle(const Uuid& id) {
+    Profile* toggled = find(id);
+    if (toggled == nullptr) return;
+    if (!running(id)) {
+        toggled->enabled = true;
+        start(id);
+    } else {
+        stopJob(id);
+        toggled->enabled = false;
+        changeStatus(id, [](ProfileStatus& status) {
+            status.active = false;
+            status.failed = false;
+            status.title = "Paused";
+            status.detail = "Local changes will upload when you resume.";
+        });
+        log(id, "Watching paused.");
+    }
+    notify([](ModelObserver& observer) { observer.profilesChanged(); });
+    persist();
+}
+
+void AppModel::remove(const Uuid& id) {
+    if (profile(id) == nullptr) return;
+    if (!options.demo) options.passwordAccess.remove(id);
+    stopJob(id);
+    std::erase_if(state.profiles, [&id](const Profile& candidate) { return candidate.id == id; });
+    state.baselines.erase(id);
+    if (state.remoteDates) state.remoteDates->erase(id);
+    statuses.erase(id);
+    passwords.erase(id);
+    unsaved.erase(id);
+    notify([](ModelObserver& observer) { observer.profilesChanged(); });
+    if (selected == id) select(profiles().empty() ? std::nullopt : std::optional(profiles().front().id));
+    persist();
+}
+
+} // namespace zembrastel

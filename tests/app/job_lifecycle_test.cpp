@@ -1,0 +1,260 @@
+#include "app/model_fixture.h"
+#include "model/error.h"
+#include "support/wait_for.h"
+
+#include <filesystem>
+#include <latch>
+#include <thread>
+
+namespace zembrastel {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+std::size_t threadsOfThisProcess() {
+    return static_cast<std::size_t>(std::distance(fs::directory_iterator("/proc/self/task"), fs::directory_iterator()));
+}
+
+class JobLifecycle : public testing::ModelFixture {};
+
+TEST_F(JobLifecycle, EditGoesLiveIsRememberedAndIsNotSentAgainAfterARestart) {
+    testing::writeTree(site.root(), {{"index.html", "1"}, {"sub/page", "2"}});
+    server.put("site/index.html", "old");
+    testing::touch(server.root() / "site/index.html", std::chrono::sys_days(std::chrono::year(2001) / 1 / 1));
+    withProfile().start(id());
+    ASSERT_TRUE(uploads(2));
+    ASSERT_TRUE(reaches("Watching"));
+    EXPECT_EQ(testing::readTree(server.root() / "site"), site.files());
+    EXPECT_EQ(logged("Uploaded sub/page"), 1U);
+    EXPECT_EQ(logged("Watching started."), 1U);
+    EXPECT_EQ(model->status(id()).pending, 0);
+    EXPECT_EQ(
+        saved().baselines.at(id()),
+        (FileMap{{"index.html", site.fingerprint("index.html")}, {"sub/page", site.fingerprint("sub/page")}}));
+    EXPECT_EQ(saved().remoteDates->at(id()).size(), 2U);
+
+    restart().start(id());
+    ASSERT_TRUE(reaches("Watching"));
+    ASSERT_TRUE(runUntil([&] { return clock.sleeps().size() >= 8; }));
+    EXPECT_EQ(model->status(id()).uploaded, 0);
+}
+
+TEST_F(JobLifecycle, StoppingInTheMiddleLosesNothingThatWasSent) {
+    for (int i = 0; i < 60; ++i)
+        testing::writeFile(site / ("folder" + std::to_string(i % 6) + "/" + std::to_string(i)), "x");
+    withProfile().start(id());
+    ASSERT_TRUE(uploads(20));
+    model.reset();
+    const auto sent = testing::readTree(server.root() / "site");
+    const auto remembered = saved().baselines.at(id());
+    EXPECT_LT(remembered.size(), 60U);
+    // The one that was being sent may be there without having been recorded.
+    EXPECT_GE(remembered.size() + 1, sent.size() - testing::leftoverPartFiles(server.root()).size());
+    for (const auto& [path, fingerprint] : remembered) EXPECT_TRUE(sent.contains(path)) << path;
+}
+
+TEST_F(JobLifecycle, FailingCheckKeepsUploadsBackAndIsRetriedUntilTheServerIsBack) {
+    testing::writeFile(site / "page", "new");
+    server.stop();
+    std::size_t failures = 0;
+    clock.onSleep = [&](std::chrono::nanoseconds duration) {
+        if (duration >= 5s && ++failures == 7) server.restart();
+        return true;
+    };
+    withProfile().start(id());
+    ASSERT_TRUE(reaches("Server check needs attention"));
+    EXPECT_TRUE(model->status(id()).failed);
+    EXPECT_TRUE(model->status(id()).detail.ends_with(" Uploads remain paused; the check will retry automatically."));
+    EXPECT_TRUE(model->checkFailures().at(id()).starts_with("curl: (7)"));
+    ASSERT_TRUE(uploads(1));
+    const std::vector<std::chrono::nanoseconds> expected{5s, 10s, 20s, 40s, 60s, 60s, 60s};
+    const auto sleeps = clock.sleeps();
+    EXPECT_EQ((std::vector<std::chrono::nanoseconds>(sleeps.begin(), sleeps.begin() + 7)), expected);
+    EXPECT_FALSE(model->status(id()).failed);
+    EXPECT_TRUE(model->checkFailures().empty());
+
+    model->stopJob(id());
+    model->startWithoutCheck(id());
+    EXPECT_EQ(logged("Server comparison skipped by your choice; pending local edits may replace remote copies."), 1U);
+    EXPECT_TRUE(reaches("Watching"));
+}
+
+TEST_F(JobLifecycle, InitialDownloadIsFollowedByTheCheckAndWatching) {
+    server.put("site/a", "1");
+    server.put("site/sub/b", "2");
+    restart();
+    site.profile.enabled = true;
+    site.profile.needsDownload = true;
+    site.profile.initialDownloadSelection = DownloadSelection::everything();
+    model->save(site.profile, std::nullopt);
+    ASSERT_TRUE(reaches("Watching"));
+    EXPECT_EQ(testing::readTree(site.root()), (testing::FileTree{{"a", "1"}, {"sub/b", "2"}}));
+    EXPECT_EQ(logged("Starting initial server download."), 1U);
+    EXPECT_EQ(logged("Checking for newer server files before watching resumes."), 1U);
+    EXPECT_FALSE(saved().profiles.front().needsDownload);
+    ASSERT_TRUE(runUntil([&] { return clock.sleeps().size() >= 8; }));
+    EXPECT_EQ(model->status(id()).uploaded, 0);
+}
+
+TEST_F(JobLifecycle, StartThatCannotWorkIsRefusedWithTheReason) {
+    withProfile();
+    auto other = site.profile;
+    other.id = Uuid::random();
+    fs::create_directory_symlink(site.root(), stateFolder / "spelled-otherwise");
+    model->start(id());
+    other.localFolder = stateFolder / "spelled-otherwise";
+    EXPECT_EQ(
+        testing::failureOf([&] {
+            model->save(other, std::nullopt);
+            return 0;
+        }),
+        "Another active profile already watches this local folder. Pause it before using this profile.");
+    model->stopJob(id());
+    model->save(other, std::nullopt);
+    model->start(id());
+    model->start(other.id);
+    EXPECT_FALSE(model->running(other.id));
+    EXPECT_EQ(model->status(other.id).title, "Needs attention");
+    EXPECT_EQ(model->status(other.id).detail, "This folder is already being watched by another profile.");
+    model->stopJob(id());
+
+    auto state = saved();
+    state.profiles[0].syncSelection = DownloadSelection{};
+    state.profiles[1].needsDownload = true;
+    for (auto& profile : state.profiles) profile.enabled = true;
+    StateStore(stateFolder / "state").save(state);
+    restart().startEnabled();
+    EXPECT_EQ(model->status(id()).title, "Needs attention");
+    EXPECT_EQ(
+        model->status(id()).detail, "No files or folders are selected. Use Edit sync contents to choose what to sync.");
+    EXPECT_EQ(model->status(other.id).title, "Choose download contents");
+    EXPECT_TRUE(model->status(other.id).failed);
+    for (const auto& profile : saved().profiles) EXPECT_FALSE(profile.enabled);
+}
+
+TEST_F(JobLifecycle, WaitingForThePasswordBlocksNothingAndCanBeStopped) {
+    std::latch asked(1);
+    std::latch answer(1);
+    passwords.read = [&](const Uuid&) -> std::string {
+        asked.count_down();
+        answer.wait();
+        throw SyncError("Keychain: nobody answered.");
+    };
+    site.profile.id = Uuid::random();
+    withProfile();
+    const auto second = [&] {
+        auto copy = site.profile;
+        copy.id = Uuid::random();
+        return copy;
+    }();
+    fs::create_directory(stateFolder / "second");
+    auto unknown = second;
+    unknown.localFolder = stateFolder / "second";
+    model->save(unknown, std::nullopt);
+    model->start(unknown.id);
+    EXPECT_EQ(model->status(unknown.id).title, "Starting");
+    EXPECT_TRUE(model->status(unknown.id).active);
+    asked.wait();
+    model->start(id()); // known for this session: needs no answer
+    EXPECT_TRUE(reaches("Watching"));
+
+    model->toggle(unknown.id);
+    EXPECT_EQ(model->status(unknown.id).title, "Paused");
+    model->start(unknown.id);
+    answer.count_down();
+    ASSERT_TRUE(runUntil([&] { return model->status(unknown.id).failed; }));
+    EXPECT_EQ(model->status(unknown.id).title, "Needs attention");
+    EXPECT_EQ(model->status(unknown.id).detail, "Keychain: nobody answered.");
+    EXPECT_FALSE(model->running(unknown.id));
+}
+
+TEST_F(JobLifecycle, EveryJobCanBeStoppedAndReplacedAndLeavesNoThread) {
+    const auto threads = threadsOfThisProcess();
+    testing::writeFile(site / "page", "1");
+    withProfile();
+    for (int round = 0; round < 80; ++round) {
+        model->toggle(id());
+        int pieces = round % 12; // stopped after so many steps: reading, checking, polling, sending
+        EXPECT_TRUE(runUntil([&pieces] { return pieces-- == 0; }));
+        model->toggle(id());
+    }
+    EXPECT_EQ(model->status(id()).activity.size(), ProfileStatus::mostActivities);
+    EXPECT_EQ(model->status(id()).title, "Paused");
+    // Nothing of the stopped jobs is heard again.
+    EXPECT_TRUE(runUntil([&] { return threadsOfThisProcess() <= threads; }));
+    EXPECT_EQ(model->status(id()).title, "Paused");
+    EXPECT_EQ(model->status(id()).activity.front().text, "Watching paused.");
+
+    model->start(id());
+    ASSERT_TRUE(reaches("Watching"));
+    const auto asked = std::chrono::steady_clock::now();
+    model.reset(); // while the worker waits for its event to be taken
+    EXPECT_LT(std::chrono::steady_clock::now() - asked, 1s);
+    EXPECT_EQ(threadsOfThisProcess(), threads);
+}
+
+TEST_F(JobLifecycle, UnreadableStateIsReportedAndNeverTouched) {
+    testing::writeFile(stateFolder / "state/profiles.json", "{\"profiles\": oops");
+    restart();
+    ASSERT_TRUE(model->alert());
+    EXPECT_TRUE(model->alert()->starts_with("Could not load saved profiles: "));
+    EXPECT_TRUE(model->alert()->ends_with(". Your saved file has been left untouched.")) << *model->alert();
+    EXPECT_EQ(model->alert()->find(".."), std::string::npos);
+    EXPECT_EQ(
+        testing::failureOf([&] {
+            model->save(site.profile, std::nullopt);
+            return 0;
+        }),
+        "Profile storage is unavailable. Restart the app after correcting the startup error.");
+    EXPECT_EQ(testing::readFile(stateFolder / "state/profiles.json"), "{\"profiles\": oops");
+}
+
+TEST_F(JobLifecycle, StateThatCannotBeSavedIsToldAndSavedOnceItCan) {
+    testing::writeFile(site / "a", "1");
+    withProfile();
+    const auto file = stateFolder / "state/profiles.json";
+    fs::rename(file, stateFolder / "aside");
+    fs::create_directories(file / "in the way");
+    model->start(id());
+    ASSERT_TRUE(reaches("Needs attention"));
+    EXPECT_TRUE(model->status(id()).detail.starts_with("Could not save sync state: ")) << model->status(id()).detail;
+    EXPECT_EQ(onServer("a"), "1");
+    fs::remove_all(file);
+    testing::writeFile(site / "b", "2");
+    ASSERT_TRUE(uploads(2));
+    model.reset();
+    EXPECT_EQ(saved().baselines.at(id()).size(), 2U);
+}
+
+// A clock by which every look takes a second: a save seems slow.
+class SlowClock : public testing::FakeClock {
+public:
+    std::chrono::steady_clock::time_point steadyNow() const override {
+        return std::chrono::steady_clock::time_point(std::chrono::seconds(++looks));
+    }
+    mutable std::atomic<int> looks = 0;
+};
+
+TEST_F(JobLifecycle, SavesOfALargeStateAreGatheredAndAStopWritesWhatIsDue) {
+    for (int i = 0; i < 12; ++i) testing::writeFile(site / std::to_string(i), "x");
+    SlowClock slow;
+    AppModel::Options options{.storeOverride = StateStore(stateFolder / "state"), .clock = slow};
+    options.sessionPasswords[id()] = site.password;
+    model = std::make_unique<AppModel>(queue, std::move(options));
+    model->save(site.profile, std::nullopt);
+    model->start(id());
+    bool behind = false;
+    ASSERT_TRUE(runUntil([&] {
+        const auto done = static_cast<std::size_t>(model->status(id()).uploaded);
+        const auto files = saved().baselines;
+        behind = behind || (files.contains(id()) ? files.at(id()).size() : 0U) < done;
+        return done == 12;
+    }));
+    EXPECT_TRUE(behind);
+    model.reset();
+    EXPECT_EQ(saved().baselines.at(id()).size(), 12U);
+}
+
+} // namespace
+} // namespace zembrastel

@@ -1,0 +1,95 @@
+// A model on a queue, with a state folder, a clock on which hours pass in a moment, and one server.
+#pragma once
+
+#include "app/app_model.h"
+#include "app/main_queue.h"
+#include "support/fake_clock.h"
+#include "support/ftp_server.h"
+#include "support/local_site.h"
+#include "support/temporary_folder.h"
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <memory>
+
+namespace zembrastel::testing {
+
+class ModelFixture : public ::testing::Test {
+protected:
+    explicit ModelFixture(FtpServer::Kind kind = FtpServer::Kind::vsftpd) : server(kind), site(server) {
+        site.profile.name = "Site";
+        std::filesystem::create_directory(server.root() / "site");
+        server.handOver();
+    }
+
+    // Ends the model and loads the state anew, as a restart of the program does.
+    AppModel& restart(bool watches = true) {
+        model.reset();
+        AppModel::Options options{
+            .storeOverride = StateStore(stateFolder / "state"),
+            .passwordAccess = passwords,
+            .clock = clock,
+            .watches = watches};
+        options.sessionPasswords[id()] = site.password;
+        model = std::make_unique<AppModel>(queue, std::move(options));
+        return *model;
+    }
+
+    // A model with the site's profile in it, not started.
+    AppModel& withProfile() {
+        restart();
+        site.profile.enabled = false;
+        model->save(site.profile, std::nullopt);
+        return *model;
+    }
+
+    [[nodiscard]] const Uuid& id() const { return site.profile.id; }
+
+    [[nodiscard]] bool runUntil(const std::function<bool()>& condition) {
+        return queue.runUntil(condition, std::chrono::seconds(30));
+    }
+
+    [[nodiscard]] bool reaches(const std::string& title) {
+        return runUntil([&] { return model->status(id()).title == title; });
+    }
+
+    [[nodiscard]] bool uploads(std::int64_t count) {
+        return runUntil([&] { return model->status(id()).uploaded >= count; });
+    }
+
+    [[nodiscard]] std::size_t logged(const std::string& text) const {
+        const auto& activity = model->status(id()).activity;
+        return static_cast<std::size_t>(
+            std::count_if(activity.begin(), activity.end(), [&](const auto& line) { return line.text == text; }));
+    }
+
+    [[nodiscard]] SavedState saved() const { return StateStore(stateFolder / "state").load(); }
+
+    [[nodiscard]] std::string onServer(const std::string& path) const {
+        return readFile(server.root() / "site" / path);
+    }
+
+    // Changes a file on the server, as a colleague would, some hours after now.
+    void editOnServer(const std::string& path, const std::string& content, int hoursAhead) {
+        server.put("site/" + path, content);
+        touch(
+            server.root() / "site" / path,
+            std::chrono::ceil<std::chrono::seconds>(std::chrono::system_clock::now()) + std::chrono::hours(hoursAhead));
+    }
+
+    FtpServer server;
+    LocalSite site;
+    TemporaryFolder stateFolder;
+    FakeClock clock;
+    MainQueue queue;
+    AppModel::PasswordAccess passwords{
+        .save = [this](const std::string& password, const Uuid& id) { storedPasswords[id] = password; },
+        .read = [this](const Uuid& id) { return storedPasswords.at(id); },
+        .remove = [this](const Uuid& id) { storedPasswords.erase(id); }};
+    std::map<Uuid, std::string> storedPasswords;
+    std::unique_ptr<AppModel> model;
+};
+
+} // namespace zembrastel::testing

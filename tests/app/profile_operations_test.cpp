@@ -1,0 +1,139 @@
+#include "app/model_fixture.h"
+#include "model/error.h"
+
+#include <filesystem>
+
+namespace zembrastel {
+namespace {
+
+namespace fs = std::filesystem;
+
+class ProfileOperations : public testing::ModelFixture {
+protected:
+    // Everything of two folders in sync and watched.
+    void syncTwoFolders() {
+        testing::writeTree(site.root(), {{"keep/a", "1"}, {"drop/b", "1"}});
+        withProfile().toggle(id());
+        ASSERT_TRUE(uploads(2));
+        ASSERT_TRUE(runUntil([&] { return model->remoteDates(id()).size() == 2; }));
+    }
+
+    Profile edited() const { return *model->profile(id()); }
+};
+
+TEST_F(ProfileOperations, EditThatTouchesNoContentsLeavesTheBaselineAlone) {
+    syncTwoFolders();
+    auto profile = edited();
+    profile.name = "  Renamed ";
+    model->save(profile, "new password");
+    EXPECT_EQ(edited().name, "Renamed");
+    EXPECT_FALSE(edited().needsDownload);
+    EXPECT_EQ(saved().baselines.at(id()).size(), 2U);
+    EXPECT_EQ(storedPasswords.at(id()), "new password");
+    EXPECT_TRUE(model->running(id())) << "an enabled profile goes on";
+}
+
+TEST_F(ProfileOperations, NarrowedContentsAreForgottenAndReAddedOnesComparedAfresh) {
+    syncTwoFolders();
+    auto profile = edited();
+    profile.syncSelection = DownloadSelection{.rules = {{"keep", true}}};
+    model->save(profile, std::nullopt);
+    EXPECT_TRUE(edited().needsDownload);
+    EXPECT_EQ(edited().initialDownloadSelection, profile.syncSelection);
+    EXPECT_FALSE(model->baseline(id()).contains("drop/b"));
+    EXPECT_FALSE(model->remoteDates(id()).contains("drop/b"));
+    EXPECT_TRUE(model->baseline(id()).contains("keep/a"));
+    EXPECT_EQ(testing::readFile(site / "drop/b"), "1");
+    ASSERT_TRUE(reaches("Watching"));
+
+    editOnServer("drop/b", "server edit", 1);
+    profile = edited();
+    profile.syncSelection = DownloadSelection::everything();
+    model->save(profile, std::nullopt);
+    ASSERT_TRUE(reaches("Watching"));
+    EXPECT_EQ(testing::readFile(site / "drop/b"), "server edit");
+    EXPECT_EQ(site.backups(), (testing::FileTree{{"drop/b", "1"}}));
+
+    profile = edited();
+    profile.syncSelection = DownloadSelection{};
+    model->save(profile, std::nullopt);
+    EXPECT_FALSE(edited().enabled);
+    EXPECT_FALSE(edited().needsDownload);
+    EXPECT_FALSE(model->running(id()));
+    EXPECT_EQ(model->status(id()).title, "Nothing selected");
+    EXPECT_EQ(model->status(id()).detail, "Choose files or folders in Edit sync contents to resume syncing.");
+}
+
+TEST_F(ProfileOperations, RefusedSaveChangesNothing) {
+    syncTwoFolders();
+    const auto before = saved();
+    auto profile = edited();
+    profile.host = "ftp://example.org";
+    EXPECT_NE(
+        testing::failureOf([&] {
+            model->save(profile, "x");
+            return 0;
+        }),
+        "");
+    passwords.save = nullptr;
+    profile = edited();
+    profile.name = "other";
+    restart();
+    model.reset();
+    AppModel::PasswordAccess failing = {.save = [](const auto&...) { throw SyncError("Keychain: locked."); }};
+    model = std::make_unique<AppModel>(
+        queue, AppModel::Options{.storeOverride = StateStore(stateFolder / "state"), .passwordAccess = failing});
+    EXPECT_EQ(
+        testing::failureOf([&] {
+            model->save(profile, "x");
+            return 0;
+        }),
+        "Keychain: locked.");
+    EXPECT_EQ(saved(), before);
+    EXPECT_EQ(edited(), before.profiles.front());
+}
+
+TEST_F(ProfileOperations, ChangesMadeWhilePausedGoUpAfterResuming) {
+    syncTwoFolders();
+    model->toggle(id());
+    EXPECT_FALSE(model->running(id()));
+    EXPECT_FALSE(saved().profiles.front().enabled);
+    EXPECT_EQ(model->status(id()).detail, "Local changes will upload when you resume.");
+    testing::writeFile(site / "keep/a", "edited while paused");
+    model->toggle(id());
+    EXPECT_TRUE(saved().profiles.front().enabled);
+    ASSERT_TRUE(uploads(3));
+    EXPECT_EQ(onServer("keep/a"), "edited while paused");
+}
+
+TEST_F(ProfileOperations, RemovalForgetsTheProfileAndKeepsEveryFile) {
+    syncTwoFolders();
+    storedPasswords[id()] = "x";
+    const auto files = site.files();
+    model->remove(id());
+    EXPECT_TRUE(model->profiles().empty());
+    EXPECT_FALSE(model->selection());
+    EXPECT_TRUE(storedPasswords.empty());
+    EXPECT_TRUE(saved().profiles.empty() && saved().baselines.empty());
+    EXPECT_EQ(site.files(), files);
+    EXPECT_EQ(testing::readTree(server.root() / "site"), files);
+}
+
+TEST_F(ProfileOperations, DemoTouchesNeitherDiskNorSecretsNorNetwork) {
+    model = std::make_unique<AppModel>(
+        queue, AppModel::Options{
+                   .demo = true,
+                   .storeOverride = StateStore(stateFolder / "state"),
+                   .passwordAccess = {.save = nullptr, .read = nullptr, .remove = nullptr}});
+    const Uuid sample = model->profiles().front().id;
+    EXPECT_EQ(model->profiles().front().name, "My website");
+    model->toggle(sample);
+    EXPECT_EQ(model->status(sample).title, "Watching");
+    model->toggle(sample);
+    EXPECT_EQ(model->status(sample).title, "Paused");
+    model->remove(sample);
+    EXPECT_FALSE(fs::exists(stateFolder / "state/profiles.json"));
+}
+
+} // namespace
+} // namespace zembrastel
