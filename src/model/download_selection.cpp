@@ -1,7 +1,7 @@
 #include "model/download_selection.h"
 
 #include <algorithm>
-#include <ranges>
+#include <utility>
 
 namespace zembrastel {
 namespace {
@@ -9,12 +9,17 @@ namespace {
 // The rules of what lies below a folder. They stand together in the order of the bytes: from "folder/" up to "folder0",
 // since "0" follows "/". Names such as "folder-old" sort between a folder's own rule and these.
 auto below(auto& rules, std::string_view folder) {
-    if (folder.empty()) return std::ranges::subrange(rules.upper_bound(folder), rules.end());
+    if (folder.empty()) return std::pair(rules.upper_bound(folder), rules.end());
     std::string bound(folder);
     bound += '/';
     const auto first = rules.lower_bound(bound);
     bound.back() = '/' + 1;
-    return std::ranges::subrange(first, rules.lower_bound(bound));
+    return std::pair(first, rules.lower_bound(bound));
+}
+
+bool anyBelow(const auto& rules, std::string_view folder, bool wanted) {
+    const auto [first, last] = below(rules, folder);
+    return std::any_of(first, last, [wanted](const auto& rule) { return rule.second == wanted; });
 }
 
 // The value of the deepest rule that contains the path, if any does.
@@ -46,21 +51,21 @@ bool DownloadSelection::includes(std::string_view path) const {
 }
 
 bool DownloadSelection::shouldVisit(std::string_view folder) const {
-    return includes(folder) || std::ranges::any_of(below(rules, folder), [](const auto& rule) { return rule.second; });
+    return includes(folder) || anyBelow(rules, folder, true);
 }
 
 DownloadSelection::Mark DownloadSelection::mark(std::string_view path) const {
     const bool own = includes(path);
-    const auto differs = [own](const auto& rule) { return rule.second != own; };
-    if (std::ranges::any_of(below(rules, path), differs)) return Mark::partial;
+    if (anyBelow(rules, path, !own)) return Mark::partial;
     return own ? Mark::all : Mark::none;
 }
 
 void DownloadSelection::set(std::string_view path, bool selected) {
-    const auto forgotten = below(rules, path);
-    rules.erase(forgotten.begin(), forgotten.end());
-    if (const auto own = rules.find(path); own != rules.end()) rules.erase(own);
-    if (selected != includes(path)) rules.emplace(path, selected);
+    std::string chosen(path); // which may be a view of a rule that goes now
+    const auto [first, last] = below(rules, chosen);
+    rules.erase(first, last);
+    rules.erase(chosen);
+    if (selected != includes(chosen)) rules.emplace(std::move(chosen), selected);
 }
 
 bool DownloadSelection::hasSelection() const {

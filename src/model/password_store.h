@@ -8,6 +8,7 @@
 #include "platform/uuid.h"
 
 #include <string>
+#include <string_view>
 
 namespace zembrastel {
 
@@ -24,5 +25,8 @@ struct PasswordStore {
     // Removing a missing password is none.
     static void remove(const Uuid& id);
 };
+
+// The message of a failed call: the service's own words as a sentence, or the number of its error when it had none.
+[[nodiscard]] std::string keychainMessage(int status, std::string_view words);
 
 } // namespace zembrastel

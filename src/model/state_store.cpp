@@ -13,6 +13,7 @@ std::filesystem::path stateFile(const std::filesystem::path& folder) { return fo
 StateStore::StateStore(std::optional<std::filesystem::path> folder)
     : stateFolder(folder ? *std::move(folder) : dataFolder() / "Zembrastel") {
     makePrivateFolders(stateFolder);
+    removeStaleWrites(stateFile(stateFolder));
 }
 
 SavedState StateStore::load() const {

@@ -55,7 +55,7 @@ bool meansUnsupported(int errorNumber) {
 }
 
 ssize_t copyByReading(int from, int to) {
-    std::array<char, 1 << 16> buffer;
+    std::array<char, 1 << 16> buffer{};
     const ssize_t size = ::read(from, buffer.data(), buffer.size());
     for (ssize_t done = 0; done < size;) {
         const ssize_t written = ::write(to, buffer.data() + done, static_cast<std::size_t>(size - done));

@@ -24,13 +24,17 @@ struct Unref {
 template <class Object>
 using Owned = std::unique_ptr<Object, Unref>;
 
-// The name that the service should own on the bus belongs to nobody, or no longer to the one known so far.
+// The service's name on the bus belongs to nobody, or no longer to the one known so far.
 class ServiceMissing : public SecretServiceError {
 public:
     explicit ServiceMissing(int status) : SecretServiceError(status, "No secret service is running") {}
 };
 
 SecretServiceError storeLocked() { return {SECRET_ERROR_IS_LOCKED, "The secret store is locked and was not unlocked"}; }
+
+SecretServiceError busMissing(int status) {
+    return {status, "No secret service is running, since there is no session bus"};
+}
 
 // Where a call leaves its error.
 class Failure {
@@ -51,10 +55,17 @@ public:
         throw SecretServiceError(error->code, error->message);
     }
 
-    // The same where any error at all means that no service can be reached.
+    // The same for storing, where an object that is not there can only be the collection.
+    void checkStore() const {
+        if (g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_UNKNOWN_METHOD)) {
+            throw SecretServiceError(error->code, "The secret service has no collection to keep passwords in");
+        }
+        check();
+    }
+
+    // The same where any error at all means that there is no bus.
     void checkBus() const {
-        if (error == nullptr) return;
-        throw SecretServiceError(error->code, "No secret service is running, since there is no session bus");
+        if (error != nullptr) throw busMissing(error->code);
     }
 
 private:
@@ -72,20 +83,31 @@ Connection connect() {
     connection.bus.reset(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, busFailure.slot()));
     busFailure.checkBus();
     g_dbus_connection_set_exit_on_close(connection.bus.get(), FALSE); // losing the bus must not end the program
+    if (g_dbus_connection_is_closed(connection.bus.get()) != FALSE) throw busMissing(G_IO_ERROR_CLOSED);
     Failure failure;
     connection.service.reset(secret_service_get_sync(SECRET_SERVICE_NONE, nullptr, failure.slot()));
     failure.check();
     return connection;
 }
 
-// Runs `operation` on the service. A service that was restarted is known by its old address until it is forgotten.
+// After a failure nothing that was learnt of the service is relied on again, neither its address, which changes with a
+// restart, nor the session for encrypted transfer, which ends with it.
+template <class Operation>
+auto attempt(Operation operation) {
+    try {
+        return operation(connect().service.get());
+    } catch (const SecretServiceError&) {
+        secret_service_disconnect();
+        throw;
+    }
+}
+
 template <class Operation>
 auto onService(Operation operation) {
     try {
-        return operation(connect().service.get());
-    } catch (const ServiceMissing&) {
-        secret_service_disconnect();
-        return operation(connect().service.get());
+        return attempt(operation);
+    } catch (const ServiceMissing&) { // or restarted, and at another address
+        return attempt(operation);
     }
 }
 
@@ -120,7 +142,8 @@ Items search(SecretService* service, const SecretItem& item) {
     const auto flags = static_cast<SecretSearchFlags>(SECRET_SEARCH_ALL | SECRET_SEARCH_LOAD_SECRETS);
     const Owned<GHashTable> attributes = attributesOf(item);
     Failure failure;
-    const Owned<GList> found(secret_service_search_sync(service, schema(), attributes.get(), flags, nullptr, failure.slot()));
+    const Owned<GList> found(
+        secret_service_search_sync(service, schema(), attributes.get(), flags, nullptr, failure.slot()));
     Items items;
     for (const GList* node = found.get(); node != nullptr; node = node->next) {
         items.emplace_back(static_cast<StoredItem*>(node->data));
@@ -190,7 +213,7 @@ void addSecret(const SecretItem& item, const std::string& label, const std::stri
         secret_service_store_sync(
             service, schema(), attributes.get(), SECRET_COLLECTION_DEFAULT, label.c_str(), value.get(), nullptr,
             failure.slot());
-        failure.check();
+        failure.checkStore();
     });
 }
 

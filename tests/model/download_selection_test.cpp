@@ -9,38 +9,19 @@ namespace {
 
 using Mark = DownloadSelection::Mark;
 
-TEST(DownloadSelection, ANameThatOnlyBeginsLikeAChosenFolderIsNotDownloaded) {
-    const DownloadSelection selection{.rules = {{"docs", true}}};
-    EXPECT_TRUE(selection.includes("docs/a.txt"));
-    EXPECT_TRUE(selection.includes("docs"));
-    EXPECT_FALSE(selection.includes("docs2/a.txt"));
-    EXPECT_FALSE(selection.includes("doc"));
-    EXPECT_FALSE(selection.shouldVisit("docs2"));
-}
-
-TEST(DownloadSelection, TheDeepestRuleDecides) {
+TEST(DownloadSelection, OnlyWhatWasChosenIsDownloadedAndOnlyItsFoldersAreEntered) {
     const DownloadSelection selection{
-        .rules = {{"docs", true}, {"docs/private", false}, {"docs/private/keep.txt", true}}};
-    EXPECT_FALSE(selection.includes("docs/private/x"));
-    EXPECT_TRUE(selection.includes("docs/public/x"));
-    EXPECT_TRUE(selection.includes("docs/private/keep.txt"));
-    EXPECT_TRUE(selection.shouldVisit("docs/private"));
-    EXPECT_EQ(selection.mark("docs"), Mark::partial);
-    EXPECT_EQ(selection.mark("docs/public"), Mark::all);
-}
-
-TEST(DownloadSelection, NothingChosenDownloadsNothing) {
-    const DownloadSelection selection;
-    EXPECT_FALSE(selection.includes(""));
-    EXPECT_FALSE(selection.shouldVisit(""));
-    EXPECT_FALSE(selection.hasSelection());
-    EXPECT_EQ(selection.summary(), "Custom file and folder selection");
-}
-
-TEST(DownloadSelection, ASingleFileLeadsTheWalkOnlyThroughItsOwnFolders) {
-    const DownloadSelection selection{.rules = {{"a/b/c.txt", true}}};
-    for (const auto* folder : {"", "a", "a/b"}) EXPECT_TRUE(selection.shouldVisit(folder)) << folder;
-    for (const auto* folder : {"a/x", "z", "a/b/c", "a/bb"}) EXPECT_FALSE(selection.shouldVisit(folder)) << folder;
+        .rules = {{"docs", true}, {"docs/private", false}, {"docs/private/keep.txt", true}, {"a/b/c.txt", true}}};
+    for (const auto* path : {"docs", "docs/a.txt", "docs/public/x", "docs/private/keep.txt"}) {
+        EXPECT_TRUE(selection.includes(path)) << path;
+    }
+    for (const auto* path : {"docs2/a.txt", "doc", "docs/private/x", "", "a"}) {
+        EXPECT_FALSE(selection.includes(path)) << path;
+    }
+    for (const auto* folder : {"", "a", "a/b", "docs/private"}) EXPECT_TRUE(selection.shouldVisit(folder)) << folder;
+    for (const auto* folder : {"a/x", "z", "a/bb", "docs2"}) EXPECT_FALSE(selection.shouldVisit(folder)) << folder;
+    EXPECT_FALSE(DownloadSelection{}.shouldVisit(""));
+    EXPECT_FALSE((DownloadSelection{.rules = {{"a", false}}}.hasSelection()));
 }
 
 TEST(DownloadSelection, UntickingAFolderForgetsTheChoicesMadeInIt) {
@@ -48,6 +29,8 @@ TEST(DownloadSelection, UntickingAFolderForgetsTheChoicesMadeInIt) {
     selection.set("docs/a.txt", true);
     selection.set("docs/b.txt", true);
     EXPECT_EQ(selection.mark("docs"), Mark::partial);
+    selection.set(selection.rules.begin()->first, true);
+    EXPECT_TRUE(selection.includes("docs/a.txt"));
     selection.set("docs", false);
     EXPECT_EQ(selection, DownloadSelection{});
     selection.set("docs/a.txt", true);

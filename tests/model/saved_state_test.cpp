@@ -2,8 +2,8 @@
 
 #include "model/error.h"
 
+#include <bit>
 #include <cmath>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
 #include <random>
@@ -50,7 +50,7 @@ std::string replaced(std::string text, const std::string& part, const std::strin
     return text.replace(at, part.size(), by);
 }
 
-bool sameBits(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+bool sameBits(double a, double b) { return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b); }
 
 TEST(SavedState, NothingTheUserSetIsLostBetweenRuns) {
     Profile profile;
@@ -87,26 +87,29 @@ TEST(SavedState, FileTimesSurviveToTheLastBitOrEveryFileIsUploadedAgain) {
     SavedState state;
     auto& files = state.baselines[id];
     auto& dates = state.remoteDates.emplace()[id];
-    const auto add = [&](double number) {
+    const auto add = [&](double modified, double date) {
         const auto path = std::to_string(files.size());
-        files[path].modified = number;
-        dates[path] = RemoteDate(RemoteDate::duration(number));
+        files[path].modified = modified;
+        dates[path] = RemoteDate(RemoteDate::duration(date));
     };
     using Limits = std::numeric_limits<double>;
     for (const double number :
          {0.0, -0.0, 1.0, 1e22, 1e23, 9007199254740993.0, 0.9868011474609375, Limits::min(), Limits::denorm_min(),
           Limits::max(), Limits::lowest(), Limits::epsilon()}) {
-        add(number);
+        add(number, number);
     }
-    for (int count = 0; count < 200000; ++count) {
+    const auto fileTime = [&random] {
         const auto seconds = static_cast<double>(random() % 4'000'000'000U) - 1e9;
-        add(seconds + static_cast<double>(random() % 1'000'000'000U) * 1e-9);
-    }
+        return seconds + static_cast<double>(random() % 1'000'000'000U) * 1e-9;
+    };
+    for (int count = 0; count < 100'000; ++count) add(fileTime(), fileTime());
     const auto restored = decodeSavedState(encode(state));
     ASSERT_EQ(restored.baselines.at(id).size(), files.size());
     for (const auto& [path, fingerprint] : files) {
         ASSERT_TRUE(sameBits(restored.baselines.at(id).at(path).modified, fingerprint.modified)) << path;
-        ASSERT_TRUE(sameBits(restored.remoteDates->at(id).at(path).time_since_epoch().count(), fingerprint.modified));
+        ASSERT_TRUE(sameBits(
+            restored.remoteDates->at(id).at(path).time_since_epoch().count(),
+            dates.at(path).time_since_epoch().count()));
     }
 }
 
@@ -182,6 +185,12 @@ TEST(SavedState, ADamagedFileSaysWhatIsWrongAndWhere) {
     EXPECT_EQ(complaint(R"({"profiles":{}})"), R"("profiles" is not a list)");
     EXPECT_EQ(complaint(stateJson("", "null")), R"("baselines" is not an object)");
     EXPECT_EQ(complaint(stateJson("", R"({"x":{}})")), R"("x" of "baselines" is not a UUID)");
+    EXPECT_EQ(
+        complaint(stateJson("", R"({")" + idText + R"(":{"\ud800\udc00":1}})")),
+        "\"\U00010000\" of \"" + idText + "\" of \"baselines\" is not an object");
+    EXPECT_EQ(
+        complaint(stateJson("", R"({")" + idText + R"(":{"\udc00":{}}})")),
+        R"("\xED\xB0\x80" of ")" + idText + R"(" of "baselines" is not valid Unicode)");
     const auto file = R"("a/b" of ")" + idText + R"(" of "baselines")";
     EXPECT_EQ(
         complaint(stateJson("", fingerprintJson("1.5", "1", "1"))), R"("size" of )" + file + " is not a whole number");

@@ -213,8 +213,10 @@ TEST(SyncWorkerLoss, ServerLostInTheMiddleOfALargeUploadLeavesTheLiveFileAndTheR
     testing::FakeClock clock;
     std::stop_source stop;
     std::size_t sleeps = 0;
+    std::jthread breaker;
     clock.onSleep = [&](std::chrono::nanoseconds duration) {
         ++sleeps;
+        if (sleeps == 2) breaker.join();
         const bool sent = duration == pollInterval && sleeps > 1;
         EXPECT_TRUE(sent || testing::readFile(server.root() / "site/video") == "old");
         if (sleeps == 6) server.restart(); // after waits of 5, 10, 20, 40 and 60 seconds
@@ -229,7 +231,7 @@ TEST(SyncWorkerLoss, ServerLostInTheMiddleOfALargeUploadLeavesTheLiveFileAndTheR
         .initialBaseline = {},
         .events = sink,
         .clock = clock};
-    std::jthread breaker([&] {
+    breaker = std::jthread([&] {
         EXPECT_TRUE(testing::eventually([&] {
             const auto parts = testing::leftoverPartFiles(server.root());
             return !parts.empty() && fs::file_size(server.root() / parts.front()) > (20 << 20);
@@ -237,7 +239,6 @@ TEST(SyncWorkerLoss, ServerLostInTheMiddleOfALargeUploadLeavesTheLiveFileAndTheR
         server.stop();
     });
     worker.run(stop.get_token());
-    breaker.join();
     const std::vector<std::chrono::nanoseconds> expected{2s, 5s, 10s, 20s, 40s, 60s, 2s};
     EXPECT_EQ(clock.sleeps(), expected);
     EXPECT_EQ(fs::file_size(server.root() / "site/video"), size);

@@ -64,9 +64,9 @@ TEST(RemoteUrl, UnsafePathNeverReachesTheServer) {
     }
 }
 
-TEST(CurlQuoting, NullCharacterIsRefused) {
+TEST(CurlQuoting, OneValueStaysOnOneLineAndANullCharacterIsRefused) {
     EXPECT_THROW((void)quote("a\0b"sv), SyncError);
-    EXPECT_EQ(quote(R"(a"b\c)"), R"("a\"b\\c")");
+    EXPECT_EQ(quote("a\"b\\c \r\n\t"), R"("a\"b\\c \r\n\t")");
 }
 
 class TemporaryFolder {
