@@ -20,7 +20,9 @@ struct Request {
 } // namespace
 
 struct PasswordReader::Shared {
-    MainContext* context;
+    Shared(MainContext& mainContext, Read readFunction) : context(mainContext), readPassword(std::move(readFunction)) {}
+
+    MainContext& context;
     const Read readPassword;
     std::mutex mutex;
     std::condition_variable changed;
@@ -42,7 +44,7 @@ struct PasswordReader::Shared {
     void handOver(Request request, Result result) {
         const std::lock_guard lock(mutex);
         if (stopping) return; // the context may have gone too
-        context->post([done = std::move(request.done), result = std::move(result)] { done(result); });
+        context.post([done = std::move(request.done), result = std::move(result)] { done(result); });
     }
 
     void work() {
@@ -62,7 +64,7 @@ struct PasswordReader::Shared {
 };
 
 PasswordReader::PasswordReader(MainContext& mainContext, Read readFunction)
-    : shared(std::make_shared<Shared>(&mainContext, std::move(readFunction))) {}
+    : shared(std::make_shared<Shared>(mainContext, std::move(readFunction))) {}
 
 PasswordReader::~PasswordReader() {
     std::unique_lock lock(shared->mutex);

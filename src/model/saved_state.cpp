@@ -77,7 +77,7 @@ public:
     template <Record T>
     void write(const T& record) {
         writer.StartObject();
-        eachField(record, [this](std::string_view key, const auto& field) { writeField(key, field); });
+        eachField(record, [this](std::string_view key, const auto& field) { this->writeField(key, field); });
         writer.EndObject();
     }
 

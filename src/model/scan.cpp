@@ -16,7 +16,7 @@ namespace {
 // Real path of the folder, once it is known to be one that can be listed and entered.
 std::filesystem::path readableRoot(const std::string& localFolder) {
     std::error_code failed;
-    const auto root = std::filesystem::canonical(localFolder, failed);
+    auto root = std::filesystem::canonical(localFolder, failed);
     const bool absent = failed == std::errc::no_such_file_or_directory || failed == std::errc::not_a_directory
                         || failed == std::errc::permission_denied;
     if (failed && !absent) throwFileError("realpath", localFolder, failed.value());

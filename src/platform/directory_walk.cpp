@@ -2,6 +2,7 @@
 
 #include "platform/descriptor.h"
 #include "platform/files.h"
+#include "platform/folder.h"
 
 #include <array>
 #include <cerrno>
@@ -36,8 +37,7 @@ public:
     Walk(const std::filesystem::path& rootFolder, const std::function<bool(const WalkEntry&)>& visitor)
         : root(rootFolder), visit(visitor), buffer(std::make_unique<Buffer>()) {}
 
-    void run() {
-        Descriptor top(::open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    void run(Descriptor top) {
         if (!top) throwFileError("open", root);
         levels.push_back({.folder = std::move(top), .pathLength = 0, .toEnter = {}});
         readLevel();
@@ -146,7 +146,16 @@ struct stat WalkEntry::attributes() const {
 }
 
 void walkFolder(const std::filesystem::path& root, const std::function<bool(const WalkEntry&)>& visit) {
-    Walk(root, visit).run();
+    Walk(root, visit).run(Descriptor(::open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)));
+}
+
+void visitItems(const Folder& folder, const std::function<void(const WalkEntry&)>& visit) {
+    const std::function<bool(const WalkEntry&)> stay = [&visit](const WalkEntry& entry) {
+        visit(entry);
+        return false;
+    };
+    // Opened anew, because the held descriptor has one place of reading for all.
+    Walk(folder.path(), stay).run(Descriptor(::openat(folder.descriptor(), ".", folderFlags)));
 }
 
 } // namespace zembrastel

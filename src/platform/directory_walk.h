@@ -10,6 +10,8 @@
 
 namespace zembrastel {
 
+class Folder;
+
 enum class EntryKind { file, folder, link, other };
 
 // One item, valid during the visit only.
@@ -39,5 +41,8 @@ private:
 //
 // Holds at most 32 descriptors, however deep the tree.
 void walkFolder(const std::filesystem::path& root, const std::function<bool(const WalkEntry&)>& visit);
+
+// The same for what lies in an open folder itself; none of it is entered.
+void visitItems(const Folder& folder, const std::function<void(const WalkEntry&)>& visit);
 
 } // namespace zembrastel

@@ -64,22 +64,19 @@ bool isDigit(UChar32 c) {
     return u_charType(c) == U_DECIMAL_DIGIT_NUMBER;
 }
 
-bool isInvalid(UChar32 c) { return c < 0; }
-
 bool isControl(UChar32 c) { return c < 0x20 || (c >= 0x7F && c < 0xA0); }
 
-// How many bytes at the start of the text are certainly all between `lowest` and U+007F. Looks at eight at a time and
-// so may stop up to seven short.
-std::size_t plainPrefix(std::string_view text, unsigned char lowest) {
-    constexpr std::uint64_t everyByte = 0x0101010101010101U;
-    std::size_t size = 0;
-    for (std::uint64_t word = 0; size + sizeof word <= text.size(); size += sizeof word) {
-        std::memcpy(&word, text.data() + size, sizeof word);
-        // A byte's highest bit is set by itself or, where it is below `lowest`, by the subtraction.
-        if (((word | (word - everyByte * lowest)) & (everyByte * 0x80)) != 0) break;
-    }
-    return size;
-}
+// Eight bytes of text at a time, in no particular order.
+using Word = std::uint64_t;
+
+constexpr Word each(unsigned char byte) { return Word{0x0101010101010101} * byte; }
+
+constexpr bool anyBeyondAscii(Word word) { return (word & each(0x80)) != 0; }
+
+// A subtraction sets the highest bit of a byte that is too small; only bytes without that bit count. `limit` <= 0x80.
+constexpr bool anyBelow(Word word, unsigned char limit) { return ((word - each(limit)) & ~word & each(0x80)) != 0; }
+
+constexpr bool anyEqual(Word word, unsigned char byte) { return anyBelow(word ^ each(byte), 1); }
 
 // The first character of a kind, and its bytes; at the end of the text, with size 0, when there is none.
 struct Place {
@@ -93,14 +90,17 @@ struct Step {
     std::size_t size;
 };
 
-// No ASCII character from `plain` on may be of the kind.
-template <class Look>
-Place findFirst(std::string_view text, unsigned char plain, Look look) {
+// `suspect` may not clear a word in which a character of the kind begins.
+template <class Suspect, class Look>
+Place findFirst(std::string_view text, Suspect suspect, Look look) {
     std::size_t at = 0;
     while (at < text.size()) {
-        at += plainPrefix(text.substr(at), plain);
-        // Through the word that holds something else, or the rest that fills no word.
-        for (const std::size_t end = std::min(at + sizeof(std::uint64_t), text.size()); at < end;) {
+        for (Word word = 0; at + sizeof word <= text.size(); at += sizeof word) {
+            std::memcpy(&word, text.data() + at, sizeof word);
+            if (suspect(word)) break;
+        }
+        // Through the suspect word, or the rest that fills no word.
+        for (const std::size_t end = std::min(at + sizeof(Word), text.size()); at < end;) {
             const Step next = look(text.substr(at));
             if (next.found) return {at, next.size};
             at += next.size;
@@ -110,11 +110,9 @@ Place findFirst(std::string_view text, unsigned char plain, Look look) {
 }
 
 template <class Class>
-Place findCharacter(std::string_view text, unsigned char plain, Class belongs) {
-    return findFirst(text, plain, [belongs](std::string_view rest) {
-        const CodePoint next = firstCodePoint(rest);
-        return Step{belongs(next.value), next.size};
-    });
+Step characterStep(std::string_view rest, Class belongs) {
+    const CodePoint next = firstCodePoint(rest);
+    return {belongs(next.value), next.size};
 }
 
 // Goes by bytes: the first byte of a character is never inside another, so nothing needs decoding to find a few.
@@ -135,7 +133,24 @@ Step lineBreakStep(std::string_view rest) {
     }
 }
 
-Place findLineBreak(std::string_view text) { return findFirst(text, '\r' + 1, lineBreakStep); }
+Place findLineBreak(std::string_view text) {
+    const auto suspect = [](Word word) {
+        return anyBelow(word, '\r' + 1) || anyEqual(word, 0xC2) || anyEqual(word, 0xE2);
+    };
+    return findFirst(text, suspect, lineBreakStep);
+}
+
+Place findWhitespace(std::string_view text) {
+    return findFirst(
+        text, [](Word word) { return anyBeyondAscii(word) || anyBelow(word, ' ' + 1); },
+        [](std::string_view rest) { return characterStep(rest, isWhitespace); });
+}
+
+Place findInvalid(std::string_view text) {
+    return findFirst(text, anyBeyondAscii, [](std::string_view rest) {
+        return characterStep(rest, [](UChar32 c) { return c < 0; });
+    });
+}
 
 template <class Class>
 std::size_t leading(std::string_view text, Class belongs) {
@@ -197,6 +212,11 @@ std::unique_ptr<const icu::Collator> makeNameOrder() {
     return order;
 }
 
+const icu::Collator& nameOrder() {
+    static const std::unique_ptr<const icu::Collator> order = makeNameOrder();
+    return *order;
+}
+
 icu::StringPiece piece(std::string_view text) {
     return {text.data(), static_cast<std::int32_t>(std::min<std::size_t>(text.size(), INT32_MAX))};
 }
@@ -212,11 +232,11 @@ icu::SimpleDateFormat makeHttpDateFormat() {
 
 } // namespace
 
-bool isValidUtf8(std::string_view text) { return findCharacter(text, 0, isInvalid).size == 0; }
+bool isValidUtf8(std::string_view text) { return findInvalid(text).size == 0; }
 
 bool containsLineBreak(std::string_view text) { return findLineBreak(text).size != 0; }
 
-bool containsWhitespace(std::string_view text) { return findCharacter(text, ' ' + 1, isWhitespace).size != 0; }
+bool containsWhitespace(std::string_view text) { return findWhitespace(text).size != 0; }
 
 std::size_t leadingWhitespace(std::string_view text) { return leading(text, isWhitespace); }
 
@@ -291,11 +311,25 @@ std::string printable(std::string_view text) {
 }
 
 int compareNames(std::string_view a, std::string_view b) {
-    static const std::unique_ptr<const icu::Collator> order = makeNameOrder();
     UErrorCode status = U_ZERO_ERROR;
-    const UCollationResult result = order->compareUTF8(piece(a), piece(b), status);
+    const UCollationResult result = nameOrder().compareUTF8(piece(a), piece(b), status);
     require(status, "Names cannot be compared");
     return result;
+}
+
+std::string nameSortKey(std::string_view name) {
+    constexpr std::size_t usualSize = 64;
+    const icu::UnicodeString text = icu::UnicodeString::fromUTF8(piece(name));
+    std::string key(usualSize, '\0');
+    const auto write = [&] {
+        auto* bytes = reinterpret_cast<std::uint8_t*>(key.data());
+        return static_cast<std::size_t>(nameOrder().getSortKey(text, bytes, static_cast<std::int32_t>(key.size())));
+    };
+    const std::size_t size = write();
+    const bool fits = size <= key.size();
+    key.resize(size);
+    if (!fits) write();
+    return key;
 }
 
 std::optional<std::chrono::sys_seconds> parseHttpDate(std::string_view text) {

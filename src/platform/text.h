@@ -1,7 +1,7 @@
 // Unicode classes, splitting, encoding, comparison and fixed-format dates, on UTF-8 text.
 //
-// Pure functions; any thread. None depends on the process locale, save compareNames, which orders names as the user's
-// language does. Bytes that are not valid UTF-8 belong to no class.
+// Pure functions; any thread. None depends on the process locale, save compareNames and nameSortKey, which order names
+// as the user's language does. Bytes that are not valid UTF-8 belong to no class.
 #pragma once
 
 #include <chrono>
@@ -56,6 +56,9 @@ namespace zembrastel {
 // Negative, zero or positive as `a` sorts before, with or after `b` in a file manager: runs of digits by value, case
 // ignored, by the rules of the user's language.
 [[nodiscard]] int compareNames(std::string_view a, std::string_view b);
+
+// Bytes that compare as compareNames compares the names themselves. For sorting many: a name is then looked at once.
+[[nodiscard]] std::string nameSortKey(std::string_view name);
 
 // The instant of "Wed, 01 Jan 2020 12:34:56 GMT" (RFC 9110, 5.6.7, IMF-fixdate; other zone names are read as well).
 [[nodiscard]] std::optional<std::chrono::sys_seconds> parseHttpDate(std::string_view text);

@@ -61,12 +61,12 @@ LocalPlace resolveBy(Step step, const std::string& localFolder, std::string_view
 
 LocalPlace LocalPlace::resolve(const std::string& localFolder, std::string_view path) {
     return resolveBy(
-        [](const Folder& folder, const std::string& name) { return folder.enter(name); }, localFolder, path);
+        [](const Folder& folder, const std::string& piece) { return folder.enter(piece); }, localFolder, path);
 }
 
 LocalPlace LocalPlace::resolveMakingFolders(const std::string& localFolder, std::string_view path) {
     auto place = resolveBy(
-        [](const Folder& folder, const std::string& name) { return std::optional(folder.enterOrMake(name)); },
+        [](const Folder& folder, const std::string& piece) { return std::optional(folder.enterOrMake(piece)); },
         localFolder, path);
     if (!place.parent) throwFileError("open", localFolder, ENOENT);
     return place;

@@ -107,6 +107,20 @@ TEST(Text, NamesSortAsInAFileManagerWhateverTheLocale) {
     EXPECT_LT(compareNames("resume", "r\u00E9sum\u00E9"), 0);
 }
 
+TEST(Text, SortKeysGiveTheSameOrderAsComparing) {
+    const std::string longName(300, 'x');
+    const std::vector<std::string> names{
+        "",        "file9",  "file10",           "File 010",     "README",        "readme", "eb",
+        "\u00E9c", "resume", "r\u00E9sum\u00E9", longName + "2", longName + "10", "a\0b"s,  "_"};
+    const auto sign = [](int order) { return (order > 0) - (order < 0); };
+    for (const auto& a : names) {
+        for (const auto& b : names) {
+            EXPECT_EQ(sign(nameSortKey(a).compare(nameSortKey(b))), sign(compareNames(a, b)))
+                << printable(a) << " and " << printable(b);
+        }
+    }
+}
+
 std::optional<std::int64_t> secondsOf(std::string_view date) {
     const auto instant = parseHttpDate(date);
     if (!instant) return std::nullopt;
