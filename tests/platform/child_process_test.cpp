@@ -61,7 +61,8 @@ TEST_F(ChildProcessTest, NothingOfTheProgramLeaksIntoTheChild) {
     sigset_t before;
     sigfillset(&blocked);
     pthread_sigmask(SIG_BLOCK, &blocked, &before);
-    runScript("ls /proc/self/fd | wc -l; grep -E 'Sig(Blk|Ign)' /proc/self/status; cut -d' ' -f5 /proc/$$/stat; echo $$");
+    runScript(
+        "ls /proc/self/fd | wc -l; grep -E 'Sig(Blk|Ign)' /proc/self/status; cut -d' ' -f5 /proc/$$/stat; echo $$");
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
     std::istringstream lines(written("out"));
     std::string descriptors;

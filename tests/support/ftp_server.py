@@ -79,6 +79,7 @@ def proftpd_command(options, folder):
     uid, gid = os.getuid(), os.getgid()
     lines = [
         "ServerName test",
+        "DefaultAddress 127.0.0.1",  # else it looks up the host name, which need not resolve
         "ServerType inetd",
         "UseIPv6 off",
         "UseReverseDNS off",

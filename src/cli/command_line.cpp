@@ -1,0 +1,153 @@
+#include "cli/command_line.h"
+
+#include "cli/command.h"
+#include "cli/help_text.h"
+#include "cli/ls.h"
+#include "cli/option_texts.h"
+#include "cli/presentation.h"
+#include "cli/profile_add.h"
+#include "cli/profile_list.h"
+#include "cli/review.h"
+#include "cli/scan_command.h"
+#include "cli/test_command.h"
+#include "cli/watch.h"
+#include "model/error.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+namespace zembrastel {
+namespace {
+
+constexpr const char* description =
+    "Keeps a local folder published to an FTP or FTPS server: what you save here is live there\n"
+    "a few seconds later. A profile says which folder and which server.\n";
+
+constexpr const char* footer = "zembrastel-cli COMMAND --help tells more about a command. Passwords are read from the\n"
+                               "desktop's secret store unless an option names another place.\n\n"
+                               "Exit codes:\n"
+                               "  0  done\n"
+                               "  1  failed\n"
+                               "  2  the command line is wrong\n"
+                               "  3  a review is waiting: files are newer on the server\n"
+                               "  4  the state folder is in use by another running program\n"
+                               "  5  the server refused the login\n\n"
+                               "Examples:\n"
+                               "  zembrastel-cli profile add --name \"My website\" --host ftp.example.com \\\n"
+                               "    --username web --remote-folder /public_html --local-folder ~/website\n"
+                               "  zembrastel-cli test \"My website\"\n"
+                               "  zembrastel-cli watch \"My website\"";
+
+void addGlobalOptions(CLI::App& app, GlobalOptions& options) {
+    const auto text = [&app](const char* name, std::string& target, const char* type, const char* help) {
+        return app.add_option(name, target, help)->type_name(type)->check(notEmpty());
+    };
+    text(
+        "--state", options.stateFolder, "DIR",
+        "Where profiles are saved (default: Zembrastel in\n$XDG_DATA_HOME or ~/.local/share)");
+    app.add_flag("--json", options.json, "Print one JSON object a line, for programs");
+    auto* file = text("--password-file", options.passwordFile, "FILE", "Take the password from the first line of FILE");
+    text(
+        "--password-command", options.passwordCommand, "CMD",
+        "Take the password from the first line that CMD prints. It\nruns without a shell and cannot ask in the "
+        "terminal")
+        ->excludes(file);
+    app.set_version_flag("--version", "zembrastel-cli " ZEMBRASTEL_VERSION, "Print the version and exit");
+}
+
+class Parser {
+public:
+    Parser() {
+        app.set_help_flag("-h,--help", "Print this help and exit");
+        app.formatter(std::make_shared<HelpText>());
+        app.require_subcommand(1);
+        app.fallthrough();
+        addGlobalOptions(app, options);
+        auto* profile = app.add_subcommand("profile", "Save a new profile (add) or show the saved ones (list)");
+        profile->require_subcommand(1);
+        addProfileAdd(*profile, chosen);
+        addProfileList(*profile, chosen);
+        addTest(app, chosen);
+        addLs(app, chosen);
+        addScan(app, chosen);
+        addWatch(app, chosen);
+        addReviewCommand(app, chosen);
+        for (auto* command : app.get_subcommands({})) command->group("Commands");
+        for (auto* command : profile->get_subcommands({})) command->group("Commands");
+        app.footer(footer); // last: commands made after it would have it as well
+        takeBracketsAsTyped(app);
+    }
+
+    // Nothing to run when help was asked for, and printed.
+    Command parse(int count, char** arguments) {
+        std::vector<std::string> texts;
+        for (int index = count - 1; index > 0; --index) texts.push_back(markedBrackets(arguments[index]));
+        if (count > 0) options.program = arguments[0];
+        app.name("zembrastel-cli");
+        try {
+            app.parse(std::move(texts)); // takes them from the end
+        } catch (const CLI::ParseError& error) {
+            if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::Success)) {
+                throw CommandError(ExitCode::usage, complaint(error) + " --help tells more.");
+            }
+            app.exit(error);
+        }
+        return chosen;
+    }
+
+    GlobalOptions options;
+
+private:
+    // The parser's own words, but for those about commands.
+    [[nodiscard]] std::string complaint(const CLI::ParseError& error) const {
+        const auto unknown = app.remaining(true);
+        if (!unknown.empty()) {
+            const bool isCommand = app.get_subcommands().empty() && !unknown.front().starts_with('-');
+            return (isCommand ? "There is no command " : "Not expected: ") + inQuotes(unmarked(unknown.front())) + ".";
+        }
+        if (error.what() == std::string_view("A subcommand is required")) {
+            return app.got_subcommand("profile") ? "Say which command: profile add or profile list."
+                                                 : "Say which command: profile, test, ls, scan, watch or review.";
+        }
+        return sentence(error.what());
+    }
+
+    CLI::App app{description};
+    Command chosen;
+};
+
+// Before parsing, which may be what fails.
+bool wantsJson(int count, char** arguments) {
+    return std::any_of(arguments, arguments + count, [](const char* text) { return text == std::string("--json"); });
+}
+
+ExitCode runCommand(int count, char** arguments, Output& output, Interrupt& interrupt) {
+    Parser parser;
+    const Command command = parser.parse(count, arguments);
+    if (!command) return ExitCode::done;
+    const ExitCode code = command({.options = parser.options, .output = output, .interrupt = interrupt});
+    if (code == ExitCode::done && output.failure()) {
+        throw CommandError(ExitCode::failed, "Cannot write the output: " + output.failure().message() + ".");
+    }
+    return code;
+}
+
+} // namespace
+
+ExitCode runCommandLine(int argumentCount, char** arguments, Interrupt& interrupt) {
+    Output output(wantsJson(argumentCount, arguments));
+    try {
+        return runCommand(argumentCount, arguments, output, interrupt);
+    } catch (const CommandError& error) {
+        output.error(error.what());
+        return error.code;
+    } catch (const Cancelled&) {
+        output.error("Interrupted.");
+        return ExitCode::failed;
+    } catch (const std::exception& error) {
+        output.error(describe(error));
+        return ExitCode::failed;
+    }
+}
+
+} // namespace zembrastel

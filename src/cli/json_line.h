@@ -1,0 +1,60 @@
+// One line of --json output: a JSON object whose first key, "event", says what it is about.
+//
+// Programs rely on these keys. Times are texts in UTC, such as "2026-01-02T15:04:05Z"; paths are relative, "/" between
+// components. On standard output come
+//   profile list, profile add   the profile as profiles.json has it (the one object without "event")
+//   test     "connected": profile, id, items
+//   ls       "entry": path, name, directory, and modified where the server gave a date
+//   scan     "scan": profile, id, folder, files, bytes, new, changed, deleted;
+//            then "difference": path, kind ("new", "changed" or "deleted")
+//   watch    "status": time, profile, id, title, detail, pending (changed files), failed
+//            "activity": time, profile, id, text, error
+//            "review": time, profile, id, files, each with path, remoteDate, localDate, bothChanged
+//   review   "review" as above, with no files when nothing is newer; "downloaded" and "kept": profile, id, path
+// and on standard error "error" and "warning": message.
+#pragma once
+
+#include <cstdint>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+#include <string>
+#include <string_view>
+
+namespace zembrastel {
+
+class JsonLine {
+public:
+    explicit JsonLine(std::string_view event);
+    JsonLine(const JsonLine&) = delete;
+    JsonLine& operator=(const JsonLine&) = delete;
+
+    // What is not UTF-8 in a text is spelled out as \xHH.
+    JsonLine& text(std::string_view key, std::string_view value);
+    JsonLine& number(std::string_view key, std::uint64_t value);
+    JsonLine& flag(std::string_view key, bool value);
+
+    // A list of objects: `write(*this, element)` adds the members of each.
+    template <class Range, class Write>
+    JsonLine& list(std::string_view key, const Range& elements, const Write& write) {
+        name(key);
+        writer.StartArray();
+        for (const auto& element : elements) {
+            writer.StartObject();
+            write(*this, element);
+            writer.EndObject();
+        }
+        writer.EndArray();
+        return *this;
+    }
+
+    // Ends the object. Without a line feed.
+    [[nodiscard]] std::string finished();
+
+private:
+    void name(std::string_view key);
+
+    rapidjson::StringBuffer buffer;
+    rapidjson::Writer<rapidjson::StringBuffer> writer{buffer};
+};
+
+} // namespace zembrastel

@@ -1,0 +1,46 @@
+#include "cli/output.h"
+
+#include "cli/presentation.h"
+
+#include <cerrno>
+#include <string>
+#include <unistd.h>
+
+namespace zembrastel {
+namespace {
+
+std::error_code writeLine(int descriptor, std::string_view text) {
+    const std::string bytes = std::string(text) + '\n';
+    std::string_view rest = bytes;
+    while (!rest.empty()) {
+        const ssize_t written = ::write(descriptor, rest.data(), rest.size());
+        if (written < 0 && errno == EINTR) continue;
+        if (written < 0) return {errno, std::system_category()};
+        rest.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return {};
+}
+
+} // namespace
+
+void Output::line(std::string_view text) {
+    const auto failed = writeLine(STDOUT_FILENO, text);
+    if (failed && failed != std::errc::broken_pipe) lost = failed;
+}
+
+void Output::error(std::string_view message) { tell("error", "zembrastel-cli: ", message); }
+
+void Output::warning(std::string_view message) { tell("warning", "zembrastel-cli: warning: ", message); }
+
+void Output::note(std::string_view message) {
+    if (!jsonLines) writeLine(STDERR_FILENO, oneLine(message));
+}
+
+void Output::tell(const char* event, std::string_view prefix, std::string_view message) const {
+    const std::string words = oneLine(message);
+    // Who cannot be told what went wrong still has the exit code.
+    writeLine(
+        STDERR_FILENO, jsonLines ? JsonLine(event).text("message", words).finished() : std::string(prefix) + words);
+}
+
+} // namespace zembrastel

@@ -1,0 +1,19 @@
+#include "cli/process_setup.h"
+
+#include <csignal>
+#include <fcntl.h>
+#include <initializer_list>
+#include <unistd.h>
+
+namespace zembrastel {
+
+void prepareProcess() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        // The lowest free number is the stream's own.
+        if (::fcntl(stream, F_GETFD) < 0) ::open("/dev/null", O_RDWR);
+    }
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGCHLD, SIG_DFL);
+}
+
+} // namespace zembrastel

@@ -1,0 +1,23 @@
+// scan: what a profile covers locally, and what of it was not uploaded yet. No server is asked.
+#pragma once
+
+#include "cli/command.h"
+#include "model/fingerprint.h"
+
+#include <string>
+#include <vector>
+
+namespace zembrastel {
+
+// How the folder differs from the baseline, each in ascending order.
+struct LocalDifferences {
+    std::vector<std::string> added;
+    std::vector<std::string> changed;
+    std::vector<std::string> deleted;
+};
+
+[[nodiscard]] LocalDifferences differences(const FileMap& current, const FileMap& baseline);
+
+void addScan(CLI::App& parent, Command& chosen);
+
+} // namespace zembrastel

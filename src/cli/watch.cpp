@@ -1,0 +1,102 @@
+#include "cli/watch.h"
+
+#include "app/main_queue.h"
+#include "cli/observing.h"
+#include "cli/password_source.h"
+#include "cli/presentation.h"
+#include "cli/profile_choice.h"
+#include "cli/state_folder.h"
+#include "cli/watch_report.h"
+#include "model/error.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+namespace zembrastel {
+namespace {
+
+constexpr std::chrono::hours longerThanAnyRun{24 * 365 * 10};
+
+std::vector<Profile> enabledProfiles(const std::vector<Profile>& profiles) {
+    std::vector<Profile> enabled;
+    std::ranges::copy_if(profiles, std::back_inserter(enabled), &Profile::enabled);
+    if (!enabled.empty()) return enabled;
+    throw CommandError(
+        ExitCode::failed, profiles.empty()
+                              ? "There is no profile to watch yet; profile add makes one."
+                              : "No profile is enabled. Say which to watch, by name: " + listedNames(profiles) + ".");
+}
+
+std::vector<Profile> chosenProfiles(const std::vector<Profile>& profiles, const std::vector<std::string>& names) {
+    if (names.empty()) return enabledProfiles(profiles);
+    std::vector<Profile> chosen;
+    for (const auto& name : names) {
+        const Profile& profile = chooseProfile(profiles, name);
+        if (std::ranges::find(chosen, profile.id, &Profile::id) == chosen.end()) chosen.push_back(profile);
+    }
+    return chosen;
+}
+
+std::map<Uuid, std::string> passwordsOf(const std::vector<Profile>& profiles, const Surroundings& around) {
+    std::map<Uuid, std::string> passwords;
+    if (const auto given = givenPassword(around)) {
+        for (const auto& profile : profiles) passwords.emplace(profile.id, *given);
+    }
+    return passwords;
+}
+
+// Returns when interrupted; throws when nothing is left to watch.
+void watchUntilInterrupted(
+    AppModel& model, MainQueue& queue, const std::vector<Profile>& profiles, const Surroundings& around) {
+    const auto interruptible = around.interrupt.during([&queue] { queue.quit(); });
+    for (const auto& profile : profiles) model.start(profile.id);
+    const auto nothingRuns = [&] {
+        return std::ranges::none_of(profiles, [&model](const Profile& profile) { return model.running(profile.id); });
+    };
+    const bool ended = queue.runUntil(nothingRuns, longerThanAnyRun);
+    if (!ended || around.interrupt.happened()) return;
+    throw CommandError(
+        ExitCode::failed, profiles.size() == 1 ? "Watching ended: " + inQuotes(profiles.front().name) + " cannot go on."
+                                               : "Watching ended: none of the profiles can go on.");
+}
+
+ExitCode watch(const Surroundings& around, const std::vector<std::string>& names) {
+    const StateStore store = openState(around.options);
+    const InstanceLock held = holdState(store);
+    MainQueue queue;
+    const auto profiles = chosenProfiles(loadState(around.options).profiles, names);
+    std::map<Uuid, std::string> passwords;
+    try {
+        passwords = passwordsOf(profiles, around);
+    } catch (const Cancelled&) {
+        return ExitCode::done;
+    }
+    AppModel model(
+        queue, {.storeOverride = store, .sessionPasswords = passwords, .passwordAccess = {.read = readStoredPassword}});
+    requireLoaded(model);
+    WatchReport report(model, around);
+    const Observing observing(model, report);
+    around.output.note("Watching " + listedNames(profiles) + ". Ctrl-C stops.");
+    watchUntilInterrupted(model, queue, profiles, around);
+    model.shutdown();
+    around.output.note("Stopped.");
+    return ExitCode::done;
+}
+
+} // namespace
+
+void addWatch(CLI::App& parent, Command& chosen) {
+    auto* command = parent.add_subcommand("watch", "Keep profiles published until Ctrl-C");
+    const auto names = std::make_shared<std::vector<std::string>>();
+    command->add_option("NAME", *names, "Names or ids of profiles; every enabled profile when left out")->type_name("");
+    command->footer("First the server is compared with what was last synchronised. Files that somebody else\n"
+                    "made newer there wait for a decision (see review), and nothing is uploaded until then.\n"
+                    "After that every new or changed file is uploaded a few seconds after it was saved.\n"
+                    "Nothing is ever deleted on the server. Failures are told and tried again.\n\n"
+                    "Example:\n"
+                    "  zembrastel-cli watch \"My website\" --password-file ~/.ftp-password");
+    command->callback(
+        [&chosen, names] { chosen = [names](const Surroundings& around) { return watch(around, *names); }; });
+}
+
+} // namespace zembrastel

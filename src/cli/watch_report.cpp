@@ -1,0 +1,81 @@
+#include "cli/watch_report.h"
+
+#include "cli/presentation.h"
+#include "cli/profile_choice.h"
+#include "cli/review_text.h"
+#include "platform/text.h"
+
+#include <algorithm>
+
+namespace zembrastel {
+
+void WatchReport::tell(const Profile& profile, const std::string& text) {
+    around.output.line(clockTime(clock.now()) + "  " + oneLine(profile.name) + "  " + text);
+}
+
+JsonLine& WatchReport::begin(JsonLine& object, const Profile& profile) const {
+    return object.text("time", universalTime(clock.now())).text("profile", profile.name).text("id", profile.id.text());
+}
+
+void WatchReport::statusChanged(const Uuid& id) {
+    const Profile* profile = model.profile(id);
+    if (profile == nullptr) return;
+    const ProfileStatus& status = model.status(id);
+    if (!around.output.json()) {
+        if (const auto line = narrations[id].status(status)) tell(*profile, *line);
+        return;
+    }
+    Told now{.title = status.title, .detail = status.detail, .pending = status.pending, .failed = status.failed};
+    if (lastStatus[id] == now) return;
+    JsonLine object("status");
+    begin(object, *profile).text("title", now.title).text("detail", now.detail);
+    object.number("pending", static_cast<std::uint64_t>(now.pending)).flag("failed", now.failed);
+    around.output.line(object);
+    lastStatus[id] = std::move(now);
+}
+
+void WatchReport::activityLogged(const Uuid& id, const Activity& activity) {
+    const Profile* profile = model.profile(id);
+    if (profile == nullptr) return;
+    if (!around.output.json()) {
+        if (const auto line = narrations[id].activity(activity)) tell(*profile, *line);
+        return;
+    }
+    JsonLine object("activity");
+    begin(object, *profile).text("text", activity.text).flag("error", activity.error);
+    around.output.line(object);
+}
+
+void WatchReport::reviewChanged(const Uuid& id) {
+    const auto review = model.reviews().find(id);
+    if (review == model.reviews().end()) {
+        reviewsTold.erase(id);
+    } else if (const Profile* profile = model.profile(id); profile != nullptr && reviewsTold.insert(id).second) {
+        tellReview(*profile, review->second.changes);
+    }
+}
+
+void WatchReport::tellReview(const Profile& profile, const std::vector<RemoteChange>& changes) {
+    if (around.output.json()) {
+        JsonLine object("review");
+        addReview(object, profile, changes, clock);
+        around.output.line(object);
+        return;
+    }
+    constexpr std::size_t mostPaths = 20;
+    tell(profile, counted(changes.size(), "file") + " newer on the server:");
+    for (std::size_t index = 0; index < std::min(changes.size(), mostPaths); ++index) {
+        around.output.line("    " + printable(changes[index].path));
+    }
+    if (changes.size() > mostPaths) {
+        around.output.line("    and " + std::to_string(changes.size() - mostPaths) + " more");
+    }
+    const std::string name = unambiguousName(model.profiles(), profile);
+    around.output.line("  To decide, stop watching (Ctrl-C), then: " + reviewCommand(around.options, name) + " --list");
+}
+
+void WatchReport::alertChanged() {
+    if (model.alert()) around.output.error(*model.alert());
+}
+
+} // namespace zembrastel

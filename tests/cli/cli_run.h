@@ -1,0 +1,96 @@
+// The real executable, run by a test in a folder of its own: nothing of the user's is read or changed.
+#pragma once
+
+#include "cli/shell_words.h"
+#include "support/file_tree.h"
+#include "support/program.h"
+#include "support/temporary_folder.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace zembrastel::testing {
+
+struct CliResult {
+    int status = 0;
+    std::string output; // standard output
+    std::string errors; // standard error
+};
+
+class CliPlace {
+public:
+    using Arguments = std::vector<std::string>;
+
+    CliPlace() {
+        for (const auto& made : {home(), state(), temporary()}) std::filesystem::create_directory(made);
+    }
+
+    [[nodiscard]] std::filesystem::path path(const std::string& name) const { return folder / name; }
+    [[nodiscard]] std::filesystem::path home() const { return folder / "home"; }
+    [[nodiscard]] std::filesystem::path state() const { return folder / "state"; }
+    [[nodiscard]] std::filesystem::path temporary() const { return folder / "tmp"; }
+    [[nodiscard]] std::filesystem::path stateFile() const { return state() / "profiles.json"; }
+    [[nodiscard]] std::string errors() const { return readFile(folder / "errors"); }
+
+    // Runs to the end, with empty input. `redirections` are the shell's, such as "< file".
+    [[nodiscard]] CliResult run(const Arguments& arguments, const std::string& redirections = "") const {
+        const auto result = runProgram(command(arguments, redirections), environment());
+        return {.status = result.status, .output = result.output, .errors = errors()};
+    }
+
+    // Runs a shell script with an empty secret store of its own in place of none.
+    [[nodiscard]] CliResult runInShellWithSecretService(const std::string& script) const {
+        const Arguments all{
+            ZEMBRASTEL_SOURCE_DIR "/tests/support/with_secret_service", "/bin/sh", "-c",
+            "exec 2> " + shellQuoted((folder / "errors").string()) + "; " + script};
+        const auto result = runProgram(all, environment());
+        return {.status = result.status, .output = result.output, .errors = errors()};
+    }
+
+    // One command of such a script.
+    [[nodiscard]] std::string shellCommand(const Arguments& arguments) const {
+        std::string line = shellQuoted(ZEMBRASTEL_CLI) + " --state " + shellQuoted(state().string());
+        for (const auto& argument : arguments) line += " " + shellQuoted(argument);
+        return line;
+    }
+
+    // Goes on running; its standard error is errors().
+    [[nodiscard]] Program start(const Arguments& arguments) const {
+        return Program(command(arguments, ""), environment());
+    }
+
+private:
+    // The shell becomes the program, so that signals reach it.
+    [[nodiscard]] Arguments command(const Arguments& arguments, const std::string& redirections) const {
+        Arguments all{"/bin/sh",
+                      "-c",
+                      "exec \"$@\" 2> \"$0\" " + redirections,
+                      (folder / "errors").string(),
+                      ZEMBRASTEL_CLI,
+                      "--state",
+                      state().string()};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        return all;
+    }
+
+    [[nodiscard]] std::vector<std::string> environment() const {
+        return {
+            "HOME=" + home().string(), "XDG_DATA_HOME=" + home().string(), "TMPDIR=" + temporary().string(),
+            "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent", "TZ=UTC"};
+    }
+
+    TemporaryFolder folder;
+};
+
+[[nodiscard]] inline ::testing::AssertionResult contains(const std::string& text, const std::string& words) {
+    const bool found = text.find(words) != std::string::npos;
+    return (found ? ::testing::AssertionSuccess() : ::testing::AssertionFailure()) << '"' << words << "\" in: " << text;
+}
+
+[[nodiscard]] inline bool isOneLine(const std::string& text) {
+    return text.find('\n') == text.size() - 1 && text.size() > 1;
+}
+
+} // namespace zembrastel::testing

@@ -1,0 +1,347 @@
+// The executable against real servers on loopback ports.
+#include "cli_run.h"
+
+#include "model/saved_state.h"
+#include "model/state_store.h"
+#include "platform/files.h"
+#include "support/ftp_server.h"
+#include "support/wait_for.h"
+
+#include <chrono>
+#include <csignal>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+namespace zembrastel::testing {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto limit = 30s;
+
+// A local folder "site", and a profile "My website" for it.
+class CliWithServer : public ::testing::Test {
+protected:
+    void SetUp() override {
+        if (const auto reason = FtpServer::unavailable(FtpServer::Kind::proftpd, FtpServer::Tls::none)) {
+            GTEST_SKIP() << *reason;
+        }
+        server.emplace(FtpServer::Kind::proftpd);
+        serverSite = server->root() / "site";
+        std::filesystem::create_directory(serverSite);
+        server->handOver();
+        writeTree(site, {{"index.html", "hello"}, {"images/a.svg", "<svg/>"}});
+        savePassword(server->password());
+        saveProfile(*server, server->remoteFolder("site"));
+    }
+
+    void savePassword(const std::string& text) const {
+        writeFile(passwordFile, text + "\n");
+        std::filesystem::permissions(passwordFile, std::filesystem::perms::owner_read);
+    }
+
+    void saveProfile(const FtpServer& target, const std::string& remoteFolder) const {
+        Profile profile = profileFor(target, site, remoteFolder);
+        profile.name = "My website";
+        StateStore(place.state()).save({.profiles = {profile}, .baselines = {}, .remoteDates = {}});
+    }
+
+    [[nodiscard]] CliPlace::Arguments withPassword(CliPlace::Arguments arguments) const {
+        arguments.insert(arguments.end(), {"--password-file", passwordFile.string()});
+        return arguments;
+    }
+
+    [[nodiscard]] CliResult run(const CliPlace::Arguments& arguments) const {
+        return place.run(withPassword(arguments));
+    }
+
+    [[nodiscard]] Program startWatch() const { return place.start(withPassword({"watch", "My website", "--json"})); }
+
+    // Everything told until a line contains `words`, that line included.
+    static std::string readUntil(Program& program, const std::string& words) {
+        std::string told;
+        while (told.find(words) == std::string::npos) told += program.readLine(limit) + "\n";
+        return told;
+    }
+
+    static std::string readUntilWatching(Program& program) { return readUntil(program, R"("title":"Watching")"); }
+
+    static int interrupt(const Program& program, int signal) { return ::kill(program.pid(), signal); }
+
+    // As if somebody else had changed the file on the server since.
+    void changeOnServer(const std::string& path, std::string_view text, std::chrono::seconds later) {
+        server->put("site/" + path, text);
+        touch(serverSite / path, std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()) + later);
+    }
+
+    CliPlace place;
+    std::filesystem::path site = place.path("site");
+    std::filesystem::path passwordFile = place.path("password");
+    std::filesystem::path serverSite;
+    std::optional<FtpServer> server;
+};
+
+TEST_F(CliWithServer, EditIsLiveSoonAndNothingIsLeftBehind) {
+    Program program = startWatch();
+    readUntilWatching(program);
+    writeFile(site / "index.html", "edited");
+    readUntil(program, "Uploaded index.html");
+    EXPECT_EQ(readTree(serverSite), readTree(site));
+    interrupt(program, SIGTERM);
+    EXPECT_EQ(program.wait(), 0);
+    EXPECT_TRUE(std::filesystem::is_empty(place.temporary()));
+    EXPECT_TRUE(leftoverPartFiles(serverSite).empty());
+}
+
+TEST_F(CliWithServer, RestartWithNothingChangedUploadsNothing) {
+    Program first = startWatch();
+    EXPECT_TRUE(contains(readUntilWatching(first), "Uploaded images/a.svg"));
+    interrupt(first, SIGINT);
+    ASSERT_EQ(first.wait(), 0);
+    EXPECT_TRUE(contains(run({"scan", "My website"}).output, "Nothing to upload."));
+
+    Program second = startWatch();
+    const std::string told = readUntilWatching(second);
+    EXPECT_FALSE(contains(told, "Upload")) << told;
+    interrupt(second, SIGHUP);
+    EXPECT_EQ(second.wait(), 0);
+}
+
+TEST_F(CliWithServer, ReaderWhoGoesAwayDoesNotEndTheSyncing) {
+    // The pipe to `true` breaks at once.
+    const CliPlace::Arguments watch = withPassword({"--state", place.state().string(), "watch", "My website"});
+    CliPlace::Arguments command{"/bin/bash", "-c", R"( "$@" > >(true) & echo $!; wait $! )", "bash", ZEMBRASTEL_CLI};
+    command.insert(command.end(), watch.begin(), watch.end());
+    Program program(command, {"TMPDIR=" + place.temporary().string()});
+    const pid_t watching = std::stoi(program.readLine(limit));
+    EXPECT_TRUE(eventually([this] { return readTree(serverSite) == readTree(site); }, limit));
+    writeFile(site / "index.html", "edited");
+    EXPECT_TRUE(eventually([this] { return readTree(serverSite) == readTree(site); }, limit));
+    ::kill(watching, SIGTERM);
+    EXPECT_EQ(program.wait(), 0);
+}
+
+TEST_F(CliWithServer, NewerServerFileIsOfferedAndNeitherSideOverwritten) {
+    Program first = startWatch();
+    readUntilWatching(first);
+    interrupt(first, SIGINT);
+    ASSERT_EQ(first.wait(), 0);
+    changeOnServer("index.html", "by somebody else", 60s);
+    writeFile(site / "images/a.svg", "edited meanwhile");
+
+    Program program = startWatch();
+    const std::string told = readUntil(program, R"("event":"review")");
+    EXPECT_TRUE(contains(told, R"("path":"index.html")"));
+    EXPECT_EQ(place.run({"profile", "list"}).status, 0); // it goes on running, and others may look
+    EXPECT_EQ(run({"review", "My website"}).status, 4);
+    interrupt(program, SIGINT);
+    EXPECT_EQ(program.wait(), 0);
+
+    const std::string before = readFile(place.stateFile());
+    const auto listed = run({"review", "My website", "--list", "--json"});
+    EXPECT_EQ(listed.status, 3) << listed.errors;
+    EXPECT_TRUE(contains(listed.output, R"("bothChanged":false)"));
+    EXPECT_EQ(readFile(place.stateFile()), before);
+    EXPECT_EQ(readFile(serverSite / "index.html"), "by somebody else");
+    EXPECT_EQ(readFile(serverSite / "images/a.svg"), "<svg/>");
+    EXPECT_EQ(readFile(site / "index.html"), "hello");
+}
+
+TEST_F(CliWithServer, WatchSaysInWordsWhatToTypeForAReview) {
+    changeOnServer("index.html", "by somebody else", 60s);
+    Program program = place.start(withPassword({"watch", "My website"}));
+    const std::string told = readUntil(program, "To decide");
+    interrupt(program, SIGINT);
+    EXPECT_EQ(program.wait(), 0);
+    EXPECT_TRUE(contains(told, "\n    index.html\n"));
+    const std::string typed = told.substr(told.find("then: ") + 6);
+    const auto shell =
+        runProgram({"/bin/sh", "-c", "exec 2> /dev/null; " + typed}, {"TMPDIR=" + place.temporary().string()});
+    EXPECT_EQ(shell.status, 3) << typed;
+    EXPECT_TRUE(contains(shell.output, "index.html  server "));
+}
+
+TEST_F(CliWithServer, KeptRevisionIsNeverOfferedAgainButALaterOneIs) {
+    changeOnServer("index.html", "by somebody else", 60s);
+    const auto kept = run({"review", "My website", "--keep-all"});
+    EXPECT_EQ(kept.status, 0) << kept.errors;
+    EXPECT_TRUE(contains(kept.output, "Kept local copy: index.html"));
+    EXPECT_EQ(readFile(serverSite / "index.html"), "by somebody else"); // nothing was uploaded
+    EXPECT_EQ(run({"review", "My website", "--list"}).status, 0);
+    changeOnServer("index.html", "once more", 120s);
+    EXPECT_EQ(run({"review", "My website", "--list"}).status, 3);
+}
+
+TEST_F(CliWithServer, DownloadedFileEqualsTheServersAndIsNotUploadedBack) {
+    changeOnServer("index.html", "by somebody else", 60s);
+    changeOnServer("images/a.svg", "other", 60s);
+    const auto result = run({"review", "My website", "--download", "./index.html"});
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_TRUE(contains(result.output, "Downloaded newer server copy: index.html"));
+    EXPECT_TRUE(contains(result.output, "Kept local copy: images/a.svg"));
+    EXPECT_EQ(readFile(site / "index.html"), "by somebody else");
+    EXPECT_EQ(readFile(site / "images/a.svg"), "<svg/>");
+    const auto backups = readTree(site / ".zembrastel-backups");
+    ASSERT_EQ(backups.size(), 1U);
+    EXPECT_EQ(backups.begin()->second, "hello");
+
+    Program program = startWatch();
+    const std::string told = readUntilWatching(program);
+    interrupt(program, SIGINT);
+    EXPECT_EQ(program.wait(), 0);
+    EXPECT_FALSE(contains(told, "Uploaded index.html"));
+    EXPECT_TRUE(contains(told, "Uploaded images/a.svg"));
+}
+
+TEST_F(CliWithServer, DecisionOnAFileThatIsNotOfferedDecidesNothing) {
+    changeOnServer("index.html", "by somebody else", 60s);
+    const std::string before = readFile(place.stateFile());
+    const auto result = run({"review", "My website", "--download", "index.html", "typo.html"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(contains(result.errors, "\"typo.html\""));
+    EXPECT_TRUE(isOneLine(result.errors));
+    EXPECT_EQ(readFile(place.stateFile()), before);
+    EXPECT_EQ(readFile(site / "index.html"), "hello");
+}
+
+TEST_F(CliWithServer, ReviewOfAProfileThatWasNeverDownloadedIsRefused) {
+    SavedState state = StateStore(place.state()).load();
+    state.profiles.front().needsDownload = true;
+    state.profiles.front().initialDownloadSelection = DownloadSelection::everything();
+    StateStore(place.state()).save(state);
+    const auto result = run({"review", "My website", "--keep-all"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(contains(result.errors, "still has its initial download to do; run watch first"));
+}
+
+TEST_F(CliWithServer, TestAndLsShowTheServerAndChangeNothing) {
+    server->put("site/index.html", "x");
+    server->put("site/[a]/[b]", "y");
+    const auto test = run({"test", "My website"});
+    EXPECT_EQ(test.status, 0) << test.errors;
+    EXPECT_EQ(
+        test.output,
+        "Connected. The remote folder is readable (2 items). Upload permission is checked when a file uploads.\n");
+    const auto listed = run({"ls", "My website"});
+    EXPECT_TRUE(contains(listed.output, "  [a]/\n"));
+    EXPECT_TRUE(contains(listed.output, "  index.html\n"));
+    EXPECT_TRUE(contains(run({"ls", "My website", "[a]", "--json"}).output, R"("path":"[a]/[b]","name":"[b]")"));
+    EXPECT_EQ(run({"ls", "My website", "nosuch"}).status, 1);
+}
+
+TEST_F(CliWithServer, RefusedLoginHasItsOwnCodeInEveryCommandThatEnds) {
+    for (const CliPlace::Arguments& arguments :
+         {CliPlace::Arguments{"test", "My website"}, {"ls", "My website"}, {"review", "My website"}}) {
+        const auto result = place.run([&] {
+            auto all = arguments;
+            all.insert(all.end(), {"--password-command", "echo wrong-hush"});
+            return all;
+        }());
+        EXPECT_EQ(result.status, 5);
+        EXPECT_TRUE(contains(result.errors, "curl: (67) Access denied: 530. Check the user name and the password."));
+        EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
+        EXPECT_FALSE(contains(result.errors + result.output, "hush"));
+    }
+}
+
+TEST_F(CliWithServer, EveryFailureIsOneLineWithCurlsWords) {
+    const Profile good = StateStore(place.state()).load().profiles.front();
+    struct Failure {
+        std::function<void(Profile&)> spoil;
+        std::string words;
+    };
+    const std::vector<Failure> failures{
+        {[](Profile& profile) { profile.host = "nosuch.invalid"; }, "curl: (6) Could not resolve host: nosuch.invalid"},
+        {[](Profile& profile) { profile.port = 1; }, "curl: (7) Failed to connect"},
+        {[](Profile& profile) { profile.remoteFolder += "/nosuch"; }, "curl: (9) Server denied you to change"},
+        {[](Profile& profile) { profile.transport = TransferProtocol::ftps; },
+         "curl: (64) Requested SSL level failed"}};
+    for (const auto& [spoil, words] : failures) {
+        Profile profile = good;
+        spoil(profile);
+        StateStore(place.state()).save({.profiles = {profile}, .baselines = {}, .remoteDates = {}});
+        for (const std::string command : {"test", "ls", "review"}) {
+            const auto result = run({command, "My website"});
+            EXPECT_EQ(result.status, 1) << words;
+            EXPECT_TRUE(contains(result.errors, words));
+            EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
+        }
+    }
+}
+
+TEST_F(CliWithServer, UntrustedCertificateIsOneLine) {
+    FtpServer secure(FtpServer::Kind::proftpd, {.tls = FtpServer::Tls::explicitTls});
+    std::filesystem::create_directory(secure.root() / "site");
+    saveProfile(secure, secure.remoteFolder("site"));
+    const auto result = run({"test", "My website"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(contains(result.errors, "curl: (60) SSL certificate problem: "));
+    EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
+}
+
+TEST_F(CliWithServer, PasswordThatWasAddedIsFoundAgainInTheSecretStore) {
+    const CliPlace empty;
+    const Profile profile = profileFor(*server, site, server->remoteFolder("site"));
+    const auto add = empty.shellCommand(
+        {"profile", "add", "--name", "stored", "--host", profile.host, "--port", std::to_string(profile.port),
+         "--transport", "ftp", "--username", profile.username, "--remote-folder", profile.remoteFolder,
+         "--local-folder", site.string(), "--password-file", passwordFile.string(), "--enabled"});
+    const auto test = empty.shellCommand({"test", "stored"});
+    const auto result = empty.runInShellWithSecretService(add + " && " + test);
+    EXPECT_EQ(result.status, 0) << result.output;
+    EXPECT_TRUE(contains(result.output, "Connected. "));
+    EXPECT_FALSE(contains(readFile(empty.stateFile()), server->password()));
+}
+
+// Everything that anybody on the machine could read of this user's processes.
+std::string processTexts() {
+    std::string texts;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+        if (entry.path().filename() == std::to_string(::getpid())) continue;
+        for (const char* name : {"cmdline", "environ"}) {
+            try {
+                texts += zembrastel::readFile(entry.path() / name).value_or("");
+            } catch (const std::exception&) {
+                // It has ended meanwhile, or is no process, or somebody else's.
+            }
+        }
+    }
+    return texts;
+}
+
+TEST_F(CliWithServer, PasswordIsNowhereToBeSeenWhileATransferRuns) {
+    if (const auto reason = FtpServer::unavailable(FtpServer::Kind::vsftpd, FtpServer::Tls::none)) {
+        GTEST_SKIP() << *reason;
+    }
+    // This server takes any password, so that the one to look for can be unlike everything else.
+    const std::string password = "hush-" + std::to_string(::getpid()) + "-7f3a";
+    FtpServer anonymous(FtpServer::Kind::vsftpd, {.rateKiB = 16});
+    std::filesystem::create_directory(anonymous.root() / "site");
+    anonymous.handOver();
+    saveProfile(anonymous, anonymous.remoteFolder("site"));
+    std::filesystem::remove(passwordFile);
+    savePassword(password);
+    writeFile(site / "large", randomBytes(4 << 20));
+
+    Program program = startWatch();
+    const std::string told = readUntil(program, R"("detail":"large")");
+    ASSERT_TRUE(eventually([&] { return !leftoverPartFiles(anonymous.root()).empty(); }, limit)); // curl is at work
+    const std::string seen = processTexts();
+    const auto files = readTree(place.temporary());
+    const auto state = readTree(place.state());
+    interrupt(program, SIGINT);
+    EXPECT_EQ(program.wait(), 0);
+    std::string rest;
+    ASSERT_TRUE(program.readToEnd(rest, limit));
+
+    EXPECT_TRUE(contains(seen, "--config")); // that curl was seen
+    EXPECT_EQ(seen.find(password), std::string::npos);
+    EXPECT_FALSE(files.empty());
+    for (const auto& tree : {files, state, readTree(place.state())}) {
+        for (const auto& [path, text] : tree) EXPECT_EQ(text.find(password), std::string::npos) << path;
+    }
+    EXPECT_EQ((told + rest + place.errors()).find(password), std::string::npos);
+}
+
+} // namespace
+} // namespace zembrastel::testing
