@@ -26,6 +26,10 @@ std::string describeFailure(const std::exception_ptr& failure) {
 
 } // namespace
 
+std::string loadFailure(const std::exception& error) {
+    return "Could not load saved profiles: " + describe(error) + ". Your saved file has been left untouched.";
+}
+
 AppModel::AppModel(MainContext& mainContext, Options chosen)
     : context(mainContext), options(std::move(chosen)), passwords(options.sessionPasswords),
       passwordReader(mainContext, options.passwordAccess.read), tasks(mainContext) {
@@ -39,7 +43,7 @@ AppModel::AppModel(MainContext& mainContext, Options chosen)
         state = opened.load();
         store = std::move(opened);
     } catch (const std::exception& error) {
-        alertText = "Could not load saved profiles: " + describe(error) + ". Your saved file has been left untouched.";
+        alertText = loadFailure(error);
     }
     if (!state.profiles.empty()) selected = state.profiles.front().id;
 }

@@ -19,6 +19,7 @@
 #include "transport/remote_change.h"
 #include "transport/transfer_control.h"
 
+#include <exception>
 #include <functional>
 #include <map>
 #include <memory>
@@ -35,6 +36,9 @@ struct RemoteReview {
     Uuid id; // of the profile
     std::vector<RemoteChange> changes;
 };
+
+// What the user reads when the saved state could not be loaded.
+[[nodiscard]] std::string loadFailure(const std::exception& error);
 
 class AppModel {
 public:
@@ -79,6 +83,9 @@ public:
 
     void select(std::optional<Uuid> id);
     void dismissAlert();
+
+    // Has the password at hand until the program ends, without storing it anywhere.
+    void keepForSession(const Uuid& id, const std::string& password) { passwords.insert_or_assign(id, password); }
 
     // Is there a job?
     [[nodiscard]] bool running(const Uuid& id) const { return jobs.contains(id); }

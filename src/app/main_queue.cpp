@@ -22,22 +22,18 @@ void MainQueue::quit() {
     changed.notify_one();
 }
 
-void MainQueue::run() {
-    runUntilTime([] { return false; }, Time::max());
-}
+bool MainQueue::runUntil(const std::function<bool()>& condition) { return runUntilTime(condition, Time::max()); }
 
 bool MainQueue::runUntil(const std::function<bool()>& condition, std::chrono::milliseconds atMost) {
-    bool holds = false;
-    const auto look = [&condition, &holds] { return holds = condition(); };
-    runUntilTime(look, std::chrono::steady_clock::now() + atMost);
-    return holds;
+    return runUntilTime(condition, std::chrono::steady_clock::now() + atMost);
 }
 
-void MainQueue::runUntilTime(const std::function<bool()>& condition, Time end) {
+bool MainQueue::runUntilTime(const std::function<bool()>& condition, Time end) {
     while (!condition()) {
+        if (std::chrono::steady_clock::now() >= end) return false;
         std::unique_lock lock(mutex);
         while (!quitting && (work.empty() || work.begin()->first > std::chrono::steady_clock::now())) {
-            if (std::chrono::steady_clock::now() >= end) return;
+            if (std::chrono::steady_clock::now() >= end) return false;
             const Time next = work.empty() ? end : std::min(end, work.begin()->first);
             if (next == Time::max()) {
                 changed.wait(lock);
@@ -47,12 +43,13 @@ void MainQueue::runUntilTime(const std::function<bool()>& condition, Time end) {
         }
         if (quitting) {
             quitting = false;
-            return;
+            return false;
         }
         const auto due = work.extract(work.begin());
         lock.unlock();
         due.mapped()();
     }
+    return true;
 }
 
 } // namespace zembrastel

@@ -1,6 +1,6 @@
-// A main context without a user interface: a queue that the thread which calls run() works off.
+// A main context without a user interface: a queue that the thread which calls runUntil() works off.
 //
-// post(), postAfter() and quit() may be called from any thread; run() from one at a time.
+// post(), postAfter() and quit() may be called from any thread; runUntil() from one at a time.
 #pragma once
 
 #include "app/main_context.h"
@@ -16,20 +16,18 @@ public:
     void post(std::function<void()> work) override;
     void postAfter(std::chrono::milliseconds delay, std::function<void()> work) override;
 
-    // Works until quit() was called, before or meanwhile.
-    void run();
-
-    // Works until the condition, looked at after each piece of work, holds, or quit() was called, or the time is over.
-    // Tells whether the condition holds.
+    // Works until the condition, which is looked at before each piece of work, holds, or quit() was called, or the time
+    // is over. Tells whether the condition holds.
+    bool runUntil(const std::function<bool()>& condition);
     bool runUntil(const std::function<bool()>& condition, std::chrono::milliseconds atMost);
 
-    // Ends run() after the work in hand. The queue stays as it is and may be run again.
+    // Ends runUntil(), now or when it is next called, after the work in hand. The queue stays as it is.
     void quit();
 
 private:
     using Time = std::chrono::steady_clock::time_point;
 
-    void runUntilTime(const std::function<bool()>& condition, Time end);
+    bool runUntilTime(const std::function<bool()>& condition, Time end);
 
     std::mutex mutex;
     std::condition_variable changed;

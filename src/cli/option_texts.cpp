@@ -7,7 +7,7 @@ constexpr char mark = '\x1F'; // what nobody types
 
 } // namespace
 
-std::string markedBrackets(std::string argument) {
+std::string markedBrackets(const std::string& argument) {
     const bool looksLikeList = argument.starts_with('[') && argument.ends_with(']');
     return looksLikeList ? mark + argument : argument;
 }

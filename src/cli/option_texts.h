@@ -16,7 +16,7 @@ inline void takeOneEach(CLI::Option& option) { option.take_all()->expected(1, -1
 
 // The parser takes "[a,b]" for a list wherever more than one text may follow. File names may look like that, so such an
 // argument is marked before parsing, and the mark taken away by every option.
-[[nodiscard]] std::string markedBrackets(std::string argument);
+[[nodiscard]] std::string markedBrackets(const std::string& argument);
 [[nodiscard]] std::string unmarked(const std::string& argument);
 void takeBracketsAsTyped(CLI::App& app);
 

@@ -8,13 +8,10 @@
 #include "platform/descriptor.h"
 #include "platform/files.h"
 
-#include <chrono>
 #include <sys/stat.h>
 
 namespace zembrastel {
 namespace {
-
-constexpr std::chrono::hours longerThanAnyRun{24 * 365 * 10};
 
 void warnWhenOpenToOthers(const std::string& file, Output& output) {
     struct stat attributes {};
@@ -71,7 +68,7 @@ std::string passwordFor(const Profile& profile, const Surroundings& around) {
     std::optional<PasswordReader::Result> result;
     PasswordReader reader(queue, readStoredPassword);
     reader.read(profile.id, [&result](PasswordReader::Result read) { result = std::move(read); });
-    queue.runUntil([&result] { return result.has_value(); }, longerThanAnyRun);
+    queue.runUntil([&result] { return result.has_value(); });
     if (!result) throw Cancelled();
     if (!result->failure) return std::move(result->password);
     try {

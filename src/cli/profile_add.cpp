@@ -25,7 +25,7 @@ struct Request {
 std::string readAll(int descriptor) {
     std::string bytes;
     while (true) {
-        std::array<char, 1 << 16> buffer;
+        std::array<char, 1 << 16> buffer{};
         const ssize_t size = ::read(descriptor, buffer.data(), buffer.size());
         if (size < 0 && errno == EINTR) continue;
         if (size < 0) throwFileError("read", "standard input");

@@ -17,8 +17,6 @@
 namespace zembrastel {
 namespace {
 
-constexpr std::chrono::hours longerThanAnyRun{24 * 365 * 10};
-
 struct Request {
     std::string name;
     std::vector<std::string> download;
@@ -122,7 +120,7 @@ public:
 private:
     void runUntil(const std::function<bool()>& condition) {
         const auto interruptible = around.interrupt.during([this] { queue.quit(); });
-        if (!queue.runUntil(condition, longerThanAnyRun)) throw Cancelled();
+        if (!queue.runUntil(condition)) throw Cancelled();
     }
 
     void tellOutcome(const std::vector<RemoteChange>& changes, const std::set<std::string, std::less<>>& selected) {
@@ -187,21 +185,15 @@ ExitCode carryOut(Review& review, const Request& request, Output& output) {
 ExitCode reviewProfile(const Surroundings& around, const Request& request) {
     const StateStore store = openState(around.options);
     const InstanceLock held = holdState(store);
-    const SavedState saved = loadState(around.options);
-    const Profile& profile = chooseProfile(saved.profiles, request.name);
+    MainQueue queue;
+    AppModel model(queue, {.storeOverride = store, .passwordAccess = {.read = readStoredPassword}, .watches = false});
+    requireLoaded(model);
+    const Profile profile = chooseProfile(model.profiles(), request.name);
     if (profile.needsDownload) {
         throw CommandError(
             ExitCode::failed, inQuotes(profile.name) + " still has its initial download to do; run watch first.");
     }
-    std::map<Uuid, std::string> passwords;
-    if (const auto given = givenPassword(around)) passwords.emplace(profile.id, *given);
-    MainQueue queue;
-    AppModel model(
-        queue, {.storeOverride = store,
-                .sessionPasswords = passwords,
-                .passwordAccess = {.read = readStoredPassword},
-                .watches = false});
-    requireLoaded(model);
+    if (const auto given = givenPassword(around)) model.keepForSession(profile.id, *given);
     Review review(model, queue, profile, around);
     return carryOut(review, request, around.output);
 }

@@ -6,12 +6,7 @@
 namespace zembrastel {
 namespace {
 
-// As the model puts it.
-[[noreturn]] void failLoading(const std::exception& error) {
-    throw CommandError(
-        ExitCode::failed,
-        "Could not load saved profiles: " + describe(error) + ". Your saved file has been left untouched.");
-}
+[[noreturn]] void failLoading(const std::exception& error) { throw CommandError(ExitCode::failed, loadFailure(error)); }
 
 } // namespace
 

@@ -15,8 +15,6 @@
 namespace zembrastel {
 namespace {
 
-constexpr std::chrono::hours longerThanAnyRun{24 * 365 * 10};
-
 std::vector<Profile> enabledProfiles(const std::vector<Profile>& profiles) {
     std::vector<Profile> enabled;
     std::ranges::copy_if(profiles, std::back_inserter(enabled), &Profile::enabled);
@@ -37,14 +35,6 @@ std::vector<Profile> chosenProfiles(const std::vector<Profile>& profiles, const 
     return chosen;
 }
 
-std::map<Uuid, std::string> passwordsOf(const std::vector<Profile>& profiles, const Surroundings& around) {
-    std::map<Uuid, std::string> passwords;
-    if (const auto given = givenPassword(around)) {
-        for (const auto& profile : profiles) passwords.emplace(profile.id, *given);
-    }
-    return passwords;
-}
-
 // Returns when interrupted; throws when nothing is left to watch.
 void watchUntilInterrupted(
     AppModel& model, MainQueue& queue, const std::vector<Profile>& profiles, const Surroundings& around) {
@@ -53,7 +43,7 @@ void watchUntilInterrupted(
     const auto nothingRuns = [&] {
         return std::ranges::none_of(profiles, [&model](const Profile& profile) { return model.running(profile.id); });
     };
-    const bool ended = queue.runUntil(nothingRuns, longerThanAnyRun);
+    const bool ended = queue.runUntil(nothingRuns);
     if (!ended || around.interrupt.happened()) return;
     throw CommandError(
         ExitCode::failed, profiles.size() == 1 ? "Watching ended: " + inQuotes(profiles.front().name) + " cannot go on."
@@ -64,16 +54,16 @@ ExitCode watch(const Surroundings& around, const std::vector<std::string>& names
     const StateStore store = openState(around.options);
     const InstanceLock held = holdState(store);
     MainQueue queue;
-    const auto profiles = chosenProfiles(loadState(around.options).profiles, names);
-    std::map<Uuid, std::string> passwords;
+    AppModel model(queue, {.storeOverride = store, .passwordAccess = {.read = readStoredPassword}});
+    requireLoaded(model);
+    const auto profiles = chosenProfiles(model.profiles(), names);
     try {
-        passwords = passwordsOf(profiles, around);
+        if (const auto given = givenPassword(around)) {
+            for (const auto& profile : profiles) model.keepForSession(profile.id, *given);
+        }
     } catch (const Cancelled&) {
         return ExitCode::done;
     }
-    AppModel model(
-        queue, {.storeOverride = store, .sessionPasswords = passwords, .passwordAccess = {.read = readStoredPassword}});
-    requireLoaded(model);
     WatchReport report(model, around);
     const Observing observing(model, report);
     around.output.note("Watching " + listedNames(profiles) + ". Ctrl-C stops.");
