@@ -11,6 +11,17 @@
 namespace zembrastel {
 namespace {
 
+// After a refused certificate curl adds four lines of general advice, which lead a user of this program nowhere.
+std::string withoutCertificateAdvice(std::string_view text) {
+    constexpr std::string_view beginning = "\nMore details here: https://curl.se/";
+    constexpr std::string_view ending = "please visit the web page mentioned above.";
+    std::string result(text);
+    const auto from = result.find(beginning);
+    const auto to = result.find(ending, from);
+    if (to != std::string::npos) result.replace(from, to + ending.size() - from, ".");
+    return result;
+}
+
 std::string folded(std::string_view text) {
     text = trimmed(text);
     std::string result;
@@ -41,7 +52,7 @@ std::string formatted(SystemTime time, ToCalendar toCalendar, const char* format
 
 } // namespace
 
-std::string oneLine(std::string_view text) { return printable(folded(text)); }
+std::string oneLine(std::string_view text) { return printable(folded(withoutCertificateAdvice(text))); }
 
 std::string sentence(std::string_view text) {
     std::string result(trimmed(text));

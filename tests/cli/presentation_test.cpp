@@ -13,6 +13,10 @@ TEST(Presentation, TextOfManyLinesStaysOnOneLineAndCannotDriveATerminal) {
     EXPECT_EQ(
         oneLine("curl: (60) SSL certificate problem\nMore details here:\r\n  https://x \n\n curl failed \t to\n"),
         "curl: (60) SSL certificate problem More details here: https://x curl failed to");
+    EXPECT_EQ(
+        oneLine("curl: (60) SSL certificate problem: x\nMore details here: https://curl.se/docs/sslcerts.html\n\ncurl "
+                "failed to\nhow to fix it, please visit the web page mentioned above. Retrying in 5 seconds."),
+        "curl: (60) SSL certificate problem: x. Retrying in 5 seconds.");
     EXPECT_EQ(oneLine("a\u2028b\u00a0c"), "a b c");
     EXPECT_EQ(oneLine("\x1b[2J\x07x\xff"), "\\x1B[2J\\x07x\\xFF");
     EXPECT_EQ(oneLine(" \n "), "");
