@@ -234,7 +234,7 @@ TEST(Cancelling, LeavesNoPartOfADownloadAndTheLocalFileAsItWas) {
 class ReplaceGuards : public ::testing::Test {
 protected:
     ReplaceGuards() {
-        server.put("site/page", testing::randomBytes(60'000));
+        server.put("site/page", testing::randomBytes(250'000));
         testing::touch(server.root() / "site/page", moment + std::chrono::hours(1));
         testing::touch(site / "page", moment);
     }
@@ -255,7 +255,7 @@ protected:
         return failureOf([&] { return site.transport().replaceLocal(change()); });
     }
 
-    FtpServer server = oddServer({"--rate", "60000"});
+    FtpServer server = oddServer({"--rate", "100000"});
     LocalSite site{server, {{"page", "mine"}}};
 };
 
