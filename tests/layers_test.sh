@@ -13,4 +13,6 @@ for layer in "${layers[@]}"; do
 done
 # The core and the command line know nothing of the desktop's toolkit.
 if grep -rnE '#include <(Q[A-Z]|Qt)' "$1"/{platform,model,transport,sync,app,cli}; then failed=1; fi
+# The two faces of the program do not know each other.
+if grep -rnE '#include "cli/' "$1/ui"; then failed=1; fi
 exit $failed

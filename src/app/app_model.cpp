@@ -32,7 +32,7 @@ std::string loadFailure(const std::exception& error) {
 
 AppModel::AppModel(MainContext& mainContext, Options chosen)
     : context(mainContext), options(std::move(chosen)), passwords(options.sessionPasswords),
-      passwordReader(mainContext, options.passwordAccess.read), tasks(mainContext) {
+      passwordReader(mainContext, options.passwordAccess.read, options.passwordAccess.save), tasks(mainContext) {
     if (options.demo) {
         loadSampleProfile();
         return;
@@ -135,6 +135,10 @@ void AppModel::withPassword(
         then(password(id));
         return;
     }
+    if (options.demo) {
+        then({});
+        return;
+    }
     passwordReader.read(
         id, [weak = std::weak_ptr(self), id, then = std::move(then),
              failed = std::move(failed)](const PasswordReader::Result& result) {
@@ -146,6 +150,19 @@ void AppModel::withPassword(
                 (*alive)->passwords.insert_or_assign(id, result.password);
                 then(result.password);
             }
+        });
+}
+
+void AppModel::storePassword(
+    const Uuid& id, const std::string& password, std::function<void(std::optional<std::string>)> done) {
+    if (options.demo) {
+        done(std::nullopt);
+        return;
+    }
+    passwordReader.save(
+        id, password, [weak = std::weak_ptr(self), done = std::move(done)](const PasswordReader::Result& result) {
+            if (weak.expired()) return;
+            done(result.failure ? std::optional(describeFailure(result.failure)) : std::nullopt);
         });
 }
 

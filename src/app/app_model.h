@@ -87,6 +87,22 @@ public:
     // Has the password at hand until the program ends, without storing it anywhere.
     void keepForSession(const Uuid& id, const std::string& password) { passwords.insert_or_assign(id, password); }
 
+    // Hands the profile's password to `then`, at once when it is at hand, else when the secret store has given it; a
+    // failure's message to `failed`. Both are called on the main context, and not once the model has gone.
+    void withPassword(const Uuid& id, std::function<void(std::string)> then, std::function<void(std::string)> failed);
+
+    // Stores the profile's password, however long the secret store takes, after every read and save asked for before.
+    // `done` gets the message of a failure or nothing, on the main context, and not once the model has gone. What is at
+    // hand stays as it is: see keepForSession(). A demonstration stores nothing.
+    void storePassword(
+        const Uuid& id, const std::string& password, std::function<void(std::optional<std::string> failure)> done);
+
+    // Throws what save() would refuse this profile for, with nothing changed.
+    void checkSavable(const Profile& changed) const { (void)savable(changed); }
+
+    // A demonstration touches no network, disk or secret store.
+    [[nodiscard]] bool isDemo() const { return options.demo; }
+
     // Is there a job?
     [[nodiscard]] bool running(const Uuid& id) const { return jobs.contains(id); }
 
@@ -155,7 +171,6 @@ private:
     [[nodiscard]] std::function<void()> onlyIfCurrent(
         const Uuid& id, const Uuid& generation, std::function<void()> work);
     [[nodiscard]] std::string password(const Uuid& id);
-    void withPassword(const Uuid& id, std::function<void(std::string)> then, std::function<void(std::string)> failed);
     void changeStatus(const Uuid& id, const std::function<void(ProfileStatus&)>& change);
     void setAlert(std::string text);
     void log(const Uuid& id, std::string text, bool error = false);
@@ -197,6 +212,7 @@ private:
     void recordRemoteDate(const std::string& path, RemoteDate date, const Uuid& id);
 
     // Profile operations.
+    [[nodiscard]] Profile savable(Profile changed) const;
     void keepSharedScope(const Profile& old, const Profile& changed);
 
     MainContext& context;

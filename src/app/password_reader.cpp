@@ -13,17 +13,16 @@ namespace {
 constexpr std::chrono::milliseconds patience{500};
 
 struct Request {
-    Uuid id;
+    std::function<std::string()> work;
     std::function<void(PasswordReader::Result)> done;
 };
 
 } // namespace
 
 struct PasswordReader::Shared {
-    Shared(MainContext& mainContext, Read readFunction) : context(mainContext), readPassword(std::move(readFunction)) {}
+    explicit Shared(MainContext& mainContext) : context(mainContext) {}
 
     MainContext& context;
-    const Read readPassword;
     std::mutex mutex;
     std::condition_variable changed;
     std::deque<Request> requests;
@@ -51,7 +50,7 @@ struct PasswordReader::Shared {
         while (auto request = next()) {
             Result result;
             try {
-                result.password = readPassword(request->id);
+                result.password = request->work();
             } catch (...) {
                 result.failure = std::current_exception();
             }
@@ -63,8 +62,9 @@ struct PasswordReader::Shared {
     }
 };
 
-PasswordReader::PasswordReader(MainContext& mainContext, Read readFunction)
-    : shared(std::make_shared<Shared>(mainContext, std::move(readFunction))) {}
+PasswordReader::PasswordReader(MainContext& mainContext, Read readFunction, Save saveFunction)
+    : readPassword(std::move(readFunction)), savePassword(std::move(saveFunction)),
+      shared(std::make_shared<Shared>(mainContext)) {}
 
 PasswordReader::~PasswordReader() {
     std::unique_lock lock(shared->mutex);
@@ -77,8 +77,22 @@ PasswordReader::~PasswordReader() {
 }
 
 void PasswordReader::read(const Uuid& id, std::function<void(Result)> done) {
+    // The functions go along as copies: a call that was let go may outlive this object.
+    request([call = readPassword, id] { return call(id); }, std::move(done));
+}
+
+void PasswordReader::save(const Uuid& id, const std::string& password, std::function<void(Result)> done) {
+    request(
+        [call = savePassword, id, password] {
+            call(password, id);
+            return password;
+        },
+        std::move(done));
+}
+
+void PasswordReader::request(std::function<std::string()> work, std::function<void(Result)> done) {
     const std::lock_guard lock(shared->mutex);
-    shared->requests.push_back({.id = id, .done = std::move(done)});
+    shared->requests.push_back({.work = std::move(work), .done = std::move(done)});
     shared->changed.notify_all();
     if (!shared->thread.joinable()) shared->thread = std::thread([kept = shared] { kept->work(); });
 }

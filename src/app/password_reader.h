@@ -1,6 +1,6 @@
-// Reads passwords off the main context, where the secret store may keep a call waiting for a person.
+// Reads and stores passwords off the main context, since the secret store may keep a call waiting for a person.
 //
-// Used on the main context alone; one thread reads, in order of asking, for as long as the object lives.
+// Used on the main context alone; one thread does all of it, in order of asking, for as long as the object lives.
 #pragma once
 
 #include "app/main_context.h"
@@ -16,25 +16,33 @@ class PasswordReader {
 public:
     // Blocks until the password is there; throws what the store throws.
     using Read = std::function<std::string(const Uuid& id)>;
+    // Blocks until the password is stored; throws what the store throws.
+    using Save = std::function<void(const std::string& password, const Uuid& id)>;
 
     struct Result {
-        std::string password;
+        std::string password;       // what was read or stored
         std::exception_ptr failure; // when there is one, there is no password
     };
 
-    PasswordReader(MainContext& mainContext, Read readFunction);
+    // Without a save function there must be no saving.
+    PasswordReader(MainContext& mainContext, Read readFunction, Save saveFunction = {});
     PasswordReader(const PasswordReader&) = delete;
     PasswordReader& operator=(const PasswordReader&) = delete;
-    // Lets a read go that does not end within half a second: an open unlock prompt cannot be withdrawn, and must not
+    // Lets a call go that does not end within half a second: an open unlock prompt cannot be withdrawn, and must not
     // keep the program from ending. No result is handed over any more.
     ~PasswordReader();
 
-    // Hands the result over on the main context.
+    // Both hand the result over on the main context.
     void read(const Uuid& id, std::function<void(Result)> done);
+    void save(const Uuid& id, const std::string& password, std::function<void(Result)> done);
 
 private:
     struct Shared;
 
+    void request(std::function<std::string()> work, std::function<void(Result)> done);
+
+    const Read readPassword;
+    const Save savePassword;
     std::shared_ptr<Shared> shared;
 };
 

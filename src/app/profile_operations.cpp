@@ -5,6 +5,13 @@
 #include <algorithm>
 
 namespace zembrastel {
+namespace {
+
+bool differsInScope(const Profile& old, const Profile& changed) {
+    return old.effectiveSyncSelection() != changed.effectiveSyncSelection();
+}
+
+} // namespace
 
 void AppModel::keepSharedScope(const Profile& old, const Profile& changed) {
     const auto isOutside = [&old, &changed](const auto& entry) {
@@ -19,12 +26,10 @@ void AppModel::keepSharedScope(const Profile& old, const Profile& changed) {
     }
 }
 
-void AppModel::save(
-    Profile changed, const std::optional<std::string>& password, std::optional<FileMap> initialBaseline) {
-    Profile* stored = find(changed.id);
-    const std::optional<Profile> old = stored == nullptr ? std::nullopt : std::optional(*stored);
-    const bool scopeEdited = old && old->effectiveSyncSelection() != changed.effectiveSyncSelection();
-    if (scopeEdited) {
+// The profile as it is saved: valid, and with what a change of its sync contents entails.
+Profile AppModel::savable(Profile changed) const {
+    const Profile* old = profile(changed.id);
+    if (old != nullptr && differsInScope(*old, changed)) {
         changed.initialDownloadSelection = changed.effectiveSyncSelection();
         changed.needsDownload = changed.initialDownloadSelection && changed.initialDownloadSelection->hasSelection();
     }
@@ -37,6 +42,15 @@ void AppModel::save(
         throw SyncError(
             "Another active profile already watches this local folder. Pause it before using this profile.");
     }
+    return changed;
+}
+
+void AppModel::save(
+    Profile changed, const std::optional<std::string>& password, std::optional<FileMap> initialBaseline) {
+    Profile* stored = find(changed.id);
+    const std::optional<Profile> old = stored == nullptr ? std::nullopt : std::optional(*stored);
+    const bool scopeEdited = old && differsInScope(*old, changed);
+    changed = savable(std::move(changed));
     if (password && !options.demo) {
         options.passwordAccess.save(*password, changed.id);
         passwords.insert_or_assign(changed.id, *password);

@@ -2,6 +2,7 @@
 #include "model/error.h"
 
 #include <filesystem>
+#include <latch>
 
 namespace zembrastel {
 namespace {
@@ -117,6 +118,36 @@ TEST_F(ProfileOperations, RemovalForgetsTheProfileAndKeepsEveryFile) {
     EXPECT_TRUE(saved().profiles.empty() && saved().baselines.empty());
     EXPECT_EQ(site.files(), files);
     EXPECT_EQ(testing::readTree(server.root() / "site"), files);
+}
+
+TEST_F(ProfileOperations, StoringAPasswordBlocksNothingAndIsDoneInOrder) {
+    std::latch answer(1);
+    passwords.save = [&](const std::string& password, const Uuid& id) {
+        answer.wait();
+        if (password.empty()) throw SyncError("Keychain: locked.");
+        storedPasswords[id] = password;
+    };
+    restart();
+    const Uuid other = Uuid::random();
+    std::vector<std::string> told;
+    const auto note = [&told](const std::optional<std::string>& failure) {
+        told.push_back(failure.value_or("stored"));
+    };
+    model->storePassword(other, "first", note);
+    model->withPassword(
+        other, [&told](const std::string& password) { told.push_back(password); }, note);
+    model->storePassword(other, "", note);
+    EXPECT_TRUE(told.empty());
+    answer.count_down();
+    ASSERT_TRUE(runUntil([&] { return told.size() == 3; }));
+    EXPECT_EQ(told, (std::vector<std::string>{"stored", "first", "Keychain: locked."}));
+
+    model->storePassword(other, "late", note);
+    model.reset();
+    bool allHeard = false;
+    queue.post([&allHeard] { allHeard = true; });
+    ASSERT_TRUE(runUntil([&allHeard] { return allHeard; }));
+    EXPECT_EQ(told.size(), 3U) << "nothing is told once the model has gone";
 }
 
 TEST_F(ProfileOperations, DemoTouchesNeitherDiskNorSecretsNorNetwork) {

@@ -1,0 +1,28 @@
+// What the command line of the desktop program asks for.
+//
+// Pure; before the application is there, so that nothing here needs a display.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace zembrastel {
+
+struct DesktopOptions {
+    bool demo = false;                                // a sample profile; no network, disk or secret store
+    bool background = false;                          // no window until it is asked for
+    std::optional<std::filesystem::path> stateFolder; // absolute; the user's own where nothing is named
+};
+
+// What was asked for; or, when that was only to be told something or was not understood, the text to print and the
+// exit code to end with.
+struct ParsedOptions {
+    std::optional<DesktopOptions> options;
+    std::string text;
+    int exitCode = 0;
+};
+
+[[nodiscard]] ParsedOptions parseDesktopOptions(int argc, const char* const* argv);
+
+} // namespace zembrastel

@@ -1,0 +1,66 @@
+#include "ui/detail_banners.h"
+
+#include "ui/surface.h"
+#include "ui/symbol_view.h"
+
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QVBoxLayout>
+
+namespace zembrastel {
+
+DetailBanners::DetailBanners(QWidget* parent)
+    : QWidget(parent), review(new PushButton(tr("Review newer server files…"), ButtonKind::primary)),
+      retry(new PushButton(tr("Retry server check"), ButtonKind::primary)),
+      skip(new PushButton(tr("Start without checking…"))), message(new WrapLabel(QString())),
+      reviewBanner(makeReviewBanner()), failureBanner(makeFailureBanner()) {
+    auto* const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(reviewBanner);
+    layout->addWidget(failureBanner);
+    connect(review, &QPushButton::clicked, this, &DetailBanners::reviewRequested);
+    connect(retry, &QPushButton::clicked, this, &DetailBanners::retryRequested);
+    connect(skip, &QPushButton::clicked, this, &DetailBanners::skipRequested);
+    setWaiting(false, std::nullopt);
+}
+
+void DetailBanners::setWaiting(bool reviewWaits, const std::optional<std::string>& checkFailure) {
+    message->setWrappedText(QString::fromStdString(checkFailure.value_or(std::string())));
+    reviewBanner->setVisible(reviewWaits);
+    failureBanner->setVisible(!reviewWaits && checkFailure.has_value());
+    setVisible(reviewWaits || checkFailure.has_value());
+}
+
+QFrame* DetailBanners::makeReviewBanner() {
+    QFrame* const banner = makeSurface(Surface::infoBanner);
+    auto* const layout = new QHBoxLayout(banner);
+    layout->setContentsMargins(16, 12, 12, 12);
+    layout->setSpacing(12);
+    layout->addWidget(new SymbolView("arrow.down.doc"));
+    layout->addWidget(new WrapLabel(tr("Newer files on the server"), TextStyle::strong), 1);
+    layout->addWidget(review);
+    return banner;
+}
+
+QFrame* DetailBanners::makeFailureBanner() {
+    QFrame* const banner = makeSurface(Surface::warningBanner);
+    // Its first line is level with the symbol.
+    message->setContentsMargins(0, 2, 0, 2);
+    retry->setSymbol("arrow.clockwise");
+    auto* const actions = new QHBoxLayout;
+    actions->setSpacing(8);
+    actions->addWidget(retry);
+    actions->addWidget(skip);
+    actions->addStretch(1);
+    auto* const layout = new QGridLayout(banner);
+    layout->setContentsMargins(16, 12, 12, 12);
+    layout->setHorizontalSpacing(12);
+    layout->setVerticalSpacing(12);
+    layout->setColumnStretch(1, 1);
+    layout->addWidget(new SymbolView("exclamationmark.triangle", &Colours::warn), 0, 0, Qt::AlignTop);
+    layout->addWidget(message, 0, 1);
+    layout->addLayout(actions, 1, 1);
+    return banner;
+}
+
+} // namespace zembrastel

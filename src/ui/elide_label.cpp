@@ -1,0 +1,51 @@
+#include "ui/elide_label.h"
+
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QGuiApplication>
+#include <QMenu>
+#include <QPainter>
+#include <QStyle>
+
+namespace zembrastel {
+
+ElideLabel::ElideLabel(const QString& text, QWidget* parent) : QLabel(parent) {
+    setTextFormat(Qt::PlainText);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    setWholeText(text);
+}
+
+void ElideLabel::setWholeText(const QString& text) {
+    setText(text);
+    // A tool tip takes what looks like markup for markup.
+    setToolTip(text.isEmpty() ? QString() : QStringLiteral("<span>%1</span>").arg(text.toHtmlEscaped()));
+}
+
+QString ElideLabel::visibleText() const {
+    return fontMetrics().elidedText(text(), Qt::ElideMiddle, contentsRect().width());
+}
+
+QSize ElideLabel::sizeHint() const { return {fontMetrics().horizontalAdvance(text()) + 1, fontMetrics().height()}; }
+
+QSize ElideLabel::minimumSizeHint() const {
+    const int fewLetters = fontMetrics().averageCharWidth() * 8;
+    return {std::min(fewLetters, sizeHint().width()), fontMetrics().height()};
+}
+
+void ElideLabel::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    // A path reads from left to right wherever it stands.
+    painter.setLayoutDirection(text().isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
+    painter.setPen(palette().color(foregroundRole()));
+    const auto place = QStyle::visualAlignment(layoutDirection(), alignment()) | Qt::AlignAbsolute;
+    painter.drawText(contentsRect(), static_cast<int>(place) | Qt::TextSingleLine, visibleText());
+}
+
+void ElideLabel::contextMenuEvent(QContextMenuEvent* event) {
+    auto* const menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->addAction(tr("Copy"), this, [this] { QGuiApplication::clipboard()->setText(text()); });
+    menu->popup(event->globalPos());
+}
+
+} // namespace zembrastel

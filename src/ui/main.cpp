@@ -1,0 +1,74 @@
+// zembrastel: the desktop program.
+#include "app/app_model.h"
+#include "model/error.h"
+#include "platform/instance_lock.h"
+#include "ui/desktop_options.h"
+#include "ui/qt_main_context.h"
+#include "ui/shell.h"
+#include "ui/single_instance.h"
+#include "ui/system_appearance.h"
+#include "ui/termination.h"
+
+#include <QApplication>
+
+#include <csignal>
+#include <cstdio>
+
+namespace zembrastel {
+namespace {
+
+int runDesktop(const DesktopOptions& options, Termination& termination, int argc, char** argv) {
+    AppModel::Options modelOptions{.demo = options.demo};
+    std::optional<InstanceLock> lock;
+    if (!options.demo) {
+        modelOptions.storeOverride = StateStore(options.stateFolder);
+        lock = InstanceLock::acquire(modelOptions.storeOverride->folder());
+        if (!lock) {
+            if (SingleInstance::askToShow(modelOptions.storeOverride->folder())) return 0;
+            throw SyncError(
+                "The state folder " + modelOptions.storeOverride->folder().string()
+                + " is in use by another running program. Stop that program first, or name another folder with "
+                  "--state.");
+        }
+    }
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Zembrastel"));
+    QApplication::setDesktopFileName(QStringLiteral("org.zembrastel.Zembrastel"));
+    QApplication::setQuitOnLastWindowClosed(false);
+    const SystemAppearance appearance;
+    followSystemAppearance(appearance);
+    QtMainContext context;
+    AppModel model(context, std::move(modelOptions));
+    Shell shell(model, context);
+    std::optional<SingleInstance> instance;
+    if (lock) {
+        instance.emplace(StateStore(options.stateFolder).folder(), std::move(*lock));
+        QObject::connect(&*instance, &SingleInstance::showRequested, &shell, &Shell::showWindow);
+    }
+    termination.whenAsked([] { QApplication::quit(); });
+    if (!options.background) shell.showWindow();
+    model.startEnabled();
+    const int result = QApplication::exec();
+    model.shutdown();
+    return result;
+}
+
+} // namespace
+} // namespace zembrastel
+
+int main(int argc, char** argv) {
+    const auto parsed = zembrastel::parseDesktopOptions(argc, argv);
+    if (!parsed.options) {
+        std::fputs(parsed.text.c_str(), parsed.exitCode == 0 ? stdout : stderr);
+        return parsed.exitCode;
+    }
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGCHLD, SIG_DFL); // a parent's SIG_IGN would hide how transfers end
+    try {
+        zembrastel::Termination termination;
+        return zembrastel::runDesktop(*parsed.options, termination, argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "zembrastel: %s\n", zembrastel::describe(error).c_str());
+        return 1;
+    }
+}

@@ -1,0 +1,173 @@
+#include "ui/main_window.h"
+
+#include "model/error.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QHBoxLayout>
+
+namespace zembrastel {
+namespace {
+
+constexpr QSize usualSize{980, 640};
+constexpr QSize smallestSize{760, 520};
+constexpr int narrowBelow = 880;
+
+} // namespace
+
+MainWindow::MainWindow(ModelBridge& modelBridge, QWidget* parent)
+    : QMainWindow(parent), bridge(modelBridge), sidebar(new Sidebar(modelBridge)),
+      detail(new ProfileDetail(modelBridge)), welcome(new WelcomePage), pages(new QStackedWidget) {
+    setWindowTitle(tr("Zembrastel"));
+    setMinimumSize(smallestSize);
+    makeLayout();
+    connectParts();
+    orderTabs();
+    showSelected();
+    resize(usualSize);
+    sidebar->list().setFocus();
+}
+
+void MainWindow::setHooks(Hooks chosen) {
+    hooks = std::move(chosen);
+    if (isVisible()) showWaiting();
+}
+
+void MainWindow::makeLayout() {
+    pages->addWidget(detail);
+    pages->addWidget(welcome);
+    auto* const content = new QWidget;
+    auto* const layout = new QHBoxLayout(content);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(sidebar);
+    layout->addWidget(pages, 1);
+    setCentralWidget(content);
+}
+
+void MainWindow::connectParts() {
+    connect(&bridge, &ModelBridge::selectionChanged, this, &MainWindow::showSelected);
+    connect(&bridge, &ModelBridge::profilesChanged, this, &MainWindow::showSelected);
+    connect(&bridge, &ModelBridge::alertChanged, this, &MainWindow::showAlert);
+    connect(&bridge, &ModelBridge::presentedReviewChanged, this, [this] {
+        reviewWaits = true;
+        showPresentedReview();
+    });
+    connect(&sidebar->list(), &ProfileList::editRequested, this, [this](const Uuid& id) { hooks.editProfile(id); });
+    connect(&sidebar->list(), &ProfileList::removeRequested, this, &MainWindow::askToRemove);
+    connect(&sidebar->plus(), &QPushButton::clicked, this, [this] { hooks.newProfile(); });
+    connect(&welcome->createButton(), &QPushButton::clicked, this, [this] { hooks.newProfile(); });
+    connect(detail, &ProfileDetail::editContentsRequested, this, [this](const Uuid& id) { hooks.editContents(id); });
+    connect(detail, &ProfileDetail::skipCheckRequested, this, &MainWindow::askToSkipCheck);
+    connect(detail, &ProfileDetail::failed, this, &MainWindow::tellFailure);
+    auto* const create = new QAction(tr("New Sync Profile…"), this);
+    create->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_N));
+    connect(create, &QAction::triggered, this, [this] { hooks.newProfile(); });
+    addAction(create);
+}
+
+void MainWindow::orderTabs() {
+    QList<QWidget*> order{&sidebar->list(), &sidebar->plus(), &welcome->createButton()};
+    order += detail->controls();
+    for (qsizetype i = 1; i < order.size(); ++i) setTabOrder(order[i - 1], order[i]);
+}
+
+void MainWindow::bringForward() {
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    show();
+    raise();
+    activateWindow();
+}
+
+void MainWindow::createProfile() {
+    bringForward();
+    hooks.newProfile();
+}
+
+void MainWindow::editSelectedContents() {
+    bringForward();
+    const auto& selected = bridge.model().selection();
+    if (selected && bridge.model().profile(*selected) != nullptr) hooks.editContents(*selected);
+}
+
+void MainWindow::showSelected() {
+    const auto& selected = bridge.model().selection();
+    const auto& profiles = bridge.model().profiles();
+    if (profiles.empty()) {
+        pages->setCurrentWidget(welcome);
+        return;
+    }
+    // While a profile is being removed the selection may still name it.
+    const bool valid = selected && bridge.model().profile(*selected) != nullptr;
+    detail->showProfile(valid ? *selected : profiles.front().id);
+    pages->setCurrentWidget(detail);
+}
+
+void MainWindow::showWaiting() {
+    showAlert();
+    showPresentedReview();
+}
+
+void MainWindow::showPresentedReview() {
+    const auto& review = bridge.model().presentedReview();
+    if (!reviewWaits || !review || !isVisible()) return;
+    reviewWaits = false;
+    hooks.showReview(*review);
+}
+
+void MainWindow::showAlert() {
+    const auto& alert = bridge.model().alert();
+    if (!alert || !isVisible() || alertDialog) return;
+    // One that came while this one was read is shown next.
+    alertDialog = ConfirmDialog::tell(this, tr("Zembrastel"), QString::fromStdString(*alert), [this, shown = *alert] {
+        alertDialog.clear();
+        if (bridge.model().alert() == shown) {
+            bridge.model().dismissAlert();
+        } else {
+            showAlert();
+        }
+    });
+}
+
+void MainWindow::tellFailure(const QString& message) { ConfirmDialog::tell(this, tr("Zembrastel"), message); }
+
+void MainWindow::askToRemove(const Uuid& id) {
+    ConfirmDialog::ask(
+        this, tr("Remove this sync profile?"),
+        tr("This removes the saved connection and its Keychain password. Your local and remote files are kept."),
+        tr("Remove profile"), [this, id] {
+            try {
+                bridge.model().remove(id);
+            } catch (const std::exception& error) {
+                tellFailure(QString::fromStdString(describe(error)));
+            }
+        });
+}
+
+void MainWindow::askToSkipCheck(const Uuid& id) {
+    ConfirmDialog::ask(
+        this, tr("Start without comparing server files?"),
+        tr("Queued local edits may overwrite newer server files. Use this only if you want to proceed without a "
+           "successful comparison."),
+        tr("Start without checking"), [this, id] { bridge.model().startWithoutCheck(id); });
+}
+
+void MainWindow::resizeEvent(QResizeEvent* event) {
+    QMainWindow::resizeEvent(event);
+    const bool narrow = width() < narrowBelow;
+    sidebar->setNarrow(narrow);
+    detail->setNarrow(narrow);
+}
+
+void MainWindow::showEvent(QShowEvent* event) {
+    QMainWindow::showEvent(event);
+    // A dialog is opened once its window is there.
+    QMetaObject::invokeMethod(this, &MainWindow::showWaiting, Qt::QueuedConnection);
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    QMainWindow::closeEvent(event);
+    Q_EMIT closed();
+}
+
+} // namespace zembrastel

@@ -1,0 +1,67 @@
+// The page of one profile: what it does, from where to where, how much, and its log.
+//
+// Main thread. Shows what the bridge tells of that profile, and acts on the model; what needs a dialog is told to the
+// window by a signal.
+#pragma once
+
+#include "ui/activity_list.h"
+#include "ui/counters_card.h"
+#include "ui/detail_banners.h"
+#include "ui/detail_header.h"
+#include "ui/model_bridge.h"
+#include "ui/route_card.h"
+#include "ui/status_line.h"
+
+#include <QScrollArea>
+#include <QTimer>
+
+namespace zembrastel {
+
+class ProfileDetail : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit ProfileDetail(ModelBridge& modelBridge, QWidget* parent = nullptr);
+
+    void showProfile(const Uuid& profileId);
+    void setNarrow(bool narrow);
+
+    // In the order of tabulation.
+    [[nodiscard]] QList<QWidget*> controls() const;
+
+Q_SIGNALS:
+    void skipCheckRequested(const zembrastel::Uuid& id);
+    void editContentsRequested(const zembrastel::Uuid& id);
+    void failed(const QString& message);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+
+private:
+    [[nodiscard]] QWidget* makePage();
+    void connectModel();
+    void connectControls();
+    void refresh();
+    void refreshStatus();
+    void refreshActivity();
+    void refreshBanners();
+    void toggle();
+    void openFolder();
+    void fitMargin();
+    void awaitTomorrow();
+
+    ModelBridge& bridge;
+    Uuid id;
+    DetailHeader* header;
+    QScrollArea* scroll;
+    QWidget* page;
+    StatusLine* statusLine;
+    DetailBanners* banners;
+    RouteCard* route;
+    CountersCard* counters;
+    ActivityList* activity;
+    QTimer tomorrow; // when "Today" becomes "Yesterday"
+};
+
+} // namespace zembrastel

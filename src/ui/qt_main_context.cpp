@@ -1,0 +1,30 @@
+#include "ui/qt_main_context.h"
+
+#include <QCoreApplication>
+#include <QTimer>
+
+namespace zembrastel {
+
+QtMainContext::QtMainContext() {
+    QObject::connect(
+        QCoreApplication::instance(), &QObject::destroyed, &receiver, [this] { close(); }, Qt::DirectConnection);
+}
+
+QtMainContext::~QtMainContext() { close(); }
+
+void QtMainContext::close() {
+    const std::lock_guard lock(mutex);
+    open = false;
+}
+
+void QtMainContext::post(std::function<void()> work) {
+    const std::lock_guard lock(mutex);
+    if (open) QMetaObject::invokeMethod(&receiver, std::move(work), Qt::QueuedConnection);
+}
+
+void QtMainContext::postAfter(std::chrono::milliseconds delay, std::function<void()> work) {
+    // A timer belongs to the thread that starts it.
+    post([this, delay, work = std::move(work)] { QTimer::singleShot(delay, &receiver, work); });
+}
+
+} // namespace zembrastel

@@ -1,0 +1,70 @@
+// The sheet that has the user decide on files that are newer on the server: which of them to download, and then to
+// watch again, or to stay paused.
+//
+// Main thread; show it with open(). It lives as long as the model presents its review: when that ends, by a decision
+// here or by anything else, it closes by itself. Closing it in another way is the same as "Stay paused". Whoever made
+// the sheet deletes it, at the earliest when finished() has been told.
+#pragma once
+
+#include "app/app_model.h"
+#include "ui/model_bridge.h"
+#include "ui/push_button.h"
+
+#include <QDateTime>
+#include <QDialog>
+#include <QLabel>
+#include <QListView>
+#include <QLocale>
+
+#include <cstddef>
+#include <functional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace zembrastel {
+
+using PathSet = std::set<std::string, std::less<>>;
+
+// What is ticked when the sheet opens: what was not edited locally as well, so that no local edit is replaced without
+// an explicit tick.
+[[nodiscard]] PathSet preselection(const std::vector<RemoteChange>& changes);
+
+// "Keep local & start watching", or "Download 2 & start watching".
+[[nodiscard]] QString confirmLabel(std::size_t ticked);
+
+// A date as that locale writes it, the month in letters and without the weekday: "14 Nov 2026, 17:48".
+[[nodiscard]] QString reviewDate(const QDateTime& date, const QLocale& locale);
+
+class ReviewRows;
+
+class RemoteChangesView : public QDialog {
+    Q_OBJECT
+
+public:
+    // The bridge must outlive the sheet.
+    RemoteChangesView(ModelBridge& bridge, RemoteReview toDecide, QWidget* parent = nullptr);
+
+    [[nodiscard]] const Uuid& profileId() const { return review.id; }
+    [[nodiscard]] const PathSet& selected() const;
+
+    void reject() override;
+
+private:
+    [[nodiscard]] QLayout* makeHeader();
+    [[nodiscard]] QLayout* makeTools();
+    [[nodiscard]] QWidget* makeList();
+    [[nodiscard]] QWidget* makeFooter();
+    void fitHeight();
+    void showCount();
+    void closeWhenOver();
+
+    AppModel& model;
+    const RemoteReview review;
+    ReviewRows* rows = nullptr;
+    QListView* list = nullptr;
+    QLabel* count = nullptr;
+    PushButton* confirm = nullptr;
+};
+
+} // namespace zembrastel

@@ -1,0 +1,50 @@
+#include "ui/sidebar.h"
+
+#include "ui/surface.h"
+#include "ui/text_style.h"
+#include "ui/wrap_label.h"
+
+#include <QHBoxLayout>
+#include <QVBoxLayout>
+
+namespace zembrastel {
+
+Sidebar::Sidebar(ModelBridge& bridge, QWidget* parent)
+    : QFrame(parent), profiles(new ProfileList(bridge)), add(new PushButton("plus", tr("New Sync Profile…"), nullptr)) {
+    setSurface(*this, Surface::side);
+    auto* const column = new QVBoxLayout;
+    column->setSpacing(0);
+    column->addWidget(makeHeader());
+    column->addWidget(profiles, 1);
+    column->addWidget(makeFooter());
+    auto* const layout = new QHBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addLayout(column, 1);
+    layout->addWidget(makeDivider(Qt::Vertical));
+    add->setIconSize({16, 16});
+    setNarrow(false);
+}
+
+void Sidebar::setNarrow(bool narrow) { setFixedWidth(narrow ? 248 : 264); }
+
+QWidget* Sidebar::makeHeader() {
+    auto* const header = new QWidget;
+    auto* const layout = new QHBoxLayout(header);
+    layout->setContentsMargins(20, 18, 14, 10);
+    layout->addWidget(makeCaption(tr("SYNC PROFILES")), 1);
+    layout->addWidget(add);
+    return header;
+}
+
+QWidget* Sidebar::makeFooter() {
+    QFrame* const footer = makeSurface(Surface::footer);
+    auto* const layout = new QVBoxLayout(footer);
+    layout->setContentsMargins(20, 12, 20, 16);
+    layout->addWidget(new WrapLabel(
+        tr("Keep Zembrastel running to sync. Closing this window keeps it in the menu bar; quitting stops transfers."),
+        TextStyle::small, Tone::dim));
+    return footer;
+}
+
+} // namespace zembrastel

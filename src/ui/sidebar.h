@@ -1,0 +1,31 @@
+// The side of the main window: the profiles under their header, and a word on what closing does.
+#pragma once
+
+#include "ui/profile_list.h"
+#include "ui/push_button.h"
+
+#include <QFrame>
+
+namespace zembrastel {
+
+class Sidebar : public QFrame {
+    Q_OBJECT
+
+public:
+    explicit Sidebar(ModelBridge& bridge, QWidget* parent = nullptr);
+
+    [[nodiscard]] ProfileList& list() const { return *profiles; }
+    [[nodiscard]] PushButton& plus() const { return *add; }
+
+    // Less wide, for a window that is short of room.
+    void setNarrow(bool narrow);
+
+private:
+    [[nodiscard]] QWidget* makeHeader();
+    [[nodiscard]] QWidget* makeFooter();
+
+    ProfileList* profiles;
+    PushButton* add;
+};
+
+} // namespace zembrastel

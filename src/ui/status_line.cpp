@@ -1,0 +1,27 @@
+#include "ui/status_line.h"
+
+#include <QGridLayout>
+
+namespace zembrastel {
+
+StatusLine::StatusLine(QWidget* parent)
+    : QWidget(parent), symbol(new StatusSymbol), title(makeLabel(QString(), TextStyle::strong)),
+      detail(new WrapLabel(QString(), TextStyle::body, Tone::dim)) {
+    auto* const layout = new QGridLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setHorizontalSpacing(12);
+    layout->setVerticalSpacing(1);
+    layout->setColumnStretch(1, 1);
+    layout->addWidget(symbol, 0, 0);
+    layout->addWidget(title, 0, 1);
+    layout->addWidget(detail, 1, 1);
+}
+
+void StatusLine::setStatus(const ProfileStatus& status, bool running) {
+    symbol->setStatus(status, running);
+    title->setText(QString::fromStdString(status.title));
+    setTone(*title, status.failed ? Tone::warn : Tone::normal);
+    detail->setWrappedText(QString::fromStdString(status.detail));
+}
+
+} // namespace zembrastel

@@ -1,0 +1,23 @@
+// What a profile is doing: its status symbol, title and detail, as the model words them.
+#pragma once
+
+#include "ui/status_symbol.h"
+#include "ui/wrap_label.h"
+
+namespace zembrastel {
+
+class StatusLine : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit StatusLine(QWidget* parent = nullptr);
+
+    void setStatus(const ProfileStatus& status, bool running);
+
+private:
+    StatusSymbol* symbol;
+    QLabel* title;
+    WrapLabel* detail;
+};
+
+} // namespace zembrastel

@@ -1,0 +1,16 @@
+#include "ui/style_property.h"
+
+#include <QStyle>
+
+namespace zembrastel {
+
+void setStyleProperty(QWidget& widget, const char* name, const QVariant& value) {
+    if (widget.property(name) == value) return;
+    widget.setProperty(name, value);
+    widget.style()->unpolish(&widget);
+    widget.style()->polish(&widget);
+    widget.updateGeometry();
+    widget.update();
+}
+
+} // namespace zembrastel

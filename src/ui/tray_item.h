@@ -1,0 +1,56 @@
+// The item in the desktop's tray: opens the window, starts and pauses profiles, quits.
+//
+// Main thread. The item is there whenever the desktop has a tray (a StatusNotifierWatcher with a host) and comes and
+// goes with it. Qt's own tray icon is made only then: asked too early, it would never appear.
+#pragma once
+
+#include "ui/model_bridge.h"
+
+#include <QDBusConnection>
+#include <QDBusServiceWatcher>
+#include <QMenu>
+#include <QObject>
+#include <QSystemTrayIcon>
+
+#include <memory>
+
+namespace zembrastel {
+
+class TrayItem : public QObject {
+    Q_OBJECT
+
+public:
+    explicit TrayItem(
+        ModelBridge& observed, const QDBusConnection& sessionBus = QDBusConnection::sessionBus(),
+        QObject* parent = nullptr);
+    ~TrayItem() override;
+
+    // Can the user reach the program through the tray?
+    [[nodiscard]] bool isShown() const { return icon != nullptr; }
+
+    [[nodiscard]] const QMenu& menu() const { return actions; }
+
+Q_SIGNALS:
+    void openRequested();
+    void quitRequested();
+    // A profile was started or paused, and that could not be saved.
+    void failed(const QString& message);
+    void shownChanged();
+
+private Q_SLOTS:
+    void lookForTray();
+
+private:
+    void takeHostAnswer(bool there);
+    void fillMenu();
+    void addProfiles();
+    void toggle(const Uuid& id);
+
+    ModelBridge& bridge;
+    QDBusConnection bus;
+    QDBusServiceWatcher watcher;
+    QMenu actions;
+    std::unique_ptr<QSystemTrayIcon> icon;
+};
+
+} // namespace zembrastel

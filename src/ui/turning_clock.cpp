@@ -1,0 +1,51 @@
+#include "ui/turning_clock.h"
+
+#include "ui/status_presentation.h"
+#include "ui/theme.h"
+
+#include <QApplication>
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace zembrastel {
+
+TurningClock::TurningClock(QObject* parent) : QObject(parent) {
+    timer.setInterval(33);
+    connect(&timer, &QTimer::timeout, this, &TurningClock::tick);
+}
+
+double TurningClock::angle() const {
+    if (!theme().animated()) return 0;
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return turningAngle(std::chrono::duration_cast<std::chrono::milliseconds>(now));
+}
+
+void TurningClock::repaintSoon(QWidget& widget, const QRect& part) {
+    if (!theme().animated()) return;
+    const auto known =
+        std::ranges::find(requests, &widget, [](const Request& request) { return request.widget.data(); });
+    if (known != requests.end()) {
+        known->region += part;
+    } else {
+        requests.push_back({&widget, part});
+    }
+    if (!timer.isActive()) timer.start();
+}
+
+void TurningClock::tick() {
+    const std::vector<Request> due = std::exchange(requests, {});
+    if (due.empty()) timer.stop();
+    for (const Request& request : due) {
+        if (request.widget != nullptr) request.widget->update(request.region);
+    }
+}
+
+TurningClock& turningClock() {
+    static QPointer<TurningClock> current;
+    if (current == nullptr) current = new TurningClock(qApp);
+    return *current;
+}
+
+} // namespace zembrastel

@@ -1,0 +1,20 @@
+// What the main window shows as long as there are no profiles.
+#pragma once
+
+#include "ui/push_button.h"
+
+namespace zembrastel {
+
+class WelcomePage : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit WelcomePage(QWidget* parent = nullptr);
+
+    [[nodiscard]] PushButton& createButton() const { return *create; }
+
+private:
+    PushButton* create;
+};
+
+} // namespace zembrastel

@@ -1,0 +1,344 @@
+#include "model/error.h"
+#include "support/file_tree.h"
+#include "support/temporary_folder.h"
+#include "ui/local_time.h"
+#include "ui/main_window.h"
+#include "ui/qt_main_context.h"
+#include "ui/theme.h"
+
+#include <gtest/gtest.h>
+
+#include <QAccessible>
+#include <QApplication>
+#include <QMenu>
+#include <QScrollBar>
+#include <QTest>
+#include <QWheelEvent>
+
+#include <memory>
+
+using namespace zembrastel;
+using namespace zembrastel::testing;
+
+namespace {
+
+class MainWindowTest : public ::testing::Test {
+protected:
+    ~MainWindowTest() override {
+        window.reset();
+        bridge.reset();
+        model.reset();
+    }
+
+    MainWindow& open(bool demo = false) {
+        model = std::make_unique<AppModel>(
+            context, AppModel::Options{
+                         .demo = demo,
+                         .storeOverride = StateStore(folder / "state"),
+                         .passwordAccess = {
+                             .save = [](const std::string&, const Uuid&) {},
+                             .read = [](const Uuid&) { return std::string("secret"); },
+                             .remove =
+                                 [this](const Uuid&) {
+                                     if (!removeFailure.empty()) throw SyncError(removeFailure);
+                                 }}});
+        bridge = std::make_unique<ModelBridge>(*model);
+        window = std::make_unique<MainWindow>(*bridge);
+        window->setHooks(
+            {.newProfile = [this] { asked << QStringLiteral("new"); },
+             .editProfile = [this](const Uuid& id) { asked << QStringLiteral("edit ") + nameOf(id); },
+             .editContents = [this](const Uuid& id) { asked << QStringLiteral("contents ") + nameOf(id); }});
+        window->show();
+        QCoreApplication::processEvents();
+        return *window;
+    }
+
+    Uuid addProfile(const std::string& name) {
+        Profile profile;
+        profile.name = name;
+        profile.host = "127.0.0.1";
+        profile.port = 1; // nobody listens there
+        profile.transport = TransferProtocol::ftp;
+        profile.username = "user";
+        profile.localFolder = folder / name;
+        std::filesystem::create_directory(folder / name);
+        model->save(profile, "secret");
+        QCoreApplication::processEvents();
+        return profile.id;
+    }
+
+    [[nodiscard]] QString nameOf(const Uuid& id) const { return QString::fromStdString(model->profile(id)->name); }
+
+    // The button of that text that can be seen, nullptr when there is none.
+    [[nodiscard]] static QPushButton* button(const QWidget& within, const QString& text) {
+        for (auto* const candidate : within.findChildren<QPushButton*>()) {
+            if (candidate->text() == text && candidate->isVisible()) return candidate;
+        }
+        return nullptr;
+    }
+
+    void click(const QString& text) const {
+        auto* const found = button(*window, text);
+        ASSERT_NE(found, nullptr) << text.toStdString();
+        QTest::mouseClick(found, Qt::LeftButton);
+    }
+
+    [[nodiscard]] bool shows(const QString& text) const {
+        for (const auto* const label : window->findChildren<QLabel*>()) {
+            if (label->text() == text && label->isVisible()) return true;
+        }
+        return false;
+    }
+
+    [[nodiscard]] ConfirmDialog* dialog() const {
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        return window->findChild<ConfirmDialog*>();
+    }
+
+    [[nodiscard]] QListView& list(const QString& name) const {
+        for (auto* const view : window->findChildren<QListView*>()) {
+            if (view->accessibleName() == name) return *view;
+        }
+        throw std::logic_error("no such list");
+    }
+
+    [[nodiscard]] QListView& profileList() const { return list(QStringLiteral("SYNC PROFILES")); }
+
+    TemporaryFolder folder;
+    std::string removeFailure;
+    QStringList asked;
+    QtMainContext context;
+    std::unique_ptr<AppModel> model;
+    std::unique_ptr<ModelBridge> bridge;
+    std::unique_ptr<MainWindow> window;
+};
+
+} // namespace
+
+TEST_F(MainWindowTest, EveryWayToANewProfileIsOpenAndTheWelcomeGivesWayToIt) {
+    open();
+    EXPECT_TRUE(shows(QStringLiteral("Save locally. Ship automatically.")));
+    click(QStringLiteral("Create your first profile"));
+    QTest::keyClick(window.get(), Qt::Key_N, Qt::ControlModifier);
+    auto* const plus = window->findChild<Sidebar*>();
+    QTest::mouseClick(&plus->plus(), Qt::LeftButton);
+    EXPECT_EQ(asked, QStringList({"new", "new", "new"}));
+
+    addProfile("Site & shop");
+    EXPECT_FALSE(shows(QStringLiteral("Save locally. Ship automatically.")));
+    for (const char* const text :
+         {"Site & shop", "Paused", "127.0.0.1", "Port 1", "/public_html", "All files in the local folder",
+          "Local deletions kept on server", "—", "Your uploads will appear here."}) {
+        EXPECT_TRUE(shows(QString::fromUtf8(text))) << text;
+    }
+    click(QStringLiteral("Edit sync contents…"));
+    EXPECT_EQ(asked.last(), QStringLiteral("contents Site & shop"));
+}
+
+TEST_F(MainWindowTest, TheListIsWorkedByKeyboardAndItsMenuActsOnTheRowItWasOpenedFor) {
+    open();
+    const Uuid first = addProfile("first");
+    const Uuid second = addProfile("second");
+    QListView& profiles = profileList();
+    EXPECT_EQ(profiles.currentIndex().row(), 1) << "a profile just made is selected";
+    QTest::keyClick(&profiles, Qt::Key_Up);
+    EXPECT_EQ(model->selection(), first);
+    EXPECT_TRUE(shows(QStringLiteral("first")));
+    QTest::keyClick(&profiles, Qt::Key_Return);
+    model->select(second);
+    QTest::keyClick(&profiles, Qt::Key_Enter);
+    EXPECT_EQ(asked, QStringList({"edit first", "edit second"}));
+
+    const QRect row = profiles.visualRect(profiles.currentIndex());
+    QTest::mouseClick(
+        profiles.viewport(), Qt::LeftButton, {}, QPoint(row.right() - 20, row.top() + 18)); // the "more" button
+    auto* const menu = profiles.findChild<QMenu*>();
+    ASSERT_NE(menu, nullptr);
+    ASSERT_EQ(menu->actions().size(), 2);
+    EXPECT_EQ(menu->actions().at(0)->text(), QStringLiteral("Edit profile"));
+    model->select(first);
+    menu->actions().at(0)->trigger();
+    EXPECT_EQ(asked.last(), QStringLiteral("edit second"));
+    menu->close();
+}
+
+TEST_F(MainWindowTest, AProfileIsRemovedOnlyWhenThatIsConfirmedAndAFailureIsTold) {
+    open();
+    const Uuid kept = addProfile("kept");
+    const Uuid id = addProfile("site");
+    const auto askByKey = [this] { QTest::keyClick(&profileList(), Qt::Key_Delete); };
+    askByKey();
+    ASSERT_NE(dialog(), nullptr);
+    EXPECT_TRUE(shows(QStringLiteral("Remove this sync profile?")));
+    QTest::keyClick(dialog()->focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(dialog(), nullptr);
+    EXPECT_NE(model->profile(id), nullptr) << "Enter means Cancel";
+
+    removeFailure = "Keychain: locked.";
+    askByKey();
+    QTest::mouseClick(button(*dialog(), QStringLiteral("Remove profile")), Qt::LeftButton);
+    ASSERT_NE(dialog(), nullptr);
+    EXPECT_TRUE(shows(QStringLiteral("Keychain: locked.")));
+    QTest::mouseClick(button(*dialog(), QStringLiteral("OK")), Qt::LeftButton);
+    EXPECT_NE(model->profile(id), nullptr);
+
+    removeFailure.clear();
+    askByKey();
+    QTest::mouseClick(button(*dialog(), QStringLiteral("Remove profile")), Qt::LeftButton);
+    EXPECT_EQ(model->profile(id), nullptr);
+    EXPECT_EQ(model->selection(), kept);
+    EXPECT_EQ(profileList().currentIndex().row(), 0);
+    EXPECT_TRUE(shows(QStringLiteral("kept")));
+}
+
+TEST_F(MainWindowTest, AFailedCheckIsSkippedOnlyAfterAWarningAndCanBeTriedAgain) {
+    open();
+    const Uuid id = addProfile("site");
+    click(QStringLiteral("Start watching"));
+    EXPECT_TRUE(model->profile(id)->enabled);
+    const auto failed = [&] { return model->checkFailures().contains(id); };
+    ASSERT_TRUE(QTest::qWaitFor(failed, 30000));
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(shows(QString::fromStdString(model->checkFailures().at(id))));
+    EXPECT_TRUE(shows(QStringLiteral("Server check needs attention")));
+
+    click(QStringLiteral("Retry server check"));
+    EXPECT_EQ(button(*window, QStringLiteral("Start without checking…")), nullptr);
+    ASSERT_TRUE(QTest::qWaitFor(failed, 30000));
+    click(QStringLiteral("Start without checking…"));
+    ASSERT_NE(dialog(), nullptr);
+    QTest::keyClick(dialog()->focusWidget(), Qt::Key_Return);
+    EXPECT_TRUE(failed()) << "Enter means Cancel";
+    click(QStringLiteral("Start without checking…"));
+    QTest::mouseClick(button(*dialog(), QStringLiteral("Start without checking")), Qt::LeftButton);
+    EXPECT_FALSE(failed());
+    EXPECT_EQ(button(*window, QStringLiteral("Start without checking…")), nullptr);
+    EXPECT_TRUE(model->status(id).activity.front().text.starts_with("Server comparison skipped by your choice"));
+    click(QStringLiteral("Pause watching"));
+    EXPECT_FALSE(model->running(id));
+}
+
+TEST_F(MainWindowTest, WatchingIsSwitchedByKeyboardAndTheNextActionIsNamed) {
+    open(true);
+    const Uuid id = model->profiles().front().id;
+    auto* const start = button(*window, QStringLiteral("Start watching"));
+    ASSERT_NE(start, nullptr);
+    QTest::keyClick(start, Qt::Key_Space);
+    EXPECT_TRUE(model->running(id));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(start->text(), QStringLiteral("Pause watching"));
+    EXPECT_TRUE(shows(QStringLiteral("Watching")));
+    EXPECT_EQ(
+        profileList().currentIndex().data(Qt::AccessibleTextRole).toString(), QStringLiteral("My website, Watching"));
+
+    click(QStringLiteral("Open in Finder")); // the sample's folder is not there
+    EXPECT_TRUE(
+        shows(QStringLiteral("Could not open the local folder in Finder. Check that the folder is still available.")));
+}
+
+TEST_F(MainWindowTest, AnAlertThatCameWhileNobodyLookedIsToldWhenTheWindowIsShown) {
+    std::filesystem::create_directories(folder / "state");
+    writeFile(folder / "state" / "profiles.json", "nonsense");
+    open();
+    ASSERT_NE(dialog(), nullptr);
+    ASSERT_TRUE(model->alert());
+    EXPECT_TRUE(shows(QString::fromStdString(*model->alert())));
+    window->hide();
+    EXPECT_TRUE(model->alert()) << "not read yet";
+    window->show();
+    QTest::mouseClick(button(*dialog(), QStringLiteral("OK")), Qt::LeftButton);
+    EXPECT_FALSE(model->alert());
+    EXPECT_EQ(dialog(), nullptr);
+}
+
+TEST_F(MainWindowTest, EveryControlHasANameAndTheTabKeyMeetsThemInOrder) {
+    open(true);
+    for (int i = 0; i < 2; ++i) model->toggle(model->profiles().front().id); // for a line in the log
+    QCoreApplication::processEvents();
+    QStringList names;
+    QWidget* widget = &profileList();
+    do {
+        const bool reached = widget->isVisible() && (widget->focusPolicy() & Qt::TabFocus) != 0;
+        if (reached && widget->focusProxy() == nullptr) {
+            names << QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name);
+        }
+        widget = widget->nextInFocusChain();
+    } while (widget != &profileList());
+    EXPECT_EQ(
+        names.join(u'|').toStdString(), "SYNC PROFILES|New Sync Profile…|Start watching|Open local folder in "
+                                        "Finder|Edit sync contents…|Recent activity");
+}
+
+TEST_F(MainWindowTest, TheWholeOfALongLogCanBeReachedInTheSmallestWindow) {
+    open(true);
+    const Uuid id = model->profiles().front().id;
+    for (int i = 0; i < 80; ++i) model->toggle(id); // one line each time it is paused
+    window->resize(760, 520);
+    QCoreApplication::processEvents();
+    QListView& lines = list(QStringLiteral("Recent activity"));
+    ASSERT_EQ(lines.model()->rowCount(), 40);
+    EXPECT_EQ(lines.verticalScrollBar()->maximum(), 0) << "no scroll bar inside a scroll bar";
+    QWheelEvent wheel(
+        {5, 5}, lines.viewport()->mapToGlobal(QPointF(5, 5)), {}, {0, -120}, Qt::NoButton, Qt::NoModifier,
+        Qt::NoScrollPhase, false);
+    QSpontaneKeyEvent::setSpontaneous(&wheel); // only what the system sends is passed on to parents
+    qApp->notify(lines.viewport(), &wheel);
+    EXPECT_GT(window->findChild<QScrollArea*>()->verticalScrollBar()->value(), 0) << "the wheel turns the page";
+    lines.setFocus();
+    QTest::keyClick(&lines, Qt::Key_End);
+    const QRect last = lines.visualRect(lines.currentIndex());
+    const QPoint seen = lines.viewport()->mapTo(window.get(), last.center());
+    EXPECT_EQ(lines.currentIndex().row(), 39);
+    EXPECT_LT(seen.y(), window->height());
+    EXPECT_GT(seen.y(), 0);
+}
+
+TEST(DetailBanners, AReviewIsNotHiddenBehindAFailureOfTheCheck) {
+    DetailBanners banners;
+    banners.setWaiting(true, "curl: (28) Timeout was reached");
+    const auto seen = [&] {
+        QStringList texts;
+        for (auto* const widget : banners.buttons()) {
+            if (widget->isVisibleTo(&banners)) texts << qobject_cast<QPushButton*>(widget)->text();
+        }
+        return texts;
+    };
+    EXPECT_EQ(seen(), QStringList({"Review newer server files…"}));
+    banners.setWaiting(false, "curl: (28) Timeout was reached");
+    EXPECT_EQ(seen(), QStringList({"Retry server check", "Start without checking…"}));
+    banners.setWaiting(false, std::nullopt);
+    EXPECT_TRUE(seen().isEmpty());
+}
+
+TEST(ActivityModel, WhoReadsAnOldLineStaysOnItWhileNewOnesComeAndOldOnesGo) {
+    std::deque<Activity> log;
+    for (int i = 0; i < 3; ++i) log.push_front({.date = {}, .text = "line " + std::to_string(i)});
+    ActivityModel lines;
+    lines.setActivity(log);
+    const QPersistentModelIndex read = lines.index(1); // "line 1"
+    for (int i = 3; i < 5; ++i) log.push_front({.date = {}, .text = "line " + std::to_string(i)});
+    log.pop_back();
+    lines.setActivity(log);
+    EXPECT_EQ(lines.rowCount(), 4);
+    EXPECT_EQ(read.row(), 3);
+    EXPECT_EQ(read.data().toString(), QStringLiteral("line 1"));
+    lines.setActivity({{.date = {}, .text = "of another profile"}});
+    EXPECT_EQ(lines.rowCount(), 1);
+    lines.setActivity({});
+    EXPECT_EQ(lines.rowCount(), 0);
+}
+
+TEST(LocalTime, AnInstantIsWrittenAsTheLocaleHasItAndNearDaysByName) {
+    const QDateTime now({2026, 3, 1}, {9, 41, 7});
+    const QDateTime earlier = now.addSecs(-50);
+    const QLocale british(QLocale::English, QLocale::UnitedKingdom);
+    const QLocale german(QLocale::German, QLocale::Germany);
+    EXPECT_EQ(logTime(earlier, now, british), QStringLiteral("09:40:17"));
+    EXPECT_EQ(logTime(earlier, now, german), QStringLiteral("09:40:17"));
+    EXPECT_EQ(
+        logTime(earlier, now, QLocale(QLocale::English, QLocale::UnitedStates)).simplified().replace(u'\u202f', u' '),
+        QStringLiteral("9:40:17 AM"));
+    EXPECT_EQ(dayAndTime(earlier, now, british), QStringLiteral("Today, 09:40"));
+    EXPECT_EQ(logTime(now.addSecs(-12 * 3600), now, british), QStringLiteral("Yesterday, 21:41"));
+    EXPECT_EQ(dayAndTime(now.addDays(-2), now, german), QStringLiteral("27.02.26, 09:41"));
+}

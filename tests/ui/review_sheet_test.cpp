@@ -1,0 +1,170 @@
+#include "ui/review_sheet.h"
+
+#include "app/model_fixture.h"
+#include "ui/theme.h"
+
+#include <gtest/gtest.h>
+
+#include <QAccessible>
+#include <QPointer>
+#include <QPushButton>
+#include <QTest>
+
+#include <functional>
+#include <memory>
+
+namespace zembrastel {
+namespace {
+
+RemoteChange change(const std::string& path, bool bothChanged = false) {
+    return {.path = path, .local = {}, .remoteDate = RemoteDate(std::chrono::seconds(1)), .bothChanged = bothChanged};
+}
+
+// A profile with two files that are newer on the server, one of them edited locally too.
+class ReviewSheet : public testing::ModelFixture {
+protected:
+    ReviewSheet() {
+        theme().apply(Appearance::light);
+        testing::writeTree(site.root(), {{"both", "local"}, {"theirs", "local"}});
+        withProfile().save(
+            site.profile, std::nullopt, FileMap{{"both", Fingerprint{}}, {"theirs", site.fingerprint("theirs")}});
+        editOnServer("both", "server", 1);
+        editOnServer("theirs", "server", 1);
+        bridge = std::make_unique<ModelBridge>(*model);
+    }
+    ~ReviewSheet() override {
+        sheet.reset();
+        bridge.reset();
+    }
+
+    void openAfterCheck() {
+        model->start(id());
+        ASSERT_TRUE(reaches("Review remote changes"));
+        ASSERT_TRUE(model->presentedReview());
+        open(*model->presentedReview());
+    }
+
+    void open(const RemoteReview& review) {
+        sheet = std::make_unique<RemoteChangesView>(*bridge, review);
+        sheet->open();
+        list = sheet->findChild<QListView*>();
+    }
+
+    [[nodiscard]] QPushButton* button(const QString& label) const {
+        for (QPushButton* const each : sheet->findChildren<QPushButton*>()) {
+            if (QString(each->text()).replace("&&", "&") == label) return each;
+        }
+        return nullptr;
+    }
+
+    [[nodiscard]] bool shows(const QString& text) const {
+        for (const QLabel* const label : sheet->findChildren<QLabel*>()) {
+            if (label->text() == text) return true;
+        }
+        return false;
+    }
+
+    std::unique_ptr<ModelBridge> bridge;
+    std::unique_ptr<RemoteChangesView> sheet;
+    QListView* list = nullptr;
+};
+
+TEST_F(ReviewSheet, EveryWayOfClosingStaysPausedAndKeepsTheReview) {
+    const std::vector<std::function<void()>> ways{
+        [this] { QTest::keyClick(list, Qt::Key_Escape); }, [this] { sheet->close(); },
+        [this] { button("Stay paused")->click(); }};
+    for (const auto& close : ways) {
+        openAfterCheck();
+        close();
+        EXPECT_FALSE(sheet->isVisible());
+        EXPECT_FALSE(model->running(id()));
+        EXPECT_FALSE(model->presentedReview());
+        EXPECT_TRUE(model->reviews().contains(id()));
+    }
+    model->openReview(id()); // of a profile that is paused already
+    open(*model->presentedReview());
+    EXPECT_EQ(sheet->selected(), PathSet{"theirs"});
+    sheet->close();
+    EXPECT_FALSE(model->presentedReview());
+    EXPECT_EQ(onServer("theirs"), "server");
+    EXPECT_EQ(testing::readFile(site / "theirs"), "local");
+}
+
+TEST_F(ReviewSheet, ConfirmingDownloadsWhatIsTickedAndNothingElse) {
+    openAfterCheck();
+    EXPECT_TRUE(shows("1 of 2 selected"));
+    EXPECT_NE(button("Download 1 & start watching"), nullptr);
+    button("Select all")->click();
+    EXPECT_NE(button("Download 2 & start watching"), nullptr);
+    const QModelIndex theirs = list->model()->index(1, 0);
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualRect(theirs).center());
+    EXPECT_EQ(sheet->selected(), PathSet{"both"});
+    button("Download 1 & start watching")->click();
+    EXPECT_FALSE(sheet->isVisible());
+    EXPECT_TRUE(model->running(id()));
+    ASSERT_TRUE(runUntil([this] { return testing::readFile(site / "both") == "server"; }));
+    EXPECT_EQ(testing::readFile(site / "theirs"), "local");
+}
+
+TEST_F(ReviewSheet, SheetGoesWithItsReviewAndPausesNothing) {
+    openAfterCheck();
+    model->retryCheck(id());
+    EXPECT_FALSE(sheet->isVisible());
+    EXPECT_TRUE(model->running(id()));
+    ASSERT_TRUE(reaches("Review remote changes"));
+}
+
+TEST_F(ReviewSheet, DecisionThatCannotBeSavedLeavesTheSheetOpen) {
+    openAfterCheck();
+    std::filesystem::remove_all(stateFolder / "state");
+    testing::writeFile(stateFolder / "state", "in the way");
+    button("Select none")->click();
+    button("Keep local & start watching")->click();
+    EXPECT_TRUE(model->alert());
+    EXPECT_TRUE(sheet->isVisible());
+    EXPECT_TRUE(model->presentedReview());
+}
+
+TEST_F(ReviewSheet, FiveThousandFilesAreWithinReachOfKeyboardAndScreenReader) {
+    RemoteReview review{.id = id(), .changes = {}};
+    for (int number = 0; number < 5000; ++number) {
+        review.changes.push_back(change("folder/file" + std::to_string(number), number % 2 == 0));
+    }
+    open(review);
+    EXPECT_LE(sheet->height(), sheet->screen()->availableGeometry().height());
+    EXPECT_TRUE(shows("2500 of 5000 selected"));
+    QTest::keyClick(list, Qt::Key_End);
+    QTest::keyClick(list, Qt::Key_Space);
+    EXPECT_TRUE(shows("2499 of 5000 selected"));
+    const QModelIndex last = list->model()->index(4999, 0);
+    EXPECT_EQ(list->currentIndex(), last);
+    EXPECT_TRUE(list->viewport()->rect().contains(list->visualRect(last)));
+    const QString said = list->model()->index(4998, 0).data(Qt::AccessibleTextRole).toString();
+    EXPECT_TRUE(said.startsWith("folder/file4998, Not selected, Local: "));
+    EXPECT_TRUE(said.contains(", Server: "));
+    EXPECT_TRUE(said.endsWith(", Also changed locally since the last sync"));
+    for (QWidget* const widget : sheet->findChildren<QWidget*>()) {
+        if (widget->focusPolicy() == Qt::NoFocus || !widget->isVisible()) continue;
+        QAccessibleInterface* const accessible = QAccessible::queryAccessibleInterface(widget);
+        ASSERT_NE(accessible, nullptr);
+        EXPECT_FALSE(accessible->text(QAccessible::Name).isEmpty()) << widget->metaObject()->className();
+    }
+}
+
+TEST(Review, LocalEditIsNeverTickedForReplacementByItself) {
+    EXPECT_EQ(preselection({change("a"), change("b", true), change("c")}), (PathSet{"a", "c"}));
+    EXPECT_EQ(preselection({change("a", true), change("b", true)}), PathSet{});
+    EXPECT_EQ(confirmLabel(0), "Keep local & start watching");
+    EXPECT_EQ(confirmLabel(1), "Download 1 & start watching");
+}
+
+TEST(Review, DatesReadAsTheUsersLocaleWritesThem) {
+    const QDateTime date({2026, 11, 4}, {17, 48, 30});
+    EXPECT_EQ(reviewDate(date, QLocale("en_GB")), "4 Nov 2026, 17:48");
+    EXPECT_EQ(reviewDate(date, QLocale("en_US")), "Nov 4, 2026, 5:48 PM");
+    EXPECT_EQ(reviewDate(date, QLocale("de_DE")), "4. Nov. 2026, 17:48");
+    EXPECT_EQ(reviewDate(date, QLocale("ja_JP")), "2026年11月4日, 17:48");
+}
+
+} // namespace
+} // namespace zembrastel

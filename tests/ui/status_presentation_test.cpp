@@ -1,0 +1,104 @@
+#include "ui/status_presentation.h"
+#include "ui/status_symbol.h"
+#include "ui/theme.h"
+#include "ui/turning_clock.h"
+
+#include <gtest/gtest.h>
+
+#include <QTest>
+
+using namespace zembrastel;
+using namespace std::chrono_literals;
+
+namespace {
+
+ProfileStatus status(std::string title, bool active, bool failed = false) {
+    ProfileStatus made;
+    made.title = std::move(title);
+    made.active = active;
+    made.failed = failed;
+    return made;
+}
+
+bool stops(const TurningClock& clock) {
+    return QTest::qWaitFor([&clock] { return !clock.running(); });
+}
+
+bool runs(const TurningClock& clock) {
+    return QTest::qWaitFor([&clock] { return clock.running(); });
+}
+
+} // namespace
+
+TEST(StatusPresentation, FailureIsNeverHiddenAndWaitingNeverLooksLikeWork) {
+    struct Case {
+        ProfileStatus status;
+        bool running;
+        std::string_view symbol;
+        ColourRole colour;
+        bool turns;
+    };
+    const Case cases[] = {
+        {ProfileStatus(), false, "pause.fill", &Colours::accent, false},
+        {status("Starting", true), true, "arrow.triangle.2.circlepath", &Colours::accent, true},
+        {status("Checking server", true), true, "arrow.triangle.2.circlepath", &Colours::accent, true},
+        {status("Downloading", true), true, "arrow.triangle.2.circlepath", &Colours::accent, true},
+        {status("Uploading", true), true, "arrow.triangle.2.circlepath", &Colours::accent, true},
+        {status("Downloading server changes", true), true, "arrow.triangle.2.circlepath", &Colours::accent, true},
+        {status("Review remote changes", true), true, "arrow.triangle.2.circlepath", &Colours::accent, false},
+        {status("Watching", true), true, "arrow.triangle.2.circlepath", &Colours::accent, false},
+        {status("Uploading files", true), true, "arrow.triangle.2.circlepath", &Colours::accent, false},
+        {status("Uploading", false), false, "pause.fill", &Colours::accent, false},
+        // While the check is retried by itself the job runs on.
+        {status("Server check needs attention", true, true), true, "exclamationmark.circle", &Colours::warn, false},
+        {status("Checking server", true, true), true, "exclamationmark.circle", &Colours::warn, false},
+        {status("Needs attention", false, true), false, "exclamationmark.circle", &Colours::warn, false},
+    };
+    for (const Case& expected : cases) {
+        EXPECT_EQ(
+            present(expected.status, expected.running),
+            (StatusPresentation{expected.symbol, expected.colour, expected.turns}))
+            << expected.status.title;
+    }
+}
+
+TEST(StatusPresentation, ATurnTakes1400MillisecondsFromWhereverTheClockStands) {
+    EXPECT_DOUBLE_EQ(turningAngle(0ms), 0);
+    EXPECT_DOUBLE_EQ(turningAngle(350ms), 90);
+    EXPECT_DOUBLE_EQ(turningAngle(1400ms), 0);
+    EXPECT_DOUBLE_EQ(turningAngle(1400ms * 1'000'000 + 700ms), 180);
+}
+
+TEST(StatusSymbol, NothingIsRepaintedUnlessSomethingWorksAndIsSeen) {
+    theme().apply(Appearance::light);
+    StatusSymbol symbol;
+    symbol.setStatus(status("Uploading", true), true);
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(turningClock().running()) << "before it is shown";
+
+    symbol.show();
+    EXPECT_TRUE(runs(turningClock()));
+    symbol.setStatus(status("Watching", true), true);
+    EXPECT_TRUE(stops(turningClock())) << "no longer working";
+
+    symbol.setStatus(status("Checking server", true), true);
+    EXPECT_TRUE(runs(turningClock()));
+    symbol.hide();
+    EXPECT_TRUE(stops(turningClock())) << "hidden";
+
+    theme().setAnimated(false);
+    symbol.show();
+    EXPECT_TRUE(QTest::qWaitForWindowExposed(&symbol));
+    EXPECT_FALSE(turningClock().running()) << "the desktop wants no motion";
+    theme().setAnimated(true);
+    EXPECT_TRUE(runs(turningClock()));
+}
+
+TEST(StatusSymbol, ScreenReaderHearsTheStateThatTheColourShows) {
+    StatusSymbol symbol;
+    EXPECT_EQ(symbol.accessibleName(), "Paused");
+    symbol.setStatus(status("Uploading", true), true);
+    EXPECT_EQ(symbol.accessibleName(), "Sync in progress");
+    symbol.setStatus(status("Server check needs attention", true, true), true);
+    EXPECT_EQ(symbol.accessibleName(), "Server check needs attention");
+}

@@ -1,0 +1,67 @@
+#include "ui/elide_label.h"
+#include "ui/push_button.h"
+#include "ui/symbol_icon.h"
+#include "ui/text_style.h"
+#include "ui/theme.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+
+using namespace zembrastel;
+
+namespace {
+
+bool hasPixelOf(const QImage& image, const QColor& colour) {
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (image.pixelColor(x, y) == colour) return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+TEST(Theme, SwitchingLeavesNoColourOfTheOtherAppearanceBehind) {
+    theme().apply(Appearance::light);
+    PushButton button(QStringLiteral("Start watching"), ButtonKind::primary);
+    button.setSymbol("play");
+    QLabel* const label = makeLabel(QStringLiteral("Help"), TextStyle::small, Tone::warn);
+    label->setParent(&button);
+    const QIcon icon = symbolIcon("checkmark.circle.fill", &Colours::accent);
+    for (const Appearance appearance : {Appearance::light, Appearance::dark, Appearance::light}) {
+        theme().apply(appearance);
+        const Colours& now = appearance == Appearance::dark ? darkColours() : lightColours();
+        const QImage seen = button.grab().toImage();
+        EXPECT_TRUE(hasPixelOf(seen, now.accent)) << "button";
+        EXPECT_TRUE(hasPixelOf(button.icon().pixmap(40, 32).toImage(), now.onAccent)) << "its symbol";
+        EXPECT_TRUE(hasPixelOf(icon.pixmap(40, 40).toImage(), now.accent)) << "icon";
+        EXPECT_TRUE(hasPixelOf(icon.pixmap(40, 40).toImage(), now.onAccent)) << "knock-out";
+        EXPECT_TRUE(hasPixelOf(icon.pixmap(40, 40, QIcon::Disabled).toImage(), now.edge)) << "disabled icon";
+        EXPECT_EQ(label->palette().color(QPalette::WindowText), now.warnText);
+        EXPECT_EQ(QApplication::palette().color(QPalette::PlaceholderText), now.dim);
+    }
+}
+
+TEST(Theme, StyleSheetAsksForNoColourThatTheTableLacks) {
+    theme().apply(Appearance::dark);
+    EXPECT_FALSE(qApp->styleSheet().isEmpty());
+    EXPECT_FALSE(qApp->styleSheet().remove(QStringLiteral("@name")).contains(u'@'));
+    EXPECT_EQ(
+        withColours(QStringLiteral("a:@accent;b:@accentHover;c:@accents@"), lightColours()),
+        QStringLiteral("a:#0f766e;b:#0b5f59;c:@accents@"));
+}
+
+TEST(Symbols, EveryNameHasADrawingAtEveryScale) {
+    for (const std::string_view name : symbolNames()) {
+        for (const double ratio : {1.0, 1.5, 2.0}) {
+            const QPixmap picture = symbolPixmap(name, 20, Qt::black, ratio);
+            EXPECT_EQ(picture.width(), qRound(20 * ratio)) << name;
+            EXPECT_DOUBLE_EQ(picture.devicePixelRatio(), ratio);
+            EXPECT_TRUE(picture.toImage().pixelColor(0, 0).alpha() == 0) << name;
+            EXPECT_TRUE(hasPixelOf(symbolPixmap(name, 60, Qt::black, ratio).toImage(), Qt::black)) << name;
+        }
+    }
+    EXPECT_TRUE(symbolPixmap("no such symbol", 20, Qt::black, 1).isNull());
+}

@@ -1,0 +1,119 @@
+#include "ui/confirm_dialog.h"
+#include "ui/elide_label.h"
+#include "ui/push_button.h"
+#include "ui/switch.h"
+#include "ui/theme.h"
+#include "ui/wrap_label.h"
+
+#include <gtest/gtest.h>
+
+#include <QAccessible>
+#include <QApplication>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QHBoxLayout>
+#include <QMenu>
+#include <QPointer>
+#include <QTest>
+
+using namespace zembrastel;
+
+TEST(ElideLabel, BothEndsOfALongPathStayAndTheWholeCanBeHad) {
+    const QString path = QStringLiteral("/home/you/<Projects>/a/very/long/way/down/to/the/website & more");
+    ElideLabel label(path);
+    label.resize(label.sizeHint());
+    EXPECT_EQ(label.visibleText(), path);
+    label.resize(200, 20);
+    EXPECT_TRUE(label.visibleText().startsWith(QStringLiteral("/home")));
+    EXPECT_TRUE(label.visibleText().endsWith(QStringLiteral("more")));
+    EXPECT_LE(label.fontMetrics().horizontalAdvance(label.visibleText()), 200);
+    EXPECT_TRUE(label.toolTip().contains(path.toHtmlEscaped()));
+
+    QContextMenuEvent event(QContextMenuEvent::Mouse, {1, 1}, {1, 1});
+    QApplication::sendEvent(&label, &event);
+    auto* const menu = label.findChild<QMenu*>();
+    ASSERT_NE(menu, nullptr);
+    ASSERT_EQ(menu->actions().size(), 1);
+    menu->actions().first()->trigger();
+    EXPECT_EQ(QApplication::clipboard()->text(), path);
+    menu->close();
+}
+
+TEST(WrapLabel, NoLineIsCutHoweverNarrowTheRoomOrLongTheWord) {
+    QWidget page;
+    auto* const outer = new QHBoxLayout(&page);
+    auto* const inner = new QWidget;
+    auto* const column = new QVBoxLayout(inner);
+    auto* const label = new WrapLabel(QStringLiteral("Short words and ") + QString(400, u'x'));
+    column->addWidget(label);
+    outer->addWidget(inner);
+    page.show();
+    for (const int width : {600, 200, 90}) {
+        page.resize(width, 100);
+        QCoreApplication::processEvents();
+        EXPECT_LE(label->width(), width);
+        EXPECT_GE(label->height(), label->heightForWidth(label->width())) << width;
+        EXPECT_GE(label->height(), label->fontMetrics().horizontalAdvance(QString(400, u'x')) / width);
+    }
+    label->setWrappedText(QStringLiteral("Short"));
+    QCoreApplication::processEvents();
+    EXPECT_LE(label->minimumHeight(), label->fontMetrics().height() + 1) << "it also gives room back";
+}
+
+TEST(Switch, WorksByKeyboardAndTellsAScreenReaderWhatItIs) {
+    Switch option(QStringLiteral("Start watching this folder"));
+    option.show();
+    QTest::keyClick(&option, Qt::Key_Space);
+    EXPECT_TRUE(option.isChecked());
+    QTest::keyClick(&option, Qt::Key_Return);
+    EXPECT_FALSE(option.isChecked());
+    QTest::mouseClick(&option, Qt::LeftButton);
+    EXPECT_TRUE(option.isChecked());
+    QAccessibleInterface* const accessible = QAccessible::queryAccessibleInterface(&option);
+    ASSERT_NE(accessible, nullptr);
+    EXPECT_EQ(accessible->text(QAccessible::Name), QStringLiteral("Start watching this folder"));
+    EXPECT_EQ(accessible->role(), QAccessible::CheckBox);
+    EXPECT_TRUE(accessible->state().checked);
+}
+
+TEST(PushButton, EnterPressesItInAWindowAndAmpersandsAreSeen) {
+    theme().apply(Appearance::light);
+    QWidget window;
+    PushButton button(QStringLiteral("Download 2 & start watching"), ButtonKind::outlined, &window);
+    window.show();
+    EXPECT_EQ(
+        QAccessible::queryAccessibleInterface(&button)->text(QAccessible::Name),
+        QStringLiteral("Download 2 & start watching"));
+    EXPECT_TRUE(button.shortcut().isEmpty());
+    int clicks = 0;
+    QObject::connect(&button, &QPushButton::clicked, [&clicks] { ++clicks; });
+    QTest::keyClick(&button, Qt::Key_Return);
+    QTest::keyClick(&button, Qt::Key_Space);
+    EXPECT_EQ(clicks, 2);
+    EXPECT_EQ(button.sizeHint().height(), 32);
+}
+
+TEST(ConfirmDialog, OnlyTheConfirmingButtonConfirms) {
+    theme().apply(Appearance::light);
+    QWidget window;
+    window.show();
+    int confirmed = 0;
+    const auto ask = [&window, &confirmed] {
+        return QPointer(ConfirmDialog::ask(
+            &window, QStringLiteral("Remove this sync profile?"), QStringLiteral("Your files are kept."),
+            QStringLiteral("Remove"), [&confirmed] { ++confirmed; }));
+    };
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape, Qt::Key_Space}) {
+        const auto dialog = ask();
+        EXPECT_EQ(dialog->width(), 460);
+        QTest::keyClick(dialog->focusWidget(), key);
+        EXPECT_FALSE(dialog->isVisible());
+    }
+    EXPECT_EQ(confirmed, 0);
+    const auto dialog = ask();
+    QTest::keyClick(dialog->focusWidget(), Qt::Key_Tab);
+    QTest::keyClick(dialog->focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(confirmed, 1);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(dialog.isNull());
+}
