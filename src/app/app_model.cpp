@@ -32,7 +32,7 @@ std::string loadFailure(const std::exception& error) {
 
 AppModel::AppModel(MainContext& mainContext, Options chosen)
     : context(mainContext), options(std::move(chosen)), passwords(options.sessionPasswords),
-      passwordReader(mainContext, options.passwordAccess.read, options.passwordAccess.save), tasks(mainContext) {
+      passwordCalls(mainContext, options.passwordAccess.read, options.passwordAccess.save), tasks(mainContext) {
     if (options.demo) {
         loadSampleProfile();
         return;
@@ -139,9 +139,9 @@ void AppModel::withPassword(
         then({});
         return;
     }
-    passwordReader.read(
+    passwordCalls.read(
         id, [weak = std::weak_ptr(self), id, then = std::move(then),
-             failed = std::move(failed)](const PasswordReader::Result& result) {
+             failed = std::move(failed)](const PasswordCalls::Result& result) {
             const auto alive = weak.lock();
             if (!alive) return;
             if (result.failure) {
@@ -159,8 +159,8 @@ void AppModel::storePassword(
         done(std::nullopt);
         return;
     }
-    passwordReader.save(
-        id, password, [weak = std::weak_ptr(self), done = std::move(done)](const PasswordReader::Result& result) {
+    passwordCalls.save(
+        id, password, [weak = std::weak_ptr(self), done = std::move(done)](const PasswordCalls::Result& result) {
             if (weak.expired()) return;
             done(result.failure ? std::optional(describeFailure(result.failure)) : std::nullopt);
         });

@@ -8,7 +8,7 @@
 #include "app/background_tasks.h"
 #include "app/main_context.h"
 #include "app/model_observer.h"
-#include "app/password_reader.h"
+#include "app/password_calls.h"
 #include "app/profile_status.h"
 #include "model/password_store.h"
 #include "model/profile.h"
@@ -232,7 +232,7 @@ private:
     std::chrono::steady_clock::time_point nextSave{};
     // Watched by what is posted to the main context, which may come when the model has gone.
     std::shared_ptr<AppModel*> self = std::make_shared<AppModel*>(this);
-    PasswordReader passwordReader;
+    PasswordCalls passwordCalls;
     BackgroundTasks tasks;
 };
 

@@ -1,7 +1,7 @@
 #include "cli/password_source.h"
 
 #include "app/main_queue.h"
-#include "app/password_reader.h"
+#include "app/password_calls.h"
 #include "cli/presentation.h"
 #include "model/error.h"
 #include "model/password_store.h"
@@ -65,9 +65,9 @@ std::string passwordFor(const Profile& profile, const Surroundings& around) {
     // On a thread of its own: only so does an interrupt end the wait for a person.
     MainQueue queue;
     const auto interruptible = around.interrupt.during([&queue] { queue.quit(); });
-    std::optional<PasswordReader::Result> result;
-    PasswordReader reader(queue, readStoredPassword);
-    reader.read(profile.id, [&result](PasswordReader::Result read) { result = std::move(read); });
+    std::optional<PasswordCalls::Result> result;
+    PasswordCalls calls(queue, readStoredPassword);
+    calls.read(profile.id, [&result](PasswordCalls::Result read) { result = std::move(read); });
     queue.runUntil([&result] { return result.has_value(); });
     if (!result) throw Cancelled();
     if (!result->failure) return std::move(result->password);

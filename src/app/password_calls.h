@@ -12,7 +12,7 @@
 
 namespace zembrastel {
 
-class PasswordReader {
+class PasswordCalls {
 public:
     // Blocks until the password is there; throws what the store throws.
     using Read = std::function<std::string(const Uuid& id)>;
@@ -25,12 +25,12 @@ public:
     };
 
     // Without a save function there must be no saving.
-    PasswordReader(MainContext& mainContext, Read readFunction, Save saveFunction = {});
-    PasswordReader(const PasswordReader&) = delete;
-    PasswordReader& operator=(const PasswordReader&) = delete;
+    PasswordCalls(MainContext& mainContext, Read readFunction, Save saveFunction = {});
+    PasswordCalls(const PasswordCalls&) = delete;
+    PasswordCalls& operator=(const PasswordCalls&) = delete;
     // Lets a call go that does not end within half a second: an open unlock prompt cannot be withdrawn, and must not
     // keep the program from ending. No result is handed over any more.
-    ~PasswordReader();
+    ~PasswordCalls();
 
     // Both hand the result over on the main context.
     void read(const Uuid& id, std::function<void(Result)> done);

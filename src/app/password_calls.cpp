@@ -1,4 +1,4 @@
-#include "app/password_reader.h"
+#include "app/password_calls.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -14,12 +14,12 @@ constexpr std::chrono::milliseconds patience{500};
 
 struct Request {
     std::function<std::string()> work;
-    std::function<void(PasswordReader::Result)> done;
+    std::function<void(PasswordCalls::Result)> done;
 };
 
 } // namespace
 
-struct PasswordReader::Shared {
+struct PasswordCalls::Shared {
     explicit Shared(MainContext& mainContext) : context(mainContext) {}
 
     MainContext& context;
@@ -30,7 +30,7 @@ struct PasswordReader::Shared {
     bool stopping = false;
     bool ended = false;
 
-    // The next request; nothing once the reader is going.
+    // The next request; nothing once the object is going.
     std::optional<Request> next() {
         std::unique_lock lock(mutex);
         changed.wait(lock, [this] { return stopping || !requests.empty(); });
@@ -62,11 +62,11 @@ struct PasswordReader::Shared {
     }
 };
 
-PasswordReader::PasswordReader(MainContext& mainContext, Read readFunction, Save saveFunction)
+PasswordCalls::PasswordCalls(MainContext& mainContext, Read readFunction, Save saveFunction)
     : readPassword(std::move(readFunction)), savePassword(std::move(saveFunction)),
       shared(std::make_shared<Shared>(mainContext)) {}
 
-PasswordReader::~PasswordReader() {
+PasswordCalls::~PasswordCalls() {
     std::unique_lock lock(shared->mutex);
     shared->stopping = true;
     shared->changed.notify_all();
@@ -76,12 +76,12 @@ PasswordReader::~PasswordReader() {
     ended ? shared->thread.join() : shared->thread.detach();
 }
 
-void PasswordReader::read(const Uuid& id, std::function<void(Result)> done) {
+void PasswordCalls::read(const Uuid& id, std::function<void(Result)> done) {
     // The functions go along as copies: a call that was let go may outlive this object.
     request([call = readPassword, id] { return call(id); }, std::move(done));
 }
 
-void PasswordReader::save(const Uuid& id, const std::string& password, std::function<void(Result)> done) {
+void PasswordCalls::save(const Uuid& id, const std::string& password, std::function<void(Result)> done) {
     request(
         [call = savePassword, id, password] {
             call(password, id);
@@ -90,7 +90,7 @@ void PasswordReader::save(const Uuid& id, const std::string& password, std::func
         std::move(done));
 }
 
-void PasswordReader::request(std::function<std::string()> work, std::function<void(Result)> done) {
+void PasswordCalls::request(std::function<std::string()> work, std::function<void(Result)> done) {
     const std::lock_guard lock(shared->mutex);
     shared->requests.push_back({.work = std::move(work), .done = std::move(done)});
     shared->changed.notify_all();
