@@ -5,56 +5,55 @@
 #include "cli/scan_command.h"
 #include "platform/text.h"
 
-#include <filesystem>
 #include <gtest/gtest.h>
 
 namespace zembrastel::testing {
 namespace {
 
-Profile named(const std::string& name) {
-    Profile profile;
-    profile.name = name;
-    return profile;
+using namespace std::string_literals;
+
+std::vector<Profile> profilesNamed(const std::vector<std::string>& names) {
+    std::vector<Profile> profiles(names.size());
+    for (std::size_t i = 0; i < names.size(); ++i) profiles[i].name = names[i];
+    return profiles;
 }
 
-std::string refusal(const std::vector<Profile>& profiles, const std::string& wanted) {
+template <class Call>
+std::string refusal(ExitCode code, Call call) {
     try {
-        return "chose " + chooseProfile(profiles, wanted).name;
+        (void)call();
     } catch (const CommandError& error) {
-        EXPECT_EQ(error.code, ExitCode::failed);
+        EXPECT_EQ(error.code, code) << error.what();
         return error.what();
     }
+    ADD_FAILURE() << "accepted";
+    return "";
 }
 
-TEST(ProfileChoice, NameOrIdInEitherCaseFindsTheProfile) {
-    const std::vector profiles{named("one"), named("two")};
-    const std::string lower = asciiLowercase(profiles[1].id.text());
-    EXPECT_EQ(chooseProfile(profiles, "two").id, profiles[1].id);
-    EXPECT_EQ(chooseProfile(profiles, lower).id, profiles[1].id);
-    EXPECT_EQ(chooseProfile(profiles, profiles[0].id.text()).id, profiles[0].id);
-}
-
-TEST(ProfileChoice, WrongNameSaysWhatThereIs) {
-    const std::vector profiles{named("one"), named("two"), named("three")};
-    EXPECT_EQ(refusal(profiles, "One"), R"(No profile has the name or id "One". There is "one", "two" and "three".)");
-    EXPECT_NE(refusal({}, "x").find("profile add"), std::string::npos);
+TEST(ProfileChoice, NameOrIdInEitherCaseFindsOneProfileOrNone) {
+    auto profiles = profilesNamed({"one", "two", "three"});
+    for (const auto& wanted : {"two"s, profiles[1].id.text(), asciiLowercase(profiles[1].id.text())}) {
+        EXPECT_EQ(&chooseProfile(profiles, wanted), &profiles[1]) << wanted;
+    }
+    EXPECT_EQ(
+        refusal(ExitCode::failed, [&] { return chooseProfile(profiles, "One"); }),
+        R"(No profile has the name or id "One". There is "one", "two" and "three".)");
+    EXPECT_EQ(
+        refusal(ExitCode::failed, [&] { return chooseProfile({}, "x"); }),
+        R"(No profile has the name or id "x". There are none yet; profile add makes one.)");
+    profiles[2].name = profiles[0].id.text();
+    EXPECT_EQ(&chooseProfile(profiles, profiles[0].id.text()), &profiles[0]);
+    EXPECT_EQ(unambiguousName(profiles, profiles[2]), profiles[2].id.text()) << "its name is another one's id";
 }
 
 TEST(ProfileChoice, CommonNameNeverPicksOneByChance) {
-    const std::vector profiles{named("same"), named("other"), named("same")};
-    const std::string message = refusal(profiles, "same");
-    EXPECT_NE(message.find(profiles[0].id.text()), std::string::npos);
-    EXPECT_NE(message.find(profiles[2].id.text()), std::string::npos);
-    EXPECT_EQ(message.find(profiles[1].id.text()), std::string::npos);
+    const auto profiles = profilesNamed({"same", "other", "same"});
+    EXPECT_EQ(
+        refusal(ExitCode::failed, [&] { return chooseProfile(profiles, "same"); }),
+        R"(Several profiles have the name "same". Give the id of one instead: )" + profiles[0].id.text() + ", "
+            + profiles[2].id.text() + ".");
     EXPECT_EQ(unambiguousName(profiles, profiles[0]), profiles[0].id.text());
     EXPECT_EQ(unambiguousName(profiles, profiles[1]), "other");
-}
-
-TEST(ProfileChoice, NameThatIsAnotherProfilesIdIsNotOfferedForTyping) {
-    const Profile first = named("first");
-    const std::vector profiles{first, named(first.id.text())};
-    EXPECT_EQ(chooseProfile(profiles, first.id.text()).name, "first");
-    EXPECT_EQ(unambiguousName(profiles, profiles[1]), profiles[1].id.text());
 }
 
 TEST(ProfileOptions, PortFollowsTheTransportUnlessGiven) {
@@ -65,27 +64,21 @@ TEST(ProfileOptions, PortFollowsTheTransportUnlessGiven) {
     EXPECT_EQ(profileFrom({}).transport, TransferProtocol::ftps);
 }
 
-TEST(ProfileOptions, SelectionsSayWhatTheUserMeant) {
+TEST(ProfileOptions, SelectionsAndExclusionsSayWhatTheUserMeant) {
     using Rules = decltype(DownloadSelection::rules);
-    EXPECT_FALSE(profileFrom({}).syncSelection.has_value());
+    EXPECT_FALSE(profileFrom({}).syncSelection);
     EXPECT_EQ(
         profileFrom({.sync = {"/web/"}, .noSync = {"web/drafts"}}).syncSelection->rules,
         (Rules{{"web", true}, {"web/drafts", false}}));
     // Leaving something out keeps the rest; leaving out the root leaves out everything.
     EXPECT_EQ(profileFrom({.noSync = {"drafts"}}).syncSelection->rules, (Rules{{"", true}, {"drafts", false}}));
     EXPECT_TRUE(profileFrom({.noSync = {"."}}).hasEmptySyncSelection());
-    EXPECT_EQ(
-        profileFrom({.download = {"/"}, .needsDownload = true}).initialDownloadSelection,
-        DownloadSelection::everything());
-}
-
-TEST(ProfileOptions, ExcludeAddsToTheUsualRulesAndExclusionsReplacesThem) {
+    const auto everything = profileFrom({.download = {"/"}, .needsDownload = true}).initialDownloadSelection;
+    EXPECT_EQ(everything, DownloadSelection::everything());
+    // --exclude adds to the usual rules, --exclusions replaces them.
     EXPECT_EQ(profileFrom({.exclude = {"*.psd"}}).exclusions.text(), std::string(Exclusions::defaultText) + "\n*.psd");
-    EXPECT_EQ(profileFrom({.exclusions = "a\nb"}).exclusions.text(), "a\nb");
+    EXPECT_EQ(profileFrom({.exclude = {"c"}, .exclusions = "a\nb"}).exclusions.text(), "a\nb\nc");
     EXPECT_EQ(profileFrom({.exclude = {"c"}, .exclusions = ""}).exclusions.text(), "c");
-}
-
-TEST(ProfileOptions, CombinationsWithoutMeaningAreUsageErrors) {
     for (const ProfileOptions& wrong :
          {ProfileOptions{.transport = "sftp"},
           {.id = "123"},
@@ -93,19 +86,13 @@ TEST(ProfileOptions, CombinationsWithoutMeaningAreUsageErrors) {
           {.sync = {"../a"}},
           {.needsDownload = true},
           {.noDownload = {""}, .needsDownload = true}}) {
-        try {
-            (void)profileFrom(wrong);
-            ADD_FAILURE() << "accepted";
-        } catch (const CommandError& error) {
-            EXPECT_EQ(error.code, ExitCode::usage) << error.what();
-        }
+        refusal(ExitCode::usage, [&] { return profileFrom(wrong); });
     }
 }
 
 TEST(Scan, DifferencesNameEachFileOnce) {
     const FileMap baseline{{"changed", {.size = 1}}, {"deleted", {.size = 1}}, {"same", {.size = 1}}};
-    const FileMap current{{"changed", {.size = 2}}, {"new", {.size = 1}}, {"same", {.size = 1}}};
-    const auto found = differences(current, baseline);
+    const auto found = differences({{"changed", {.size = 2}}, {"new", {.size = 1}}, {"same", {.size = 1}}}, baseline);
     EXPECT_EQ(found.added, std::vector<std::string>{"new"});
     EXPECT_EQ(found.changed, std::vector<std::string>{"changed"});
     EXPECT_EQ(found.deleted, std::vector<std::string>{"deleted"});

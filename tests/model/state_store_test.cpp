@@ -1,40 +1,16 @@
 #include "model/state_store.h"
 
 #include "model/error.h"
-#include "platform/private_folder.h"
+#include "support/file_tree.h"
+#include "support/temporary_folder.h"
 
-#include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
-#include <sstream>
-#include <sys/stat.h>
 
 namespace zembrastel {
 namespace {
 
 namespace fs = std::filesystem;
-
-struct stat attributes(const fs::path& path) {
-    struct stat found {};
-    EXPECT_EQ(lstat(path.c_str(), &found), 0) << path;
-    return found;
-}
-
-unsigned mode(const fs::path& path) { return attributes(path).st_mode & 07777U; }
-
-void writeFile(const fs::path& path, const std::string& bytes) { std::ofstream(path, std::ios::binary) << bytes; }
-
-std::string bytesOf(std::istream& file) {
-    std::ostringstream bytes;
-    bytes << file.rdbuf();
-    return bytes.str();
-}
-
-std::string bytesOf(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return bytesOf(file);
-}
+using testing::readFile;
 
 SavedState stateNamed(const std::string& name) {
     SavedState state;
@@ -43,72 +19,59 @@ SavedState stateNamed(const std::string& name) {
     return state;
 }
 
-class StateStoreFiles : public testing::Test {
+class StateStoreFiles : public ::testing::Test {
 protected:
-    PrivateFolder temporary;
-    fs::path folder = temporary.path() / "share/Zembrastel";
-    fs::path file = folder / "profiles.json";
+    static fs::perms mode(const fs::path& path) { return fs::status(path).permissions(); }
+
+    testing::TemporaryFolder temporary;
+    const fs::path folder = temporary / "share/Zembrastel";
+    const fs::path file = folder / "profiles.json";
+    const StateStore store{folder};
 };
 
 TEST_F(StateStoreFiles, WhatWasSavedIsThereAtTheNextStartForTheOwnerAlone) {
-    EXPECT_EQ(StateStore(folder).load(), SavedState{});
+    EXPECT_EQ(store.load(), SavedState{});
     EXPECT_TRUE(fs::is_empty(folder));
-    EXPECT_EQ(mode(folder), 0700U);
-    EXPECT_EQ(mode(folder.parent_path()), 0700U);
-    StateStore(folder).save(stateNamed("one"));
+    for (const auto& made : {folder, folder.parent_path()}) EXPECT_EQ(mode(made), fs::perms::owner_all) << made;
+    store.save(stateNamed("one"));
     fs::permissions(file, fs::perms::others_read, fs::perm_options::add);
     const auto state = stateNamed("two");
-    StateStore(folder).save(state);
-    EXPECT_EQ(mode(file), 0600U);
+    store.save(state);
+    EXPECT_EQ(mode(file), fs::perms::owner_read | fs::perms::owner_write);
     EXPECT_EQ(StateStore(folder).load(), state);
 }
 
 TEST_F(StateStoreFiles, AReaderOfTheOldFileNeverSeesHalfOfTheNewOne) {
-    const StateStore store(folder);
     store.save(stateNamed("one"));
-    const auto before = attributes(file).st_ino;
-    std::ifstream reader(file, std::ios::binary);
-    const auto whole = bytesOf(file);
+    fs::create_hard_link(file, temporary / "opened");
+    const auto whole = readFile(file);
     store.save(stateNamed(std::string(100000, 'x')));
-    EXPECT_NE(attributes(file).st_ino, before);
-    EXPECT_EQ(bytesOf(reader), whole);
+    EXPECT_EQ(readFile(temporary / "opened"), whole);
     EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1);
 }
 
-TEST_F(StateStoreFiles, AFileThatCannotBeUnderstoodIsLeftAsItWas) {
-    const StateStore store(folder);
+TEST_F(StateStoreFiles, AFileThatCannotBeUnderstoodOrReplacedIsLeftAsItWas) {
     const auto state = encode(stateNamed("one"));
     auto otherProtocol = state;
     otherProtocol.replace(otherProtocol.find("FTPS (TLS)"), 10, "SFTP");
     for (const auto& bytes : {std::string(), std::string("{"), state.substr(0, state.size() / 2), otherProtocol}) {
-        writeFile(file, bytes);
+        testing::writeFile(file, bytes);
         EXPECT_THROW((void)store.load(), SyncError) << bytes;
-        EXPECT_EQ(bytesOf(file), bytes);
+        EXPECT_THROW(store.save(stateNamed("\xFF")), SyncError);
+        EXPECT_EQ(readFile(file), bytes);
     }
     fs::remove(file);
-    fs::create_directory(file);
+    testing::writeFile(file / "kept", "x");
     EXPECT_THROW((void)store.load(), fs::filesystem_error);
-}
-
-TEST_F(StateStoreFiles, AFailedSaveLeavesTheOldStateAndNoLitter) {
-    const StateStore store(folder);
-    store.save(stateNamed("one"));
-    const auto before = bytesOf(file);
-    EXPECT_THROW(store.save(stateNamed("\xFF")), SyncError);
-    EXPECT_EQ(bytesOf(file), before);
-
-    fs::remove(file);
-    fs::create_directories(file / "kept");
     EXPECT_THROW(store.save(stateNamed("two")), fs::filesystem_error);
     EXPECT_TRUE(fs::exists(file / "kept"));
     EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1);
 }
 
 TEST_F(StateStoreFiles, AFolderThatCannotBeMadeIsReportedAtOnce) {
-    const auto blocked = temporary.path() / "file";
-    writeFile(blocked, "x");
-    EXPECT_THROW(StateStore{blocked}, fs::filesystem_error);
-    EXPECT_THROW(StateStore{blocked / "Zembrastel"}, fs::filesystem_error);
+    testing::writeFile(temporary / "file", "x");
+    EXPECT_THROW(StateStore{temporary / "file"}, fs::filesystem_error);
+    EXPECT_THROW(StateStore{temporary / "file/Zembrastel"}, fs::filesystem_error);
 }
 
 } // namespace

@@ -6,7 +6,7 @@
 
 namespace zembrastel {
 
-class PrivateSecretService : public testing::Test {
+class PrivateSecretService : public ::testing::Test {
 protected:
     void SetUp() override {
         if (std::getenv("TEST_SECRET_SERVICE_PID") == nullptr) {
