@@ -16,14 +16,6 @@ bool isSameFolder(const std::string& a, const std::string& b) {
     return a == b || std::filesystem::equivalent(a, b, ignored);
 }
 
-std::string describeFailure(const std::exception_ptr& failure) {
-    try {
-        std::rethrow_exception(failure);
-    } catch (const std::exception& error) {
-        return describe(error);
-    }
-}
-
 } // namespace
 
 std::string loadFailure(const std::exception& error) {
@@ -31,8 +23,8 @@ std::string loadFailure(const std::exception& error) {
 }
 
 AppModel::AppModel(MainContext& mainContext, Options chosen)
-    : context(mainContext), options(std::move(chosen)), passwords(options.sessionPasswords),
-      passwordCalls(mainContext, options.passwordAccess.read, options.passwordAccess.save), tasks(mainContext) {
+    : context(mainContext), options(std::move(chosen)), passwords(options.sessionPasswords), passwordCalls(mainContext),
+      tasks(mainContext) {
     if (options.demo) {
         loadSampleProfile();
         return;
@@ -139,13 +131,14 @@ void AppModel::withPassword(
         then({});
         return;
     }
-    passwordCalls.read(
-        id, [weak = std::weak_ptr(self), id, then = std::move(then),
-             failed = std::move(failed)](const PasswordCalls::Result& result) {
+    passwordCalls.ask(
+        [read = options.passwordAccess.read, id] { return read(id); },
+        [weak = std::weak_ptr(self), id, then = std::move(then),
+         failed = std::move(failed)](const PasswordCalls::Result& result) {
             const auto alive = weak.lock();
             if (!alive) return;
             if (result.failure) {
-                failed(describeFailure(result.failure));
+                failed(*result.failure);
             } else {
                 (*alive)->passwords.insert_or_assign(id, result.password);
                 then(result.password);
@@ -159,10 +152,14 @@ void AppModel::storePassword(
         done(std::nullopt);
         return;
     }
-    passwordCalls.save(
-        id, password, [weak = std::weak_ptr(self), done = std::move(done)](const PasswordCalls::Result& result) {
+    passwordCalls.ask(
+        [save = options.passwordAccess.save, id, password] {
+            save(password, id);
+            return password;
+        },
+        [weak = std::weak_ptr(self), done = std::move(done)](const PasswordCalls::Result& result) {
             if (weak.expired()) return;
-            done(result.failure ? std::optional(describeFailure(result.failure)) : std::nullopt);
+            done(result.failure);
         });
 }
 

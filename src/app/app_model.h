@@ -82,6 +82,8 @@ public:
     [[nodiscard]] const RemoteDates& remoteDates(const Uuid& id) const;
 
     void select(std::optional<Uuid> id);
+    // Has the user read a message in an alert.
+    void setAlert(std::string text);
     void dismissAlert();
 
     // Has the password at hand until the program ends, without storing it anywhere.
@@ -129,8 +131,8 @@ public:
         Profile changed, const std::optional<std::string>& password,
         std::optional<FileMap> initialBaseline = std::nullopt);
 
-    // Forgets a profile with its password; all files stay. Throws with nothing changed when the password cannot be
-    // removed, or, when saving alone failed, with the profile gone.
+    // Forgets a profile with its password; all files stay. The password goes first, however long the secret store
+    // takes. Where that fails `alert` says so and nothing changes; where saving alone fails, the profile is gone.
     void remove(const Uuid& id);
 
     // Presents the profile's review, if it has one; closing hides it without a decision.
@@ -172,7 +174,6 @@ private:
         const Uuid& id, const Uuid& generation, std::function<void()> work);
     [[nodiscard]] std::string password(const Uuid& id);
     void changeStatus(const Uuid& id, const std::function<void(ProfileStatus&)>& change);
-    void setAlert(std::string text);
     void log(const Uuid& id, std::string text, bool error = false);
     void notify(const std::function<void(ModelObserver&)>& tell) const;
 
@@ -213,6 +214,7 @@ private:
 
     // Profile operations.
     [[nodiscard]] Profile savable(Profile changed) const;
+    void forgetProfile(const Uuid& id);
     void keepSharedScope(const Profile& old, const Profile& changed);
 
     MainContext& context;

@@ -1,5 +1,7 @@
 #include "app/password_calls.h"
 
+#include "model/error.h"
+
 #include <chrono>
 #include <condition_variable>
 #include <deque>
@@ -13,7 +15,7 @@ namespace {
 constexpr std::chrono::milliseconds patience{500};
 
 struct Request {
-    std::function<std::string()> work;
+    PasswordCalls::Call call;
     std::function<void(PasswordCalls::Result)> done;
 };
 
@@ -50,9 +52,9 @@ struct PasswordCalls::Shared {
         while (auto request = next()) {
             Result result;
             try {
-                result.password = request->work();
-            } catch (...) {
-                result.failure = std::current_exception();
+                result.password = request->call();
+            } catch (const std::exception& error) {
+                result.failure = describe(error);
             }
             handOver(std::move(*request), std::move(result));
         }
@@ -62,9 +64,7 @@ struct PasswordCalls::Shared {
     }
 };
 
-PasswordCalls::PasswordCalls(MainContext& mainContext, Read readFunction, Save saveFunction)
-    : readPassword(std::move(readFunction)), savePassword(std::move(saveFunction)),
-      shared(std::make_shared<Shared>(mainContext)) {}
+PasswordCalls::PasswordCalls(MainContext& mainContext) : shared(std::make_shared<Shared>(mainContext)) {}
 
 PasswordCalls::~PasswordCalls() {
     std::unique_lock lock(shared->mutex);
@@ -76,23 +76,9 @@ PasswordCalls::~PasswordCalls() {
     ended ? shared->thread.join() : shared->thread.detach();
 }
 
-void PasswordCalls::read(const Uuid& id, std::function<void(Result)> done) {
-    // The functions go along as copies: a call that was let go may outlive this object.
-    request([call = readPassword, id] { return call(id); }, std::move(done));
-}
-
-void PasswordCalls::save(const Uuid& id, const std::string& password, std::function<void(Result)> done) {
-    request(
-        [call = savePassword, id, password] {
-            call(password, id);
-            return password;
-        },
-        std::move(done));
-}
-
-void PasswordCalls::request(std::function<std::string()> work, std::function<void(Result)> done) {
+void PasswordCalls::ask(Call call, std::function<void(Result)> done) {
     const std::lock_guard lock(shared->mutex);
-    shared->requests.push_back({.work = std::move(work), .done = std::move(done)});
+    shared->requests.push_back({.call = std::move(call), .done = std::move(done)});
     shared->changed.notify_all();
     if (!shared->thread.joinable()) shared->thread = std::thread([kept = shared] { kept->work(); });
 }

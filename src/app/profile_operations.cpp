@@ -116,7 +116,27 @@ void AppModel::toggle(const Uuid& id) {
 
 void AppModel::remove(const Uuid& id) {
     if (profile(id) == nullptr) return;
-    if (!options.demo) options.passwordAccess.remove(id);
+    if (options.demo) {
+        forgetProfile(id);
+        return;
+    }
+    passwordCalls.ask(
+        [removePassword = options.passwordAccess.remove, id] {
+            removePassword(id);
+            return std::string();
+        },
+        [weak = std::weak_ptr(self), id](const PasswordCalls::Result& result) {
+            const auto alive = weak.lock();
+            if (!alive) return;
+            if (result.failure) {
+                (*alive)->setAlert(*result.failure);
+            } else {
+                (*alive)->forgetProfile(id);
+            }
+        });
+}
+
+void AppModel::forgetProfile(const Uuid& id) {
     stopJob(id);
     std::erase_if(state.profiles, [&id](const Profile& candidate) { return candidate.id == id; });
     state.baselines.erase(id);
@@ -126,7 +146,11 @@ void AppModel::remove(const Uuid& id) {
     unsaved.erase(id);
     notify([](ModelObserver& observer) { observer.profilesChanged(); });
     if (selected == id) select(profiles().empty() ? std::nullopt : std::optional(profiles().front().id));
-    persist();
+    try {
+        persist();
+    } catch (const std::exception& error) {
+        setAlert(describe(error));
+    }
 }
 
 } // namespace zembrastel

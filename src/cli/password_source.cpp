@@ -66,16 +66,16 @@ std::string passwordFor(const Profile& profile, const Surroundings& around) {
     MainQueue queue;
     const auto interruptible = around.interrupt.during([&queue] { queue.quit(); });
     std::optional<PasswordCalls::Result> result;
-    PasswordCalls calls(queue, readStoredPassword);
-    calls.read(profile.id, [&result](PasswordCalls::Result read) { result = std::move(read); });
+    PasswordCalls calls(queue);
+    calls.ask(
+        [id = profile.id] { return readStoredPassword(id); },
+        [&result](PasswordCalls::Result read) { result = std::move(read); });
     queue.runUntil([&result] { return result.has_value(); });
     if (!result) throw Cancelled();
-    if (!result->failure) return std::move(result->password);
-    try {
-        std::rethrow_exception(result->failure);
-    } catch (const std::exception& error) {
-        throw CommandError(ExitCode::failed, "No password for " + inQuotes(profile.name) + ": " + describe(error));
+    if (result->failure) {
+        throw CommandError(ExitCode::failed, "No password for " + inQuotes(profile.name) + ": " + *result->failure);
     }
+    return std::move(result->password);
 }
 
 } // namespace zembrastel

@@ -1,7 +1,5 @@
 #include "ui/main_window.h"
 
-#include "model/error.h"
-
 #include <QAction>
 #include <QCloseEvent>
 #include <QHBoxLayout>
@@ -129,19 +127,13 @@ void MainWindow::showAlert() {
     });
 }
 
-void MainWindow::tellFailure(const QString& message) { ConfirmDialog::tell(this, tr("Zembrastel"), message); }
+void MainWindow::tellFailure(const QString& message) { bridge.model().setAlert(message.toStdString()); }
 
 void MainWindow::askToRemove(const Uuid& id) {
     ConfirmDialog::ask(
         this, tr("Remove this sync profile?"),
         tr("This removes the saved connection and its Keychain password. Your local and remote files are kept."),
-        tr("Remove profile"), [this, id] {
-            try {
-                bridge.model().remove(id);
-            } catch (const std::exception& error) {
-                tellFailure(QString::fromStdString(describe(error)));
-            }
-        });
+        tr("Remove profile"), [this, id] { bridge.model().remove(id); });
 }
 
 void MainWindow::askToSkipCheck(const Uuid& id) {

@@ -43,7 +43,7 @@ public:
     void createProfile();
     void editSelectedContents();
 
-    // Tells a failure as the model's alert is told.
+    // Tells it through the model's alert: at once, or when the window is next shown.
     void tellFailure(const QString& message);
 
 Q_SIGNALS:

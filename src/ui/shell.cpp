@@ -19,7 +19,10 @@ Shell::Shell(AppModel& model, MainContext& mainContext)
          .showReview = [this](const RemoteReview& review) { showReview(review); }});
     connect(&window, &MainWindow::closed, this, &Shell::tellThatSyncingGoesOn);
     connect(&tray, &TrayItem::openRequested, this, &Shell::showWindow);
-    connect(&tray, &TrayItem::failed, &window, &MainWindow::tellFailure);
+    connect(&tray, &TrayItem::failed, this, [this](const QString& message) {
+        window.tellFailure(message);
+        showWindow();
+    });
     connect(&tray, &TrayItem::quitRequested, qApp, &QApplication::quit);
     auto* const quit = new QAction(tr("Quit Zembrastel"), this);
     quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));

@@ -112,7 +112,7 @@ TEST_F(ProfileOperations, RemovalForgetsTheProfileAndKeepsEveryFile) {
     storedPasswords[id()] = "x";
     const auto files = site.files();
     model->remove(id());
-    EXPECT_TRUE(model->profiles().empty());
+    ASSERT_TRUE(runUntil([&] { return model->profiles().empty(); }));
     EXPECT_FALSE(model->selection());
     EXPECT_TRUE(storedPasswords.empty());
     EXPECT_TRUE(saved().profiles.empty() && saved().baselines.empty());

@@ -177,15 +177,16 @@ TEST_F(MainWindowTest, AProfileIsRemovedOnlyWhenThatIsConfirmedAndAFailureIsTold
     removeFailure = "Keychain: locked.";
     askByKey();
     QTest::mouseClick(button(*dialog(), QStringLiteral("Remove profile")), Qt::LeftButton);
-    ASSERT_NE(dialog(), nullptr);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return model->alert().has_value() && dialog() != nullptr; }));
     EXPECT_TRUE(shows(QStringLiteral("Keychain: locked.")));
     QTest::mouseClick(button(*dialog(), QStringLiteral("OK")), Qt::LeftButton);
     EXPECT_NE(model->profile(id), nullptr);
+    EXPECT_FALSE(model->alert());
 
     removeFailure.clear();
     askByKey();
     QTest::mouseClick(button(*dialog(), QStringLiteral("Remove profile")), Qt::LeftButton);
-    EXPECT_EQ(model->profile(id), nullptr);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return model->profile(id) == nullptr; }));
     EXPECT_EQ(model->selection(), kept);
     EXPECT_EQ(profileList().currentIndex().row(), 0);
     EXPECT_TRUE(shows(QStringLiteral("kept")));
