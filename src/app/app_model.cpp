@@ -33,7 +33,9 @@ AppModel::AppModel(MainContext& mainContext, Options chosen)
     try {
         StateStore opened = options.storeOverride ? *options.storeOverride : StateStore();
         state = opened.load();
-        store = std::move(opened);
+        saver.emplace(
+            context, options.clock, std::move(opened), state,
+            [this](const std::set<Uuid>& ids, const std::string& message) { tellUnsaved(ids, message); });
     } catch (const std::exception& error) {
         alertText = loadFailure(error);
     }
@@ -345,7 +347,7 @@ void AppModel::shutdown() {
     std::vector<Uuid> ids;
     for (const auto& [id, job] : jobs) ids.push_back(id);
     for (const auto& id : ids) stopJob(id);
-    saveGathered();
+    if (saver) saver->flush();
 }
 
 } // namespace zembrastel

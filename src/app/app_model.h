@@ -10,6 +10,7 @@
 #include "app/model_observer.h"
 #include "app/password_calls.h"
 #include "app/profile_status.h"
+#include "app/state_saver.h"
 #include "model/password_store.h"
 #include "model/profile.h"
 #include "model/saved_state.h"
@@ -200,7 +201,7 @@ private:
     void persist();
     void persistFor(const Uuid& id);
     void saveSoon(const Uuid& id);
-    void saveGathered();
+    void tellUnsaved(const std::set<Uuid>& ids, const std::string& message);
 
     // Server check and review.
     void startCheck(const Assignment& work);
@@ -221,7 +222,7 @@ private:
     const Options options;
     std::set<ModelObserver*> observers;
     SavedState state;
-    std::optional<StateStore> store; // nothing when the saved state could not be loaded
+    std::optional<StateSaver> saver; // nothing when the saved state could not be loaded
     std::map<Uuid, ProfileStatus> statuses;
     std::optional<Uuid> selected;
     std::optional<std::string> alertText;
@@ -230,8 +231,6 @@ private:
     std::map<Uuid, std::string> failures;
     std::map<Uuid, Job> jobs;
     std::map<Uuid, std::string> passwords;
-    std::set<Uuid> unsaved; // profiles with events that wait for the gathered save
-    std::chrono::steady_clock::time_point nextSave{};
     // Watched by what is posted to the main context, which may come when the model has gone.
     std::shared_ptr<AppModel*> self = std::make_shared<AppModel*>(this);
     PasswordCalls passwordCalls;

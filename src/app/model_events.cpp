@@ -7,10 +7,7 @@
 namespace zembrastel {
 namespace {
 
-// Saving may take a tenth of the time: after a save that took one part, the next nine are for other things. What
-// happens meanwhile is gathered into one save, at most this late.
-constexpr int restAfterSave = 9;
-constexpr std::chrono::seconds longestGathering{2};
+constexpr const char* noStore = "Profile storage is unavailable. Restart the app after correcting the startup error.";
 
 } // namespace
 
@@ -67,47 +64,35 @@ void AppModel::apply(const event::DownloadFinished&, const Uuid& id) {
 
 void AppModel::persist() {
     if (options.demo) return;
-    if (!store) {
-        throw SyncError("Profile storage is unavailable. Restart the app after correcting the startup error.");
-    }
-    const auto began = options.clock.steadyNow();
-    store->save(state);
-    const auto ended = options.clock.steadyNow();
-    nextSave = ended + std::min<std::chrono::steady_clock::duration>((ended - began) * restAfterSave, longestGathering);
-    unsaved.clear();
+    if (!saver) throw SyncError(noStore);
+    saver->save();
 }
 
 void AppModel::persistFor(const Uuid& id) {
-    unsaved.insert(id);
-    saveGathered();
-}
-
-void AppModel::saveSoon(const Uuid& id) {
-    const auto now = options.clock.steadyNow();
-    const bool waiting = !unsaved.empty() && now < nextSave;
-    unsaved.insert(id);
-    if (now >= nextSave) {
-        saveGathered();
-    } else if (!waiting) {
-        context.postAfter(std::chrono::ceil<std::chrono::milliseconds>(nextSave - now), [weak = std::weak_ptr(self)] {
-            if (const auto alive = weak.lock()) (*alive)->saveGathered();
-        });
-    }
-}
-
-void AppModel::saveGathered() {
-    if (unsaved.empty()) return;
     try {
         persist();
     } catch (const std::exception& error) {
-        const std::string problem = "Could not save sync state: " + describe(error);
-        for (const auto& id : std::set<Uuid>(unsaved)) {
-            changeStatus(id, [&problem](ProfileStatus& status) {
-                status.title = "Needs attention";
-                status.detail = problem;
-            });
-            log(id, problem, true);
-        }
+        tellUnsaved({id}, describe(error));
+    }
+}
+
+void AppModel::saveSoon(const Uuid& id) {
+    if (options.demo) return;
+    if (saver) {
+        saver->saveSoon(id);
+    } else {
+        tellUnsaved({id}, noStore);
+    }
+}
+
+void AppModel::tellUnsaved(const std::set<Uuid>& ids, const std::string& message) {
+    const std::string problem = "Could not save sync state: " + message;
+    for (const auto& id : ids) {
+        changeStatus(id, [&problem](ProfileStatus& status) {
+            status.title = "Needs attention";
+            status.detail = problem;
+        });
+        log(id, problem, true);
     }
 }
 

@@ -143,7 +143,7 @@ void AppModel::forgetProfile(const Uuid& id) {
     if (state.remoteDates) state.remoteDates->erase(id);
     statuses.erase(id);
     passwords.erase(id);
-    unsaved.erase(id);
+    if (saver) saver->forget(id);
     notify([](ModelObserver& observer) { observer.profilesChanged(); });
     if (selected == id) select(profiles().empty() ? std::nullopt : std::optional(profiles().front().id));
     try {

@@ -21,6 +21,6 @@ SavedState StateStore::load() const {
     return json ? decodeSavedState(*json) : SavedState{};
 }
 
-void StateStore::save(const SavedState& state) const { writeAtomically(stateFile(stateFolder), encode(state)); }
+void StateStore::saveEncoded(const std::string& json) const { writeAtomically(stateFile(stateFolder), json); }
 
 } // namespace zembrastel

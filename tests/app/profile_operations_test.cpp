@@ -16,7 +16,10 @@ protected:
         testing::writeTree(site.root(), {{"keep/a", "1"}, {"drop/b", "1"}});
         withProfile().toggle(id());
         ASSERT_TRUE(uploads(2));
-        ASSERT_TRUE(runUntil([&] { return model->remoteDates(id()).size() == 2; }));
+        const auto knows = [this](const SavedState& state) {
+            return state.remoteDates && state.remoteDates->contains(id()) && state.remoteDates->at(id()).size() == 2;
+        };
+        ASSERT_TRUE(runUntil([&] { return knows(saved()); }));
     }
 
     Profile edited() const { return *model->profile(id()); }

@@ -1,0 +1,110 @@
+#include "app/state_saver.h"
+
+#include "model/error.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace zembrastel {
+namespace {
+
+constexpr int restAfterWrite = 9;
+constexpr std::chrono::seconds longestGathering{2};
+
+} // namespace
+
+StateSaver::StateSaver(
+    MainContext& mainContext, Clock& clockToUse, StateStore place, const SavedState& saved, Failed told)
+    : context(mainContext), clock(clockToUse), store(std::move(place)), state(saved), failed(std::move(told)) {}
+
+void StateSaver::save() {
+    if (writing.valid()) writing.wait();
+    writing = {}; // whatever became of it, all of it is written again
+    waiting.merge(written);
+    const auto began = clock.steadyNow();
+    store.save(state);
+    waiting.clear();
+    rest(clock.steadyNow() - began);
+}
+
+void StateSaver::saveSoon(const Uuid& profile) {
+    waiting.insert(profile);
+    if (writing.valid() || scheduled) return;
+    if (clock.steadyNow() >= nextWrite) {
+        startWrite();
+    } else {
+        scheduleWrite();
+    }
+}
+
+void StateSaver::flush() {
+    if (waiting.empty() && !writing.valid()) return;
+    try {
+        save();
+    } catch (const std::exception& error) {
+        failed(waiting, describe(error));
+    }
+}
+
+void StateSaver::forget(const Uuid& profile) {
+    waiting.erase(profile);
+    written.erase(profile);
+}
+
+void StateSaver::startWrite() {
+    if (waiting.empty() || writing.valid()) return;
+    const auto began = clock.steadyNow();
+    std::string json;
+    try {
+        json = encode(state);
+    } catch (const std::exception& error) {
+        failed(waiting, describe(error));
+        return;
+    }
+    written.swap(waiting);
+    auto write = [this, began, json = std::move(json), turn = ++turns, weak = std::weak_ptr(self)] {
+        // Posted however the write ends, and before it is over: a saver that goes waits for all of this.
+        const auto finish = [this, turn, weak] {
+            if (!weak.expired() && turn == turns) finishWrite();
+        };
+        try {
+            store.saveEncoded(json);
+        } catch (...) {
+            context.post(finish);
+            throw;
+        }
+        const auto took = clock.steadyNow() - began;
+        context.post(finish);
+        return took;
+    };
+    writing = std::async(std::launch::async, std::move(write));
+}
+
+void StateSaver::finishWrite() {
+    if (!writing.valid()) return; // saved once more meanwhile
+    try {
+        rest(writing.get());
+    } catch (const std::exception& error) {
+        waiting.merge(written);
+        failed(waiting, describe(error));
+        return;
+    }
+    written.clear();
+    if (!waiting.empty()) scheduleWrite();
+}
+
+void StateSaver::scheduleWrite() {
+    scheduled = true;
+    const auto delay = std::max(nextWrite - clock.steadyNow(), Duration::zero());
+    context.postAfter(std::chrono::ceil<std::chrono::milliseconds>(delay), [this, weak = std::weak_ptr(self)] {
+        if (weak.expired()) return;
+        scheduled = false;
+        startWrite();
+    });
+}
+
+void StateSaver::rest(Duration afterWrite) {
+    nextWrite = clock.steadyNow() + std::min<Duration>(afterWrite * restAfterWrite, longestGathering);
+}
+
+} // namespace zembrastel
