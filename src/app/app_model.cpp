@@ -1,5 +1,6 @@
 #include "app/app_model.h"
 
+#include "app/demo.h"
 #include "model/error.h"
 #include "platform/private_folder.h"
 #include "sync/sync_worker.h"
@@ -23,10 +24,10 @@ std::string loadFailure(const std::exception& error) {
 }
 
 AppModel::AppModel(MainContext& mainContext, Options chosen)
-    : context(mainContext), options(std::move(chosen)), passwords(options.sessionPasswords), passwordCalls(mainContext),
-      tasks(mainContext) {
+    : context(mainContext), options(std::move(chosen)), jobWork(options.demo ? demoWork(options.clock) : options.work),
+      passwords(options.sessionPasswords), passwordCalls(mainContext), tasks(mainContext) {
     if (options.demo) {
-        loadSampleProfile();
+        addSampleProfile();
         return;
     }
     removeStalePrivateFolders();
@@ -48,14 +49,10 @@ AppModel::~AppModel() {
     tasks.stopAll();
 }
 
-void AppModel::loadSampleProfile() {
-    Profile sample;
-    sample.name = "My website";
-    sample.host = "ftp.example.com";
-    sample.username = "webmaster";
-    sample.localFolder = "/Users/you/Projects/website";
+void AppModel::addSampleProfile() {
+    const Profile& sample = state.profiles.emplace_back(sampleProfile());
     selected = sample.id;
-    state.profiles.push_back(std::move(sample));
+    statuses[sample.id] = samplePast(options.clock.now());
 }
 
 const Profile* AppModel::profile(const Uuid& id) const {
@@ -237,13 +234,6 @@ void AppModel::start(const Uuid& id) {
         status.title = "Starting";
         status.detail.clear();
     });
-    if (options.demo) {
-        changeStatus(id, [](ProfileStatus& status) {
-            status.title = "Watching";
-            status.detail = "Local changes upload automatically. Checking every 2 seconds.";
-        });
-        return;
-    }
     withPassword(
         id,
         [this, work](std::string password) mutable {
@@ -310,7 +300,7 @@ void AppModel::launchWorker(const Assignment& work) {
             .initialBaseline = files,
             .events = eventSink(work.profile.id, work.generation, stop),
             .clock = options.clock};
-        worker.run(stop);
+        jobWork.watch(worker, stop);
     });
     if (!running(id)) return;
     changeStatus(id, [](ProfileStatus& status) {

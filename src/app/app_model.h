@@ -6,6 +6,7 @@
 #pragma once
 
 #include "app/background_tasks.h"
+#include "app/job_work.h"
 #include "app/main_context.h"
 #include "app/model_observer.h"
 #include "app/password_calls.h"
@@ -55,6 +56,7 @@ public:
         std::optional<StateStore> storeOverride = std::nullopt;
         std::map<Uuid, std::string> sessionPasswords = {}; // known already, never stored
         PasswordAccess passwordAccess = {};
+        JobWork work = serverWork(); // a demonstration has its own
         Clock& clock = systemClock();
         // False ends a job where its worker would start: for a program that only checks and reviews.
         bool watches = true;
@@ -168,7 +170,7 @@ private:
     };
 
     // Core.
-    void loadSampleProfile();
+    void addSampleProfile();
     [[nodiscard]] Profile* find(const Uuid& id);
     [[nodiscard]] bool isCurrent(const Uuid& id, const Uuid& generation) const;
     [[nodiscard]] std::function<void()> onlyIfCurrent(
@@ -220,6 +222,7 @@ private:
 
     MainContext& context;
     const Options options;
+    const JobWork jobWork;
     std::set<ModelObserver*> observers;
     SavedState state;
     std::optional<StateSaver> saver; // nothing when the saved state could not be loaded

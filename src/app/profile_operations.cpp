@@ -1,5 +1,6 @@
 // What the user does with profiles: create and edit, pause and resume, remove.
 #include "app/app_model.h"
+#include "app/demo.h"
 #include "model/error.h"
 
 #include <algorithm>
@@ -37,7 +38,7 @@ Profile AppModel::savable(Profile changed) const {
         changed.enabled = false;
         changed.needsDownload = false;
     }
-    changed = changed.validated();
+    changed = options.demo ? validatedForDemo(changed) : changed.validated();
     if (runningProfileWithFolder(changed.id, changed.localFolder) != nullptr) {
         throw SyncError(
             "Another active profile already watches this local folder. Pause it before using this profile.");

@@ -31,12 +31,11 @@ void AppModel::startCheck(const Assignment& work) {
         context.post(onlyIfCurrent(id, generation, [this, id, message] { failedCheck(message, id, true); }));
     };
     runAsJob(
-        work, [&clock = options.clock, work, found, failed, files = baseline(id),
-               dates = remoteDates(id)](const std::stop_token& stop) {
+        work, [this, work, found, failed, files = baseline(id), dates = remoteDates(id)](const std::stop_token& stop) {
             for (auto delay = firstRetryDelay; !stop.stop_requested(); delay = nextRetryDelay(delay)) {
                 try {
                     const auto transport = transportFor(work.profile, work.password, work.control);
-                    const auto changes = transport.newerRemoteFiles(files, dates, [](const std::string&) {});
+                    const auto changes = jobWork.check(transport, files, dates, stop);
                     work.control->check();
                     found(changes);
                     return;
@@ -45,7 +44,7 @@ void AppModel::startCheck(const Assignment& work) {
                 } catch (const std::exception& error) {
                     failed(describe(error));
                 }
-                if (!clock.sleep(stop, delay)) return;
+                if (!options.clock.sleep(stop, delay)) return;
             }
         });
 }

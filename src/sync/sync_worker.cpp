@@ -55,7 +55,7 @@ private:
         if (stop.stop_requested()) throw Cancelled();
         try {
             worker.control->check();
-            status("Downloading", "Copying server files into your local folder…", 0);
+            worker.events.deliver(downloadingStatus());
             transport.downloadTree(
                 "", 0, [this](const std::string& line) { worker.events.post(event::Activity{.text = line}); },
                 [this](const std::string& path, const Fingerprint& fingerprint) {
@@ -108,10 +108,10 @@ private:
         const auto changed = changedPaths(current, baseline);
         const auto pending = static_cast<std::int64_t>(changed.size());
         if (changed.empty()) {
-            status("Watching", "Local changes upload automatically. Checking every 2 seconds.", 0);
+            worker.events.deliver(watchingStatus());
         } else {
             const auto stable = stablePaths(changed, current, previous);
-            status("Changes queued", "Waiting for files to finish saving…", pending);
+            worker.events.deliver(queuedStatus(pending));
             for (const auto& path : stable) upload(path, current.at(path), pending);
         }
         // With nothing changed, equal sizes mean equal contents: the usual poll compares no path twice.
@@ -120,7 +120,7 @@ private:
 
     void upload(const std::string& path, const Fingerprint& fingerprint, std::int64_t pending) {
         worker.control->check();
-        status("Uploading", path, pending);
+        worker.events.deliver(uploadingStatus(path, pending));
         transport.upload(path, fingerprint);
         baseline[path] = fingerprint;
         worker.events.deliver(event::Uploaded{.path = path, .fingerprint = fingerprint});
@@ -175,6 +175,22 @@ std::chrono::seconds nextRetryDelay(std::chrono::seconds delay) { return std::mi
 
 std::string retryDetail(const std::string& problem, std::chrono::seconds delay) {
     return problem + " Retrying in " + std::to_string(delay.count()) + " seconds.";
+}
+
+event::Status watchingStatus() {
+    return {.title = "Watching", .detail = "Local changes upload automatically. Checking every 2 seconds."};
+}
+
+event::Status queuedStatus(std::int64_t pending) {
+    return {.title = "Changes queued", .detail = "Waiting for files to finish saving…", .pending = pending};
+}
+
+event::Status uploadingStatus(std::string path, std::int64_t pending) {
+    return {.title = "Uploading", .detail = std::move(path), .pending = pending};
+}
+
+event::Status downloadingStatus() {
+    return {.title = "Downloading", .detail = "Copying server files into your local folder…"};
 }
 
 std::vector<std::string> changedPaths(const FileMap& current, const FileMap& baseline) {

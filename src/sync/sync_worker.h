@@ -35,6 +35,12 @@ inline constexpr std::chrono::seconds firstRetryDelay{5};
 [[nodiscard]] std::vector<std::string> stablePaths(
     const std::vector<std::string>& changed, const FileMap& current, const FileMap& previous);
 
+// The status of a worker at rest, and with changed files that wait, go up, or come down at first.
+[[nodiscard]] event::Status watchingStatus();
+[[nodiscard]] event::Status queuedStatus(std::int64_t pending);
+[[nodiscard]] event::Status uploadingStatus(std::string path, std::int64_t pending);
+[[nodiscard]] event::Status downloadingStatus();
+
 struct SyncWorker {
     Profile profile;
     std::string password;

@@ -153,21 +153,5 @@ TEST_F(ProfileOperations, StoringAPasswordBlocksNothingAndIsDoneInOrder) {
     EXPECT_EQ(told.size(), 3U) << "nothing is told once the model has gone";
 }
 
-TEST_F(ProfileOperations, DemoTouchesNeitherDiskNorSecretsNorNetwork) {
-    model = std::make_unique<AppModel>(
-        queue, AppModel::Options{
-                   .demo = true,
-                   .storeOverride = StateStore(stateFolder / "state"),
-                   .passwordAccess = {.save = nullptr, .read = nullptr, .remove = nullptr}});
-    const Uuid sample = model->profiles().front().id;
-    EXPECT_EQ(model->profiles().front().name, "My website");
-    model->toggle(sample);
-    EXPECT_EQ(model->status(sample).title, "Watching");
-    model->toggle(sample);
-    EXPECT_EQ(model->status(sample).title, "Paused");
-    model->remove(sample);
-    EXPECT_FALSE(fs::exists(stateFolder / "state/profiles.json"));
-}
-
 } // namespace
 } // namespace zembrastel

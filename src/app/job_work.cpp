@@ -1,0 +1,15 @@
+#include "app/job_work.h"
+
+namespace zembrastel {
+
+JobWork serverWork() {
+    return {
+        .check =
+            [](const FTPTransport& server, const FileMap& baseline, const RemoteDates& knownDates,
+               const std::stop_token&) {
+                return server.newerRemoteFiles(baseline, knownDates, [](const std::string&) {});
+            },
+        .watch = [](const SyncWorker& worker, const std::stop_token& stop) { worker.run(stop); }};
+}
+
+} // namespace zembrastel

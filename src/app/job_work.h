@@ -1,0 +1,30 @@
+// What a job does off the main context: with the profile's server, or, in a demonstration, with nobody.
+//
+// The functions are called on threads of jobs, several at a time. They block, and end soon after their stop was
+// requested or their control was cancelled.
+#pragma once
+
+#include "sync/sync_worker.h"
+#include "transport/ftp_transport.h"
+
+#include <functional>
+#include <stop_token>
+#include <vector>
+
+namespace zembrastel {
+
+struct JobWork {
+    // The local files of which the server has a newer version. Throws Cancelled when it was stopped, and else what the
+    // user is to read.
+    std::function<std::vector<RemoteChange>(
+        const FTPTransport& server, const FileMap& baseline, const RemoteDates& knownDates,
+        const std::stop_token& stop)>
+        check;
+
+    // Keeps the server up to date until it is stopped. Throws nothing.
+    std::function<void(const SyncWorker& worker, const std::stop_token& stop)> watch;
+};
+
+[[nodiscard]] JobWork serverWork();
+
+} // namespace zembrastel
