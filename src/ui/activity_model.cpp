@@ -1,6 +1,7 @@
 #include "ui/activity_model.h"
 
 #include "ui/local_time.h"
+#include "ui/text_style.h"
 
 #include <algorithm>
 
@@ -45,7 +46,7 @@ QVariant ActivityModel::data(const QModelIndex& index, int role) const {
     case Qt::DisplayRole:
         return text;
     case Qt::ToolTipRole:
-        return QStringLiteral("<span>%1</span>").arg(text.toHtmlEscaped());
+        return asToolTip(text);
     case Qt::AccessibleTextRole:
         return QStringLiteral("%1, %2").arg(text, logTime(localTime(at(index).date), QDateTime::currentDateTime()));
     default:

@@ -29,7 +29,8 @@ ConfirmDialog::ConfirmDialog(const QString& title, const QString& message, const
     layout->addWidget(makeBody(title, message), 1);
     layout->addWidget(makeFooter(confirmText));
     dismissButton->setFocus();
-    setFixedSize(dialogWidth, layout->heightForWidth(dialogWidth));
+    const int width = scaledToText(dialogWidth);
+    setFixedSize(width, layout->heightForWidth(width));
 }
 
 QWidget* ConfirmDialog::makeBody(const QString& title, const QString& message) {

@@ -100,12 +100,13 @@ void ContentFields::addSyncContents(QVBoxLayout& column, bool isNew) {
 void ContentFields::addOptions(QVBoxLayout& column) {
     const QString start = tr("Start watching this folder");
     startSwitch = new Switch(start, this);
-    connect(startSwitch, &Switch::clicked, this, &ContentFields::chooseStart);
+    // Not only a click switches it: a screen reader does so otherwise.
+    connect(startSwitch, &Switch::toggled, this, &ContentFields::chooseStart);
     column.addLayout(makeOption(startSwitch, start, tr("New and changed local files upload after watching starts.")));
 
     const QString download = tr("Download server files to the local folder first");
     downloadSwitch = new Switch(download, this);
-    connect(downloadSwitch, &Switch::clicked, this, &ContentFields::chooseDownload);
+    connect(downloadSwitch, &Switch::toggled, this, &ContentFields::chooseDownload);
     column.addLayout(makeOption(
         downloadSwitch, download,
         tr("Downloads selected items that are missing locally or newer on the server. Older local versions are backed "
@@ -141,12 +142,14 @@ void ContentFields::chooseFolder() {
 }
 
 void ContentFields::chooseStart() {
+    if (following) return;
     startChosen = true;
     Q_EMIT edited();
 }
 
 // A download only happens once the profile is started, so wanting it means wanting the start.
 void ContentFields::chooseDownload(bool on) {
+    if (following) return;
     downloadChosen = true;
     if (on) {
         startChosen = true;
@@ -174,8 +177,10 @@ bool ContentFields::startOnSave() const { return startSwitch->isChecked(); }
 bool ContentFields::downloadFirst() const { return downloadSwitch->isChecked(); }
 
 void ContentFields::followOptions(const Profile& profile) {
+    following = true;
     if (!startChosen) startSwitch->setChecked(profile.enabled);
     if (!downloadChosen) downloadSwitch->setChecked(profile.needsDownload);
+    following = false;
     downloadPart->setVisible(downloadFirst());
 }
 

@@ -63,6 +63,7 @@ private:
     Switch* downloadSwitch = nullptr;
     bool startChosen = false;
     bool downloadChosen = false;
+    bool following = false; // the switches are set by the profile, not by the user
     QWidget* downloadPart = nullptr;
     PushButton* downloadButton = nullptr;
     WrapLabel* downloadContents = nullptr;

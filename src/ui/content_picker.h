@@ -13,26 +13,12 @@
 
 #include <QDialog>
 #include <QLabel>
-#include <QListView>
 
-#include <cstddef>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 
 namespace zembrastel {
-
-// How many folders and files are ticked themselves. Nothing where it is not known what one of them is, because the
-// folder that it lies in was not listed yet.
-struct TickedKinds {
-    std::size_t folders = 0;
-    std::size_t files = 0;
-};
-
-// What the sheet says of a selection: "Nothing selected", "Everything selected", "3 folders and 2 files selected",
-// "5 items selected", with the number of exceptions that were made inside, if there are any.
-[[nodiscard]] QString selectionSummary(const DownloadSelection& selection, const std::optional<TickedKinds>& kinds);
 
 class ContentRows;
 
@@ -58,10 +44,9 @@ public:
     void done(int result) override;
 
 private:
-    [[nodiscard]] QLayout* makeHeader();
+    [[nodiscard]] QLayout* makeHead();
     [[nodiscard]] QLayout* makeTools();
-    [[nodiscard]] QWidget* makeList();
-    [[nodiscard]] QWidget* makeFooter();
+    [[nodiscard]] QWidget* makeFoot();
     void showSummary();
 
     MainContext& context;
@@ -71,7 +56,6 @@ private:
     const Apply apply;
     std::unique_ptr<RemoteBrowserModel> tree;
     ContentRows* rows = nullptr;
-    QListView* list = nullptr;
     QLabel* summary = nullptr;
 };
 

@@ -1,6 +1,7 @@
 #include "ui/counters_card.h"
 
 #include "ui/local_time.h"
+#include "ui/reading_direction.h"
 #include "ui/surface.h"
 #include "ui/text_style.h"
 
@@ -35,7 +36,7 @@ ElideLabel* CountersCard::addCounter(QHBoxLayout& row, const QString& caption, i
     value->setFont(fontOf(TextStyle::counter));
     value->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     auto* const texts = new QVBoxLayout;
-    texts->setContentsMargins(16, 0, 8, 0);
+    texts->setContentsMargins(readingMargins(16, 0, 8, 0));
     texts->setSpacing(2);
     texts->addWidget(makeCaption(caption));
     texts->addWidget(value);

@@ -1,5 +1,6 @@
 #include "ui/detail_banners.h"
 
+#include "ui/reading_direction.h"
 #include "ui/surface.h"
 #include "ui/symbol_view.h"
 
@@ -34,7 +35,7 @@ void DetailBanners::setWaiting(bool reviewWaits, const std::optional<std::string
 QFrame* DetailBanners::makeReviewBanner() {
     QFrame* const banner = makeSurface(Surface::infoBanner);
     auto* const layout = new QHBoxLayout(banner);
-    layout->setContentsMargins(16, 12, 12, 12);
+    layout->setContentsMargins(readingMargins(16, 12, 12, 12));
     layout->setSpacing(12);
     layout->addWidget(new SymbolView("arrow.down.doc"));
     layout->addWidget(new WrapLabel(tr("Newer files on the server"), TextStyle::strong), 1);
@@ -53,7 +54,7 @@ QFrame* DetailBanners::makeFailureBanner() {
     actions->addWidget(skip);
     actions->addStretch(1);
     auto* const layout = new QGridLayout(banner);
-    layout->setContentsMargins(16, 12, 12, 12);
+    layout->setContentsMargins(readingMargins(16, 12, 12, 12));
     layout->setHorizontalSpacing(12);
     layout->setVerticalSpacing(12);
     layout->setColumnStretch(1, 1);

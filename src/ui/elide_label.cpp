@@ -1,5 +1,7 @@
 #include "ui/elide_label.h"
 
+#include "ui/text_style.h"
+
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QGuiApplication>
@@ -17,8 +19,8 @@ ElideLabel::ElideLabel(const QString& text, QWidget* parent) : QLabel(parent) {
 
 void ElideLabel::setWholeText(const QString& text) {
     setText(text);
-    // A tool tip takes what looks like markup for markup.
-    setToolTip(text.isEmpty() ? QString() : QStringLiteral("<span>%1</span>").arg(text.toHtmlEscaped()));
+    setToolTip(asToolTip(text));
+    setAccessibleDescription(text); // in place of the tool tip with its markup
 }
 
 QString ElideLabel::visibleText() const {

@@ -24,8 +24,13 @@ QDateTime localTime(std::chrono::system_clock::time_point instant) {
     return QDateTime::fromMSecsSinceEpoch(std::chrono::floor<milliseconds>(instant.time_since_epoch()).count());
 }
 
+QString shortTime(const QTime& time, const QLocale& locale) {
+    QString format = locale.timeFormat(QLocale::ShortFormat);
+    return locale.toString(time, format.remove(QStringLiteral(":ss")));
+}
+
 QString dayAndTime(const QDateTime& when, const QDateTime& now, const QLocale& locale) {
-    const QString time = locale.toString(when.time(), QLocale::ShortFormat);
+    const QString time = shortTime(when.time(), locale);
     const qint64 daysAgo = when.date().daysTo(now.date());
     if (daysAgo == 0) return QCoreApplication::translate("LocalTime", "Today, %1").arg(time);
     if (daysAgo == 1) return QCoreApplication::translate("LocalTime", "Yesterday, %1").arg(time);

@@ -13,6 +13,9 @@ namespace zembrastel {
 
 [[nodiscard]] QDateTime localTime(std::chrono::system_clock::time_point instant);
 
+// To the minute, also where the locale's short form has seconds.
+[[nodiscard]] QString shortTime(const QTime& time, const QLocale& locale);
+
 // "Today, 09:41", "Yesterday, 18:02", and earlier "20/11/26, 18:02".
 [[nodiscard]] QString dayAndTime(const QDateTime& when, const QDateTime& now, const QLocale& locale = QLocale());
 

@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QCloseEvent>
 #include <QHBoxLayout>
+#include <QScreen>
 
 namespace zembrastel {
 namespace {
@@ -17,12 +18,13 @@ MainWindow::MainWindow(ModelBridge& modelBridge, QWidget* parent)
     : QMainWindow(parent), bridge(modelBridge), sidebar(new Sidebar(modelBridge)),
       detail(new ProfileDetail(modelBridge)), welcome(new WelcomePage), pages(new QStackedWidget) {
     setWindowTitle(tr("Zembrastel"));
-    setMinimumSize(smallestSize);
+    const QSize room = screen()->availableGeometry().size();
+    setMinimumSize(scaledToText(smallestSize).boundedTo(room));
     makeLayout();
     connectParts();
     orderTabs();
     showSelected();
-    resize(usualSize);
+    resize(scaledToText(usualSize).boundedTo(room));
     sidebar->list().setFocus();
 }
 
@@ -54,6 +56,7 @@ void MainWindow::connectParts() {
     connect(&sidebar->list(), &ProfileList::editRequested, this, [this](const Uuid& id) { hooks.editProfile(id); });
     connect(&sidebar->list(), &ProfileList::removeRequested, this, &MainWindow::askToRemove);
     connect(&sidebar->plus(), &QPushButton::clicked, this, [this] { hooks.newProfile(); });
+    connect(&sidebar->quitButton(), &QPushButton::clicked, this, &MainWindow::quitRequested);
     connect(&welcome->createButton(), &QPushButton::clicked, this, [this] { hooks.newProfile(); });
     connect(detail, &ProfileDetail::editContentsRequested, this, [this](const Uuid& id) { hooks.editContents(id); });
     connect(detail, &ProfileDetail::skipCheckRequested, this, &MainWindow::askToSkipCheck);
@@ -67,8 +70,11 @@ void MainWindow::connectParts() {
 void MainWindow::orderTabs() {
     QList<QWidget*> order{&sidebar->list(), &sidebar->plus(), &welcome->createButton()};
     order += detail->controls();
+    order += &sidebar->quitButton();
     for (qsizetype i = 1; i < order.size(); ++i) setTabOrder(order[i - 1], order[i]);
 }
+
+void MainWindow::offerQuit(bool offered) { sidebar->quitButton().setVisible(offered); }
 
 void MainWindow::bringForward() {
     setWindowState(windowState() & ~Qt::WindowMinimized);
@@ -146,7 +152,7 @@ void MainWindow::askToSkipCheck(const Uuid& id) {
 
 void MainWindow::resizeEvent(QResizeEvent* event) {
     QMainWindow::resizeEvent(event);
-    const bool narrow = width() < narrowBelow;
+    const bool narrow = width() < scaledToText(narrowBelow);
     sidebar->setNarrow(narrow);
     detail->setNarrow(narrow);
 }

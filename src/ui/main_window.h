@@ -43,12 +43,16 @@ public:
     void createProfile();
     void editSelectedContents();
 
+    // Where no tray offers it: shows a way to quit, which is told by quitRequested().
+    void offerQuit(bool offered);
+
     // Tells it through the model's alert: at once, or when the window is next shown.
     void tellFailure(const QString& message);
 
 Q_SIGNALS:
     // The user closed the window.
     void closed();
+    void quitRequested();
 
 protected:
     void resizeEvent(QResizeEvent* event) override;

@@ -2,6 +2,7 @@
 
 #include "model/error.h"
 #include "ui/local_time.h"
+#include "ui/reading_direction.h"
 #include "ui/style_property.h"
 #include "ui/text_style.h"
 
@@ -16,6 +17,7 @@ namespace zembrastel {
 namespace {
 
 constexpr int margin = 24;
+constexpr int pageTop = 8;
 constexpr int cardGap = 16;
 
 bool openInFileManager(const std::string& folder) {
@@ -34,7 +36,6 @@ ProfileDetail::ProfileDetail(ModelBridge& modelBridge, QWidget* parent)
     scroll->setWidget(page);
     scroll->setWidgetResizable(true);
     scroll->setFocusPolicy(Qt::NoFocus);
-    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroll->verticalScrollBar()->installEventFilter(this);
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -51,7 +52,7 @@ QWidget* ProfileDetail::makePage() {
     auto* const content = new QWidget;
     setStyleProperty(*content, "page", true);
     auto* const layout = new QVBoxLayout(content);
-    layout->setContentsMargins(margin, 8, margin, margin);
+    layout->setContentsMargins(margin, pageTop, margin, margin);
     layout->setSpacing(cardGap);
     layout->addWidget(statusLine);
     layout->addWidget(banners);
@@ -111,7 +112,7 @@ void ProfileDetail::refresh() {
     const Profile* const profile = bridge.model().profile(id);
     if (profile == nullptr) return;
     header->setName(QString::fromStdString(profile->name));
-    route->setProfile(*profile);
+    route->setProfile(*profile, bridge.model().baseline(id));
     refreshStatus();
     refreshActivity();
     refreshBanners();
@@ -154,10 +155,7 @@ void ProfileDetail::openFolder() {
 void ProfileDetail::fitMargin() {
     const QScrollBar* const bar = scroll->verticalScrollBar();
     const int taken = bar->isVisibleTo(scroll) ? bar->sizeHint().width() : 0;
-    QMargins margins = page->layout()->contentsMargins();
-    margins.setLeft(isRightToLeft() ? margin - taken : margin);
-    margins.setRight(isRightToLeft() ? margin : margin - taken);
-    page->layout()->setContentsMargins(margins);
+    page->layout()->setContentsMargins(readingMargins(margin, pageTop, margin - taken, margin));
 }
 
 bool ProfileDetail::eventFilter(QObject* watched, QEvent* event) {

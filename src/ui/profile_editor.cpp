@@ -1,11 +1,13 @@
 #include "ui/profile_editor.h"
 
+#include "app/demo.h"
 #include "model/error.h"
 #include "ui/connection_fields.h"
 #include "ui/content_fields.h"
 #include "ui/form_field.h"
 #include "ui/message_strip.h"
 #include "ui/push_button.h"
+#include "ui/reading_direction.h"
 #include "ui/style_property.h"
 #include "ui/surface.h"
 #include "ui/text_style.h"
@@ -49,6 +51,8 @@ Profile newProfile() {
     return profile;
 }
 
+QString notInDemo() { return ProfileEditor::tr("Not available in the demonstration."); }
+
 QString shown(const std::string& text) { return QString::fromStdString(text); }
 
 } // namespace
@@ -70,8 +74,8 @@ ProfileEditor::ProfileEditor(
     saveButton->setDefault(true); // which a button takes to heart only inside its dialog
     connectFields();
     const QSize available = screen()->availableSize();
-    setMinimumSize(smallestSize.boundedTo(available));
-    resize(usualSize.boundedTo(available));
+    setMinimumSize(scaledToText(smallestSize).boundedTo(available));
+    resize(scaledToText(usualSize).boundedTo(available));
     loadPassword();
     showState();
 }
@@ -152,19 +156,18 @@ void ProfileEditor::connectFields() {
 void ProfileEditor::fitMargins() {
     const QScrollBar* const bar = scroll->verticalScrollBar();
     const int beside = bar->maximum() > bar->minimum() ? margin - bar->sizeHint().width() : margin;
-    const bool mirrored = layoutDirection() == Qt::RightToLeft;
-    columns->setContentsMargins(mirrored ? beside : margin, 4, mirrored ? margin : beside, margin / 2);
+    columns->setContentsMargins(readingMargins(margin, 4, beside, margin / 2));
 }
 
 void ProfileEditor::resizeEvent(QResizeEvent* event) {
     QDialog::resizeEvent(event);
-    const bool isWide = width() - 2 * margin >= twoColumnWidth;
+    const bool isWide = width() - 2 * margin >= scaledToText(twoColumnWidth);
     columns->setDirection(isWide ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
     columns->setSpacing(isWide ? columnGap : fieldGap);
 }
 
 void ProfileEditor::makeRoomForAdvanced() {
-    const int wanted = std::min(heightWithAdvanced, screen()->availableSize().height());
+    const int wanted = std::min(scaledToText(heightWithAdvanced), screen()->availableSize().height());
     if (height() < wanted) resize(width(), wanted);
 }
 
@@ -272,7 +275,7 @@ void ProfileEditor::showState() {
     scroll->widget()->setEnabled(!busy);
     testButton->setBusy(test.running());
     testButton->setEnabled(loaded && !busy && !test.running() && !model.isDemo());
-    testButton->setToolTip(model.isDemo() ? tr("Not available in the demonstration.") : QString());
+    testButton->setToolTip(model.isDemo() ? notInDemo() : QString());
     contents->showSelections(selections);
 }
 
@@ -296,6 +299,10 @@ void ProfileEditor::finishTest(const ConnectionTest::Result& result) {
 
 void ProfileEditor::choose(bool syncMode) {
     if (!loaded || !browse) return;
+    if (model.isDemo()) {
+        strip->showFailure(notInDemo());
+        return;
+    }
     Profile wanted = draft();
     wanted.needsDownload = false; // what it needs is just being chosen
     if (const Objection objection = objectionTo(wanted); !objection.message.empty()) {
@@ -349,7 +356,7 @@ void ProfileEditor::save() {
 
 // Before the password is stored, so that a profile that cannot be saved leaves none behind.
 bool ProfileEditor::refuse(const Profile& wanted) {
-    Objection objection = objectionTo(wanted);
+    Objection objection = objectionTo(model.isDemo() ? withExistingFolder(wanted) : wanted);
     if (objection.message.empty()) {
         try {
             model.checkSavable(wanted);

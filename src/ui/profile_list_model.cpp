@@ -1,5 +1,7 @@
 #include "ui/profile_list_model.h"
 
+#include "ui/text_style.h"
+
 #include <algorithm>
 
 namespace zembrastel {
@@ -51,7 +53,7 @@ QVariant ProfileListModel::data(const QModelIndex& index, int role) const {
     case Qt::DisplayRole:
         return name;
     case Qt::ToolTipRole:
-        return QStringLiteral("<span>%1</span>").arg(name.toHtmlEscaped());
+        return asToolTip(name);
     case Qt::AccessibleTextRole:
         return QStringLiteral("%1, %2").arg(name, QString::fromStdString(statusAt(index).title));
     case Qt::AccessibleDescriptionRole:

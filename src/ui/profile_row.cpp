@@ -1,15 +1,14 @@
 #include "ui/profile_row.h"
 
+#include "ui/row_painter.h"
 #include "ui/status_symbol.h"
-#include "ui/symbol_icon.h"
-#include "ui/text_style.h"
 #include "ui/theme.h"
 
 #include <QAbstractScrollArea>
-#include <QCursor>
 #include <QMouseEvent>
-#include <QPainter>
 #include <QStyle>
+
+#include <algorithm>
 
 namespace zembrastel {
 namespace {
@@ -19,45 +18,29 @@ constexpr int sideInset = 8;
 constexpr int padding = 12;
 constexpr int moreSide = 28;
 constexpr int moreSymbol = 20;
-constexpr double radius = 8;
+constexpr int lineGap = 2;
 
 // The symbol, and the texts beside it, up to the button.
 constexpr int symbolLeft = sideInset + padding;
 constexpr int textLeft = symbolLeft + StatusSymbol::side + padding;
 
-QRect plate(const QRect& row) { return row.adjusted(sideInset, 2, -sideInset, -2); }
+int textHeight() { return lineHeight(TextStyle::strong) + lineGap + lineHeight(TextStyle::small); }
 
-bool isSelected(const QStyleOptionViewItem& option) { return option.state.testFlag(QStyle::State_Selected); }
-bool isHovered(const QStyleOptionViewItem& option) { return option.state.testFlag(QStyle::State_MouseOver); }
-
-// Only for those who came by keyboard: a click shows by itself what it chose.
-bool showsFocus(const QStyleOptionViewItem& option) {
-    return option.state.testFlag(QStyle::State_HasFocus) && option.state.testFlag(QStyle::State_KeyboardFocusChange);
+// As though the reading direction were from left to right.
+QRect moreIn(const QRect& row) {
+    QRect area(0, 0, moreSide, moreSide);
+    area.moveTopRight({row.right() - 2 * sideInset, row.top() + 5});
+    return area;
 }
 
-void paintPlate(QPainter& painter, const QStyleOptionViewItem& option) {
-    if (!isSelected(option) && !isHovered(option)) return;
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(isSelected(option) ? colours().selected : colours().hover);
-    painter.drawRoundedRect(plate(option.rect), radius, radius);
-}
-
-void paintFocus(QPainter& painter, const QStyleOptionViewItem& option) {
-    painter.setPen(QPen(colours().accent, 2));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawRoundedRect(QRectF(plate(option.rect)).adjusted(1, 1, -1, -1), radius - 1, radius - 1);
-}
-
-void paintMore(QPainter& painter, const QStyleOptionViewItem& option) {
-    const QRect area = ProfileRow::moreArea(option.rect, option.direction);
-    if (option.widget != nullptr && area.contains(option.widget->mapFromGlobal(QCursor::pos())) && isHovered(option)) {
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(isSelected(option) ? colours().hover : colours().selected);
-        painter.drawRoundedRect(area.adjusted(2, 4, -2, -4), 6, 6);
+void paintMore(RowPainter& painter, const QRect& row) {
+    const QRect area = moreIn(row);
+    if (painter.hovered(area)) {
+        painter.plate(area.adjusted(2, 4, -2, -4), painter.selected() ? colours().hover : colours().selected, 6);
     }
     QRect where(0, 0, moreSymbol, moreSymbol);
     where.moveCenter(area.center());
-    paintSymbol(painter, where, "ellipsis", colours().text);
+    painter.symbol(where, "ellipsis", colours().text);
 }
 
 QColor titleColour(const ProfileStatus& status, bool selected) {
@@ -71,56 +54,39 @@ ProfileRow::ProfileRow(const ProfileListModel& rowModel, QObject* parent)
     : QStyledItemDelegate(parent), rows(rowModel) {}
 
 QRect ProfileRow::moreArea(const QRect& row, Qt::LayoutDirection direction) {
-    QRect area(0, 0, moreSide, moreSide);
-    area.moveTopRight({row.right() - sideInset - sideInset, row.top() + 5});
-    return QStyle::visualRect(direction, row, area);
+    return QStyle::visualRect(direction, row, moreIn(row));
 }
 
 void ProfileRow::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
-    painter->save();
-    painter->setRenderHint(QPainter::Antialiasing);
-    paintPlate(*painter, option);
-    if (showsFocus(option)) paintFocus(*painter, option);
-    const QRect symbol(option.rect.left() + symbolLeft, option.rect.top(), StatusSymbol::side, option.rect.height());
+    const QRect& row = option.rect;
+    const QRect plate = row.adjusted(sideInset, 2, -sideInset, -2);
+    RowPainter to(*painter, option);
+    if (to.selected() || to.hovered()) to.plate(plate, to.selected() ? colours().selected : colours().hover);
+    to.focusRing(plate);
+    const QRect symbol(row.left() + symbolLeft, row.top(), StatusSymbol::side, row.height());
     if (auto* const view = qobject_cast<const QAbstractScrollArea*>(option.widget)) {
         paintStatus(
-            *painter, QStyle::visualRect(option.direction, option.rect, symbol),
+            *painter, QStyle::visualRect(option.direction, row, symbol),
             present(rows.statusAt(index), rows.runningAt(index)), *view->viewport());
     }
-    paintTexts(*painter, option, index);
-    if (isSelected(option) || isHovered(option)) paintMore(*painter, option);
-    painter->restore();
+    paintTexts(to, row, index);
+    if (to.selected() || to.hovered()) paintMore(to, row);
 }
 
-void ProfileRow::paintTexts(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
+void ProfileRow::paintTexts(RowPainter& painter, const QRect& row, const QModelIndex& index) const {
     const ProfileStatus& status = rows.statusAt(index);
-    const QFont nameFont = fontOf(TextStyle::strong);
-    const QFont titleFont = fontOf(TextStyle::small);
-    const int nameHeight = QFontMetrics(nameFont).height();
-    const int titleHeight = QFontMetrics(titleFont).height();
-    const int top = option.rect.top() + (option.rect.height() - nameHeight - titleHeight - 2) / 2;
-    const auto write = [&](int y, int height, int right, const QFont& font, const QColor& colour, const QString& text) {
-        const QRect line(
-            option.rect.left() + textLeft, y, option.rect.right() - sideInset - right - option.rect.left() - textLeft,
-            height);
-        painter.setFont(font);
-        painter.setPen(colour);
-        painter.drawText(
-            QStyle::visualRect(option.direction, option.rect, line),
-            static_cast<int>(
-                QStyle::visualAlignment(option.direction, Qt::AlignLeft) | Qt::AlignAbsolute | Qt::AlignVCenter),
-            QFontMetrics(font).elidedText(text, Qt::ElideMiddle, line.width()));
-    };
-    write(top, nameHeight, moreSide + 12, nameFont, colours().text, index.data().toString());
-    write(
-        top + nameHeight + 2, titleHeight, 4, titleFont, titleColour(status, isSelected(option)),
-        QString::fromStdString(status.title));
+    QRect name(row.left() + textLeft, row.top() + (row.height() - textHeight()) / 2, 0, lineHeight(TextStyle::strong));
+    name.setRight(moreIn(row).left() - 5);
+    painter.line(name, index.data().toString(), {.style = TextStyle::strong, .colour = colours().text});
+    QRect title(name.left(), name.bottom() + 1 + lineGap, 0, lineHeight(TextStyle::small));
+    title.setRight(row.right() - sideInset - 5);
+    painter.line(
+        title, QString::fromStdString(status.title),
+        {.style = TextStyle::small, .colour = titleColour(status, painter.selected())});
 }
 
 QSize ProfileRow::sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const {
-    const int texts =
-        QFontMetrics(fontOf(TextStyle::strong)).height() + QFontMetrics(fontOf(TextStyle::small)).height() + 2;
-    return {200, std::max(lowestRow, texts + 20)};
+    return {200, std::max(lowestRow, textHeight() + 20)};
 }
 
 bool ProfileRow::editorEvent(

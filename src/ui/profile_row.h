@@ -8,6 +8,8 @@
 
 namespace zembrastel {
 
+class RowPainter;
+
 class ProfileRow : public QStyledItemDelegate {
     Q_OBJECT
 
@@ -29,7 +31,7 @@ protected:
         const QModelIndex& index) override;
 
 private:
-    void paintTexts(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) const;
+    void paintTexts(RowPainter& painter, const QRect& row, const QModelIndex& index) const;
 
     const ProfileListModel& rows;
 };

@@ -1,5 +1,6 @@
 #include "ui/push_button.h"
 
+#include "ui/reading_direction.h"
 #include "ui/style_property.h"
 #include "ui/symbol_icon.h"
 #include "ui/text_style.h"
@@ -57,7 +58,9 @@ PushButton::PushButton(std::string_view symbolName, const QString& accessible, Q
     setToolTip(accessible);
 }
 
-void PushButton::setLabel(const QString& label) { setText(QString(label).replace(u'&', QStringLiteral("&&"))); }
+void PushButton::setLabel(const QString& label) {
+    setText(inItsOwnDirection(label).replace(u'&', QStringLiteral("&&")));
+}
 
 void PushButton::setKind(ButtonKind chosen) {
     kind = chosen;

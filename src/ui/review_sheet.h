@@ -9,34 +9,19 @@
 #include "app/app_model.h"
 #include "ui/model_bridge.h"
 #include "ui/push_button.h"
+#include "ui/review_rows.h"
 
-#include <QDateTime>
 #include <QDialog>
 #include <QLabel>
-#include <QListView>
-#include <QLocale>
 
 #include <cstddef>
-#include <functional>
-#include <set>
-#include <string>
-#include <vector>
 
 namespace zembrastel {
-
-using PathSet = std::set<std::string, std::less<>>;
-
-// What is ticked when the sheet opens: what was not edited locally as well, so that no local edit is replaced without
-// an explicit tick.
-[[nodiscard]] PathSet preselection(const std::vector<RemoteChange>& changes);
 
 // "Keep local & start watching", or "Download 2 & start watching".
 [[nodiscard]] QString confirmLabel(std::size_t ticked);
 
-// A date as that locale writes it, the month in letters and without the weekday: "14 Nov 2026, 17:48".
-[[nodiscard]] QString reviewDate(const QDateTime& date, const QLocale& locale);
-
-class ReviewRows;
+class ReviewView;
 
 class RemoteChangesView : public QDialog {
     Q_OBJECT
@@ -51,10 +36,9 @@ public:
     void reject() override;
 
 private:
-    [[nodiscard]] QLayout* makeHeader();
+    [[nodiscard]] QLayout* makeHead();
     [[nodiscard]] QLayout* makeTools();
-    [[nodiscard]] QWidget* makeList();
-    [[nodiscard]] QWidget* makeFooter();
+    [[nodiscard]] QWidget* makeFoot();
     void fitHeight();
     void showCount();
     void closeWhenOver();
@@ -62,7 +46,7 @@ private:
     AppModel& model;
     const RemoteReview review;
     ReviewRows* rows = nullptr;
-    QListView* list = nullptr;
+    ReviewView* list = nullptr;
     QLabel* count = nullptr;
     PushButton* confirm = nullptr;
 };

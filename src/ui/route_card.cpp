@@ -1,10 +1,11 @@
 #include "ui/route_card.h"
 
+#include "ui/reading_direction.h"
+#include "ui/selection_summary.h"
 #include "ui/surface.h"
 #include "ui/text_style.h"
 #include "ui/tile.h"
 
-#include <QCoreApplication>
 #include <QHBoxLayout>
 
 namespace zembrastel {
@@ -16,14 +17,14 @@ constexpr int ringRoom = 3;
 
 QLabel* makeRouteCaption(const QString& text) {
     QLabel* const caption = makeCaption(text);
-    caption->setContentsMargins(ringRoom, 0, 0, 0);
+    caption->setContentsMargins(readingMargins(ringRoom, 0, 0, 0));
     return caption;
 }
 
 QWidget* makeTile(std::string_view symbol) {
     auto* const holder = new QWidget;
     auto* const layout = new QHBoxLayout(holder);
-    layout->setContentsMargins(ringRoom, 0, 0, 0);
+    layout->setContentsMargins(readingMargins(ringRoom, 0, 0, 0));
     layout->addWidget(new Tile(symbol));
     return holder;
 }
@@ -31,7 +32,7 @@ QWidget* makeTile(std::string_view symbol) {
 ElideLabel* makePath() {
     auto* const label = new ElideLabel;
     label->setFont(fontOf(TextStyle::strong));
-    label->setContentsMargins(ringRoom, 0, 0, 0);
+    label->setContentsMargins(readingMargins(ringRoom, 0, 0, 0));
     // Both ends of the route are equally wide, however long their paths.
     label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     return label;
@@ -45,12 +46,6 @@ ElideLabel* makeHost() {
 }
 
 } // namespace
-
-QString contentsSummary(const Profile& profile) {
-    const auto& selection = profile.effectiveSyncSelection();
-    return selection ? QString::fromStdString(selection->summary())
-                     : QCoreApplication::translate("RouteCard", "All files in the local folder");
-}
 
 RouteCard::RouteCard(QWidget* parent)
     : QFrame(parent), localPath(makePath()), remotePath(makePath()), host(makeHost()),
@@ -71,12 +66,12 @@ RouteCard::RouteCard(QWidget* parent)
     layout->addWidget(makeContents());
 }
 
-void RouteCard::setProfile(const Profile& profile) {
+void RouteCard::setProfile(const Profile& profile, const FileMap& synchronised) {
     localPath->setWholeText(QString::fromStdString(profile.localFolder));
     remotePath->setWholeText(QString::fromStdString(profile.remoteFolder));
     host->setWholeText(QString::fromStdString(profile.host));
     port->setText(tr("Port %1").arg(profile.port));
-    contents->setText(contentsSummary(profile));
+    contents->setText(syncContentsSummary(profile, synchronised));
 }
 
 void RouteCard::setNarrow(bool narrow) {
@@ -95,7 +90,7 @@ QWidget* RouteCard::makeRoute() {
     route->addLayout(makeEnd("server", makeRemote()), 1);
     auto* const page = new QWidget;
     auto* const layout = new QVBoxLayout(page);
-    layout->setContentsMargins(16 - ringRoom, 12, 16, 13);
+    layout->setContentsMargins(readingMargins(16 - ringRoom, 12, 16, 13));
     layout->setSpacing(8);
     layout->addWidget(makeRouteCaption(tr("LOCAL → SERVER")));
     layout->addLayout(route);
@@ -122,7 +117,7 @@ QVBoxLayout* RouteCard::makeLocal() {
 
 QVBoxLayout* RouteCard::makeRemote() {
     auto* const server = new QHBoxLayout;
-    server->setContentsMargins(ringRoom, 0, 0, 0);
+    server->setContentsMargins(readingMargins(ringRoom, 0, 0, 0));
     server->setSpacing(8);
     server->addStrut(openFolder->sizeHint().height());
     server->addWidget(host);
@@ -143,7 +138,7 @@ QWidget* RouteCard::makeContents() {
     texts->addWidget(makeLabel(tr("Local deletions kept on server"), TextStyle::small, Tone::dim));
     auto* const page = new QWidget;
     auto* const layout = new QHBoxLayout(page);
-    layout->setContentsMargins(16, 10, 12, 10);
+    layout->setContentsMargins(readingMargins(16, 10, 12, 10));
     layout->setSpacing(12);
     layout->addWidget(contentsSymbol);
     layout->addLayout(texts, 1);

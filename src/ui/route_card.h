@@ -1,6 +1,7 @@
 // From where to where a profile syncs, and what of it.
 #pragma once
 
+#include "model/fingerprint.h"
 #include "model/profile.h"
 #include "ui/elide_label.h"
 #include "ui/push_button.h"
@@ -19,7 +20,8 @@ class RouteCard : public QFrame {
 public:
     explicit RouteCard(QWidget* parent = nullptr);
 
-    void setProfile(const Profile& profile);
+    // The files are those that were synchronised once: they tell what was chosen.
+    void setProfile(const Profile& profile, const FileMap& synchronised);
 
     // Leaves the tiles out, so that the paths get their room.
     void setNarrow(bool narrow);
@@ -48,8 +50,5 @@ private:
     SymbolView* contentsSymbol;
     std::vector<QWidget*> tiles;
 };
-
-// "All files in the local folder", or a summary of what was chosen.
-[[nodiscard]] QString contentsSummary(const Profile& profile);
 
 } // namespace zembrastel

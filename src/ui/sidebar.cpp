@@ -1,5 +1,6 @@
 #include "ui/sidebar.h"
 
+#include "ui/reading_direction.h"
 #include "ui/surface.h"
 #include "ui/text_style.h"
 #include "ui/wrap_label.h"
@@ -8,9 +9,16 @@
 #include <QVBoxLayout>
 
 namespace zembrastel {
+namespace {
+
+// What a link leaves free beside its text for its focus ring: the texts stand in one line.
+constexpr int ringRoom = 3;
+
+} // namespace
 
 Sidebar::Sidebar(ModelBridge& bridge, QWidget* parent)
-    : QFrame(parent), profiles(new ProfileList(bridge)), add(new PushButton("plus", tr("New Sync Profile…"), nullptr)) {
+    : QFrame(parent), profiles(new ProfileList(bridge)), add(new PushButton("plus", tr("New Sync Profile…"), nullptr)),
+      quit(new PushButton(tr("Quit Zembrastel"), ButtonKind::link)) {
     setSurface(*this, Surface::side);
     auto* const column = new QVBoxLayout;
     column->setSpacing(0);
@@ -26,12 +34,12 @@ Sidebar::Sidebar(ModelBridge& bridge, QWidget* parent)
     setNarrow(false);
 }
 
-void Sidebar::setNarrow(bool narrow) { setFixedWidth(narrow ? 248 : 264); }
+void Sidebar::setNarrow(bool narrow) { setFixedWidth(scaledToText(narrow ? 248 : 264)); }
 
 QWidget* Sidebar::makeHeader() {
     auto* const header = new QWidget;
     auto* const layout = new QHBoxLayout(header);
-    layout->setContentsMargins(20, 18, 14, 10);
+    layout->setContentsMargins(readingMargins(20, 18, 14, 10));
     layout->addWidget(makeCaption(tr("SYNC PROFILES")), 1);
     layout->addWidget(add);
     return header;
@@ -40,10 +48,15 @@ QWidget* Sidebar::makeHeader() {
 QWidget* Sidebar::makeFooter() {
     QFrame* const footer = makeSurface(Surface::footer);
     auto* const layout = new QVBoxLayout(footer);
-    layout->setContentsMargins(20, 12, 20, 16);
-    layout->addWidget(new WrapLabel(
+    layout->setContentsMargins(readingMargins(20 - ringRoom, 12, 20, 16));
+    layout->setSpacing(8);
+    auto* const advice = new WrapLabel(
         tr("Keep Zembrastel running to sync. Closing this window keeps it in the menu bar; quitting stops transfers."),
-        TextStyle::small, Tone::dim));
+        TextStyle::small, Tone::dim);
+    advice->setContentsMargins(readingMargins(ringRoom, 0, 0, 0));
+    layout->addWidget(advice);
+    layout->addWidget(quit, 0, Qt::AlignLeft);
+    quit->hide();
     return footer;
 }
 

@@ -17,6 +17,9 @@ public:
     [[nodiscard]] ProfileList& list() const { return *profiles; }
     [[nodiscard]] PushButton& plus() const { return *add; }
 
+    // The button to quit with, which is not there unless it is wanted.
+    [[nodiscard]] PushButton& quitButton() const { return *quit; }
+
     // Less wide, for a window that is short of room.
     void setNarrow(bool narrow);
 
@@ -26,6 +29,7 @@ private:
 
     ProfileList* profiles;
     PushButton* add;
+    PushButton* quit;
 };
 
 } // namespace zembrastel

@@ -1,8 +1,11 @@
 #include "ui/text_style.h"
 
+#include "ui/reading_direction.h"
 #include "ui/style_property.h"
 
 #include <QApplication>
+
+#include <algorithm>
 
 namespace zembrastel {
 namespace {
@@ -37,6 +40,7 @@ Look lookOf(TextStyle style) {
     case TextStyle::fieldLabel:
         return {9, QFont::DemiBold};
     case TextStyle::capitals:
+    case TextStyle::badge:
         return {8.25, QFont::DemiBold};
     }
     return {bodyPointSize, QFont::Normal};
@@ -58,10 +62,16 @@ QString nameOf(Tone tone) {
 
 } // namespace
 
+double textScale() { return std::max(1.0, QApplication::font().pointSizeF() / bodyPointSize); }
+
+int scaledToText(int points) { return qRound(points * textScale()); }
+
+QSize scaledToText(const QSize& size) { return {scaledToText(size.width()), scaledToText(size.height())}; }
+
 QFont fontOf(TextStyle style) {
     const Look look = lookOf(style);
     QFont font = QApplication::font();
-    font.setPointSizeF(look.points);
+    font.setPointSizeF(look.points * textScale());
     font.setWeight(look.weight);
     if (style == TextStyle::capitals) font.setLetterSpacing(QFont::AbsoluteSpacing, 0.5);
     return font;
@@ -69,11 +79,16 @@ QFont fontOf(TextStyle style) {
 
 void setTone(QLabel& label, Tone tone) { setStyleProperty(label, "tone", nameOf(tone)); }
 
+QString asToolTip(const QString& text) {
+    return text.isEmpty() ? QString() : QStringLiteral("<span>%1</span>").arg(text.toHtmlEscaped());
+}
+
 QLabel* makeLabel(const QString& text, TextStyle style, Tone tone, QWidget* parent) {
     auto* const label = new QLabel(parent);
     label->setTextFormat(Qt::PlainText);
     label->setText(text);
     label->setFont(fontOf(style));
+    label->setAlignment(readingStart() | Qt::AlignVCenter);
     setTone(*label, tone);
     return label;
 }

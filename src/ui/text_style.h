@@ -5,10 +5,12 @@
 
 #include <QFont>
 #include <QLabel>
+#include <QSize>
 #include <QString>
 
 namespace zembrastel {
 
+// Of the design; a larger desktop font enlarges every style alike.
 inline constexpr double bodyPointSize = 10;
 
 enum class TextStyle {
@@ -24,13 +26,24 @@ enum class TextStyle {
     small,       // help, times, second lines
     fieldLabel,
     capitals,
+    badge,
 };
 
 enum class Tone { normal, dim, accent, warn };
 
+// How much larger than the design's all texts are; never less than 1.
+[[nodiscard]] double textScale();
+
+// A length of the design's that has to grow with its texts.
+[[nodiscard]] int scaledToText(int points);
+[[nodiscard]] QSize scaledToText(const QSize& size);
+
 [[nodiscard]] QFont fontOf(TextStyle style);
 
 void setTone(QLabel& label, Tone tone);
+
+// A tool tip takes what looks like markup for markup: this shows the text as it stands.
+[[nodiscard]] QString asToolTip(const QString& text);
 
 // A label of one line. The text is shown as it stands, never as markup.
 [[nodiscard]] QLabel* makeLabel(

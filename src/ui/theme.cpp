@@ -6,11 +6,14 @@
 #include <QComboBox>
 #include <QFile>
 #include <QFontDatabase>
+#include <QFontInfo>
 #include <QPointer>
 #include <QProxyStyle>
 #include <QPushButton>
 #include <QStyledItemDelegate>
 #include <QWidget>
+
+#include <algorithm>
 
 // The resources of a static library are lost unless they are asked for, which works outside every namespace alone.
 static void loadResources() { Q_INIT_RESOURCE(resources); }
@@ -51,12 +54,18 @@ QString styleSheetTemplate() {
     return QString::fromUtf8(file.readAll());
 }
 
+// Desktops write in 9 to 11 points. One that was set larger has the whole program grow with it.
+double bodySizeFor(const QFont& desktop) {
+    constexpr double largestUsual = 11;
+    return bodyPointSize * std::max(1.0, QFontInfo(desktop).pointSizeF() / largestUsual);
+}
+
 void setUp() {
     loadResources();
     QApplication::setStyle(new Style);
     QFont font = QApplication::font();
+    font.setPointSizeF(bodySizeFor(font));
     if (QFontDatabase::hasFamily(QStringLiteral("Inter"))) font.setFamily(QStringLiteral("Inter"));
-    font.setPointSizeF(bodyPointSize);
     QApplication::setFont(font);
 }
 

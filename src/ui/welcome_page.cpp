@@ -33,7 +33,7 @@ QLabel* makeExplanation(const QString& text) {
     auto* const label = new QLabel(text);
     label->setTextFormat(Qt::PlainText);
     QFont font = fontOf(TextStyle::body);
-    font.setPointSizeF(11.5);
+    font.setPointSizeF(11.5 * textScale());
     label->setFont(font);
     setTone(*label, Tone::dim);
     label->setAlignment(Qt::AlignHCenter);

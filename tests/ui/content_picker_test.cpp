@@ -7,7 +7,10 @@
 #include <gtest/gtest.h>
 
 #include <QAccessible>
+#include <QApplication>
+#include <QListView>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QTest>
 
 #include <ctime>
@@ -165,6 +168,42 @@ TEST_F(Picker, PointerHitsWhatItPointsAtAndNothingElse) {
     EXPECT_FALSE(picker->selection().hasSelection());
 }
 
+TEST_F(Picker, WhereOneReadsFromRightTheRowsAreMirroredForPointerAndKeys) {
+    put({"docs/a.txt", "index.html"});
+    QApplication::setLayoutDirection(Qt::RightToLeft);
+    const auto restore = qScopeGuard([] { QApplication::setLayoutDirection(Qt::LeftToRight); });
+    open();
+    ASSERT_TRUE(settles());
+    const int width = list->visualRect(list->model()->index(0, 0)).width();
+    click(0, 39);
+    EXPECT_TRUE(shows("Nothing selected"));
+    click(0, width - 39);
+    EXPECT_TRUE(shows("1 folder selected"));
+    key(Qt::Key_Left);
+    ASSERT_TRUE(settles());
+    EXPECT_EQ(line(1), "a.txt, Selected");
+    key(Qt::Key_Right);
+    EXPECT_EQ(list->model()->rowCount(), 2);
+    click(0, width - 14);
+    EXPECT_EQ(list->model()->rowCount(), 3);
+}
+
+TEST_F(Picker, TheRowThatKeysActOnIsMarkedOnceKeysAreUsed) {
+    put({"a", "b"});
+    open();
+    ASSERT_TRUE(settles());
+    const auto isRinged = [this](int row) {
+        const QRect place = list->visualRect(list->model()->index(row, 0));
+        return list->viewport()->grab(place).toImage().pixelColor(1, place.height() / 2) == colours().accent;
+    };
+    list->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(picker.get()));
+    EXPECT_FALSE(isRinged(0)) << "the sheet was not opened by keyboard";
+    key(Qt::Key_Down);
+    EXPECT_TRUE(isRinged(1));
+    EXPECT_FALSE(isRinged(0));
+}
+
 TEST_F(Picker, SecondEnterAfterRetryConfirmsNothing) {
     put({"lost/page", "other/page"});
     open();
@@ -245,23 +284,6 @@ TEST_F(Picker, EveryControlHasANameAndTheSheetFitsASmallWindow) {
         }
         EXPECT_TRUE(shows(forSync ? "Choose what to synchronise" : "Choose what to download"));
     }
-}
-
-TEST(SelectionSummary, CountsWhatWasTickedAndSaysNothingThatIsNotKnown) {
-    using Rules = std::map<std::string, bool, std::less<>>;
-    const auto summary = [](const Rules& rules, const std::optional<TickedKinds>& kinds) {
-        return selectionSummary({.rules = rules}, kinds);
-    };
-    EXPECT_EQ(summary({}, TickedKinds{}), "Nothing selected");
-    EXPECT_EQ(summary({{"a", false}}, TickedKinds{}), "Nothing selected");
-    EXPECT_EQ(summary({{"", true}}, std::nullopt), "Everything selected");
-    EXPECT_EQ(summary({{"", true}, {"a", false}, {"b", false}}, std::nullopt), "Everything selected, 2 exceptions");
-    EXPECT_EQ(summary({{"a", true}}, std::nullopt), "1 item selected");
-    EXPECT_EQ(summary({{"a", true}, {"b", true}}, std::nullopt), "2 items selected");
-    EXPECT_EQ(
-        summary({{"a", true}, {"a/b", false}}, TickedKinds{.folders = 1, .files = 0}),
-        "1 folder selected, 1 exception");
-    EXPECT_EQ(summary({{"a", true}}, TickedKinds{.folders = 3, .files = 2}), "3 folders and 2 files selected");
 }
 
 } // namespace

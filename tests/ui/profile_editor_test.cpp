@@ -416,8 +416,10 @@ TEST_F(ProfileEditorTest, TheDemonstrationTouchesNeitherServerNorSecretStore) {
     openEditor(model->profiles().front().id);
     EXPECT_TRUE(line("Password").isEnabled());
     EXPECT_FALSE(push("Test connection").isEnabled());
-    type("Local folder", QString::fromStdString(folder / "site"));
-    type("Password", QStringLiteral("x"));
+    push("Edit sync contents…").click();
+    EXPECT_EQ(message(), QStringLiteral("Not available in the demonstration."));
+    EXPECT_FALSE(browsed);
+    type("Password", QStringLiteral("x")); // the sample's folder is on nobody's disk
     push("Save changes").click();
     EXPECT_FALSE(editor->isVisible()) << message().toStdString();
 }

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <QAccessible>
+#include <QListView>
 #include <QPointer>
 #include <QPushButton>
 #include <QTest>
@@ -163,6 +164,7 @@ TEST(Review, DatesReadAsTheUsersLocaleWritesThem) {
     EXPECT_EQ(reviewDate(date, QLocale("en_GB")), "4 Nov 2026, 17:48");
     EXPECT_EQ(reviewDate(date, QLocale("en_US")), "Nov 4, 2026, 5:48 PM");
     EXPECT_EQ(reviewDate(date, QLocale("de_DE")), "4. Nov. 2026, 17:48");
+    EXPECT_EQ(reviewDate(date, QLocale::c()), "4 Nov 2026, 17:48") << "seconds do not fit into the column";
     EXPECT_EQ(reviewDate(date, QLocale("ja_JP")), "2026年11月4日, 17:48");
 }
 
