@@ -24,6 +24,8 @@ Shell::Shell(AppModel& model, MainContext& mainContext)
         showWindow();
     });
     connect(&tray, &TrayItem::quitRequested, qApp, &QApplication::quit);
+    connect(&tray, &TrayItem::shownChanged, &window, [this] { window.offerQuit(!tray.isShown()); });
+    connect(&window, &MainWindow::quitRequested, qApp, &QApplication::quit);
     auto* const quit = new QAction(tr("Quit Zembrastel"), this);
     quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
     connect(quit, &QAction::triggered, qApp, &QApplication::quit);

@@ -26,10 +26,8 @@ public:
 Q_SIGNALS:
     void changed();
 
-private Q_SLOTS:
-    void settingChanged(const QDBusMessage& change);
-
 private:
+    Q_SLOT void settingChanged(const QDBusMessage& change);
     void listen(const QString& newOwner);
     void ask(const QString& group, const QString& key);
     void askNow(const QString& group, const QString& key);

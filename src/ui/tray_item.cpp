@@ -2,17 +2,22 @@
 
 #include "model/error.h"
 #include "ui/symbol_icon.h"
+#include "ui/theme.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusVariant>
 
+#include <utility>
+
 namespace zembrastel {
 namespace {
 
 const auto watcherService = QStringLiteral("org.kde.StatusNotifierWatcher");
 const auto watcherPath = QStringLiteral("/StatusNotifierWatcher");
+
+constexpr std::string_view symbol = "arrow.up.forward.square";
 
 } // namespace
 
@@ -27,6 +32,10 @@ TrayItem::TrayItem(ModelBridge& observed, const QDBusConnection& sessionBus, QOb
     }
     connect(&bridge, &ModelBridge::profilesChanged, this, &TrayItem::fillMenu);
     connect(&bridge, &ModelBridge::statusChanged, this, &TrayItem::fillMenu);
+    // A desktop keeps the picture that it was given until it is told of another.
+    connect(&theme(), &Theme::changed, this, [this] {
+        if (icon) icon->setIcon(symbolIcon(symbol));
+    });
     fillMenu();
     lookForTray();
 }
@@ -47,9 +56,9 @@ void TrayItem::lookForTray() {
 }
 
 void TrayItem::takeHostAnswer(bool there) {
-    if (there == isShown()) return;
+    if (std::exchange(answered, true) && there == isShown()) return;
     if (there) {
-        icon = std::make_unique<QSystemTrayIcon>(symbolIcon("arrow.up.forward.square"));
+        icon = std::make_unique<QSystemTrayIcon>(symbolIcon(symbol));
         icon->setToolTip(QStringLiteral("Zembrastel"));
         icon->setContextMenu(&actions);
         connect(icon.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
@@ -62,28 +71,34 @@ void TrayItem::takeHostAnswer(bool there) {
     Q_EMIT shownChanged();
 }
 
+// Left alone where nothing in it changes: a click on an entry that was replaced meanwhile would be lost.
 void TrayItem::fillMenu() {
+    std::vector<Entry> wanted = profileEntries();
+    if (!actions.isEmpty() && wanted == entries) return;
+    entries = std::move(wanted);
     actions.clear();
     connect(actions.addAction(tr("Open Zembrastel")), &QAction::triggered, this, &TrayItem::openRequested);
     actions.addSeparator();
-    addProfiles();
+    if (entries.empty()) actions.addAction(tr("No sync profiles"))->setEnabled(false);
+    for (const auto& [id, label] : entries) {
+        connect(actions.addAction(label), &QAction::triggered, this, [this, id = id] { toggle(id); });
+    }
     actions.addSeparator();
     auto* quit = actions.addAction(tr("Quit Zembrastel"));
     quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
     connect(quit, &QAction::triggered, this, &TrayItem::quitRequested);
 }
 
-void TrayItem::addProfiles() {
-    AppModel& model = bridge.model();
-    if (model.profiles().empty()) {
-        actions.addAction(tr("No sync profiles"))->setEnabled(false);
-        return;
-    }
+std::vector<TrayItem::Entry> TrayItem::profileEntries() const {
+    const AppModel& model = bridge.model();
+    std::vector<Entry> found;
     for (const auto& profile : model.profiles()) {
-        const QString name = QString::fromStdString(profile.name).replace(QLatin1Char('&'), QLatin1String("&&"));
-        auto* action = actions.addAction((model.running(profile.id) ? tr("Pause %1") : tr("Start %1")).arg(name));
-        connect(action, &QAction::triggered, this, [this, id = profile.id] { toggle(id); });
+        // On the bus the first "&" and every single "_" mark a letter for the keyboard; no other "&" means anything.
+        const QString name = QString::fromStdString(profile.name).replace(QLatin1Char('_'), QLatin1String("__"));
+        const QString label = (model.running(profile.id) ? tr("Pause %1") : tr("Start %1")).arg(name);
+        found.push_back({profile.id, QLatin1Char('&') + label});
     }
+    return found;
 }
 
 void TrayItem::toggle(const Uuid& id) {

@@ -13,6 +13,7 @@
 #include <QSystemTrayIcon>
 
 #include <memory>
+#include <vector>
 
 namespace zembrastel {
 
@@ -35,21 +36,29 @@ Q_SIGNALS:
     void quitRequested();
     // A profile was started or paused, and that could not be saved.
     void failed(const QString& message);
+    // It is known for the first time whether there is an item, or that has changed.
     void shownChanged();
 
-private Q_SLOTS:
-    void lookForTray();
-
 private:
+    struct Entry {
+        Uuid id; // of the profile
+        QString label;
+
+        friend bool operator==(const Entry&, const Entry&) = default;
+    };
+
+    Q_SLOT void lookForTray();
     void takeHostAnswer(bool there);
     void fillMenu();
-    void addProfiles();
+    [[nodiscard]] std::vector<Entry> profileEntries() const;
     void toggle(const Uuid& id);
 
     ModelBridge& bridge;
     QDBusConnection bus;
     QDBusServiceWatcher watcher;
     QMenu actions;
+    std::vector<Entry> entries; // as they are in the menu
+    bool answered = false;      // by the desktop, whether it has a tray
     std::unique_ptr<QSystemTrayIcon> icon;
 };
 

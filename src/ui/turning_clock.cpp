@@ -10,17 +10,20 @@
 #include <utility>
 
 namespace zembrastel {
+namespace {
 
-TurningClock::TurningClock(QObject* parent) : QObject(parent) {
+std::chrono::milliseconds machineTime() {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now().time_since_epoch());
+}
+
+} // namespace
+
+TurningClock::TurningClock(QObject* parent) : QObject(parent), time(machineTime) {
     timer.setInterval(33);
     connect(&timer, &QTimer::timeout, this, &TurningClock::tick);
 }
 
-double TurningClock::angle() const {
-    if (!theme().animated()) return 0;
-    const auto now = std::chrono::steady_clock::now().time_since_epoch();
-    return turningAngle(std::chrono::duration_cast<std::chrono::milliseconds>(now));
-}
+double TurningClock::angle() const { return theme().animated() ? turningAngle(time()) : 0; }
 
 void TurningClock::repaintSoon(QWidget& widget, const QRect& part) {
     if (!theme().animated()) return;

@@ -10,6 +10,9 @@
 #include <QTimer>
 #include <QWidget>
 
+#include <chrono>
+#include <functional>
+#include <utility>
 #include <vector>
 
 namespace zembrastel {
@@ -22,6 +25,9 @@ public:
 
     // The angle of this moment, in degrees clockwise; 0 where the theme allows no motion.
     [[nodiscard]] double angle() const;
+
+    // Where the angle's time comes from: at first the machine's own that never goes back.
+    void setTime(std::function<std::chrono::milliseconds()> source) { time = std::move(source); }
 
     // Has a part of the widget painted again at the next tick.
     void repaintSoon(QWidget& widget, const QRect& part);
@@ -36,6 +42,7 @@ private:
 
     void tick();
 
+    std::function<std::chrono::milliseconds()> time;
     QTimer timer;
     std::vector<Request> requests;
 };

@@ -1,0 +1,39 @@
+#include "ui/keyring_access.h"
+
+#include "model/error.h"
+
+#include <QCoreApplication>
+
+namespace zembrastel {
+namespace {
+
+QString tr(const char* text) { return QCoreApplication::translate("KeyringAccess", text); }
+
+SyncError withRemedy(const SyncError& failure, const QString& remedy) {
+    return SyncError(failure.what() + (' ' + remedy.toStdString()));
+}
+
+std::string read(const Uuid& id) {
+    try {
+        return PasswordStore::read(id);
+    } catch (const SyncError& failure) {
+        throw withRemedy(
+            failure, tr("Unlock the desktop's keyring, or install one such as GNOME Keyring or KWallet, and start "
+                        "watching again. You can also enter the password again with Edit profile."));
+    }
+}
+
+void remove(const Uuid& id) {
+    try {
+        PasswordStore::remove(id);
+    } catch (const SyncError& failure) {
+        throw withRemedy(failure, tr("Unlock the desktop's keyring and remove the profile again."));
+    }
+}
+
+} // namespace
+
+// What helps where a password cannot be stored, the editor knows itself.
+AppModel::PasswordAccess keyringAccess() { return {.save = PasswordStore::save, .read = read, .remove = remove}; }
+
+} // namespace zembrastel
