@@ -1,18 +1,28 @@
 #!/usr/bin/env bash
-# layers_test.sh SRC: every folder of the program includes only itself and those before it in this order.
+# layers_test.sh SRC: every folder of the program includes only itself and those before it in its list.
 set -euo pipefail
-layers=(platform model transport sync app cli)
-allowed="" failed=0
-for layer in "${layers[@]}"; do
-  [ -d "$1/$layer" ] || { echo "no folder $1/$layer"; exit 1; }
-  allowed="$allowed${allowed:+|}$layer"
-  bad=$(grep -rnE '^#include "' "$1/$layer" | grep -vE "#include \"($allowed)/" || true)
+core="platform model transport sync app"
+failed=0
+check() { # LAYER...: the last may include all of them
+  local layer="${*: -1}" allowed bad
+  [ -d "$src/$layer" ] || { echo "no folder $src/$layer"; exit 1; }
+  allowed=$(IFS='|'; echo "$*")
+  bad=$(grep -rnE '^#include "' "$src/$layer" | grep -vE "#include \"($allowed)/" || true)
   if [ -n "$bad" ]; then
     echo "$layer may include only $allowed:"; echo "$bad"; failed=1
   fi
+}
+src=$1 below=()
+for layer in $core; do
+  below+=("$layer")
+  check "${below[@]}"
 done
-# The core and the command line know nothing of the desktop's toolkit.
-if grep -rnE '#include <(Q[A-Z]|Qt)' "$1"/{platform,model,transport,sync,app,cli}; then failed=1; fi
-# The two faces of the program do not know each other.
-if grep -rnE '#include "cli/' "$1/ui"; then failed=1; fi
+# The two faces of the program do not know each other, and the checks belong to one of them.
+check "${below[@]}" cli
+check "${below[@]}" checks
+check "${below[@]}" checks ui
+# All but the desktop program itself knows nothing of its toolkit.
+for layer in $core cli checks; do
+  if grep -rnE '#include <(Q[A-Z]|Qt)' "$src/$layer"; then failed=1; fi
+done
 exit $failed

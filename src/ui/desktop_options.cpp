@@ -1,14 +1,40 @@
 #include "ui/desktop_options.h"
 
+#include "checks/built_in_checks.h"
+
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <charconv>
 #include <sstream>
+#include <string_view>
+#include <vector>
 
 namespace zembrastel {
 namespace {
 
 constexpr int usageError = 2;
+constexpr auto selfTest = "--self-test";
+constexpr auto integrationTest = "--integration-test";
+
+// A decimal number with or without a sign, and nothing beside it.
+std::optional<std::int64_t> wholeNumber(std::string_view text) {
+    if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
+    std::int64_t number = 0;
+    const auto end = text.data() + text.size();
+    const auto [rest, problem] = std::from_chars(text.data(), end, number);
+    return problem == std::errc() && rest == end ? std::optional(number) : std::nullopt;
+}
 
 } // namespace
+
+std::optional<ChecksAsked> checksAskedFor(int argc, const char* const* argv) {
+    const std::vector<std::string_view> arguments(argv + std::min(argc, 1), argv + argc);
+    if (std::find(arguments.begin(), arguments.end(), selfTest) != arguments.end()) return ChecksAsked{};
+    const auto found = std::find(arguments.begin(), arguments.end(), integrationTest);
+    if (found == arguments.end()) return std::nullopt;
+    const auto port = found + 1 == arguments.end() ? std::nullopt : wholeNumber(found[1]);
+    return ChecksAsked{.withServer = true, .port = port.value_or(defaultTestPort)};
+}
 
 ParsedOptions parseDesktopOptions(int argc, const char* const* argv) {
     DesktopOptions options;
@@ -20,6 +46,16 @@ ParsedOptions parseDesktopOptions(int argc, const char* const* argv) {
            "--state", stateFolder,
            "Where profiles are saved (default: Zembrastel in\n$XDG_DATA_HOME or ~/.local/share)")
         ->type_name("DIR");
+    // For the help, and to refuse them with "=": written as they should be they are found before.
+    app.add_flag(selfTest)
+        ->description("Run the built-in checks that need no server, and exit")
+        ->disable_flag_override();
+    app.add_option(integrationTest)
+        ->description(
+            "Run those that need an FTP server (127.0.0.1, port\n2121 unless given, user web, password s3cret, no\n"
+            "TLS), and exit; what they upload stays on it")
+        ->type_name("[PORT]")
+        ->each([](const std::string&) { throw CLI::ValidationError("The port follows after a blank"); });
     app.set_version_flag("--version", "zembrastel " ZEMBRASTEL_VERSION, "Print the version and exit");
     app.get_help_ptr()->description("Print this help and exit");
     try {

@@ -3,6 +3,7 @@
 // Pure; before the application is there, so that nothing here needs a display.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -22,6 +23,16 @@ struct ParsedOptions {
     std::string text;
     int exitCode = 0;
 };
+
+// The built-in checks that are asked for: those without a server, or those with one on this port.
+struct ChecksAsked {
+    bool withServer = false;
+    std::int64_t port = 0;
+};
+
+// Looked for anywhere among the arguments and before all else there, which then counts for nothing. The port is the
+// argument after the switch where that is a whole number, else the default one.
+[[nodiscard]] std::optional<ChecksAsked> checksAskedFor(int argc, const char* const* argv);
 
 [[nodiscard]] ParsedOptions parseDesktopOptions(int argc, const char* const* argv);
 

@@ -1,8 +1,10 @@
 // zembrastel: the desktop program.
 #include "app/app_model.h"
+#include "checks/built_in_checks.h"
 #include "model/error.h"
 #include "platform/instance_lock.h"
 #include "ui/desktop_options.h"
+#include "ui/keyring_access.h"
 #include "ui/qt_main_context.h"
 #include "ui/shell.h"
 #include "ui/single_instance.h"
@@ -18,7 +20,7 @@ namespace zembrastel {
 namespace {
 
 int runDesktop(const DesktopOptions& options, Termination& termination, int argc, char** argv) {
-    AppModel::Options modelOptions{.demo = options.demo};
+    AppModel::Options modelOptions{.demo = options.demo, .passwordAccess = keyringAccess()};
     std::optional<InstanceLock> lock;
     if (!options.demo) {
         modelOptions.storeOverride = StateStore(options.stateFolder);
@@ -57,13 +59,16 @@ int runDesktop(const DesktopOptions& options, Termination& termination, int argc
 } // namespace zembrastel
 
 int main(int argc, char** argv) {
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGCHLD, SIG_DFL); // a parent's SIG_IGN would hide how transfers end
+    if (const auto checks = zembrastel::checksAskedFor(argc, argv)) {
+        return checks->withServer ? zembrastel::runIntegrationTest(checks->port) : zembrastel::runSelfTest();
+    }
     const auto parsed = zembrastel::parseDesktopOptions(argc, argv);
     if (!parsed.options) {
         std::fputs(parsed.text.c_str(), parsed.exitCode == 0 ? stdout : stderr);
         return parsed.exitCode;
     }
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGCHLD, SIG_DFL); // a parent's SIG_IGN would hide how transfers end
     try {
         zembrastel::Termination termination;
         return zembrastel::runDesktop(*parsed.options, termination, argc, argv);

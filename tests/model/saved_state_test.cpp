@@ -45,8 +45,6 @@ TEST(SavedState, NothingTheUserSetIsLostBetweenRuns) {
     profile.localFolder = "/l\x7F";
     profile.exclusions = Exclusions("*.a\n\n b ");
     profile.enabled = profile.needsDownload = true;
-    profile.initialDownloadSelection = DownloadSelection{.rules = {{"", true}, {"docs", false}, {"docs/a", true}}};
-    profile.syncSelection = DownloadSelection{};
     constexpr auto beyondDouble = (std::int64_t{1} << 53) + 1;
     SavedState state;
     state.profiles = {profile, Profile{}};

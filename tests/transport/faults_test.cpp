@@ -351,18 +351,5 @@ TEST(LocalFaults, RemoteFoldersWithoutEndStopAtTheLimit) {
     EXPECT_EQ(from("last", mostFolderLevels - 1), "The remote folder is nested more than 128 levels deep.");
 }
 
-TEST(ShouldOffer, OnlyServerFilesThatSomebodyElseMadeClearlyNewerAreOffered) {
-    const auto at = [](double seconds) {
-        return RemoteDate(std::chrono::duration<double>(seconds) - referenceEpochSince1970);
-    };
-    const Fingerprint local{.size = 1, .modified = 1000.5, .inode = 1};
-    EXPECT_FALSE(shouldOffer(at(1001.5), local, std::nullopt));
-    EXPECT_TRUE(shouldOffer(at(1001.6), local, std::nullopt));
-    EXPECT_FALSE(shouldOffer(at(2000), local, at(2000)));
-    EXPECT_FALSE(shouldOffer(at(2001), local, at(2000)));
-    EXPECT_TRUE(shouldOffer(at(2001.5), local, at(2000)));
-    EXPECT_FALSE(shouldOffer(at(1001), local, at(0))) << "not newer than the local file, whatever is known";
-}
-
 } // namespace
 } // namespace zembrastel
