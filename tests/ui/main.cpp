@@ -1,14 +1,17 @@
 // The tests of the desktop program run without a display, in one application.
-#include <gtest/gtest.h>
+#include "timed_application.h"
+#include "ui/theme.h"
 
-#include <QApplication>
+#include <gtest/gtest.h>
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     testing::InitGoogleTest(&argc, argv);
     // On the heap, for the test of what happens once it has gone.
-    auto* const application = new QApplication(argc, argv);
+    auto* const application = new zembrastel::testing::TimedApplication(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
+    zembrastel::theme().apply(zembrastel::Appearance::light); // as the program does before its first window
+    holdEventsToTime(*application);
     const int result = RUN_ALL_TESTS();
     delete application;
     return result;

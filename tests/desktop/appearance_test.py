@@ -1,0 +1,42 @@
+#!/usr/bin/python3
+"""The window follows the desktop's dark setting, which the portal tells."""
+from bus import Portal, wait_until
+from desktop_case import DesktopTest, main
+
+
+class AppearanceTest(DesktopTest):
+    def wait_until_dark(self, window, dark):
+        left, top, width, height = window.place()
+
+        def is_so():
+            shown = self.desktop.pixels(left, top, width, height)
+            mean = sum(shown[1::4]) / len(shown[1::4])
+            return mean < 80 if dark else mean > 200
+
+        wait_until(is_so, f"the window is {'dark' if dark else 'light'}")
+
+    def test_window_turns_dark_and_light_with_the_desktop(self):
+        portal = self.desktop.stand_in(Portal, True)
+        portal.appear()
+        window = self.start().window()
+        self.wait_until_dark(window, True)
+        for dark in (False, True):
+            portal.turn(dark)
+            self.wait_until_dark(window, dark)
+
+    def test_portal_that_comes_late_or_again_is_heard(self):
+        window = self.start().window()
+        self.wait_until_dark(window, False)
+        portal = self.desktop.stand_in(Portal, True)
+        portal.appear()
+        self.wait_until_dark(window, True)
+        portal.vanish()
+        portal.dark = False
+        portal.appear()
+        self.wait_until_dark(window, False)
+        portal.turn(True)
+        self.wait_until_dark(window, True)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,216 @@
+"""D-Bus as the tests use it: connections, calls, and services that stand in for those of a desktop."""
+import re
+import threading
+import time
+
+from gi.repository import Gio, GLib
+
+BUS = "org.freedesktop.DBus"
+
+
+def wait_until(condition, what, seconds=10):
+    """The first value of the condition that counts as true; fails where there is none in time."""
+    deadline = time.monotonic() + seconds
+    while True:
+        try:
+            if value := condition():
+                return value
+        except GLib.Error as error:  # what is asked may just be going
+            problem = f" ({error.message})"
+        else:
+            problem = ""
+        if time.monotonic() > deadline:
+            raise AssertionError(f"not within {seconds} seconds: {what}{problem}")
+        time.sleep(0.01)
+
+
+def connect(address):
+    flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
+    return Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
+
+
+def call(bus, owner, path, interface, method, signature="()", *arguments, seconds=5):
+    """The values of the reply."""
+    return bus.call_sync(owner, path, interface, method, GLib.Variant(signature, arguments), None,
+                         Gio.DBusCallFlags.NONE, seconds * 1000, None).unpack()
+
+
+def has_owner(bus, name):
+    return call(bus, BUS, "/", BUS, "NameHasOwner", "(s)", name)[0]
+
+
+def read_property(bus, owner, path, interface, name):
+    return call(bus, owner, path, "org.freedesktop.DBus.Properties", "Get", "(ss)", interface, name)[0]
+
+
+class StandIn:
+    """One object under a well-known name, there from appear() to vanish().
+
+    It answers on a thread of its own: the program may ask while the test waits for the program.
+    """
+    name = path = description = None
+
+    def __init__(self, address):
+        self.interface = Gio.DBusNodeInfo.new_for_xml(f"<node>{self.description}</node>").interfaces[0]
+        self.context = GLib.MainContext()
+        self.loop = GLib.MainLoop(self.context)
+        self.bus = None
+        started = threading.Event()
+        self.thread = threading.Thread(target=self.serve, args=(address, started))
+        self.thread.start()
+        started.wait()
+
+    def serve(self, address, started):
+        self.context.push_thread_default()
+        self.bus = connect(address)
+        self.bus.register_object(self.path, self.interface, self.take_call, self.take_question, None)
+        self.listen()
+        started.set()
+        self.loop.run()
+
+    def listen(self):
+        """Asks for what others tell."""
+
+    def take_call(self, _bus, sender, _path, _interface, method, arguments, invocation):
+        invocation.return_value(getattr(self, method)(sender, *arguments))
+
+    def take_question(self, _bus, _sender, _path, _interface, name):
+        return getattr(self, name)
+
+    def emit(self, signal, arguments=None):
+        self.bus.emit_signal(None, self.path, self.interface.name, signal, arguments)
+
+    def appear(self):
+        call(self.bus, BUS, "/", BUS, "RequestName", "(su)", self.name, 0)
+
+    def vanish(self):
+        call(self.bus, BUS, "/", BUS, "ReleaseName", "(s)", self.name)
+
+    def end(self):
+        self.loop.quit()
+        self.thread.join()
+        self.bus.close_sync(None)
+
+
+class Tray(StandIn):
+    """Keeps the items of a desktop's tray and shows them: watcher and host in one."""
+    name = "org.kde.StatusNotifierWatcher"
+    path = "/StatusNotifierWatcher"
+    description = """
+      <interface name="org.kde.StatusNotifierWatcher">
+        <method name="RegisterStatusNotifierItem"><arg type="s" direction="in"/></method>
+        <property name="RegisteredStatusNotifierItems" type="as" access="read"/>
+        <property name="IsStatusNotifierHostRegistered" type="b" access="read"/>
+        <property name="ProtocolVersion" type="i" access="read"/>
+        <signal name="StatusNotifierItemRegistered"><arg type="s"/></signal>
+        <signal name="StatusNotifierHostRegistered"/>
+      </interface>"""
+    ProtocolVersion = GLib.Variant("i", 0)
+
+    def __init__(self, address):
+        self.items = []
+        self.has_host = True
+        self.was_asked = False
+        self.icon_changes = 0
+        super().__init__(address)
+
+    @property
+    def IsStatusNotifierHostRegistered(self):
+        self.was_asked = True
+        return GLib.Variant("b", self.has_host)
+
+    @property
+    def RegisteredStatusNotifierItems(self):
+        return GLib.Variant("as", self.items)
+
+    def listen(self):
+        self.bus.signal_subscribe(None, TrayEntry.INTERFACE, "NewIcon", None, None, Gio.DBusSignalFlags.NONE,
+                                  self.count_icon_change)
+
+    def count_icon_change(self, *_):
+        self.icon_changes += 1
+
+    def RegisterStatusNotifierItem(self, _sender, service):
+        self.items.append(service)
+        self.emit("StatusNotifierItemRegistered", GLib.Variant("(s)", (service,)))
+
+    def vanish(self):
+        super().vanish()
+        self.items.clear()
+
+    def find_host(self):
+        self.has_host = True
+        self.emit("StatusNotifierHostRegistered")
+
+    def item(self):
+        wait_until(lambda: self.items, "the tray has an item")
+        return TrayEntry(self.bus, self.items[-1])
+
+
+class TrayEntry:
+    """An item in the tray, used as the desktop uses it for its user."""
+    PATH, INTERFACE, MENU = "/StatusNotifierItem", "org.kde.StatusNotifierItem", "com.canonical.dbusmenu"
+
+    def __init__(self, bus, owner):
+        self.bus, self.owner = bus, owner
+
+    def read(self, name):
+        return read_property(self.bus, self.owner, self.PATH, self.INTERFACE, name)
+
+    def activate(self):
+        call(self.bus, self.owner, self.PATH, self.INTERFACE, "Activate", "(ii)", 0, 0)
+
+    def call_menu(self, method, signature, *arguments):
+        return call(self.bus, self.owner, self.read("Menu"), self.MENU, method, signature, *arguments)
+
+    def entries(self):
+        """Number and properties of each, from top to bottom."""
+        self.call_menu("AboutToShow", "(i)", 0)
+        _, (_, _, entries) = self.call_menu("GetLayout", "(iias)", 0, -1, [])
+        return [(number, properties) for number, properties, _ in entries]
+
+    def labels(self):
+        """From top to bottom; "-" is a separator, and what cannot be clicked is in brackets."""
+        return [self.shown(properties) for _, properties in self.entries() if properties.get("visible", True)]
+
+    @staticmethod
+    def shown(properties):
+        if properties.get("type") == "separator":
+            return "-"
+        # A single "_" marks the letter after it for the keyboard.
+        label = re.sub("_(.?)", r"\1", properties["label"])
+        return label if properties.get("enabled", True) else f"({label})"
+
+    def click(self, label):
+        number, = (number for number, properties in self.entries() if self.shown(properties) == label)
+        self.call_menu("Event", "(isvu)", number, "clicked", GLib.Variant("s", ""), 0)
+
+
+class Portal(StandIn):
+    """Tells programs whether the desktop is dark."""
+    name = "org.freedesktop.portal.Desktop"
+    path = "/org/freedesktop/portal/desktop"
+    description = """
+      <interface name="org.freedesktop.portal.Settings">
+        <method name="Read">
+          <arg type="s" direction="in"/><arg type="s" direction="in"/><arg type="v" direction="out"/>
+        </method>
+        <signal name="SettingChanged"><arg type="s"/><arg type="s"/><arg type="v"/></signal>
+      </interface>"""
+
+    def __init__(self, address, dark):
+        self.dark = dark
+        super().__init__(address)
+
+    @property
+    def colour_scheme(self):
+        return GLib.Variant("u", 1 if self.dark else 2)
+
+    def Read(self, _sender, group, key):
+        known = (group, key) == ("org.freedesktop.appearance", "color-scheme")
+        return GLib.Variant("(v)", (GLib.Variant("v", self.colour_scheme if known else GLib.Variant("b", True)),))
+
+    def turn(self, dark):
+        self.dark = dark
+        self.emit("SettingChanged",
+                  GLib.Variant("(ssv)", ("org.freedesktop.appearance", "color-scheme", self.colour_scheme)))

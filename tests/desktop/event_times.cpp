@@ -1,0 +1,98 @@
+// Preloaded into the desktop program, notes every turn of its main thread that keeps the window waiting.
+//
+// A turn is what the event loop (GLib's, on which Qt's runs) does between two waits. A turn of more than 20 ms becomes
+// a line of the file that EVENT_TIMES_FILE names: its milliseconds, and the event that took most of them. Time in which
+// the thread could run but had no processor is not counted: a busy machine must not look like a slow program.
+#undef QT_NO_KEYWORDS
+#define QT_NO_KEYWORDS // GLib has names that Qt takes for keywords
+#include "support/processor_wait.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <glib.h>
+#include <poll.h>
+#include <unistd.h>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Milliseconds = std::chrono::duration<double, std::milli>;
+
+constexpr Milliseconds worthNoting{20};
+
+class TurnWatch : public QObject {
+public:
+    explicit TurnWatch(const char* file) : report(open(file, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600)) {
+        begin();
+        qApp->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject* receiver, QEvent* event) override {
+        const auto now = Clock::now();
+        endHandling(now);
+        handled = {.receiver = receiver->metaObject()->className(), .type = event->type(), .from = now};
+        return false;
+    }
+
+    void begin() {
+        began = Clock::now();
+        waited = processorWait.soFar();
+        handled = slowest = {.from = began};
+    }
+
+    void end() {
+        const auto now = Clock::now();
+        endHandling(now);
+        const Milliseconds took = Milliseconds(now - began) - (processorWait.soFar() - waited);
+        if (took < worthNoting) return;
+        dprintf(
+            report, "%.1f %s, event %d, took %.1f\n", took.count(), slowest.receiver, slowest.type,
+            Milliseconds(slowest.took).count());
+    }
+
+private:
+    struct Handling {
+        const char* receiver = "nothing"; // its class
+        QEvent::Type type = QEvent::None;
+        Clock::time_point from;
+        Clock::duration took{};
+    };
+
+    void endHandling(Clock::time_point now) {
+        handled.took = now - handled.from;
+        if (handled.took > slowest.took) slowest = handled;
+    }
+
+    const int report;
+    const zembrastel::testing::ProcessorWait processorWait;
+    Clock::time_point began;
+    std::chrono::nanoseconds waited{};
+    Handling handled;
+    Handling slowest;
+};
+
+TurnWatch* watch = nullptr;
+
+gint waitBetweenTurns(GPollFD* descriptors, guint count, gint timeout) {
+    watch->end();
+    const auto ready = poll(reinterpret_cast<pollfd*>(descriptors), count, timeout);
+    watch->begin();
+    return ready;
+}
+
+void watchTurns() {
+    unsetenv("LD_PRELOAD"); // not for the programs that this one starts
+    const char* const file = std::getenv("EVENT_TIMES_FILE");
+    if (file == nullptr) return;
+    watch = new TurnWatch(file); // for as long as the program runs
+    g_main_context_set_poll_func(nullptr, waitBetweenTurns);
+}
+
+} // namespace
+
+Q_COREAPP_STARTUP_FUNCTION(watchTurns)

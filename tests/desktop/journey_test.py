@@ -1,0 +1,91 @@
+#!/usr/bin/python3
+"""One person's way through the program, from nothing to a published site and back, by what a screen reader is told."""
+import os
+
+from bus import wait_until
+from desktop import Site, read, write
+from desktop_case import DesktopTest, main
+
+
+class JourneyTest(DesktopTest):
+    def create_profile(self, program, site):
+        program.window()
+        self.desktop.press_keys("ctrl+n")
+        editor = program.window("New sync profile")
+        self.fill_in(editor, site)
+        editor.press_button("Test connection")
+        editor.find("label", "Connected. The remote folder is readable (2 items). Upload permission is checked when a "
+                             "file uploads.")
+        editor.press_button("Choose download contents…")
+        self.choose_contents(program.window("Choose what to download"))
+        program.wait_until_closed("Choose what to download")
+        program.window("New sync profile").press_button("Create profile & download")
+        program.wait_until_closed("New sync profile")
+
+    def choose_contents(self, picker):
+        picker.find("label", "Nothing selected")
+        picker.find("list item", "index.html, Not selected")
+        picker.find("list item", "pictures, closed folder, Not selected")
+        self.desktop.press_keys("Home", "Right")
+        picker.find("list item", "logo.svg, Not selected")
+        self.desktop.press_keys("Right", "space")
+        picker.find("list item", "pictures, open folder, Partially selected")
+        self.desktop.press_keys("End", "space")
+        picker.find("list item", "index.html, Selected")
+        picker.press_button("Use selection")
+
+    def decide_review(self, program):
+        review = program.window("Newer files on the server")
+        review.find("label", "1 of 1 selected")
+        review.press_button("Download 1 & start watching")
+        program.wait_until_closed("Newer files on the server")
+
+    def test_site_is_published_reviewed_and_given_up(self):
+        site = Site(self.desktop)
+        write(site.remote, "index.html", b"first")
+        write(site.remote, "pictures/logo.svg", b"logo")
+        write(site.remote, "pictures/unwanted.svg", b"unwanted")
+        program = self.start()
+        program.window().find("label", "Save locally. Ship automatically.")
+
+        self.create_profile(program, site)
+        window = program.window()
+        window.find("label", "Watching", seconds=20)
+        self.assertEqual([each.name() for each in window.shown() if "<" in each.description()], [], "tells markup")
+        self.assertEqual(self.desktop.count_passwords(), 1)
+        self.assertEqual([read(site.local, name) for name in ("index.html", "pictures/logo.svg",
+                                                              "pictures/unwanted.svg")], [b"first", b"logo", None])
+
+        write(site.local, "index.html", b"second")
+        window.find("list item", "Uploaded index.html, ", str.startswith)
+        self.assertEqual(read(site.remote, "index.html"), b"second")
+        window.find("label", "Watching")  # once the server's date of the upload is known
+
+        write(site.remote, "index.html", b"a colleague's", newer_by=60)
+        window.press_button("Pause watching")
+        window.press_button("Start watching")
+        self.decide_review(program)
+        window = program.window()
+        window.find("label", "Watching")
+        self.assertEqual(read(site.local, "index.html"), b"a colleague's")
+        backups = [os.path.join(folder, name) for folder, _, names in os.walk(site.local + "/.zembrastel-backups")
+                   for name in names]
+        self.assertEqual([read("", backup) for backup in backups], [b"second"])
+
+        window.press_button("Pause watching")
+        window.find("list", "SYNC PROFILES").focus()
+        self.desktop.press_keys("Delete")
+        question = program.window("Remove this sync profile?")
+        question.find("label", "This removes the saved connection and its Keychain password. Your local and remote "
+                               "files are kept.")
+        question.press_button("Remove profile")
+        window.find("label", "Save locally. Ship automatically.")
+        wait_until(lambda: self.desktop.count_passwords() == 0, "the password is gone")
+        self.assertEqual([read(folder, "index.html") for folder in (site.local, site.remote)], 2 * [b"a colleague's"])
+        program.window()
+        self.desktop.press_keys("ctrl+q")
+        self.assertEqual(program.process.wait(10), 0)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,80 @@
+#!/usr/bin/python3
+"""How the program starts, is started again, and ends."""
+import os
+import signal
+import subprocess
+
+from bus import wait_until
+from desktop import COMMAND_LINE, Site, read, write
+from desktop_case import DesktopTest, main
+
+OLD, NEW = b"old" * 1000, b"new!" * 64 * 1024  # the new one takes two seconds to upload
+SLOW = ("--rate", "128")
+
+
+class LifecycleTest(DesktopTest):
+    def run_command_line(self, *arguments):
+        return subprocess.run([COMMAND_LINE, *arguments], env=self.desktop.environment, capture_output=True, text=True,
+                              check=False)
+
+    def start_slow_upload(self):
+        """The site and the program, amid an upload."""
+        site = Site(self.desktop, *SLOW)
+        write(site.remote, "index.html", OLD)
+        write(site.local, "index.html", OLD)
+        site.add_profile()
+        program = self.start()
+        window = program.window()
+        window.find("label", "Watching")
+        write(site.local, "index.html", NEW)
+        window.find("label", "Uploading")
+        temporary = wait_until(lambda: [name for name in os.listdir(site.remote) if name != "index.html"], "it uploads")
+        wait_until(lambda: read(site.remote, temporary[0]), "some of it has arrived")
+        return site, program
+
+    def test_second_start_shows_the_window_of_one_in_the_background(self):
+        program = self.start("--background")
+        wait_until(program.root, "the program is up")
+        self.assertEqual(program.windows(), [])
+        self.assertEqual(self.start().process.wait(10), 0)
+        program.window()
+        self.assertEqual(program.end(signal.SIGINT), 0)
+
+    def test_command_line_and_program_keep_out_of_each_others_state(self):
+        Site(self.desktop).add_profile()
+        program = self.start()
+        program.window()
+        refused = self.run_command_line("watch")
+        self.assertEqual(refused.returncode, 4, refused.stderr)
+        self.assertEqual(program.end(signal.SIGTERM), 0)
+        self.assertEqual(self.run_command_line("scan", "Site").returncode, 0)
+
+    def test_termination_ends_the_program_and_its_upload_within_two_seconds(self):
+        site, program = self.start_slow_upload()
+        transfers = program.transfers()
+        self.assertEqual(program.end(signal.SIGTERM, seconds=2), 0)
+        self.assertEqual([pid for pid in transfers if os.path.exists(f"/proc/{pid}")], [])
+        self.assertEqual(read(site.remote, "index.html"), OLD)
+
+    def test_upload_that_was_killed_with_the_program_is_made_up_for(self):
+        site, program = self.start_slow_upload()
+        transfers = program.transfers()
+        program.end(signal.SIGKILL)
+        # As when a whole session is killed: left alone, the upload would go on and might end before the next start.
+        for pid in transfers:
+            os.kill(pid, signal.SIGKILL)
+        again = self.start()
+        window = again.window()
+
+        def is_new():
+            live = read(site.remote, "index.html")
+            self.assertIn(live, (OLD, NEW))
+            return live == NEW
+
+        wait_until(is_new, "the new file is live", 30)
+        window.find("list item", "Uploaded index.html, ", str.startswith)
+        self.assertEqual(again.end(signal.SIGTERM), 0)
+
+
+if __name__ == "__main__":
+    main()

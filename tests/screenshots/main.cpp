@@ -1,0 +1,327 @@
+// Renders every screen into PNG files, light and dark, without a display: screenshots FOLDER [NAME...]
+//
+// Fails when a picture does not have its size or shows nothing. At a scale factor (QT_SCALE_FACTOR) other than 1 the
+// files are named NAME-light@2x.png.
+#include "sample_sites.h"
+#include "support/file_tree.h"
+#include "support/ftp_server.h"
+#include "support/local_site.h"
+#include "ui/confirm_dialog.h"
+#include "ui/content_picker.h"
+#include "ui/main_window.h"
+#include "ui/message_strip.h"
+#include "ui/profile_editor.h"
+#include "ui/push_button.h"
+#include "ui/qt_main_context.h"
+#include "ui/review_sheet.h"
+#include "ui/theme.h"
+#include "ui/tray_item.h"
+#include "ui/turning_clock.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QLineEdit>
+#include <QLocale>
+#include <QMenu>
+#include <QTest>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <stdexcept>
+
+namespace zembrastel::screenshots {
+namespace {
+
+using testing::FtpServer;
+using testing::LocalSite;
+
+constexpr QSize mainSize(980, 640);
+constexpr QSize smallestMainSize(760, 520);
+constexpr QSize editorSize(880, 568);
+constexpr QSize advancedEditorSize(880, 656);
+constexpr QSize pickerSize(720, 600);
+constexpr QSize tallPickerSize(720, 776);
+constexpr QSize reviewSize(680, 480);
+
+[[noreturn]] void fail(const QString& problem) { throw std::runtime_error(problem.toStdString()); }
+
+// Where the pictures go.
+class Album {
+public:
+    Album(QString folder, QStringList names) : place(std::move(folder)), wanted(std::move(names)) {
+        if (!QDir().mkpath(place)) fail("cannot make the folder " + place);
+    }
+
+    // A width or height of 0 or less is whatever the screen takes.
+    void add(const QString& name, QWidget& screen, QSize size) const {
+        if (!wanted.isEmpty() && !wanted.contains(name)) return;
+        const QImage picture = screen.grab().toImage().convertToFormat(QImage::Format_RGB888);
+        const QSize taken = picture.deviceIndependentSize().toSize();
+        if ((size.width() > 0 && taken.width() != size.width())
+            || (size.height() > 0 && taken.height() != size.height())) {
+            fail(QStringLiteral("%1 is %2 by %3").arg(name).arg(taken.width()).arg(taken.height()));
+        }
+        if (isBlank(picture)) fail(name + " shows nothing");
+        const QString file = place + u'/' + fileName(name, picture.devicePixelRatio());
+        constexpr int smallestFile = 0;
+        if (!picture.save(file, "PNG", smallestFile)) fail("cannot write " + file);
+    }
+
+private:
+    [[nodiscard]] static bool isBlank(const QImage& picture) {
+        const QRgb first = picture.pixel(0, 0);
+        for (int y = 0; y < picture.height(); ++y) {
+            for (int x = 0; x < picture.width(); ++x) {
+                if (picture.pixel(x, y) != first) return false;
+            }
+        }
+        return true;
+    }
+
+    [[nodiscard]] static QString fileName(const QString& name, double scale) {
+        const bool isDark = theme().appearance() == Appearance::dark;
+        const QString suffix = scale == 1 ? QString() : QStringLiteral("@%1x").arg(scale);
+        return name + (isDark ? "-dark" : "-light") + suffix + ".png";
+    }
+
+    QString place;
+    QStringList wanted;
+};
+
+void settle() {
+    for (int turn = 0; turn < 3; ++turn) QCoreApplication::processEvents();
+}
+
+// As it is while the keyboard is elsewhere.
+void withoutFocus(QWidget& screen) {
+    settle();
+    if (auto* const focused = screen.focusWidget()) focused->clearFocus();
+    settle();
+}
+
+template <class Button>
+Button& button(QWidget& within, const char* text) {
+    const QString wanted = QString::fromUtf8(text);
+    for (auto* const candidate : within.findChildren<Button*>()) {
+        if (candidate->text() == wanted && candidate->isVisible()) return *candidate;
+    }
+    fail("there is no button " + wanted);
+}
+
+QLineEdit& line(QWidget& within, const char* label) {
+    for (const auto* const caption : within.findChildren<QLabel*>()) {
+        auto* const buddy = qobject_cast<QLineEdit*>(caption->buddy());
+        if (buddy != nullptr && caption->text() == QLatin1String(label)) return *buddy;
+    }
+    fail(QLatin1String("there is no field ") + QLatin1String(label));
+}
+
+void addConfirmation(const Album& album, const QString& name, MainWindow& window) {
+    settle();
+    auto* const dialog = window.findChild<ConfirmDialog*>();
+    if (dialog == nullptr) fail(name + " did not open");
+    album.add(name, *dialog, {460, 0});
+    dialog->reject();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    settle();
+}
+
+void addMainWindow(const Album& album, ModelBridge& bridge, SampleSites& sites) {
+    MainWindow window(bridge);
+    window.resize(mainSize);
+    window.show();
+    const auto add = [&](const char* name, const char* site) {
+        sites.model().select(sites.id(site));
+        withoutFocus(window);
+        album.add(name, window, window.size());
+    };
+    add("main-watching", "My website");
+    add("main-uploading", "Client portal");
+    add("main-review", "Spring campaign");
+    add("main-check-failed", "Documentation");
+    button<PushButton>(window, "Start without checking…").click();
+    addConfirmation(album, "confirm-skip-check", window);
+    add("main-paused", "Photo archive");
+    for (auto* const list : window.findChildren<QListView*>()) {
+        if (list->accessibleName() == "SYNC PROFILES") QTest::keyClick(list, Qt::Key_Delete);
+    }
+    addConfirmation(album, "confirm-remove", window);
+    window.resize(smallestMainSize);
+    add("main-smallest", "My website");
+}
+
+void addWelcome(const Album& album, MainContext& context) {
+    const testing::TemporaryFolder folder;
+    AppModel model(context, {.storeOverride = StateStore(folder.path())});
+    ModelBridge bridge(model);
+    MainWindow window(bridge);
+    window.resize(mainSize);
+    window.show();
+    withoutFocus(window);
+    album.add("welcome", window, mainSize);
+}
+
+void addNewEditor(const Album& album, ModelBridge& bridge, MainContext& context) {
+    ProfileEditor editor(bridge, context, std::nullopt, nullptr);
+    editor.open();
+    withoutFocus(editor);
+    album.add("editor-new", editor, editorSize);
+}
+
+void addEditor(const Album& album, ModelBridge& bridge, MainContext& context, const Uuid& id) {
+    ProfileEditor editor(bridge, context, id, nullptr);
+    editor.open();
+    settle();
+    button<PushButton>(editor, "Excluded files and folders").click();
+    withoutFocus(editor);
+    album.add("editor-edit", editor, advancedEditorSize);
+
+    button<PushButton>(editor, "Excluded files and folders").click();
+    editor.resize(smallestMainSize);
+    const auto add = [&](const char* name) {
+        withoutFocus(editor);
+        album.add(name, editor, smallestMainSize);
+    };
+    auto& strip = *editor.findChild<MessageStrip*>();
+    strip.showSuccess(connectedMessage(14));
+    add("editor-test-ok");
+    strip.showFailure(QString::fromStdString(bridge.model().checkFailures().at(id)));
+    add("editor-test-failed");
+    line(editor, "Server").selectAll();
+    QTest::keyClicks(&line(editor, "Server"), QStringLiteral("ftps://docs.example.net"));
+    button<PushButton>(editor, "Save changes").click();
+    add("editor-validation");
+}
+
+// The server's folders are made and listed for real; nothing of that server shows in the picture.
+class PickerScene {
+public:
+    PickerScene() : server(FtpServer::Kind::vsftpd), site(server) {
+        site.profile.exclusions = Exclusions();
+        for (const char* const path :
+             {"assets/fonts/inter.woff2", "assets/img/hero-banner-2026.webp",
+              "assets/img/team-photo-autumn-retreat.webp", "assets/video/tour.webm", "backup/2025.zip",
+              "node_modules/package.json", ".env", "index.html", "robots.txt"}) {
+            server.put(std::string("site/") + path, "x");
+        }
+        std::filesystem::create_directory(server.root() / "site/uploads");
+        testing::writeTree(site.root(), {{"drafts/next.html", ""}, {"notes.md", ""}});
+    }
+
+    void add(const Album& album, MainContext& context) const {
+        addPicker(
+            album, context, "picker-sync", true, tallPickerSize,
+            {.rules = {
+                 {"assets/fonts", true},
+                 {"assets/img/hero-banner-2026.webp", true},
+                 {"drafts", true},
+                 {"uploads", true},
+                 {"index.html", true}}});
+        addPicker(album, context, "picker-download", false, pickerSize, {.rules = {{"", true}, {"backup", false}}});
+    }
+
+private:
+    void addPicker(
+        const Album& album, MainContext& context, const QString& name, bool forSync, QSize size,
+        const DownloadSelection& chosen) const {
+        RemoteDownloadPicker picker(
+            context, site.profile, site.password, chosen, forSync, [](const DownloadSelection&) {});
+        picker.resize(size);
+        picker.open();
+        auto& tree = picker.browser();
+        const auto open = [&](const char* folder) {
+            tree.toggle(folder);
+            listed(tree);
+        };
+        listed(tree);
+        for (const char* const folder : {"assets", "assets/img", "uploads"}) open(folder);
+        // A folder that somebody else took away meanwhile.
+        std::filesystem::rename(server.root() / "site/backup", server.root() / "elsewhere");
+        open("backup");
+        std::filesystem::rename(server.root() / "elsewhere", server.root() / "site/backup");
+        withoutFocus(picker);
+        tree.toggle("assets/video"); // which is still being listed when the picture is taken
+        album.add(name, picker, size);
+        listed(tree);
+    }
+
+    static void listed(const RemoteBrowserModel& tree) {
+        if (!QTest::qWaitFor([&tree] { return tree.loading().empty(); }, 30000)) fail("a listing did not end");
+        settle();
+    }
+
+    FtpServer server;
+    LocalSite site;
+};
+
+void addReview(const Album& album, ModelBridge& bridge) {
+    RemoteChangesView sheet(bridge, bridge.model().presentedReview().value());
+    sheet.show(); // not opened: closing it would be a decision
+    withoutFocus(sheet);
+    album.add("review", sheet, reviewSize);
+}
+
+void addTrayMenu(const Album& album, ModelBridge& bridge) {
+    const TrayItem tray(bridge);
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    const auto menu = std::ranges::find(windows, static_cast<const QWidget*>(&tray.menu()));
+    if (menu == windows.end()) fail("there is no tray menu");
+    album.add("tray-menu", **menu, {});
+}
+
+void fillAlbum(const Album& album) {
+    QtMainContext context;
+    SampleSites sites(context);
+    ModelBridge bridge(sites.model());
+    const PickerScene picker;
+    for (const Appearance appearance : {Appearance::light, Appearance::dark}) {
+        theme().apply(appearance);
+        addMainWindow(album, bridge, sites);
+        addWelcome(album, context);
+        addNewEditor(album, bridge, context);
+        addEditor(album, bridge, context, sites.id("Documentation"));
+        picker.add(album, context);
+        addReview(album, bridge);
+        addTrayMenu(album, bridge);
+    }
+}
+
+// The same pictures on every machine and in every session: nothing of the user's settings counts.
+void standApart(const std::filesystem::path& folder) {
+    const std::filesystem::path screen = folder / "screen.json"; // one that every window fits on, at any scale
+    testing::writeFile(screen, R"({"screens": [{"name": "", "x": 0, "y": 0, "width": 3840, "height": 2160,
+                                "logicalDpi": 96, "logicalBaseDpi": 96, "dpr": 1}]})");
+    qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" + QByteArray::fromStdString(screen.string()));
+    qputenv("LC_ALL", "C.UTF-8");
+    qputenv("TZ", "UTC");
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
+    for (const char* const own : {"HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME", "XDG_DATA_HOME"}) {
+        qputenv(own, QByteArray::fromStdString(folder.string()));
+    }
+}
+
+} // namespace
+} // namespace zembrastel::screenshots
+
+int main(int argc, char** argv) {
+    const zembrastel::testing::TemporaryFolder session;
+    zembrastel::screenshots::standApart(session.path());
+    const QApplication application(argc, argv);
+    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedKingdom));
+    QApplication::setQuitOnLastWindowClosed(false);
+    QApplication::setCursorFlashTime(0);
+    zembrastel::turningClock().setTime([] { return std::chrono::milliseconds(233); });
+    const QStringList arguments = QApplication::arguments();
+    if (arguments.size() < 2) {
+        std::fputs("usage: screenshots FOLDER [NAME...]\n", stderr);
+        return 2;
+    }
+    try {
+        zembrastel::screenshots::fillAlbum({arguments.at(1), arguments.mid(2)});
+        return 0;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "screenshots: %s\n", error.what());
+        return 1;
+    }
+}

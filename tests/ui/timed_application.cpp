@@ -1,0 +1,57 @@
+#include "timed_application.h"
+
+#include <gtest/gtest.h>
+
+#include <QEvent>
+
+#include <utility>
+
+namespace zembrastel::testing {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr TimedApplication::Milliseconds longestWait{50};
+
+class EventLimit : public ::testing::EmptyTestEventListener {
+public:
+    explicit EventLimit(TimedApplication& timed) : application(timed) {}
+
+    void OnTestStart(const ::testing::TestInfo&) override { (void)application.takeLongest(); }
+
+    void OnTestEnd(const ::testing::TestInfo&) override {
+        const auto [took, what] = application.takeLongest();
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+        (void)what;
+#else
+        EXPECT_LE(took, longestWait) << took.count() << " ms for " << what.toStdString();
+#endif
+    }
+
+private:
+    TimedApplication& application;
+};
+
+} // namespace
+
+bool TimedApplication::notify(QObject* receiver, QEvent* event) {
+    if (handling) return QApplication::notify(receiver, event);
+    handling = true;
+    const char* const name = receiver->metaObject()->className(); // the receiver may go with the event
+    const int type = event->type();
+    const auto waited = processorWait.soFar();
+    const auto began = Clock::now();
+    const bool result = QApplication::notify(receiver, event);
+    const Milliseconds took = Milliseconds(Clock::now() - began) - (processorWait.soFar() - waited);
+    if (took > longest.took) longest = {took, QStringLiteral("event %1 of a %2").arg(type).arg(QLatin1String(name))};
+    handling = false;
+    return result;
+}
+
+TimedApplication::Handling TimedApplication::takeLongest() { return std::exchange(longest, {}); }
+
+void holdEventsToTime(TimedApplication& application) {
+    ::testing::UnitTest::GetInstance()->listeners().Append(new EventLimit(application));
+}
+
+} // namespace zembrastel::testing
