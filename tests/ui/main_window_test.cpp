@@ -31,13 +31,16 @@ namespace {
 
 class MainWindowTest : public ::testing::Test {
 protected:
-    ~MainWindowTest() override {
+    ~MainWindowTest() override { close(); }
+
+    void close() {
         window.reset();
         bridge.reset();
         model.reset();
     }
 
     MainWindow& open(bool demo = false) {
+        close();
         model = std::make_unique<AppModel>(
             context, AppModel::Options{
                          .demo = demo,
