@@ -12,8 +12,8 @@
 #include <cstddef>
 #include <iterator>
 #include <optional>
+#include <set>
 #include <system_error>
-#include <unordered_set>
 #include <utility>
 
 namespace zembrastel {
@@ -50,7 +50,7 @@ private:
         const auto place = LocalPlace::resolve(transport.profile.localFolder, path);
         const auto folder = place.parent ? place.parent->enter(place.name) : std::nullopt;
         if (!folder) return found;
-        std::unordered_set<std::string_view> known;
+        std::set<std::string_view> known; // not hashed: the server chooses the names
         for (const auto& entry : entries) known.insert(entry.name);
         visitItems(*folder, [&](const WalkEntry& item) {
             transport.control->check();

@@ -1,5 +1,7 @@
 #include "cli/process_setup.h"
 
+#include "platform/core_dumps.h"
+
 #include <csignal>
 #include <fcntl.h>
 #include <initializer_list>
@@ -12,6 +14,7 @@ void prepareProcess() {
         // The lowest free number is the stream's own.
         if (::fcntl(stream, F_GETFD) < 0) ::open("/dev/null", O_RDWR);
     }
+    forbidCoreDumps();
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGCHLD, SIG_DFL);
 }

@@ -3,6 +3,7 @@
 #include "model/error.h"
 #include "platform/directory_walk.h"
 #include "platform/files.h"
+#include "platform/folder.h"
 #include "platform/text.h"
 
 #include <cerrno>
@@ -42,7 +43,10 @@ public:
             return false;
         }
         // Parents were accepted on the way down.
-        if (profile.exclusions.matchEntry(entry.path)) return false;
+        if (profile.exclusions.matchEntry(entry.path)) {
+            hooks.excluded(entry.path);
+            return false;
+        }
         if (entry.kind == EntryKind::folder) return !selection || selection->shouldVisit(entry.path);
         if (selection && !selection->includes(entry.path)) return false;
         const struct stat attributes = entry.attributes();
@@ -66,7 +70,7 @@ FileMap scan(const Profile& profile, const ScanHooks& hooks) {
     const auto root = readableRoot(profile.localFolder);
     Scan walk(profile, hooks);
     try {
-        walkFolder(root, [&walk](const WalkEntry& entry) { return walk.visit(entry); });
+        walkFolder(Folder::open(root), [&walk](const WalkEntry& entry) { return walk.visit(entry); });
     } catch (const std::filesystem::filesystem_error& error) {
         if (error.code().value() == ELOOP) {
             throw SyncError("A file moved outside the selected local folder while scanning.");

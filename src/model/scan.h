@@ -17,6 +17,8 @@ struct ScanHooks {
     // Called with each path whose name is not valid UTF-8: it can be neither saved nor sent, and is left out with all
     // it holds.
     std::function<void(std::string_view path)> unusableName = [](std::string_view) {};
+    // Called with each path that the exclusions leave out, with all it holds.
+    std::function<void(std::string_view path)> excluded = [](std::string_view) {};
 };
 
 // Every regular file that is not excluded and belongs to the sync selection, by relative path. Links are never

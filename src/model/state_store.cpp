@@ -1,26 +1,30 @@
 #include "model/state_store.h"
 
 #include "platform/files.h"
+#include "platform/folder.h"
 #include "platform/standard_paths.h"
 
 namespace zembrastel {
 namespace {
 
-std::filesystem::path stateFile(const std::filesystem::path& folder) { return folder / "profiles.json"; }
+constexpr const char* fileName = "profiles.json";
 
 } // namespace
 
 StateStore::StateStore(std::optional<std::filesystem::path> folder)
     : stateFolder(folder ? *std::move(folder) : dataFolder() / "Zembrastel") {
     makePrivateFolders(stateFolder);
-    removeStaleWrites(stateFile(stateFolder));
+    realFolder = std::filesystem::canonical(stateFolder);
+    removeStaleWrites(realFolder / fileName);
 }
 
 SavedState StateStore::load() const {
-    const auto json = readFile(stateFile(stateFolder));
+    const auto json = readFile(realFolder / fileName);
     return json ? decodeSavedState(*json) : SavedState{};
 }
 
-void StateStore::saveEncoded(const std::string& json) const { writeAtomically(stateFile(stateFolder), json); }
+void StateStore::saveEncoded(const std::string& json) const {
+    writeAtomically(Folder::open(realFolder), fileName, json);
+}
 
 } // namespace zembrastel

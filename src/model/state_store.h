@@ -29,6 +29,7 @@ public:
 
 private:
     std::filesystem::path stateFolder;
+    std::filesystem::path realFolder; // where it was found; a link put in its place later is refused
 };
 
 } // namespace zembrastel

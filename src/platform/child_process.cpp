@@ -8,10 +8,35 @@
 #include <ctime>
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 
 namespace zembrastel {
 namespace {
+
+// Of the numbers that the child's descriptors have: three streams, a file, and the end of a pipe.
+constexpr int lowestFree = 5;
+
+struct Pipe {
+    explicit Pipe(const std::string& executable) {
+        std::array<int, 2> ends{};
+        if (::pipe2(ends.data(), O_CLOEXEC) != 0) throwFileError("pipe", executable);
+        reading = Descriptor(ends[0]);
+        writing = Descriptor(ends[1]);
+    }
+
+    Descriptor reading;
+    Descriptor writing;
+};
+
+// From here on the kernel kills the process when the last writing end of the pipe is closed, which it does itself for a
+// program that was killed. The process must hold the reading end. PR_SET_PDEATHSIG, which would do the same, can be set
+// only by code between fork and exec.
+void killAtHangUp(int readingEnd, pid_t process) {
+    (void)::fcntl(readingEnd, F_SETSIG, SIGKILL);
+    (void)::fcntl(readingEnd, F_SETOWN, process);
+    (void)::fcntl(readingEnd, F_SETFL, O_ASYNC);
+}
 
 class SpawnActions {
 public:
@@ -80,17 +105,19 @@ ChildProcess::~ChildProcess() {
 }
 
 void ChildProcess::start() {
-    std::array<int, 2> ends{};
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0) throwFileError("pipe", command.executable);
-    const Descriptor readingEnd(ends[0]);
-    Descriptor writingEnd(ends[1]);
-
+    Pipe configuration(command.executable);
+    Pipe lifeline(command.executable);
+    // Out of the way of the numbers given out below.
+    lifeline.reading = Descriptor(::fcntl(lifeline.reading.get(), F_DUPFD_CLOEXEC, lowestFree));
+    if (!lifeline.reading) throwFileError("fcntl", command.executable);
     SpawnActions spawn;
-    posix_spawn_file_actions_adddup2(&spawn.actions, readingEnd.get(), STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&spawn.actions, configuration.reading.get(), STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&spawn.actions, command.output, STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&spawn.actions, command.errors, STDERR_FILENO);
-    if (command.workingFolder >= 0) posix_spawn_file_actions_addfchdir_np(&spawn.actions, command.workingFolder);
-    posix_spawn_file_actions_addclosefrom_np(&spawn.actions, STDERR_FILENO + 1);
+    int firstUnused = STDERR_FILENO + 1;
+    if (command.file >= 0) posix_spawn_file_actions_adddup2(&spawn.actions, command.file, firstUnused++);
+    posix_spawn_file_actions_adddup2(&spawn.actions, lifeline.reading.get(), firstUnused++);
+    posix_spawn_file_actions_addclosefrom_np(&spawn.actions, firstUnused);
 
     std::vector<char*> arguments{command.executable.data()};
     for (auto& argument : command.arguments) arguments.push_back(argument.data());
@@ -102,7 +129,13 @@ void ChildProcess::start() {
         process = -1;
         throwFileError("posix_spawn", command.executable, failed);
     }
-    input = std::move(writingEnd);
+    killAtHangUp(lifeline.reading.get(), process);
+    if (command.mostWritten) {
+        const rlimit most{.rlim_cur = *command.mostWritten, .rlim_max = *command.mostWritten};
+        (void)::prlimit(process, RLIMIT_FSIZE, &most, nullptr); // a child that has ended already needs none
+    }
+    input = std::move(configuration.writing);
+    life = std::move(lifeline.writing);
 }
 
 bool ChildProcess::writeInput(std::string_view bytes) {
@@ -133,6 +166,7 @@ ChildProcess::Exit ChildProcess::collect() {
     const bool known = collected == process;
     process = -1;
     input.close();
+    life.close();
     // Where the exits of children are ignored, nobody can tell how this one ended: it did not end well.
     if (!known) return {.exited = false, .code = 0};
     if (WIFEXITED(status)) return {.exited = true, .code = WEXITSTATUS(status)};

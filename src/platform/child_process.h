@@ -3,12 +3,15 @@
 // Identity; owned by the thread that runs it. Only terminate() may come from another thread, and only between start()
 // and collect(): until collect() the kernel keeps the id reserved, so a request to end can never hit a stranger.
 //
-// The child gets the three standard streams and no other descriptor, default signal handling, and a process group of
-// its own, so that Ctrl-C in a terminal reaches it only through this program.
+// The child gets the three standard streams, the file that is handed over to it, the end of a pipe by which it is
+// killed should this program be killed, and no other descriptor; default signal handling; and a process group of its
+// own, so that Ctrl-C in a terminal reaches it only through this program.
 #pragma once
 
 #include "platform/descriptor.h"
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <sys/types.h>
@@ -21,10 +24,17 @@ public:
     struct Command {
         std::string executable; // absolute path
         std::vector<std::string> arguments = {};
-        int output = -1;        // borrowed until start() returned: the child's standard output
-        int errors = -1;        // likewise its standard error
-        int workingFolder = -1; // likewise the folder it works in; this program's own when negative
+        int output = -1; // borrowed until start() returned: the child's standard output
+        int errors = -1; // likewise its standard error
+        int file = -1;   // likewise a file that the child finds at `filePath`, where there is one
+
+        // No file that the child writes may become longer than this: SIGXFSZ ends it. In force before the child has
+        // read its input, not from its first moment.
+        std::optional<std::uint64_t> mostWritten = std::nullopt;
     };
+
+    // Names the one file that was handed over and no other, whatever happens to the name it had.
+    static constexpr const char* filePath = "/dev/fd/3";
 
     struct Exit {
         bool exited = false; // false when a signal ended it
@@ -56,6 +66,7 @@ public:
 private:
     Command command;
     Descriptor input;
+    Descriptor life; // closed by the kernel with the program, however that ends
     pid_t process = -1;
 };
 

@@ -34,12 +34,11 @@ EntryKind kindOfMode(mode_t mode) {
 
 class Walk {
 public:
-    Walk(const std::filesystem::path& rootFolder, const std::function<bool(const WalkEntry&)>& visitor)
-        : root(rootFolder), visit(visitor), buffer(std::make_unique<Buffer>()) {}
+    Walk(const Folder& rootFolder, const std::function<bool(const WalkEntry&)>& visitor)
+        : top(rootFolder), root(rootFolder.path()), visit(visitor), buffer(std::make_unique<Buffer>()) {}
 
-    void run(Descriptor top) {
-        if (!top) throwFileError("open", root);
-        levels.push_back({.folder = std::move(top), .pathLength = 0, .toEnter = {}});
+    void run() {
+        levels.push_back({.folder = openTop(), .pathLength = 0, .toEnter = {}});
         readLevel();
         while (!levels.empty()) {
             if (levels.back().toEnter.empty()) {
@@ -122,16 +121,23 @@ private:
         throwFileError("open", root / relative, swapped ? ELOOP : errorNumber);
     }
 
+    // Opened anew, because the held descriptor has one place of reading for all.
+    Descriptor openTop() const {
+        Descriptor opened(::openat(top.descriptor(), ".", folderFlags));
+        if (!opened) throwFileError("open", root);
+        return opened;
+    }
+
     // The folder at a relative path, component by component and through no link.
     Descriptor reopen(const std::string& relative) const {
-        Descriptor folder(::open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        if (!folder) throwFileError("open", root);
+        Descriptor folder = openTop();
         for (const auto& component : std::filesystem::path(relative)) {
             folder = enter(folder.get(), component.string(), relative);
         }
         return folder;
     }
 
+    const Folder& top;
     const std::filesystem::path& root;
     const std::function<bool(const WalkEntry&)>& visit;
     std::unique_ptr<Buffer> buffer;
@@ -145,17 +151,14 @@ struct stat WalkEntry::attributes() const {
     return attributesOf(parent, name.data(), root / path);
 }
 
-void walkFolder(const std::filesystem::path& root, const std::function<bool(const WalkEntry&)>& visit) {
-    Walk(root, visit).run(Descriptor(::open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)));
-}
+void walkFolder(const Folder& root, const std::function<bool(const WalkEntry&)>& visit) { Walk(root, visit).run(); }
 
 void visitItems(const Folder& folder, const std::function<void(const WalkEntry&)>& visit) {
     const std::function<bool(const WalkEntry&)> stay = [&visit](const WalkEntry& entry) {
         visit(entry);
         return false;
     };
-    // Opened anew, because the held descriptor has one place of reading for all.
-    Walk(folder.path(), stay).run(Descriptor(::openat(folder.descriptor(), ".", folderFlags)));
+    Walk(folder, stay).run();
 }
 
 } // namespace zembrastel

@@ -39,8 +39,8 @@ private:
 // the visitor throws ends the walk, as does the first item that cannot be read (std::filesystem::filesystem_error; its
 // code is ELOOP when a folder was swapped for a link during the walk).
 //
-// Holds at most 32 descriptors, however deep the tree.
-void walkFolder(const std::filesystem::path& root, const std::function<bool(const WalkEntry&)>& visit);
+// Holds at most 34 descriptors, however deep the tree, the root's among them.
+void walkFolder(const Folder& root, const std::function<bool(const WalkEntry&)>& visit);
 
 // The same for what lies in an open folder itself; none of it is entered.
 void visitItems(const Folder& folder, const std::function<void(const WalkEntry&)>& visit);

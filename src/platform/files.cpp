@@ -1,6 +1,7 @@
 #include "platform/files.h"
 
 #include "platform/descriptor.h"
+#include "platform/folder.h"
 #include "platform/uuid.h"
 
 #include <array>
@@ -25,26 +26,25 @@ void writeAll(int descriptor, std::string_view bytes, const std::filesystem::pat
     }
 }
 
-void flushFolder(const std::filesystem::path& folder) {
-    const Descriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!opened) throwFileError("open", folder);
+void flushFolder(const Folder& folder) {
     // Some file systems cannot flush a folder and need not.
-    if (::fsync(opened.get()) != 0 && errno != EINVAL && errno != EROFS) throwFileError("fsync", folder);
+    if (::fsync(folder.descriptor()) != 0 && errno != EINVAL && errno != EROFS) throwFileError("fsync", folder.path());
 }
 
 // Removes the file unless it was kept.
 class TemporaryFile {
 public:
-    explicit TemporaryFile(std::filesystem::path file) : path(std::move(file)) {}
+    TemporaryFile(const Folder& where, std::string fileName) : folder(where), name(std::move(fileName)) {}
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
     ~TemporaryFile() {
-        if (!kept) ::unlink(path.c_str());
+        if (!kept) folder.remove(name);
     }
     void keep() { kept = true; }
 
 private:
-    std::filesystem::path path;
+    const Folder& folder;
+    const std::string name;
     bool kept = false;
 };
 
@@ -86,18 +86,23 @@ void makePrivateFolders(const std::filesystem::path& folder) {
 }
 
 void writeAtomically(const std::filesystem::path& file, std::string_view bytes) {
-    const std::filesystem::path temporary = file.string() + "." + Uuid::random().text() + std::string(writeSuffix);
-    Descriptor opened(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    if (!opened) throwFileError("open", temporary);
-    TemporaryFile guard(temporary);
+    const auto folder = file.parent_path();
+    writeAtomically(Folder::openThroughLinks(folder.empty() ? "." : folder), file.filename(), bytes);
+}
+
+void writeAtomically(const Folder& folder, const std::string& name, std::string_view bytes) {
+    const std::string temporary = name + "." + Uuid::random().text() + std::string(writeSuffix);
+    const auto path = folder.path() / temporary;
+    Descriptor opened = folder.create(temporary, S_IRUSR | S_IWUSR);
+    TemporaryFile guard(folder, temporary);
     // The process's umask may have taken more away than the mode asked for.
-    if (::fchmod(opened.get(), S_IRUSR | S_IWUSR) != 0) throwFileError("chmod", temporary);
-    writeAll(opened.get(), bytes, temporary);
-    if (::fsync(opened.get()) != 0) throwFileError("fsync", temporary);
+    if (::fchmod(opened.get(), S_IRUSR | S_IWUSR) != 0) throwFileError("chmod", path);
+    writeAll(opened.get(), bytes, path);
+    if (::fsync(opened.get()) != 0) throwFileError("fsync", path);
     opened.close();
-    if (::rename(temporary.c_str(), file.c_str()) != 0) throwFileError("rename", file);
+    folder.replace(temporary, folder, name);
     guard.keep();
-    flushFolder(file.parent_path());
+    flushFolder(folder);
 }
 
 void removeStaleWrites(const std::filesystem::path& file) {
@@ -118,26 +123,31 @@ void removeStaleWrites(const std::filesystem::path& file) {
     }
 }
 
-std::optional<std::string> readFile(const std::filesystem::path& file) {
-    const Descriptor opened(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!opened && errno == ENOENT) return std::nullopt;
-    if (!opened) throwFileError("open", file);
+std::string readContents(int file, const std::filesystem::path& name) {
     struct stat attributes {};
-    if (::fstat(opened.get(), &attributes) != 0) throwFileError("stat", file);
+    if (::fstat(file, &attributes) != 0) throwFileError("stat", name);
+    if (::lseek(file, 0, SEEK_SET) < 0 && errno != ESPIPE) throwFileError("seek", name);
     std::string bytes;
     std::size_t length = 0;
     // One byte more than the size says, so that the end is seen without growing.
     bytes.resize(static_cast<std::size_t>(attributes.st_size) + 1);
     while (true) {
-        const ssize_t size = ::read(opened.get(), bytes.data() + length, bytes.size() - length);
+        const ssize_t size = ::read(file, bytes.data() + length, bytes.size() - length);
         if (size < 0 && errno == EINTR) continue;
-        if (size < 0) throwFileError("read", file);
+        if (size < 0) throwFileError("read", name);
         if (size == 0) break;
         length += static_cast<std::size_t>(size);
         if (length == bytes.size()) bytes.resize(bytes.size() * 2);
     }
     bytes.resize(length);
     return bytes;
+}
+
+std::optional<std::string> readFile(const std::filesystem::path& file) {
+    const Descriptor opened(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!opened && errno == ENOENT) return std::nullopt;
+    if (!opened) throwFileError("open", file);
+    return readContents(opened.get(), file);
 }
 
 void copyContents(int from, int to, const std::filesystem::path& name, const std::function<void()>& checkpoint) {

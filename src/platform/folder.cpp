@@ -43,6 +43,12 @@ Folder Folder::open(const std::filesystem::path& path) {
     throwFileError("open", path, link ? ELOOP : errorNumber);
 }
 
+Folder Folder::openThroughLinks(const std::filesystem::path& path) {
+    Descriptor opened(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!opened) throwFileError("open", path);
+    return {std::move(opened), path};
+}
+
 std::optional<Folder> Folder::enter(const std::string& name) const {
     Descriptor entered(::openat(opened.get(), name.c_str(), folderFlags));
     if (entered) return Folder(std::move(entered), place / name);
@@ -80,7 +86,7 @@ Descriptor Folder::openForReading(const std::string& name) const {
 }
 
 Descriptor Folder::create(const std::string& name, mode_t mode) const {
-    Descriptor file(::openat(opened.get(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
+    Descriptor file(::openat(opened.get(), name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
     if (!file) throwFileError("open", place / name);
     return file;
 }

@@ -19,6 +19,9 @@ public:
     // Opens the folder at an absolute path of which no component is a link.
     [[nodiscard]] static Folder open(const std::filesystem::path& path);
 
+    // Opens the folder that the path leads to, links followed: for a place that the user or the system chose, once.
+    [[nodiscard]] static Folder openThroughLinks(const std::filesystem::path& path);
+
     // The folder of that name in this one; nothing when there is no item of that name, or one that is no folder.
     [[nodiscard]] std::optional<Folder> enter(const std::string& name) const;
 
@@ -30,7 +33,7 @@ public:
 
     [[nodiscard]] Descriptor openForReading(const std::string& name) const;
 
-    // Makes a new file; one that exists is an error.
+    // Makes a new file, for reading and writing; one that exists is an error.
     [[nodiscard]] Descriptor create(const std::string& name, mode_t mode) const;
 
     // Gives a file the further, or only, name `newName`. False, with nothing changed, when an item of that name exists.

@@ -4,6 +4,7 @@
 #include "platform/standard_paths.h"
 #include "platform/uuid.h"
 
+#include <cerrno>
 #include <chrono>
 #include <string>
 #include <string_view>
@@ -25,15 +26,22 @@ bool isStale(const std::filesystem::path& folder) {
     return attributes.st_uid == ::geteuid() && std::chrono::system_clock::now() - modified > std::chrono::hours(1);
 }
 
+Folder makePrivateFolder() {
+    const auto parent = Folder::openThroughLinks(temporaryFolder());
+    const auto name = std::string(prefix) + Uuid::random().text();
+    if (::mkdirat(parent.descriptor(), name.c_str(), S_IRWXU) != 0) throwFileError("mkdir", parent.path() / name);
+    auto made = parent.enter(name);
+    if (!made) throwFileError("open", parent.path() / name, ENOENT);
+    return std::move(*made);
+}
+
 } // namespace
 
-PrivateFolder::PrivateFolder() : folder(temporaryFolder() / (std::string(prefix) + Uuid::random().text())) {
-    if (::mkdir(folder.c_str(), S_IRWXU) != 0) throwFileError("mkdir", folder);
-}
+PrivateFolder::PrivateFolder() : opened(makePrivateFolder()) {}
 
 PrivateFolder::~PrivateFolder() {
     std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
+    std::filesystem::remove_all(path(), ignored);
 }
 
 void removeStalePrivateFolders() {

@@ -1,5 +1,9 @@
 // A working folder in the system's temporary folder, for its owner alone, gone with the object.
+//
+// What is made in it through folder() is in the folder that was made, whatever another program puts in its place.
 #pragma once
+
+#include "platform/folder.h"
 
 #include <filesystem>
 
@@ -14,10 +18,11 @@ public:
     // Removes the folder with all it holds; what cannot be removed stays.
     ~PrivateFolder();
 
-    [[nodiscard]] const std::filesystem::path& path() const { return folder; }
+    [[nodiscard]] const std::filesystem::path& path() const { return opened.path(); }
+    [[nodiscard]] const Folder& folder() const { return opened; }
 
 private:
-    std::filesystem::path folder;
+    Folder opened;
 };
 
 // Removes the folders that runs of this user left behind when they were killed: those over an hour old, which is

@@ -5,55 +5,22 @@
 #include "platform/private_folder.h"
 #include "platform/text.h"
 #include "transport/ftp_transport.h"
-#include "transport/remote_url.h"
 
-#include <fcntl.h>
+#include <csignal>
+#include <sys/stat.h>
 
 namespace zembrastel {
 namespace {
 
 constexpr const char* curlExecutable = "/usr/bin/curl";
+constexpr mode_t ownerOnly = S_IRUSR | S_IWUSR;
 
-std::vector<TransferOption> baseOptions(const FTPTransport& transport, std::string_view path, bool directory) {
-    const Profile& profile = transport.profile;
-    std::vector<TransferOption> options{
-        {"silent"},
-        {"show-error"},
-        {"globoff"},
-        {"connect-timeout", "15"},
-        {"max-time", "600"},
-        {"speed-time", "30"},
-        {"speed-limit", "1"},
-        {"ftp-pasv"},
-        {"proxy", ""},
-        {"proto", "=ftp,ftps"},
-        {"user", profile.username + ":" + transport.password},
-        {"url", url(profile, path, directory)},
-        {"quote", "*OPTS UTF8 ON"},
-    };
-    if (profile.transport != TransferProtocol::ftp) options.push_back({"ssl-reqd"});
-    return options;
-}
+// Far more than a folder of a million items takes. A listing without an end would fill the disk, and then the memory.
+constexpr std::uint64_t longestListing = std::uint64_t{128} << 20;
 
-std::string configurationText(const std::vector<TransferOption>& options) {
-    std::string text;
-    for (const auto& [key, value] : options) {
-        text += key;
-        if (value) text += " = " + quote(*value);
-        text += '\n';
-    }
-    return text;
-}
-
-Descriptor createOutput(const std::filesystem::path& file) {
-    Descriptor opened(::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    if (!opened) throwFileError("open", file);
-    return opened;
-}
-
-std::string errorText(const std::filesystem::path& file) {
+std::string errorText(int file, const std::filesystem::path& name) {
     try {
-        return readFile(file).value_or("");
+        return readContents(file, name);
     } catch (const std::filesystem::filesystem_error&) {
         return ""; // curl's failure is the one to report, with or without its words
     }
@@ -95,27 +62,25 @@ ChildProcess::Exit runUnder(TransferControl& control, ChildProcess& process, std
 } // namespace
 
 std::string FTPTransport::run(
-    std::string_view path, bool directory, const std::vector<TransferOption>& options,
-    const Folder* workingFolder) const {
+    std::string_view path, bool directory, const std::vector<TransferOption>& options, int localFile) const {
     control->check();
-    if (containsLineBreak(password) || password.find('\0') != std::string::npos) {
-        throw SyncError("FTP passwords cannot contain line breaks or null characters.");
-    }
-    const PrivateFolder folder;
-    const Descriptor output = createOutput(folder.path() / "out");
-    const Descriptor errors = createOutput(folder.path() / "err");
-    auto all = baseOptions(*this, path, directory);
-    all.insert(all.end(), options.begin(), options.end());
+    const auto configuration = curlConfiguration(profile, password, path, directory, options);
+    const PrivateFolder working;
+    const Folder& folder = working.folder();
+    const Descriptor output = folder.create("out", ownerOnly);
+    const Descriptor errors = folder.create("err", ownerOnly);
     ChildProcess process(
         {.executable = curlExecutable,
          .arguments = {"--disable", "--config", "-"},
          .output = output.get(),
          .errors = errors.get(),
-         .workingFolder = workingFolder == nullptr ? -1 : workingFolder->descriptor()});
-    const auto exit = runUnder(*control, process, configurationText(all));
+         .file = localFile,
+         .mostWritten = directory ? std::optional(longestListing) : std::nullopt});
+    const auto exit = runUnder(*control, process, configuration);
     control->check();
-    if (exit.exited && exit.code == 0) return readFile(folder.path() / "out").value_or("");
-    throw SyncError(failureMessage(errorText(folder.path() / "err"), password));
+    if (exit.exited && exit.code == 0) return readContents(output.get(), folder.path() / "out");
+    if (!exit.exited && exit.code == SIGXFSZ) throw SyncError("The server's directory listing is too long.");
+    throw SyncError(failureMessage(errorText(errors.get(), folder.path() / "err"), password));
 }
 
 } // namespace zembrastel

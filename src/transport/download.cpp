@@ -1,4 +1,5 @@
 #include "model/error.h"
+#include "platform/child_process.h"
 #include "platform/files.h"
 #include "platform/folder.h"
 #include "platform/uuid.h"
@@ -8,22 +9,26 @@
 #include <cerrno>
 #include <cmath>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <utility>
 
 namespace zembrastel {
 namespace {
 
 constexpr std::chrono::seconds dateTolerance{1};
 constexpr mode_t permissionBits = 07777;
+constexpr mode_t newFileMode = 0666; // less the umask, as any program's
 
 // A server file fetched to a temporary name in the folder where it is to be installed; removed unless it was moved on.
 class FetchedFile {
 public:
     FetchedFile(const FTPTransport& transport, const std::string& path, const Folder& into)
-        : folder(into), name(temporaryName()) {
+        : folder(into), name(temporaryName()), file(folder.create(name, newFileMode)) {
+        (void)::flock(file.get(), LOCK_EX | LOCK_NB); // a file of this kind without a lock is a leftover
         try {
-            // curl works in the folder itself, so nobody can swap a link into the path of its output.
-            transport.run(path, false, {{"output", name}, {"remote-time"}}, &folder);
+            // curl writes to the file that was made, and gives it its date, whatever comes to stand under its name.
+            transport.run(path, false, {{"output", ChildProcess::filePath}, {"remote-time"}}, file.get());
         } catch (...) {
             folder.remove(name);
             throw;
@@ -36,13 +41,22 @@ public:
     }
 
     // Flushes the contents to the disk and, where given, sets the permission bits. Done before the file is installed:
-    // a crash that left it short would otherwise have the short file uploaded as a local edit.
+    // a crash that left it short would otherwise have the short file uploaded as a local edit. Throws when something
+    // else has come to stand under the temporary name.
     void settle(std::optional<mode_t> permissions) const {
-        const Descriptor file = folder.openForReading(name);
+        const auto item = folder.attributes(name);
+        if (!item || item->st_ino != fingerprint().inode) throwFileError("open", folder.path() / name, ESTALE);
         if (permissions && ::fchmod(file.get(), *permissions & permissionBits) != 0) {
             throwFileError("chmod", folder.path() / name);
         }
         if (::fsync(file.get()) != 0) throwFileError("fsync", folder.path() / name);
+    }
+
+    // Of what was fetched. Read before the file is installed: what stands in the place afterwards may be an edit.
+    [[nodiscard]] Fingerprint fingerprint() const {
+        struct stat attributes {};
+        if (::fstat(file.get(), &attributes) != 0) throwFileError("stat", folder.path() / name);
+        return Fingerprint::of(attributes);
     }
 
     // Leaves the file of that name where it is.
@@ -52,6 +66,7 @@ public:
     const std::string name;
 
 private:
+    const Descriptor file;
     mutable bool kept = false;
 };
 
@@ -59,10 +74,14 @@ bool differs(RemoteDate a, RemoteDate b) {
     return std::abs((a - b).count()) >= std::chrono::duration<double>(dateTolerance).count();
 }
 
-// Copies contents, permission bits and modification time of the file to its place under a new backup folder.
+// A place for the file under a new backup folder, which is made.
+LocalPlace newBackupPlace(const std::string& localFolder, const std::string& path) {
+    return LocalPlace::resolveMakingFolders(localFolder, ".zembrastel-backups/" + Uuid::random().text() + "/" + path);
+}
+
+// Copies contents, permission bits and modification time of the file to a new backup place.
 LocalPlace makeBackup(const std::string& localFolder, const LocalPlace& original, const TransferControl& control) {
-    auto backup = LocalPlace::resolveMakingFolders(
-        localFolder, ".zembrastel-backups/" + Uuid::random().text() + "/" + original.path);
+    auto backup = newBackupPlace(localFolder, original.path);
     const Descriptor from = original.parent->openForReading(original.name);
     struct stat attributes {};
     if (::fstat(from.get(), &attributes) != 0) throwFileError("stat", original.url);
@@ -76,15 +95,28 @@ LocalPlace makeBackup(const std::string& localFolder, const LocalPlace& original
     return backup;
 }
 
-// Puts the fetched file in the place of the local version with this fingerprint. False, with the local file as it was,
-// when that is no longer the version in place. The replaced file itself becomes the backup, in the place of its copy:
-// whatever a program that still has it open writes to it is then in the backup.
+// Puts what an exchange brought out under `name` back in its place, where `placed` stands since. The editing may go on:
+// what comes out now can be a newer edit still, which has to go back in its turn. The place has the newest once there
+// comes out what was put in before; that is then under `name`.
+void putBack(const Folder& folder, const std::string& name, const std::string& place, ino_t placed) {
+    for (auto out = folder.attributes(name); out && folder.exchange(name, place);) {
+        const auto back = folder.attributes(name);
+        if (!back || back->st_ino == placed) return;
+        placed = std::exchange(out, back)->st_ino;
+    }
+}
+
+// Puts the fetched file in the place of the local version with this fingerprint. False, with the newest local edit in
+// place, when that is no longer the version there. Whatever stood in the place for a moment goes to a backup and is
+// never removed: a program may still have it open, and what it writes is then in the backup.
 bool install(
-    const FetchedFile& fetched, const LocalPlace& local, const Fingerprint& version, const LocalPlace& backup) {
+    const FetchedFile& fetched, const LocalPlace& local, const Fingerprint& version, const LocalPlace& backup,
+    const std::string& localFolder) {
     const Folder& folder = *local.parent;
     const auto current = local.attributes();
     if (!current || Fingerprint::of(*current) != version) return false;
     fetched.settle(current->st_mode);
+    const auto inode = static_cast<ino_t>(fetched.fingerprint().inode);
     if (!folder.exchange(fetched.name, local.name)) {
         folder.replace(fetched.name, folder, local.name);
         return true;
@@ -98,10 +130,17 @@ bool install(
         }
         return true;
     }
-    // An edit slipped in between the look and the exchange: it goes back to where it was. Until it is there, the
-    // temporary name is the only one it has.
+    // An edit slipped in between the look and the exchange. Until it is back, the temporary name is the only one it
+    // has.
     fetched.keep();
-    if (folder.exchange(fetched.name, local.name)) folder.remove(fetched.name);
+    try {
+        putBack(folder, fetched.name, local.name, inode);
+    } catch (const std::filesystem::filesystem_error& error) {
+        // The place was cleared meanwhile, and stays so.
+        if (error.code() != std::errc::no_such_file_or_directory) throw;
+    }
+    const auto leftover = newBackupPlace(localFolder, local.path);
+    folder.replace(fetched.name, *leftover.parent, leftover.name);
     return false;
 }
 
@@ -163,8 +202,9 @@ private:
         report("Downloading " + path);
         const FetchedFile fetched(transport, path, *local.parent);
         fetched.settle(std::nullopt);
+        const auto fingerprint = fetched.fingerprint();
         if (local.parent->install(fetched.name, local.name)) {
-            installed(path, local.fingerprint());
+            installed(path, fingerprint);
         } else {
             report("Kept existing local file: " + path);
         }
@@ -222,10 +262,11 @@ Fingerprint FTPTransport::replaceLocal(const RemoteChange& change) const {
     }
     const auto backup = makeBackup(profile.localFolder, local, *control);
     control->check();
-    if (!install(fetched, local, change.local, backup)) {
+    const auto fingerprint = fetched.fingerprint();
+    if (!install(fetched, local, change.local, backup, profile.localFolder)) {
         throw SyncError(path + " changed while making its backup. The local copy was kept; check again.");
     }
-    return local.fingerprint();
+    return fingerprint;
 }
 
 } // namespace zembrastel

@@ -10,6 +10,7 @@
 
 #include "model/fingerprint.h"
 #include "model/profile.h"
+#include "transport/curl_configuration.h"
 #include "transport/remote_change.h"
 #include "transport/remote_entry.h"
 #include "transport/transfer_control.h"
@@ -25,14 +26,6 @@
 
 namespace zembrastel {
 
-class Folder;
-
-// One line of curl's configuration: a long option's name and, where it takes one, its value.
-struct TransferOption {
-    std::string key;
-    std::optional<std::string> value = std::nullopt;
-};
-
 struct FTPTransport {
     using Report = std::function<void(const std::string& line)>;
     using Installed = std::function<void(const std::string& path, const Fingerprint& fingerprint)>;
@@ -42,10 +35,10 @@ struct FTPTransport {
     std::shared_ptr<TransferControl> control;
 
     // One run of curl: the options that every operation has, then `options`. Returns what curl wrote to its standard
-    // output. A path of the local side among the options may be relative to `workingFolder`, where one is given.
+    // output. The one local file that curl may read or write is the open `localFile`, which the options call
+    // ChildProcess::filePath: curl is given no path of the local side, so nobody can put a link into one.
     std::string run(
-        std::string_view path, bool directory, const std::vector<TransferOption>& options,
-        const Folder* workingFolder = nullptr) const;
+        std::string_view path, bool directory, const std::vector<TransferOption>& options, int localFile = -1) const;
 
     // The entries of one remote folder, in the server's order: those of MLSD that LIST shows as well, with MLSD's
     // dates, or where the server has no MLSD those of LIST, without dates.
@@ -77,6 +70,7 @@ struct FTPTransport {
 
     // The scanned local files whose server copy somebody else made newer, ordered as a file manager would. `baseline`
     // and `knownDates` are what was recorded at the last synchronisation; `report` gets a line for each folder.
+    // What a download that was killed left in the local folder is cleared away first: see leftovers.h.
     [[nodiscard]] std::vector<RemoteChange> newerRemoteFiles(
         const FileMap& baseline, const RemoteDates& knownDates, const Report& report) const;
 };

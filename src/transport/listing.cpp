@@ -3,9 +3,6 @@
 #include "transport/ftp_transport.h"
 #include "transport/listing_parsers.h"
 
-#include <algorithm>
-#include <unordered_set>
-
 namespace zembrastel {
 namespace {
 
@@ -27,13 +24,6 @@ std::vector<RemoteEntry> listLIST(const FTPTransport& transport, std::string_vie
     const std::string text = transport.run(path, true, {});
     if (!isValidUtf8(text)) throw SyncError("The server's filenames are not UTF-8.");
     return parseLIST(text);
-}
-
-// Keeps the entries that LIST shows as well: what a server hides there is not to be offered.
-void keepShown(std::vector<RemoteEntry>& entries, const std::vector<RemoteEntry>& shown) {
-    std::unordered_set<std::string_view> names;
-    for (const auto& entry : shown) names.insert(entry.name);
-    std::erase_if(entries, [&names](const RemoteEntry& entry) { return !names.contains(entry.name); });
 }
 
 } // namespace
@@ -62,15 +52,10 @@ std::vector<RemoteEntry> FTPTransport::list(std::string_view path) const {
 }
 
 RemoteDate FTPTransport::modificationDate(std::string_view path) const {
-    constexpr std::string_view header = "last-modified:";
     const std::string text = run(path, false, {{"head"}});
-    if (isValidUtf8(text)) {
-        for (const auto line : split(text, '\n')) {
-            if (!asciiLowercase(line.substr(0, header.size())).starts_with(header)) continue;
-            const auto date = parseHttpDate(trimmed(line.substr(header.size())));
-            if (date) return toRemoteDate(*date);
-            throw SyncError("The server returned an unreadable modification date for " + std::string(path) + ".");
-        }
+    if (const auto value = isValidUtf8(text) ? findLastModified(text) : std::nullopt) {
+        if (const auto date = parseHttpDate(*value)) return toRemoteDate(*date);
+        throw SyncError("The server returned an unreadable modification date for " + std::string(path) + ".");
     }
     throw SyncError(
         "The server did not provide a modification date for " + std::string(path)

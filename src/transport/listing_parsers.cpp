@@ -217,6 +217,16 @@ std::vector<RemoteEntry> parseLIST(std::string_view text) {
     return entries;
 }
 
+void keepShown(std::vector<RemoteEntry>& entries, const std::vector<RemoteEntry>& shown) {
+    // Sorted rather than hashed: a server could choose a million names that all have the same hash.
+    std::vector<std::string_view> names;
+    names.reserve(shown.size());
+    for (const auto& entry : shown) names.push_back(entry.name);
+    std::ranges::sort(names);
+    std::erase_if(
+        entries, [&names](const RemoteEntry& entry) { return !std::ranges::binary_search(names, entry.name); });
+}
+
 std::optional<RemoteDate> parseFTPDate(std::string_view text) {
     constexpr std::size_t length = 14;
     const std::string_view stamp = text.substr(0, length);
@@ -234,6 +244,15 @@ std::optional<RemoteDate> parseFTPDate(std::string_view text) {
     return toRemoteDate(
         std::chrono::sys_days(date) + std::chrono::hours(hour) + std::chrono::minutes(minute)
         + std::chrono::seconds(second));
+}
+
+std::optional<std::string_view> findLastModified(std::string_view headers) {
+    constexpr std::string_view key = "last-modified:";
+    std::optional<std::string_view> value;
+    forEachLine(headers, [&](std::string_view line) {
+        if (!value && startsWith(line, key)) value = trimmed(line.substr(key.size()));
+    });
+    return value;
 }
 
 } // namespace zembrastel

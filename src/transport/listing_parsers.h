@@ -1,4 +1,4 @@
-// The text of a directory listing, as entries.
+// The text of a directory listing as entries, and the dates of a server.
 //
 // Pure functions; any thread. Strict: a listing that cannot be read with certainty is refused as a whole with a
 // SyncError, and so is one with a name that is no valid path component. Entries come in listing order. The time taken
@@ -20,8 +20,14 @@ namespace zembrastel {
 // folder's own entries are left out.
 [[nodiscard]] std::vector<RemoteEntry> parseLIST(std::string_view text);
 
+// Keeps the entries that the other listing shows as well: what a server hides there is not to be offered.
+void keepShown(std::vector<RemoteEntry>& entries, const std::vector<RemoteEntry>& shown);
+
 // The instant of "20200101123456", in UTC; what follows the fourteenth character is not looked at. Nothing when those
 // characters are no date and time of the calendar.
 [[nodiscard]] std::optional<RemoteDate> parseFTPDate(std::string_view text);
+
+// What stands after "Last-Modified:" in header lines, without the blanks around it. Nothing when no line has it.
+[[nodiscard]] std::optional<std::string_view> findLastModified(std::string_view headers);
 
 } // namespace zembrastel

@@ -1,6 +1,7 @@
 #include "model/scan.h"
 #include "platform/text.h"
 #include "transport/ftp_transport.h"
+#include "transport/leftovers.h"
 
 #include <algorithm>
 #include <chrono>
@@ -82,7 +83,12 @@ bool shouldOffer(RemoteDate remote, const Fingerprint& local, std::optional<Remo
 
 std::vector<RemoteChange> FTPTransport::newerRemoteFiles(
     const FileMap& baseline, const RemoteDates& knownDates, const Report& report) const {
-    const FileMap local = scan(profile, {.checkpoint = [this] { control->check(); }});
+    std::vector<std::string> leftovers;
+    const auto noteLeftover = [&leftovers](std::string_view path) {
+        if (isTemporaryPath(path)) leftovers.emplace_back(path);
+    };
+    const FileMap local = scan(profile, {.checkpoint = [this] { control->check(); }, .excluded = noteLeftover});
+    for (const auto& path : leftovers) clearLeftover(profile, path);
     if (local.empty()) {
         (void)list(""); // a server that cannot be reached is still to be told
         return {};

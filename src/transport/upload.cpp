@@ -1,4 +1,5 @@
 #include "model/error.h"
+#include "platform/child_process.h"
 #include "platform/files.h"
 #include "platform/private_folder.h"
 #include "platform/text.h"
@@ -6,24 +7,19 @@
 #include "transport/local_place.h"
 #include "transport/remote_url.h"
 
-#include <cerrno>
-#include <fcntl.h>
 #include <sys/stat.h>
 
 namespace zembrastel {
 namespace {
 
-// Copies the file to `staged`. False when what was copied is not, or no longer, the version of this fingerprint.
-bool stageVersion(
-    const LocalPlace& source, const Fingerprint& version, const std::filesystem::path& staged,
-    const TransferControl& control) {
+// Copies the file to the open, empty file `staged`. False when what was copied is not, or no longer, the version of
+// this fingerprint.
+bool stageVersion(const LocalPlace& source, const Fingerprint& version, int staged, const TransferControl& control) {
     const Descriptor from = source.parent->openForReading(source.name);
-    const Descriptor to(::open(staged.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    if (!to) throwFileError("open", staged);
     struct stat opened {};
     if (::fstat(from.get(), &opened) != 0) throwFileError("stat", source.url);
     if (Fingerprint::of(opened) != version) return false;
-    copyContents(from.get(), to.get(), source.url, [&control] { control.check(); });
+    copyContents(from.get(), staged, source.url, [&control] { control.check(); });
     return source.fingerprint() == version;
 }
 
@@ -38,8 +34,8 @@ void FTPTransport::upload(const std::string& path, const Fingerprint& fingerprin
         throw SyncError("File changed before uploading; it will be retried.");
     }
     const PrivateFolder staging;
-    const auto staged = staging.path() / "upload";
-    if (!stageVersion(local, fingerprint, staged, *control)) {
+    const Descriptor staged = staging.folder().create("upload", S_IRUSR | S_IWUSR);
+    if (!stageVersion(local, fingerprint, staged.get(), *control)) {
         throw SyncError("File changed while preparing the upload; it will be retried.");
     }
     const std::string temporary = temporaryName();
@@ -47,9 +43,10 @@ void FTPTransport::upload(const std::string& path, const Fingerprint& fingerprin
     // The renames are sent in the file's own remote folder once the transfer is complete, and only then.
     run(join(pieces, '/'), false,
         {{"ftp-create-dirs"},
-         {"upload-file", staged.string()},
+         {"upload-file", ChildProcess::filePath},
          {"quote", "-RNFR " + temporary},
-         {"quote", "-RNTO " + name}});
+         {"quote", "-RNTO " + name}},
+        staged.get());
 }
 
 } // namespace zembrastel

@@ -2,6 +2,7 @@
 #include "app/app_model.h"
 #include "checks/built_in_checks.h"
 #include "model/error.h"
+#include "platform/core_dumps.h"
 #include "platform/instance_lock.h"
 #include "ui/desktop_options.h"
 #include "ui/keyring_access.h"
@@ -59,6 +60,7 @@ int runDesktop(const DesktopOptions& options, Termination& termination, int argc
 } // namespace zembrastel
 
 int main(int argc, char** argv) {
+    zembrastel::forbidCoreDumps(); // they would hold passwords
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGCHLD, SIG_DFL); // a parent's SIG_IGN would hide how transfers end
     if (const auto checks = zembrastel::checksAskedFor(argc, argv)) {

@@ -1,12 +1,15 @@
 #include "platform/child_process.h"
 #include "platform/files.h"
+#include "support/file_tree.h"
 #include "support/temporary_folder.h"
 
+#include <array>
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <sstream>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <thread>
 
@@ -74,7 +77,7 @@ TEST_F(ChildProcessTest, NothingOfTheProgramLeaksIntoTheChild) {
     std::getline(lines, blockedSignals);
     std::getline(lines, ignoredSignals);
     lines >> group >> process;
-    EXPECT_EQ(std::stoi(descriptors), 4); // the three streams, and the one that ls lists them through
+    EXPECT_EQ(std::stoi(descriptors), 5); // the streams, the pipe that ends it, and the one that ls lists them through
     constexpr unsigned long long standardSignals = 0x7fffffff; // the C library keeps 32 and 33 for itself
     EXPECT_EQ(std::stoull(blockedSignals.substr(blockedSignals.find('\t')), nullptr, 16) & standardSignals, 0U);
     EXPECT_EQ(std::stoull(ignoredSignals.substr(ignoredSignals.find('\t')), nullptr, 16) & standardSignals, 0U);
@@ -114,7 +117,7 @@ TEST_F(ChildProcessTest, AnotherChildsExitIsNeverTakenForItsOwn) {
     EXPECT_EQ(slow.collect().code, 1);
 }
 
-TEST_F(ChildProcessTest, MissingExecutableIsNamedAndWorksInTheGivenFolder) {
+TEST_F(ChildProcessTest, MissingExecutableIsNamed) {
     const auto out = output("out");
     ChildProcess missing({.executable = "/nonexistent/curl", .output = out.get(), .errors = out.get()});
     try {
@@ -124,17 +127,67 @@ TEST_F(ChildProcessTest, MissingExecutableIsNamedAndWorksInTheGivenFolder) {
         EXPECT_EQ(error.path1(), "/nonexistent/curl");
         EXPECT_EQ(error.code(), std::errc::no_such_file_or_directory);
     }
-    const Descriptor place(::open(folder.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    ChildProcess inFolder(
+}
+
+TEST_F(ChildProcessTest, ChildOfAProgramThatIsKilledDoesNotGoOn) {
+    ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 1), 0); // whoever has lost its parent becomes a child of this process
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
+    const Descriptor told(ends[0]);
+    const pid_t program = fork();
+    if (program == 0) {
+        // A stopped child, too: it could not act on a request.
+        ChildProcess child(
+            {.executable = "/bin/sh", .arguments = {"-c", "echo $$; kill -STOP $$"}, .output = ends[1], .errors = 2});
+        child.start();
+        siginfo_t stopped{};
+        waitid(P_ALL, 0, &stopped, WSTOPPED | WNOWAIT);
+        ::kill(::getpid(), SIGKILL);
+    }
+    ::close(ends[1]);
+    ASSERT_EQ(waitpid(program, nullptr, 0), program);
+    std::array<char, 16> text{};
+    ASSERT_GT(::read(told.get(), text.data(), text.size() - 1), 0);
+    const pid_t child = std::stoi(text.data());
+    int status = 0;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
+    prctl(PR_SET_CHILD_SUBREAPER, 0);
+}
+
+TEST_F(ChildProcessTest, FileThatIsHandedOverIsWrittenThoughItsNameHasBecomeALink) {
+    const auto out = output("out");
+    const auto handedOver = output("file");
+    const auto file = folder.path() / "file";
+    std::filesystem::rename(file, folder.path() / "moved");
+    testing::writeFile(folder.path() / "secret", "untouched");
+    std::filesystem::create_symlink(folder.path() / "secret", file);
+    ChildProcess child(
         {.executable = "/bin/sh",
-         .arguments = {"-c", "echo here > made"},
+         .arguments = {"-c", std::string("echo here > ") + ChildProcess::filePath},
          .output = out.get(),
          .errors = out.get(),
-         .workingFolder = place.get()});
-    inFolder.start();
-    inFolder.wait();
-    inFolder.collect();
-    EXPECT_EQ(written("made"), "here\n");
+         .file = handedOver.get()});
+    child.start();
+    child.wait();
+    child.collect();
+    EXPECT_EQ(written("moved"), "here\n");
+    EXPECT_EQ(written("secret"), "untouched");
+}
+
+TEST_F(ChildProcessTest, ChildThatWritesWithoutEndIsEndedAtTheLimit) {
+    const auto out = output("out");
+    ChildProcess child(
+        {.executable = "/bin/sh",
+         .arguments = {"-c", "read line; exec cat /dev/zero"},
+         .output = out.get(),
+         .errors = out.get(),
+         .mostWritten = 1 << 20});
+    child.start();
+    EXPECT_TRUE(child.writeInput("go\n"));
+    child.wait();
+    EXPECT_EQ(child.collect().code, SIGXFSZ);
+    EXPECT_EQ(std::filesystem::file_size(folder.path() / "out"), 1U << 20);
 }
 
 } // namespace

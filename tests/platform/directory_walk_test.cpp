@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 
 std::map<std::string, EntryKind> walked(const fs::path& root) {
     std::map<std::string, EntryKind> found;
-    walkFolder(root, [&found](const WalkEntry& entry) {
+    walkFolder(Folder::open(root), [&found](const WalkEntry& entry) {
         EXPECT_TRUE(found.emplace(entry.path, entry.kind).second) << entry.path;
         return true;
     });
@@ -58,7 +58,7 @@ TEST_F(DirectoryWalkTest, FolderSwappedForALinkDuringTheWalkEndsItInsteadOfLeadi
         return true;
     };
     try {
-        walkFolder(root, swap);
+        walkFolder(Folder::open(root), swap);
         FAIL() << "walked through the link";
     } catch (const fs::filesystem_error& error) {
         EXPECT_EQ(error.code().value(), ELOOP);

@@ -7,12 +7,20 @@ SIGTERM. Login is web / s3cret unless told otherwise. Any user may run it.
 STAGE is where something odd happens: a command (USER PASS PWD CWD EPSV PASV TYPE LIST MLSD MDTM SIZE RETR STOR RNFR
 RNTO MKD QUIT), "greeting" (in place of the first reply), "data" (in a transfer, after --after bytes) or "done" (after
 the data of an upload, in place of the reply to it).
+
+With --break a test says while the server runs what is to go wrong next. Its FILE holds a number and a way to break:
+"close", "reset", "stall" or the text of a reply. Counted from when FILE appeared, the step of that number breaks so,
+and FILE is removed. A step is the greeting, a command, a block of a transfer or the end of an upload's data. A reply
+in place of data ends the transfer, one with 421 the connection.
 """
 import argparse
 import fnmatch
+import io
 import logging
 import os
+import socket
 import stat
+import struct
 import sys
 import threading
 import time
@@ -41,6 +49,9 @@ def parse_arguments():
     add("--list", choices=["unix", "iis", "odd"], default="unix", help="the format of LIST")
     add("--hide", action="append", default=[], metavar="GLOB", help="names that LIST leaves out and MLSD shows")
     add("--mlsd-add", action="append", default=[], metavar="LINE", help=r"a further line of every MLSD; takes \xHH")
+    add("--listing", metavar="FILE", help="the bytes of FILE are what every folder lists, and every folder is there")
+    add("--endless", action="store_true", help="the bytes of --listing come again and again")
+    add("--every-file", metavar="FILE", help="every download brings the bytes of FILE, whatever its name")
     add("--rate", type=int, metavar="BYTES", help="bytes a second, both ways")
     add("--delay", type=float, default=0, metavar="SECONDS", help="wait before the reply to every command")
     add("--hang", metavar="STAGE", help="go silent there, keeping the connection")
@@ -52,6 +63,7 @@ def parse_arguments():
     add("--skip", type=int, default=0, metavar="N", help="the first N occasions for something odd pass as usual")
     add("--times", type=int, metavar="N", help="only N occasions are odd; --reply, --final, --hang, --drop and "
         "--drop-data count together")
+    add("--break", dest="breaking", metavar="FILE", help="where it is said what breaks next: see above")
     add("--log", metavar="FILE", help="write each command with its argument, one a line, as it arrives")
     options = parser.parse_args()
     options.root = os.path.realpath(options.root)
@@ -88,6 +100,30 @@ def is_odd(option, stage):
     return option == stage and occasions.take()
 
 
+class Breaking:
+    """Counts the steps for --break."""
+
+    steps = 0
+
+    def next_step(self):
+        """The way in which this step breaks, or None."""
+        try:
+            with open(options.breaking, encoding="utf8") as file:
+                number, _, way = file.read().strip().partition(" ")
+        except (TypeError, FileNotFoundError):  # TypeError: no such option
+            self.steps = 0
+            return None
+        self.steps += 1
+        if self.steps < int(number):
+            return None
+        self.steps = 0
+        os.unlink(options.breaking)
+        return way
+
+
+breaking = Breaking()
+
+
 class Files(AbstractedFS):
     def format_list(self, basedir, listing, ignore_err=True):
         names = [name for name in listing if not any(fnmatch.fnmatchcase(name, glob) for glob in options.hide)]
@@ -119,14 +155,53 @@ class Files(AbstractedFS):
         super().rename(source, target)
 
 
+class GivenListing:
+    """What --listing says, piece by piece."""
+
+    def __init__(self):
+        with open(options.listing, "rb") as file:
+            text = file.read()
+        self.text = io.BytesIO(text * (CHUNK // max(len(text), 1) + 1) if options.endless else text)
+
+    def more(self):
+        piece = self.text.read(CHUNK)
+        if not piece and options.endless:
+            self.text.seek(0)
+            piece = self.text.read(CHUNK)
+        return piece
+
+
 class OddControl:
     """The control connection."""
+
+    def ftp_MLSD(self, path):
+        if options.listing:
+            self.push_dtp_data(GivenListing(), isproducer=True, cmd="MLSD")
+        else:
+            super().ftp_MLSD(path)
+
+    def ftp_LIST(self, path):
+        if options.listing:
+            self.push_dtp_data(GivenListing(), isproducer=True, cmd="LIST")
+        else:
+            super().ftp_LIST(path)
+
+    def ftp_CWD(self, path):
+        if options.listing:
+            self.respond("250 Here we are.")
+        else:
+            super().ftp_CWD(path)
+
+    def ftp_RETR(self, file):
+        return super().ftp_RETR(options.every_file or file)
 
     def process_command(self, command, *arguments, **named):
         argument = arguments[0] if arguments else ""
         if self in silent:
             return
         self.log_arrival(command, argument)
+        if self.breaks():
+            return
         if command in options.no:
             self.respond(f"500 Command {command} not understood.")
         elif self.is_targeted(argument) and self.does_something_odd(command):
@@ -164,6 +239,29 @@ class OddControl:
         with open(options.log, "a", encoding="utf8", errors="surrogateescape") as file:
             file.write(f"{command} {'*' if command == 'PASS' else argument}".rstrip() + "\n")
 
+    def breaks(self, data=None):
+        """Breaks this step if that is its turn; `data` is the data connection that the step is about."""
+        way = breaking.next_step()
+        if way == "stall":
+            silent.add(self)
+            if data:
+                data.del_channel()  # no longer polled, not closed
+        elif way == "reset":
+            for channel in filter(None, (self, self.data_channel)):
+                channel.socket.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
+            self.close()
+        elif way == "close":
+            self.close()
+        elif way:
+            if data:
+                data._resp = (way, None)
+                data.close()
+            else:
+                self.respond(way)
+            if way.startswith("421"):
+                self.close_when_done()
+        return way is not None
+
     def push(self, text):
         if self not in silent:
             super().push(text)
@@ -175,6 +273,8 @@ class OddControl:
         super().respond(text, *arguments, **named)
 
     def handle(self):
+        if self.breaks():
+            return
         if is_odd(options.hang, "greeting"):
             silent.add(self)
         elif is_odd(options.drop, "greeting"):
@@ -208,7 +308,7 @@ class OddData:
 
     def recv(self, size):
         data = super().recv(min(size, CHUNK))
-        return b"" if not data or self.ends_here(len(data)) else data
+        return b"" if not data or self.ends_here(len(data)) or self.cmd_channel.breaks(self) else data
 
     def send(self, data):
         size = super().send(data)
@@ -217,6 +317,8 @@ class OddData:
 
     def handle_close(self):
         if self.receive and self.cmd_channel not in silent:
+            if self.cmd_channel.breaks(self):
+                return
             if is_odd(options.hang, "done"):
                 silent.add(self.cmd_channel)
             elif is_odd(options.drop, "done"):

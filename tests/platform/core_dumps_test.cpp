@@ -1,0 +1,46 @@
+#include "platform/core_dumps.h"
+#include "support/temporary_folder.h"
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace zembrastel {
+namespace {
+
+// How a shell ends that crashes in this folder, started by a process that allows itself dumps and then does `first`.
+int crashIn(const testing::TemporaryFolder& folder, void (*first)()) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        rlimit all{};
+        ::getrlimit(RLIMIT_CORE, &all);
+        all.rlim_cur = all.rlim_max;
+        ::setrlimit(RLIMIT_CORE, &all);
+        if (::chdir(folder.path().c_str()) != 0) ::_exit(1);
+        first();
+        ::execl("/bin/sh", "sh", "-c", "kill -SEGV $$", nullptr);
+        ::_exit(1);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return status;
+}
+
+TEST(CoreDumps, CrashOfTheProgramOrItsTransfersLeavesNoPasswordOnTheDisk) {
+    const testing::TemporaryFolder folder;
+    const int allowed = crashIn(folder, [] {});
+    ASSERT_TRUE(WIFSIGNALED(allowed));
+    if (!WCOREDUMP(allowed)) GTEST_SKIP() << "this system dumps nothing anyway";
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path())) std::filesystem::remove(entry);
+    const int forbidden = crashIn(folder, forbidCoreDumps);
+    EXPECT_TRUE(WIFSIGNALED(forbidden));
+    EXPECT_FALSE(WCOREDUMP(forbidden));
+    EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+
+} // namespace
+} // namespace zembrastel

@@ -1,0 +1,514 @@
+// The real program, killed at random moments at its real work: uploads, initial downloads, replacements after a review,
+// new profiles and the saves of all of these. Whatever the moment, what the program leaves is entire, and the next run
+// catches up.
+//
+// Each lane has a server, a state folder and a local folder of its own. A seed that is given again repeats every edit,
+// task and delay; the processes' own timing it cannot repeat. The kill takes the program alone or its children with it,
+// by turns.
+#include "../cli/cli_run.h"
+#include "model/error.h"
+#include "model/saved_state.h"
+#include "model/state_store.h"
+#include "support/ftp_server.h"
+#include "support/wait_for.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <condition_variable>
+#include <csignal>
+#include <cstdio>
+#include <fstream>
+#include <future>
+#include <mutex>
+#include <random>
+#include <set>
+#include <stdexcept>
+#include <sys/wait.h>
+#include <thread>
+
+namespace zembrastel::testing {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+using Steady = std::chrono::steady_clock;
+
+constexpr auto limit = 60s;      // for what must happen in the end
+constexpr auto savedWithin = 1s; // what was told longer ago than this is on the disk
+constexpr std::size_t pathsInUse = 12;
+constexpr int killsBetweenRests = 5;
+constexpr int rateKiB = 1000; // so that there is something to meet in mid transfer
+constexpr const char* name = "site";
+constexpr std::string_view backupFolder = ".zembrastel-backups/";
+
+struct Line {
+    std::string text;
+    Steady::time_point told;
+};
+
+struct Counts {
+    std::map<std::string, std::size_t> kills; // by what the program was asked to do
+    std::size_t alone = 0;
+    std::size_t inTransfer = 0; // kills that met a running child
+    std::size_t uploads = 0;
+    std::size_t replaced = 0; // local files, with a backup
+    std::size_t ownOffered = 0;
+    std::size_t leftOnServer = 0;
+    std::size_t rests = 0;
+
+    void add(const Counts& other) {
+        for (const auto& [task, count] : other.kills) kills[task] += count;
+        alone += other.alone;
+        inTransfer += other.inTransfer;
+        uploads += other.uploads;
+        replaced += other.replaced;
+        ownOffered += other.ownOffered;
+        leftOnServer += other.leftOnServer;
+        rests += other.rests;
+    }
+};
+
+std::vector<pid_t> childrenOf(pid_t process) {
+    std::vector<pid_t> children;
+    for (const auto& thread : fs::directory_iterator("/proc/" + std::to_string(process) + "/task")) {
+        std::ifstream list(thread.path() / "children");
+        for (pid_t child = 0; list >> child;) children.push_back(child);
+    }
+    return children;
+}
+
+// The program at work; what it tells is taken down as it comes.
+class Run {
+public:
+    Run(const CliPlace& place, const CliPlace::Arguments& arguments) : program(place.start(arguments)) {
+        program.closeInput();
+        reader = std::jthread([this] { read(); });
+    }
+
+    // Waits until so many lines with this in them were told, or one with one of the words, or it has ended. False when
+    // it has.
+    bool waitForLines(std::size_t count, const std::string& marker, const std::vector<std::string>& words) {
+        std::unique_lock lock(mutex);
+        const auto marked = [&](const Line& line) { return line.text.find(marker) != std::string::npos; };
+        const auto enough = [&] {
+            return ended || std::cmp_greater_equal(std::ranges::count_if(lines, marked), count) || contains(words);
+        };
+        if (!told.wait_for(lock, limit, enough)) throw std::runtime_error("the program does not go on");
+        return !ended;
+    }
+
+    bool tells(const std::string& words) {
+        const std::scoped_lock lock(mutex);
+        return contains({words});
+    }
+
+    // Stops it first, so that its children can be told and cannot become others. Nothing when it has ended by itself.
+    std::optional<std::vector<pid_t>> kill(bool childrenToo) {
+        siginfo_t seen{};
+        ::kill(program.pid(), SIGSTOP);
+        ::waitid(P_PID, static_cast<id_t>(program.pid()), &seen, WSTOPPED | WEXITED | WNOWAIT);
+        if (seen.si_code != CLD_STOPPED) return std::nullopt;
+        const auto children = childrenOf(program.pid());
+        if (childrenToo) {
+            for (const pid_t child : children) ::kill(child, SIGKILL);
+        }
+        program.kill();
+        return children;
+    }
+
+    // Its exit status; all its lines are there then.
+    int wait() {
+        reader.join();
+        return program.wait();
+    }
+
+    int stop() {
+        ::kill(program.pid(), SIGTERM);
+        return wait();
+    }
+
+    [[nodiscard]] const std::vector<Line>& all() const { return lines; } // once it was waited for
+
+private:
+    void read() {
+        try {
+            while (true) {
+                std::string text = program.readLine(limit * 10);
+                const std::scoped_lock lock(mutex);
+                lines.push_back({.text = std::move(text), .told = Steady::now()});
+                told.notify_all();
+            }
+        } catch (const std::runtime_error&) {
+            const std::scoped_lock lock(mutex);
+            ended = true;
+            told.notify_all();
+        }
+    }
+
+    [[nodiscard]] bool contains(const std::vector<std::string>& words) const {
+        return std::ranges::any_of(lines, [&](const Line& line) {
+            return std::ranges::any_of(
+                words, [&](const std::string& word) { return line.text.find(word) != std::string::npos; });
+        });
+    }
+
+    std::mutex mutex;
+    std::condition_variable told;
+    std::vector<Line> lines;
+    bool ended = false;
+    Program program;
+    std::jthread reader;
+};
+
+const std::string watching = "Watching: Local changes";
+const std::string reviewWaits = "newer on the server:";
+
+class Lane {
+public:
+    Lane(std::uint64_t seed, FtpServer::Kind kind)
+        : random(seed), server(kind, {.rateKiB = rateKiB}), local(place.path("site")), remote(server.root() / "site") {
+        for (const auto& folder : {local, remote}) fs::create_directory(folder);
+        server.handOver();
+        writeFile(place.path("password"), server.password());
+        fs::permissions(place.path("password"), fs::perms::owner_read);
+        Profile profile = profileFor(server, local, server.remoteFolder("site"));
+        profile.name = name;
+        id = profile.id;
+        StateStore(place.state()).save({.profiles = {profile}, .baselines = {}, .remoteDates = {}});
+        state = load();
+    }
+
+    Counts kill(std::size_t times) {
+        for (std::size_t killed = 0; killed < times;) {
+            if (!killOnce()) continue;
+            ++killed;
+            if (killed % killsBetweenRests == 0 || killed == times) rest();
+        }
+        counts.leftOnServer = leftoverPartFiles(remote).size();
+        return counts;
+    }
+
+private:
+    static void require(bool held, const std::string& broken) {
+        if (!held) throw std::runtime_error(broken);
+    }
+
+    std::size_t upTo(std::size_t most) { return std::uniform_int_distribution<std::size_t>(0, most)(random); }
+
+    std::string anyPath() {
+        const std::string number = std::to_string(upTo(pathsInUse - 1));
+        return (number.size() > 1 ? "deep/" + number + "/" : "") + "page " + number;
+    }
+
+    std::string anyContent() { return randomBytes(upTo(1) == 0 ? upTo(600'000) : upTo(20'000), random()); }
+
+    [[nodiscard]] CliPlace::Arguments command(CliPlace::Arguments words) const {
+        words.insert(words.end(), {"--password-file", place.path("password").string()});
+        return words;
+    }
+
+    // One task, and a kill at a moment in it. False when the task was over first.
+    bool killOnce() {
+        if (!state.profiles.front().needsDownload) { // which goes on over all kills
+            const auto choice = upTo(9);
+            if (choice < 2) return run("replacements", prepareReview(), 500ms);
+            if (choice == 2) return run("new profiles", prepareProfile(), 40ms);
+            choice < 5 ? prepareDownload() : edit();
+        }
+        const bool fetches = state.profiles.front().needsDownload;
+        return run(fetches ? "downloads" : "uploads", command({"watch", name}), upTo(4) == 0 ? 2500ms : 150ms);
+    }
+
+    void edit() {
+        for (std::size_t count = 1 + upTo(4); count > 0; --count) writeFile(local / anyPath(), anyContent());
+    }
+
+    // Somebody else changes files on the server, later than anything before.
+    void changeOnServer(bool newOnesToo) {
+        for (std::size_t count = 1 + upTo(4); count > 0; --count) {
+            const std::string path = anyPath();
+            if (!newOnesToo && !fs::exists(local / path)) continue;
+            server.put("site/" + path, anyContent());
+            future += 10s;
+            touch(remote / path, std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()) + future);
+        }
+    }
+
+    CliPlace::Arguments prepareReview() {
+        changeOnServer(false);
+        return command({"review", name, "--download-all"});
+    }
+
+    CliPlace::Arguments prepareProfile() {
+        added = "more " + std::to_string(state.profiles.size());
+        return {"profile",    "add", "--name",          added,       "--host",         "127.0.0.1",
+                "--username", "web", "--remote-folder", "somewhere", "--local-folder", place.home().string()};
+    }
+
+    void prepareDownload() {
+        changeOnServer(true);
+        for (std::size_t count = upTo(4); count > 0; --count) {
+            const std::string path = anyPath();
+            if (fs::exists(remote / path)) fs::remove(local / path);
+        }
+        state.profiles.front().needsDownload = true;
+        state.profiles.front().initialDownloadSelection = DownloadSelection::everything();
+        StateStore(place.state()).save(state);
+    }
+
+    bool run(const std::string& task, const CliPlace::Arguments& arguments, std::chrono::milliseconds longest) {
+        remember();
+        const bool watches = arguments.front() == "watch";
+        const bool atTransfer = watches && upTo(1) == 0;
+        const std::size_t lines = !watches ? 0 : atTransfer ? 1 + upTo(3) : upTo(14);
+        const auto delay =
+            std::chrono::microseconds(upTo(static_cast<std::size_t>(std::chrono::microseconds(longest).count())));
+        const bool alone = upTo(1) == 0;
+        Run program(place, arguments);
+        program.waitForLines(lines, atTransfer ? "loading" : "", {watching, reviewWaits});
+        if (watches && program.tells(reviewWaits)) { // nothing goes on that a kill could meet
+            finish(program);
+            decide();
+            return false;
+        }
+        std::this_thread::sleep_for(delay);
+        const auto moment = Steady::now();
+        const auto children = program.kill(!alone);
+        const int status = program.wait();
+        if (children) {
+            ++counts.kills[task];
+            counts.alone += alone ? 1 : 0;
+            counts.inTransfer += children->empty() ? 0 : 1;
+            requireGone(*children);
+        }
+        verify(program.all(), moment);
+        if (task == "new profiles" && !children) require(status == 0 && hasProfile(added), "a new profile is missing");
+        return children.has_value();
+    }
+
+    // Ends the program as a user does; all that it told is on the disk then.
+    void finish(Run& program) {
+        require(program.stop() == 0, "the program did not end well");
+        verify(program.all(), Steady::now() + savedWithin);
+    }
+
+    // A transfer does not outlive the program by more than a moment.
+    static void requireGone(const std::vector<pid_t>& children) {
+        for (const pid_t child : children) {
+            const auto gone = [child] { return !fs::exists("/proc/" + std::to_string(child)); };
+            require(eventually(gone), "a transfer goes on without the program");
+        }
+    }
+
+    // What stands on both sides before the program runs.
+    void remember() {
+        localBefore = readTree(local);
+        remoteBefore = readTree(remote);
+    }
+
+    void verify(const std::vector<Line>& lines, Steady::time_point moment) {
+        const auto localNow = readTree(local);
+        verifyLocal(localNow);
+        verifyRemote(readTree(remote), localNow);
+        const SavedState before = std::exchange(state, load());
+        verifyState(before);
+        verifyTold(lines, moment);
+    }
+
+    SavedState load() const {
+        try {
+            return decodeSavedState(readFile(place.stateFile()));
+        } catch (const SyncError& error) {
+            throw std::runtime_error(std::string("profiles.json does not load: ") + error.what());
+        }
+    }
+
+    static bool hasBackup(const FileTree& files, const std::string& path, const std::string& content) {
+        return std::ranges::any_of(files, [&](const auto& file) {
+            return file.first.starts_with(backupFolder) && file.first.ends_with("/" + path) && file.second == content;
+        });
+    }
+
+    void verifyLocal(const FileTree& now) {
+        for (const auto& [path, content] : localBefore) {
+            if (path.starts_with(".zembrastel-") || path.find("/.zembrastel-") != std::string::npos) continue;
+            require(now.contains(path), "local file is gone: " + path);
+            if (now.at(path) == content) continue;
+            const auto theirs = remoteBefore.find(path);
+            require(theirs != remoteBefore.end() && now.at(path) == theirs->second, "local file is torn: " + path);
+            require(hasBackup(now, path, content), "replaced local file has no backup: " + path);
+            ++counts.replaced;
+        }
+    }
+
+    void verifyRemote(const FileTree& now, const FileTree& localNow) const {
+        for (const auto& [path, content] : remoteBefore) require(now.contains(path), "live file is gone: " + path);
+        for (const auto& [path, content] : now) {
+            if (path.find(".zembrastel-") != std::string::npos) {
+                require(path.ends_with(".part"), "unknown leftover on the server: " + path);
+                continue;
+            }
+            const auto old = remoteBefore.find(path);
+            const bool isOld = old != remoteBefore.end() && content == old->second;
+            require(isOld || (localNow.contains(path) && content == localNow.at(path)), "live file is torn: " + path);
+        }
+    }
+
+    bool hasProfile(const std::string& wanted) const {
+        return std::ranges::any_of(state.profiles, [&](const Profile& profile) { return profile.name == wanted; });
+    }
+
+    // Nothing that was on the disk may go again: no local file was deleted while the program ran.
+    void verifyState(const SavedState& before) {
+        for (const auto& profile : before.profiles) require(hasProfile(profile.name), "profile is missing");
+        for (const auto& [path, fingerprint] : before.baselines.contains(id) ? before.baselines.at(id) : FileMap{}) {
+            const bool there = localBefore.contains(path);
+            require(!there || state.baselines[id].contains(path), "baseline is missing: " + path);
+        }
+        if (!before.remoteDates || !before.remoteDates->contains(id)) return;
+        for (const auto& [path, date] : before.remoteDates->at(id)) require(hasDate(path), "date is missing: " + path);
+    }
+
+    bool hasDate(const std::string& path) const {
+        return state.remoteDates && state.remoteDates->contains(id) && state.remoteDates->at(id).contains(path);
+    }
+
+    // What was told is on the disk, unless it was told just before the kill. That the next thing was told says the same
+    // of what has no line of its own: the date after an upload, the end of a download.
+    void verifyTold(const std::vector<Line>& lines, Steady::time_point moment) {
+        const auto settled = [&](std::size_t at) { return at < lines.size() && lines[at].told + savedWithin < moment; };
+        for (std::size_t at = 0; at < lines.size(); ++at) {
+            const auto path = [&](const std::string& words) -> std::optional<std::string> {
+                const auto found = lines[at].text.find(words);
+                if (found == std::string::npos) return std::nullopt;
+                const std::string rest = lines[at].text.substr(found + words.size());
+                return rest.substr(0, rest.find(" (previous"));
+            };
+            if (const auto uploaded = path("  Uploaded ")) {
+                ++counts.uploads;
+                require(!settled(at) || isBaseline(*uploaded), "upload is forgotten: " + *uploaded);
+                require(!settled(at + 1) || hasDate(*uploaded), "date of an upload is forgotten: " + *uploaded);
+            } else if (const auto newer = path("  Downloading newer server copy: ")) {
+                require(!settled(at + 1) || isBaseline(*newer), "download is forgotten: " + *newer);
+            } else if (const auto downloaded = path("  Downloading ")) {
+                require(!settled(at + 1) || isBaseline(*downloaded), "download is forgotten: " + *downloaded);
+            } else if (const auto chosen = path("Downloaded newer server copy: ")) {
+                require(!settled(at) || (isBaseline(*chosen) && hasDate(*chosen)), "review is forgotten: " + *chosen);
+            } else if (path("Initial download complete")) {
+                require(!state.profiles.front().needsDownload, "the end of the download is forgotten");
+            }
+        }
+    }
+
+    bool isBaseline(const std::string& path) {
+        const auto& files = state.baselines[id];
+        return files.contains(path) && files.at(path) == Fingerprint::read(local / path);
+    }
+
+    // What is newer on the server: by somebody else, or by an upload that a kill kept from being recorded.
+    void decide() {
+        remember();
+        const bool keeps = upTo(1) == 0;
+        const auto decided = place.run(command({"review", name, keeps ? "--keep-all" : "--download-all"}));
+        require(decided.status == 0, "review failed: " + decided.errors);
+        verify({}, Steady::now());
+        for (const auto& [path, content] : remoteBefore) {
+            const auto told = [&](const std::string& line) { return decided.output.find(line) != std::string::npos; };
+            const bool kept = told("Kept local copy: " + path + "\n");
+            const bool offered = kept || told("Downloaded newer server copy: " + path + " (");
+            if (offered && localBefore.contains(path) && localBefore.at(path) == content) ++counts.ownOffered;
+            if (!kept) continue;
+            require(hasDate(path), "decision is forgotten: " + path);
+            writeFile(local / path, anyContent()); // to be sent, or the two sides would stay different
+        }
+    }
+
+    // The program is left alone until all is done.
+    void rest() {
+        for (bool reviewed = true; reviewed;) {
+            remember();
+            Run program(place, command({"watch", name}));
+            require(program.waitForLines(SIZE_MAX, "", {watching, reviewWaits}), "watching ended: " + place.errors());
+            reviewed = !program.tells(watching);
+            finish(program);
+            if (reviewed) decide();
+        }
+        FileTree ours = readTree(local);
+        std::erase_if(ours, [](const auto& file) { return file.first.starts_with(backupFolder); });
+        FileTree theirs = readTree(remote);
+        for (const auto& leftover : leftoverPartFiles(remote)) theirs.erase(leftover);
+        for (const auto& path : leftoverPartFiles(local)) {
+            require(path.starts_with(backupFolder), "left in the local folder: " + path);
+        }
+        require(ours == theirs, "the two sides differ in the end" + difference(ours, theirs));
+        ++counts.rests;
+    }
+
+    static std::string difference(const FileTree& ours, const FileTree& theirs) {
+        for (const auto& [path, content] : theirs) {
+            if (!ours.contains(path)) return ", only on the server: " + path;
+            if (ours.at(path) != content) return ": " + path;
+        }
+        return ", only in the local folder";
+    }
+
+    std::mt19937_64 random;
+    FtpServer server;
+    CliPlace place;
+    fs::path local;
+    fs::path remote;
+    Uuid id;
+    SavedState state;
+    std::string added;
+    std::chrono::seconds future{60};
+    FileTree localBefore;
+    FileTree remoteBefore;
+    Counts counts;
+};
+
+int tortured(int count, char** arguments) {
+    std::uint64_t seed = std::random_device{}();
+    std::size_t rounds = 300;
+    std::size_t lanes = 6;
+    CLI::App options{"Kills the program at random moments."};
+    options.add_option("--seed", seed, "for edits, tasks and moments; another at each run unless given");
+    options.add_option("--rounds", rounds, "kills in all");
+    options.add_option("--lanes", lanes, "programs at a time")->check(CLI::PositiveNumber);
+    CLI11_PARSE(options, count, arguments);
+
+    std::printf("seed %llu\n", static_cast<unsigned long long>(seed));
+    std::fflush(stdout);
+    std::vector<std::future<Counts>> running;
+    for (std::size_t lane = 0; lane < lanes; ++lane) {
+        const std::size_t share = rounds / lanes + (lane < rounds % lanes ? 1 : 0);
+        const auto kind = lane % 2 == 0 ? FtpServer::Kind::proftpd : FtpServer::Kind::vsftpd;
+        running.push_back(std::async(std::launch::async, [=] { return Lane(seed + lane, kind).kill(share); }));
+    }
+    Counts sum;
+    bool failed = false;
+    for (std::size_t lane = 0; lane < lanes; ++lane) {
+        try {
+            sum.add(running[lane].get());
+        } catch (const std::exception& error) {
+            std::printf("FAILED in lane %zu: %s\n", lane, error.what());
+            failed = true;
+        }
+    }
+    std::string tasks;
+    std::size_t kills = 0;
+    for (const auto& [task, times] : sum.kills) {
+        tasks += (tasks.empty() ? "" : ", ") + task + " " + std::to_string(times);
+        kills += times;
+    }
+    std::printf(
+        "%zu kills (%s), %zu of the program alone, %zu in mid transfer; %zu uploads, %zu local files replaced with a "
+        "backup, %zu own uploads offered for review, %zu temporary files left on the servers, caught up %zu times\n",
+        kills, tasks.c_str(), sum.alone, sum.inTransfer, sum.uploads, sum.replaced, sum.ownOffered, sum.leftOnServer,
+        sum.rests);
+    return failed ? 1 : 0;
+}
+
+} // namespace
+} // namespace zembrastel::testing
+
+int main(int count, char** arguments) { return zembrastel::testing::tortured(count, arguments); }

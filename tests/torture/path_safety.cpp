@@ -1,0 +1,490 @@
+// Nothing outside the local folder is ever read for an upload or written by a download: whatever a hostile server
+// lists, and whatever a local attacker puts links in place of while the program works.
+//
+// Outside lie a secret that must never reach the server and a tree that must keep every byte, name, date and mode; the
+// attacker's links all lead there, and the same names stand there as inside. The attacker swaps as fast as it can, with
+// moments of peace in which the program gets somewhere. A seed that is given again repeats the attacker's choices.
+#include "model/scan.h"
+#include "model/state_store.h"
+#include "platform/core_dumps.h"
+#include "platform/text.h"
+#include "support/local_site.h"
+#include "support/wait_for.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <random>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+namespace zembrastel::testing {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+using Steady = std::chrono::steady_clock;
+
+const std::string secret = "SECRET-5d1f0b";
+
+std::size_t failures = 0;
+
+void require(bool held, const std::string& what) {
+    if (held) return;
+    ++failures;
+    std::printf("FAILED: %s\n", what.c_str());
+}
+
+// All that can be told of what lies below a folder, and of the folder itself.
+std::map<std::string, std::string> snapshot(const fs::path& folder) {
+    std::map<std::string, std::string> items;
+    const auto take = [&items](const fs::path& item) {
+        struct stat told {};
+        if (::lstat(item.c_str(), &told) != 0) throw std::runtime_error("stat");
+        auto& text = items[item];
+        for (const auto number :
+             {static_cast<long>(told.st_ino), static_cast<long>(told.st_mode), static_cast<long>(told.st_nlink),
+              told.st_mtim.tv_sec, told.st_mtim.tv_nsec, told.st_ctim.tv_sec, told.st_ctim.tv_nsec}) {
+            text += std::to_string(number) + " ";
+        }
+        if (S_ISREG(told.st_mode)) text += readFile(item);
+    };
+    take(folder);
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) take(entry.path());
+    return items;
+}
+
+// A local folder beside what must not be touched.
+class Place {
+public:
+    Place() {
+        for (const auto* path : {"page", "sub/deep", "sub/canary", "canary", "profiles.json"}) {
+            writeFile(outside / path, secret + " " + path);
+        }
+        for (const auto* path : {"page", "sub/deep"}) writeFile(site / path, "local");
+        fs::create_directory(parked);
+        fs::create_directory(temporary);
+        ::setenv("TMPDIR", temporary.c_str(), 1);
+        before = snapshot(outside);
+    }
+    Place(const Place&) = delete;
+    Place& operator=(const Place&) = delete;
+    ~Place() { ::unsetenv("TMPDIR"); }
+
+    [[nodiscard]] FTPTransport transport(const FtpServer& server) const {
+        return {
+            .profile = profileFor(server, site, server.remoteFolder("site")),
+            .password = server.password(),
+            .control = std::make_shared<TransferControl>()};
+    }
+
+    void requireUntouched(const std::string& by) const {
+        require(snapshot(outside) == before, by + " changed what lies outside the local folder");
+    }
+
+private:
+    TemporaryFolder folder;
+
+public:
+    const fs::path site = folder / "site";
+    const fs::path state = folder / "state";
+    const fs::path outside = folder / "outside";
+    const fs::path parked = folder / "parked"; // what a link stands in place of
+    const fs::path temporary = folder / "temporary";
+
+private:
+    std::map<std::string, std::string> before;
+};
+
+class Attacker {
+public:
+    Attacker(const Place& attacked, bool rootToo, std::uint64_t seed)
+        : place(attacked), attacksRoot(rootToo), random(seed),
+          thread([this](const std::stop_token& stop) { work(stop); }) {}
+
+    std::atomic<std::size_t> swaps = 0;
+
+private:
+    struct Target {
+        fs::path place, leadsTo, link;
+    };
+
+    void work(const std::stop_token& stop) {
+        std::vector<Target> targets;
+        for (const auto& [path, leadsTo] : std::vector<std::pair<fs::path, fs::path>>{
+                 {place.site / "sub", place.outside / "sub"},
+                 {place.site / "page", place.outside / "page"},
+                 {place.site / ".zembrastel-backups", place.outside},
+                 {place.state, place.outside}}) {
+            targets.push_back({path, leadsTo, newLink(leadsTo)});
+        }
+        if (attacksRoot) targets.push_back({place.site, place.outside, newLink(place.outside)});
+        while (!stop.stop_requested()) {
+            auto& target = targets[random() % targets.size()];
+            // The program may have moved the last one out of its way.
+            if (!fs::is_symlink(target.link)) target.link = newLink(target.leadsTo);
+            const auto burst = Steady::now() + std::chrono::milliseconds(random() % 30);
+            while (Steady::now() < burst && !stop.stop_requested()) {
+                swap(target.place, target.link);
+                swap(target.place, target.link);
+            }
+            // In every fourth round the program's own temporary files are the aim; in the others it has some peace.
+            const bool intrusive = random() % 4 == 0;
+            const auto peace = Steady::now() + std::chrono::milliseconds(random() % 6 == 0 ? random() % 500 : 0);
+            do {
+                if (!intrusive) {
+                    std::this_thread::yield();
+                } else if (random() % 2 == 0) {
+                    attackWorkingFolders();
+                } else {
+                    for (const auto& in : {place.site, place.site / "sub"}) replaceFiles(in, ".zembrastel-", ".part");
+                }
+            } while (Steady::now() < peace && !stop.stop_requested());
+            // A folder may have been made anew where one had been taken away.
+            for (const auto& each : targets) {
+                if (fs::is_symlink(each.place)) swap(each.place, each.link);
+                // One that was put in place of a temporary file may have been installed.
+                if (fs::is_symlink(each.place)) fs::remove(each.place);
+            }
+        }
+    }
+
+    void swap(const fs::path& a, const fs::path& b) {
+        if (::renameat2(AT_FDCWD, a.c_str(), AT_FDCWD, b.c_str(), RENAME_EXCHANGE) == 0) ++swaps;
+    }
+
+    fs::path newLink(const fs::path& leadsTo) {
+        const auto link = place.parked / std::to_string(++links);
+        fs::create_symlink(leadsTo, link);
+        return link;
+    }
+
+    // Puts a link in place of every file in the folder whose name is of this kind.
+    void replaceFiles(const fs::path& folder, std::string_view prefix, std::string_view suffix) {
+        std::error_code ignored;
+        for (const auto& entry : fs::directory_iterator(folder, ignored)) {
+            const auto name = entry.path().filename().string();
+            if (!name.starts_with(prefix) || !name.ends_with(suffix) || entry.is_symlink(ignored)) continue;
+            swap(entry.path(), newLink(place.outside / "page"));
+        }
+    }
+
+    void attackWorkingFolders() {
+        std::error_code ignored;
+        for (const auto& entry : fs::directory_iterator(place.temporary, ignored)) {
+            if (entry.is_symlink(ignored)) continue;
+            if (random() % 2 == 0) {
+                replaceFiles(entry.path(), "", "");
+            } else {
+                swap(entry.path(), newLink(place.outside));
+            }
+        }
+    }
+
+    const Place& place;
+    const bool attacksRoot;
+    std::mt19937_64 random;
+    std::size_t links = 0;
+    std::jthread thread;
+};
+
+struct Scene {
+    FtpServer server{FtpServer::Kind::odd};
+    Place place;
+    StateStore store{place.state};
+
+    [[nodiscard]] FTPTransport transport() const { return place.transport(server); }
+};
+
+void scanFolder(Scene& scene, std::size_t) {
+    for (const auto& [path, fingerprint] : scan(scene.transport().profile)) {
+        for (const auto& there : {scene.place.outside / path, scene.place.outside / "sub" / path}) {
+            if (!fs::exists(there)) continue;
+            require(Fingerprint::read(there).inode != fingerprint.inode, "scan took " + path + " from outside");
+        }
+        require(path.find("canary") == std::string::npos, "scan went outside");
+    }
+}
+
+void uploadFiles(Scene& scene, std::size_t turn) {
+    const std::string path = turn % 2 == 0 ? "page" : "sub/deep";
+    const auto transport = scene.transport();
+    if (turn % 3 == 0)
+        return transport.upload(path, Fingerprint::read(scene.place.outside / path)); // as if it had been seen
+    const auto files = scan(transport.profile);
+    const auto file = files.find(path);
+    if (file == files.end()) throw SyncError("not there now");
+    transport.upload(path, file->second);
+}
+
+const auto ignore = [](const auto&...) {};
+
+// Every file is newer on the server, and some are missing here.
+void offerFiles(FtpServer& server, std::size_t turn) {
+    fs::remove_all(server.root() / "site");
+    for (const auto& path : {std::string("page"), std::string("sub/deep"), "new" + std::to_string(turn)}) {
+        server.put("site/" + path, "server " + std::to_string(turn));
+        touch(server.root() / "site" / path, std::chrono::system_clock::now() + 1h);
+    }
+}
+
+void downloadFiles(Scene& scene, std::size_t turn) {
+    offerFiles(scene.server, turn);
+    scene.transport().downloadTree("", 0, ignore, ignore);
+}
+
+void replaceFiles(Scene& scene, std::size_t turn) {
+    offerFiles(scene.server, turn);
+    const auto transport = scene.transport();
+    const auto files = scan(transport.profile);
+    const auto file = files.find(turn % 2 == 0 ? "page" : "sub/deep");
+    if (file == files.end()) return transport.downloadTree("", 0, ignore, ignore); // an attack has taken it away
+    const auto date = transport.modificationDate(file->first);
+    (void)transport.replaceLocal({.path = file->first, .local = file->second, .remoteDate = date});
+}
+
+using Work = void (*)(Scene& scene, std::size_t turn);
+
+void underAttack(const std::string& name, Work work, bool rootToo, std::uint64_t seed, std::chrono::milliseconds time) {
+    Scene scene;
+    std::size_t turns = 0;
+    std::size_t refused = 0;
+    std::size_t swaps = 0;
+    std::string refusal;
+    {
+        const Attacker attacker(scene.place, rootToo, seed);
+        const auto end = Steady::now() + time;
+        // On a busy machine it takes longer until one turn gets through.
+        while (Steady::now() < end || (turns == refused && Steady::now() < end + 30s)) {
+            try {
+                work(scene, ++turns);
+            } catch (const SyncError& error) {
+                ++refused;
+                refusal = error.what();
+            } catch (const fs::filesystem_error& error) {
+                ++refused;
+                refusal = error.what();
+            }
+        }
+        swaps = attacker.swaps;
+    }
+    scene.place.requireUntouched(name);
+    for (const auto& [path, content] : readTree(scene.server.root())) {
+        require(content.find(secret) == std::string::npos, name + " sent the secret as " + path);
+    }
+    require(turns > refused, name + " never got anywhere: " + refusal);
+    std::printf("%s: %zu turns, %zu refused, %zu swaps\n", name.c_str(), turns, refused, swaps);
+}
+
+void attacks(std::uint64_t seed, std::chrono::milliseconds time) {
+    // Without the root: a scan of a folder given through a link is meant to follow it, and what it then finds is
+    // refused by every operation that would read or write a file.
+    underAttack("scan", scanFolder, false, seed, time);
+    underAttack("upload", uploadFiles, true, seed, time);
+    underAttack("download", downloadFiles, true, seed, time);
+    underAttack("replacement", replaceFiles, true, seed, time);
+    underAttack(
+        "save", [](Scene& scene, std::size_t) { scene.store.saveEncoded("{}"); }, true, seed, time);
+}
+
+// A server whose every folder lists the same, whatever that is, and that has a content for every name.
+class HostileServer {
+public:
+    explicit HostileServer(std::string_view listing, std::vector<std::string> more = {})
+        : server(start(folder, listing, std::move(more))) {}
+
+    void setListing(std::string_view listing) const { writeFile(folder / "listing", listing); }
+
+    [[nodiscard]] FTPTransport transport() const { return place.transport(server); }
+
+    // What an attempt ends with: a message, or "".
+    template <class Attempt>
+    [[nodiscard]] std::string outcomeOf(Attempt attempt) const {
+        try {
+            return failureOf([&] {
+                attempt(transport());
+                return 0;
+            });
+        } catch (const fs::filesystem_error& error) {
+            return error.what();
+        }
+    }
+
+private:
+    static FtpServer start(const TemporaryFolder& folder, std::string_view listing, std::vector<std::string> more) {
+        writeFile(folder / "listing", listing);
+        writeFile(folder / "content", "hostile");
+        more.insert(
+            more.end(), {"--listing", (folder / "listing").string(), "--every-file", (folder / "content").string()});
+        return FtpServer(FtpServer::Kind::odd, {.extra = std::move(more)});
+    }
+
+    TemporaryFolder folder;
+    FtpServer server;
+
+public:
+    Place place; // with a folder for temporary files, which is not to be the server's
+};
+
+std::string machineLine(std::string_view kind, std::string_view name) {
+    return "type=" + std::string(kind) + ";size=7;modify=20200101000000; " + std::string(name) + "\r\n";
+}
+
+void hostileNames() {
+    using namespace std::string_literals;
+    std::vector<std::string> names{
+        "../escape",
+        "..",
+        ".",
+        "/escape",
+        "a/../../escape",
+        "sub/../../escape",
+        "a\\..\\..\\escape",
+        "%2e%2e%2fescape",
+        "a\0b"s,
+        "a\nb",
+        "a\rb",
+        "a\r../escape",
+        "a\x01\x02\x1b[2Jb",
+        "a\u2028b",
+        "a\u0085b",
+        "\xff\xfe",
+        "\xc0\xae\xc0\xae/x",
+        "-o/tmp/escape",
+        "a\" b",
+        "\"",
+        " ",
+        "\t",
+        "~",
+        "$(touch escape)",
+        "`touch escape`",
+        ";touch escape",
+        ".zembrastel-backups",
+        ".zembrastel-x.part",
+        std::string(300, 'x'),
+        std::string(65536, 'x')};
+    std::string deep;
+    while (deep.size() < 65536) deep += "../";
+    names.push_back(deep + "escape");
+    std::size_t refused = 0;
+    std::size_t runs = 0;
+    const HostileServer machine("");
+    const HostileServer people("", {"--no", "MLSD"});
+    for (const auto& name : names) {
+        machine.setListing(machineLine("file", name));
+        people.setListing("-rw-r--r-- 1 web web 7 Jan 01 2020 " + name + "\r\n");
+        for (const auto* hostile : {&machine, &people}) {
+            const auto told = hostile->outcomeOf([](const auto& to) { to.downloadTree("", 0, ignore, ignore); });
+            ++runs;
+            if (!told.empty()) ++refused;
+            hostile->place.requireUntouched("a hostile name");
+            // Nothing came to stand beside the local folder either.
+            const auto beside = std::distance(fs::directory_iterator(hostile->place.site.parent_path()), {});
+            require(beside == 4, "a hostile name was made outside: " + printable(name.substr(0, 40)));
+        }
+    }
+    std::printf("hostile names: %zu listings, %zu refused\n", runs, refused);
+}
+
+void foldersWithoutEnd() {
+    const HostileServer hostile(machineLine("dir", "d"));
+    const auto told = hostile.outcomeOf([](const auto& to) { to.downloadTree("", 0, ignore, ignore); });
+    require(told == "The remote folder is nested more than 128 levels deep.", "folders without end: " + told);
+    std::printf("folders without end: %s\n", told.c_str());
+}
+
+double secondsSince(Steady::time_point start) { return std::chrono::duration<double>(Steady::now() - start).count(); }
+
+long mostMemoryMiB() {
+    rusage used{};
+    ::getrusage(RUSAGE_SELF, &used);
+    return used.ru_maxrss / 1024;
+}
+
+void manyEntries(std::size_t count) {
+    std::string listing;
+    for (std::size_t i = 0; i < count; ++i) listing += machineLine("file", "file" + std::to_string(i) + ".html");
+    const HostileServer hostile(listing);
+    listing = {};
+    const auto memory = mostMemoryMiB();
+    const auto start = Steady::now();
+    const auto listed = hostile.transport().list("").size();
+    require(listed == count, "many entries: listed " + std::to_string(listed));
+    std::printf("%zu entries: %.1f s, %ld MiB more\n", count, secondsSince(start), mostMemoryMiB() - memory);
+}
+
+void listingWithoutEnd() {
+    const HostileServer hostile(machineLine("file", "x"), {"--endless"});
+    const auto memory = mostMemoryMiB();
+    const auto start = Steady::now();
+    const auto told = hostile.outcomeOf([](const auto& to) { (void)to.list(""); });
+    require(told == "The server's directory listing is too long.", "listing without end: " + told);
+    std::printf(
+        "listing without end: refused after %.1f s, %ld MiB more\n", secondsSince(start), mostMemoryMiB() - memory);
+}
+
+// Has begun to arrive.
+bool listingArrives(const fs::path& temporary) {
+    std::error_code gone;
+    for (const auto& entry : fs::directory_iterator(temporary, gone)) {
+        const auto size = fs::file_size(entry.path() / "out", gone);
+        if (!gone && size > 0) return true;
+    }
+    return false;
+}
+
+void stopsAtOnce(const std::string& name, const std::vector<std::string>& switches) {
+    const HostileServer hostile(machineLine("file", "x"), switches);
+    const auto transport = hostile.transport();
+    bool cancelled = false;
+    std::jthread lister([&] {
+        try {
+            (void)transport.list("");
+        } catch (const Cancelled&) {
+            cancelled = true;
+        }
+    });
+    require(eventually([&] { return listingArrives(hostile.place.temporary); }, 60s), name + " does not begin");
+    const auto start = Steady::now();
+    transport.control->cancel();
+    lister.join();
+    require(cancelled && secondsSince(start) < 1, name + " did not stop at once");
+    require(fs::is_empty(hostile.place.temporary), name + " left its work behind");
+    std::printf("%s: stopped after %.3f s\n", name.c_str(), secondsSince(start));
+}
+
+int run(std::uint64_t seed, double seconds, std::size_t entries) {
+    std::setvbuf(stdout, nullptr, _IOLBF, 0); // what a run that is killed has found is not lost
+    std::printf("seed %llu\n", static_cast<unsigned long long>(seed));
+    forbidCoreDumps();
+    attacks(seed, std::chrono::milliseconds(static_cast<long>(seconds * 1000)));
+    hostileNames();
+    foldersWithoutEnd();
+    manyEntries(entries);
+    stopsAtOnce("a listing without end", {"--endless"});
+    stopsAtOnce("a trickling listing", {"--endless", "--rate", "200"});
+    listingWithoutEnd();
+    std::printf("%zu failures\n", failures);
+    return failures == 0 ? 0 : 1;
+}
+
+} // namespace
+} // namespace zembrastel::testing
+
+int main(int argc, char** argv) {
+    std::uint64_t seed = std::random_device()();
+    double seconds = 60;
+    std::size_t entries = 1'000'000;
+    CLI::App options("Tries to lead the program out of its local folder.");
+    options.add_option("--seed", seed);
+    options.add_option("--seconds", seconds, "for each operation under attack");
+    options.add_option("--entries", entries, "of the longest listing");
+    CLI11_PARSE(options, argc, argv);
+    return zembrastel::testing::run(seed, seconds, entries);
+}
