@@ -346,6 +346,17 @@ def odd_variant(control, data):
     return Control
 
 
+def plain_variant():
+    class Plain(odd_variant(FTPHandler, ThrottledDTPHandler if options.rate else DTPHandler)):
+        # Known only to be refused, or to be answered as --reply says.
+        proto_cmds = FTPHandler.proto_cmds | {"AUTH": {"perm": None, "auth": False, "arg": True, "help": ""}}
+
+        def ftp_AUTH(self, kind):
+            self.respond("500 Command AUTH not understood.")
+
+    return Plain
+
+
 def tls_variant():
     from pyftpdlib.handlers import TLS_DTPHandler, TLS_FTPHandler
 
@@ -383,7 +394,7 @@ def main():
     if options.tls:
         handler = tls_variant()
     else:
-        handler = odd_variant(FTPHandler, ThrottledDTPHandler if options.rate else DTPHandler)
+        handler = plain_variant()
     handler.authorizer = DummyAuthorizer()
     handler.authorizer.add_user(options.user, options.password, options.root, perm="elradfmwMT")
     server = FTPServer(("127.0.0.1", options.port), handler)

@@ -76,29 +76,67 @@ TEST(ListingFaults, DateThatTheServerDoesNotGiveIsNeverInvented) {
     }
 }
 
-TEST(ConnectionFaults, EachIsToldInCurlsOwnWordsAndNothingIsSentInClearText) {
-    const testing::ScopedTrust trust(testing::certificates().ca);
-    const auto told = [](LocalSite& site) { return failureOf([&] { return site.transport().test(); }); };
-
-    testing::TemporaryFolder logs;
-    FtpServer plain = oddServer({"--log", (logs / "log").string()});
-    LocalSite site(plain);
-    site.profile.transport = TransferProtocol::ftps;
-    EXPECT_EQ(told(site), "curl: (64) Requested SSL level failed");
-    const std::string sent = readFile(logs / "log").value_or("");
-    EXPECT_TRUE(sent.find("USER") == std::string::npos && sent.find("PASS") == std::string::npos) << sent;
-
+TEST(ConnectionFaults, ServerThatCannotBeReachedIsToldInCurlsOwnWords) {
+    FtpServer server = oddServer();
+    LocalSite site(server);
+    const auto told = [&site] { return failureOf([&] { return site.transport().test(); }); };
     site.profile.host = "nosuch.invalid";
-    EXPECT_EQ(told(site), "curl: (6) Could not resolve host: nosuch.invalid");
+    EXPECT_EQ(told(), "curl: (6) Could not resolve host: nosuch.invalid");
     site.profile.host = "localhost";
-    plain.stop();
-    EXPECT_TRUE(told(site).starts_with("curl: (7) Failed to connect to localhost port ")) << told(site);
+    server.stop();
+    EXPECT_TRUE(told().starts_with("curl: (7) Failed to connect to localhost port ")) << told();
+}
 
-    for (const auto& certificate : {testing::certificates().wrongHost, testing::certificates().expired}) {
-        const FtpServer badCertificate(
-            FtpServer::Kind::odd, {.tls = FtpServer::Tls::explicitTls, .certificate = certificate});
-        LocalSite distrusting(badCertificate);
-        EXPECT_TRUE(told(distrusting).starts_with("curl: (60) SSL")) << told(distrusting);
+// What somebody between the program and its server can do about TLS, and what the user then reads.
+TEST(ConnectionFaults, NeitherLoginNorFileIsSentToWhoeverTampersWithTls) {
+    using Tls = FtpServer::Tls;
+    const auto& certificates = testing::certificates();
+    struct Tampering {
+        Tls tls;
+        std::vector<std::string> how = {};
+        std::string told;
+        fs::path trusted = testing::certificates().ca;
+        fs::path certificate = testing::certificates().server;
+        bool loggedIn = false; // over TLS, before the tampering
+    };
+    const std::string unknownIssuer = "curl: (60) SSL certificate problem: unable to get local issuer certificate";
+    const std::vector<Tampering> cases{
+        {Tls::none, {"--no", "AUTH"}, "curl: (64) Requested SSL level failed"},
+        {Tls::none, {"--reply", "AUTH=234 Go on\r\n230 Logged in"}, "curl: (8)"},
+        {Tls::none, {"--reply", "AUTH=230 Logged in"}, "curl: (64) Requested SSL level failed"},
+        {.tls = Tls::explicitTls,
+         .how = {"--reply", "PROT=536 In clear text only"},
+         .told = "curl: (64) Requested SSL level failed",
+         .loggedIn = true},
+        {.tls = Tls::explicitTls, .told = unknownIssuer, .trusted = certificates.otherCa},
+        {.tls = Tls::implicitTls, .told = unknownIssuer, .trusted = certificates.otherCa},
+        {.tls = Tls::implicitTls, .told = "curl: (60) SSL", .certificate = certificates.wrongHost},
+        {.tls = Tls::implicitTls,
+         .told = "curl: (60) SSL certificate problem: certificate has expired",
+         .certificate = certificates.expired},
+    };
+    for (const auto& [tls, how, told, trusted, certificate, loggedIn] : cases) {
+        SCOPED_TRACE(::testing::PrintToString(how) + told);
+        const testing::ScopedTrust trust(trusted);
+        const testing::TemporaryFolder logs;
+        auto extra = how;
+        extra.insert(extra.end(), {"--log", (logs / "log").string()});
+        FtpServer server(FtpServer::Kind::odd, {.tls = tls, .certificate = certificate, .extra = extra});
+        LocalSite site(server);
+        if (tls == Tls::none) site.profile.transport = TransferProtocol::ftps;
+        testing::writeFile(site / "page", "x");
+        for (const bool uploads : {false, true}) {
+            const auto failure = failureOf([&] {
+                if (uploads) site.transport().upload("page", site.fingerprint("page"));
+                return site.transport().test();
+            });
+            EXPECT_TRUE(failure.starts_with(told)) << failure;
+        }
+        const std::string sent = readFile(logs / "log").value_or("");
+        EXPECT_EQ(sent.find("PASS") != std::string::npos, loggedIn) << sent;
+        EXPECT_EQ(sent.find("USER") != std::string::npos, loggedIn) << sent;
+        EXPECT_EQ(sent.find("STOR"), std::string::npos) << sent;
+        EXPECT_TRUE(testing::readTree(server.root()).empty());
     }
 }
 
