@@ -333,5 +333,5 @@ def read(folder, name):
     try:
         with open(os.path.join(folder, name), "rb") as file:
             return file.read()
-    except FileNotFoundError:
+    except (FileNotFoundError, ProcessLookupError):
         return None

@@ -3,8 +3,6 @@
 // A turn is what the event loop (GLib's, on which Qt's runs) does between two waits. A turn of more than 20 ms becomes
 // a line of the file that EVENT_TIMES_FILE names: its milliseconds, and the event that took most of them. Time in which
 // the thread could run but had no processor is not counted: a busy machine must not look like a slow program.
-#undef QT_NO_KEYWORDS
-#define QT_NO_KEYWORDS // GLib has names that Qt takes for keywords
 #include "support/processor_wait.h"
 
 #include <QCoreApplication>

@@ -60,9 +60,11 @@ class LifecycleTest(DesktopTest):
         site, program = self.start_slow_upload()
         transfers = program.transfers()
         program.end(signal.SIGKILL)
-        # As when a whole session is killed: left alone, the upload would go on and might end before the next start.
-        for pid in transfers:
-            os.kill(pid, signal.SIGKILL)
+
+        def has_ended(pid):
+            return b") Z " in (read(f"/proc/{pid}", "stat") or b") Z ")
+
+        wait_until(lambda: all(map(has_ended, transfers)), "the transfers end with the program", 5)
         again = self.start()
         window = again.window()
 
