@@ -21,20 +21,6 @@ namespace {
 constexpr uid_t pureFtpdUser = 65534; // pureftpd serves as this one, whoever starts it
 constexpr std::chrono::seconds limit{20};
 
-std::string_view name(FtpServer::Kind kind) {
-    switch (kind) {
-    case FtpServer::Kind::proftpd:
-        return "proftpd";
-    case FtpServer::Kind::vsftpd:
-        return "vsftpd";
-    case FtpServer::Kind::pureftpd:
-        return "pureftpd";
-    case FtpServer::Kind::odd:
-        return "odd";
-    }
-    throw std::invalid_argument("kind of server");
-}
-
 TransferProtocol protocol(FtpServer::Tls tls) {
     switch (tls) {
     case FtpServer::Tls::none:
@@ -83,6 +69,14 @@ std::uint16_t portOf(const Descriptor& socket) {
 
 void giveTo(uid_t user, const fs::path& path) { check(lchown(path.c_str(), user, user) == 0, "lchown"); }
 
+// Whatever the server's own settings are, OpenSSL then offers no other version: vsftpd and pure-ftpd have no setting.
+void writeOpenSslSettings(const fs::path& file, FtpServer::TlsVersion version) {
+    const std::string name = version == FtpServer::TlsVersion::tls12 ? "TLSv1.2" : "TLSv1.3";
+    writeFile(
+        file, "openssl_conf = all\n[all]\nssl_conf = ssl\n[ssl]\nsystem_default = default\n[default]\nMinProtocol = "
+                  + name + "\nMaxProtocol = " + name + "\n");
+}
+
 } // namespace
 
 FtpServer::FtpServer(Kind which) : FtpServer(which, Options{}) {}
@@ -90,11 +84,29 @@ FtpServer::FtpServer(Kind which) : FtpServer(which, Options{}) {}
 FtpServer::FtpServer(Kind which, Options how)
     : kind(which), options(std::move(how)), reservation(reservePort()), portNumber(portOf(reservation)) {
     fs::create_directory(served);
+    if (options.version != TlsVersion::any) {
+        writeOpenSslSettings(folder / "openssl", options.version);
+        options.environment.push_back("OPENSSL_CONF=" + (folder / "openssl").string());
+    }
     if (kind == Kind::pureftpd) fs::permissions(folder.path(), fs::perms(0711)); // another user serves it
     start();
 }
 
 FtpServer::~FtpServer() { stop(); }
+
+std::string FtpServer::name(Kind kind) {
+    switch (kind) {
+    case Kind::proftpd:
+        return "proftpd";
+    case Kind::vsftpd:
+        return "vsftpd";
+    case Kind::pureftpd:
+        return "pureftpd";
+    case Kind::odd:
+        return "pyftpdlib";
+    }
+    throw std::invalid_argument("kind of server");
+}
 
 std::optional<std::string> FtpServer::unavailable(Kind kind, Tls tls) {
     if (kind == Kind::pureftpd && geteuid() != 0) return "pureftpd can be started by root only";

@@ -3,6 +3,8 @@
 // The object owns the server and the folder it serves; both end with it, and the server also when this process dies.
 // One thread at a time. Failures are thrown as std::runtime_error; what a launcher says of them is on stderr.
 //
+// The odd server is pyftpdlib, and stands for it where nothing odd is asked of it.
+//
 // Only proftpd as root, pureftpd and the odd server present the served folder as "/". The others show the machine's own
 // root there, so every folder that a client is given must come from remoteFolder().
 #pragma once
@@ -25,12 +27,14 @@ class FtpServer {
 public:
     enum class Kind { proftpd, vsftpd, pureftpd, odd };
     enum class Tls { none, explicitTls, implicitTls };
+    enum class TlsVersion { any, tls12, tls13 };
 
     struct Options {
         Tls tls = Tls::none;
-        std::filesystem::path certificate{}; // with its key; certificates().server when empty
-        int rateKiB = 0;                     // KiB a second for one transfer; 0 is no limit
-        bool showHidden = true;              // LIST shows names with a leading dot; MLSD always does
+        TlsVersion version = TlsVersion::any; // a client that insists on another is refused
+        std::filesystem::path certificate{};  // with its key; certificates().server when empty
+        int rateKiB = 0;                      // KiB a second for one transfer; 0 is no limit
+        bool showHidden = true;               // LIST shows names with a leading dot; MLSD always does
 
         // For a real server configuration lines (pureftpd: switches), each in place of the default of its name; for the
         // odd one its arguments, which odd_ftp_server.py --help lists.
@@ -42,6 +46,9 @@ public:
     explicit FtpServer(Kind which);
     FtpServer(Kind which, Options how);
     ~FtpServer();
+
+    // The software, as part of a test's name.
+    [[nodiscard]] static std::string name(Kind kind);
 
     // Why such a server cannot run here, for GTEST_SKIP; nothing when it can.
     [[nodiscard]] static std::optional<std::string> unavailable(Kind kind, Tls tls);

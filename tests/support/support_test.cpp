@@ -41,10 +41,9 @@ protected:
 };
 
 std::string caseName(const ::testing::TestParamInfo<std::tuple<Kind, Tls>>& instance) {
-    const Words kinds{"proftpd", "vsftpd", "pureftpd", "odd"};
     const Words protections{"Plain", "ExplicitTls", "ImplicitTls"};
     const auto [kind, tls] = instance.param;
-    return kinds.at(static_cast<std::size_t>(kind)) + protections.at(static_cast<std::size_t>(tls));
+    return FtpServer::name(kind) + protections.at(static_cast<std::size_t>(tls));
 }
 
 using ::testing::Combine;
@@ -80,6 +79,28 @@ TEST_P(EveryServer, TakesEverySessionWithItAndServesAgainOnItsPort) {
     EXPECT_EQ(
         curlStatus(server, "site/up.part", {"-T", local / "page", "-Q", "-RNFR up.part", "-Q", "-RNTO .hidden"}), 0);
     EXPECT_EQ(readTree(server.root() / "site"), (FileTree{{".hidden", "new"}}));
+}
+
+class TlsServer : public EveryServer {};
+
+INSTANTIATE_TEST_SUITE_P(
+    With, TlsServer,
+    Combine(Values(Kind::proftpd, Kind::vsftpd, Kind::pureftpd, Kind::odd), Values(Tls::explicitTls, Tls::implicitTls)),
+    caseName);
+
+TEST_P(TlsServer, SpeaksTheOneVersionAskedForAndRequiresItsSessionsToBeReusedWhereItCan) {
+    const auto [kind, tls] = GetParam();
+    const Words atLeast13{"--tlsv1.3"};
+    const Words atMost12{"--tls-max", "1.2"};
+    for (const auto version : {FtpServer::TlsVersion::tls12, FtpServer::TlsVersion::tls13}) {
+        FtpServer server(kind, {.tls = tls, .version = version});
+        server.put("page", "x");
+        const bool newer = version == FtpServer::TlsVersion::tls13;
+        EXPECT_EQ(curlStatus(server, "page", newer ? atLeast13 : atMost12), 0);
+        EXPECT_EQ(curlStatus(server, "page", newer ? atMost12 : atLeast13), 35) << "not refused";
+        const bool requiresReuse = kind == Kind::proftpd || kind == Kind::vsftpd;
+        EXPECT_EQ(curlStatus(server, "page", {"--no-sessionid"}) != 0, requiresReuse);
+    }
 }
 
 TEST(ScopedTrust, ServerOfAnotherAuthorityIsRefused) {

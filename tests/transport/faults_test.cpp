@@ -255,20 +255,6 @@ TEST(Cancelling, EndsAHangingUploadAtOnceWithNoTraceOfThePasswordOrTheWork) {
     ::unsetenv("TMPDIR");
 }
 
-TEST(Cancelling, LeavesNoPartOfADownloadAndTheLocalFileAsItWas) {
-    FtpServer server = oddServer({"--rate", "100000"});
-    server.put("site/page", testing::randomBytes(2'000'000));
-    const LocalSite site(server);
-    const auto transport = site.transport();
-    std::jthread canceller([&] {
-        EXPECT_TRUE(testing::eventually([&] { return !testing::leftoverPartFiles(site.root()).empty(); }));
-        transport.control->cancel();
-    });
-    const auto ignore = [](const auto&...) {};
-    EXPECT_THROW(transport.downloadTree("", 0, ignore, ignore), Cancelled);
-    EXPECT_TRUE(testing::readTree(site.root()).empty());
-}
-
 TEST(LocalFaults, LeftoversOfAKilledDownloadAreClearedAwayWithoutLosingAnEditOrADownloadUnderWay) {
     FtpServer server = oddServer({"--rate", "100000"});
     server.put("site/page", testing::randomBytes(2'000'000));

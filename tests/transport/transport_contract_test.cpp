@@ -1,13 +1,18 @@
-// What holds on every server: run on one with MLSD and one without, without TLS and with both kinds of it.
+// What holds on every server, without TLS and with both kinds of it, on either version. What differs from server to
+// server is in server_differences_test.cpp.
 #include "support/certificates.h"
 #include "support/local_site.h"
+#include "support/wait_for.h"
 #include "transport/ftp_transport.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <gtest/gtest.h>
+#include <optional>
 #include <set>
 #include <sys/stat.h>
+#include <thread>
 
 namespace zembrastel {
 namespace {
@@ -15,32 +20,47 @@ namespace {
 namespace fs = std::filesystem;
 using testing::FtpServer;
 using testing::LocalSite;
+using Kind = FtpServer::Kind;
+using Tls = FtpServer::Tls;
+using TlsVersion = FtpServer::TlsVersion;
 
 constexpr auto moment = std::chrono::sys_days(std::chrono::year(2020) / 1 / 1) + std::chrono::hours(12);
 const std::string awkwardName = "a #?é \"[{x}]'.txt";
 
-class TransportContract : public ::testing::TestWithParam<std::tuple<FtpServer::Kind, FtpServer::Tls>> {
+class TransportContract : public ::testing::TestWithParam<std::tuple<Kind, Tls, TlsVersion>> {
 protected:
-    TransportContract() : trust(testing::certificates().ca), server(kind(), {.tls = std::get<1>(GetParam())}) {}
-
-    static FtpServer::Kind kind() { return std::get<0>(GetParam()); }
-
-    void putDated(const std::string& path, const std::string& content, std::chrono::system_clock::time_point date) {
-        server.put(path, content);
-        testing::touch(server.root() / path, date);
+    void SetUp() override {
+        const auto [kind, tls, version] = GetParam();
+        if (const auto reason = FtpServer::unavailable(kind, tls)) GTEST_SKIP() << *reason;
+        if (tls != Tls::none) trust.emplace(testing::certificates().ca);
+        options = {.tls = tls, .version = version};
+        server.emplace(kind, options);
     }
 
-    std::string onServer(const std::string& path) const { return testing::readFile(server.root() / path); }
+    static Kind kind() { return std::get<Kind>(GetParam()); }
 
-    testing::ScopedTrust trust;
-    FtpServer server;
+    void serveSlowly() {
+        options.rateKiB = 256;
+        server.emplace(kind(), options);
+    }
+
+    void putDated(const std::string& path, const std::string& content, std::chrono::system_clock::time_point date) {
+        server->put(path, content);
+        testing::touch(server->root() / path, date);
+    }
+
+    std::string onServer(const std::string& path) const { return testing::readFile(server->root() / path); }
+
+    std::optional<testing::ScopedTrust> trust;
+    FtpServer::Options options;
+    std::optional<FtpServer> server;
 };
 
 TEST_P(TransportContract, FolderIsListedWithItsKindsNamesAndDates) {
     putDated("site/" + awkwardName, "x", moment);
-    server.put("site/folder with blanks/inside", "x");
-    server.put("site/.htaccess", "x");
-    const LocalSite site(server);
+    server->put("site/folder with blanks/inside", "x");
+    server->put("site/.htaccess", "x");
+    const LocalSite site(*server);
     const auto transport = site.transport();
     EXPECT_EQ(transport.test(), 3U);
     auto entries = transport.list("");
@@ -51,18 +71,16 @@ TEST_P(TransportContract, FolderIsListedWithItsKindsNamesAndDates) {
     EXPECT_FALSE(entries[1].directory);
     EXPECT_EQ(entries[2].name, "folder with blanks");
     EXPECT_TRUE(entries[2].directory);
-    const bool hasMLSD = kind() != FtpServer::Kind::vsftpd;
+    const bool hasMLSD = kind() != Kind::vsftpd;
     EXPECT_EQ(entries[1].modified, hasMLSD ? std::optional(toRemoteDate(moment)) : std::nullopt);
     EXPECT_EQ(transport.modificationDate(awkwardName), toRemoteDate(moment));
     EXPECT_EQ(transport.list("folder with blanks").size(), 1U);
-    EXPECT_NE(testing::failureOf([&] { return transport.list("missing"); }), "");
-    EXPECT_NE(testing::failureOf([&] { return transport.modificationDate("missing"); }), "");
 }
 
 TEST_P(TransportContract, UploadMakesFoldersReplacesInOneStepAndLeavesNothingBehind) {
     const auto large = testing::randomBytes(3'000'000, 7);
-    const LocalSite site(server, {{"new/deep/" + awkwardName, large}, {"empty", ""}});
-    server.put("site/keep", "");
+    const LocalSite site(*server, {{"new/deep/" + awkwardName, large}, {"empty", ""}});
+    server->put("site/keep", "");
     const auto transport = site.transport();
     for (const auto& [path, content] : site.files()) transport.upload(path, site.fingerprint(path));
     EXPECT_EQ(onServer("site/new/deep/" + awkwardName), large);
@@ -70,21 +88,21 @@ TEST_P(TransportContract, UploadMakesFoldersReplacesInOneStepAndLeavesNothingBeh
     testing::writeFile(site / "empty", "second");
     transport.upload("empty", site.fingerprint("empty"));
     EXPECT_EQ(onServer("site/empty"), "second");
-    EXPECT_TRUE(testing::leftoverPartFiles(server.root()).empty());
-    EXPECT_EQ(testing::readTree(server.root()).size(), 3U);
+    EXPECT_TRUE(testing::leftoverPartFiles(server->root()).empty());
+    EXPECT_EQ(testing::readTree(server->root()).size(), 3U);
 }
 
 TEST_P(TransportContract, InitialDownloadTakesWhatIsMissingOrNewerAndKeepsTheRest) {
     putDated("site/sub/missing.txt", "from server", moment);
-    server.put("site/empty", "");
-    server.put("site/newer.txt", "newer on server");
-    server.put("site/older.txt", "older on server");
-    server.put("site/kind", "a file on the server");
-    server.put("site/node_modules/x", "excluded");
-    LocalSite site(server, {{"newer.txt", "local"}, {"older.txt", "local"}, {"kind/inside", "a folder here"}});
-    testing::touch(server.root() / "site/newer.txt", moment + std::chrono::seconds(2));
+    server->put("site/empty", "");
+    server->put("site/newer.txt", "newer on server");
+    server->put("site/older.txt", "older on server");
+    server->put("site/kind", "a file on the server");
+    server->put("site/node_modules/x", "excluded");
+    LocalSite site(*server, {{"newer.txt", "local"}, {"older.txt", "local"}, {"kind/inside", "a folder here"}});
+    testing::touch(server->root() / "site/newer.txt", moment + std::chrono::seconds(2));
     testing::touch(site / "newer.txt", moment);
-    testing::touch(server.root() / "site/older.txt", moment + std::chrono::seconds(1));
+    testing::touch(server->root() / "site/older.txt", moment + std::chrono::seconds(1));
     testing::touch(site / "older.txt", moment);
     ASSERT_EQ(::chmod((site / "newer.txt").c_str(), 0640), 0);
     std::set<std::string> lines;
@@ -118,13 +136,13 @@ TEST_P(TransportContract, InitialDownloadTakesWhatIsMissingOrNewerAndKeepsTheRes
 
 TEST_P(TransportContract, ForeignEditIsFoundAndReplacesTheLocalFileWithABackup) {
     LocalSite site(
-        server, {{"file9.txt", "mine"}, {"file10.txt", "mine"}, {"same.txt", "same"}, {"off/x.txt", "mine"}});
+        *server, {{"file9.txt", "mine"}, {"file10.txt", "mine"}, {"same.txt", "same"}, {"off/x.txt", "mine"}});
     for (const auto* path : {"file9.txt", "file10.txt", "same.txt", "off/x.txt"}) {
         testing::touch(site / path, moment);
         putDated(std::string("site/") + path, "theirs", moment + std::chrono::hours(1));
     }
-    testing::touch(server.root() / "site/same.txt", moment + std::chrono::seconds(1));
-    server.put("site/only here.txt", "x");
+    testing::touch(server->root() / "site/same.txt", moment + std::chrono::seconds(1));
+    server->put("site/only here.txt", "x");
     site.profile.syncSelection = DownloadSelection{.rules = {{"", true}, {"off", false}}};
     const auto transport = site.transport();
     const FileMap baseline{{"file9.txt", Fingerprint{}}};
@@ -145,31 +163,79 @@ TEST_P(TransportContract, ForeignEditIsFoundAndReplacesTheLocalFileWithABackup) 
         transport.newerRemoteFiles({{"file9.txt", installed}}, {{"file10.txt", date}}, [](const auto&) {}).empty());
 }
 
-TEST_P(TransportContract, WrongPasswordAndMissingFolderAreToldInTheServersWords) {
-    LocalSite site(server, {}, "missing");
-    const auto absent = testing::failureOf([&] { return site.transport().test(); });
-    EXPECT_TRUE(absent.starts_with("curl: (9)")) << absent;
-    if (kind() == FtpServer::Kind::vsftpd) return; // takes any password of its anonymous user
+TEST_P(TransportContract, CancelledTransferEndsAtOnceHarmsNeitherSideAndTheNextOneSucceeds) {
+    serveSlowly();
+    const auto large = testing::randomBytes(2'000'000);
+    LocalSite site(*server, {{"page", large}});
+    server->put("site/page", "old");
+    const auto cancelWhen = [](const FTPTransport& transport, const auto& begun, const auto& operation) {
+        std::chrono::steady_clock::time_point asked;
+        std::jthread canceller([&] {
+            EXPECT_TRUE(testing::eventually(begun));
+            asked = std::chrono::steady_clock::now();
+            transport.control->cancel();
+        });
+        EXPECT_THROW(operation(transport), Cancelled);
+        canceller.join();
+        EXPECT_LT(std::chrono::steady_clock::now() - asked, std::chrono::seconds(2));
+    };
+    cancelWhen(
+        site.transport(), [&] { return testing::readTree(server->root()).size() > 1; },
+        [&](const FTPTransport& transport) { transport.upload("page", site.fingerprint("page")); });
+    EXPECT_EQ(onServer("site/page"), "old");
+    testing::writeFile(site / "page", "new");
+    site.transport().upload("page", site.fingerprint("page"));
+    EXPECT_EQ(onServer("site/page"), "new");
+    EXPECT_EQ(testing::leftoverPartFiles(server->root()).size(), 1U) << "the cancelled one stays there";
+
+    server->put("site/large", large);
+    cancelWhen(
+        site.transport(), [&] { return !testing::leftoverPartFiles(site.root()).empty(); },
+        [](const FTPTransport& transport) {
+            const auto ignore = [](const auto&...) {};
+            transport.downloadTree("", 0, ignore, ignore);
+        });
+    EXPECT_EQ(site.files(), (testing::FileTree{{"page", "new"}}));
+}
+
+TEST_P(TransportContract, RefusalsAreToldInTheSameWordsWhateverTheServerAnswers) {
+    server->put("site/page", "x");
+    LocalSite site(*server);
+    const std::string noFolder = "curl: (9) Server denied you to change to the given directory";
+    EXPECT_EQ(testing::failureOf([&] { return site.transport().list("missing"); }), noFolder);
+    EXPECT_EQ(
+        testing::failureOf([&] { return site.transport().modificationDate("missing"); }),
+        "curl: (78) The file does not exist");
+    EXPECT_EQ(testing::failureOf([&] { return site.transport().modificationDate("missing/page"); }), noFolder);
     site.password = "secret-not-s3cret";
-    const auto refused = testing::failureOf([&] { return site.transport().test(); });
-    EXPECT_TRUE(refused.starts_with("curl: (67) Access denied: 530")) << refused;
+    if (kind() == Kind::vsftpd) site.profile.username = "nobody-here"; // its anonymous user has no password
+    EXPECT_EQ(
+        testing::failureOf([&] { return site.transport().modificationDate("page"); }), "curl: (67) Access denied: 530");
 }
 
 std::string nameOf(const ::testing::TestParamInfo<TransportContract::ParamType>& info) {
-    const auto [kind, tls] = info.param;
-    const std::string server = kind == FtpServer::Kind::vsftpd ? "vsftpd" : "proftpd";
-    return server
-           + (tls == FtpServer::Tls::none          ? "Plain"
-              : tls == FtpServer::Tls::explicitTls ? "ExplicitTls"
-                                                   : "ImplicitTls");
+    const auto [kind, tls, version] = info.param;
+    constexpr std::array protections{"Plain", "Explicit", "Implicit"};
+    constexpr std::array versions{"", "Tls12", "Tls13"};
+    return FtpServer::name(kind) + protections.at(static_cast<std::size_t>(tls))
+           + versions.at(static_cast<std::size_t>(version));
 }
 
+using ::testing::Combine;
+using ::testing::Values;
+const auto everyServer = Values(Kind::proftpd, Kind::vsftpd, Kind::pureftpd, Kind::odd);
+
+// Each server without TLS, and once with either kind and either version of it. The rest takes long: scripts/torture.
 INSTANTIATE_TEST_SUITE_P(
-    Servers, TransportContract,
-    ::testing::Combine(
-        ::testing::Values(FtpServer::Kind::proftpd, FtpServer::Kind::vsftpd),
-        ::testing::Values(FtpServer::Tls::none, FtpServer::Tls::explicitTls, FtpServer::Tls::implicitTls)),
-    nameOf);
+    Plain, TransportContract, Combine(everyServer, Values(Tls::none), Values(TlsVersion::any)), nameOf);
+INSTANTIATE_TEST_SUITE_P(
+    Explicit, TransportContract, Combine(everyServer, Values(Tls::explicitTls), Values(TlsVersion::tls13)), nameOf);
+INSTANTIATE_TEST_SUITE_P(
+    Implicit, TransportContract, Combine(everyServer, Values(Tls::implicitTls), Values(TlsVersion::tls12)), nameOf);
+INSTANTIATE_TEST_SUITE_P(
+    RestExplicit, TransportContract, Combine(everyServer, Values(Tls::explicitTls), Values(TlsVersion::tls12)), nameOf);
+INSTANTIATE_TEST_SUITE_P(
+    RestImplicit, TransportContract, Combine(everyServer, Values(Tls::implicitTls), Values(TlsVersion::tls13)), nameOf);
 
 } // namespace
 } // namespace zembrastel
