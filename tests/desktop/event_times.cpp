@@ -1,8 +1,9 @@
 // Preloaded into the desktop program, notes every turn of its main thread that keeps the window waiting.
 //
-// A turn is what the event loop (GLib's, on which Qt's runs) does between two waits. A turn of more than 20 ms becomes
-// a line of the file that EVENT_TIMES_FILE names: its milliseconds, and the event that took most of them. Time in which
-// the thread could run but had no processor is not counted: a busy machine must not look like a slow program.
+// A turn is what the event loop (GLib's, on which Qt's runs) does between two waits. A turn of more than 20 ms, or of
+// as many as EVENT_TIMES_LEAST says, becomes a line of the file that EVENT_TIMES_FILE names: its milliseconds, and the
+// event that took most of them. Time in which the thread could run but had no processor is not counted: a busy machine
+// must not look like a slow program.
 #include "support/processor_wait.h"
 
 #include <QCoreApplication>
@@ -21,7 +22,11 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Milliseconds = std::chrono::duration<double, std::milli>;
 
-constexpr Milliseconds worthNoting{20};
+Milliseconds leastToNote() {
+    constexpr Milliseconds usual{20};
+    const char* const wanted = std::getenv("EVENT_TIMES_LEAST");
+    return wanted == nullptr ? usual : Milliseconds(std::strtod(wanted, nullptr));
+}
 
 class TurnWatch : public QObject {
 public:
@@ -67,6 +72,7 @@ private:
     }
 
     const int report;
+    const Milliseconds worthNoting = leastToNote();
     const zembrastel::testing::ProcessorWait processorWait;
     Clock::time_point began;
     std::chrono::nanoseconds waited{};

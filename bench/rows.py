@@ -1,0 +1,215 @@
+"""The rows of the table, by subject. Each function yields Rows; its name, without underscores, is what --only takes.
+
+Unless a row says otherwise, times are processor time, user and system, of a process of its own for each sample.
+"""
+import os
+import shutil
+import statistics
+import time
+
+from harness import MEGABYTE, Row, alternate, median_of, values
+
+
+def ratio(name, what, target, mine, reference, key="own", reference_key=None, note=""):
+    """A row for what is measured beside a reference."""
+    mine, reference = values(mine, key), values(reference, reference_key or key)
+    figure = statistics.median(mine) / statistics.median(reference)
+    return Row(name, what, figure, "", target, {"samples": mine, "reference": reference}, note)
+
+
+def count_text(number):
+    return f"{number:,}"
+
+
+def find(bench, folder):
+    return bench.measure("time", "--", "find", folder, "-type", "f", "-printf", "%s %T@ %i %P\\n")
+
+
+def poll(bench, folder):
+    """Its steady polls as one sample."""
+    taken = bench.measure("poll", folder, "--polls", 3)
+    return {**taken, "own": statistics.median(taken["own"]), "wall": statistics.median(taken["wall"])}
+
+
+def files_of(bench, files, rounds):
+    folder, text = bench.tree(files), f"{count_text(files)} files"
+    alternate(1, lambda: find(bench, folder))  # so that all is in memory
+    finds, scans, polls = alternate(
+        rounds, lambda: find(bench, folder), lambda: bench.measure("scan", folder), lambda: poll(bench, folder))
+    if {sample["files"] for sample in scans + polls} != {files}:
+        raise RuntimeError("the scan has not found every file")
+    yield ratio(f"scan {files}", f"first scan, {text} / find", 0.90, scans, finds, "own", "children")
+    yield ratio(f"poll {files}", f"steady poll, {text} / find", 0.80, polls, finds, "own", "children")
+    yield Row(f"memory {files}", f"current, previous and baseline, {text}", median_of(polls, "heap") / files,
+              "bytes a file", 80, {"samples": values(polls, "heap")}, "given out by malloc, in mid poll")
+    yield Row(f"allocations {files}", f"allocations in a steady poll, {text}", median_of(polls, "allocations") / files,
+              "a file", 0.5, {"samples": values(polls, "allocations")}, "a few for each folder are none for each file")
+
+
+def files(bench):
+    yield from files_of(bench, bench.sizes.small, bench.sizes.rounds)
+    yield from files_of(bench, bench.sizes.large, bench.sizes.few_rounds)
+
+
+def rules(bench):
+    folder = bench.tree(bench.sizes.small)
+    with_rules, without = alternate(bench.sizes.many_rounds, lambda: bench.measure("scan", folder),
+                                    lambda: bench.measure("scan", folder, "--no-rules"))
+    yield ratio("rules", "scan with the default rules / without rules", 1.05, with_rules, without)
+
+
+def watch(bench):
+    for size, target in ((bench.sizes.small, 45), (bench.sizes.large, 300)):
+        # The server's folder is empty, so that the comparison asks for one listing; all that it has of the local side
+        # is there as ever. Then the watch polls, with everything in the baseline.
+        state = bench.state(f"watch-{size}", bench.tree(size), remote=bench.server().remote(), options=["--enabled"])
+        watching = bench.watch(state, 1)
+        try:
+            seconds = bench.sizes.poll_seconds * (2 if size > 100_000 else 1)
+            samples, peak = watching.pss_during(seconds), watching.peak()
+        finally:
+            watching.end()
+        shutil.rmtree(state)
+        yield Row(f"watch {size}", f"resident memory of watch, {count_text(size)} files", max(samples) / MEGABYTE, "MB",
+                  target, {"samples": samples, "peak since start": peak},
+                  f"PSS, the most in {seconds:g} s of polls; median {statistics.median(samples) / MEGABYTE:.0f} MB, "
+                  f"ever resident {peak / MEGABYTE:.0f} MB")
+
+
+def state(bench):
+    folder = bench.state("state", bench.tree(bench.sizes.small))
+    saves = bench.measure("save", folder, "--rounds", bench.sizes.many_rounds)
+    text = f"a state with {count_text(bench.sizes.small)} entries"
+    yield Row("save", f"save of {text} / write, flush, rename",
+              statistics.median(saves["wall"]) / statistics.median(saves["referenceWall"]), "", 2.0,
+              {"samples": saves["wall"], "reference": saves["referenceWall"], "bytes": saves["bytes"],
+               "processor": saves["own"], "reference processor": saves["referenceOwn"]},
+              f"elapsed; {1000 * statistics.median(saves['wall']):.0f} ms for {saves['bytes'] / MEGABYTE:.1f} MB")
+    loads, parses = alternate(bench.sizes.rounds, lambda: bench.measure("load", folder),
+                              lambda: bench.measure("load", folder, "--nlohmann"))
+    yield ratio("load", f"load of {text} / nlohmann::json::parse", 0.35, loads, parses,
+                note=f"{1000 * median_of(loads, 'own'):.0f} ms")
+
+
+def upload(bench, local, count, name, options=()):
+    """One sample of the whole program uploading `count` new files of 4 KB from the folder."""
+    folder = bench.state(name, local, remote=bench.server().remote(), options=options)
+    try:
+        return bench.measure("upload", folder, "--count", count, "--bytes", 4096)
+    finally:
+        shutil.rmtree(os.path.join(local, "new"), ignore_errors=True)
+
+
+def bare_upload(bench, local, count):
+    file = bench.path("file")
+    with open(file, "wb") as made:
+        made.write(b"x" * 4096)
+    folder = bench.state("bare", local, remote=bench.server().remote())
+    return bench.measure("bare-uploads", folder, file, "--count", count)
+
+
+def uploads(bench):
+    count, sizes = bench.sizes.uploads, bench.sizes
+    empty, full = bench.fresh("work/empty"), bench.tree(sizes.small)
+    into_full, into_empty, bare = alternate(
+        sizes.few_rounds, lambda: upload(bench, full, count, "full"), lambda: upload(bench, empty, count, "uploading"),
+        lambda: bare_upload(bench, empty, count))
+    text = f"{count} uploads"
+    save = bench.measure("save", bench.state("saved", full), "--rounds", 3)
+    saving = statistics.median(save["wall"]) * median_of(into_full, "saves") / median_of(into_full, "wall")
+    yield ratio("uploads full", f"{text}, {count_text(sizes.small)} entries / empty state", 1.15, into_full, into_empty,
+                "wall", note=f"elapsed; {median_of(into_full, 'saves'):.0f} saves, {100 * saving:.0f} % of the time")
+    yield ratio("uploads", f"{text}, everything included / bare curl runs", 1.10, into_empty, bare, "wall",
+                note=f"elapsed; {1000 * median_of(into_empty, 'wall') / count:.1f} ms each")
+    yield ratio("uploads processor", "the program's own processor time / curl's", 0.05, into_empty, into_empty, "own",
+                "children", note=f"{100 * median_of(into_full, 'own') / median_of(into_full, 'children'):.0f} % with "
+                                 f"{count_text(sizes.small)} entries")
+
+
+def check(bench):
+    # The server serves the very files that are local, so it has every folder and nothing newer.
+    local = os.path.join(bench.server().root, "site")
+    remote = bench.server().remote()
+    bench.measure("tree", local, "--files", bench.sizes.check_files)
+    folder = bench.state("check", local, remote=remote)
+    checks, bare = alternate(bench.sizes.few_rounds, lambda: bench.measure("check", folder),
+                             lambda: bench.measure("bare-listings", folder, "--files", bench.sizes.check_files))
+    folders = checks[0]["folders"]
+    yield ratio("check", f"server check of {folders} folders / two bare listings each", 1.05, checks, bare, "wall",
+                note=f"elapsed; {1000 * median_of(checks, 'wall') / folders:.1f} ms a folder")
+
+
+def staging(bench):
+    with bench.memory_folder(3 * bench.sizes.staged_bytes) as (folder, place):
+        file, copy = os.path.join(folder, "large"), os.path.join(folder, "copy")
+        with open(file, "wb") as made:
+            block = os.urandom(10_000_000)
+            for _ in range(bench.sizes.staged_bytes // len(block)):
+                made.write(block)
+
+        def stage():
+            return bench.measure("stage", folder, "large", temporary=folder)
+
+        def copy_file():
+            try:
+                return bench.measure("time", "--", "cp", "--reflink=auto", file, copy)
+            finally:
+                os.remove(copy)
+
+        stages, copies = alternate(bench.sizes.rounds, stage, copy_file)
+    yield ratio("staging", f"staging of {bench.sizes.staged_bytes / 1e9:g} GB / cp --reflink=auto", 1.1, stages, copies,
+                "own", "children", note=place)
+
+
+def listings(bench):
+    for name, options in (("MLSD", ["--mlsd"]), ("LIST", [])):
+        taken = bench.measure("parse", "--count", bench.sizes.lines, "--rounds", bench.sizes.many_rounds, *options)
+        yield Row(f"listings {name}", f"{count_text(bench.sizes.lines)} lines of {name} / split, store the name",
+                  statistics.median(taken["own"]) / statistics.median(taken["referenceOwn"]), "", 5,
+                  {"samples": taken["own"], "reference": taken["referenceOwn"]},
+                  f"{1e9 * statistics.median(taken['own']) / bench.sizes.lines:.0f} ns a line")
+
+
+def idle(bench):
+    sizes = bench.sizes
+    whole = bench.path("idle")
+    locals_ = [os.path.join(whole, str(number + 1)) for number in range(sizes.idle_profiles)]
+    for folder in locals_:
+        bench.measure("tree", folder, "--files", sizes.idle_files)
+    remote = bench.server().remote()
+    for number in range(len(locals_)):
+        bench.server().remote(f"site/{number + 1}")
+    watching = bench.watch(bench.state("idle-state", *locals_, remote=remote, options=["--enabled"]), len(locals_))
+    try:
+        before, began = watching.processor_seconds(), time.monotonic()
+        time.sleep(sizes.idle_seconds)
+        share = (watching.processor_seconds() - before) / (time.monotonic() - began)
+    finally:
+        watching.end()
+        shutil.rmtree(whole)
+    yield Row("idle", f"{sizes.idle_profiles} profiles of {count_text(sizes.idle_files)} files, idle", 100 * share,
+              "% of a core", 3, {"samples": [share]}, f"watch, during {sizes.idle_seconds} s")
+
+
+def start(bench):
+    import desktop_rows
+    folder = bench.state("start", bench.tree(bench.sizes.small), remote=bench.server().remote(), options=["--enabled"])
+    text = f"{count_text(bench.sizes.small)} entries"
+    runs, = alternate(bench.sizes.many_rounds,
+                      lambda: bench.measure("time", "--", bench.command_line, "--state", folder, "profile", "list"))
+    yield Row("profile list", f"exec of profile list, {text}", 1000 * median_of(runs, "wall"), "ms", 60,
+              {"samples": values(runs, "wall")}, f"elapsed; processor {1000 * median_of(runs, 'children'):.0f} ms")
+    paints = desktop_rows.first_paints(bench, folder, bench.sizes.rounds)
+    yield Row("first paint", f"exec to first paint, {text}", 1000 * statistics.median(paints), "ms", 250,
+              {"samples": paints}, "elapsed, on Xvfb")
+
+
+def main_thread(bench):
+    import desktop_rows
+    turns = desktop_rows.turns_during_uploads(bench, bench.sizes.desktop_profiles)
+    yield Row("main thread", f"longest event, {bench.sizes.desktop_profiles} profiles uploading", turns[0]["ms"], "ms",
+              50, {"longest": turns[:20]}, turns[0]["event"])
+
+
+SUBJECTS = {function.__name__.replace("_", " "): function
+            for function in (files, rules, watch, state, uploads, check, staging, listings, idle, start, main_thread)}
