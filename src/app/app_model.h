@@ -200,6 +200,7 @@ private:
     void apply(const event::Downloaded& event, const Uuid& id);
     void apply(const event::RemoteDate& event, const Uuid& id);
     void apply(const event::DownloadFinished& event, const Uuid& id);
+    void apply(const event::FolderReturned& event, const Uuid& id);
     void persist();
     void persistFor(const Uuid& id);
     void saveSoon(const Uuid& id);

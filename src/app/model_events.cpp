@@ -62,6 +62,12 @@ void AppModel::apply(const event::DownloadFinished&, const Uuid& id) {
     start(id);
 }
 
+void AppModel::apply(const event::FolderReturned&, const Uuid& id) {
+    log(id, "The local folder is back.");
+    stopJob(id);
+    start(id);
+}
+
 void AppModel::persist() {
     if (options.demo) return;
     if (!saver) throw SyncError(noStore);

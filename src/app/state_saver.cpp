@@ -1,8 +1,10 @@
 #include "app/state_saver.h"
 
 #include "model/error.h"
+#include "sync/sync_worker.h"
 
 #include <algorithm>
+#include <system_error>
 #include <utility>
 
 namespace zembrastel {
@@ -15,7 +17,8 @@ constexpr std::chrono::seconds longestGathering{2};
 
 StateSaver::StateSaver(
     MainContext& mainContext, Clock& clockToUse, StateStore place, const SavedState& saved, Failed told)
-    : context(mainContext), clock(clockToUse), store(std::move(place)), state(saved), failed(std::move(told)) {}
+    : context(mainContext), clock(clockToUse), store(std::move(place)), state(saved), failed(std::move(told)),
+      retryDelay(firstRetryDelay) {}
 
 void StateSaver::save() {
     if (writing.valid()) writing.wait();
@@ -58,7 +61,7 @@ void StateSaver::startWrite() {
     try {
         json = encode(state);
     } catch (const std::exception& error) {
-        failed(waiting, describe(error));
+        failedWrite(error);
         return;
     }
     written.swap(waiting);
@@ -77,7 +80,11 @@ void StateSaver::startWrite() {
         context.post(finish);
         return took;
     };
-    writing = std::async(std::launch::async, std::move(write));
+    try {
+        writing = std::async(std::launch::async, std::move(write));
+    } catch (const std::system_error& error) {
+        failedWrite(error);
+    }
 }
 
 void StateSaver::finishWrite() {
@@ -85,12 +92,25 @@ void StateSaver::finishWrite() {
     try {
         rest(writing.get());
     } catch (const std::exception& error) {
-        waiting.merge(written);
-        failed(waiting, describe(error));
+        failedWrite(error);
         return;
     }
     written.clear();
+    retryDelay = firstRetryDelay;
     if (!waiting.empty()) scheduleWrite();
+}
+
+// Tries again by itself: it may be long until something else is reported, and nobody tells when the disk is well again.
+void StateSaver::failedWrite(const std::exception& error) {
+    waiting.merge(written);
+    failed(waiting, describe(error));
+    if (std::exchange(retrying, true)) return;
+    context.postAfter(retryDelay, [this, weak = std::weak_ptr(self)] {
+        if (weak.expired()) return;
+        retrying = false;
+        startWrite();
+    });
+    retryDelay = nextRetryDelay(retryDelay);
 }
 
 void StateSaver::scheduleWrite() {

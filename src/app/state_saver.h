@@ -13,6 +13,7 @@
 #include "platform/uuid.h"
 
 #include <chrono>
+#include <exception>
 #include <functional>
 #include <future>
 #include <memory>
@@ -24,7 +25,7 @@ namespace zembrastel {
 class StateSaver {
 public:
     // Told on the main context that what was reported for these profiles is not on the disk, and why. It stays to be
-    // saved: with the next report, or by flush().
+    // saved: with the next report, by flush(), or at the latest a while later, which grows to a minute.
     using Failed = std::function<void(const std::set<Uuid>& profiles, const std::string& message)>;
 
     // `saved` must outlive the saver.
@@ -53,6 +54,7 @@ private:
     void finishWrite();
     void scheduleWrite();
     void rest(Duration afterWrite);
+    void failedWrite(const std::exception& error);
 
     MainContext& context;
     Clock& clock;
@@ -64,6 +66,8 @@ private:
     bool scheduled = false;
     int turns = 0; // of writing
     std::chrono::steady_clock::time_point nextWrite{};
+    std::chrono::seconds retryDelay; // after the next failure
+    bool retrying = false;
     // Watched by what is posted to the main context, which may come when the saver has gone.
     std::shared_ptr<bool> self = std::make_shared<bool>();
     std::future<Duration> writing; // last, so that the thread has ended before what it uses goes

@@ -70,12 +70,16 @@ FileMap scan(const Profile& profile, const ScanHooks& hooks) {
     const auto root = readableRoot(profile.localFolder);
     Scan walk(profile, hooks);
     try {
-        walkFolder(Folder::open(root), [&walk](const WalkEntry& entry) { return walk.visit(entry); });
+        const Folder folder = Folder::open(root);
+        hooks.mounted(folder.mount());
+        walkFolder(folder, [&walk](const WalkEntry& entry) { return walk.visit(entry); });
     } catch (const std::filesystem::filesystem_error& error) {
         if (error.code().value() == ELOOP) {
             throw SyncError("A file moved outside the selected local folder while scanning.");
         }
-        if (error.path1() == root) throw SyncError("Cannot read the local folder.");
+        const bool ownShortage =
+            error.code() == std::errc::too_many_files_open || error.code() == std::errc::too_many_files_open_in_system;
+        if (error.path1() == root && !ownShortage) throw SyncError("Cannot read the local folder.");
         throw;
     }
     return std::move(walk.files);

@@ -5,6 +5,7 @@
 
 #include "model/fingerprint.h"
 #include "model/profile.h"
+#include "platform/folder.h"
 
 #include <functional>
 #include <string_view>
@@ -19,6 +20,8 @@ struct ScanHooks {
     std::function<void(std::string_view path)> unusableName = [](std::string_view) {};
     // Called with each path that the exclusions leave out, with all it holds.
     std::function<void(std::string_view path)> excluded = [](std::string_view) {};
+    // Called with what the folder is mounted on, before anything in it is looked at.
+    std::function<void(const Mount& mount)> mounted = [](const Mount&) {};
 };
 
 // Every regular file that is not excluded and belongs to the sync selection, by relative path. Links are never

@@ -115,6 +115,15 @@ void Folder::replace(const std::string& name, const Folder& target, const std::s
     }
 }
 
+Mount Folder::mount() const {
+    constexpr unsigned idNeverUsedAgain = 0x4000; // STATX_MNT_ID_UNIQUE, which older headers lack
+    struct statx attributes {};
+    if (::statx(descriptor(), "", AT_EMPTY_PATH, STATX_MNT_ID | idNeverUsedAgain, &attributes) != 0) {
+        throwFileError("stat", place);
+    }
+    return {.mount = attributes.stx_mnt_id, .major = attributes.stx_dev_major, .minor = attributes.stx_dev_minor};
+}
+
 void Folder::remove(const std::string& name) const noexcept { ::unlinkat(opened.get(), name.c_str(), 0); }
 
 } // namespace zembrastel

@@ -7,12 +7,23 @@
 
 #include "platform/descriptor.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <sys/stat.h>
 
 namespace zembrastel {
+
+// What the system calls the mounted file system that something is on: no longer the same once that was unmounted and
+// mounted again. On a kernel before 6.8 it may be the same again for the same disk.
+struct Mount {
+    std::uint64_t mount = 0;
+    std::uint32_t major = 0;
+    std::uint32_t minor = 0;
+
+    friend bool operator==(const Mount&, const Mount&) = default;
+};
 
 class Folder {
 public:
@@ -44,6 +55,9 @@ public:
 
     // Moves the file over what the name in the target folder stands for.
     void replace(const std::string& name, const Folder& target, const std::string& newName) const;
+
+    // Of the folder itself.
+    [[nodiscard]] Mount mount() const;
 
     // Removes the file if it is there.
     void remove(const std::string& name) const noexcept;

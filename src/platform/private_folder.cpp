@@ -4,8 +4,11 @@
 #include "platform/standard_paths.h"
 #include "platform/uuid.h"
 
+#include <array>
 #include <cerrno>
 #include <chrono>
+#include <dirent.h>
+#include <fcntl.h>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
@@ -30,9 +33,27 @@ Folder makePrivateFolder() {
     const auto parent = Folder::openThroughLinks(temporaryFolder());
     const auto name = std::string(prefix) + Uuid::random().text();
     if (::mkdirat(parent.descriptor(), name.c_str(), S_IRWXU) != 0) throwFileError("mkdir", parent.path() / name);
-    auto made = parent.enter(name);
-    if (!made) throwFileError("open", parent.path() / name, ENOENT);
-    return std::move(*made);
+    try {
+        auto made = parent.enter(name);
+        if (!made) throwFileError("open", parent.path() / name, ENOENT);
+        return std::move(*made);
+    } catch (const std::filesystem::filesystem_error&) {
+        (void)::unlinkat(parent.descriptor(), name.c_str(), AT_REMOVEDIR);
+        throw;
+    }
+}
+
+// By the descriptor that is held: when there are no others to be had, the folder must go all the same.
+void removeFiles(const Folder& folder) {
+    alignas(dirent64) std::array<char, 4096> buffer{};
+    (void)::lseek(folder.descriptor(), 0, SEEK_SET);
+    for (ssize_t size = 0; (size = ::getdents64(folder.descriptor(), buffer.data(), buffer.size())) > 0;) {
+        for (ssize_t offset = 0; offset < size;) {
+            const auto* entry = reinterpret_cast<const dirent64*>(buffer.data() + offset);
+            offset += entry->d_reclen;
+            folder.remove(entry->d_name);
+        }
+    }
 }
 
 } // namespace
@@ -40,8 +61,9 @@ Folder makePrivateFolder() {
 PrivateFolder::PrivateFolder() : opened(makePrivateFolder()) {}
 
 PrivateFolder::~PrivateFolder() {
+    removeFiles(opened);
     std::error_code ignored;
-    std::filesystem::remove_all(path(), ignored);
+    if (!std::filesystem::remove(path(), ignored)) std::filesystem::remove_all(path(), ignored);
 }
 
 void removeStalePrivateFolders() {

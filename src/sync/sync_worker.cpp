@@ -6,6 +6,7 @@
 #include "transport/ftp_transport.h"
 
 #include <algorithm>
+#include <optional>
 #include <set>
 
 namespace zembrastel {
@@ -93,9 +94,30 @@ private:
     }
 
     FileMap scanFolder() {
-        return scan(
+        Mount found;
+        FileMap current = scan(
             worker.profile, {.checkpoint = [this] { worker.control->check(); },
-                             .unusableName = [this](std::string_view path) { reportUnusable(path); }});
+                             .unusableName = [this](std::string_view path) { reportUnusable(path); },
+                             .mounted = [&found](const Mount& folder) { found = folder; }});
+        requireOwnDisk(found, current);
+        return current;
+    }
+
+    // A disk that was unmounted is not a site of which every file was deleted; and when it is back, others may have
+    // changed the server meanwhile.
+    void requireOwnDisk(const Mount& found, const FileMap& current) {
+        const bool other = mount && mount != found;
+        const auto isThere = [&current](const auto& file) { return current.contains(file.first); };
+        if (other && !baseline.empty() && std::ranges::none_of(baseline, isThere)) {
+            diskWasAway = true;
+            throw SyncError("Another disk, or none, is mounted at the local folder: none of the files that were "
+                            "synchronised is in it. The server is left as it is.");
+        }
+        if (other || diskWasAway) {
+            worker.events.deliver(event::FolderReturned{});
+            throw Cancelled();
+        }
+        mount = found;
     }
 
     void reportUnusable(std::string_view path) {
@@ -165,6 +187,8 @@ private:
     const FTPTransport transport;
     FileMap baseline;
     FileMap previous;
+    std::optional<Mount> mount; // that the local folder is on
+    bool diskWasAway = false;
     std::chrono::seconds retryDelay = firstRetryDelay;
     std::set<std::string, std::less<>> reportedNames;
 };

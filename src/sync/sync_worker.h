@@ -49,8 +49,9 @@ struct SyncWorker {
     EventSink events;
     Clock& clock;
 
-    // Returns when the worker was stopped, by the token or through the control, or when an initial download is due
-    // without a selection. Throws nothing: failures are reported as events and tried again.
+    // Returns when the worker was stopped, by the token or through the control, when an initial download is due without
+    // a selection, and when the local folder is back that was away: what became of the server meanwhile has to be
+    // looked at first. Throws nothing: failures are reported as events and tried again.
     void run(const std::stop_token& stop) const;
 };
 

@@ -54,11 +54,15 @@ struct RemoteDate {
 // The initial download is complete.
 struct DownloadFinished {};
 
+// The local folder's disk was unmounted for a while. Others may have changed the server meanwhile, and somebody the
+// disk: the worker ends, and nothing may be uploaded before both were compared.
+struct FolderReturned {};
+
 } // namespace event
 
 using WorkerEvent = std::variant<
     event::Status, event::Activity, event::Uploaded, event::Baseline, event::Downloaded, event::RemoteDate,
-    event::DownloadFinished>;
+    event::DownloadFinished, event::FolderReturned>;
 
 // The two ways to the model. Called on the worker's thread.
 struct EventSink {

@@ -6,14 +6,20 @@
 #include "platform/text.h"
 #include "transport/ftp_transport.h"
 
+#include <cerrno>
 #include <csignal>
+#include <optional>
 #include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
 
 namespace zembrastel {
 namespace {
 
 constexpr const char* curlExecutable = "/usr/bin/curl";
 constexpr mode_t ownerOnly = S_IRUSR | S_IWUSR;
+constexpr const char* withoutWords = "Transfer failed.";
+constexpr int curlCouldNotWrite = 23; // and does not say why
 
 // Far more than a folder of a million items takes. A listing without an end would fill the disk, and then the memory.
 constexpr std::uint64_t longestListing = std::uint64_t{128} << 20;
@@ -35,12 +41,18 @@ std::string replaceAll(std::string text, std::string_view what, std::string_view
 
 // The sentence for a run that failed: curl's own words, without the password should the server have repeated it.
 std::string failureMessage(std::string text, const std::string& password) {
-    constexpr const char* withoutWords = "Transfer failed.";
     if (!isValidUtf8(text)) return withoutWords;
     if (!password.empty()) text = replaceAll(std::move(text), password, "••••");
     const auto words = trimmed(text);
     // A curl that a signal ended has said nothing.
     return words.empty() ? withoutWords : std::string(words);
+}
+
+// Why the file takes no more, as the system says; nothing when it does.
+std::optional<int> fullness(int file) {
+    struct stat attributes {};
+    if (::fstat(file, &attributes) != 0 || ::pwrite(file, "", 1, attributes.st_size) == 1) return std::nullopt;
+    return errno;
 }
 
 // Runs the child under the control until it ends by itself or is cancelled.
@@ -80,7 +92,14 @@ std::string FTPTransport::run(
     control->check();
     if (exit.exited && exit.code == 0) return readContents(output.get(), folder.path() / "out");
     if (!exit.exited && exit.code == SIGXFSZ) throw SyncError("The server's directory listing is too long.");
-    throw SyncError(failureMessage(errorText(errors.get(), folder.path() / "err"), password));
+    std::string words = failureMessage(errorText(errors.get(), folder.path() / "err"), password);
+    if (words == withoutWords) {
+        if (const auto full = fullness(errors.get())) throwFileError("write", folder.path(), *full);
+    } else if (exit.code == curlCouldNotWrite) {
+        const auto full = fullness(localFile >= 0 ? localFile : output.get());
+        if (full) words += ": " + std::system_category().message(*full);
+    }
+    throw SyncError(words);
 }
 
 } // namespace zembrastel

@@ -86,12 +86,18 @@ LocalPlace makeBackup(const std::string& localFolder, const LocalPlace& original
     struct stat attributes {};
     if (::fstat(from.get(), &attributes) != 0) throwFileError("stat", original.url);
     const Descriptor to = backup.parent->create(backup.name, S_IRUSR | S_IWUSR);
-    copyContents(from.get(), to.get(), backup.url, [&control] { control.check(); });
-    const timespec times[] = {attributes.st_atim, attributes.st_mtim};
-    if (::futimens(to.get(), times) != 0 || ::fchmod(to.get(), attributes.st_mode & permissionBits) != 0) {
-        throwFileError("chmod", backup.url);
+    try {
+        copyContents(from.get(), to.get(), backup.url, [&control] { control.check(); });
+        const timespec times[] = {attributes.st_atim, attributes.st_mtim};
+        if (::futimens(to.get(), times) != 0 || ::fchmod(to.get(), attributes.st_mode & permissionBits) != 0) {
+            throwFileError("chmod", backup.url);
+        }
+        if (::fsync(to.get()) != 0) throwFileError("fsync", backup.url);
+    } catch (...) {
+        // Half a backup is none, and every attempt on a full disk would leave one more.
+        backup.parent->remove(backup.name);
+        throw;
     }
-    if (::fsync(to.get()) != 0) throwFileError("fsync", backup.url);
     return backup;
 }
 

@@ -7,6 +7,7 @@
 #include "transport/local_place.h"
 #include "transport/remote_url.h"
 
+#include <cerrno>
 #include <sys/stat.h>
 
 namespace zembrastel {
@@ -14,12 +15,21 @@ namespace {
 
 // Copies the file to the open, empty file `staged`. False when what was copied is not, or no longer, the version of
 // this fingerprint.
-bool stageVersion(const LocalPlace& source, const Fingerprint& version, int staged, const TransferControl& control) {
+bool stageVersion(
+    const LocalPlace& source, const Fingerprint& version, int staged, const std::filesystem::path& stagingFolder,
+    const TransferControl& control) {
     const Descriptor from = source.parent->openForReading(source.name);
     struct stat opened {};
     if (::fstat(from.get(), &opened) != 0) throwFileError("stat", source.url);
     if (Fingerprint::of(opened) != version) return false;
-    copyContents(from.get(), staged, source.url, [&control] { control.check(); });
+    try {
+        copyContents(from.get(), staged, source.url, [&control] { control.check(); });
+    } catch (const std::filesystem::filesystem_error& error) {
+        // It is not the disk of the original that is full.
+        const int reason = error.code().value();
+        if (reason == ENOSPC || reason == EDQUOT) throwFileError("copy", stagingFolder, reason);
+        throw;
+    }
     return source.fingerprint() == version;
 }
 
@@ -35,7 +45,7 @@ void FTPTransport::upload(const std::string& path, const Fingerprint& fingerprin
     }
     const PrivateFolder staging;
     const Descriptor staged = staging.folder().create("upload", S_IRUSR | S_IWUSR);
-    if (!stageVersion(local, fingerprint, staged.get(), *control)) {
+    if (!stageVersion(local, fingerprint, staged.get(), staging.path(), *control)) {
         throw SyncError("File changed while preparing the upload; it will be retried.");
     }
     const std::string temporary = temporaryName();

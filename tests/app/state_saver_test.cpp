@@ -51,7 +51,7 @@ TEST_F(StateSaverTest, ReportThatCouldNotBeWrittenIsToldAndSavedWhenThatIsPossib
     saver.flush();
     EXPECT_EQ(failures.size(), 2U);
     std::filesystem::remove_all(file);
-    saver.flush();
+    ASSERT_TRUE(queue.runUntil([&] { return std::filesystem::exists(file); }, std::chrono::seconds(30)));
     EXPECT_EQ(store.load(), state);
     EXPECT_EQ(failures.size(), 2U);
 }

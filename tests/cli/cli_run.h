@@ -56,6 +56,9 @@ public:
         return line;
     }
 
+    Arguments wrapper;   // a command that becomes the program, with its arguments
+    Arguments variables; // "NAME=value", for the program besides those that keep it apart
+
     // Goes on running; its standard error is errors().
     [[nodiscard]] Program start(const Arguments& arguments) const {
         return Program(command(arguments, ""), environment());
@@ -64,21 +67,19 @@ public:
 private:
     // The shell becomes the program, so that signals reach it.
     [[nodiscard]] Arguments command(const Arguments& arguments, const std::string& redirections) const {
-        Arguments all{"/bin/sh",
-                      "-c",
-                      "exec \"$@\" 2> \"$0\" " + redirections,
-                      (folder / "errors").string(),
-                      ZEMBRASTEL_CLI,
-                      "--state",
-                      state().string()};
+        Arguments all{"/bin/sh", "-c", "exec \"$@\" 2> \"$0\" " + redirections, (folder / "errors").string()};
+        all.insert(all.end(), wrapper.begin(), wrapper.end());
+        all.insert(all.end(), {ZEMBRASTEL_CLI, "--state", state().string()});
         all.insert(all.end(), arguments.begin(), arguments.end());
         return all;
     }
 
-    [[nodiscard]] std::vector<std::string> environment() const {
-        return {
+    [[nodiscard]] Arguments environment() const {
+        Arguments all{
             "HOME=" + home().string(), "XDG_DATA_HOME=" + home().string(), "TMPDIR=" + temporary().string(),
             "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent", "TZ=UTC"};
+        all.insert(all.end(), variables.begin(), variables.end());
+        return all;
     }
 
     TemporaryFolder folder;

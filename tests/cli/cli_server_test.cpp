@@ -4,9 +4,12 @@
 #include "model/saved_state.h"
 #include "model/state_store.h"
 #include "platform/files.h"
+#include "support/certificates.h"
 #include "support/ftp_server.h"
+#include "support/process_figures.h"
 #include "support/wait_for.h"
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <gtest/gtest.h>
@@ -38,6 +41,11 @@ protected:
     void savePassword(const std::string& text) const {
         writeFile(passwordFile, text + "\n");
         std::filesystem::permissions(passwordFile, std::filesystem::perms::owner_read);
+    }
+
+    void savePasswordAnew(const std::string& text) const {
+        std::filesystem::remove(passwordFile);
+        savePassword(text);
     }
 
     void saveProfile(const FtpServer& target, const std::string& remoteFolder) const {
@@ -293,54 +301,88 @@ TEST_F(CliWithServer, PasswordThatWasAddedIsFoundAgainInTheSecretStore) {
     EXPECT_FALSE(contains(readFile(empty.stateFile()), server->password()));
 }
 
-// Everything that anybody on the machine could read of this user's processes.
-std::string processTexts() {
-    std::string texts;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-        if (entry.path().filename() == std::to_string(::getpid())) continue;
-        for (const char* name : {"cmdline", "environ"}) {
-            try {
-                texts += zembrastel::readFile(entry.path() / name).value_or("");
-            } catch (const std::exception&) {
-                // It has ended meanwhile, or is no process, or somebody else's.
-            }
+// What base64 makes of a text, wherever in a longer one it stands: the part that its neighbours do not change.
+std::vector<std::string> base64Forms(const std::string& text) {
+    constexpr std::string_view digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::vector<std::string> forms;
+    for (std::size_t skipped = 0; skipped < 3; ++skipped) {
+        std::string& form = forms.emplace_back();
+        for (std::size_t at = skipped; at + 3 <= text.size(); at += 3) {
+            unsigned bits = 0;
+            for (const char byte : text.substr(at, 3)) bits = bits << 8 | static_cast<unsigned char>(byte);
+            for (const int shift : {18, 12, 6, 0}) form += digits[bits >> shift & 63];
         }
+    }
+    return forms;
+}
+
+// The arguments and variables of a process and all below it.
+std::string processTexts(pid_t process) {
+    std::string texts;
+    try {
+        for (const char* name : {"cmdline", "environ"})
+            texts += zembrastel::readFile(processFolder(process) / name).value_or("");
+        for (const pid_t child : childrenOf(process)) texts += processTexts(child);
+    } catch (const std::exception&) {
+        // It has ended meanwhile.
     }
     return texts;
 }
 
-TEST_F(CliWithServer, PasswordIsNowhereToBeSeenWhileATransferRuns) {
-    if (const auto reason = FtpServer::unavailable(FtpServer::Kind::vsftpd, FtpServer::Tls::none)) {
-        GTEST_SKIP() << *reason;
-    }
-    // This server takes any password, so that the one to look for can be unlike everything else.
-    const std::string password = "hush-" + std::to_string(::getpid()) + "-7f3a";
-    FtpServer anonymous(FtpServer::Kind::vsftpd, {.rateKiB = 16});
-    std::filesystem::create_directory(anonymous.root() / "site");
-    anonymous.handOver();
-    saveProfile(anonymous, anonymous.remoteFolder("site"));
-    std::filesystem::remove(passwordFile);
-    savePassword(password);
-    writeFile(site / "large", randomBytes(4 << 20));
+// The server repeats it in every reply, to a login that it takes and to one that it refuses, with TLS and without.
+TEST_F(CliWithServer, PasswordIsNowhereToBeSeenWhateverTheServerRepeats) {
+    // This survives quoting and percent-encoding, so it is all that need be looked for.
+    const std::string core = "hush" + std::to_string(::getpid()) + "z7f3a";
+    const std::string password = R"(p"a\b%41:c@ é')" + core + R"( \")";
+    savePasswordAnew(password);
+    place.variables = {"CURL_CA_BUNDLE=" + certificates().ca.string()};
+    auto forms = base64Forms(core);
+    forms.push_back(core);
+    for (const auto tls : {FtpServer::Tls::none, FtpServer::Tls::explicitTls}) {
+        for (const bool taken : {true, false}) {
+            SCOPED_TRACE(
+                (tls == FtpServer::Tls::none ? "plain, " : "TLS, ") + std::string(taken ? "taken" : "refused"));
+            CliPlace::Arguments ways{"--echo", "--delay=0.05", "--password=" + password};
+            if (!taken) ways.emplace_back("--reply=PASS=530 Not so.");
+            FtpServer talkative(FtpServer::Kind::odd, {.tls = tls, .rateKiB = 16, .extra = ways});
+            std::filesystem::create_directory(talkative.root() / "site");
+            saveProfile(talkative, talkative.remoteFolder("site"));
+            writeFile(site / "a large file", randomBytes(4 << 20));
 
-    Program program = startWatch();
-    const std::string told = readUntil(program, R"("detail":"large")");
-    ASSERT_TRUE(eventually([&] { return !leftoverPartFiles(anonymous.root()).empty(); }, limit)); // curl is at work
-    const std::string seen = processTexts();
-    const auto files = readTree(place.temporary());
-    const auto state = readTree(place.state());
-    interrupt(program, SIGINT);
-    EXPECT_EQ(program.wait(), 0);
-    std::string rest;
-    ASSERT_TRUE(program.readToEnd(rest, limit));
-
-    EXPECT_TRUE(contains(seen, "--config")); // that curl was seen
-    EXPECT_EQ(seen.find(password), std::string::npos);
-    EXPECT_FALSE(files.empty());
-    for (const auto& tree : {files, state, readTree(place.state())}) {
-        for (const auto& [path, text] : tree) EXPECT_EQ(text.find(password), std::string::npos) << path;
+            CliPlace::Arguments watch{"watch", "My website"};
+            if (taken) watch.emplace_back("--json");
+            const auto source = tls == FtpServer::Tls::none
+                                    ? CliPlace::Arguments{"--password-file", passwordFile.string()}
+                                    : CliPlace::Arguments{"--password-command", "cat " + passwordFile.string()};
+            watch.insert(watch.end(), source.begin(), source.end());
+            Program program = place.start(watch);
+            std::string seen;
+            const auto curlRuns = [&] {
+                seen += processTexts(program.pid());
+                return seen.find("--config") != std::string::npos;
+            };
+            ASSERT_TRUE(eventually(curlRuns, limit));
+            const std::string told = readUntil(program, taken ? R"("detail":"a large file")" : "Access denied: 530");
+            if (taken) {
+                ASSERT_TRUE(eventually([&] { return !leftoverPartFiles(talkative.root()).empty(); }, limit));
+                seen += processTexts(program.pid());
+            }
+            FileTree files = readTree(place.path(""));
+            const bool staged =
+                std::ranges::any_of(files, [](const auto& file) { return file.first.ends_with("/upload"); });
+            EXPECT_EQ(staged, taken);
+            interrupt(program, SIGINT);
+            EXPECT_EQ(program.wait(), 0);
+            ASSERT_TRUE(program.readToEnd(files["the rest of the output"], limit));
+            files["the output"] = told;
+            files["arguments and variables"] = seen;
+            for (const auto& [path, text] : readTree(place.path(""))) files[path + " in the end"] = text;
+            std::erase_if(files, [](const auto& file) { return file.first.starts_with("password"); });
+            for (const auto& [path, text] : files) {
+                for (const auto& form : forms) EXPECT_EQ(text.find(form), std::string::npos) << path << ": " << form;
+            }
+        }
     }
-    EXPECT_EQ((told + rest + place.errors()).find(password), std::string::npos);
 }
 
 } // namespace

@@ -52,6 +52,7 @@ def parse_arguments():
     add("--listing", metavar="FILE", help="the bytes of FILE are what every folder lists, and every folder is there")
     add("--endless", action="store_true", help="the bytes of --listing come again and again")
     add("--every-file", metavar="FILE", help="every download brings the bytes of FILE, whatever its name")
+    add("--echo", action="store_true", help="every reply repeats the user and the password that were given")
     add("--rate", type=int, metavar="BYTES", help="bytes a second, both ways")
     add("--delay", type=float, default=0, metavar="SECONDS", help="wait before the reply to every command")
     add("--hang", metavar="STAGE", help="go silent there, keeping the connection")
@@ -195,8 +196,12 @@ class OddControl:
     def ftp_RETR(self, file):
         return super().ftp_RETR(options.every_file or file)
 
+    given = ""  # what --echo repeats
+
     def process_command(self, command, *arguments, **named):
         argument = arguments[0] if arguments else ""
+        if options.echo and command in ("USER", "PASS"):
+            self.given += " " + argument
         if self in silent:
             return
         self.log_arrival(command, argument)
@@ -270,7 +275,7 @@ class OddControl:
         ends_upload = text.startswith("226") and self.data_channel is not None and self.data_channel.receive
         if ends_upload and options.final and occasions.take():
             text = options.final
-        super().respond(text, *arguments, **named)
+        super().respond(text + self.given, *arguments, **named)
 
     def handle(self):
         if self.breaks():

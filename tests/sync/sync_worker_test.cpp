@@ -33,6 +33,7 @@ struct ToText {
     std::string operator()(const event::Downloaded& downloaded) const { return "downloaded " + downloaded.path; }
     std::string operator()(const event::RemoteDate& date) const { return "date of " + date.path; }
     std::string operator()(const event::DownloadFinished&) const { return "download finished"; }
+    std::string operator()(const event::FolderReturned&) const { return "folder returned"; }
 };
 
 const std::string watching = "Watching | Local changes upload automatically. Checking every 2 seconds. | 0";

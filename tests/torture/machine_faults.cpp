@@ -1,0 +1,617 @@
+// The real program while the machine fails under it: disks full, read-only or taken away, permissions lost, no more
+// descriptors or processes, no curl, a clock that jumps, a suspend. Each time the program must say in words what is
+// wrong, go on by itself once it is not, and lose nothing.
+//
+// Every case has a thread with mounts of its own, a server, a state folder and a local folder. Where this process may
+// not mount, or not become another user, a line says which cases that left out.
+#include "../cli/cli_run.h"
+#include "model/saved_state.h"
+#include "model/scan.h"
+#include "model/state_store.h"
+#include "support/ftp_server.h"
+#include "support/process_figures.h"
+#include "support/wait_for.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <fcntl.h>
+#include <fstream>
+#include <future>
+#include <memory>
+#include <optional>
+#include <sched.h>
+#include <stdexcept>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace zembrastel::testing {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+constexpr auto limit = 60s;
+constexpr const char* name = "site";
+constexpr std::string_view backupFolder = ".zembrastel-backups/";
+constexpr uid_t nobodyElse = 54321; // a user without processes
+const std::string watching = "Watching: Local changes";
+const std::string fill = ".zembrastel-fill";
+
+void require(bool held, const std::string& broken) {
+    if (!held) throw std::runtime_error(broken);
+}
+
+void succeed(bool succeeded, const std::string& what) {
+    if (!succeeded) throw std::system_error(errno, std::generic_category(), what);
+}
+
+// What is mounted in this thread from now on, others do not see.
+void keepMountsApart() {
+    succeed(::unshare(CLONE_NEWNS) == 0, "unshare");
+    succeed(::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "mount privately");
+}
+
+// A user who is not root may mount in a user namespace, where the system has those.
+bool mayMount() {
+    const auto user = std::to_string(::geteuid());
+    const auto group = std::to_string(::getegid());
+    try {
+        if (::geteuid() != 0) {
+            succeed(::unshare(CLONE_NEWUSER) == 0, "unshare");
+            std::ofstream("/proc/self/setgroups") << "deny";
+            std::ofstream("/proc/self/uid_map") << user + " " + user + " 1";
+            std::ofstream("/proc/self/gid_map") << group + " " + group + " 1";
+        }
+        std::async(std::launch::async, keepMountsApart).get();
+        return true;
+    } catch (const std::system_error&) {
+        return false;
+    }
+}
+
+class Mounted {
+public:
+    Mounted(fs::path folder, const fs::path& source, const char* type, unsigned long flags, const char* options)
+        : place(std::move(folder)) {
+        succeed(::mount(source.c_str(), place.c_str(), type, flags, options) == 0, "mount");
+    }
+    Mounted(const Mounted&) = delete;
+    Mounted& operator=(const Mounted&) = delete;
+    ~Mounted() { ::umount2(place.c_str(), MNT_DETACH); }
+
+    const fs::path place;
+};
+
+class Site {
+public:
+    explicit Site(bool talks) : verbose(talks) {
+        for (const auto& folder : {local, disk, remote}) fs::create_directory(folder);
+        server.handOver();
+        writeFile(place.path("password"), server.password());
+        fs::permissions(place.path("password"), fs::perms::owner_read);
+        profile = profileFor(server, local, server.remoteFolder("site"));
+        profile.name = name;
+    }
+
+    void mountSmall(const fs::path& folder) {
+        mounts.push_back(std::make_unique<Mounted>(folder, "tmpfs", "tmpfs", 0, "size=1m,mode=0755"));
+    }
+    void mountOver(const fs::path& folder, const fs::path& source) {
+        mounts.push_back(std::make_unique<Mounted>(folder, source, nullptr, MS_BIND, nullptr));
+    }
+    void unmount(const fs::path& folder) {
+        require(eventually([&] { return ::umount(folder.c_str()) == 0; }), "cannot unmount"); // while it is scanned
+        std::erase_if(mounts, [&](const auto& mounted) { return mounted->place == folder; });
+    }
+    static void remount(const fs::path& folder, unsigned long flags) {
+        const auto done = [&] {
+            return ::mount(nullptr, folder.c_str(), nullptr, MS_REMOUNT | MS_BIND | flags, nullptr) == 0;
+        };
+        require(eventually(done), "cannot remount"); // while something is written
+    }
+
+    // A little less than all that there is room for.
+    static void fillUp(const fs::path& folder, std::size_t left = 0) {
+        const Descriptor file(::open((folder / fill).c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+        const std::string block(4096, 'x');
+        while (::write(file.get(), block.data(), block.size()) > 0) {
+        }
+        require(errno == ENOSPC, "the disk does not get full");
+        succeed(::ftruncate(file.get(), ::lseek(file.get(), 0, SEEK_END) - static_cast<off_t>(left)) == 0, "truncate");
+    }
+    static void makeRoom(const fs::path& folder) { fs::remove(folder / fill); }
+
+    // Permissions are nothing to root, unless it lets go of these.
+    void obeyPermissions() {
+        if (::geteuid() == 0) place.wrapper = {"/usr/bin/setpriv", "--bounding-set=-dac_override,-dac_read_search"};
+    }
+
+    void write(const std::string& path, const std::string& content) {
+        writeFile(local / path, content);
+        expected[path] = content;
+    }
+
+    void colleagueWrites(const std::string& path, const std::string& content) {
+        server.put("site/" + path, content);
+        touch(remote / path, std::chrono::ceil<std::chrono::seconds>(std::chrono::system_clock::now()) + 60s);
+    }
+
+    void start() {
+        if (!fs::exists(place.stateFile())) {
+            StateStore(place.state()).save({.profiles = {profile}, .baselines = {}, .remoteDates = {}});
+        }
+        if (!place.wrapper.empty() && place.wrapper[1].starts_with("--reuid")) handOver();
+        running.emplace(place, CliPlace::Arguments{"watch", name, "--password-file", place.path("password").string()});
+    }
+
+    [[nodiscard]] pid_t pid() const { return running->program.pid(); }
+
+    std::string waitFor(const std::string& words) {
+        while (true) {
+            std::string line;
+            try {
+                line = running->program.readLine(limit);
+            } catch (const std::runtime_error& error) {
+                throw std::runtime_error(
+                    "\"" + words + "\" was not told: " + error.what() + ", after:\n" + told + place.errors());
+            }
+            if (verbose) std::printf("    %s\n", line.c_str());
+            told += line + "\n";
+            if (line.find(words) != std::string::npos) return line;
+        }
+    }
+
+    void stop() {
+        ::kill(pid(), SIGTERM);
+        require(running->program.wait() == 0, "the program did not end well: " + place.errors());
+        running.reset();
+    }
+
+    // What the fault kept from being done is done, both sides are the same, nothing is lost, and all that is known.
+    void verify() {
+        write("last", "after all");
+        waitFor("Uploaded last");
+        waitFor(watching); // its date is recorded then
+        const auto recorded = [this] { return savedBaseline() == scan(profile); };
+        require(eventually(recorded), "the state on the disk is not that of the folder");
+        stop();
+        require(fs::is_empty(place.temporary()), "left in the temporary folder");
+        FileTree ours = readTree(local);
+        std::erase_if(ours, [](const auto& file) { return file.first.starts_with(backupFolder); });
+        require(ours == expected, "a local file is lost, or changed, or left behind");
+        FileTree theirs = readTree(remote);
+        for (const auto& leftover : leftoverPartFiles(remote)) theirs.erase(leftover);
+        require(theirs == expected, "the two sides differ in the end");
+        const auto known = place.run({"review", name, "--list", "--password-file", place.path("password").string()});
+        require(known.status == 0, "what it uploaded itself is offered for review: " + known.output + known.errors);
+    }
+
+    [[nodiscard]] FileMap savedBaseline() const {
+        return decodeSavedState(readFile(place.stateFile())).baselines[profile.id];
+    }
+
+    [[nodiscard]] bool hasBackup(const std::string& content) const {
+        return std::ranges::any_of(readTree(local), [&](const auto& file) {
+            return file.first.starts_with(backupFolder) && file.second == content;
+        });
+    }
+
+    FtpServer server{
+        FtpServer::unavailable(FtpServer::Kind::proftpd, FtpServer::Tls::none) ? FtpServer::Kind::odd
+                                                                               : FtpServer::Kind::proftpd};
+    CliPlace place;
+    fs::path local = place.path("site");
+    const fs::path disk = place.path("disk"); // of which the local folder may be a view
+    const fs::path remote = server.root() / "site";
+    Profile profile;
+    FileTree expected; // in the end, on both sides
+    std::string told;
+
+private:
+    struct Running {
+        Running(const CliPlace& place, const CliPlace::Arguments& arguments) : program(place.start(arguments)) {
+            program.closeInput();
+        }
+        Program program;
+    };
+
+    void handOver() const {
+        succeed(::chown(place.path("").parent_path().c_str(), nobodyElse, nobodyElse) == 0, "chown");
+        for (const auto& entry : fs::recursive_directory_iterator(place.path(""))) {
+            succeed(::lchown(entry.path().c_str(), nobodyElse, nobodyElse) == 0, "chown");
+        }
+    }
+
+    std::optional<Running> running;
+    std::vector<std::unique_ptr<Mounted>> mounts; // undone before the folders are removed
+    const bool verbose;
+};
+
+// A fault that meets a program at its work, which is to send a change meanwhile.
+struct Fault {
+    std::string name;
+    std::string told; // what the user reads of it
+    std::function<void(Site&)> breaks;
+    std::function<void(Site&)> mends;
+    std::function<void(Site&)> prepares = [](Site&) {};
+    bool whileStarting = false;
+    bool saved = false; // the change was sent, and only its record is missing
+};
+
+void meet(Site& site, const Fault& fault) {
+    fault.prepares(site);
+    site.write("page", "old");
+    site.write("folder/other", "other");
+    site.start();
+    site.waitFor(watching);
+    if (fault.whileStarting) site.stop();
+    site.write("page", randomBytes(100'000)); // which rests for two polls before it is sent
+    fault.breaks(site);
+    if (fault.whileStarting) site.start();
+    site.waitFor(fault.told);
+    if (!fault.saved) require(readFile(site.remote / "page") == "old", "something was sent in spite of the fault");
+    fault.mends(site);
+    if (!fault.saved) site.waitFor("Uploaded page");
+    const auto recorded = [&site] { return site.savedBaseline() == scan(site.profile); };
+    require(eventually(recorded, limit), "the state was not saved once it could be");
+    site.verify();
+}
+
+// A fault that meets the initial download: of a new file, and of a newer one in place of a larger local file.
+struct DownloadFault {
+    std::string name;
+    std::string told;
+    std::function<void(Site&)> breaks;
+    std::function<void(Site&)> mends;
+};
+
+void meetDownloading(Site& site, const DownloadFault& fault) {
+    site.mountSmall(site.local);
+    const auto local = randomBytes(300'000);
+    site.write("page", local);
+    for (const std::string path : {"page", "sub/new"}) {
+        site.expected[path] = randomBytes(100'000);
+        site.colleagueWrites(path, site.expected[path]);
+    }
+    site.profile.needsDownload = true;
+    site.profile.initialDownloadSelection = DownloadSelection::everything();
+    fault.breaks(site);
+    site.start();
+    site.waitFor(fault.told);
+    site.waitFor("Retrying");
+    require(readFile(site.local / "page") == local, "the local file is gone before it was replaced");
+    fault.mends(site);
+    site.waitFor("Downloading sub/new");
+    site.waitFor(watching);
+    require(site.hasBackup(local), "the replaced file has no backup");
+    site.verify();
+}
+
+// The local folder goes, others change the server, somebody edits the files on the disk elsewhere, and it comes back.
+void unmountAndBack(Site& site, const fs::path& mountPoint, const std::string& told) {
+    const fs::path inside = site.local.lexically_relative(mountPoint);
+    const auto reappear = [&] { site.mountOver(mountPoint, site.disk); };
+    site.mountSmall(site.disk);
+    reappear();
+    site.write("page", "old");
+    site.write("folder/other", "other");
+    site.start();
+    site.waitFor(watching);
+    site.unmount(mountPoint);
+    site.waitFor(told);
+    writeFile(site.disk / inside / "page", "edited elsewhere");
+    site.colleagueWrites("page", "by a colleague");
+    site.waitFor(told); // at the next attempt
+    require(readTree(site.remote) == FileTree{{"page", "by a colleague"}, {"folder/other", "other"}}, "server changed");
+    require(site.savedBaseline().size() == 2, "what is not there was taken for deleted");
+    reappear();
+    site.waitFor("1 file newer on the server:");
+    require(site.told.find("Uploaded", site.told.find(told)) == std::string::npos, "something was sent unasked");
+    site.stop();
+    require(readFile(site.remote / "page") == "by a colleague", "a colleague's edit was overwritten");
+    const auto taken =
+        site.place.run({"review", name, "--download-all", "--password-file", site.place.path("password").string()});
+    require(taken.status == 0, taken.errors);
+    require(site.hasBackup("edited elsewhere"), "the local edit is lost");
+    site.expected["page"] = "by a colleague";
+    site.start();
+    site.waitFor(watching);
+    site.verify();
+}
+
+void limitDescriptors(const Site& site, std::optional<rlim_t> most) {
+    rlimit now{};
+    succeed(::prlimit(site.pid(), RLIMIT_NOFILE, nullptr, &now) == 0, "prlimit");
+    now.rlim_cur = most.value_or(now.rlim_max);
+    succeed(::prlimit(site.pid(), RLIMIT_NOFILE, &now, nullptr) == 0, "prlimit");
+}
+
+// A soft limit, which its own user may change: "1", or the hard one again.
+void limitProcesses(const Site& site, const std::string& most) {
+    auto command = site.place.wrapper;
+    command.insert(command.end(), {"/usr/bin/prlimit", "--pid=" + std::to_string(site.pid()), "--nproc=" + most + ":"});
+    require(runProgram(command).status == 0, "prlimit");
+}
+
+std::string hardLimitOfProcesses() {
+    rlimit now{};
+    succeed(::getrlimit(RLIMIT_NPROC, &now) == 0, "getrlimit");
+    return now.rlim_max == RLIM_INFINITY ? "unlimited" : std::to_string(now.rlim_max);
+}
+
+// So few descriptors that one step of a poll after another fails.
+void fewDescriptors(Site& site, rlim_t spare) {
+    const auto firstFree = [&site] {
+        const fs::path held = processFolder(site.pid()) / "fd";
+        rlim_t number = 0;
+        while (fs::exists(fs::symlink_status(held / std::to_string(number)))) ++number;
+        return number;
+    };
+    meet(
+        site, {.name = "",
+               .told = "Too many open files",
+               .breaks = [&](Site&) { limitDescriptors(site, firstFree() + spare); },
+               .mends = [](Site& healed) { limitDescriptors(healed, std::nullopt); }});
+}
+
+// The program finds in place of all other programs those of a folder, and these few.
+void keepProgramsApart(Site& site) {
+    fs::copy_file("/bin/sh", site.disk / "sh");
+    fs::copy_file("/usr/bin/curl", site.disk / "curl");
+    site.mountOver("/usr/bin", site.disk);
+}
+
+void putCurlBack(Site& site) {
+    fs::copy_file(site.disk / "kept", site.disk / "again");
+    fs::rename(site.disk / "again", site.disk / "curl");
+}
+
+void jumpClock(const Site& site, std::chrono::seconds by) {
+    const std::int64_t nanoseconds = std::chrono::nanoseconds(by).count();
+    const Descriptor file(::open(site.place.path("clock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    succeed(::pwrite(file.get(), &nanoseconds, sizeof nanoseconds, 0) == sizeof nanoseconds, "write");
+}
+
+// The clock by which the program works, and its user, is set back an hour, and on, and both over a restart.
+[[maybe_unused]] void clockJumps(Site& site, const std::string& preload) {
+    jumpClock(site, 0h);
+    site.place.variables = {"LD_PRELOAD=" + preload, "SHIFTED_CLOCK=" + site.place.path("clock").string()};
+    const auto edit = [&site](std::chrono::hours shift) {
+        const auto moment = std::chrono::system_clock::now() + shift;
+        site.write("page", "as of hour " + std::to_string(shift.count()));
+        touch(site.local / "page", moment);
+        const auto line = site.waitFor("Uploaded page");
+        site.waitFor(watching);
+        const auto told = std::chrono::hours(std::stoi(line.substr(0, 2)));
+        const auto hour = std::chrono::floor<std::chrono::hours>(moment.time_since_epoch()) % std::chrono::days(1);
+        require(told == hour || told == (hour + 1h) % std::chrono::days(1), "the clock was not set: " + line);
+    };
+    site.write("folder/other", "other");
+    site.start();
+    site.waitFor(watching);
+    for (const auto shift : {-1h, 1h}) {
+        jumpClock(site, shift);
+        edit(shift);
+    }
+    for (const auto shift : {-1h, 1h}) {
+        site.stop();
+        jumpClock(site, shift);
+        site.start();
+        site.waitFor(watching); // and not a review of its own uploads
+        edit(shift);
+    }
+    site.verify();
+}
+
+// The machine sleeps in the middle of an upload; meanwhile the server has given the connection up.
+void suspendAndResume(Site& site, std::chrono::seconds duration) {
+    site.write("page", "old");
+    site.start();
+    site.waitFor(watching);
+    site.write("page", randomBytes(3'000'000));
+    site.waitFor("Uploading: page");
+    require(eventually([&] { return !leftoverPartFiles(site.remote).empty(); }, limit), "the upload does not begin");
+    const pid_t program = site.pid();
+    const auto children = childrenOf(program);
+    for (const pid_t process : children) ::kill(process, SIGSTOP);
+    ::kill(program, SIGSTOP);
+    const auto began = std::chrono::steady_clock::now();
+    site.server.restart();
+    require(readFile(site.remote / "page") == "old", "the live file is torn");
+    std::this_thread::sleep_until(began + duration);
+    ::kill(program, SIGCONT);
+    for (const pid_t process : children) ::kill(process, SIGCONT);
+    site.waitFor("error: curl: (");
+    site.waitFor("Uploaded page");
+    site.verify();
+}
+
+const std::vector<Fault> faults{
+    {.name = "disk full at a save",
+     .told = "Could not save sync state: ",
+     .breaks = [](Site& site) { Site::fillUp(site.place.state()); },
+     .mends = [](Site& site) { Site::makeRoom(site.place.state()); },
+     .prepares = [](Site& site) { site.mountSmall(site.place.state()); },
+     .saved = true},
+    {.name = "disk full at staging",
+     .told = "No space left on device",
+     .breaks = [](Site& site) { Site::fillUp(site.place.temporary()); },
+     .mends =
+         [](Site& site) {
+             require(site.told.find("page: No space") == std::string::npos, "the wrong disk is said to be full");
+             Site::makeRoom(site.place.temporary());
+         },
+     .prepares = [](Site& site) { site.mountSmall(site.place.temporary()); }},
+    {.name = "disk full at the server check",
+     .told = "No space left on device",
+     .breaks = [](Site& site) { Site::fillUp(site.place.temporary()); },
+     .mends = [](Site& site) { Site::makeRoom(site.place.temporary()); },
+     .prepares = [](Site& site) { site.mountSmall(site.place.temporary()); },
+     .whileStarting = true},
+    {.name = "temporary folder read-only",
+     .told = "Read-only file system",
+     .breaks = [](Site& site) { Site::remount(site.place.temporary(), MS_RDONLY); },
+     .mends = [](Site& site) { Site::remount(site.place.temporary(), 0); },
+     .prepares = [](Site& site) { site.mountSmall(site.place.temporary()); }},
+};
+
+// Those for which nothing is mounted.
+const std::vector<Fault> lostPermissions{
+    {.name = "local folder closed",
+     .told = "The local folder is unavailable or unreadable.",
+     .breaks = [](Site& site) { fs::permissions(site.local, fs::perms::none); },
+     .mends = [](Site& site) { fs::permissions(site.local, fs::perms::owner_all); },
+     .prepares = [](Site& site) { site.obeyPermissions(); }},
+    {.name = "file closed",
+     .told = "site/page: Permission denied",
+     .breaks = [](Site& site) { fs::permissions(site.local / "page", fs::perms::none); },
+     .mends = [](Site& site) { fs::permissions(site.local / "page", fs::perms::owner_read); },
+     .prepares = [](Site& site) { site.obeyPermissions(); }},
+    {.name = "state folder closed to writing",
+     .told = "Could not save sync state: ",
+     .breaks = [](Site& site) { fs::permissions(site.place.state(), fs::perms::owner_read | fs::perms::owner_exec); },
+     .mends = [](Site& site) { fs::permissions(site.place.state(), fs::perms::owner_all); },
+     .prepares = [](Site& site) { site.obeyPermissions(); },
+     .saved = true},
+    {.name = "temporary folder closed",
+     .told = "Permission denied",
+     .breaks = [](Site& site) { fs::permissions(site.place.temporary(), fs::perms::none); },
+     .mends = [](Site& site) { fs::permissions(site.place.temporary(), fs::perms::owner_all); },
+     .prepares = [](Site& site) { site.obeyPermissions(); }},
+};
+
+const Fault noProcesses{
+    .name = "no more processes",
+    .told = "/usr/bin/curl: Resource temporarily unavailable",
+    .breaks = [](Site& site) { limitProcesses(site, "1"); },
+    .mends = [](Site& site) { limitProcesses(site, hardLimitOfProcesses()); },
+    .prepares =
+        [](Site& site) {
+            if (::geteuid() != 0) return; // root has no such limit
+            const auto id = std::to_string(nobodyElse);
+            site.place.wrapper = {"/usr/bin/setpriv", "--reuid=" + id, "--regid=" + id, "--clear-groups"};
+        }};
+
+const std::vector<DownloadFault> downloadFaults{
+    {.name = "disk full at a download",
+     .told = "Failure writing output to destination",
+     .breaks = [](Site& site) { Site::fillUp(site.local); },
+     .mends = [](Site& site) { Site::makeRoom(site.local); }},
+    {.name = "disk full at a backup",
+     .told = "/page: No space left on device",
+     .breaks = [](Site& site) { Site::fillUp(site.local, 250'000); },
+     .mends = [](Site& site) { Site::makeRoom(site.local); }},
+    {.name = "local folder read-only at a download",
+     .told = "Read-only file system",
+     .breaks = [](Site& site) { Site::remount(site.local, MS_RDONLY); },
+     .mends = [](Site& site) { Site::remount(site.local, 0); }},
+};
+
+const std::vector<Fault> curlFaults{
+    {.name = "curl missing",
+     .told = "/usr/bin/curl: No such file or directory",
+     .breaks = [](Site& site) { fs::rename(site.disk / "curl", site.disk / "kept"); },
+     .mends = putCurlBack,
+     .prepares = keepProgramsApart},
+    {.name = "curl without FTP",
+     .told = "curl: (1) Protocol \"ftp\" not supported or disabled in libcurl",
+     .breaks =
+         [](Site& site) {
+             fs::rename(site.disk / "curl", site.disk / "kept");
+             writeFile(
+                 site.disk / "curl",
+                 "#!/bin/sh\necho 'curl: (1) Protocol \"ftp\" not supported or disabled in libcurl' "
+                 ">&2\nexit 1\n");
+             fs::permissions(site.disk / "curl", fs::perms::owner_all);
+         },
+     .mends = putCurlBack,
+     .prepares = keepProgramsApart},
+};
+
+struct Case {
+    std::string name;
+    std::function<void(Site&)> run;
+};
+
+std::vector<Case> chosenCases(bool mounts, bool longForm, std::chrono::seconds suspended) {
+    std::vector<Case> cases;
+    const auto add = [&cases](const Fault& fault) {
+        cases.push_back({fault.name, [&fault](Site& site) { meet(site, fault); }});
+    };
+    std::ranges::for_each(lostPermissions, add);
+    add(noProcesses);
+    for (rlim_t spare = 0; spare <= 8; spare += longForm ? 1 : 4) {
+        cases.push_back(
+            {std::to_string(spare) + " descriptors to spare", [spare](Site& site) { fewDescriptors(site, spare); }});
+    }
+    cases.push_back({"suspend", [suspended](Site& site) { suspendAndResume(site, suspended); }});
+#ifdef ZEMBRASTEL_SHIFTED_CLOCK
+    cases.push_back({"clock", [](Site& site) { clockJumps(site, ZEMBRASTEL_SHIFTED_CLOCK); }});
+#endif
+    if (!mounts) {
+        std::puts("left out, since this process may not mount: full and read-only disks, unmounted folders, curl");
+        return cases;
+    }
+    std::ranges::for_each(faults, add);
+    std::ranges::for_each(curlFaults, add);
+    for (const auto& fault : downloadFaults) {
+        cases.push_back({fault.name, [&fault](Site& site) { meetDownloading(site, fault); }});
+    }
+    const std::string empty = "Another disk, or none, is mounted at the local folder";
+    const std::string missing = "The local folder is unavailable or unreadable.";
+    cases.push_back({"unmounted", [=](Site& site) { unmountAndBack(site, site.local, empty); }});
+    cases.push_back({"folder above unmounted", [=](Site& site) {
+                         site.profile.localFolder = site.local / "below";
+                         site.local /= "below";
+                         unmountAndBack(site, site.local.parent_path(), missing);
+                     }});
+    return cases;
+}
+
+int tortured(int count, char** arguments) {
+    bool longForm = false;
+    bool verbose = false;
+    int suspended = 3;
+    std::string only;
+    CLI::App options{"Fails under the program as machines do."};
+    options.add_flag("--all", longForm, "every number of spare descriptors");
+    options.add_option("--suspended", suspended, "seconds of sleep in mid upload");
+    options.add_option("--only", only, "cases whose name has this in it");
+    options.add_flag("--verbose", verbose, "print what the program tells");
+    CLI11_PARSE(options, count, arguments);
+
+    const bool mounts = mayMount();
+    std::map<std::string, std::future<void>> running;
+    for (const auto& chosen : chosenCases(mounts, longForm, std::chrono::seconds(suspended))) {
+        if (chosen.name.find(only) == std::string::npos) continue;
+        running[chosen.name] = std::async(std::launch::async, [chosen, mounts, verbose] {
+            if (mounts) keepMountsApart();
+            Site site(verbose);
+            chosen.run(site);
+        });
+    }
+    std::size_t failed = 0;
+    for (auto& [title, end] : running) {
+        try {
+            end.get();
+        } catch (const std::exception& error) {
+            std::printf("FAILED at %s: %s\n", title.c_str(), error.what());
+            ++failed;
+        }
+    }
+    std::printf(
+        "%zu faults of the machine: %zu told, recovered from, with nothing lost\n", running.size(),
+        running.size() - failed);
+    return failed == 0 ? 0 : 1;
+}
+
+} // namespace
+} // namespace zembrastel::testing
+
+int main(int count, char** arguments) { return zembrastel::testing::tortured(count, arguments); }
