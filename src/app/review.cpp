@@ -126,11 +126,15 @@ void AppModel::retryCheck(const Uuid& id) {
 
 void AppModel::startWithoutCheck(const Uuid& id) {
     if (profile(id) == nullptr) return;
+    const auto generation = [this, id] {
+        const auto job = jobs.find(id);
+        return job == jobs.end() ? std::nullopt : std::optional(job->second.generation);
+    };
     withPassword(
         id,
-        [this, id](std::string password) {
+        [this, id, generation, asked = generation()](std::string password) {
             const Profile* found = profile(id);
-            if (found == nullptr) return;
+            if (found == nullptr || generation() != asked) return; // stopped while the password was awaited
             try {
                 checkStartable(*found);
             } catch (const SyncError& error) {

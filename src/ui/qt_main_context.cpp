@@ -1,7 +1,10 @@
 #include "ui/qt_main_context.h"
 
 #include <QCoreApplication>
+#include <QEvent>
 #include <QTimer>
+
+#include <utility>
 
 namespace zembrastel {
 
@@ -17,9 +20,21 @@ void QtMainContext::close() {
     open = false;
 }
 
+void QtMainContext::runNext() {
+    std::function<void()> work;
+    {
+        const std::lock_guard lock(mutex);
+        work = std::move(waiting.front());
+        waiting.pop_front();
+    }
+    work();
+}
+
 void QtMainContext::post(std::function<void()> work) {
     const std::lock_guard lock(mutex);
-    if (open) QMetaObject::invokeMethod(&receiver, std::move(work), Qt::QueuedConnection);
+    if (!open) return;
+    waiting.push_back(std::move(work));
+    QCoreApplication::postEvent(&receiver, new QEvent(QEvent::User));
 }
 
 void QtMainContext::postAfter(std::chrono::milliseconds delay, std::function<void()> work) {

@@ -8,6 +8,8 @@
 
 #include <QObject>
 
+#include <deque>
+#include <functional>
 #include <mutex>
 
 namespace zembrastel {
@@ -23,11 +25,25 @@ public:
     void postAfter(std::chrono::milliseconds delay, std::function<void()> work) override;
 
 private:
-    void close();
+    // Lives on the main thread. Its events carry nothing: what is to be done lies in a queue of our own, under a lock
+    // that the thread sanitizer can see, which Qt's locks are not.
+    class Receiver final : public QObject {
+    public:
+        explicit Receiver(QtMainContext& served) : context(served) {}
 
-    QObject receiver; // lives on the main thread; what is posted goes with it
+    private:
+        void customEvent(QEvent*) override { context.runNext(); }
+
+        QtMainContext& context;
+    };
+
+    void close();
+    void runNext();
+
     std::mutex mutex;
+    std::deque<std::function<void()>> waiting;
     bool open = true;
+    Receiver receiver{*this}; // last, so that no event comes for what has gone
 };
 
 } // namespace zembrastel

@@ -10,6 +10,7 @@
 #include "model/saved_state.h"
 #include "model/state_store.h"
 #include "support/ftp_server.h"
+#include "support/process_figures.h"
 #include "support/wait_for.h"
 
 #include <CLI/CLI.hpp>
@@ -17,7 +18,6 @@
 #include <condition_variable>
 #include <csignal>
 #include <cstdio>
-#include <fstream>
 #include <future>
 #include <mutex>
 #include <random>
@@ -67,15 +67,6 @@ struct Counts {
         rests += other.rests;
     }
 };
-
-std::vector<pid_t> childrenOf(pid_t process) {
-    std::vector<pid_t> children;
-    for (const auto& thread : fs::directory_iterator("/proc/" + std::to_string(process) + "/task")) {
-        std::ifstream list(thread.path() / "children");
-        for (pid_t child = 0; list >> child;) children.push_back(child);
-    }
-    return children;
-}
 
 // The program at work; what it tells is taken down as it comes.
 class Run {
