@@ -47,7 +47,7 @@ void makeState(const Options& options) {
         if (options.nothingPublished) continue;
         auto& baseline = state.baselines[profile.id] = scan(profile);
         auto& dates = (*state.remoteDates)[profile.id];
-        for (const auto& [path, file] : baseline) dates.emplace(path, dateOf(file));
+        for (const auto& [path, file] : baseline) dates.set(path, dateOf(file));
     }
     StateStore(options.folder).save(state);
 }

@@ -27,7 +27,7 @@ void AppModel::apply(const event::Status& event, const Uuid& id) {
 void AppModel::apply(const event::Activity& event, const Uuid& id) { log(id, event.text, event.error); }
 
 void AppModel::apply(const event::Uploaded& event, const Uuid& id) {
-    state.baselines[id].insert_or_assign(event.path, event.fingerprint);
+    state.baselines[id].set(event.path, event.fingerprint);
     changeStatus(id, [this](ProfileStatus& status) {
         ++status.uploaded;
         status.lastUpload = options.clock.now();
@@ -43,7 +43,7 @@ void AppModel::apply(const event::Baseline& event, const Uuid& id) {
 }
 
 void AppModel::apply(const event::Downloaded& event, const Uuid& id) {
-    state.baselines[id].insert_or_assign(event.path, event.fingerprint);
+    state.baselines[id].set(event.path, event.fingerprint);
     saveSoon(id);
 }
 

@@ -15,15 +15,15 @@ bool differsInScope(const Profile& old, const Profile& changed) {
 } // namespace
 
 void AppModel::keepSharedScope(const Profile& old, const Profile& changed) {
-    const auto isOutside = [&old, &changed](const auto& entry) {
-        return !old.includesInSync(entry.first) || !changed.includesInSync(entry.first);
+    const auto isOutside = [&old, &changed](std::string_view path, const auto&) {
+        return !old.includesInSync(path) || !changed.includesInSync(path);
     };
     if (const auto files = state.baselines.find(changed.id); files != state.baselines.end()) {
-        std::erase_if(files->second, isOutside);
+        files->second.eraseIf(isOutside);
     }
     if (!state.remoteDates) return;
     if (const auto dates = state.remoteDates->find(changed.id); dates != state.remoteDates->end()) {
-        std::erase_if(dates->second, isOutside);
+        dates->second.eraseIf(isOutside);
     }
 }
 

@@ -220,7 +220,7 @@ void AppModel::startReviewDownload(const Assignment& work, const std::vector<Rem
 
 void AppModel::recordRemoteDate(const std::string& path, RemoteDate date, const Uuid& id) {
     if (!state.remoteDates) state.remoteDates.emplace();
-    (*state.remoteDates)[id].insert_or_assign(path, date);
+    (*state.remoteDates)[id].set(path, date);
 }
 
 } // namespace zembrastel

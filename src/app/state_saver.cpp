@@ -56,22 +56,14 @@ void StateSaver::forget(const Uuid& profile) {
 
 void StateSaver::startWrite() {
     if (waiting.empty() || writing.valid()) return;
-    const auto began = clock.steadyNow();
-    std::string json;
-    try {
-        json = encode(state);
-    } catch (const std::exception& error) {
-        failedWrite(error);
-        return;
-    }
     written.swap(waiting);
-    auto write = [this, began, json = std::move(json), turn = ++turns, weak = std::weak_ptr(self)] {
+    auto write = [this, began = clock.steadyNow(), snapshot = state, turn = ++turns, weak = std::weak_ptr(self)] {
         // Posted however the write ends, and before it is over: a saver that goes waits for all of this.
         const auto finish = [this, turn, weak] {
             if (!weak.expired() && turn == turns) finishWrite();
         };
         try {
-            store.saveEncoded(json);
+            store.save(snapshot);
         } catch (...) {
             context.post(finish);
             throw;

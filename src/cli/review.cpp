@@ -138,9 +138,8 @@ private:
     }
 
     [[nodiscard]] bool isDownloaded(const RemoteChange& change) const {
-        const RemoteDates& dates = model.remoteDates(profile.id);
-        const auto known = dates.find(change.path);
-        return known != dates.end() && known->second == change.remoteDate;
+        const auto* known = model.remoteDates(profile.id).find(change.path);
+        return known != nullptr && *known == change.remoteDate;
     }
 
     AppModel& model;

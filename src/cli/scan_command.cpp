@@ -6,10 +6,10 @@
 #include "model/error.h"
 #include "model/scan.h"
 #include "platform/text.h"
-#include "sync/sync_worker.h"
 #include "transport/transfer_control.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 
 namespace zembrastel {
 namespace {
@@ -91,12 +91,11 @@ ExitCode scanProfile(const Surroundings& around, const std::string& name) {
 
 LocalDifferences differences(const FileMap& current, const FileMap& baseline) {
     LocalDifferences found;
-    for (const auto& path : changedPaths(current, baseline)) {
-        (baseline.contains(path) ? found.changed : found.added).push_back(path);
-    }
-    for (const auto& [path, fingerprint] : baseline) {
-        if (!current.contains(path)) found.deleted.push_back(path);
-    }
+    current.forEachDifference(baseline, [&](std::string_view path, const Fingerprint* now, const Fingerprint* before) {
+        auto& kind = now == nullptr ? found.deleted : before == nullptr ? found.added : found.changed;
+        kind.emplace_back(path);
+    });
+    for (auto* paths : {&found.added, &found.changed, &found.deleted}) std::sort(paths->begin(), paths->end());
     return found;
 }
 

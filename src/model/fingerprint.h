@@ -1,11 +1,10 @@
 // The identity of one version of a local file, and the folder as a map of them.
 #pragma once
 
+#include "model/path_map.h"
+
 #include <cstdint>
 #include <filesystem>
-#include <functional>
-#include <map>
-#include <string>
 
 struct stat;
 
@@ -26,7 +25,7 @@ struct Fingerprint {
     friend bool operator==(const Fingerprint&, const Fingerprint&) = default;
 };
 
-// Relative path to fingerprint, in ascending byte order of the paths.
-using FileMap = std::map<std::string, Fingerprint, std::less<>>;
+// Relative path to fingerprint.
+using FileMap = PathMap<Fingerprint>;
 
 } // namespace zembrastel

@@ -4,10 +4,9 @@
 // written back bit for bit; counting from 1970 would round its last binary digit away.
 #pragma once
 
+#include "model/path_map.h"
+
 #include <chrono>
-#include <functional>
-#include <map>
-#include <string>
 
 namespace zembrastel {
 
@@ -22,7 +21,7 @@ struct ReferenceEpoch {
 using RemoteDate = ReferenceEpoch::time_point;
 
 // Relative path to the server's date of that file.
-using RemoteDates = std::map<std::string, RemoteDate, std::less<>>;
+using RemoteDates = PathMap<RemoteDate>;
 
 // 1970-01-01 to 2001-01-01.
 inline constexpr std::chrono::duration<double> referenceEpochSince1970{978307200};

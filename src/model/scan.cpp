@@ -30,8 +30,8 @@ std::filesystem::path readableRoot(const std::string& localFolder) {
 
 class Scan {
 public:
-    Scan(const Profile& scanned, const ScanHooks& scanHooks)
-        : profile(scanned), hooks(scanHooks), selection(scanned.effectiveSyncSelection()) {}
+    Scan(const Profile& scanned, const ScanHooks& scanHooks, const FileMap& before)
+        : recorder(before), profile(scanned), hooks(scanHooks), selection(scanned.effectiveSyncSelection()) {}
 
     // Whether to enter the entry, should it be a folder.
     bool visit(const WalkEntry& entry) {
@@ -51,11 +51,11 @@ public:
         if (selection && !selection->includes(entry.path)) return false;
         const struct stat attributes = entry.attributes();
         // It may have been replaced by something else since the folder was read.
-        if (S_ISREG(attributes.st_mode)) files.emplace(entry.path, Fingerprint::of(attributes));
+        if (S_ISREG(attributes.st_mode)) recorder.add(entry.name, Fingerprint::of(attributes));
         return false;
     }
 
-    FileMap files;
+    FileMap::Recorder recorder;
 
 private:
     const Profile& profile;
@@ -66,13 +66,16 @@ private:
 
 } // namespace
 
-FileMap scan(const Profile& profile, const ScanHooks& hooks) {
+FileMap scan(const Profile& profile, const ScanHooks& hooks, const FileMap& before) {
     const auto root = readableRoot(profile.localFolder);
-    Scan walk(profile, hooks);
+    Scan walk(profile, hooks, before);
     try {
         const Folder folder = Folder::open(root);
         hooks.mounted(folder.mount());
-        walkFolder(folder, [&walk](const WalkEntry& entry) { return walk.visit(entry); });
+        walkFolder(
+            folder, {.visit = [&walk](const WalkEntry& entry) { return walk.visit(entry); },
+                     .enter = [&walk](std::string_view name) { walk.recorder.enter(name); },
+                     .leave = [&walk] { walk.recorder.leave(); }});
     } catch (const std::filesystem::filesystem_error& error) {
         if (error.code().value() == ELOOP) {
             throw SyncError("A file moved outside the selected local folder while scanning.");
@@ -82,7 +85,7 @@ FileMap scan(const Profile& profile, const ScanHooks& hooks) {
         if (error.path1() == root && !ownShortage) throw SyncError("Cannot read the local folder.");
         throw;
     }
-    return std::move(walk.files);
+    return walk.recorder.finish();
 }
 
 } // namespace zembrastel

@@ -24,9 +24,10 @@ struct ScanHooks {
     std::function<void(const Mount& mount)> mounted = [](const Mount&) {};
 };
 
-// Every regular file that is not excluded and belongs to the sync selection, by relative path. Links are never
+// Every regular file that is not excluded and belongs to the sync selection, by relative path. Folders that are as they
+// were in `before`, an earlier scan of the folder, are shared with it and cost no more than the look. Links are never
 // followed, not even one that takes a folder's place during the walk. Throws SyncError, or the system's
 // std::filesystem::filesystem_error for an item that cannot be read; there is no partial result.
-[[nodiscard]] FileMap scan(const Profile& profile, const ScanHooks& hooks = {});
+[[nodiscard]] FileMap scan(const Profile& profile, const ScanHooks& hooks = {}, const FileMap& before = {});
 
 } // namespace zembrastel

@@ -23,8 +23,8 @@ SavedState StateStore::load() const {
     return json ? decodeSavedState(*json) : SavedState{};
 }
 
-void StateStore::saveEncoded(const std::string& json) const {
-    writeAtomically(Folder::open(realFolder), fileName, json);
+void StateStore::save(const SavedState& state) const {
+    writeAtomically(Folder::open(realFolder), fileName, encode(state));
 }
 
 } // namespace zembrastel

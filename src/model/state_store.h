@@ -22,8 +22,8 @@ public:
 
     // Writes the whole file in one step, for the owner alone (0600): a reader, or a run after a crash, sees the old or
     // the new file entire. Throws SyncError or std::filesystem::filesystem_error; the old file is then still there.
-    void save(const SavedState& state) const { saveEncoded(encode(state)); }
-    void saveEncoded(const std::string& json) const; // what encode() gave; any thread, one at a time
+    // Any thread, one at a time.
+    void save(const SavedState& state) const;
 
     [[nodiscard]] const std::filesystem::path& folder() const { return stateFolder; }
 

@@ -4,11 +4,13 @@
 #include "platform/files.h"
 #include "platform/folder.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
 #include <dirent.h>
 #include <fcntl.h>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -20,9 +22,11 @@ constexpr std::size_t bufferSize = std::size_t{64} << 10;
 constexpr std::size_t mostOpenFolders = 32;
 constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
-struct stat attributesOf(int folder, const char* name, const std::filesystem::path& path) {
+// The path, for an error, is put together only then: this runs for every file of every poll.
+struct stat attributesOf(
+    int folder, const char* name, const std::filesystem::path& root, std::string_view relativePath) {
     struct stat attributes {};
-    if (::fstatat(folder, name, &attributes, AT_SYMLINK_NOFOLLOW) != 0) throwFileError("stat", path);
+    if (::fstatat(folder, name, &attributes, AT_SYMLINK_NOFOLLOW) != 0) throwFileError("stat", root / relativePath);
     return attributes;
 }
 
@@ -34,8 +38,8 @@ EntryKind kindOfMode(mode_t mode) {
 
 class Walk {
 public:
-    Walk(const Folder& rootFolder, const std::function<bool(const WalkEntry&)>& visitor)
-        : top(rootFolder), root(rootFolder.path()), visit(visitor), buffer(std::make_unique<Buffer>()) {}
+    Walk(const Folder& rootFolder, const WalkHooks& walkHooks)
+        : top(rootFolder), root(rootFolder.path()), hooks(walkHooks), buffer(std::make_unique<Buffer>()) {}
 
     void run() {
         levels.push_back({.folder = openTop(), .pathLength = 0, .toEnter = {}});
@@ -43,6 +47,7 @@ public:
         while (!levels.empty()) {
             if (levels.back().toEnter.empty()) {
                 levels.pop_back();
+                if (!levels.empty()) hooks.leave();
             } else {
                 descend();
             }
@@ -58,7 +63,7 @@ private:
     struct Level {
         Descriptor folder; // may be closed while the walk is far below
         std::size_t pathLength;
-        std::vector<std::string> toEnter;
+        std::vector<std::string> toEnter; // in descending order
     };
 
     void readLevel() {
@@ -69,7 +74,7 @@ private:
         while (true) {
             const ssize_t size = ::getdents64(level.folder.get(), buffer->bytes.data(), bufferSize);
             if (size < 0) throwFileError("read", root / path);
-            if (size == 0) return;
+            if (size == 0) break;
             for (ssize_t offset = 0; offset < size;) {
                 const auto* entry = reinterpret_cast<const dirent64*>(buffer->bytes.data() + offset);
                 offset += entry->d_reclen;
@@ -78,9 +83,10 @@ private:
                 path.resize(prefix);
                 path += name;
                 const WalkEntry found(path, name, kindOf(*entry, level.folder.get()), level.folder.get(), root);
-                if (visit(found) && found.kind == EntryKind::folder) level.toEnter.emplace_back(name);
+                if (hooks.visit(found) && found.kind == EntryKind::folder) level.toEnter.emplace_back(name);
             }
         }
+        std::sort(level.toEnter.begin(), level.toEnter.end(), std::greater<>());
     }
 
     EntryKind kindOf(const dirent64& entry, int folder) const {
@@ -92,7 +98,7 @@ private:
         case DT_LNK:
             return EntryKind::link;
         case DT_UNKNOWN:
-            return kindOfMode(attributesOf(folder, entry.d_name, root / path).st_mode);
+            return kindOfMode(attributesOf(folder, entry.d_name, root, path).st_mode);
         default:
             return EntryKind::other;
         }
@@ -109,6 +115,7 @@ private:
         Descriptor entered = enter(parent.folder.get(), name, path);
         if (levels.size() >= mostOpenFolders) levels[levels.size() - mostOpenFolders].folder.close();
         levels.push_back({.folder = std::move(entered), .pathLength = path.size(), .toEnter = {}});
+        hooks.enter(name);
         readLevel();
     }
 
@@ -117,7 +124,7 @@ private:
         if (entered) return entered;
         const int errorNumber = errno;
         const bool swapped = (errorNumber == ENOTDIR || errorNumber == ELOOP)
-                             && S_ISLNK(attributesOf(parent, name.c_str(), root / relative).st_mode);
+                             && S_ISLNK(attributesOf(parent, name.c_str(), root, relative).st_mode);
         throwFileError("open", root / relative, swapped ? ELOOP : errorNumber);
     }
 
@@ -139,7 +146,7 @@ private:
 
     const Folder& top;
     const std::filesystem::path& root;
-    const std::function<bool(const WalkEntry&)>& visit;
+    const WalkHooks& hooks;
     std::unique_ptr<Buffer> buffer;
     std::vector<Level> levels;
     std::string path;
@@ -148,17 +155,17 @@ private:
 } // namespace
 
 struct stat WalkEntry::attributes() const {
-    return attributesOf(parent, name.data(), root / path);
+    return attributesOf(parent, name.data(), root, path);
 }
 
-void walkFolder(const Folder& root, const std::function<bool(const WalkEntry&)>& visit) { Walk(root, visit).run(); }
+void walkFolder(const Folder& root, const WalkHooks& hooks) { Walk(root, hooks).run(); }
 
 void visitItems(const Folder& folder, const std::function<void(const WalkEntry&)>& visit) {
-    const std::function<bool(const WalkEntry&)> stay = [&visit](const WalkEntry& entry) {
+    const auto stay = [&visit](const WalkEntry& entry) {
         visit(entry);
         return false;
     };
-    Walk(folder, stay).run();
+    walkFolder(folder, {.visit = stay});
 }
 
 } // namespace zembrastel

@@ -34,13 +34,21 @@ private:
     const std::filesystem::path& root;
 };
 
-// Calls `visit` for every item below `root`, a folder before what it holds, in no particular order. The visitor says
-// whether to enter a folder; its answer for other items is not looked at. Links are visited and never entered. What
-// the visitor throws ends the walk, as does the first item that cannot be read (std::filesystem::filesystem_error; its
-// code is ELOOP when a folder was swapped for a link during the walk).
+struct WalkHooks {
+    // Called for every item below the root, in the order in which its folder lists it; says whether to enter a folder,
+    // for which it was called before. Its answer for other items is not looked at.
+    std::function<bool(const WalkEntry&)> visit;
+    // Called for each folder but the root, around the visits of all it holds.
+    std::function<void(std::string_view name)> enter = [](std::string_view) {};
+    std::function<void()> leave = [] {};
+};
+
+// Walks all that is below `root`: the items of a folder one after another, then its folders in ascending order of their
+// names. Links are visited and never entered. What a hook throws ends the walk, as does the first item that cannot be
+// read (std::filesystem::filesystem_error; its code is ELOOP when a folder was swapped for a link during the walk).
 //
 // Holds at most 34 descriptors, however deep the tree, the root's among them.
-void walkFolder(const Folder& root, const std::function<bool(const WalkEntry&)>& visit);
+void walkFolder(const Folder& root, const WalkHooks& hooks);
 
 // The same for what lies in an open folder itself; none of it is entered.
 void visitItems(const Folder& folder, const std::function<void(const WalkEntry&)>& visit);

@@ -17,8 +17,8 @@ constexpr std::chrono::seconds longestRetryDelay{60};
 // Makes the scan of this poll the previous one when the poll ends, well or not.
 struct KeepAsPrevious {
     FileMap& previous;
-    FileMap& current;
-    ~KeepAsPrevious() { previous.swap(current); }
+    const FileMap& current;
+    ~KeepAsPrevious() { previous = current; }
 };
 
 // The state of one run. Cancelled leaves it wherever it is.
@@ -60,7 +60,7 @@ private:
             transport.downloadTree(
                 "", 0, [this](const std::string& line) { worker.events.post(event::Activity{.text = line}); },
                 [this](const std::string& path, const Fingerprint& fingerprint) {
-                    baseline[path] = fingerprint;
+                    baseline.set(path, fingerprint);
                     worker.events.post(event::Downloaded{.path = path, .fingerprint = fingerprint});
                 });
             worker.control->check();
@@ -80,7 +80,7 @@ private:
     void poll() {
         try {
             worker.control->check();
-            FileMap current = scanFolder();
+            const FileMap current = scanFolder();
             const KeepAsPrevious keep{previous, current};
             synchronise(current);
         } catch (const Cancelled&) {
@@ -96,9 +96,11 @@ private:
     FileMap scanFolder() {
         Mount found;
         FileMap current = scan(
-            worker.profile, {.checkpoint = [this] { worker.control->check(); },
-                             .unusableName = [this](std::string_view path) { reportUnusable(path); },
-                             .mounted = [&found](const Mount& folder) { found = folder; }});
+            worker.profile,
+            {.checkpoint = [this] { worker.control->check(); },
+             .unusableName = [this](std::string_view path) { reportUnusable(path); },
+             .mounted = [&found](const Mount& folder) { found = folder; }},
+            previous.empty() ? baseline : previous);
         requireOwnDisk(found, current);
         return current;
     }
@@ -107,7 +109,7 @@ private:
     // changed the server meanwhile.
     void requireOwnDisk(const Mount& found, const FileMap& current) {
         const bool other = mount && mount != found;
-        const auto isThere = [&current](const auto& file) { return current.contains(file.first); };
+        const auto isThere = [&current](const auto& file) { return current.contains(file.path); };
         if (other && !baseline.empty() && std::ranges::none_of(baseline, isThere)) {
             diskWasAway = true;
             throw SyncError("Another disk, or none, is mounted at the local folder: none of the files that were "
@@ -136,15 +138,16 @@ private:
             worker.events.deliver(queuedStatus(pending));
             for (const auto& path : stable) upload(path, current.at(path), pending);
         }
-        // With nothing changed, equal sizes mean equal contents: the usual poll compares no path twice.
-        if (!changed.empty() || baseline.size() != current.size()) forgetDeleted(current);
+        forgetDeleted(current);
+        // The same entries: once they are shared, the next poll compares them by address.
+        if (changed.empty()) baseline = current;
     }
 
     void upload(const std::string& path, const Fingerprint& fingerprint, std::int64_t pending) {
         worker.control->check();
         worker.events.deliver(uploadingStatus(path, pending));
         transport.upload(path, fingerprint);
-        baseline[path] = fingerprint;
+        baseline.set(path, fingerprint);
         worker.events.deliver(event::Uploaded{.path = path, .fingerprint = fingerprint});
         try {
             const RemoteDate date = transport.modificationDate(path);
@@ -157,9 +160,13 @@ private:
     }
 
     void forgetDeleted(const FileMap& current) {
-        const auto forgotten =
-            std::erase_if(baseline, [&current](const auto& entry) { return !current.contains(entry.first); });
-        if (forgotten > 0) worker.events.deliver(event::Baseline{baseline});
+        std::set<std::string, std::less<>> deleted;
+        baseline.forEachDifference(current, [&](std::string_view path, const Fingerprint*, const Fingerprint* now) {
+            if (now == nullptr) deleted.emplace(path);
+        });
+        if (deleted.empty()) return;
+        baseline.eraseIf([&](std::string_view path, const Fingerprint&) { return deleted.contains(path); });
+        worker.events.deliver(event::Baseline{baseline});
     }
 
     void waitToRetry(const std::string& title, const std::string& problem) {
@@ -219,12 +226,10 @@ event::Status downloadingStatus() {
 
 std::vector<std::string> changedPaths(const FileMap& current, const FileMap& baseline) {
     std::vector<std::string> changed;
-    auto known = baseline.begin();
-    for (const auto& [path, fingerprint] : current) {
-        while (known != baseline.end() && known->first < path) ++known;
-        const bool same = known != baseline.end() && known->first == path && known->second == fingerprint;
-        if (!same) changed.push_back(path);
-    }
+    current.forEachDifference(baseline, [&](std::string_view path, const Fingerprint* now, const Fingerprint*) {
+        if (now != nullptr) changed.emplace_back(path);
+    });
+    std::sort(changed.begin(), changed.end());
     return changed;
 }
 
@@ -232,8 +237,8 @@ std::vector<std::string> stablePaths(
     const std::vector<std::string>& changed, const FileMap& current, const FileMap& previous) {
     std::vector<std::string> stable;
     for (const auto& path : changed) {
-        const auto before = previous.find(path);
-        if (before != previous.end() && before->second == current.at(path)) stable.push_back(path);
+        const auto* before = previous.find(path);
+        if (before != nullptr && *before == current.at(path)) stable.push_back(path);
     }
     return stable;
 }

@@ -5,32 +5,18 @@
 
 #include <algorithm>
 #include <chrono>
-#include <unordered_set>
 
 namespace zembrastel {
 namespace {
 
 constexpr std::chrono::duration<double> precision{1.0};
 
-// Every folder that holds one of the files, at any depth; not the root.
-std::unordered_set<std::string_view> foldersOf(const FileMap& files) {
-    std::unordered_set<std::string_view> folders;
-    for (const auto& [path, fingerprint] : files) {
-        // A known folder's own parents are known.
-        for (auto slash = path.rfind('/'); slash != std::string::npos; slash = path.rfind('/', slash - 1)) {
-            if (!folders.insert(std::string_view(path).substr(0, slash)).second || slash == 0) break;
-        }
-    }
-    return folders;
-}
-
 class Comparison {
 public:
     Comparison(
         const FTPTransport& used, const FileMap& scanned, const FileMap& synchronised, const RemoteDates& known,
         const FTPTransport::Report& reportLine)
-        : transport(used), local(scanned), baseline(synchronised), knownDates(known), report(reportLine),
-          folders(foldersOf(scanned)) {}
+        : transport(used), local(scanned), baseline(synchronised), knownDates(known), report(reportLine) {}
 
     void walk(const std::string& path, int depth) {
         transport.control->check();
@@ -41,7 +27,7 @@ public:
             if (transport.profile.exclusions.matchEntry(relative)) continue;
             if (!entry.directory) {
                 compare(relative, entry);
-            } else if (folders.contains(relative)) {
+            } else if (local.containsFolder(relative)) {
                 walk(relative, depth + 1);
             }
         }
@@ -51,19 +37,17 @@ public:
 
 private:
     void compare(const std::string& path, const RemoteEntry& entry) {
-        const auto file = local.find(path);
-        if (file == local.end()) return;
+        const auto* file = local.find(path);
+        if (file == nullptr) return;
         const RemoteDate date = entry.modified ? *entry.modified : transport.modificationDate(path);
-        const auto known = knownDates.find(path);
-        if (!shouldOffer(date, file->second, known == knownDates.end() ? std::nullopt : std::optional(known->second))) {
-            return;
-        }
-        const auto synchronised = baseline.find(path);
+        const auto* known = knownDates.find(path);
+        if (!shouldOffer(date, *file, known == nullptr ? std::nullopt : std::optional(*known))) return;
+        const auto* synchronised = baseline.find(path);
         changes.push_back(
             {.path = path,
-             .local = file->second,
+             .local = *file,
              .remoteDate = date,
-             .bothChanged = synchronised != baseline.end() && synchronised->second != file->second});
+             .bothChanged = synchronised != nullptr && *synchronised != *file});
     }
 
     const FTPTransport& transport;
@@ -71,7 +55,6 @@ private:
     const FileMap& baseline;
     const RemoteDates& knownDates;
     const FTPTransport::Report& report;
-    const std::unordered_set<std::string_view> folders;
 };
 
 } // namespace
@@ -87,7 +70,8 @@ std::vector<RemoteChange> FTPTransport::newerRemoteFiles(
     const auto noteLeftover = [&leftovers](std::string_view path) {
         if (isTemporaryPath(path)) leftovers.emplace_back(path);
     };
-    const FileMap local = scan(profile, {.checkpoint = [this] { control->check(); }, .excluded = noteLeftover});
+    const FileMap local =
+        scan(profile, {.checkpoint = [this] { control->check(); }, .excluded = noteLeftover}, baseline);
     for (const auto& path : leftovers) clearLeftover(profile, path);
     if (local.empty()) {
         (void)list(""); // a server that cannot be reached is still to be told

@@ -46,10 +46,7 @@ std::optional<TickedKinds> countTicked(const DownloadSelection& selection, const
 FolderLookup amongFiles(const FileMap& files) {
     return [&files](const std::string& path) -> std::optional<bool> {
         if (files.contains(path)) return false;
-        const std::string inside = path + '/';
-        const auto first = files.lower_bound(inside);
-        if (first != files.end() && first->first.starts_with(inside)) return true;
-        return std::nullopt;
+        return files.containsFolder(path) ? std::optional(true) : std::nullopt;
     };
 }
 

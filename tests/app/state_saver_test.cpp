@@ -16,7 +16,7 @@ protected:
         for (int i = 0; i < 20000; ++i) addFile("file " + std::to_string(i)); // takes a while to write
     }
 
-    void addFile(const std::string& path) { state.baselines[id()][path] = {.size = 1, .modified = 2, .inode = 3}; }
+    void addFile(const std::string& path) { state.baselines[id()].set(path, {.size = 1, .modified = 2, .inode = 3}); }
 
     [[nodiscard]] const Uuid& id() const { return state.profiles.front().id; }
 

@@ -82,8 +82,8 @@ TEST(SavedState, FileTimesSurviveToTheLastBitOrEveryFileIsUploadedAgain) {
     auto& dates = state.remoteDates.emplace()[id];
     for (const double number : numbers) {
         const auto path = std::to_string(dates.size());
-        state.baselines[id][path].modified = number;
-        dates[path] = RemoteDate(RemoteDate::duration(number));
+        state.baselines[id].set(path, {.modified = number});
+        dates.set(path, RemoteDate(RemoteDate::duration(number)));
     }
     const auto restored = decodeSavedState(encode(state));
     EXPECT_EQ(restored, state);
@@ -171,16 +171,16 @@ TEST(SavedState, HostileTextIsRefusedWithoutHarm) {
 
 TEST(SavedState, WhatJsonCannotHoldIsNeverWritten) {
     SavedState badName;
-    badName.baselines[id]["caf\xE9"] = {};
+    badName.baselines[id].set("caf\xE9", {});
     Profile badRules;
     badRules.exclusions = Exclusions("\xC0\xAF");
     EXPECT_THROW((void)encode(badName), SyncError);
     EXPECT_THROW((void)encode(badRules), SyncError);
     for (const double number : {NAN, INFINITY, -INFINITY}) {
         SavedState badTime;
-        badTime.baselines[id]["a"].modified = number;
+        badTime.baselines[id].set("a", {.modified = number});
         SavedState badDate;
-        badDate.remoteDates.emplace()[id]["a"] = RemoteDate(RemoteDate::duration(number));
+        badDate.remoteDates.emplace()[id].set("a", RemoteDate(RemoteDate::duration(number)));
         for (const auto& state : {badTime, badDate}) EXPECT_THROW((void)encode(state), SyncError);
     }
 }

@@ -15,7 +15,7 @@ using testing::readFile;
 SavedState stateNamed(const std::string& name) {
     SavedState state;
     state.profiles.emplace_back().name = name;
-    state.baselines[state.profiles.front().id]["a.txt"] = {.size = 1, .modified = 1700000000.123456789, .inode = 3};
+    state.baselines[state.profiles.front().id] = {{"a.txt", {.size = 1, .modified = 1700000000.123456789, .inode = 3}}};
     return state;
 }
 

@@ -18,10 +18,11 @@ namespace fs = std::filesystem;
 
 std::map<std::string, EntryKind> walked(const fs::path& root) {
     std::map<std::string, EntryKind> found;
-    walkFolder(Folder::open(root), [&found](const WalkEntry& entry) {
+    const auto note = [&found](const WalkEntry& entry) {
         EXPECT_TRUE(found.emplace(entry.path, entry.kind).second) << entry.path;
         return true;
-    });
+    };
+    walkFolder(Folder::open(root), {.visit = note});
     return found;
 }
 
@@ -58,7 +59,7 @@ TEST_F(DirectoryWalkTest, FolderSwappedForALinkDuringTheWalkEndsItInsteadOfLeadi
         return true;
     };
     try {
-        walkFolder(Folder::open(root), swap);
+        walkFolder(Folder::open(root), {.visit = swap});
         FAIL() << "walked through the link";
     } catch (const fs::filesystem_error& error) {
         EXPECT_EQ(error.code().value(), ELOOP);

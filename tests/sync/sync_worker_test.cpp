@@ -79,8 +79,8 @@ protected:
     void take(WorkerEvent event) {
         if (const auto* whole = std::get_if<event::Baseline>(&event)) baseline = whole->files;
         if (const auto* uploaded = std::get_if<event::Uploaded>(&event))
-            baseline[uploaded->path] = uploaded->fingerprint;
-        if (const auto* got = std::get_if<event::Downloaded>(&event)) baseline[got->path] = got->fingerprint;
+            baseline.set(uploaded->path, uploaded->fingerprint);
+        if (const auto* got = std::get_if<event::Downloaded>(&event)) baseline.set(got->path, got->fingerprint);
         events.push_back(std::visit(ToText{}, event));
     }
 

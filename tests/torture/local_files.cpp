@@ -221,7 +221,7 @@ public:
 private:
     void prepare(Random& random, bool whole) {
         stood.clear();
-        installed.clear();
+        installed = {};
         for (const auto& item : fs::directory_iterator(site.root())) {
             if (item.path().filename() != "sub") fs::remove_all(item.path());
         }
@@ -253,7 +253,7 @@ private:
 
     void note(const std::string& path, const Fingerprint& fingerprint) {
         stood.insert(onServer[path]);
-        installed[path] = fingerprint;
+        installed.set(path, fingerprint);
     }
 
     std::string loss(const Editor& editor) {

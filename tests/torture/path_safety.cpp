@@ -218,9 +218,9 @@ void uploadFiles(Scene& scene, std::size_t turn) {
     if (turn % 3 == 0)
         return transport.upload(path, Fingerprint::read(scene.place.outside / path)); // as if it had been seen
     const auto files = scan(transport.profile);
-    const auto file = files.find(path);
-    if (file == files.end()) throw SyncError("not there now");
-    transport.upload(path, file->second);
+    const auto* file = files.find(path);
+    if (file == nullptr) throw SyncError("not there now");
+    transport.upload(path, *file);
 }
 
 const auto ignore = [](const auto&...) {};
@@ -243,10 +243,11 @@ void replaceFiles(Scene& scene, std::size_t turn) {
     offerFiles(scene.server, turn);
     const auto transport = scene.transport();
     const auto files = scan(transport.profile);
-    const auto file = files.find(turn % 2 == 0 ? "page" : "sub/deep");
-    if (file == files.end()) return transport.downloadTree("", 0, ignore, ignore); // an attack has taken it away
-    const auto date = transport.modificationDate(file->first);
-    (void)transport.replaceLocal({.path = file->first, .local = file->second, .remoteDate = date});
+    const std::string path = turn % 2 == 0 ? "page" : "sub/deep";
+    const auto* file = files.find(path);
+    if (file == nullptr) return transport.downloadTree("", 0, ignore, ignore); // an attack has taken it away
+    const auto date = transport.modificationDate(path);
+    (void)transport.replaceLocal({.path = path, .local = *file, .remoteDate = date});
 }
 
 using Work = void (*)(Scene& scene, std::size_t turn);
@@ -290,7 +291,7 @@ void attacks(std::uint64_t seed, std::chrono::milliseconds time) {
     underAttack("download", downloadFiles, true, seed, time);
     underAttack("replacement", replaceFiles, true, seed, time);
     underAttack(
-        "save", [](Scene& scene, std::size_t) { scene.store.saveEncoded("{}"); }, true, seed, time);
+        "save", [](Scene& scene, std::size_t) { scene.store.save({}); }, true, seed, time);
 }
 
 // A server whose every folder lists the same, whatever that is, and that has a content for every name.

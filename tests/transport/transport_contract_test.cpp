@@ -109,7 +109,7 @@ TEST_P(TransportContract, InitialDownloadTakesWhatIsMissingOrNewerAndKeepsTheRes
     FileMap installed;
     site.transport().downloadTree(
         "", 0, [&](const std::string& line) { lines.insert(line); },
-        [&](const std::string& path, const Fingerprint& fingerprint) { installed[path] = fingerprint; });
+        [&](const std::string& path, const Fingerprint& fingerprint) { installed.set(path, fingerprint); });
     EXPECT_EQ(
         site.files(), (testing::FileTree{
                           {"sub/missing.txt", "from server"},
