@@ -45,6 +45,7 @@ std::string Workplace::read(const std::string& path) const { return readFile(loc
 std::vector<std::string> Workplace::scanned() const {
     std::vector<std::string> paths;
     for (const auto& [path, fingerprint] : scan(profile)) paths.push_back(path);
+    std::sort(paths.begin(), paths.end());
     return paths;
 }
 
