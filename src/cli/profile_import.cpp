@@ -69,7 +69,7 @@ public:
     void take(ProfileCandidate candidate) {
         if (request.withoutPasswords) candidate.password.reset();
         try {
-            Profile profile = ready(std::move(candidate.profile));
+            const Profile profile = ready(candidate.profile);
             if (!request.onlyLooks) state.add(profile, candidate.password);
             ++taken;
             tell(profile, candidate);

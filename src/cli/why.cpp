@@ -101,7 +101,7 @@ std::string pathInProfile(const Profile& profile, const std::string& typed) {
             "The path " + inQuotes(typed) + " is not below the local folder " + oneLine(profile.localFolder) + ".");
     };
     std::string path = typed;
-    if (typed.starts_with('/') && relativePath(typed) != "") {
+    if (typed.starts_with('/') && !relativePath(typed).empty()) {
         const auto inside = fs::path(typed).lexically_normal().lexically_relative(profile.localFolder);
         path = inside.string();
         if (path.empty()) refuse();
