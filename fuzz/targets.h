@@ -17,6 +17,7 @@ void exclusions(std::string_view input);        // rules and a path, with a byte
 void selection(std::string_view input);         // a line each: "+path" ticks, "-path" unticks
 void savedState(std::string_view input);        // profiles.json
 void profileJson(std::string_view input);       // what `profile add --from` reads
+void profileImport(std::string_view input);     // what `profile import` reads
 void curlQuoting(std::string_view input);       // one value of curl's configuration
 void controlConnection(std::string_view input); // a line each: user, password, remote folder, path, name
 void shellWords(std::string_view input);        // a password command
@@ -34,6 +35,7 @@ inline constexpr std::array allTargets{
     Target{"selection", selection},
     Target{"saved_state", savedState},
     Target{"profile_json", profileJson},
+    Target{"profile_import", profileImport},
     Target{"curl_quoting", curlQuoting},
     Target{"control_connection", controlConnection},
     Target{"shell_words", shellWords}};

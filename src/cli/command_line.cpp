@@ -1,16 +1,24 @@
 #include "cli/command_line.h"
 
+#include "cli/check.h"
 #include "cli/command.h"
 #include "cli/help_text.h"
 #include "cli/ls.h"
 #include "cli/option_texts.h"
 #include "cli/presentation.h"
 #include "cli/profile_add.h"
+#include "cli/profile_duplicate.h"
+#include "cli/profile_export.h"
+#include "cli/profile_import.h"
 #include "cli/profile_list.h"
+#include "cli/profile_remove.h"
+#include "cli/profile_set.h"
+#include "cli/profile_show.h"
 #include "cli/review.h"
 #include "cli/scan_command.h"
 #include "cli/test_command.h"
 #include "cli/watch.h"
+#include "cli/why.h"
 #include "model/error.h"
 
 #include <CLI/CLI.hpp>
@@ -63,13 +71,21 @@ public:
         app.require_subcommand(1);
         app.fallthrough();
         addGlobalOptions(app, options);
-        auto* profile = app.add_subcommand("profile", "Save a new profile (add) or show the saved ones (list)");
+        auto* profile = app.add_subcommand("profile", "Save, show, change, remove, export and import profiles");
         profile->require_subcommand(1);
         addProfileAdd(*profile, chosen);
         addProfileList(*profile, chosen);
+        addProfileShow(*profile, chosen);
+        addProfileSet(*profile, chosen);
+        addProfileRemove(*profile, chosen);
+        addProfileDuplicate(*profile, chosen);
+        addProfileExport(*profile, chosen);
+        addProfileImport(*profile, chosen);
         addTest(app, chosen);
         addLs(app, chosen);
         addScan(app, chosen);
+        addWhy(app, chosen);
+        addCheck(app, chosen);
         addWatch(app, chosen);
         addReviewCommand(app, chosen);
         for (auto* command : app.get_subcommands({})) command->group("Commands");
@@ -106,10 +122,22 @@ private:
             return (isCommand ? "There is no command " : "Not expected: ") + inQuotes(unmarked(unknown.front())) + ".";
         }
         if (error.what() == std::string_view("A subcommand is required")) {
-            return app.got_subcommand("profile") ? "Say which command: profile add or profile list."
-                                                 : "Say which command: profile, test, ls, scan, watch or review.";
+            return app.got_subcommand("profile") ? "Say which profile command: " + commandsOf("profile") + "."
+                                                 : "Say which command: " + commandsOf("") + ".";
         }
         return sentence(error.what());
+    }
+
+    // "add, list or set": those of the command of that name, or of the program.
+    [[nodiscard]] std::string commandsOf(const std::string& name) const {
+        const CLI::App* command = name.empty() ? &app : app.get_subcommand(name);
+        const auto commands = command->get_subcommands([](const CLI::App*) { return true; });
+        std::string names;
+        for (const auto* each : commands) {
+            if (!names.empty()) names += each == commands.back() ? " or " : ", ";
+            names += each->get_name();
+        }
+        return names;
     }
 
     CLI::App app{description};

@@ -2,11 +2,19 @@
 //
 // Programs rely on these keys. Times are texts in UTC, such as "2026-01-02T15:04:05Z"; paths are relative, "/" between
 // components. On standard output come
-//   profile list, profile add   the profile as profiles.json has it (the one object without "event")
+//   profile list, add, show, set and duplicate
+//            the profile as profiles.json has it (an object without "event")
+//   profile export   the export itself: "zembrastelProfiles" (its version) and "profiles" (without "event" too)
+//   profile remove   "removed": profile, id
+//   profile import   "imported", with --dry-run "importable": profile, id, password (was there one), notes, each with
+//                    text; "skipped": profile, reason
 //   test     "connected": profile, id, items
 //   ls       "entry": path, name, directory, and modified where the server gave a date
 //   scan     "scan": profile, id, folder, files, bytes, new, changed, deleted;
 //            then "difference": path, kind ("new", "changed" or "deleted")
+//   why      "why": profile, id, path, synced, reason ("all", "selection", "unselected", "exclusion", "reserved",
+//            "link", "kind" or "name"), decider (the rule or path that decides), text
+//   check    "review", as review
 //   watch    "status": time, profile, id, title, detail, pending (changed files), failed
 //            "activity": time, profile, id, text, error
 //            "review": time, profile, id, files, each with path, remoteDate, localDate, bothChanged

@@ -27,7 +27,4 @@ namespace zembrastel {
 // The first line of the output of a program that runs without a shell.
 [[nodiscard]] std::string passwordFromCommand(const std::string& commandLine, Interrupt& interrupt);
 
-// Asks at the terminal that is the standard input, without showing what is typed.
-[[nodiscard]] std::string askPassword(const std::string& question, Interrupt& interrupt);
-
 } // namespace zembrastel

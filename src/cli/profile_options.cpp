@@ -45,8 +45,8 @@ std::optional<DownloadSelection> selectionFrom(
     return selection;
 }
 
-Exclusions exclusionsFrom(const ProfileOptions& options) {
-    std::string text = options.exclusions.value_or(std::string(Exclusions::defaultText));
+Exclusions changedExclusions(const Exclusions& before, const ProfileOptions& options) {
+    std::string text = options.exclusions.value_or(before.text());
     for (const auto& rule : options.exclude) {
         if (!text.empty() && text.back() != '\n') text += '\n';
         text += rule;
@@ -54,7 +54,34 @@ Exclusions exclusionsFrom(const ProfileOptions& options) {
     return Exclusions(std::move(text));
 }
 
+void changeServer(Profile& profile, const ProfileOptions& options) {
+    const bool portIsUsual = profile.port == defaultPort(profile.transport);
+    if (options.transport) profile.transport = protocolFrom(*options.transport);
+    if (portIsUsual) profile.port = defaultPort(profile.transport);
+    if (options.port) profile.port = *options.port;
+    if (options.host) profile.host = *options.host;
+    if (options.username) profile.username = *options.username;
+    if (options.remoteFolder) profile.remoteFolder = *options.remoteFolder;
+}
+
 } // namespace
+
+Profile changedProfile(Profile profile, const ProfileOptions& options) {
+    if (options.name) profile.name = *options.name;
+    changeServer(profile, options);
+    if (options.localFolder) {
+        const bool isEmpty = options.localFolder->empty();
+        profile.localFolder = isEmpty ? "" : std::filesystem::absolute(*options.localFolder).string();
+    }
+    profile.exclusions = changedExclusions(profile.exclusions, options);
+    if (options.enabled || options.disabled) profile.enabled = options.enabled;
+    if (options.needsDownload) profile.needsDownload = true;
+    if (auto chosen = selectionFrom(options.sync, options.noSync, "sync")) profile.syncSelection = std::move(chosen);
+    if (auto chosen = selectionFrom(options.download, options.noDownload, "download")) {
+        profile.initialDownloadSelection = std::move(chosen);
+    }
+    return profile;
+}
 
 Profile profileFrom(const ProfileOptions& options) {
     Profile profile;
@@ -67,20 +94,7 @@ Profile profileFrom(const ProfileOptions& options) {
         }
         profile.id = *id;
     }
-    profile.name = options.name;
-    profile.host = options.host;
-    if (!options.transport.empty()) profile.transport = protocolFrom(options.transport);
-    profile.port = options.port.value_or(defaultPort(profile.transport));
-    profile.username = options.username;
-    if (options.remoteFolder) profile.remoteFolder = *options.remoteFolder;
-    if (!options.localFolder.empty()) {
-        profile.localFolder = std::filesystem::absolute(options.localFolder).string();
-    }
-    profile.exclusions = exclusionsFrom(options);
-    profile.enabled = options.enabled;
-    profile.needsDownload = options.needsDownload;
-    profile.syncSelection = selectionFrom(options.sync, options.noSync, "sync");
-    profile.initialDownloadSelection = selectionFrom(options.download, options.noDownload, "download");
+    profile = changedProfile(std::move(profile), options);
     if (profile.requiresDownloadSelection()) {
         throw CommandError(
             ExitCode::usage,

@@ -22,17 +22,6 @@ bool anyBelow(const auto& rules, std::string_view folder, bool wanted) {
     return std::any_of(first, last, [wanted](const auto& rule) { return rule.second == wanted; });
 }
 
-// The value of the deepest rule that contains the path, if any does.
-const bool* governing(const auto& rules, std::string_view path) {
-    if (rules.empty()) return nullptr;
-    for (;;) {
-        if (const auto rule = rules.find(path); rule != rules.end()) return &rule->second;
-        if (path.empty()) return nullptr;
-        const auto slash = path.rfind('/');
-        path = path.substr(0, slash == std::string_view::npos ? 0 : slash);
-    }
-}
-
 } // namespace
 
 const DownloadSelection& DownloadSelection::everything() {
@@ -45,9 +34,19 @@ bool DownloadSelection::contains(std::string_view ancestor, std::string_view pat
            || (path.starts_with(ancestor) && (path.size() == ancestor.size() || path[ancestor.size()] == '/'));
 }
 
+const std::pair<const std::string, bool>* DownloadSelection::governingRule(std::string_view path) const {
+    if (rules.empty()) return nullptr;
+    for (;;) {
+        if (const auto rule = rules.find(path); rule != rules.end()) return &*rule;
+        if (path.empty()) return nullptr;
+        const auto slash = path.rfind('/');
+        path = path.substr(0, slash == std::string_view::npos ? 0 : slash);
+    }
+}
+
 bool DownloadSelection::includes(std::string_view path) const {
-    const auto* value = governing(rules, path);
-    return value != nullptr && *value;
+    const auto* rule = governingRule(path);
+    return rule != nullptr && rule->second;
 }
 
 bool DownloadSelection::shouldVisit(std::string_view folder) const {

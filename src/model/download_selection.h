@@ -7,6 +7,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace zembrastel {
 
@@ -23,6 +24,10 @@ struct DownloadSelection {
     [[nodiscard]] static bool contains(std::string_view ancestor, std::string_view path);
 
     [[nodiscard]] bool includes(std::string_view path) const;
+
+    // The rule that decides about the path: the deepest that contains it. nullptr when there is none, which leaves the
+    // path out.
+    [[nodiscard]] const std::pair<const std::string, bool>* governingRule(std::string_view path) const;
 
     // Must a walk enter this folder, because something in or below it may be selected?
     [[nodiscard]] bool shouldVisit(std::string_view folder) const;

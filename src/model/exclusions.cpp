@@ -199,6 +199,23 @@ bool Exclusions::match(std::string_view path) const {
     return compiled->paths.match(path);
 }
 
+std::optional<Exclusions::Cause> Exclusions::cause(std::string_view path) const {
+    std::string way;
+    for (const auto component : splitNonEmpty(path, '/')) {
+        if (!way.empty()) way += '/';
+        way += component;
+        for (const auto prefix : reservedPrefixes) {
+            if (component.starts_with(prefix)) return Cause{.path = way, .rule = std::string(prefix), .reserved = true};
+        }
+        if (!matchEntry(way)) continue;
+        for (const auto line : nonEmptyLines(text())) {
+            const std::string rule(trimmedBlanks(line));
+            if (Exclusions(rule).matchEntry(way)) return Cause{.path = way, .rule = rule};
+        }
+    }
+    return std::nullopt;
+}
+
 bool Exclusions::matchEntry(std::string_view path) const {
     auto component = path.substr(0, path.find_last_not_of('/') + 1);
     component.remove_prefix(component.rfind('/') + 1);

@@ -11,6 +11,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -32,6 +33,17 @@ public:
     // The same for a path whose parent folders were all found not to be excluded, as in a walk from the top: only the
     // last component is new to the rules that look at components.
     [[nodiscard]] bool matchEntry(std::string_view path) const;
+
+    // Why a path is left out.
+    struct Cause {
+        std::string path; // the path itself or the folder on the way to it that the rule leaves out
+        std::string rule; // as it was written, or the beginning of names that are always excluded
+        bool reserved = false;
+    };
+
+    // What a walk from the top meets first on its way to this path; nothing when it gets there. For a person's
+    // question: each rule is compiled anew.
+    [[nodiscard]] std::optional<Cause> cause(std::string_view path) const;
 
     friend bool operator==(const Exclusions& a, const Exclusions& b) { return a.text() == b.text(); }
 

@@ -36,6 +36,11 @@ void eachField(Maybe<SavedState> auto& state, const auto& visit) {
     visit("remoteDates", state.remoteDates);
 }
 
+void eachField(Maybe<ProfileExport> auto& exported, const auto& visit) {
+    visit("zembrastelProfiles", exported.version);
+    visit("profiles", exported.profiles);
+}
+
 void eachField(Maybe<Profile> auto& profile, const auto& visit) {
     visit("id", profile.id);
     visit("name", profile.name);
@@ -244,9 +249,9 @@ struct Growing {
 // What the next value is for: a place in the records, whose type says what the value must be.
 using Target = std::variant<
     Ignored*, bool*, std::int64_t*, std::uint64_t*, double*, RemoteDate*, std::string*, Uuid*, TransferProtocol*,
-    Exclusions*, SavedState*, Profiles*, Profile*, std::optional<DownloadSelection>*, DownloadSelection*, Rules*,
-    Baselines*, FileMap*, Growing<Fingerprint>*, Fingerprint*, std::optional<AllRemoteDates>*, AllRemoteDates*,
-    RemoteDates*, Growing<RemoteDate>*>;
+    Exclusions*, SavedState*, ProfileExport*, Profiles*, Profile*, std::optional<DownloadSelection>*,
+    DownloadSelection*, Rules*, Baselines*, FileMap*, Growing<Fingerprint>*, Fingerprint*,
+    std::optional<AllRemoteDates>*, AllRemoteDates*, RemoteDates*, Growing<RemoteDate>*>;
 
 // What is wrong with a value that is nothing like the wanted type.
 constexpr const char* mismatch(const bool&) { return "is not true or false"; }
@@ -561,6 +566,16 @@ std::string encode(const SavedState& state) {
 }
 
 SavedState decodeSavedState(std::string_view json) { return decodeRecord<SavedState>(json, "the saved state"); }
+
+std::string encode(const ProfileExport& exported) { return encodeRecord(exported); }
+
+ProfileExport decodeProfileExport(std::string_view json) {
+    auto exported = decodeRecord<ProfileExport>(json, "the export");
+    if (exported.version != ProfileExport::currentVersion) {
+        throw SyncError("version " + std::to_string(exported.version) + " of the export is not known here");
+    }
+    return exported;
+}
 
 std::string encode(const Profile& profile) { return encodeRecord(profile); }
 

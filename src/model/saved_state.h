@@ -7,6 +7,7 @@
 #include "model/profile.h"
 #include "model/remote_date.h"
 
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -28,6 +29,18 @@ struct SavedState {
 
 // Throws SyncError, naming the place and what is wrong there, without a full stop at the end.
 [[nodiscard]] SavedState decodeSavedState(std::string_view json);
+
+// Profiles on their way to another machine, without passwords. A later form has a higher version.
+struct ProfileExport {
+    static constexpr std::int64_t currentVersion = 1;
+
+    std::int64_t version = currentVersion;
+    std::vector<Profile> profiles;
+};
+
+// Errors as above; a version that is not the current one is refused.
+[[nodiscard]] std::string encode(const ProfileExport& exported);
+[[nodiscard]] ProfileExport decodeProfileExport(std::string_view json);
 
 // One profile object, alone; errors as above.
 [[nodiscard]] std::string encode(const Profile& profile);

@@ -142,6 +142,9 @@ TEST_F(CliWithServer, NewerServerFileIsOfferedAndNeitherSideOverwritten) {
     EXPECT_TRUE(contains(told, R"("path":"index.html")"));
     EXPECT_EQ(place.run({"profile", "list"}).status, 0); // it goes on running, and others may look
     EXPECT_EQ(run({"review", "My website"}).status, 4);
+    const auto checked = run({"check", "My website", "--json"}); // looks on
+    EXPECT_EQ(checked.status, 3) << checked.errors;
+    EXPECT_TRUE(contains(checked.output, R"("files":[{"path":"index.html")"));
     interrupt(program, SIGINT);
     EXPECT_EQ(program.wait(), 0);
 
@@ -299,6 +302,28 @@ TEST_F(CliWithServer, PasswordThatWasAddedIsFoundAgainInTheSecretStore) {
     EXPECT_EQ(result.status, 0) << result.output;
     EXPECT_TRUE(contains(result.output, "Connected. "));
     EXPECT_FALSE(contains(readFile(empty.stateFile()), server->password()));
+}
+
+TEST_F(CliWithServer, ImportedSiteConnectsWithNoOtherStep) {
+    const CliPlace empty;
+    const Profile profile = profileFor(*server, site, server->remoteFolder("site"));
+    writeFile(
+        empty.path("sftp.json"), R"({"protocol": "ftp", "name": "imported", "host": ")" + profile.host
+                                     + R"(", "port": )" + std::to_string(profile.port) + R"(, "username": ")"
+                                     + profile.username + R"(", "password": ")" + server->password()
+                                     + R"(", "remotePath": ")" + profile.remoteFolder + "\"} // mine");
+    const auto import =
+        empty.shellCommand({"profile", "import", empty.path("sftp.json").string(), "--local-folder", site.string()});
+    const auto result = empty.runInShellWithSecretService(
+        import + " && " + empty.shellCommand({"test", "imported"}) + " && "
+        + empty.shellCommand({"profile", "remove", "imported", "--yes"}) + " && "
+        + empty.shellCommand({"profile", "list"}));
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_TRUE(contains(result.output, "Imported \"imported\""));
+    EXPECT_TRUE(contains(result.output, "Connected. "));
+    EXPECT_TRUE(contains(result.output, "Removed \"imported\""));
+    EXPECT_TRUE(contains(result.errors, "There are no profiles yet"));
+    EXPECT_FALSE(contains(result.output + result.errors, server->password()));
 }
 
 // What base64 makes of a text, wherever in a longer one it stands: the part that its neighbours do not change.

@@ -41,6 +41,12 @@ TEST_F(Cli, WrongCommandLinesEndWithTheUsageCodeAndOneLine) {
         {"ls"},
         {"ls", "a", "b", "c"},
         {"profile", "list", "--state", ""},
+        {"profile", "set", "x"},
+        {"profile", "set", "x", "--enabled", "--disabled"},
+        {"profile", "set", "x", "--host"},
+        {"profile", "remove"},
+        {"profile", "import"},
+        {"why", "x"},
         {"review", "x", "--list", "--keep-all"},
         {"review", "x", "--download"},
         {"review", "x", "--download", "a", "--download-all"},
@@ -194,6 +200,11 @@ TEST_F(Cli, UnreadableStateEndsEveryCommandAndIsNotTouched) {
           {"scan", "x"},
           {"watch"},
           {"watch", "x"},
+          {"why", "x", "a"},
+          {"check", "x"},
+          {"profile", "set", "x", "--enabled"},
+          {"profile", "remove", "x", "--yes"},
+          {"profile", "duplicate", "x"},
           {"review", "x"}}) {
         const auto result = place.run(arguments);
         EXPECT_EQ(result.status, 1);
@@ -208,7 +219,13 @@ TEST_F(Cli, StateFolderInUseIsNotChangedByASecondProgram) {
     const std::string before = readFile(place.stateFile());
     const auto held = InstanceLock::acquire(place.state());
     ASSERT_TRUE(held);
-    for (const CliPlace::Arguments& arguments : {addition("y"), {"watch", "x"}, {"review", "x"}}) {
+    for (const CliPlace::Arguments& arguments :
+         {addition("y"),
+          {"watch", "x"},
+          {"review", "x"},
+          {"profile", "set", "x", "--enabled"},
+          {"profile", "remove", "x", "--yes"},
+          {"profile", "duplicate", "x"}}) {
         const auto result = place.run(arguments);
         EXPECT_EQ(result.status, 4);
         EXPECT_TRUE(contains(result.errors, place.state().string()));

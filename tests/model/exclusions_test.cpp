@@ -1,5 +1,7 @@
 #include "model/exclusions.h"
 
+#include "platform/text.h"
+
 #include <algorithm>
 #include <clocale>
 #include <fnmatch.h>
@@ -107,6 +109,13 @@ TEST(Exclusions, ShortCutsDecideLikeTheShellsMatcher) {
         bool entered = true;
         for (auto slash = path.find('/'); slash != std::string::npos; slash = path.find('/', slash + 1)) {
             entered = entered && !exclusions.match(path.substr(0, slash));
+        }
+        if (join(splitNonEmpty(path, '/'), '/') == path) {
+            const auto cause = exclusions.cause(path);
+            ASSERT_EQ(cause.has_value(), expected || !entered) << path << " by the rules\n" << lines;
+            if (cause && !cause->reserved) {
+                ASSERT_TRUE(Exclusions(cause->rule).match(cause->path)) << cause->rule;
+            }
         }
         if (!entered) continue;
         ++entries;

@@ -1,8 +1,10 @@
-// A password typed at the terminal.
+#include "cli/terminal_question.h"
+
 #include "cli/password_source.h"
 #include "model/error.h"
 #include "platform/descriptor.h"
 #include "platform/files.h"
+#include "platform/text.h"
 
 #include <array>
 #include <cerrno>
@@ -61,15 +63,26 @@ std::string readTypedLine(int wake) {
     return firstLine(line);
 }
 
-} // namespace
-
-std::string askPassword(const std::string& question, Interrupt& interrupt) {
+std::string typedAnswer(const std::string& question, Interrupt& interrupt) {
     const Descriptor wake(::eventfd(0, EFD_CLOEXEC));
     if (!wake) throwFileError("eventfd", "terminal");
     const auto interruptible = interrupt.during([&wake] { ::eventfd_write(wake.get(), 1); });
-    const HiddenTyping hidden;
     writeToTerminal(question);
     return readTypedLine(wake.get());
+}
+
+} // namespace
+
+bool terminalAnswers() { return ::isatty(STDIN_FILENO) != 0; }
+
+std::string askPassword(const std::string& question, Interrupt& interrupt) {
+    const HiddenTyping hidden;
+    return typedAnswer(question, interrupt);
+}
+
+bool askWhether(const std::string& question, Interrupt& interrupt) {
+    const std::string answer = asciiLowercase(trimmed(typedAnswer(question + " [y/N] ", interrupt)));
+    return answer == "y" || answer == "yes";
 }
 
 } // namespace zembrastel

@@ -1,0 +1,66 @@
+#include "cli/check.h"
+
+#include "cli/presentation.h"
+#include "cli/profile_choice.h"
+#include "cli/review_text.h"
+#include "cli/server_call.h"
+#include "cli/state_folder.h"
+
+#include <CLI/CLI.hpp>
+
+namespace zembrastel {
+namespace {
+
+template <class Map>
+typename Map::mapped_type of(const Map& all, const Uuid& id) {
+    const auto found = all.find(id);
+    return found == all.end() ? typename Map::mapped_type{} : found->second;
+}
+
+void showAsText(const std::vector<RemoteChange>& changes, const std::string& command, Output& output) {
+    if (changes.empty()) {
+        output.line("Nothing is newer on the server.");
+        return;
+    }
+    output.line(counted(changes.size(), "file") + " newer on the server:");
+    for (const auto& change : changes) output.line("  " + describeChange(change));
+    output.note("To decide: " + command);
+}
+
+ExitCode checkServer(const Surroundings& around, const std::string& name) {
+    const SavedState state = loadState(around.options);
+    const Profile& profile = chooseProfile(state.profiles, name);
+    if (profile.needsDownload) {
+        throw CommandError(
+            ExitCode::failed, inQuotes(profile.name) + " still has its initial download to do; run watch first.");
+    }
+    std::vector<RemoteChange> changes;
+    callServer(
+        profile, around, "compare the local folder " + oneLine(profile.localFolder) + " with the server",
+        [&](const FTPTransport& server) {
+            const auto dates = state.remoteDates ? of(*state.remoteDates, profile.id) : RemoteDates{};
+            changes = server.newerRemoteFiles(of(state.baselines, profile.id), dates, [](const std::string&) {});
+        });
+    if (around.output.json()) {
+        JsonLine object("review");
+        addReview(object, profile, changes, systemClock());
+        around.output.line(object);
+    } else {
+        showAsText(changes, reviewCommand(around.options, unambiguousName(state.profiles, profile)), around.output);
+    }
+    return changes.empty() ? ExitCode::done : ExitCode::reviewWaiting;
+}
+
+} // namespace
+
+void addCheck(CLI::App& parent, Command& chosen) {
+    auto* command = parent.add_subcommand("check", "List the files that are newer on the server; changes nothing");
+    const auto name = std::make_shared<std::string>();
+    command->add_option("NAME", *name, "Name or id of the profile")->required()->type_name("");
+    command->footer("Another program may be running meanwhile. Ends with 3 when there are such files, and with 0\n"
+                    "when there are none; review decides what to do with them.");
+    command->callback(
+        [&chosen, name] { chosen = [name](const Surroundings& around) { return checkServer(around, *name); }; });
+}
+
+} // namespace zembrastel
