@@ -4,6 +4,7 @@
 #include "model/error.h"
 #include "platform/core_dumps.h"
 #include "platform/instance_lock.h"
+#include "ui/bus_activation.h"
 #include "ui/desktop_options.h"
 #include "ui/keyring_access.h"
 #include "ui/qt_main_context.h"
@@ -13,6 +14,7 @@
 #include "ui/termination.h"
 
 #include <QApplication>
+#include <QIcon>
 
 #include <csignal>
 #include <cstdio>
@@ -37,6 +39,7 @@ int runDesktop(const DesktopOptions& options, Termination& termination, int argc
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Zembrastel"));
     QApplication::setDesktopFileName(QStringLiteral("org.zembrastel.Zembrastel"));
+    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("org.zembrastel.Zembrastel")));
     QApplication::setQuitOnLastWindowClosed(false);
     const SystemAppearance appearance;
     followSystemAppearance(appearance);
@@ -47,6 +50,10 @@ int runDesktop(const DesktopOptions& options, Termination& termination, int argc
     if (lock) {
         instance.emplace(StateStore(options.stateFolder).folder(), std::move(*lock));
         QObject::connect(&*instance, &SingleInstance::showRequested, &shell, &Shell::showWindow);
+    }
+    std::optional<BusActivation> activation;
+    if (instance && !options.stateFolder) {
+        QObject::connect(&activation.emplace(), &BusActivation::showRequested, &shell, &Shell::showWindow);
     }
     termination.whenAsked([] { QApplication::quit(); });
     if (!options.background) shell.showWindow();

@@ -4,7 +4,7 @@ import os
 import signal
 import subprocess
 
-from bus import wait_until
+from bus import call, has_owner, wait_until
 from desktop import COMMAND_LINE, Site, read, write
 from desktop_case import DesktopTest, main
 
@@ -39,6 +39,19 @@ class LifecycleTest(DesktopTest):
         self.assertEqual(self.start().process.wait(10), 0)
         program.window()
         self.assertEqual(program.end(signal.SIGINT), 0)
+
+    def test_launcher_that_asks_over_the_bus_gets_the_window(self):
+        name = "org.zembrastel.Zembrastel"
+        demo = self.start("--demo", "--background")
+        wait_until(demo.root, "the sample is up")
+        program = self.start("--background")
+        wait_until(lambda: has_owner(self.desktop.bus, name), "the program has its name")
+        wait_until(program.root, "the program is up")
+        self.assertEqual(program.windows(), [])
+        call(self.desktop.bus, name, "/org/zembrastel/Zembrastel", "org.freedesktop.Application", "Activate", "(a{sv})",
+             {})
+        program.window()
+        self.assertEqual(demo.windows(), [])
 
     def test_command_line_and_program_keep_out_of_each_others_state(self):
         Site(self.desktop).add_profile()
