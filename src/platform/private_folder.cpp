@@ -62,8 +62,9 @@ PrivateFolder::PrivateFolder() : opened(makePrivateFolder()) {}
 
 PrivateFolder::~PrivateFolder() {
     removeFiles(opened);
+    if (::rmdir(path().c_str()) == 0) return;
     std::error_code ignored;
-    if (!std::filesystem::remove(path(), ignored)) std::filesystem::remove_all(path(), ignored);
+    std::filesystem::remove_all(path(), ignored);
 }
 
 void removeStalePrivateFolders() {
