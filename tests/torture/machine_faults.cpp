@@ -360,17 +360,22 @@ void fewDescriptors(Site& site, rlim_t spare) {
                .mends = [](Site& healed) { limitDescriptors(healed, std::nullopt); }});
 }
 
-// The program finds in place of all other programs those of a folder, and these few.
+// The program finds in place of all other programs those of a folder, and these few. Another process copies them: one
+// that a thread forks from this process while it writes them would keep them open, and busy.
 void keepProgramsApart(Site& site) {
-    fs::copy_file("/bin/sh", site.disk / "sh");
-    fs::copy_file("/usr/bin/curl", site.disk / "curl");
+    const auto script = site.place.path("without-ftp");
+    writeFile(
+        script, "#!/bin/sh\necho 'curl: (1) Protocol \"ftp\" not supported or disabled in libcurl' >&2\nexit 1\n");
+    fs::permissions(script, fs::perms::owner_all);
+    for (const fs::path& program : {fs::path("/bin/sh"), fs::path("/usr/bin/curl"), fs::path(script)}) {
+        const std::vector<std::string> copy{"/bin/cp", "-pL", program, site.disk / program.filename()};
+        require(runProgram(copy).status == 0, "cannot copy " + program.string());
+    }
     site.mountOver("/usr/bin", site.disk);
 }
 
-void putCurlBack(Site& site) {
-    fs::copy_file(site.disk / "kept", site.disk / "again");
-    fs::rename(site.disk / "again", site.disk / "curl");
-}
+void takeCurlAway(Site& site) { fs::rename(site.disk / "curl", site.disk / "kept"); }
+void putCurlBack(Site& site) { fs::rename(site.disk / "kept", site.disk / "curl"); }
 
 void jumpClock(const Site& site, std::chrono::seconds by) {
     const std::int64_t nanoseconds = std::chrono::nanoseconds(by).count();
@@ -516,23 +521,26 @@ const std::vector<DownloadFault> downloadFaults{
 const std::vector<Fault> curlFaults{
     {.name = "curl missing",
      .told = "/usr/bin/curl: No such file or directory",
-     .breaks = [](Site& site) { fs::rename(site.disk / "curl", site.disk / "kept"); },
+     .breaks = takeCurlAway,
      .mends = putCurlBack,
      .prepares = keepProgramsApart},
     {.name = "curl without FTP",
      .told = "curl: (1) Protocol \"ftp\" not supported or disabled in libcurl",
      .breaks =
          [](Site& site) {
-             fs::rename(site.disk / "curl", site.disk / "kept");
-             writeFile(
-                 site.disk / "curl",
-                 "#!/bin/sh\necho 'curl: (1) Protocol \"ftp\" not supported or disabled in libcurl' "
-                 ">&2\nexit 1\n");
-             fs::permissions(site.disk / "curl", fs::perms::owner_all);
+             takeCurlAway(site);
+             fs::rename(site.disk / "without-ftp", site.disk / "curl");
          },
      .mends = putCurlBack,
      .prepares = keepProgramsApart},
 };
+
+// The undefined-behaviour sanitizer finds out by a pipe whether memory can be read, and takes it for bad without one.
+#ifdef __SANITIZE_ADDRESS__
+constexpr bool sanitized = true;
+#else
+constexpr bool sanitized = false;
+#endif
 
 struct Case {
     std::string name;
@@ -546,10 +554,11 @@ std::vector<Case> chosenCases(bool mounts, bool longForm, std::chrono::seconds s
     };
     std::ranges::for_each(lostPermissions, add);
     add(noProcesses);
-    for (rlim_t spare = 0; spare <= 8; spare += longForm ? 1 : 4) {
+    for (rlim_t spare = 0; spare <= 8 && !sanitized; spare += longForm ? 1 : 4) {
         cases.push_back(
             {std::to_string(spare) + " descriptors to spare", [spare](Site& site) { fewDescriptors(site, spare); }});
     }
+    if (sanitized) std::puts("left out, since sanitizers need descriptors themselves: few descriptors to spare");
     cases.push_back({"suspend", [suspended](Site& site) { suspendAndResume(site, suspended); }});
 #ifdef ZEMBRASTEL_SHIFTED_CLOCK
     cases.push_back({"clock", [](Site& site) { clockJumps(site, ZEMBRASTEL_SHIFTED_CLOCK); }});
