@@ -8,6 +8,7 @@
 #include "support/process_figures.h"
 #include "support/unsteady_servers.h"
 #include "support/wait_for.h"
+#include "torture/seeded_run.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -211,15 +212,7 @@ int tortured(int count, char** arguments) {
     options.add_option("--profiles", profiles, "watched at a time")->check(CLI::PositiveNumber);
     CLI11_PARSE(options, count, arguments);
 
-    std::printf("seed %llu\n", static_cast<unsigned long long>(seed));
-    std::fflush(stdout);
-    try {
-        Endurance(seed, profiles).run(std::chrono::seconds(seconds));
-        return 0;
-    } catch (const std::exception& error) {
-        std::printf("FAILED: %s\n", error.what());
-        return 1;
-    }
+    return seededRun(seed, [&] { Endurance(seed, profiles).run(std::chrono::seconds(seconds)); });
 }
 
 } // namespace

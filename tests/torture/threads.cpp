@@ -10,6 +10,7 @@
 #include "support/process_figures.h"
 #include "support/unsteady_servers.h"
 #include "support/wait_for.h"
+#include "torture/seeded_run.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -403,17 +404,9 @@ int tortured(int count, char** arguments) {
     options.add_option("--seconds", seconds, "how long");
     CLI11_PARSE(options, count, arguments);
 
-    std::printf("seed %llu\n", static_cast<unsigned long long>(seed));
-    std::fflush(stdout);
     const TemporaryFolder temporary;
     ::setenv("TMPDIR", temporary.path().c_str(), 1);
-    try {
-        Storm(seed).rage(std::chrono::seconds(seconds));
-        return 0;
-    } catch (const std::exception& error) {
-        std::printf("FAILED: %s\n", error.what());
-        return 1;
-    }
+    return seededRun(seed, [&] { Storm(seed).rage(std::chrono::seconds(seconds)); });
 }
 
 } // namespace
