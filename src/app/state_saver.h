@@ -4,7 +4,7 @@
 // Lives on the main context. Saving may take a tenth of the time: after a save that took one part, the next nine are
 // for other things, two seconds at most; what is reported meanwhile is gathered into one save. A thread does it, one
 // save at a time, from a copy of the state, which shares what it holds with the state itself. A program that is killed
-// loses at most what was reported since the last save began.
+// loses at most what was reported since the last save that was completed had begun.
 #pragma once
 
 #include "app/main_context.h"

@@ -50,8 +50,8 @@ struct SyncWorker {
     Clock& clock;
 
     // Returns when the worker was stopped, by the token or through the control, when an initial download is due without
-    // a selection, and when the local folder is back that was away: what became of the server meanwhile has to be
-    // looked at first. Throws nothing: failures are reported as events and tried again.
+    // a selection, and when the local folder's disk is back: what became of the server meanwhile has to be looked at
+    // first. Throws nothing: failures are reported as events and tried again.
     void run(const std::stop_token& stop) const;
 };
 
