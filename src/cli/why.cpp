@@ -113,8 +113,8 @@ std::string pathInProfile(const Profile& profile, const std::string& typed) {
 }
 
 ExitCode explain(const Surroundings& around, const Request& request) {
-    const SavedState state = loadState(around.options);
-    const Profile& profile = chooseProfile(state.profiles, request.name);
+    const auto profiles = loadProfiles(around.options);
+    const Profile& profile = chooseProfile(profiles, request.name);
     const std::string path = pathInProfile(profile, request.path);
     const Answer answer = answerFor(profile, path);
     if (around.output.json()) {
