@@ -34,6 +34,9 @@ struct ToText {
     std::string operator()(const event::RemoteDate& date) const { return "date of " + date.path; }
     std::string operator()(const event::DownloadFinished&) const { return "download finished"; }
     std::string operator()(const event::FolderReturned&) const { return "folder returned"; }
+    std::string operator()(const event::PassEnded& ended) const {
+        return "pass ended: " + ended.failure.value_or("well");
+    }
 };
 
 const std::string watching = "Watching | Local changes upload automatically. Checking every 2 seconds. | 0";
