@@ -34,7 +34,7 @@ ExitCode listProfiles(const Surroundings& around) {
     const SavedState state = loadState(around.options);
     for (const auto& profile : state.profiles) {
         if (around.output.json()) {
-            around.output.line(encode(profile));
+            around.output.line(asJsonLine("profile", encode(profile)));
         } else {
             show(profile, around.output);
         }
