@@ -31,6 +31,8 @@ public:
         }
     }
 
+    [[nodiscard]] bool toldAny() const { return !names.empty(); }
+
 private:
     void tell(const answer::Status& told) {
         const bool isFirst = !names.contains(told.profile);
@@ -98,6 +100,7 @@ ExitCode showStatus(const Surroundings& around, const Request& request) {
     };
     if (!request.follow) {
         (void)program->ask(asked, around.interrupt, take);
+        if (!report.toldAny()) around.output.note("There are no profiles yet; profile add makes one.");
         return ExitCode::done;
     }
     if (program->follow(asked, around.interrupt, take)) return ExitCode::done;
