@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <semaphore>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <vector>
 
 namespace zembrastel {
@@ -84,6 +86,20 @@ TEST_F(LocalSocket, LineWithoutEndIsGivenUp) {
     auto fitting = connect();
     const std::string large(1000UL << 10U, 'x');
     EXPECT_EQ(answer(fitting, large), large);
+}
+
+TEST_F(LocalSocket, HalfALineKeepsNobodyWaitingAndIsForgottenWithItsSender) {
+    serve();
+    Descriptor half(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    (place / "socket").string().copy(address.sun_path, sizeof address.sun_path - 1);
+    ASSERT_EQ(::connect(half.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    ASSERT_EQ(::send(half.get(), "ha", 2, MSG_NOSIGNAL), 2);
+    auto other = connect();
+    EXPECT_EQ(answer(other, "served"), "served");
+    half.close();
+    gone.acquire();
+    EXPECT_EQ(answer(other, "still"), "still");
 }
 
 TEST_F(LocalSocket, ManyWhoConnectAndSayNothingKeepNobodyOut) {
