@@ -18,8 +18,8 @@ using Time = std::chrono::system_clock::time_point;
 using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
 using Json = rapidjson::Value;
 
-// No nesting overflows the stack.
-constexpr unsigned parseFlags = rapidjson::kParseIterativeFlag;
+// No nesting overflows the stack, and dates arrive bit for bit.
+constexpr unsigned parseFlags = rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag;
 
 // The members of each record, for both directions.
 template <class T, class Record>
