@@ -162,6 +162,11 @@ void AppModel::storePassword(
         });
 }
 
+bool AppModel::watching(const Uuid& id) const {
+    const auto job = jobs.find(id);
+    return job != jobs.end() && job->second.watching;
+}
+
 bool AppModel::isCurrent(const Uuid& id, const Uuid& generation) const {
     const auto job = jobs.find(id);
     return job != jobs.end() && job->second.generation == generation;
@@ -303,6 +308,7 @@ void AppModel::launchWorker(const Assignment& work) {
         jobWork.watch(worker, stop);
     });
     if (!running(id)) return;
+    jobs.at(id).watching = true;
     changeStatus(id, [](ProfileStatus& status) {
         status.active = true;
         status.failed = false;

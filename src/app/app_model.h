@@ -111,6 +111,9 @@ public:
     // Is there a job?
     [[nodiscard]] bool running(const Uuid& id) const { return jobs.contains(id); }
 
+    // Is it past the server check and all decisions, so that files go up (or, at first, come down)?
+    [[nodiscard]] bool watching(const Uuid& id) const;
+
     // Starts watching: the password is read, then the server is checked, or the initial download begins where one is
     // due. A start that is refused shows in the status.
     void start(const Uuid& id);
@@ -124,7 +127,12 @@ public:
     // Stops every job and saves what is not yet saved.
     void shutdown();
 
-    // The user's pause and resume. Throws when the change could not be saved; it is in force all the same.
+    // The user's pause and resume, of which the next start of the program knows. What is so already, running or at
+    // rest, stays. Throw when the change could not be saved; it is in force all the same.
+    void pause(const Uuid& id);
+    void resume(const Uuid& id);
+
+    // Whichever of the two there is to do.
     void toggle(const Uuid& id);
 
     // Creates or changes a profile. Without a password the stored one is left as it is. `initialBaseline`, where given,
@@ -159,6 +167,7 @@ private:
         Uuid generation;
         std::stop_source task;
         std::shared_ptr<TransferControl> control;
+        bool watching = false;
     };
 
     // One piece of work for a profile, and what tells whether it is still wanted.
@@ -201,6 +210,7 @@ private:
     void apply(const event::RemoteDate& event, const Uuid& id);
     void apply(const event::DownloadFinished& event, const Uuid& id);
     void apply(const event::FolderReturned& event, const Uuid& id);
+    void apply(const event::PassEnded& event, const Uuid& id);
     void persist();
     void persistFor(const Uuid& id);
     void saveSoon(const Uuid& id);

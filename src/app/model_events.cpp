@@ -68,6 +68,16 @@ void AppModel::apply(const event::FolderReturned&, const Uuid& id) {
     start(id);
 }
 
+void AppModel::apply(const event::PassEnded& event, const Uuid& id) {
+    endInsteadOfWatching(id);
+    if (!event.failure) return;
+    changeStatus(id, [&event](ProfileStatus& status) {
+        status.failed = true;
+        status.title = "Needs attention";
+        status.detail = *event.failure;
+    });
+}
+
 void AppModel::persist() {
     if (options.demo) return;
     if (!saver) throw SyncError(noStore);

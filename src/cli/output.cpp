@@ -1,5 +1,6 @@
 #include "cli/output.h"
 
+#include "cli/colour.h"
 #include "cli/presentation.h"
 
 #include <cerrno>
@@ -25,12 +26,17 @@ std::error_code writeLine(int descriptor, std::string_view text) {
 
 void Output::line(std::string_view text) {
     const auto failed = writeLine(STDOUT_FILENO, text);
+    readerGone = readerGone || failed == std::errc::broken_pipe;
     if (failed && failed != std::errc::broken_pipe) lost = failed;
 }
 
-void Output::error(std::string_view message) { tell("error", "zembrastel-cli: ", message); }
+void Output::error(std::string_view message) {
+    tell("error", inColour("zembrastel-cli:", Tone::bad, STDERR_FILENO) + " ", message);
+}
 
-void Output::warning(std::string_view message) { tell("warning", "zembrastel-cli: warning: ", message); }
+void Output::warning(std::string_view message) {
+    tell("warning", inColour("zembrastel-cli: warning:", Tone::attention, STDERR_FILENO) + " ", message);
+}
 
 void Output::note(std::string_view message) {
     if (!jsonLines) writeLine(STDERR_FILENO, oneLine(message));

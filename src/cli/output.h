@@ -32,11 +32,15 @@ public:
     // Why results were lost, if they were. A reader that has gone wanted no more: that is no failure.
     [[nodiscard]] const std::error_code& failure() const { return lost; }
 
+    // Has the reader gone? Then a command that only tells has nothing left to do.
+    [[nodiscard]] bool unheard() const { return readerGone; }
+
 private:
     void tell(const char* event, std::string_view prefix, std::string_view message) const;
 
     bool jsonLines;
     std::error_code lost;
+    bool readerGone = false;
 };
 
 } // namespace zembrastel

@@ -34,7 +34,7 @@ ExitCode listProfiles(const Surroundings& around) {
     const auto profiles = loadProfiles(around.options);
     for (const auto& profile : profiles) {
         if (around.output.json()) {
-            around.output.line(encode(profile));
+            around.output.line(asJsonLine("profile", encode(profile)));
         } else {
             show(profile, around.output);
         }

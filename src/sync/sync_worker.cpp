@@ -37,7 +37,34 @@ public:
         }
     }
 
+    void pass() {
+        std::optional<std::string> failure;
+        try {
+            failure = sendOnce();
+        } catch (const Cancelled&) {
+            throw;
+        } catch (const std::exception& error) {
+            failure = describe(error);
+            activity(*failure, true);
+        }
+        worker.events.deliver(event::PassEnded{failure});
+    }
+
 private:
+    // Why not everything was sent, if so.
+    std::optional<std::string> sendOnce() {
+        worker.control->check();
+        previous = scanFolder();
+        for (int look = 0; look < mostLooks; ++look) {
+            sleep(pollInterval);
+            const FileMap current = scanFolder();
+            const KeepAsPrevious keep{previous, current};
+            synchronise(current);
+            if (changedPaths(scanFolder(), baseline).empty()) return std::nullopt;
+        }
+        return "Some files did not stop changing.";
+    }
+
     // False when there is nothing that may be downloaded.
     bool downloadInitially() {
         try {
@@ -241,6 +268,14 @@ std::vector<std::string> stablePaths(
         if (before != nullptr && *before == current.at(path)) stable.push_back(path);
     }
     return stable;
+}
+
+void SyncWorker::pass(const std::stop_token& stop) const {
+    try {
+        WorkerRun(*this, stop).pass();
+    } catch (const Cancelled&) {
+        // Stopped: nothing is reported.
+    }
 }
 
 void SyncWorker::run(const std::stop_token& stop) const {

@@ -21,6 +21,7 @@ namespace zembrastel {
 
 inline constexpr std::chrono::seconds pollInterval{2};
 inline constexpr std::chrono::seconds firstRetryDelay{5};
+inline constexpr int mostLooks = 15; // of one pass
 
 // 5, 10, 20, 40, 60, 60, … seconds.
 [[nodiscard]] std::chrono::seconds nextRetryDelay(std::chrono::seconds delay);
@@ -53,6 +54,11 @@ struct SyncWorker {
     // a selection, and when the local folder's disk is back: what became of the server meanwhile has to be looked at
     // first. Throws nothing: failures are reported as events and tried again.
     void run(const std::stop_token& stop) const;
+
+    // Sends what changed, once, and reports PassEnded: when a look at the folder finds nothing that is not on the
+    // server, at the first failure, which is not tried again, or when files go on changing for half a minute. No
+    // initial download may be due. Throws nothing.
+    void pass(const std::stop_token& stop) const;
 };
 
 } // namespace zembrastel

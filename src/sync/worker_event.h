@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <variant>
 
@@ -58,11 +59,16 @@ struct DownloadFinished {};
 // disk: the worker ends, and nothing may be uploaded before both were compared.
 struct FolderReturned {};
 
+// The one pass that was asked for is over.
+struct PassEnded {
+    std::optional<std::string> failure; // why it is incomplete; nothing when all is on the server
+};
+
 } // namespace event
 
 using WorkerEvent = std::variant<
     event::Status, event::Activity, event::Uploaded, event::Baseline, event::Downloaded, event::RemoteDate,
-    event::DownloadFinished, event::FolderReturned>;
+    event::DownloadFinished, event::FolderReturned, event::PassEnded>;
 
 // The two ways to the model. Called on the worker's thread.
 struct EventSink {
