@@ -5,6 +5,7 @@
 #include "cli/password_source.h"
 #include "cli/presentation.h"
 #include "cli/profile_choice.h"
+#include "cli/progress_report.h"
 #include "cli/relative_path.h"
 #include "cli/review_text.h"
 #include "cli/server_call.h"
@@ -193,6 +194,7 @@ ExitCode reviewProfile(const Surroundings& around, const Request& request) {
             ExitCode::failed, inQuotes(profile.name) + " still has its initial download to do; run watch first.");
     }
     if (const auto given = givenPassword(around)) model.keepForSession(profile.id, *given);
+    const ProgressReport progress(model, around.output);
     Review review(model, queue, profile, around);
     return carryOut(review, request, around.output);
 }

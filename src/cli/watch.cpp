@@ -5,6 +5,7 @@
 #include "cli/password_source.h"
 #include "cli/presentation.h"
 #include "cli/profile_choice.h"
+#include "cli/progress_report.h"
 #include "cli/state_folder.h"
 #include "cli/watch_report.h"
 #include "model/error.h"
@@ -66,6 +67,7 @@ ExitCode watch(const Surroundings& around, const std::vector<std::string>& names
     }
     WatchReport report(model, around);
     const Observing observing(model, report);
+    const ProgressReport progress(model, around.output);
     around.output.note("Watching " + listedNames(profiles) + ". Ctrl-C stops.");
     watchUntilInterrupted(model, queue, profiles, around);
     model.shutdown();
