@@ -78,12 +78,15 @@ bool isSent(const TransferProgress& progress) {
     return progress.work == TransferProgress::Work::uploading && file && file->size == file->bytes;
 }
 
+std::string rateText(double rate) { return rate < kilobytes.bytes ? "less than 1 kB/s" : withUnit(rate) + "/s"; }
+
 std::string fileText(const TransferProgress& progress) {
     const auto& file = *progress.file;
     // What is left is the server's to do, and takes as long as it takes.
     if (isSent(progress)) return withUnit(static_cast<double>(file.bytes)) + " sent, waiting for the server";
     std::string text = amount(file);
-    if (file.rate) text += ", " + withUnit(*file.rate) + "/s";
+    // Nothing that moves has no rate worth the name, and the numbers beside it say so.
+    if (file.rate && *file.rate >= 1) text += ", " + rateText(*file.rate);
     if (file.left) text += ", " + leftText(*file.left);
     return text;
 }

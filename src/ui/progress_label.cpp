@@ -31,7 +31,8 @@ QSize ProgressLabel::minimumSizeHint() const { return {0, QLabel::minimumSizeHin
 
 void ProgressLabel::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    const auto alignment = QStyle::visualAlignment(layoutDirection(), Qt::AlignRight | Qt::AlignVCenter);
+    const auto alignment =
+        QStyle::visualAlignment(layoutDirection(), Qt::AlignRight | Qt::AlignVCenter) | Qt::AlignAbsolute;
     painter.setPen(palette().color(foregroundRole()));
     painter.drawText(contentsRect(), static_cast<int>(alignment) | Qt::TextSingleLine, visibleText());
 }
