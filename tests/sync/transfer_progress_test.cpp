@@ -157,11 +157,12 @@ protected:
     RunningClock running;
 };
 
-constexpr int slowRate = 1'500'000;
+constexpr int slowKiB = 2000; // a second
+constexpr double slowRate = slowKiB * 1024.0;
 
 TEST_F(WorkerProgress, UploadToASlowServerIsSeenGrowing) {
-    const std::size_t size = 6 * megabyte; // far more than what the two systems take at once
-    FtpServer server(FtpServer::Kind::odd, {.extra = {"--rate", std::to_string(slowRate)}});
+    const std::size_t size = 12 * megabyte; // twice what the two ends of a connection take at once
+    FtpServer server(FtpServer::Kind::vsftpd, {.rateKiB = slowKiB});
     const LocalSite site(server, {{"video", testing::randomBytes(size)}});
     run(site, running, 3);
     expectPlausible("video", size, slowRate);
@@ -169,8 +170,8 @@ TEST_F(WorkerProgress, UploadToASlowServerIsSeenGrowing) {
 }
 
 TEST_F(WorkerProgress, DownloadFromASlowServerIsSeenGrowing) {
-    const std::size_t size = 4 * megabyte;
-    FtpServer server(FtpServer::Kind::odd, {.extra = {"--rate", std::to_string(slowRate)}});
+    const std::size_t size = 8 * megabyte;
+    FtpServer server(FtpServer::Kind::vsftpd, {.rateKiB = slowKiB});
     server.put("site/sub/video", testing::randomBytes(size));
     LocalSite site(server);
     site.profile.needsDownload = true;
