@@ -126,8 +126,7 @@ TEST_F(ProgressTest, BarComesAfterASecondMovesNothingAndGoesWithTheTransfer) {
     EXPECT_TRUE(label().text().endsWith(QStringLiteral(" — 3 of 17 files done")));
     EXPECT_EQ(label().visibleText(), label().text());
     EXPECT_EQ(places(), before);
-    detail->resize(430, 640);
-    QCoreApplication::processEvents();
+    label().resize(label().width() / 3, label().height()); // as in a small window
     EXPECT_EQ(label().visibleText(), QStringLiteral("40.0 of 80 MB, 3 of 17 files"));
 
     QAccessibleInterface* const accessible = QAccessible::queryAccessibleInterface(&strip());
