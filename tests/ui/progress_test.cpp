@@ -5,6 +5,7 @@
 #include "ui/profile_detail.h"
 #include "ui/qt_main_context.h"
 #include "ui/tray_item.h"
+#include "ui/turning_clock.h"
 
 #include <gtest/gtest.h>
 
@@ -52,7 +53,11 @@ protected:
         id = profile.id;
     }
 
-    ~ProgressTest() override { steps.release(8); }
+    ~ProgressTest() override {
+        steps.release(8);
+        detail.reset();
+        EXPECT_TRUE(QTest::qWaitFor([] { return !turningClock().running(); }));
+    }
 
     void send(const SyncWorker& worker) {
         try {
