@@ -57,7 +57,7 @@ void ProgressMeter::tellCounts() {
 
 void ProgressMeter::tell(Time time) {
     lastTold = time;
-    report(now);
+    if (report) report(now);
 }
 
 } // namespace zembrastel
