@@ -6,6 +6,7 @@
 #include "sync/sync_worker.h"
 
 #include <algorithm>
+#include <atomic>
 #include <system_error>
 #include <utility>
 
@@ -103,7 +104,10 @@ void AppModel::notify(const std::function<void(ModelObserver&)>& tell) const {
 }
 
 void AppModel::changeStatus(const Uuid& id, const std::function<void(ProfileStatus&)>& change) {
-    change(statuses[id]);
+    ProfileStatus& status = statuses[id];
+    const std::string before = status.title;
+    change(status);
+    if (status.title != before) status.progress.reset();
     notify([&id](ModelObserver& observer) { observer.statusChanged(id); });
 }
 
@@ -285,10 +289,23 @@ EventSink AppModel::eventSink(const Uuid& id, const Uuid& generation, const std:
             if (alive && (*alive)->isCurrent(id, generation)) (*alive)->receive(event, id);
         };
     };
+    auto takingProgress = [weak = std::weak_ptr(self), id, generation](const TransferProgress& progress) {
+        const auto alive = weak.lock();
+        if (alive && (*alive)->isCurrent(id, generation)) (*alive)->takeProgress(progress, id);
+    };
     return {
         .deliver = [&main = context, stop,
                     applying](WorkerEvent event) { runOnMain(main, stop, applying(std::move(event))); },
-        .post = [&main = context, applying](WorkerEvent event) { main.post(applying(std::move(event))); }};
+        .post = [&main = context, applying](WorkerEvent event) { main.post(applying(std::move(event))); },
+        .progress =
+            [&main = context, takingProgress,
+             waiting = std::make_shared<std::atomic_flag>()](const TransferProgress& progress) {
+                if (waiting->test_and_set()) return;
+                main.post([takingProgress, waiting, progress] {
+                    waiting->clear();
+                    takingProgress(progress);
+                });
+            }};
 }
 
 void AppModel::launchWorker(const Assignment& work) {

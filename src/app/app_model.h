@@ -211,6 +211,8 @@ private:
     void apply(const event::DownloadFinished& event, const Uuid& id);
     void apply(const event::FolderReturned& event, const Uuid& id);
     void apply(const event::PassEnded& event, const Uuid& id);
+    void takeProgress(const TransferProgress& progress, const Uuid& id);
+    void countFileDone(const Uuid& id);
     void persist();
     void persistFor(const Uuid& id);
     void saveSoon(const Uuid& id);

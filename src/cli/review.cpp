@@ -5,6 +5,7 @@
 #include "cli/password_source.h"
 #include "cli/presentation.h"
 #include "cli/profile_choice.h"
+#include "cli/progress_report.h"
 #include "cli/relative_path.h"
 #include "cli/review_text.h"
 #include "cli/running_program.h"
@@ -311,6 +312,7 @@ ExitCode reviewProfile(const Surroundings& around, const Request& request) {
     const Profile profile = chooseProfile(model.profiles(), request.name);
     if (profile.needsDownload) throw lacksDownload(profile);
     if (const auto given = givenPassword(around)) model.keepForSession(profile.id, *given);
+    const ProgressReport progress(model, around.output);
     OwnReview review(model, queue, profile, around);
     return carryOut(review, request, around.output);
 }

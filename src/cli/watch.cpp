@@ -6,6 +6,7 @@
 #include "cli/password_source.h"
 #include "cli/presentation.h"
 #include "cli/profile_choice.h"
+#include "cli/progress_report.h"
 #include "cli/state_folder.h"
 #include "cli/watch_report.h"
 #include "model/error.h"
@@ -73,6 +74,7 @@ ExitCode watch(const Surroundings& around, const std::vector<std::string>& names
     if (control.failure()) {
         around.output.warning("Other commands cannot reach this program: " + sentence(*control.failure()));
     }
+    const ProgressReport progress(model, around.output);
     around.output.note("Watching " + listedNames(profiles) + ". Ctrl-C stops.");
     watchUntilInterrupted(model, queue, control, profiles, around);
     model.shutdown();

@@ -3,6 +3,7 @@
 #include "model/error.h"
 #include "model/scan.h"
 #include "platform/text.h"
+#include "sync/progress_meter.h"
 #include "transport/ftp_transport.h"
 
 #include <algorithm>
@@ -25,12 +26,17 @@ struct KeepAsPrevious {
 class WorkerRun {
 public:
     WorkerRun(const SyncWorker& started, const std::stop_token& stopToken)
-        : worker(started), stop(stopToken),
-          transport{.profile = started.profile, .password = started.password, .control = started.control},
+        : worker(started), stop(stopToken), meter(started.clock, started.events.progress),
+          transport{
+              .profile = started.profile,
+              .password = started.password,
+              .control = started.control,
+              .observer = started.events.progress ? &meter : nullptr},
           baseline(started.initialBaseline) {}
 
     void run() {
         if (worker.profile.needsDownload && !downloadInitially()) return;
+        meter.begin(TransferProgress::Work::uploading);
         while (true) {
             if (stop.stop_requested()) return;
             poll();
@@ -84,6 +90,7 @@ private:
         try {
             worker.control->check();
             worker.events.deliver(downloadingStatus());
+            meter.begin(TransferProgress::Work::downloading);
             transport.downloadTree(
                 "", 0, [this](const std::string& line) { worker.events.post(event::Activity{.text = line}); },
                 [this](const std::string& path, const Fingerprint& fingerprint) {
@@ -159,11 +166,17 @@ private:
         const auto changed = changedPaths(current, baseline);
         const auto pending = static_cast<std::int64_t>(changed.size());
         if (changed.empty()) {
+            doneInBurst = 0;
             worker.events.deliver(watchingStatus());
         } else {
             const auto stable = stablePaths(changed, current, previous);
             worker.events.deliver(queuedStatus(pending));
-            for (const auto& path : stable) upload(path, current.at(path), pending);
+            const auto inBurst = doneInBurst + changed.size();
+            for (const auto& path : stable) {
+                meter.setFiles(doneInBurst, inBurst);
+                upload(path, current.at(path), pending);
+                ++doneInBurst;
+            }
         }
         forgetDeleted(current);
         // The same entries: once they are shared, the next poll compares them by address.
@@ -218,11 +231,13 @@ private:
 
     const SyncWorker& worker;
     const std::stop_token& stop;
+    ProgressMeter meter;
     const FTPTransport transport;
     FileMap baseline;
     FileMap previous;
     std::optional<Mount> mount; // that the local folder is on
     bool diskWasAway = false;
+    std::size_t doneInBurst = 0; // files that went up since none waited
     std::chrono::seconds retryDelay = firstRetryDelay;
     std::set<std::string, std::less<>> reportedNames;
 };

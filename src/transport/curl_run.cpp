@@ -55,8 +55,20 @@ std::optional<int> fullness(int file) {
     return errno;
 }
 
+// Called again and again while the child runs.
+using Look = std::function<void(const ChildProcess& process)>;
+
+void waitFor(const ChildProcess& process, const Look& look) {
+    if (!look) {
+        process.wait();
+        return;
+    }
+    while (!process.wait(observationInterval)) look(process);
+}
+
 // Runs the child under the control until it ends by itself or is cancelled.
-ChildProcess::Exit runUnder(TransferControl& control, ChildProcess& process, std::string_view configuration) {
+ChildProcess::Exit runUnder(
+    TransferControl& control, ChildProcess& process, std::string_view configuration, const Look& look) {
     struct Registration {
         TransferControl& control;
         ~Registration() { control.clear(); }
@@ -66,7 +78,7 @@ ChildProcess::Exit runUnder(TransferControl& control, ChildProcess& process, std
         const Registration registered{control};
         if (!process.writeInput(configuration)) process.terminate();
         process.closeInput();
-        process.wait();
+        waitFor(process, look);
     }
     return process.collect();
 }
@@ -74,7 +86,8 @@ ChildProcess::Exit runUnder(TransferControl& control, ChildProcess& process, std
 } // namespace
 
 std::string FTPTransport::run(
-    std::string_view path, bool directory, const std::vector<TransferOption>& options, int localFile) const {
+    std::string_view path, bool directory, const std::vector<TransferOption>& options, int localFile,
+    const Position& position) const {
     control->check();
     const auto configuration = curlConfiguration(profile, password, path, directory, options);
     const PrivateFolder working;
@@ -88,7 +101,13 @@ std::string FTPTransport::run(
          .errors = errors.get(),
          .file = localFile,
          .mostWritten = directory ? std::optional(longestListing) : std::nullopt});
-    const auto exit = runUnder(*control, process, configuration);
+    Look look;
+    if (observer != nullptr && position) {
+        look = [this, &position](const ChildProcess& curl) {
+            if (const auto bytes = position(curl)) observer->fileMoved(*bytes);
+        };
+    }
+    const auto exit = runUnder(*control, process, configuration, look);
     control->check();
     if (exit.exited && exit.code == 0) return readContents(output.get(), folder.path() / "out");
     if (!exit.exited && exit.code == SIGXFSZ) throw SyncError("The server's directory listing is too long.");

@@ -6,6 +6,7 @@
 #include "transport/ftp_transport.h"
 #include "transport/local_place.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <fcntl.h>
@@ -23,12 +24,17 @@ constexpr mode_t newFileMode = 0666; // less the umask, as any program's
 // A server file fetched to a temporary name in the folder where it is to be installed; removed unless it was moved on.
 class FetchedFile {
 public:
-    FetchedFile(const FTPTransport& transport, const std::string& path, const Folder& into)
+    FetchedFile(
+        const FTPTransport& transport, const std::string& path, std::optional<std::uint64_t> expectedSize,
+        const Folder& into)
         : folder(into), name(temporaryName()), file(folder.create(name, newFileMode)) {
         (void)::flock(file.get(), LOCK_EX | LOCK_NB); // a file of this kind without a lock is a leftover
+        if (transport.observer != nullptr) transport.observer->fileBegins(path, expectedSize);
         try {
             // curl writes to the file that was made, and gives it its date, whatever comes to stand under its name.
-            transport.run(path, false, {{"output", ChildProcess::filePath}, {"remote-time"}}, file.get());
+            transport.run(
+                path, false, {{"output", ChildProcess::filePath}, {"remote-time"}}, file.get(),
+                [this](const ChildProcess&) { return std::optional(static_cast<std::uint64_t>(fingerprint().size)); });
         } catch (...) {
             folder.remove(name);
             throw;
@@ -163,18 +169,30 @@ public:
         transport.control->check();
         profile.validateDownloadSelection();
         checkFolderDepth(depth);
-        for (const auto& entry : transport.list(path)) {
-            const std::string relative = childPath(path, entry.name);
-            if (profile.exclusions.matchEntry(relative)) continue;
-            if (selection && !(entry.directory ? selection->shouldVisit(relative) : selection->includes(relative))) {
-                continue;
-            }
-            const auto local = LocalPlace::resolve(profile.localFolder, relative);
+        for (const auto& entry : wantedEntries(path)) {
+            transport.control->check();
+            const auto local = LocalPlace::resolve(profile.localFolder, childPath(path, entry.name));
             entry.directory ? subfolder(local, depth) : file(local, entry);
+            if (!entry.directory && transport.observer != nullptr) transport.observer->fileDone();
         }
     }
 
 private:
+    [[nodiscard]] std::vector<RemoteEntry> wantedEntries(const std::string& path) const {
+        auto entries = transport.list(path);
+        std::erase_if(entries, [&](const RemoteEntry& entry) { return !isWanted(childPath(path, entry.name), entry); });
+        if (transport.observer != nullptr) {
+            const auto files = std::ranges::count(entries, false, &RemoteEntry::directory);
+            transport.observer->folderListed(static_cast<std::uint64_t>(files));
+        }
+        return entries;
+    }
+
+    [[nodiscard]] bool isWanted(const std::string& path, const RemoteEntry& entry) const {
+        if (profile.exclusions.matchEntry(path)) return false;
+        return !selection || (entry.directory ? selection->shouldVisit(path) : selection->includes(path));
+    }
+
     void subfolder(const LocalPlace& local, int depth) const {
         const auto item = local.attributes();
         if (item && !S_ISDIR(item->st_mode)) {
@@ -191,7 +209,7 @@ private:
     void file(const LocalPlace& local, const RemoteEntry& entry) const {
         const auto item = local.attributes();
         if (!item) {
-            downloadMissing(local.path);
+            downloadMissing(local.path, entry.size);
         } else if (S_ISREG(item->st_mode)) {
             updateOlder(local.path, Fingerprint::of(*item), entry);
         } else {
@@ -203,10 +221,10 @@ private:
         report("Kept local item with a different type: " + local.path);
     }
 
-    void downloadMissing(const std::string& path) const {
+    void downloadMissing(const std::string& path, std::optional<std::uint64_t> size) const {
         const auto local = LocalPlace::resolveMakingFolders(profile.localFolder, path);
         report("Downloading " + path);
-        const FetchedFile fetched(transport, path, *local.parent);
+        const FetchedFile fetched(transport, path, size, *local.parent);
         fetched.settle(std::nullopt);
         const auto fingerprint = fetched.fingerprint();
         if (local.parent->install(fetched.name, local.name)) {
@@ -252,12 +270,12 @@ Fingerprint FTPTransport::replaceLocal(const RemoteChange& change) const {
     if (local.fingerprint() != change.local) {
         throw SyncError(path + " changed locally after the comparison. Review it again before replacing it.");
     }
-    const RemoteDate before = modificationDate(path);
+    const auto [before, size] = facts(path);
     if (differs(before, change.remoteDate)) {
         throw SyncError(path + " changed on the server after the comparison. Check again for the latest version.");
     }
     const Folder folder = std::move(*local.parent);
-    const FetchedFile fetched(*this, path, folder);
+    const FetchedFile fetched(*this, path, size, folder);
     if (differs(modificationDate(path), before)) {
         throw SyncError(path + " changed on the server during the download. The local copy was kept; check again.");
     }

@@ -50,13 +50,14 @@ void FTPTransport::upload(const std::string& path, const Fingerprint& fingerprin
     }
     const std::string temporary = temporaryName();
     pieces.back() = temporary;
+    if (observer != nullptr) observer->fileBegins(path, static_cast<std::uint64_t>(fingerprint.size));
     // The renames are sent in the file's own remote folder once the transfer is complete, and only then.
     run(join(pieces, '/'), false,
         {{"ftp-create-dirs"},
          {"upload-file", ChildProcess::filePath},
          {"quote", "-RNFR " + temporary},
          {"quote", "-RNTO " + name}},
-        staged.get());
+        staged.get(), [](const ChildProcess& curl) { return curl.filePosition(); });
 }
 
 } // namespace zembrastel

@@ -30,8 +30,8 @@ bool openInFileManager(const std::string& folder) {
 
 ProfileDetail::ProfileDetail(ModelBridge& modelBridge, QWidget* parent)
     : QWidget(parent), bridge(modelBridge), header(new DetailHeader), scroll(new QScrollArea),
-      statusLine(new StatusLine), banners(new DetailBanners), route(new RouteCard), counters(new CountersCard),
-      activity(new ActivityList) {
+      statusLine(new StatusLine), progress(new ProgressStrip(cardGap)), banners(new DetailBanners),
+      route(new RouteCard), counters(new CountersCard), activity(new ActivityList) {
     page = makePage();
     scroll->setWidget(page);
     scroll->setWidgetResizable(true);
@@ -51,10 +51,14 @@ ProfileDetail::ProfileDetail(ModelBridge& modelBridge, QWidget* parent)
 QWidget* ProfileDetail::makePage() {
     auto* const content = new QWidget;
     setStyleProperty(*content, "page", true);
-    auto* const layout = new QVBoxLayout(content);
-    layout->setContentsMargins(margin, pageTop, margin, margin);
+    auto* const all = new QVBoxLayout(content);
+    all->setContentsMargins(margin, pageTop, margin, margin);
+    all->setSpacing(0);
+    all->addWidget(statusLine);
+    all->addWidget(progress); // in place of a gap
+    auto* const layout = new QVBoxLayout;
     layout->setSpacing(cardGap);
-    layout->addWidget(statusLine);
+    all->addLayout(layout, 1);
     layout->addWidget(banners);
     layout->addWidget(route);
     layout->addWidget(counters);
@@ -124,6 +128,7 @@ void ProfileDetail::refreshStatus() {
     const bool running = bridge.model().running(id);
     header->setRunning(running);
     statusLine->setStatus(status, running);
+    progress->setProgress(status.progress);
     counters->setStatus(status);
 }
 

@@ -9,6 +9,7 @@
 #include "ui/detail_banners.h"
 #include "ui/detail_header.h"
 #include "ui/model_bridge.h"
+#include "ui/progress_strip.h"
 #include "ui/route_card.h"
 #include "ui/status_line.h"
 
@@ -57,6 +58,7 @@ private:
     QScrollArea* scroll;
     QWidget* page;
     StatusLine* statusLine;
+    ProgressStrip* progress;
     DetailBanners* banners;
     RouteCard* route;
     CountersCard* counters;
