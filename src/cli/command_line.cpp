@@ -1,5 +1,6 @@
 #include "cli/command_line.h"
 
+#include "cli/backups_command.h"
 #include "cli/check.h"
 #include "cli/command.h"
 #include "cli/help_text.h"
@@ -14,6 +15,7 @@
 #include "cli/profile_remove.h"
 #include "cli/profile_set.h"
 #include "cli/profile_show.h"
+#include "cli/restore.h"
 #include "cli/review.h"
 #include "cli/scan_command.h"
 #include "cli/test_command.h"
@@ -88,6 +90,8 @@ public:
         addCheck(app, chosen);
         addWatch(app, chosen);
         addReviewCommand(app, chosen);
+        addBackups(app, chosen);
+        addRestore(app, chosen);
         for (auto* command : app.get_subcommands({})) command->group("Commands");
         for (auto* command : profile->get_subcommands({})) command->group("Commands");
         app.footer(footer); // last: commands made after it would have it as well

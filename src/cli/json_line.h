@@ -19,6 +19,9 @@
 //            "activity": time, profile, id, text, error
 //            "review": time, profile, id, files, each with path, remoteDate, localDate, bothChanged
 //   review   "review" as above, with no files when nothing is newer; "downloaded" and "kept": profile, id, path
+//   backups  "backups": profile, id, folder, files, versions, bytes;
+//            then "backup": path, version (its id), kept (when it was replaced), modified, bytes
+//   restore  "restored": profile, id, path, version, kept, replaced (is what stood there a backup now?)
 // and on standard error "error" and "warning": message.
 #pragma once
 
