@@ -1,7 +1,9 @@
 #include "cli/command_line.h"
 
+#include "cli/backups_command.h"
 #include "cli/check.h"
 #include "cli/command.h"
+#include "cli/doctor.h"
 #include "cli/help_text.h"
 #include "cli/ls.h"
 #include "cli/option_texts.h"
@@ -16,6 +18,7 @@
 #include "cli/profile_set.h"
 #include "cli/profile_show.h"
 #include "cli/push.h"
+#include "cli/restore.h"
 #include "cli/review.h"
 #include "cli/scan_command.h"
 #include "cli/status_command.h"
@@ -96,6 +99,9 @@ public:
         addStatusCommand(app, chosen);
         addPause(app, chosen);
         addResume(app, chosen);
+        addBackups(app, chosen);
+        addRestore(app, chosen);
+        addDoctor(app, chosen);
         for (auto* command : app.get_subcommands({})) command->group("Commands");
         for (auto* command : profile->get_subcommands({})) command->group("Commands");
         app.footer(footer); // last: commands made after it would have it as well
