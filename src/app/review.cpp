@@ -32,7 +32,7 @@ void AppModel::startCheck(const Assignment& work) {
     };
     runAsJob(
         work, [this, work, found, failed, files = baseline(id), dates = remoteDates(id)](const std::stop_token& stop) {
-            for (auto delay = firstRetryDelay; !stop.stop_requested(); delay = nextRetryDelay(delay)) {
+            while (!stop.stop_requested()) {
                 try {
                     const auto transport = transportFor(work.profile, work.password, work.control);
                     const auto changes = jobWork.check(transport, files, dates, stop);
@@ -44,7 +44,7 @@ void AppModel::startCheck(const Assignment& work) {
                 } catch (const std::exception& error) {
                     failed(describe(error));
                 }
-                if (!options.clock.sleep(stop, delay)) return;
+                if (!work.retryWait->sleep(options.clock, stop)) return;
             }
         });
 }
@@ -162,7 +162,11 @@ void AppModel::resolveReview(const Uuid& id, const std::set<std::string, std::le
         return;
     }
     Assignment work{
-        .profile = *found, .password = {}, .generation = job->second.generation, .control = job->second.control};
+        .profile = *found,
+        .password = {},
+        .generation = job->second.generation,
+        .control = job->second.control,
+        .retryWait = job->second.retryWait};
     std::vector<RemoteChange> approved;
     try {
         work.password = password(id);

@@ -1,6 +1,7 @@
 #include "cli/watch.h"
 
 #include "app/main_queue.h"
+#include "app/retry_on_wake.h"
 #include "cli/observing.h"
 #include "cli/password_source.h"
 #include "cli/presentation.h"
@@ -67,6 +68,7 @@ ExitCode watch(const Surroundings& around, const std::vector<std::string>& names
     WatchReport report(model, around);
     const Observing observing(model, report);
     around.output.note("Watching " + listedNames(profiles) + ". Ctrl-C stops.");
+    const RetryOnWake retryOnWake(queue, model);
     watchUntilInterrupted(model, queue, profiles, around);
     model.shutdown();
     around.output.note("Stopped.");

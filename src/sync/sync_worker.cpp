@@ -12,8 +12,6 @@
 namespace zembrastel {
 namespace {
 
-constexpr std::chrono::seconds longestRetryDelay{60};
-
 // Makes the scan of this poll the previous one when the poll ends, well or not.
 struct KeepAsPrevious {
     FileMap& previous;
@@ -30,6 +28,7 @@ public:
           baseline(started.initialBaseline) {}
 
     void run() {
+        worker.retryWait->reset();
         if (worker.profile.needsDownload && !downloadInitially()) return;
         while (true) {
             if (stop.stop_requested()) return;
@@ -46,7 +45,6 @@ private:
             status("Needs download selection", describe(error), 0);
             return false;
         }
-        retryDelay = firstRetryDelay;
         while (!tryDownload()) {
         }
         return true;
@@ -73,7 +71,7 @@ private:
         worker.events.deliver(event::Baseline{baseline});
         worker.events.deliver(event::DownloadFinished{});
         activity("Initial download complete. Watching for local changes.", false);
-        retryDelay = firstRetryDelay;
+        worker.retryWait->reset();
         return true;
     }
 
@@ -89,7 +87,7 @@ private:
             waitToRetry("Waiting to retry", describe(error));
             return;
         }
-        retryDelay = firstRetryDelay;
+        worker.retryWait->reset();
         sleep(pollInterval);
     }
 
@@ -171,9 +169,8 @@ private:
 
     void waitToRetry(const std::string& title, const std::string& problem) {
         activity(problem, true);
-        status(title, retryDetail(problem, retryDelay), 0);
-        sleep(retryDelay);
-        retryDelay = nextRetryDelay(retryDelay);
+        status(title, retryDetail(problem, worker.retryWait->delay()), 0);
+        if (!worker.retryWait->sleep(worker.clock, stop)) throw Cancelled();
     }
 
     void sleep(std::chrono::seconds duration) const {
@@ -196,13 +193,10 @@ private:
     FileMap previous;
     std::optional<Mount> mount; // that the local folder is on
     bool diskWasAway = false;
-    std::chrono::seconds retryDelay = firstRetryDelay;
     std::set<std::string, std::less<>> reportedNames;
 };
 
 } // namespace
-
-std::chrono::seconds nextRetryDelay(std::chrono::seconds delay) { return std::min(delay * 2, longestRetryDelay); }
 
 std::string retryDetail(const std::string& problem, std::chrono::seconds delay) {
     return problem + " Retrying in " + std::to_string(delay.count()) + " seconds.";
