@@ -221,7 +221,8 @@ AppModel::Assignment AppModel::assign(const Profile& profile) {
         .profile = profile,
         .password = {},
         .generation = Uuid::random(),
-        .control = std::make_shared<TransferControl>()};
+        .control = std::make_shared<TransferControl>(),
+        .retryWait = std::make_shared<RetryWait>()};
 }
 
 void AppModel::start(const Uuid& id) {
@@ -234,7 +235,8 @@ void AppModel::start(const Uuid& id) {
         return;
     }
     Assignment work = assign(*found);
-    jobs.insert_or_assign(id, Job{.generation = work.generation, .task = {}, .control = work.control});
+    jobs.insert_or_assign(
+        id, Job{.generation = work.generation, .task = {}, .control = work.control, .retryWait = work.retryWait});
     failures.erase(id);
     notify([&id](ModelObserver& observer) { observer.reviewChanged(id); });
     changeStatus(id, [](ProfileStatus& status) {
@@ -275,7 +277,10 @@ void AppModel::runAsJob(const Assignment& work, BackgroundTasks::Body body) {
     const Uuid& id = work.profile.id;
     try {
         jobs.insert_or_assign(
-            id, Job{.generation = work.generation, .task = tasks.start(std::move(body)), .control = work.control});
+            id, Job{.generation = work.generation,
+                    .task = tasks.start(std::move(body)),
+                    .control = work.control,
+                    .retryWait = work.retryWait});
     } catch (const std::system_error& error) {
         stopJob(id);
         refuseStart(id, describe(error));
@@ -321,7 +326,8 @@ void AppModel::launchWorker(const Assignment& work) {
             .control = work.control,
             .initialBaseline = files,
             .events = eventSink(work.profile.id, work.generation, stop),
-            .clock = options.clock};
+            .clock = options.clock,
+            .retryWait = work.retryWait};
         jobWork.watch(worker, stop);
     });
     if (!running(id)) return;
@@ -354,6 +360,10 @@ void AppModel::stopJob(const Uuid& id) {
     dropReview(id);
     failures.erase(id);
     notify([&id](ModelObserver& observer) { observer.reviewChanged(id); });
+}
+
+void AppModel::retryNow() {
+    for (const auto& [id, job] : jobs) job.retryWait->wake();
 }
 
 void AppModel::shutdown() {

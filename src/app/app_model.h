@@ -17,6 +17,7 @@
 #include "model/saved_state.h"
 #include "model/state_store.h"
 #include "platform/clock.h"
+#include "sync/retry_wait.h"
 #include "sync/worker_event.h"
 #include "transport/remote_change.h"
 #include "transport/transfer_control.h"
@@ -121,6 +122,10 @@ public:
     // Starts every enabled profile.
     void startEnabled();
 
+    // Has every job that waits to try something again do so at once, and wait shortly if that fails: for when the
+    // reason of the failures may have gone. No job is stopped; one that does not wait goes on as it is.
+    void retryNow();
+
     // Ends whatever runs for the profile and drops its review. Returns at once; nothing of it is heard again.
     void stopJob(const Uuid& id);
 
@@ -168,6 +173,7 @@ private:
         std::stop_source task;
         std::shared_ptr<TransferControl> control;
         bool watching = false;
+        std::shared_ptr<RetryWait> retryWait;
     };
 
     // One piece of work for a profile, and what tells whether it is still wanted.
@@ -176,6 +182,7 @@ private:
         std::string password;
         Uuid generation;
         std::shared_ptr<TransferControl> control;
+        std::shared_ptr<RetryWait> retryWait;
     };
 
     // Core.

@@ -36,7 +36,7 @@ void AppModel::startCheck(const Assignment& work) {
         work,
         [this, id, work, found, failed, files = baseline(id), dates = remoteDates(id)](const std::stop_token& stop) {
             ProgressMeter meter(options.clock, eventSink(id, work.generation, stop).progress);
-            for (auto delay = firstRetryDelay; !stop.stop_requested(); delay = nextRetryDelay(delay)) {
+            while (!stop.stop_requested()) {
                 try {
                     meter.begin(TransferProgress::Work::comparing);
                     const auto transport = transportFor(work.profile, work.password, work.control, meter);
@@ -49,7 +49,7 @@ void AppModel::startCheck(const Assignment& work) {
                 } catch (const std::exception& error) {
                     failed(describe(error));
                 }
-                if (!options.clock.sleep(stop, delay)) return;
+                if (!work.retryWait->sleep(options.clock, stop)) return;
             }
         });
 }
@@ -167,7 +167,11 @@ void AppModel::resolveReview(const Uuid& id, const std::set<std::string, std::le
         return;
     }
     Assignment work{
-        .profile = *found, .password = {}, .generation = job->second.generation, .control = job->second.control};
+        .profile = *found,
+        .password = {},
+        .generation = job->second.generation,
+        .control = job->second.control,
+        .retryWait = job->second.retryWait};
     std::vector<RemoteChange> approved;
     try {
         work.password = password(id);

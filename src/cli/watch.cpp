@@ -2,6 +2,7 @@
 
 #include "app/control_service.h"
 #include "app/main_queue.h"
+#include "app/retry_on_wake.h"
 #include "cli/observing.h"
 #include "cli/password_source.h"
 #include "cli/presentation.h"
@@ -76,6 +77,7 @@ ExitCode watch(const Surroundings& around, const std::vector<std::string>& names
     }
     const ProgressReport progress(model, around.output);
     around.output.note("Watching " + listedNames(profiles) + ". Ctrl-C stops.");
+    const RetryOnWake retryOnWake(queue, model);
     watchUntilInterrupted(model, queue, control, profiles, around);
     model.shutdown();
     around.output.note("Stopped.");

@@ -13,8 +13,6 @@
 namespace zembrastel {
 namespace {
 
-constexpr std::chrono::seconds longestRetryDelay{60};
-
 // Makes the scan of this poll the previous one when the poll ends, well or not.
 struct KeepAsPrevious {
     FileMap& previous;
@@ -35,6 +33,7 @@ public:
           baseline(started.initialBaseline) {}
 
     void run() {
+        worker.retryWait->reset();
         if (worker.profile.needsDownload && !downloadInitially()) return;
         meter.begin(TransferProgress::Work::uploading);
         while (true) {
@@ -79,7 +78,6 @@ private:
             status("Needs download selection", describe(error), 0);
             return false;
         }
-        retryDelay = firstRetryDelay;
         while (!tryDownload()) {
         }
         return true;
@@ -107,7 +105,7 @@ private:
         worker.events.deliver(event::Baseline{baseline});
         worker.events.deliver(event::DownloadFinished{});
         activity("Initial download complete. Watching for local changes.", false);
-        retryDelay = firstRetryDelay;
+        worker.retryWait->reset();
         return true;
     }
 
@@ -123,7 +121,7 @@ private:
             waitToRetry("Waiting to retry", describe(error));
             return;
         }
-        retryDelay = firstRetryDelay;
+        worker.retryWait->reset();
         sleep(pollInterval);
     }
 
@@ -211,9 +209,8 @@ private:
 
     void waitToRetry(const std::string& title, const std::string& problem) {
         activity(problem, true);
-        status(title, retryDetail(problem, retryDelay), 0);
-        sleep(retryDelay);
-        retryDelay = nextRetryDelay(retryDelay);
+        status(title, retryDetail(problem, worker.retryWait->delay()), 0);
+        if (!worker.retryWait->sleep(worker.clock, stop)) throw Cancelled();
     }
 
     void sleep(std::chrono::seconds duration) const {
@@ -238,13 +235,10 @@ private:
     std::optional<Mount> mount; // that the local folder is on
     bool diskWasAway = false;
     std::size_t doneInBurst = 0; // files that went up since none waited
-    std::chrono::seconds retryDelay = firstRetryDelay;
     std::set<std::string, std::less<>> reportedNames;
 };
 
 } // namespace
-
-std::chrono::seconds nextRetryDelay(std::chrono::seconds delay) { return std::min(delay * 2, longestRetryDelay); }
 
 std::string retryDetail(const std::string& problem, std::chrono::seconds delay) {
     return problem + " Retrying in " + std::to_string(delay.count()) + " seconds.";

@@ -2,6 +2,7 @@
 #include "app/app_model.h"
 #include "app/control_client.h"
 #include "app/control_service.h"
+#include "app/retry_on_wake.h"
 #include "checks/built_in_checks.h"
 #include "model/error.h"
 #include "platform/core_dumps.h"
@@ -23,6 +24,14 @@
 
 namespace zembrastel {
 namespace {
+
+// A demonstration changes nothing of the user's.
+std::optional<LoginEntry> loginEntry(const DesktopOptions& options) {
+    if (options.demo) return std::nullopt;
+    std::vector<std::string> command{QApplication::applicationFilePath().toStdString(), "--background"};
+    if (options.stateFolder) command.insert(command.end(), {"--state", options.stateFolder->string()});
+    return LoginEntry("org.zembrastel.Zembrastel", "Zembrastel", std::move(command));
+}
 
 int runDesktop(const DesktopOptions& options, Termination& termination, int argc, char** argv) {
     AppModel::Options modelOptions{.demo = options.demo, .passwordAccess = keyringAccess()};
@@ -49,7 +58,8 @@ int runDesktop(const DesktopOptions& options, Termination& termination, int argc
     followSystemAppearance(appearance);
     QtMainContext context;
     AppModel model(context, std::move(modelOptions));
-    Shell shell(model, context);
+    const RetryOnWake retryOnWake(context, model);
+    Shell shell(model, context, loginEntry(options));
     std::optional<ControlService> control;
     std::optional<BusActivation> activation;
     if (lock) {

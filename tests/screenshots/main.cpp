@@ -9,6 +9,7 @@
 #include "ui/backups_sheet.h"
 #include "ui/confirm_dialog.h"
 #include "ui/content_picker.h"
+#include "ui/import_sheet.h"
 #include "ui/main_window.h"
 #include "ui/message_strip.h"
 #include "ui/profile_editor.h"
@@ -48,6 +49,7 @@ constexpr QSize pickerSize(720, 600);
 constexpr QSize tallPickerSize(720, 776);
 constexpr QSize reviewSize(680, 480);
 constexpr QSize backupsSize(720, 520);
+constexpr QSize importSize(720, 560);
 
 [[noreturn]] void fail(const QString& problem) { throw std::runtime_error(problem.toStdString()); }
 
@@ -303,6 +305,25 @@ void addBackups(const Album& album, MainContext& context) {
     add("backups");
 }
 
+void addImport(const Album& album, ModelBridge& bridge, MainContext& context) {
+    const testing::TemporaryFolder folder;
+    testing::writeFile(folder / "sitemanager.xml", R"(<FileZilla3><Servers>
+      <Server><Name>Bakery</Name><Host>ftp.bakery.example</Host><Protocol>4</Protocol><User>web</User>
+        <LocalDir>/srv</LocalDir><RemoteDir>1 0 11 public_html</RemoteDir><Pass encoding="base64">eA==</Pass></Server>
+      <Server><Name>Choir</Name><Host>choir.example</Host><Protocol>0</Protocol><User>choir</User>
+        <LocalDir>/srv</LocalDir><RemoteDir>1 0 3 www</RemoteDir><Pass encoding="crypt">x</Pass></Server>
+      <Server><Name>Harbour tours</Name><Host>ftp.harbour.example</Host><Protocol>4</Protocol><User>tours</User>
+        <RemoteDir>1 0 6 htdocs</RemoteDir></Server>
+      <Server><Name>Build machine</Name><Host>build.example</Host><Protocol>1</Protocol><User>ci</User></Server>
+    </Servers></FileZilla3>)");
+    ImportSheet sheet(bridge, context, folder / "sitemanager.xml", nullptr);
+    sheet.open();
+    const auto* const list = sheet.findChild<QListView*>();
+    if (!QTest::qWaitFor([list] { return list->model()->rowCount() == 4; })) fail("nothing was found to import");
+    withoutFocus(sheet);
+    album.add("import", sheet, importSize);
+}
+
 void addTrayMenu(const Album& album, ModelBridge& bridge) {
     const TrayItem tray(bridge);
     const QWidgetList windows = QApplication::topLevelWidgets();
@@ -325,6 +346,7 @@ void fillAlbum(const Album& album) {
         picker.add(album, context);
         addReview(album, bridge);
         addBackups(album, context);
+        addImport(album, bridge, context);
         addTrayMenu(album, bridge);
     }
 }

@@ -329,7 +329,7 @@ TEST_F(MainWindowTest, EveryControlHasANameAndTheTabKeyMeetsThemInOrder) {
         widget = widget->nextInFocusChain();
     } while (widget != &profileList());
     EXPECT_EQ(
-        names.join(u'|').toStdString(), "SYNC PROFILES|New Sync Profile…|Start watching|Open local folder in "
+        names.join(u'|').toStdString(), "SYNC PROFILES|New Sync Profile…|Menu|Start watching|Open local folder in "
                                         "Finder|Edit sync contents…|Recent activity");
 }
 
