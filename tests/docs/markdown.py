@@ -3,9 +3,9 @@
 Commands stand in blocks that are fenced as "console". A line that begins with "$ " is a command, which goes on in the
 next line after a "\\" at its end; the lines up to the next command are what it prints. In those
 
-  ..., or rather its one character, stands for any text within a line, and alone for any number of lines,
-  a time or date stands for any, an id for any,
-  ^C at the beginning of a line is typed when what stands before it has been printed.
+  …   stands for any text within a line, and alone for any number of lines;
+  a time, a date and an id stand for any other;
+  ^C  at the beginning of a line is typed when what stands before it has been printed.
 
 A comment <!-- test: ... --> sets the stage for the next block, and readers do not see it:
 

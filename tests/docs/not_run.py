@@ -35,14 +35,9 @@ def script(words, _context):
     if unknown:
         return f"{name} knows no {' '.join(unknown)}"
     plain = [word for word in arguments if not word.startswith("-") and not word.isdigit()]
-    known = {"scripts/test": presets, "scripts/fuzz": fuzz_targets, "bench/run": lambda: re.findall(r"\w+", read(
-        "bench/rows.py"))}.get(name, tree)()
+    known = {"scripts/test": presets, "scripts/fuzz": fuzz_targets, "bench/run": bench_subjects}.get(name, list)()
     unknown = [word for word in plain if word not in known]
     return f"{name} takes no {' '.join(unknown)}" if unknown else ""
-
-
-def tree():
-    return [os.path.relpath(file, SOURCE) for file in glob.glob(path("**", "*.*"), recursive=True)]
 
 
 def presets():
@@ -51,6 +46,11 @@ def presets():
 
 def fuzz_targets():
     return os.listdir(path("fuzz/corpus"))
+
+
+def bench_subjects():
+    names = re.search(r"for function in \(([^)]*)\)", read("bench/rows.py"))[1]
+    return [name.replace("_", " ") for name in re.findall(r"\w+", names)]
 
 
 def preset(words, _context):

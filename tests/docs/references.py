@@ -25,7 +25,18 @@ def check(programs):
         if name in FOR_DEVELOPERS:
             wrong += unknown_names(document)
         problems += [f"{name}: {problem}" for problem in wrong]
-    return problems
+    return problems + versions_that_differ()
+
+
+def read(name):
+    with open(os.path.join(SOURCE, name), encoding="utf8") as file:
+        return file.read()
+
+
+def versions_that_differ():
+    version = re.search(r"project\(zembrastel VERSION (\S+)", read("CMakeLists.txt"))[1]
+    newest = re.search(r"^## \[(\d\S*)\]", read("CHANGELOG.md"), re.MULTILINE)[1]
+    return [] if newest == version else [f"CHANGELOG.md: the newest version is {newest}, the program's {version}"]
 
 
 def documents():
@@ -58,8 +69,7 @@ def broken_links(name, document):
 
 
 def headings(name):
-    with open(os.path.join(SOURCE, name), encoding="utf8") as file:
-        titles = re.findall(r"^#+ (.*)$", file.read(), re.MULTILINE)
+    titles = re.findall(r"^#+ (.*)$", read(name), re.MULTILINE)
     return [re.sub(r"[^\w\- ]", "", title.lower()).replace(" ", "-") for title in titles]
 
 
@@ -150,8 +160,7 @@ def unknown_texts(document):
 
 def unknown_names(document):
     known = set(re.findall(r"\w+", texts_of(("src", "tests", "fuzz", "bench", "packaging", "scripts"))))
-    with open(os.path.join(SOURCE, "CMakePresets.json"), encoding="utf8") as file:
-        known |= set(re.findall(r"\w+", file.read()))
+    known |= set(re.findall(r"\w+", read("CMakePresets.json")))
     for span in document.spans():
         unknown = [word for word in re.findall(r"[A-Za-z_]\w{2,}", span)
                    if word not in known and not there(span) and "NAME" not in word]
