@@ -10,18 +10,28 @@ import subprocess
 import termios
 import time
 
-CONTROL = re.compile(r"\x1b\[[0-9;?]*[A-Za-z]|\x1b\][^\x07]*\x07")
+PIECE = re.compile(r"\x1b\[K|\x1b\[[0-9;?]*[A-Za-z]|\x1b\][^\x07]*\x07|\r|[^\r\x1b]+|\x1b")
+ERASE = "\x1b[K"
 WIDTH = 200  # columns, so that nothing is wrapped
 PATIENCE = 30  # seconds
 
 
 def as_seen(text):
-    """What stays on the screen: without colours, and of a line that was written over only the last writing."""
-    lines = []
-    for line in CONTROL.sub("", text.replace("\r\n", "\n")).split("\n"):
-        *_, last = line.rstrip("\r").split("\r")
-        lines.append(last)
-    return "\n".join(lines)
+    """What stands on the screen at last: without colours, and without what was written over or erased."""
+    return "\n".join(line_as_seen(line) for line in text.replace("\r\n", "\n").split("\n"))
+
+
+def line_as_seen(text):
+    line, column = "", 0
+    for piece in PIECE.findall(text):
+        if piece == "\r":
+            column = 0
+        elif piece == ERASE:
+            line = line[:column]
+        elif not piece.startswith("\x1b"):
+            line = line[:column] + piece + line[column + len(piece):]
+            column += len(piece)
+    return line
 
 
 class Terminal:
