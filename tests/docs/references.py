@@ -6,7 +6,7 @@ import re
 import shlex
 import subprocess
 
-from markdown import Document
+from markdown import Command, Document
 from place import SOURCE
 
 FOR_USERS = ["README.md", "docs/MANUAL.md"]
@@ -16,10 +16,11 @@ PLACEHOLDER = re.compile(r"NAME|SUBJECT|\*")  # in a path that is yet to be made
 
 
 def check(programs):
-    problems = []
+    helps = {name: Help(os.path.join(programs, name)) for name in ("zembrastel", "zembrastel-cli")}
+    problems = list(commands_without_example(helps["zembrastel-cli"]))
     for name in documents():
         document = Document(os.path.join(SOURCE, name))
-        wrong = [*missing_paths(document), *broken_links(name, document), *unknown_options(document, programs)]
+        wrong = [*missing_paths(document), *broken_links(name, document), *unknown_options(document, helps)]
         if name in FOR_USERS:
             wrong += unknown_texts(document)
         if name in FOR_DEVELOPERS:
@@ -88,6 +89,11 @@ class Help:
         for name in re.findall(r"^  ([a-z]\S*)", listed[1], re.MULTILINE) if listed else []:
             self.collect((*command, name))
 
+    def leaves(self):
+        """The commands that have none below them."""
+        above = {command[:-1] for command in self.texts if command}
+        return [command for command in self.texts if command not in above]
+
     def options(self, command):
         own = re.findall(r"^ +(?:-h,)?(--[a-z-]+)", self.texts[()] + self.texts[command], re.MULTILINE)
         return {"-h", *own}
@@ -110,8 +116,16 @@ class Help:
         return f"{' '.join(command) or self.program} has no {' '.join(unknown)}" if unknown else None
 
 
-def unknown_options(document, programs):
-    helps = {name: Help(os.path.join(programs, name)) for name in ("zembrastel", "zembrastel-cli")}
+def commands_without_example(program):
+    """The commands that the manual runs nowhere."""
+    steps = Document(os.path.join(SOURCE, "docs/MANUAL.md")).steps
+    run = "\n".join(step.text for step in steps if isinstance(step, Command))
+    for command in map(" ".join, program.leaves()):
+        if not re.search(rf"zembrastel-cli( --\S+ \S+)* {command}( |$)", run, re.MULTILINE):
+            yield f"docs/MANUAL.md: there is no example of {command}"
+
+
+def unknown_options(document, helps):
     every = helps["zembrastel"].all_options() | helps["zembrastel-cli"].all_options()
     for span in document.spans():
         try:
