@@ -88,6 +88,12 @@ def packages(words, _context):
         "folder=build/packages" in read("scripts/package")) else "scripts/package makes no such package"
 
 
+def removed_packages(words, _context):
+    """That these are the packages that are made."""
+    unknown = [word for word in words[3:] if f"PACKAGE_NAME {word})" not in read("packaging/CMakeLists.txt")]
+    return f"there is no package {' '.join(unknown)}" if unknown else ""
+
+
 def unit_file(build):
     with open(os.path.join(build, "packaging/zembrastel-watch.service"), encoding="utf8") as file:
         return file.read()
@@ -144,6 +150,7 @@ NOT_RUN = [
     (r"cmake --(preset|build)\b", preset, "configures and builds"),
     (r"ctest\b", tests_chosen, "would run this test among others"),
     (r"sudo apt install\b", packages, "needs root, and changes the machine"),
+    (r"sudo apt remove\b", removed_packages, "the same"),
     (r"systemctl --user\b", unit, "needs a systemd that runs for the user"),
     (r"journalctl --user\b", unit, "the same"),
     (r"loginctl enable-linger$", is_there, "changes the machine"),
