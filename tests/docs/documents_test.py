@@ -54,6 +54,8 @@ class Reader:
             self.stop(document.steps[-1])
 
     def carry_out(self, command):
+        if self.running:
+            self.running[1].take_in()
         problem = not_run.check(command.text, self.build, self.place)
         if problem is None:
             self.run(command)

@@ -71,6 +71,11 @@ class Terminal:
                 break
         return bool(more)
 
+    def take_in(self):
+        """All that has been printed by now, so that who prints need not wait for a reader."""
+        while select.select([self.master], [], [], 0)[0] and self.read(0):
+            pass
+
     def type(self, text):
         os.write(self.master, text.encode())
 
