@@ -95,6 +95,8 @@ class Reader:
     def finish(self, command, terminal):
         status = terminal.ended(LIMIT)
         printed = self.place.there(terminal.output())
+        if printed and not printed.endswith("\n"):
+            printed += "\n"
         expected = pattern(command.shown) if command.shown else r"(?s:.*)"
         if status != command.status or not re.fullmatch(expected, printed):
             self.complain(command, self.difference(command, terminal, status))
