@@ -1,7 +1,7 @@
 #include "app/state_saver.h"
 
 #include "model/error.h"
-#include "sync/sync_worker.h"
+#include "sync/retry_wait.h"
 
 #include <algorithm>
 #include <system_error>
