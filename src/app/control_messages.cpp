@@ -155,6 +155,11 @@ void writeFields(Writer& writer, const Record& record) {
     });
 }
 
+const Json* member(const Json& object, const char* key) {
+    const auto found = object.FindMember(key);
+    return found == object.MemberEnd() ? nullptr : &found->value;
+}
+
 [[noreturn]] void notUnderstood() { throw SyncError("The message was not understood."); }
 
 void require(bool fits) {
@@ -227,8 +232,7 @@ template <Class Record>
 void read(const Json& json, Record& record) {
     require(json.IsObject());
     eachField(record, [&json](const char* key, auto& value) {
-        const auto found = json.FindMember(key);
-        if (found != json.MemberEnd()) read(found->value, value);
+        if (const Json* found = member(json, key)) read(*found, value);
     });
 }
 
@@ -236,9 +240,9 @@ void read(const Json& json, Record& record) {
 void parse(rapidjson::Document& document, std::string_view line) {
     document.Parse<parseFlags>(line.data(), line.size());
     require(!document.HasParseError() && document.IsObject());
-    const auto version = document.FindMember("version");
-    require(version != document.MemberEnd());
-    if (version->value.IsInt64() && version->value.GetInt64() == controlVersion) return;
+    const Json* version = member(document, "version");
+    require(version != nullptr);
+    if (version->IsInt64() && version->GetInt64() == controlVersion) return;
     throw SyncError("Two versions of the program that do not know each other are in use: restart the one that runs.");
 }
 
@@ -302,7 +306,7 @@ std::string reviewRevision(const std::vector<RemoteChange>& changes) {
     };
     for (const auto& change : changes) {
         add(change.path);
-        add({"", 1});
+        add(std::string_view("\0", 1)); // which no path has
         const double date = change.remoteDate.time_since_epoch().count();
         add({reinterpret_cast<const char*>(&date), sizeof date});
     }
