@@ -187,7 +187,7 @@ TEST_F(ServerProgress, DownloadAndCheckEndAtOnceWhenTheyAreStopped) {
             FtpServer::Kind::odd,
             {.extra = {
                  downloads ? "--rate" : "--hang", downloads ? "20000" : "LIST", "--log", (logs / "log").string()}});
-        slow.put("site/video", std::string(50'000'000, 'x'));
+        slow.put("site/video", std::string(5'000'000, 'x'));
         if (!downloads) testing::writeFile(site / "page", "x");
         const Uuid known = id();
         site.profile = testing::profileFor(slow, site.root(), slow.remoteFolder("site"));
