@@ -23,14 +23,17 @@ Notifier::Notifier(
     : QObject(parent), bridge(observed), settings(chosen), desktop(sessionBus) {
     nextLook.setSingleShot(true);
     connect(&nextLook, &QTimer::timeout, this, &Notifier::look);
-    connect(&bridge, &ModelBridge::statusChanged, this, &Notifier::look);
+    connect(&bridge, &ModelBridge::statusChanged, this, &Notifier::lookSoon);
     connect(&bridge, &ModelBridge::reviewChanged, this, &Notifier::lookSoon);
     connect(&bridge, &ModelBridge::profilesChanged, this, &Notifier::lookSoon);
     connect(&desktop, &DesktopNotifications::acted, this, &Notifier::act);
 }
 
-// Once the model has done all that belongs to the change.
-void Notifier::lookSoon() { nextLook.start(0); }
+// Once for what a hundred busy profiles tell in that time.
+void Notifier::lookSoon() {
+    constexpr int gatheringMilliseconds = 100;
+    if (!nextLook.isActive() || nextLook.remainingTime() > gatheringMilliseconds) nextLook.start(gatheringMilliseconds);
+}
 
 void Notifier::look() {
     const AppModel& model = bridge.model();
