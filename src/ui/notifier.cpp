@@ -3,7 +3,7 @@
 #include <QApplication>
 
 #include <algorithm>
-#include <chrono>
+#include <utility>
 
 namespace zembrastel {
 namespace {
@@ -19,8 +19,9 @@ QString reviewKey(const Uuid& id) { return QStringLiteral("review ") + text(id.t
 } // namespace
 
 Notifier::Notifier(
-    ModelBridge& observed, const WindowSettings& chosen, const QDBusConnection& sessionBus, QObject* parent)
-    : QObject(parent), bridge(observed), settings(chosen), desktop(sessionBus) {
+    ModelBridge& observed, const WindowSettings& chosen, const QDBusConnection& sessionBus,
+    std::function<Notices::Time()> clock, QObject* parent)
+    : QObject(parent), bridge(observed), settings(chosen), now(std::move(clock)), desktop(sessionBus) {
     nextLook.setSingleShot(true);
     connect(&nextLook, &QTimer::timeout, this, &Notifier::look);
     connect(&bridge, &ModelBridge::statusChanged, this, &Notifier::lookSoon);
@@ -39,12 +40,12 @@ void Notifier::look() {
     const AppModel& model = bridge.model();
     std::vector<ProfileLook> looks;
     for (const auto& profile : model.profiles()) looks.push_back(lookAt(model, profile));
-    const auto now = std::chrono::steady_clock::now();
+    const auto looked = now();
     const bool seen = QApplication::activeWindow() != nullptr;
-    for (const auto& notice : notices.look(looks, now, seen)) tell(notice);
+    for (const auto& notice : notices.look(looks, looked, seen)) tell(notice);
     nextLook.stop();
     if (const auto due = notices.nextLook()) {
-        nextLook.start(std::chrono::ceil<std::chrono::milliseconds>(std::max(*due - now, {})));
+        nextLook.start(std::chrono::ceil<std::chrono::milliseconds>(std::max(*due - looked, {})));
     }
 }
 
