@@ -40,7 +40,7 @@ struct Notice {
         failureIsOver, // takes the notice of it away: nobody has recovered
     };
 
-    Kind kind;
+    Kind kind = Kind::reviewWaits;
     Uuid id; // of the profile
 
     friend bool operator==(const Notice&, const Notice&) = default;

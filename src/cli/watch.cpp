@@ -93,7 +93,8 @@ void addWatch(CLI::App& parent, Command& chosen) {
     command->footer("First the server is compared with what was last synchronised. Files that somebody else\n"
                     "made newer there wait for a decision (see review), and nothing is uploaded until then.\n"
                     "After that every new or changed file is uploaded a few seconds after it was saved.\n"
-                    "Nothing is ever deleted on the server. Failures are told and tried again.\n"
+                    "Nothing is ever deleted on the server. Failures are told and tried again, at once when the\n"
+                    "machine has woken from sleep or its network is back.\n"
                     "Meanwhile status, pause, resume and review work from another terminal.\n\n"
                     "Example:\n"
                     "  zembrastel-cli watch \"My website\" --password-file ~/.ftp-password");

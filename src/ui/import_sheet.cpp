@@ -57,7 +57,7 @@ void chooseImportFile(QWidget* parent, std::function<void(const std::filesystem:
 // Of the file, when it has been read.
 struct ImportSheet::Reading {
     std::vector<ImportLine> lines;
-    std::string failure; // what the user is to read; empty when there is none
+    QString failure; // what the user is to read; empty when there is none
 };
 
 ImportSheet::ImportSheet(
@@ -123,7 +123,7 @@ void ImportSheet::read(const std::filesystem::path& file) {
         try {
             result.lines = importLines(readProfiles(file), others);
         } catch (const std::exception& error) {
-            result.failure = "Cannot import " + file.filename().string() + ": " + describe(error) + ".";
+            result.failure = tr("Cannot import %1: %2.").arg(shown(file.filename().string()), shown(describe(error)));
         }
         main.post([deliver, result = std::move(result)] { deliver(result); });
     });
@@ -133,8 +133,8 @@ void ImportSheet::showFound(const Reading& result) {
     busy = false;
     rows->show(result.lines);
     if (rows->rowCount() > 0) list->setCurrentIndex(rows->index(0));
-    if (!result.failure.empty()) {
-        strip->showFailure(shown(result.failure));
+    if (!result.failure.isEmpty()) {
+        strip->showFailure(result.failure);
     } else if (result.lines.empty()) {
         strip->showFailure(tr("There are no profiles in this file."));
     }

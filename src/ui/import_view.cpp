@@ -29,8 +29,9 @@ void ImportView::partClicked(const QModelIndex& row, int part) {
 }
 
 bool ImportView::keyPressed(const QModelIndex& row, int key) {
+    const ImportLine& line = rows.line(row.row());
     const bool isEnter = key == Qt::Key_Return || key == Qt::Key_Enter;
-    if (isEnter && rows.line(row.row()).takesFolder()) {
+    if ((isEnter && line.wantsFolder) || (key == Qt::Key_F2 && line.takesFolder())) {
         Q_EMIT folderWanted(row.row());
         return true;
     }

@@ -1,4 +1,5 @@
-// The list of an import: a click on a row, or Space, changes its tick; its button, or Enter, names its local folder.
+// The list of an import: a click on a row, or Space, changes its tick; its button names its local folder, as do F2 and,
+// where there is none yet, Enter.
 #pragma once
 
 #include "ui/import_row.h"

@@ -3,7 +3,7 @@
 #include <QApplication>
 
 #include <algorithm>
-#include <chrono>
+#include <utility>
 
 namespace zembrastel {
 namespace {
@@ -19,29 +19,33 @@ QString reviewKey(const Uuid& id) { return QStringLiteral("review ") + text(id.t
 } // namespace
 
 Notifier::Notifier(
-    ModelBridge& observed, const WindowSettings& chosen, const QDBusConnection& sessionBus, QObject* parent)
-    : QObject(parent), bridge(observed), settings(chosen), desktop(sessionBus) {
+    ModelBridge& observed, const WindowSettings& chosen, const QDBusConnection& sessionBus,
+    std::function<Notices::Time()> clock, QObject* parent)
+    : QObject(parent), bridge(observed), settings(chosen), now(std::move(clock)), desktop(sessionBus) {
     nextLook.setSingleShot(true);
     connect(&nextLook, &QTimer::timeout, this, &Notifier::look);
-    connect(&bridge, &ModelBridge::statusChanged, this, &Notifier::look);
+    connect(&bridge, &ModelBridge::statusChanged, this, &Notifier::lookSoon);
     connect(&bridge, &ModelBridge::reviewChanged, this, &Notifier::lookSoon);
     connect(&bridge, &ModelBridge::profilesChanged, this, &Notifier::lookSoon);
     connect(&desktop, &DesktopNotifications::acted, this, &Notifier::act);
 }
 
-// Once the model has done all that belongs to the change.
-void Notifier::lookSoon() { nextLook.start(0); }
+// Once for what a hundred busy profiles tell in that time.
+void Notifier::lookSoon() {
+    constexpr int gatheringMilliseconds = 100;
+    if (!nextLook.isActive() || nextLook.remainingTime() > gatheringMilliseconds) nextLook.start(gatheringMilliseconds);
+}
 
 void Notifier::look() {
     const AppModel& model = bridge.model();
     std::vector<ProfileLook> looks;
     for (const auto& profile : model.profiles()) looks.push_back(lookAt(model, profile));
-    const auto now = std::chrono::steady_clock::now();
+    const auto looked = now();
     const bool seen = QApplication::activeWindow() != nullptr;
-    for (const auto& notice : notices.look(looks, now, seen)) tell(notice);
+    for (const auto& notice : notices.look(looks, looked, seen)) tell(notice);
     nextLook.stop();
     if (const auto due = notices.nextLook()) {
-        nextLook.start(std::chrono::ceil<std::chrono::milliseconds>(std::max(*due - now, {})));
+        nextLook.start(std::chrono::ceil<std::chrono::milliseconds>(std::max(*due - looked, {})));
     }
 }
 

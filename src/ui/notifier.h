@@ -10,6 +10,9 @@
 
 #include <QTimer>
 
+#include <chrono>
+#include <functional>
+
 namespace zembrastel {
 
 class Notifier : public QObject {
@@ -18,7 +21,8 @@ class Notifier : public QObject {
 public:
     Notifier(
         ModelBridge& observed, const WindowSettings& chosen,
-        const QDBusConnection& sessionBus = QDBusConnection::sessionBus(), QObject* parent = nullptr);
+        const QDBusConnection& sessionBus = QDBusConnection::sessionBus(),
+        std::function<Notices::Time()> clock = std::chrono::steady_clock::now, QObject* parent = nullptr);
 
     // That the program is in the tray now, and how to come back.
     void tellOfTray();
@@ -39,6 +43,7 @@ private:
 
     ModelBridge& bridge;
     const WindowSettings& settings;
+    const std::function<Notices::Time()> now;
     DesktopNotifications desktop;
     Notices notices;
     QTimer nextLook;

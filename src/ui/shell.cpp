@@ -1,6 +1,7 @@
 #include "ui/shell.h"
 
 #include "model/error.h"
+#include "platform/standard_paths.h"
 #include "ui/backups_sheet.h"
 #include "ui/confirm_dialog.h"
 #include "ui/content_picker.h"
@@ -12,6 +13,17 @@
 #include <QApplication>
 
 namespace zembrastel {
+
+namespace {
+
+// As people write paths in their home folder.
+QString shortPath(const std::filesystem::path& path) {
+    const auto inHome = path.lexically_relative(homeFolder());
+    const bool below = !inHome.empty() && *inHome.begin() != "..";
+    return QString::fromStdString(below ? "~/" + inHome.string() : path.string());
+}
+
+} // namespace
 
 Shell::Shell(AppModel& model, MainContext& mainContext, std::optional<LoginEntry> loginEntry)
     : context(mainContext), bridge(model), window(bridge), tray(bridge), settings(model.isDemo()),
@@ -55,7 +67,6 @@ void Shell::fillMenu() {
 }
 
 void Shell::startAtLogin(bool wanted) {
-    const QString file = QString::fromStdString(startEntry->file().string());
     try {
         wanted ? startEntry->switchOn() : startEntry->switchOff();
     } catch (const std::exception& error) {
@@ -64,9 +75,9 @@ void Shell::startAtLogin(bool wanted) {
     }
     ConfirmDialog::tell(
         &window, tr("Start at login"),
-        (wanted ? tr("Zembrastel starts in the background when you log in: %1 was written.")
-                : tr("Zembrastel no longer starts when you log in: %1 was removed."))
-            .arg(file));
+        (wanted ? tr("Zembrastel will start in the background when you log in: the entry %1 was written.")
+                : tr("Zembrastel will not start when you log in: the entry %1 was removed."))
+            .arg(shortPath(startEntry->file())));
 }
 
 void Shell::importProfiles() {

@@ -17,15 +17,12 @@ class WindowMenu : public PushButton {
 public:
     explicit WindowMenu(QWidget* parent = nullptr);
 
-    // "New Sync Profile…" and the like, with a shortcut where it has one of its own already.
     void add(const QString& text, std::function<void()> chosen);
     void add(QAction* action) { entries->addAction(action); }
     void addSeparator() { entries->addSeparator(); }
 
     // A switch, whose state is asked for each time the menu is opened. `turned` gets the wanted state.
     void addSwitch(const QString& text, std::function<bool()> isOn, std::function<void(bool wanted)> turned);
-
-    [[nodiscard]] QMenu& entriesShown() const { return *entries; }
 
 private:
     void open();

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""What a command that watches makes of a machine that wakes up, or whose network is back, on a system bus of the test."""
+"""What a command that watches makes of a machine that wakes up or whose network is back, on a system bus of its own."""
 import contextlib
 import os
 import signal
@@ -11,9 +11,9 @@ import time
 import unittest
 
 sys.path.append(os.path.join(os.path.dirname(os.path.realpath(__file__)), "../desktop"))
-from gi.repository import GLib  # noqa: E402
+from gi.repository import GLib
 
-from bus import StandIn  # noqa: E402
+from bus import StandIn
 
 PROGRAM = os.environ["ZEMBRASTEL_CLI"]
 
@@ -36,7 +36,9 @@ class Login(StandIn):
     name = "org.freedesktop.login1"
     path = "/org/freedesktop/login1"
     description = """
-      <interface name="org.freedesktop.login1.Manager"><signal name="PrepareForSleep"><arg type="b"/></signal></interface>"""
+      <interface name="org.freedesktop.login1.Manager">
+        <signal name="PrepareForSleep"><arg type="b"/></signal>
+      </interface>"""
 
     def prepare_for_sleep(self, begins):
         self.emit("PrepareForSleep", GLib.Variant("(b)", (begins,)))

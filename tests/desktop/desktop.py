@@ -196,13 +196,14 @@ class Desktop:
                     found.append(window)
         return found
 
-    def count_windows(self):
-        """All that can be seen, menus among them."""
-        count = 0
+    def has_menu(self):
+        """Is a menu open? The window manager of a desktop is not asked about those."""
         for window in self.display.screen().root.query_tree().children:
             with contextlib.suppress(BadWindow):  # it has just gone
-                count += window.get_attributes().map_state == X.IsViewable
-        return count
+                attributes = window.get_attributes()
+                if attributes.map_state == X.IsViewable and attributes.override_redirect:
+                    return True
+        return False
 
     def close_window(self, title):
         """As the button in its frame does."""

@@ -12,11 +12,19 @@ SITES = """<FileZilla3><Servers><Server><Name>Site</Name><Host>localhost</Host><
   <RemoteDir>{remote}</RemoteDir></Server></Servers></FileZilla3>"""
 
 
-class MenuTest(DesktopTest):
-    def open_menu(self, program):
-        program.window().press_button("Menu")
-        wait_until(lambda: self.desktop.count_windows() == 2, "the menu is open")
+def choose(program, *keys):
+    """An entry of the window's menu, by the keys that lead to it."""
+    program.window().press_button("Menu")
+    wait_until(program.desktop.has_menu, "the menu is open")
+    program.desktop.press_keys(*keys, "Return")
+    wait_until(lambda: not program.desktop.has_menu(), "the menu is closed")
 
+
+START_AT_LOGIN = ("Up", "Up")
+NOTIFICATIONS = ("Up", "Up", "Up")
+
+
+class MenuTest(DesktopTest):
     def test_site_of_filezilla_is_imported_and_started_with_no_other_step(self):
         site = Site(self.desktop)
         write(site.local, "index.html", b"mine")
@@ -41,8 +49,7 @@ class MenuTest(DesktopTest):
         entry = self.desktop.path(".config/autostart/org.zembrastel.Zembrastel.desktop")
         program = self.start()
         for is_there in (True, False):
-            self.open_menu(program)
-            self.desktop.press_keys("Up", "Up", "Return")  # the entry above the last
+            choose(program, *START_AT_LOGIN)
             told = program.window("Start at login")
             told.press_button("OK")
             program.wait_until_closed("Start at login")
@@ -85,21 +92,39 @@ class NotificationTest(DesktopTest):
         wait_until(lambda: not self.notifications.shown, "the notification goes")
         self.assertEqual(self.notifications.count, 1)
 
-    def test_first_close_into_the_tray_is_told_once(self):
-        tray = self.desktop.stand_in(Tray)
-        tray.appear()
-        for _ in range(2):
-            program = self.start()
-            program.window()
-            item = tray.item()
-            for _ in range(2):
-                self.desktop.close_window("Zembrastel")
-                program.wait_until_closed()
-                item.click("Open Zembrastel")
-                program.window()
-            item.click("Quit Zembrastel")
-            self.assertEqual(program.process.wait(10), 0)
-            tray.items.clear()
+    def close_and_reopen(self, program, item):
+        self.desktop.close_window("Zembrastel")
+        program.wait_until_closed()
+        item.click("Open Zembrastel")
+        program.window()
+
+    def quit(self, program, item):
+        item.click("Quit Zembrastel")
+        self.assertEqual(program.process.wait(10), 0)
+        self.tray.items.clear()
+
+    def test_first_close_into_the_tray_is_told_once_unless_notifications_are_switched_off(self):
+        self.tray = self.desktop.stand_in(Tray)
+        self.tray.appear()
+        program = self.start()
+        choose(program, *NOTIFICATIONS)
+        self.quit(program, self.tray.item())
+
+        program = self.start()
+        program.window()
+        item = self.tray.item()
+        self.close_and_reopen(program, item)
+        choose(program, *NOTIFICATIONS)
+        self.close_and_reopen(program, item)
+        wait_until(lambda: self.notifications.shown, "a notification is shown")
+        self.close_and_reopen(program, item)
+        self.quit(program, item)
+
+        program = self.start()
+        program.window()
+        item = self.tray.item()
+        self.close_and_reopen(program, item)
+        self.quit(program, item)
         self.assertEqual([title for title, _ in self.notifications.shown.values()], ["Zembrastel keeps syncing"])
         self.assertEqual(self.notifications.count, 1)
 

@@ -50,6 +50,7 @@ constexpr QSize tallPickerSize(720, 776);
 constexpr QSize reviewSize(680, 480);
 constexpr QSize backupsSize(720, 520);
 constexpr QSize importSize(720, 560);
+constexpr QSize smallestImportSize(560, 400);
 
 [[noreturn]] void fail(const QString& problem) { throw std::runtime_error(problem.toStdString()); }
 
@@ -322,6 +323,13 @@ void addImport(const Album& album, ModelBridge& bridge, MainContext& context) {
     if (!QTest::qWaitFor([list] { return list->model()->rowCount() == 4; })) fail("nothing was found to import");
     withoutFocus(sheet);
     album.add("import", sheet, importSize);
+    sheet.findChild<MessageStrip*>()->showFailure(
+        "Keychain: The secret store is locked and was not unlocked. Unlock the desktop's keyring and import again, or "
+        "go on without it.",
+        "Keep the password for this session only", [] {});
+    sheet.resize(smallestImportSize);
+    withoutFocus(sheet);
+    album.add("import-failed", sheet, smallestImportSize);
 }
 
 void addTrayMenu(const Album& album, ModelBridge& bridge) {
