@@ -3,6 +3,7 @@
 #include "cli/backups_command.h"
 #include "cli/check.h"
 #include "cli/command.h"
+#include "cli/doctor.h"
 #include "cli/help_text.h"
 #include "cli/ls.h"
 #include "cli/option_texts.h"
@@ -92,6 +93,7 @@ public:
         addReviewCommand(app, chosen);
         addBackups(app, chosen);
         addRestore(app, chosen);
+        addDoctor(app, chosen);
         for (auto* command : app.get_subcommands({})) command->group("Commands");
         for (auto* command : profile->get_subcommands({})) command->group("Commands");
         app.footer(footer); // last: commands made after it would have it as well

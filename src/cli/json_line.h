@@ -22,6 +22,8 @@
 //   backups  "backups": profile, id, folder, files, versions, bytes;
 //            then "backup": path, version (its id), kept (when it was replaced), modified, bytes
 //   restore  "restored": profile, id, path, version, kept, replaced (is what stood there a backup now?)
+//   doctor   "details": profile, id, text; then "finding": profile, id, subject (see diagnosis.h; "localFolder" too),
+//            outcome ("fine", "unknown", "notice" or "wrong"), text, remedy
 // and on standard error "error" and "warning": message.
 #pragma once
 

@@ -26,6 +26,15 @@
 
 namespace zembrastel {
 
+// One run of curl as a conversation, for finding out what is wrong with a server.
+struct Conversation {
+    bool succeeded = false;
+    bool connected = false;             // did anybody answer at the host's port?
+    std::string output{};               // what curl wrote to its standard output, where it succeeded
+    std::string failure{};              // curl's own words; empty where it succeeded
+    std::vector<std::string> replies{}; // the server's lines, in their order
+};
+
 struct FTPTransport {
     using Report = std::function<void(const std::string& line)>;
     using Installed = std::function<void(const std::string& path, const Fingerprint& fingerprint)>;
@@ -39,6 +48,10 @@ struct FTPTransport {
     // ChildProcess::filePath: curl is given no path of the local side, so nobody can put a link into one.
     std::string run(
         std::string_view path, bool directory, const std::vector<TransferOption>& options, int localFile = -1) const;
+
+    // The same run, with all that was said in it. A failure is part of the conversation and not thrown.
+    [[nodiscard]] Conversation converse(
+        std::string_view path, bool directory, std::vector<TransferOption> options, int localFile = -1) const;
 
     // The entries of one remote folder, in the server's order: those of MLSD that LIST shows as well, with MLSD's
     // dates, or where the server has no MLSD those of LIST, without dates.
@@ -74,6 +87,9 @@ struct FTPTransport {
     [[nodiscard]] std::vector<RemoteChange> newerRemoteFiles(
         const FileMap& baseline, const RemoteDates& knownDates, const Report& report) const;
 };
+
+// What has curl send the handed-over file under the temporary name, and then give it its own, replacing what has it.
+[[nodiscard]] std::vector<TransferOption> uploadOptions(const std::string& temporary, const std::string& name);
 
 // Deeper remote folders are refused: no real site has them, and a link that a server follows can go on for ever.
 inline constexpr int mostFolderLevels = 128;

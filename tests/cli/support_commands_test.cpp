@@ -1,8 +1,9 @@
-// backups and restore as a user runs them.
+// backups, restore and doctor as a user runs them.
 #include "cli_run.h"
 
 #include "model/state_store.h"
 #include "platform/instance_lock.h"
+#include "support/ftp_server.h"
 
 #include <gtest/gtest.h>
 
@@ -73,6 +74,36 @@ TEST_F(SupportCommands, VersionComesBackWhileAnotherProgramHoldsTheState) {
     EXPECT_EQ(index(), "now");
     EXPECT_EQ(place.run({"restore", "Site", "./index.html", "--version", "aaaa"}).status, 0);
     EXPECT_EQ(index(), "older");
+}
+
+TEST_F(SupportCommands, DoctorSaysWhatIsWrongAndNeverThePassword) {
+    FtpServer server(FtpServer::Kind::odd, {.extra = {"--echo", "--no-replace"}});
+    server.put("page", "x");
+    std::filesystem::create_directory(site);
+    saveProfile(profileFor(server, site, server.remoteFolder()));
+    const auto passwordFile = place.path("password");
+    const auto doctor = [&](const std::string& password, const CliPlace::Arguments& more) {
+        writeFile(passwordFile, password + "\n");
+        CliPlace::Arguments arguments{"doctor", "Site", "--password-file", passwordFile.string()};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return place.run(arguments);
+    };
+    const auto written = doctor(server.password(), {"--write"});
+    EXPECT_EQ(written.status, 1);
+    EXPECT_TRUE(contains(written.output, "Profile: Site\n"));
+    EXPECT_TRUE(contains(written.output, "  WRONG   The server does not rename a file over one that is there."));
+    EXPECT_TRUE(contains(written.output, "Ask the hoster to allow it"));
+    EXPECT_EQ(readTree(server.root()), (FileTree{{"page", "x"}})) << "its own test files are gone again";
+    EXPECT_EQ(doctor(server.password(), {}).status, 0) << "reading alone finds nothing wrong";
+    const auto refused = doctor("wr0ng-w0rd", {"--json"});
+    EXPECT_EQ(refused.status, 5);
+    EXPECT_TRUE(contains(refused.output, R"("subject":"login","outcome":"wrong")"));
+    EXPECT_TRUE(contains(refused.output, "••••")) << "the server repeats what it was given";
+    for (const auto& told : {written, refused}) {
+        for (const auto* password : {"s3cret", "wr0ng-w0rd"}) {
+            EXPECT_EQ((told.output + told.errors).find(password), std::string::npos) << told.output;
+        }
+    }
 }
 
 } // namespace
