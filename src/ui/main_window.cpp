@@ -59,6 +59,7 @@ void MainWindow::connectParts() {
     connect(&sidebar->quitButton(), &QPushButton::clicked, this, &MainWindow::quitRequested);
     connect(&welcome->createButton(), &QPushButton::clicked, this, [this] { hooks.newProfile(); });
     connect(detail, &ProfileDetail::editContentsRequested, this, [this](const Uuid& id) { hooks.editContents(id); });
+    connect(detail, &ProfileDetail::backupsRequested, this, [this](const Uuid& id) { hooks.showBackups(id); });
     connect(detail, &ProfileDetail::skipCheckRequested, this, &MainWindow::askToSkipCheck);
     connect(detail, &ProfileDetail::failed, this, &MainWindow::tellFailure);
     auto* const create = new QAction(tr("New Sync Profile…"), this);

@@ -27,6 +27,7 @@ public:
         std::function<void()> newProfile = [] {};
         std::function<void(const Uuid&)> editProfile = [](const Uuid&) {};
         std::function<void(const Uuid&)> editContents = [](const Uuid&) {};
+        std::function<void(const Uuid&)> showBackups = [](const Uuid&) {};
         // A review that is to be decided now. That it no longer is, the bridge tells.
         std::function<void(const RemoteReview&)> showReview = [](const RemoteReview&) {};
     };

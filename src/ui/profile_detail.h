@@ -32,6 +32,7 @@ public:
 Q_SIGNALS:
     void skipCheckRequested(const zembrastel::Uuid& id);
     void editContentsRequested(const zembrastel::Uuid& id);
+    void backupsRequested(const zembrastel::Uuid& id);
     void failed(const QString& message);
 
 protected:
@@ -40,12 +41,14 @@ protected:
 
 private:
     [[nodiscard]] QWidget* makePage();
+    [[nodiscard]] QLayout* makeActivityHead();
     void connectModel();
     void connectControls();
     void refresh();
     void refreshStatus();
     void refreshActivity();
     void refreshBanners();
+    void offerDetails();
     void toggle();
     void openFolder();
     void fitMargin();
@@ -60,6 +63,8 @@ private:
     DetailBanners* banners;
     RouteCard* route;
     CountersCard* counters;
+    PushButton* copy; // the details, for whoever helps with a failure
+    PushButton* backups;
     ActivityList* activity;
     QTimer tomorrow; // when "Today" becomes "Yesterday"
 };

@@ -1,5 +1,6 @@
 #include "ui/shell.h"
 
+#include "ui/backups_sheet.h"
 #include "ui/confirm_dialog.h"
 #include "ui/content_picker.h"
 #include "ui/profile_editor.h"
@@ -16,6 +17,7 @@ Shell::Shell(AppModel& model, MainContext& mainContext)
         {.newProfile = [this] { openEditor(std::nullopt, false); },
          .editProfile = [this](const Uuid& id) { openEditor(id, false); },
          .editContents = [this](const Uuid& id) { openEditor(id, true); },
+         .showBackups = [this](const Uuid& id) { showBackups(id); },
          .showReview = [this](const RemoteReview& review) { showReview(review); }});
     connect(&window, &MainWindow::closed, this, &Shell::tellThatSyncingGoesOn);
     connect(&tray, &TrayItem::openRequested, this, &Shell::showWindow);
@@ -53,6 +55,14 @@ void Shell::browse(
         [apply = std::move(apply)](const DownloadSelection& chosen) { apply(chosen); }, &editor);
     picker->setAttribute(Qt::WA_DeleteOnClose);
     picker->open();
+}
+
+void Shell::showBackups(const Uuid& id) {
+    const Profile* const profile = bridge.model().profile(id);
+    if (profile == nullptr) return; // removed meanwhile
+    auto* const sheet = new BackupsSheet(context, *profile, &window);
+    sheet->setAttribute(Qt::WA_DeleteOnClose);
+    sheet->open();
 }
 
 void Shell::showReview(const RemoteReview& review) {

@@ -30,6 +30,7 @@ private:
     void browse(
         ProfileEditor& editor, const Profile& draft, const std::string& password, bool syncMode,
         const DownloadSelection& current, std::function<void(const DownloadSelection& chosen)> apply);
+    void showBackups(const Uuid& id);
     void showReview(const RemoteReview& review);
     void tellThatSyncingGoesOn();
 

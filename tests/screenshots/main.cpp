@@ -6,6 +6,7 @@
 #include "support/file_tree.h"
 #include "support/ftp_server.h"
 #include "support/local_site.h"
+#include "ui/backups_sheet.h"
 #include "ui/confirm_dialog.h"
 #include "ui/content_picker.h"
 #include "ui/main_window.h"
@@ -23,9 +24,12 @@
 #include <QLineEdit>
 #include <QLocale>
 #include <QMenu>
+#include <QSignalSpy>
 #include <QTest>
 
 #include <algorithm>
+#include <array>
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <stdexcept>
@@ -43,6 +47,7 @@ constexpr QSize advancedEditorSize(880, 656);
 constexpr QSize pickerSize(720, 600);
 constexpr QSize tallPickerSize(720, 776);
 constexpr QSize reviewSize(680, 480);
+constexpr QSize backupsSize(720, 520);
 
 [[noreturn]] void fail(const QString& problem) { throw std::runtime_error(problem.toStdString()); }
 
@@ -262,6 +267,42 @@ void addReview(const Album& album, ModelBridge& bridge) {
     album.add("review", sheet, reviewSize);
 }
 
+void addBackups(const Album& album, MainContext& context) {
+    using namespace std::chrono;
+    struct Kept {
+        const char* id;
+        const char* path;
+        std::size_t size;
+        minutes time;
+    };
+    const testing::TemporaryFolder folder;
+    Profile profile;
+    profile.name = "My website";
+    profile.localFolder = (folder / "site").string();
+    std::filesystem::create_directory(profile.localFolder);
+    const auto add = [&](const char* name) {
+        BackupsSheet sheet(context, profile);
+        QSignalSpy listed(&sheet, &BackupsSheet::listed);
+        sheet.open();
+        if (!listed.wait(30000)) fail("the backups were not listed");
+        withoutFocus(sheet);
+        album.add(name, sheet, backupsSize);
+    };
+    add("backups-empty");
+    const auto day = sys_days(year(2026) / 11 / 14);
+    const std::filesystem::path backups = folder / "site/.zembrastel-backups";
+    for (const auto& [id, path, size, time] : std::array{
+             Kept{"5C0C3F8E-1D2A-4B5E-9F11-7C2E4B6A9D10", "assets/css/site.css", 18'400, 17h + 48min},
+             Kept{"9E44A1B7-6F0C-4D0B-8E55-0A1B2C3D4E5F", "index.html", 6'214, 17h + 48min},
+             Kept{"12345678-6F0C-4D0B-8E55-0A1B2C3D4E5F", "index.html", 6'030, -62h},
+             Kept{"0B7D5A2C-6F0C-4D0B-8E55-0A1B2C3D4E5F", "uploads/catalogue-2026.pdf", 3'650'000, -200h}}) {
+        testing::writeFile(backups / id / path, std::string(size, 'x'));
+        testing::touch(backups / id / path, day + time - 31h);
+        testing::touch(backups / id, day + time);
+    }
+    add("backups");
+}
+
 void addTrayMenu(const Album& album, ModelBridge& bridge) {
     const TrayItem tray(bridge);
     const QWidgetList windows = QApplication::topLevelWidgets();
@@ -283,6 +324,7 @@ void fillAlbum(const Album& album) {
         addEditor(album, bridge, context, sites.id("Documentation"));
         picker.add(album, context);
         addReview(album, bridge);
+        addBackups(album, context);
         addTrayMenu(album, bridge);
     }
 }
