@@ -1,9 +1,9 @@
 #include "app/diagnosis.h"
 
+#include "app/connection_diagnosis.h"
 #include "platform/text.h"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cmath>
 #include <set>
@@ -15,186 +15,10 @@ using Outcome = Finding::Outcome;
 using Seconds = std::chrono::duration<double>;
 
 constexpr Seconds clockTolerance{120};
-constexpr std::int64_t implicitPort = 990;
 
 // Of what a server that cuts listings off shows of a full folder; "." and ".." may be among them.
 constexpr std::size_t cutListing = 10'000;
 constexpr std::size_t ownEntries = 2;
-
-bool contains(std::string_view text, std::string_view words) { return text.find(words) != std::string_view::npos; }
-
-bool containsAny(std::string_view text, std::initializer_list<std::string_view> words) {
-    return std::ranges::any_of(words, [text](auto each) { return contains(text, each); });
-}
-
-// "curl: (28) Timeout was reached" has 28; what is no such text has 0.
-int curlCode(std::string_view failure) {
-    constexpr std::string_view beginning = "curl: (";
-    int code = 0;
-    if (!failure.starts_with(beginning)) return 0;
-    for (const char digit : failure.substr(beginning.size())) {
-        if (digit < '0' || digit > '9') break;
-        code = code * 10 + (digit - '0');
-    }
-    return code;
-}
-
-bool isRefusal(std::string_view reply) {
-    return reply.size() > 3 && (reply[0] == '4' || reply[0] == '5') && (reply[3] == ' ' || reply[3] == '-');
-}
-
-// The last refusal of the server. That of the question for UTF-8 names, which many servers do not know, is none.
-std::string refusal(const Conversation& answer) {
-    for (auto reply = answer.replies.rbegin(); reply != answer.replies.rend(); ++reply) {
-        if (isRefusal(*reply) && !containsAny(*reply, {"OPTS", "UTF8"})) return *reply;
-    }
-    return "";
-}
-
-// The server's own words, else curl's, as the end of a sentence.
-std::string said(const Conversation& answer) {
-    const std::string words = refusal(answer);
-    if (!words.empty()) return " It says: " + words;
-    return answer.failure.empty() ? "" : " " + answer.failure.substr(0, answer.failure.find('\n'));
-}
-
-std::string place(const Profile& profile) { return profile.host + ", port " + std::to_string(profile.port); }
-
-bool loggedIn(const Conversation& answer) {
-    return answer.succeeded
-           || std::ranges::any_of(answer.replies, [](const auto& reply) { return reply.starts_with("230"); });
-}
-
-Finding wrong(std::string subject, std::string text, std::string remedy) {
-    return {
-        .subject = std::move(subject), .outcome = Outcome::wrong, .text = std::move(text), .remedy = std::move(remedy)};
-}
-
-Finding fine(std::string subject, std::string text) { return {.subject = std::move(subject), .text = std::move(text)}; }
-
-Finding unknown(std::string subject, std::string text) {
-    return {.subject = std::move(subject), .outcome = Outcome::unknown, .text = std::move(text)};
-}
-
-constexpr const char* chooseExplicit =
-    "In the profile choose FTPS (TLS), usually with port 21. Ask the hoster which kind of FTPS the server has, and at "
-    "which port.";
-constexpr const char* chooseImplicit =
-    "In the profile choose FTPS (implicit TLS) for this port, or FTPS (TLS) with port 21. Ask the hoster which kind of "
-    "FTPS the server has, and at which port.";
-
-// Why nobody was reached.
-Finding unreached(const Profile& profile, const Conversation& answer) {
-    switch (curlCode(answer.failure)) {
-    case 6:
-        return wrong(
-            "address", "Nobody knows the name " + profile.host + ".",
-            "Check the server's name in the profile. If it is right, look whether this machine is online.");
-    case 7:
-        return wrong(
-            "port",
-            "The machine " + profile.host + " has nothing at port " + std::to_string(profile.port) + "." + said(answer),
-            "Check the port: usually 21, and 990 for FTPS (implicit TLS). Ask the hoster for the FTP port and whether "
-            "FTP is switched on.");
-    default:
-        return wrong(
-            "port", "There is no answer from " + place(profile) + "." + said(answer),
-            "Check the name and the port. A firewall, here or at the hoster's, may drop the connection: ask the hoster "
-            "whether your address is let in.");
-    }
-}
-
-bool tellsOfTooMany(const Conversation& answer) {
-    return std::ranges::any_of(answer.replies, [](const std::string& reply) {
-        const std::string words = asciiLowercase(reply);
-        return isRefusal(reply)
-               && containsAny(
-                   words, {"too many", "maximum number", "connection limit", "max clients", "already logged in",
-                           "maximum login", "maximum client", "many users", "many connections"});
-    });
-}
-
-Finding turnedAway(const Conversation& answer) {
-    if (tellsOfTooMany(answer)) {
-        return wrong(
-            "connections", "The server takes no further connection: there are too many." + said(answer),
-            "Close other FTP programs that use this account and try again in some minutes. Ask the hoster how many "
-            "connections an account may have; Zembrastel needs one for each profile that is at work, and some more "
-            "while its windows show folders of the server.");
-    }
-    return wrong(
-        "connections", "The server answers and hangs up." + said(answer),
-        "Try again later. Ask the hoster why the server turns connections from your address away.");
-}
-
-Finding refusedCertificate(const Profile& profile, const Conversation& answer) {
-    const std::string& words = answer.failure;
-    const std::string line = words.substr(0, words.find('\n'));
-    if (contains(words, "expired")) {
-        return wrong(
-            "certificate", "The server's certificate has expired. " + line,
-            "Ask the hoster to renew the certificate of the FTP server. Look at this machine's date as well.");
-    }
-    if (containsAny(words, {"does not match", "no alternative certificate subject name"})) {
-        return wrong(
-            "certificate", "The server's certificate is for another name than " + profile.host + ". " + line,
-            "Ask the hoster for the name that the FTP server's certificate is for, often that of the machine, and use "
-            "it in the profile.");
-    }
-    return wrong(
-        "certificate", "This machine does not trust the server's certificate. " + line,
-        "Ask the hoster for a certificate from a known authority, with all intermediate certificates. Do not go on "
-        "without: anybody could pass for the server and read the password.");
-}
-
-Finding refusedLogin(const Profile& profile, const Conversation& answer) {
-    const std::string words = asciiLowercase(refusal(answer));
-    if (tellsOfTooMany(answer)) return turnedAway(answer);
-    if (profile.transport == TransferProtocol::ftp && containsAny(words, {"tls", "ssl", "encrypt", "secure"})) {
-        return wrong(
-            "encryption", "The server takes logins only when they are encrypted." + said(answer), chooseExplicit);
-    }
-    return wrong(
-        "login", "The server refused the user name " + profile.username + " or the password." + said(answer),
-        "Check both; the password is often not that of the mail account or the hoster's customer pages. Ask the hoster "
-        "whether the FTP account is active, and whether it may be used from your address.");
-}
-
-// Why there was a connection and no login. Nothing where there was one.
-std::optional<Finding> refusedBeforeLogin(const Profile& profile, const Conversation& answer) {
-    const int code = curlCode(answer.failure);
-    if (loggedIn(answer)) return std::nullopt;
-    if (code == 60) return refusedCertificate(profile, answer);
-    if (code == 67) return refusedLogin(profile, answer);
-    const bool hangsUp = std::ranges::any_of(answer.replies, [](const auto& each) { return each.starts_with("421"); });
-    if (hangsUp || tellsOfTooMany(answer)) return turnedAway(answer);
-    if (code == 64) {
-        return wrong(
-            "encryption", "The server offers no encryption at this port." + said(answer),
-            "Ask the hoster whether the server has FTPS, of which kind and at which port. Only where it has none, "
-            "choose FTP in the profile: the password then travels readable.");
-    }
-    if (code == 35 && profile.transport == TransferProtocol::implicitTLS) {
-        return wrong("encryption", "The server does not begin with TLS at this port." + said(answer), chooseExplicit);
-    }
-    if (code == 35) {
-        return wrong(
-            "encryption", "The server and this machine do not agree on an encryption." + said(answer),
-            "Ask the hoster to let the FTP server use TLS 1.2 or 1.3.");
-    }
-    if (answer.replies.empty() && profile.transport != TransferProtocol::implicitTLS && profile.port == implicitPort) {
-        return wrong(
-            "encryption", "The server says nothing: at port 990 it usually waits for TLS from the first moment.",
-            chooseImplicit);
-    }
-    if (answer.replies.empty()) {
-        return wrong(
-            "connections", "Something takes the connection at " + place(profile) + " and says nothing." + said(answer),
-            "Check the port: this may be no FTP server, or one that waits for TLS from the first moment, for which "
-            "there is FTPS (implicit TLS). Ask the hoster for port and kind of encryption.");
-    }
-    return turnedAway(answer);
-}
 
 class Diagnosing {
 public:
@@ -244,11 +68,9 @@ private:
             add(fine("encryption", "The connection is encrypted, and the server's certificate trusted."));
             return;
         }
-        add(
-            {.subject = "encryption",
-             .outcome = Outcome::notice,
-             .text = "Nothing is encrypted: whoever is on the way can read the password and all files.",
-             .remedy = "Ask the hoster whether the server has FTPS, and choose it in the profile."});
+        add(notice(
+            "encryption", "Nothing is encrypted: whoever is on the way can read the password and all files.",
+            "Ask the hoster whether the server has FTPS, and choose it in the profile."));
     }
 
     [[nodiscard]] bool folder() {
@@ -293,12 +115,10 @@ private:
         } else if (seen.mlsd.entries) {
             add(fine("listing", "The server lists with dates (MLSD): " + amount() + " in the folder."));
         } else {
-            add(
-                {.subject = "listing",
-                 .outcome = Outcome::notice,
-                 .text = "The server lists without dates (LIST, no MLSD): " + amount() + " in the folder.",
-                 .remedy = "All works, with one more question to the server for each file that is compared. Ask the "
-                           "hoster whether there is a server with MLSD."});
+            add(notice(
+                "listing", "The server lists without dates (LIST, no MLSD): " + amount() + " in the folder.",
+                "All works, with one more question to the server for each file that is compared. Ask the "
+                "hoster whether there is a server with MLSD."));
         }
     }
 
@@ -338,14 +158,13 @@ private:
         const auto hidden = std::ranges::find_if(there, [&shown](const auto& name) { return !shown.contains(name); });
         const bool testFileHidden = seen.upload && seen.upload->listed == false;
         if (hidden != there.end() || testFileHidden) {
-            add(
-                {.subject = "hiddenFiles",
-                 .outcome = Outcome::notice,
-                 .text = "The server's listings leave out names that begin with a dot"
-                         + (hidden != there.end() ? ", such as " + *hidden : std::string()) + ".",
-                 .remedy = "Files like .htaccess are uploaded all the same, but a newer version on the server is not "
-                           "noticed. Ask the hoster to have them listed (proftpd: ListOptions -a; vsftpd: "
-                           "force_dot_files=YES; pure-ftpd: -D)."});
+            add(notice(
+                "hiddenFiles",
+                "The server's listings leave out names that begin with a dot"
+                    + (hidden != there.end() ? ", such as " + *hidden : std::string()) + ".",
+                "Files like .htaccess are uploaded all the same, but a newer version on the server is not "
+                "noticed. Ask the hoster to have them listed (proftpd: ListOptions -a; vsftpd: "
+                "force_dot_files=YES; pure-ftpd: -D)."));
         } else if (!shown.empty() || (seen.upload && seen.upload->listed == true)) {
             add(fine("hiddenFiles", "Names that begin with a dot are listed."));
         } else {
@@ -470,12 +289,10 @@ private:
         if (!test.left.empty()) {
             std::string names;
             for (const auto& name : test.left) names += (names.empty() ? "" : ", ") + name;
-            add(
-                {.subject = "testFile",
-                 .outcome = Outcome::notice,
-                 .text = "The server did not delete the test, which is left in the folder: " + names + ".",
-                 .remedy = "Nobody needs it: delete it in another way. Zembrastel itself never deletes files on the "
-                           "server, so it works without that right."});
+            add(notice(
+                "testFile", "The server did not delete the test, which is left in the folder: " + names + ".",
+                "Nobody needs it: delete it in another way. Zembrastel itself never deletes files on the "
+                "server, so it works without that right."));
         } else if (test.first.succeeded || (test.plainName && test.plainName->succeeded)) {
             add(fine("testFile", "The test file was deleted again; nothing is left of it."));
         }
@@ -520,11 +337,6 @@ private:
 };
 
 } // namespace
-
-std::string_view word(Outcome outcome) {
-    constexpr std::array<std::string_view, 4> words{"fine", "unknown", "notice", "wrong"};
-    return words.at(static_cast<std::size_t>(outcome));
-}
 
 std::vector<Finding> diagnose(const Profile& profile, const ServerObservations& seen) {
     return Diagnosing(profile, seen).run();

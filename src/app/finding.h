@@ -1,0 +1,46 @@
+// One thing that was found out about a server, and the words for it.
+//
+// Pure functions; any thread.
+#pragma once
+
+#include "transport/ftp_transport.h"
+
+#include <string>
+#include <string_view>
+
+namespace zembrastel {
+
+struct Finding {
+    enum class Outcome {
+        fine,
+        unknown, // could not be found out
+        notice,  // works, with a drawback
+        wrong    // does not work, or does harm
+    };
+
+    // One word that stays the same, for programs: "address", "port", "connections", "encryption", "certificate",
+    // "login", "folder", "listing", "completeness", "hiddenFiles", "dateQuery", "clock", "upload", "temporaryName",
+    // "rename", "replacement", "testFile".
+    std::string subject;
+    Outcome outcome = Outcome::fine;
+    std::string text;     // what was seen
+    std::string remedy{}; // what to do, and what to ask the hoster for; empty where all is well
+};
+
+[[nodiscard]] std::string_view word(Finding::Outcome outcome);
+
+[[nodiscard]] Finding fine(std::string subject, std::string text);
+[[nodiscard]] Finding unknown(std::string subject, std::string text);
+[[nodiscard]] Finding notice(std::string subject, std::string text, std::string remedy);
+[[nodiscard]] Finding wrong(std::string subject, std::string text, std::string remedy);
+
+// The last reply by which the server refused something; empty where there was none.
+[[nodiscard]] std::string refusal(const Conversation& answer);
+
+// The server's words of refusal, else curl's, as the end of a sentence.
+[[nodiscard]] std::string said(const Conversation& answer);
+
+[[nodiscard]] bool contains(std::string_view text, std::string_view words);
+[[nodiscard]] bool containsAny(std::string_view text, std::initializer_list<std::string_view> words);
+
+} // namespace zembrastel
