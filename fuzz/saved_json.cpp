@@ -20,12 +20,12 @@ void checkRoundTrip(const Record& record, Decode decode) {
 } // namespace
 
 void savedState(std::string_view input) {
-    const auto state = unlessRefused([&] { return decodeSavedState(input); });
+    const auto state = unlessRefused([&] { return decodeSavedState(std::string(input)); });
     if (state) checkRoundTrip(*state, decodeSavedState);
 }
 
 void profileJson(std::string_view input) {
-    const auto profile = unlessRefused([&] { return decodeProfile(input); });
+    const auto profile = unlessRefused([&] { return decodeProfile(std::string(input)); });
     if (!profile) return;
     checkRoundTrip(*profile, decodeProfile);
     const auto valid = unlessRefused([&] { return profile->validated(); });

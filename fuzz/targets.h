@@ -21,6 +21,7 @@ void profileImport(std::string_view input);     // what `profile import` reads
 void curlQuoting(std::string_view input);       // one value of curl's configuration
 void controlConnection(std::string_view input); // a line each: user, password, remote folder, path, name
 void shellWords(std::string_view input);        // a password command
+void controlMessages(std::string_view input);   // what one running program sends another
 
 struct Target {
     std::string_view name;
@@ -38,6 +39,7 @@ inline constexpr std::array allTargets{
     Target{"profile_import", profileImport},
     Target{"curl_quoting", curlQuoting},
     Target{"control_connection", controlConnection},
-    Target{"shell_words", shellWords}};
+    Target{"shell_words", shellWords},
+    Target{"control_messages", controlMessages}};
 
 } // namespace zembrastel::fuzz

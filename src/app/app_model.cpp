@@ -6,6 +6,7 @@
 #include "sync/sync_worker.h"
 
 #include <algorithm>
+#include <atomic>
 #include <system_error>
 #include <utility>
 
@@ -103,7 +104,10 @@ void AppModel::notify(const std::function<void(ModelObserver&)>& tell) const {
 }
 
 void AppModel::changeStatus(const Uuid& id, const std::function<void(ProfileStatus&)>& change) {
-    change(statuses[id]);
+    ProfileStatus& status = statuses[id];
+    const std::string before = status.title;
+    change(status);
+    if (status.title != before) status.progress.reset();
     notify([&id](ModelObserver& observer) { observer.statusChanged(id); });
 }
 
@@ -162,6 +166,11 @@ void AppModel::storePassword(
         });
 }
 
+bool AppModel::watching(const Uuid& id) const {
+    const auto job = jobs.find(id);
+    return job != jobs.end() && job->second.watching;
+}
+
 bool AppModel::isCurrent(const Uuid& id, const Uuid& generation) const {
     const auto job = jobs.find(id);
     return job != jobs.end() && job->second.generation == generation;
@@ -212,7 +221,8 @@ AppModel::Assignment AppModel::assign(const Profile& profile) {
         .profile = profile,
         .password = {},
         .generation = Uuid::random(),
-        .control = std::make_shared<TransferControl>()};
+        .control = std::make_shared<TransferControl>(),
+        .retryWait = std::make_shared<RetryWait>()};
 }
 
 void AppModel::start(const Uuid& id) {
@@ -225,7 +235,8 @@ void AppModel::start(const Uuid& id) {
         return;
     }
     Assignment work = assign(*found);
-    jobs.insert_or_assign(id, Job{.generation = work.generation, .task = {}, .control = work.control});
+    jobs.insert_or_assign(
+        id, Job{.generation = work.generation, .task = {}, .control = work.control, .retryWait = work.retryWait});
     failures.erase(id);
     notify([&id](ModelObserver& observer) { observer.reviewChanged(id); });
     changeStatus(id, [](ProfileStatus& status) {
@@ -266,7 +277,10 @@ void AppModel::runAsJob(const Assignment& work, BackgroundTasks::Body body) {
     const Uuid& id = work.profile.id;
     try {
         jobs.insert_or_assign(
-            id, Job{.generation = work.generation, .task = tasks.start(std::move(body)), .control = work.control});
+            id, Job{.generation = work.generation,
+                    .task = tasks.start(std::move(body)),
+                    .control = work.control,
+                    .retryWait = work.retryWait});
     } catch (const std::system_error& error) {
         stopJob(id);
         refuseStart(id, describe(error));
@@ -280,10 +294,23 @@ EventSink AppModel::eventSink(const Uuid& id, const Uuid& generation, const std:
             if (alive && (*alive)->isCurrent(id, generation)) (*alive)->receive(event, id);
         };
     };
+    auto takingProgress = [weak = std::weak_ptr(self), id, generation](const TransferProgress& progress) {
+        const auto alive = weak.lock();
+        if (alive && (*alive)->isCurrent(id, generation)) (*alive)->takeProgress(progress, id);
+    };
     return {
         .deliver = [&main = context, stop,
                     applying](WorkerEvent event) { runOnMain(main, stop, applying(std::move(event))); },
-        .post = [&main = context, applying](WorkerEvent event) { main.post(applying(std::move(event))); }};
+        .post = [&main = context, applying](WorkerEvent event) { main.post(applying(std::move(event))); },
+        .progress =
+            [&main = context, takingProgress,
+             waiting = std::make_shared<std::atomic_flag>()](const TransferProgress& progress) {
+                if (waiting->test_and_set()) return;
+                main.post([takingProgress, waiting, progress] {
+                    waiting->clear();
+                    takingProgress(progress);
+                });
+            }};
 }
 
 void AppModel::launchWorker(const Assignment& work) {
@@ -299,10 +326,12 @@ void AppModel::launchWorker(const Assignment& work) {
             .control = work.control,
             .initialBaseline = files,
             .events = eventSink(work.profile.id, work.generation, stop),
-            .clock = options.clock};
+            .clock = options.clock,
+            .retryWait = work.retryWait};
         jobWork.watch(worker, stop);
     });
     if (!running(id)) return;
+    jobs.at(id).watching = true;
     changeStatus(id, [](ProfileStatus& status) {
         status.active = true;
         status.failed = false;
@@ -331,6 +360,10 @@ void AppModel::stopJob(const Uuid& id) {
     dropReview(id);
     failures.erase(id);
     notify([&id](ModelObserver& observer) { observer.reviewChanged(id); });
+}
+
+void AppModel::retryNow() {
+    for (const auto& [id, job] : jobs) job.retryWait->wake();
 }
 
 void AppModel::shutdown() {

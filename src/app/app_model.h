@@ -17,6 +17,7 @@
 #include "model/saved_state.h"
 #include "model/state_store.h"
 #include "platform/clock.h"
+#include "sync/retry_wait.h"
 #include "sync/worker_event.h"
 #include "transport/remote_change.h"
 #include "transport/transfer_control.h"
@@ -111,6 +112,9 @@ public:
     // Is there a job?
     [[nodiscard]] bool running(const Uuid& id) const { return jobs.contains(id); }
 
+    // Is it past the server check and all decisions, so that files go up (or, at first, come down)?
+    [[nodiscard]] bool watching(const Uuid& id) const;
+
     // Starts watching: the password is read, then the server is checked, or the initial download begins where one is
     // due. A start that is refused shows in the status.
     void start(const Uuid& id);
@@ -118,13 +122,22 @@ public:
     // Starts every enabled profile.
     void startEnabled();
 
+    // Has every job that waits to try something again do so at once, and wait shortly if that fails: for when the
+    // reason of the failures may have gone. No job is stopped; one that does not wait goes on as it is.
+    void retryNow();
+
     // Ends whatever runs for the profile and drops its review. Returns at once; nothing of it is heard again.
     void stopJob(const Uuid& id);
 
     // Stops every job and saves what is not yet saved.
     void shutdown();
 
-    // The user's pause and resume. Throws when the change could not be saved; it is in force all the same.
+    // The user's pause and resume, of which the next start of the program knows. What is so already, running or at
+    // rest, stays. Throw when the change could not be saved; it is in force all the same.
+    void pause(const Uuid& id);
+    void resume(const Uuid& id);
+
+    // Whichever of the two there is to do.
     void toggle(const Uuid& id);
 
     // Creates or changes a profile. Without a password the stored one is left as it is. `initialBaseline`, where given,
@@ -159,6 +172,8 @@ private:
         Uuid generation;
         std::stop_source task;
         std::shared_ptr<TransferControl> control;
+        bool watching = false;
+        std::shared_ptr<RetryWait> retryWait;
     };
 
     // One piece of work for a profile, and what tells whether it is still wanted.
@@ -167,6 +182,7 @@ private:
         std::string password;
         Uuid generation;
         std::shared_ptr<TransferControl> control;
+        std::shared_ptr<RetryWait> retryWait;
     };
 
     // Core.
@@ -201,6 +217,9 @@ private:
     void apply(const event::RemoteDate& event, const Uuid& id);
     void apply(const event::DownloadFinished& event, const Uuid& id);
     void apply(const event::FolderReturned& event, const Uuid& id);
+    void apply(const event::PassEnded& event, const Uuid& id);
+    void takeProgress(const TransferProgress& progress, const Uuid& id);
+    void countFileDone(const Uuid& id);
     void persist();
     void persistFor(const Uuid& id);
     void saveSoon(const Uuid& id);

@@ -1,6 +1,7 @@
 #include "app/demo.h"
 
 #include "model/error.h"
+#include "sync/progress_meter.h"
 
 #include <algorithm>
 #include <array>
@@ -65,7 +66,8 @@ const Edit& edit(std::size_t number) { return script.at(number % script.size());
 class DemoRun {
 public:
     DemoRun(const SyncWorker& demonstrated, const std::stop_token& stopToken)
-        : worker(demonstrated), stop(stopToken), next(editsIn(demonstrated.initialBaseline)) {}
+        : worker(demonstrated), stop(stopToken), meter(demonstrated.clock, demonstrated.events.progress),
+          next(editsIn(demonstrated.initialBaseline)) {}
 
     void run() {
         if (worker.profile.needsDownload) {
@@ -112,14 +114,32 @@ private:
     void publish(const std::vector<std::size_t>& saved) {
         if (saved.empty()) return;
         auto pending = static_cast<std::int64_t>(saved.size());
+        std::uint64_t done = 0;
+        meter.begin(TransferProgress::Work::uploading);
         worker.events.deliver(queuedStatus(pending));
         sleep(pollInterval);
         for (const auto number : saved) {
-            const auto& [quiet, path, transfer] = edit(number);
-            worker.events.deliver(uploadingStatus(path, pending--));
-            sleep(transfer);
-            worker.events.deliver(event::Uploaded{.path = path, .fingerprint = {.inode = number + 1}});
+            const Edit& sent = edit(number);
+            worker.events.deliver(uploadingStatus(sent.path, pending--));
+            meter.setFiles(done++, saved.size());
+            transfer(sent);
+            worker.events.deliver(event::Uploaded{.path = sent.path, .fingerprint = {.inode = number + 1}});
         }
+    }
+
+    void transfer(const Edit& sent) {
+        constexpr std::int64_t bytesInMillisecond = 640; // over a line at home
+        const auto bytesIn = [](milliseconds time) {
+            return static_cast<std::uint64_t>(time.count() * bytesInMillisecond);
+        };
+        meter.fileBegins(sent.path, bytesIn(sent.transfer));
+        milliseconds passed{0};
+        while (sent.transfer - passed > observationInterval) {
+            sleep(observationInterval);
+            passed += observationInterval;
+            meter.fileMoved(bytesIn(passed));
+        }
+        sleep(sent.transfer - passed);
     }
 
     void sleep(milliseconds duration) const {
@@ -128,6 +148,7 @@ private:
 
     const SyncWorker& worker;
     const std::stop_token& stop;
+    ProgressMeter meter;
     std::size_t next; // number of an edit
 };
 

@@ -12,4 +12,10 @@ JobWork serverWork() {
         .watch = [](const SyncWorker& worker, const std::stop_token& stop) { worker.run(stop); }};
 }
 
+JobWork onePass() {
+    JobWork work = serverWork();
+    work.watch = [](const SyncWorker& worker, const std::stop_token& stop) { worker.pass(stop); };
+    return work;
+}
+
 } // namespace zembrastel

@@ -27,4 +27,7 @@ struct JobWork {
 
 [[nodiscard]] JobWork serverWork();
 
+// The same, but for a worker that ends after one pass.
+[[nodiscard]] JobWork onePass();
+
 } // namespace zembrastel

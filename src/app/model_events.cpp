@@ -33,6 +33,7 @@ void AppModel::apply(const event::Uploaded& event, const Uuid& id) {
         status.lastUpload = options.clock.now();
         status.pending = std::max<std::int64_t>(status.pending - 1, 0);
     });
+    countFileDone(id);
     log(id, "Uploaded " + event.path);
     saveSoon(id);
 }
@@ -44,6 +45,7 @@ void AppModel::apply(const event::Baseline& event, const Uuid& id) {
 
 void AppModel::apply(const event::Downloaded& event, const Uuid& id) {
     state.baselines[id].set(event.path, event.fingerprint);
+    countFileDone(id);
     saveSoon(id);
 }
 
@@ -66,6 +68,34 @@ void AppModel::apply(const event::FolderReturned&, const Uuid& id) {
     log(id, "The local folder is back.");
     stopJob(id);
     start(id);
+}
+
+void AppModel::apply(const event::PassEnded& event, const Uuid& id) {
+    endInsteadOfWatching(id);
+    if (!event.failure) return;
+    changeStatus(id, [&event](ProfileStatus& status) {
+        status.failed = true;
+        status.title = "Needs attention";
+        status.detail = *event.failure;
+    });
+}
+
+void AppModel::takeProgress(const TransferProgress& progress, const Uuid& id) {
+    statuses[id].progress = progress;
+    notify([&id](ModelObserver& observer) { observer.progressChanged(id); });
+}
+
+// Between two reports of progress, of which the first was about the file that is now done.
+void AppModel::countFileDone(const Uuid& id) {
+    auto& progress = statuses[id].progress;
+    if (!progress) return;
+    progress->file.reset();
+    ++progress->filesDone;
+    if (progress->filesDone >= progress->filesQueued && progress->folders == 0) {
+        changeStatus(id, [](ProfileStatus& status) { status.progress.reset(); });
+    } else {
+        notify([&id](ModelObserver& observer) { observer.progressChanged(id); });
+    }
 }
 
 void AppModel::persist() {

@@ -95,22 +95,35 @@ void AppModel::save(
 }
 
 void AppModel::toggle(const Uuid& id) {
-    Profile* toggled = find(id);
-    if (toggled == nullptr) return;
-    if (!running(id)) {
-        toggled->enabled = true;
-        start(id);
+    if (running(id)) {
+        pause(id);
     } else {
-        stopJob(id);
-        toggled->enabled = false;
-        changeStatus(id, [](ProfileStatus& status) {
-            status.active = false;
-            status.failed = false;
-            status.title = "Paused";
-            status.detail = "Local changes will upload when you resume.";
-        });
-        log(id, "Watching paused.");
+        resume(id);
     }
+}
+
+void AppModel::pause(const Uuid& id) {
+    Profile* paused = find(id);
+    if (paused == nullptr || (!running(id) && !paused->enabled)) return;
+    const bool wasRunning = running(id);
+    stopJob(id);
+    paused->enabled = false;
+    changeStatus(id, [](ProfileStatus& status) {
+        status.active = false;
+        status.failed = false;
+        status.title = "Paused";
+        status.detail = "Local changes will upload when you resume.";
+    });
+    if (wasRunning) log(id, "Watching paused.");
+    notify([](ModelObserver& observer) { observer.profilesChanged(); });
+    persist();
+}
+
+void AppModel::resume(const Uuid& id) {
+    Profile* resumed = find(id);
+    if (resumed == nullptr || (running(id) && resumed->enabled)) return;
+    resumed->enabled = true;
+    start(id);
     notify([](ModelObserver& observer) { observer.profilesChanged(); });
     persist();
 }

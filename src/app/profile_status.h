@@ -4,6 +4,7 @@
 #pragma once
 
 #include "platform/uuid.h"
+#include "sync/transfer_progress.h"
 
 #include <chrono>
 #include <cstddef>
@@ -32,6 +33,8 @@ struct ProfileStatus {
     std::int64_t pending = 0;  // files
     std::optional<std::chrono::system_clock::time_point> lastUpload;
     std::deque<Activity> activity; // newest first, at most mostActivities
+    // Of work under this title that takes longer than a moment.
+    std::optional<TransferProgress> progress;
 };
 
 } // namespace zembrastel

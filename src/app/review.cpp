@@ -1,6 +1,7 @@
 // The server check before watching starts, and the review of what it finds.
 #include "app/app_model.h"
 #include "model/error.h"
+#include "sync/progress_meter.h"
 #include "sync/sync_worker.h"
 #include "transport/ftp_transport.h"
 
@@ -10,8 +11,9 @@ namespace zembrastel {
 namespace {
 
 FTPTransport transportFor(
-    const Profile& profile, const std::string& password, const std::shared_ptr<TransferControl>& control) {
-    return {.profile = profile, .password = password, .control = control};
+    const Profile& profile, const std::string& password, const std::shared_ptr<TransferControl>& control,
+    ProgressMeter& meter) {
+    return {.profile = profile, .password = password, .control = control, .observer = &meter};
 }
 
 } // namespace
@@ -31,10 +33,13 @@ void AppModel::startCheck(const Assignment& work) {
         context.post(onlyIfCurrent(id, generation, [this, id, message] { failedCheck(message, id, true); }));
     };
     runAsJob(
-        work, [this, work, found, failed, files = baseline(id), dates = remoteDates(id)](const std::stop_token& stop) {
-            for (auto delay = firstRetryDelay; !stop.stop_requested(); delay = nextRetryDelay(delay)) {
+        work,
+        [this, id, work, found, failed, files = baseline(id), dates = remoteDates(id)](const std::stop_token& stop) {
+            ProgressMeter meter(options.clock, eventSink(id, work.generation, stop).progress);
+            while (!stop.stop_requested()) {
                 try {
-                    const auto transport = transportFor(work.profile, work.password, work.control);
+                    meter.begin(TransferProgress::Work::comparing);
+                    const auto transport = transportFor(work.profile, work.password, work.control, meter);
                     const auto changes = jobWork.check(transport, files, dates, stop);
                     work.control->check();
                     found(changes);
@@ -44,7 +49,7 @@ void AppModel::startCheck(const Assignment& work) {
                 } catch (const std::exception& error) {
                     failed(describe(error));
                 }
-                if (!options.clock.sleep(stop, delay)) return;
+                if (!work.retryWait->sleep(options.clock, stop)) return;
             }
         });
 }
@@ -162,7 +167,11 @@ void AppModel::resolveReview(const Uuid& id, const std::set<std::string, std::le
         return;
     }
     Assignment work{
-        .profile = *found, .password = {}, .generation = job->second.generation, .control = job->second.control};
+        .profile = *found,
+        .password = {},
+        .generation = job->second.generation,
+        .control = job->second.control,
+        .retryWait = job->second.retryWait};
     std::vector<RemoteChange> approved;
     try {
         work.password = password(id);
@@ -197,12 +206,15 @@ void AppModel::startReviewDownload(const Assignment& work, const std::vector<Rem
     const auto onMain = [this, id, generation = work.generation](std::function<void()> step) {
         context.post(onlyIfCurrent(id, generation, std::move(step)));
     };
-    runAsJob(work, [this, id, work, approved, onMain](const std::stop_token&) {
+    runAsJob(work, [this, id, work, approved, onMain](const std::stop_token& stop) {
         try {
-            const auto transport = transportFor(work.profile, work.password, work.control);
+            ProgressMeter meter(options.clock, eventSink(id, work.generation, stop).progress);
+            meter.begin(TransferProgress::Work::downloading, approved.size());
+            const auto transport = transportFor(work.profile, work.password, work.control, meter);
             for (const auto& change : approved) {
                 work.control->check();
                 const Fingerprint installed = transport.replaceLocal(change);
+                meter.fileDone();
                 onMain([this, id, change, installed] {
                     receive(event::Downloaded{.path = change.path, .fingerprint = installed}, id);
                     receive(event::RemoteDate{.path = change.path, .date = change.remoteDate}, id);

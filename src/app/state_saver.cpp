@@ -1,7 +1,7 @@
 #include "app/state_saver.h"
 
 #include "model/error.h"
-#include "sync/sync_worker.h"
+#include "sync/retry_wait.h"
 
 #include <algorithm>
 #include <system_error>
@@ -11,6 +11,7 @@ namespace zembrastel {
 namespace {
 
 constexpr int restAfterWrite = 9;
+constexpr std::chrono::milliseconds shortestGathering{50};
 constexpr std::chrono::seconds longestGathering{2};
 
 } // namespace
@@ -116,7 +117,8 @@ void StateSaver::scheduleWrite() {
 }
 
 void StateSaver::rest(Duration afterWrite) {
-    nextWrite = clock.steadyNow() + std::min<Duration>(afterWrite * restAfterWrite, longestGathering);
+    nextWrite =
+        clock.steadyNow() + std::clamp<Duration>(afterWrite * restAfterWrite, shortestGathering, longestGathering);
 }
 
 } // namespace zembrastel

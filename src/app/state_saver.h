@@ -2,7 +2,8 @@
 // cheap enough, and that without the main context waiting for the disk.
 //
 // Lives on the main context. Saving may take a tenth of the time: after a save that took one part, the next nine are
-// for other things, two seconds at most; what is reported meanwhile is gathered into one save. A thread does it, one
+// for other things, 50 milliseconds at least and two seconds at most; what is reported meanwhile is gathered into one
+// save. A report that comes alone is saved at once. A thread does it, one
 // save at a time, from a copy of the state, which shares what it holds with the state itself. A program that is killed
 // loses at most what was reported since the last save that was completed had begun.
 #pragma once

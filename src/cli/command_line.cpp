@@ -1,10 +1,13 @@
 #include "cli/command_line.h"
 
+#include "cli/backups_command.h"
 #include "cli/check.h"
 #include "cli/command.h"
+#include "cli/doctor.h"
 #include "cli/help_text.h"
 #include "cli/ls.h"
 #include "cli/option_texts.h"
+#include "cli/pausing.h"
 #include "cli/presentation.h"
 #include "cli/profile_add.h"
 #include "cli/profile_duplicate.h"
@@ -14,8 +17,11 @@
 #include "cli/profile_remove.h"
 #include "cli/profile_set.h"
 #include "cli/profile_show.h"
+#include "cli/push.h"
+#include "cli/restore.h"
 #include "cli/review.h"
 #include "cli/scan_command.h"
+#include "cli/status_command.h"
 #include "cli/test_command.h"
 #include "cli/watch.h"
 #include "cli/why.h"
@@ -39,7 +45,8 @@ constexpr const char* footer = "zembrastel-cli COMMAND --help tells more about a
                                "  2  the command line is wrong\n"
                                "  3  a review is waiting: files are newer on the server\n"
                                "  4  the state folder is in use by another running program\n"
-                               "  5  the server refused the login\n\n"
+                               "  5  the server refused the login\n"
+                               "  6  no program keeps profiles published now\n\n"
                                "Examples:\n"
                                "  zembrastel-cli profile add --name \"My website\" --host ftp.example.com \\\n"
                                "    --username web --remote-folder /public_html --local-folder ~/website\n"
@@ -87,7 +94,14 @@ public:
         addWhy(app, chosen);
         addCheck(app, chosen);
         addWatch(app, chosen);
+        addPush(app, chosen);
         addReviewCommand(app, chosen);
+        addStatusCommand(app, chosen);
+        addPause(app, chosen);
+        addResume(app, chosen);
+        addBackups(app, chosen);
+        addRestore(app, chosen);
+        addDoctor(app, chosen);
         for (auto* command : app.get_subcommands({})) command->group("Commands");
         for (auto* command : profile->get_subcommands({})) command->group("Commands");
         app.footer(footer); // last: commands made after it would have it as well

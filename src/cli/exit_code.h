@@ -14,7 +14,8 @@ enum class ExitCode {
     usage = 2,
     reviewWaiting = 3, // newer server files wait for a decision
     stateInUse = 4,    // another running program holds the state folder
-    refused = 5        // the server refused the login
+    refused = 5,       // the server refused the login
+    notRunning = 6     // no program runs on the state folder, or it has ended
 };
 
 // Ends the command. The message is one sentence or more for the user.

@@ -1,25 +1,7 @@
 // One line of --json output: a JSON object whose first key, "event", says what it is about.
 //
-// Programs rely on these keys. Times are texts in UTC, such as "2026-01-02T15:04:05Z"; paths are relative, "/" between
-// components. On standard output come
-//   profile list, add, show, set and duplicate
-//            the profile as profiles.json has it (an object without "event")
-//   profile export   the export itself: "zembrastelProfiles" (its version) and "profiles" (without "event" too)
-//   profile remove   "removed": profile, id
-//   profile import   "imported", with --dry-run "importable": profile, id, password (was there one), notes, each with
-//                    text; "skipped": profile, reason
-//   test     "connected": profile, id, items
-//   ls       "entry": path, name, directory, and modified where the server gave a date
-//   scan     "scan": profile, id, folder, files, bytes, new, changed, deleted;
-//            then "difference": path, kind ("new", "changed" or "deleted")
-//   why      "why": profile, id, path, synced, reason ("all", "selection", "unselected", "exclusion", "reserved",
-//            "link", "kind" or "name"), decider (the rule or path that decides), text
-//   check    "review", as review
-//   watch    "status": time, profile, id, title, detail, pending (changed files), failed
-//            "activity": time, profile, id, text, error
-//            "review": time, profile, id, files, each with path, remoteDate, localDate, bothChanged
-//   review   "review" as above, with no files when nothing is newer; "downloaded" and "kept": profile, id, path
-// and on standard error "error" and "warning": message.
+// Programs rely on the keys: docs/JSON.md tells all of them, and a test compares it with what commands print. "version"
+// at the end grows when one of them changes its meaning or goes; new ones may come without that.
 #pragma once
 
 #include <cstdint>
@@ -29,6 +11,8 @@
 #include <string_view>
 
 namespace zembrastel {
+
+inline constexpr std::uint64_t jsonVersion = 1;
 
 class JsonLine {
 public:
@@ -64,5 +48,8 @@ private:
     rapidjson::StringBuffer buffer;
     rapidjson::Writer<rapidjson::StringBuffer> writer{buffer};
 };
+
+// An object that is there as text, as such a line.
+[[nodiscard]] std::string asJsonLine(std::string_view event, std::string_view object);
 
 } // namespace zembrastel

@@ -1,5 +1,6 @@
 #include "cli/output.h"
 
+#include "cli/colour.h"
 #include "cli/presentation.h"
 
 #include <cerrno>
@@ -23,24 +24,35 @@ std::error_code writeLine(int descriptor, std::string_view text) {
 
 } // namespace
 
+std::error_code Output::write(int descriptor, std::string_view text) {
+    liveLine.hide();
+    const auto failed = writeLine(descriptor, text);
+    liveLine.show();
+    return failed;
+}
+
 void Output::line(std::string_view text) {
-    const auto failed = writeLine(STDOUT_FILENO, text);
+    const auto failed = write(STDOUT_FILENO, text);
+    readerGone = readerGone || failed == std::errc::broken_pipe;
     if (failed && failed != std::errc::broken_pipe) lost = failed;
 }
 
-void Output::error(std::string_view message) { tell("error", "zembrastel-cli: ", message); }
-
-void Output::warning(std::string_view message) { tell("warning", "zembrastel-cli: warning: ", message); }
-
-void Output::note(std::string_view message) {
-    if (!jsonLines) writeLine(STDERR_FILENO, oneLine(message));
+void Output::error(std::string_view message) {
+    tell("error", inColour("zembrastel-cli:", Tone::bad, STDERR_FILENO) + " ", message);
 }
 
-void Output::tell(const char* event, std::string_view prefix, std::string_view message) const {
+void Output::warning(std::string_view message) {
+    tell("warning", inColour("zembrastel-cli: warning:", Tone::attention, STDERR_FILENO) + " ", message);
+}
+
+void Output::note(std::string_view message) {
+    if (!jsonLines) write(STDERR_FILENO, oneLine(message));
+}
+
+void Output::tell(const char* event, std::string_view prefix, std::string_view message) {
     const std::string words = oneLine(message);
     // Who cannot be told what went wrong still has the exit code.
-    writeLine(
-        STDERR_FILENO, jsonLines ? JsonLine(event).text("message", words).finished() : std::string(prefix) + words);
+    write(STDERR_FILENO, jsonLines ? JsonLine(event).text("message", words).finished() : std::string(prefix) + words);
 }
 
 } // namespace zembrastel

@@ -48,7 +48,7 @@ std::optional<std::string> newPassword(const Profile& profile, bool mayAsk, cons
 void report(const Profile& saved, bool passwordStored, const Surroundings& around) {
     Output& output = around.output;
     if (output.json()) {
-        output.line(encode(saved));
+        output.line(asJsonLine("profile", encode(saved)));
         return;
     }
     output.line("Added " + inQuotes(saved.name) + " (" + saved.id.text() + ").");

@@ -44,7 +44,7 @@ ExitCode duplicateProfile(const Surroundings& around, const Request& request) {
             "Cannot save the profile " + inQuotes(copy.name) + ": " + sentence(describe(error)) + " It was not added.");
     }
     if (around.output.json()) {
-        around.output.line(encode(copy));
+        around.output.line(asJsonLine("profile", encode(copy)));
     } else {
         around.output.line("Added " + inQuotes(copy.name) + " (" + copy.id.text() + "), not enabled.");
         if (!password) around.output.note("It has no password yet; profile set --ask-password stores one.");

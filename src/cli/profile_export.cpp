@@ -18,10 +18,10 @@ struct Request {
 };
 
 ExitCode exportProfiles(const Surroundings& around, const Request& request) {
-    const SavedState state = loadState(around.options);
+    const auto profiles = loadProfiles(around.options);
     ProfileExport exported;
-    for (const auto& name : request.names) exported.profiles.push_back(chooseProfile(state.profiles, name));
-    if (request.names.empty()) exported.profiles = state.profiles;
+    for (const auto& name : request.names) exported.profiles.push_back(chooseProfile(profiles, name));
+    if (request.names.empty()) exported.profiles = profiles;
     const std::string json = encode(exported);
     if (request.file.empty()) {
         around.output.line(json);

@@ -1,5 +1,6 @@
 #include "cli/profile_import.h"
 
+#include "app/profile_takeover.h"
 #include "cli/option_texts.h"
 #include "cli/presentation.h"
 #include "cli/profile_choice.h"
@@ -69,10 +70,14 @@ public:
     void take(ProfileCandidate candidate) {
         if (request.withoutPasswords) candidate.password.reset();
         try {
-            const Profile profile = ready(candidate.profile);
+            const Profile profile = importable(candidate.profile, state.model().profiles());
             if (!request.onlyLooks) state.add(profile, candidate.password);
             ++taken;
             tell(profile, candidate);
+        } catch (const LocalFolderWanted& error) {
+            skip(
+                {.name = candidate.profile.name,
+                 .reason = std::string(error.what()) + " --only NAME --local-folder PATH names one."});
         } catch (const std::exception& error) {
             skip({.name = candidate.profile.name, .reason = sentence(describe(error))});
         }
@@ -89,25 +94,6 @@ public:
     std::size_t taken = 0;
 
 private:
-    // Throws why it cannot be imported.
-    [[nodiscard]] Profile ready(const Profile& profile) const {
-        const auto& others = state.model().profiles();
-        if (std::ranges::find(others, profile.name, &Profile::name) != others.end()) {
-            throw SyncError("There is a profile of this name already.");
-        }
-        if (profile.localFolder.empty()) {
-            throw SyncError("It has no local folder. --only NAME --local-folder PATH gives it one.");
-        }
-        if (!std::filesystem::is_directory(profile.localFolder)) {
-            throw SyncError(
-                "There is no folder " + profile.localFolder + " here. --only NAME --local-folder PATH names another.");
-        }
-        Profile valid = profile.validated();
-        // The copy of a profile that is here, renamed perhaps, is one of its own.
-        if (state.model().profile(valid.id) != nullptr) valid.id = Uuid::random();
-        return valid;
-    }
-
     void tell(const Profile& profile, const ProfileCandidate& candidate) {
         if (output.json()) {
             JsonLine object(request.onlyLooks ? "importable" : "imported");

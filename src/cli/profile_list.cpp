@@ -31,15 +31,15 @@ void show(const Profile& profile, Output& output) {
 }
 
 ExitCode listProfiles(const Surroundings& around) {
-    const SavedState state = loadState(around.options);
-    for (const auto& profile : state.profiles) {
+    const auto profiles = loadProfiles(around.options);
+    for (const auto& profile : profiles) {
         if (around.output.json()) {
-            around.output.line(encode(profile));
+            around.output.line(asJsonLine("profile", encode(profile)));
         } else {
             show(profile, around.output);
         }
     }
-    if (state.profiles.empty()) around.output.note("There are no profiles yet; profile add makes one.");
+    if (profiles.empty()) around.output.note("There are no profiles yet; profile add makes one.");
     return ExitCode::done;
 }
 

@@ -41,7 +41,7 @@ void requireOwnName(const Profile& changed, const std::vector<Profile>& others) 
 
 void report(const Profile& before, const Profile& after, Output& output) {
     if (output.json()) {
-        output.line(encode(after));
+        output.line(asJsonLine("profile", encode(after)));
         return;
     }
     output.line("Changed " + inQuotes(after.name) + ".");

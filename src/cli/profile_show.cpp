@@ -56,7 +56,7 @@ ExitCode showProfile(const Surroundings& around, const std::string& name) {
     const SavedState state = loadState(around.options);
     const Profile& profile = chooseProfile(state.profiles, name);
     if (around.output.json()) {
-        around.output.line(encode(profile));
+        around.output.line(asJsonLine("profile", encode(profile)));
     } else {
         showAsText(state, profile, around.output);
     }

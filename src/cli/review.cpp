@@ -5,8 +5,10 @@
 #include "cli/password_source.h"
 #include "cli/presentation.h"
 #include "cli/profile_choice.h"
+#include "cli/progress_report.h"
 #include "cli/relative_path.h"
 #include "cli/review_text.h"
+#include "cli/running_program.h"
 #include "cli/server_call.h"
 #include "cli/state_folder.h"
 #include "model/error.h"
@@ -27,6 +29,12 @@ struct Request {
     [[nodiscard]] bool decides() const { return downloadAll || keepAll || !download.empty(); }
 };
 
+using Selected = std::set<std::string, std::less<>>;
+
+CommandError lacksDownload(const Profile& profile) {
+    return {ExitCode::failed, inQuotes(profile.name) + " still has its initial download to do; run watch first."};
+}
+
 // Notes what a decision that is being carried out says.
 class DecisionReport final : public ModelObserver {
 public:
@@ -46,32 +54,21 @@ private:
     Output& output;
 };
 
-// One run of the command, on a profile.
+// What is known of the server's newer files, and who acts on a decision.
 class Review {
 public:
-    Review(AppModel& used, MainQueue& usedQueue, const Profile& reviewed, const Surroundings& surroundings)
-        : model(used), queue(usedQueue), profile(reviewed), around(surroundings) {}
+    Review(std::vector<Profile> all, Profile reviewed, const Surroundings& surroundings)
+        : profile(std::move(reviewed)), around(surroundings), profiles(std::move(all)) {}
+    virtual ~Review() = default;
 
     // What is newer on the server.
-    std::vector<RemoteChange> check() {
-        const Uuid& id = profile.id;
-        model.start(id);
-        runUntil([this, &id] {
-            return model.reviews().contains(id) || model.checkFailures().contains(id) || !model.running(id);
-        });
-        if (const auto failed = model.checkFailures().find(id); failed != model.checkFailures().end()) {
-            throw serverFailure(
-                profile, "compare the local folder " + oneLine(profile.localFolder) + " with the server",
-                failed->second, "Nothing was changed.");
-        }
-        if (const auto found = model.reviews().find(id); found != model.reviews().end()) return found->second.changes;
-        if (model.status(id).failed) {
-            throw CommandError(
-                ExitCode::failed, "Cannot check the server of " + inQuotes(profile.name) + ": "
-                                      + sentence(model.status(id).detail) + " Nothing was changed.");
-        }
-        return {};
-    }
+    virtual std::vector<RemoteChange> check() = 0;
+
+    // Downloads the server's version of the selected paths and keeps the local one of the others.
+    virtual void decide(const std::vector<RemoteChange>& changes, const Selected& selected) = 0;
+
+    // How it goes on after that.
+    [[nodiscard]] virtual const char* afterwards() const = 0;
 
     void list(const std::vector<RemoteChange>& changes) {
         if (around.output.json()) {
@@ -86,15 +83,71 @@ public:
         }
         around.output.line(counted(changes.size(), "file") + " newer on the server:");
         for (const auto& change : changes) around.output.line("  " + describeChange(change));
-        const std::string command = reviewCommand(around.options, unambiguousName(model.profiles(), profile));
+        const std::string command = reviewCommand(around.options, unambiguousName(profiles, profile));
         around.output.note("To decide, one of:");
         around.output.note(command + " --download PATH...");
         around.output.note(command + " --download-all");
         around.output.note(command + " --keep-all");
     }
 
-    // Downloads the server's version of the selected paths and keeps the local one of the others.
-    void decide(const std::vector<RemoteChange>& changes, const std::set<std::string, std::less<>>& selected) {
+protected:
+    static constexpr const char* restStays = "What was downloaded already stays; the next review shows the rest.";
+
+    [[nodiscard]] CommandError checkFailure(const std::string& failure) const {
+        return serverFailure(
+            profile, "compare the local folder " + oneLine(profile.localFolder) + " with the server", failure,
+            "Nothing was changed.");
+    }
+
+    [[nodiscard]] CommandError checkRefused(const std::string& reason) const {
+        return {
+            ExitCode::failed,
+            "Cannot check the server of " + inQuotes(profile.name) + ": " + sentence(reason) + " Nothing was changed."};
+    }
+
+    [[nodiscard]] CommandError downloadFailure(const std::string& failure) const {
+        return serverFailure(profile, "download all that was chosen from the server", failure, restStays);
+    }
+
+    void tellOutcome(const std::string& path, bool kept, bool downloaded) {
+        if (around.output.json()) {
+            if (!kept && !downloaded) return;
+            JsonLine object(kept ? "kept" : "downloaded");
+            object.text("profile", profile.name).text("id", profile.id.text()).text("path", path);
+            around.output.line(object);
+        } else if (kept) {
+            around.output.line("Kept local copy: " + printable(path));
+        }
+    }
+
+    const Profile profile;
+    const Surroundings& around;
+
+private:
+    const std::vector<Profile> profiles;
+};
+
+// The command's own, while no program runs.
+class OwnReview final : public Review {
+public:
+    OwnReview(AppModel& used, MainQueue& usedQueue, const Profile& reviewed, const Surroundings& surroundings)
+        : Review(used.profiles(), reviewed, surroundings), model(used), queue(usedQueue) {}
+
+    std::vector<RemoteChange> check() override {
+        const Uuid& id = profile.id;
+        model.start(id);
+        runUntil([this, &id] {
+            return model.reviews().contains(id) || model.checkFailures().contains(id) || !model.running(id);
+        });
+        if (const auto failed = model.checkFailures().find(id); failed != model.checkFailures().end()) {
+            throw checkFailure(failed->second);
+        }
+        if (const auto found = model.reviews().find(id); found != model.reviews().end()) return found->second.changes;
+        if (model.status(id).failed) throw checkRefused(model.status(id).detail);
+        return {};
+    }
+
+    void decide(const std::vector<RemoteChange>& changes, const Selected& selected) override {
         const Uuid& id = profile.id;
         DecisionReport report(around.output);
         const Observing observing(model, report);
@@ -103,38 +156,24 @@ public:
         try {
             runUntil([this, &id] { return model.checkFailures().contains(id) || !model.running(id); });
         } catch (const Cancelled&) {
-            throw CommandError(
-                ExitCode::failed, "Interrupted. What was downloaded already stays; the next review shows the rest.");
+            throw CommandError(ExitCode::failed, std::string("Interrupted. ") + restStays);
         }
         const auto failed = model.checkFailures().find(id);
         const std::string failure = failed == model.checkFailures().end() ? "" : failed->second;
-        tellOutcome(changes, selected);
+        for (const auto& change : changes) {
+            tellOutcome(change.path, !selected.contains(change.path), isDownloaded(change));
+        }
         model.shutdown();
-        if (!failure.empty())
-            throw serverFailure(
-                profile, "download all that was chosen from the server", failure,
-                "What was downloaded already stays; the next review shows the rest.");
+        if (!failure.empty()) throw downloadFailure(failure);
         if (!report.failure.empty()) throw CommandError(ExitCode::failed, sentence(report.failure));
     }
+
+    [[nodiscard]] const char* afterwards() const override { return "Decided. Watching can go on."; }
 
 private:
     void runUntil(const std::function<bool()>& condition) {
         const auto interruptible = around.interrupt.during([this] { queue.quit(); });
         if (!queue.runUntil(condition)) throw Cancelled();
-    }
-
-    void tellOutcome(const std::vector<RemoteChange>& changes, const std::set<std::string, std::less<>>& selected) {
-        for (const auto& change : changes) {
-            const bool kept = !selected.contains(change.path);
-            if (around.output.json()) {
-                if (!kept && !isDownloaded(change)) continue;
-                JsonLine object(kept ? "kept" : "downloaded");
-                object.text("profile", profile.name).text("id", profile.id.text()).text("path", change.path);
-                around.output.line(object);
-            } else if (kept) {
-                around.output.line("Kept local copy: " + printable(change.path));
-            }
-        }
     }
 
     [[nodiscard]] bool isDownloaded(const RemoteChange& change) const {
@@ -144,15 +183,90 @@ private:
 
     AppModel& model;
     MainQueue& queue;
-    const Profile& profile;
-    const Surroundings& around;
 };
 
-std::set<std::string, std::less<>> selectedPaths(const Request& request, const std::vector<RemoteChange>& changes) {
-    std::set<std::string, std::less<>> offered;
+// That of the program that runs, which acts on the decision.
+class RunningReview final : public Review {
+public:
+    RunningReview(
+        RunningProgram& asked, std::vector<Profile> all, const Profile& reviewed, const Surroundings& surroundings)
+        : Review(std::move(all), reviewed, surroundings), program(asked) {}
+
+    std::vector<RemoteChange> check() override {
+        std::vector<RemoteChange> changes;
+        const auto failed = program.ask(
+            {.kind = ControlRequest::Kind::review, .profiles = {profile.id}}, around.interrupt,
+            [&](const ControlAnswer& answer) {
+                if (const auto* review = std::get_if<answer::Review>(&answer)) {
+                    changes = review->changes;
+                    revision = review->revision;
+                }
+            });
+        if (!failed) return changes;
+        if (failed->reason == Reason::server) throw checkFailure(failed->text);
+        if (failed->reason == Reason::refused) throw checkRefused(failed->text);
+        if (failed->reason == Reason::needsDownload) throw lacksDownload(profile);
+        throw CommandError(
+            ExitCode::failed, inQuotes(profile.name)
+                                  + " is paused in the running program, which then does not look at "
+                                    "the server. resume has it compared again; check lists what is "
+                                    "newer there.");
+    }
+
+    void decide(const std::vector<RemoteChange>& changes, const Selected& selected) override {
+        DecisionReport report(around.output);
+        ControlRequest request{.kind = ControlRequest::Kind::decide, .profiles = {profile.id}, .revision = revision};
+        request.downloadAll = selected.size() == changes.size();
+        if (!request.downloadAll) request.download.assign(selected.begin(), selected.end());
+        std::optional<answer::Failed> failed;
+        try {
+            failed = program.ask(request, around.interrupt, [&](const ControlAnswer& answer) {
+                if (const auto* told = std::get_if<answer::Activity>(&answer)) {
+                    report.activityLogged(told->profile, told->line);
+                } else if (const auto* outcome = std::get_if<answer::Outcome>(&answer)) {
+                    tellOutcome(outcome->path, outcome->kept, outcome->downloaded);
+                }
+            });
+        } catch (const Cancelled&) {
+            throw CommandError(ExitCode::failed, "Interrupted. The running program goes on with what was decided.");
+        }
+        if (failed) throw undecided(*failed);
+        if (!report.failure.empty()) throw CommandError(ExitCode::failed, sentence(report.failure));
+    }
+
+    [[nodiscard]] const char* afterwards() const override { return "Decided. Watching goes on."; }
+
+private:
+    using Reason = answer::Failed::Reason;
+
+    [[nodiscard]] CommandError undecided(const answer::Failed& failed) const {
+        switch (failed.reason) {
+        case Reason::server:
+            return downloadFailure(failed.text);
+        case Reason::otherReview:
+            return {
+                ExitCode::failed,
+                "What is newer on the server is no longer what it was. Nothing was decided; --list shows what there "
+                "is."};
+        case Reason::paused:
+            return {
+                ExitCode::failed, inQuotes(profile.name)
+                                      + " is paused in the running program. Nothing more was done; "
+                                        "resume has the server compared again."};
+        default:
+            return {ExitCode::failed, sentence(failed.text) + " Nothing more was done."};
+        }
+    }
+
+    RunningProgram& program;
+    std::string revision;
+};
+
+Selected selectedPaths(const Request& request, const std::vector<RemoteChange>& changes) {
+    Selected offered;
     for (const auto& change : changes) offered.insert(change.path);
     if (request.downloadAll) return offered;
-    std::set<std::string, std::less<>> selected;
+    Selected selected;
     std::string unknown;
     for (const auto& typed : request.download) {
         const std::string path = relativePath(typed);
@@ -176,24 +290,30 @@ ExitCode carryOut(Review& review, const Request& request, Output& output) {
         review.list(changes);
     } else {
         review.decide(changes, selected);
-        output.note("Decided. Watching can go on.");
+        output.note(review.afterwards());
     }
     return ExitCode::done;
 }
 
+ExitCode reviewInProgram(RunningProgram& program, const Surroundings& around, const Request& request) {
+    const SavedState state = loadState(around.options);
+    const Profile& profile = chooseProfile(state.profiles, request.name);
+    RunningReview review(program, state.profiles, profile, around);
+    return carryOut(review, request, around.output);
+}
+
 ExitCode reviewProfile(const Surroundings& around, const Request& request) {
     const StateStore store = openState(around.options);
+    if (auto program = RunningProgram::find(store)) return reviewInProgram(*program, around, request);
     const InstanceLock held = holdState(store);
     MainQueue queue;
     AppModel model(queue, {.storeOverride = store, .passwordAccess = {.read = readStoredPassword}, .watches = false});
     requireLoaded(model);
     const Profile profile = chooseProfile(model.profiles(), request.name);
-    if (profile.needsDownload) {
-        throw CommandError(
-            ExitCode::failed, inQuotes(profile.name) + " still has its initial download to do; run watch first.");
-    }
+    if (profile.needsDownload) throw lacksDownload(profile);
     if (const auto given = givenPassword(around)) model.keepForSession(profile.id, *given);
-    Review review(model, queue, profile, around);
+    const ProgressReport progress(model, around.output);
+    OwnReview review(model, queue, profile, around);
     return carryOut(review, request, around.output);
 }
 
@@ -222,7 +342,8 @@ void addReviewCommand(CLI::App& parent, Command& chosen) {
         }
     }
     command->footer("A local version that is kept is uploaded by the next watch if it was edited or never\n"
-                    "uploaded before. The same server version is not offered again.\n\n"
+                    "uploaded before. The same server version is not offered again.\n"
+                    "A running program, window or watch, acts on the decision and goes on.\n\n"
                     "Examples:\n"
                     "  zembrastel-cli review \"My website\"\n"
                     "  zembrastel-cli review \"My website\" --download index.html images/logo.svg");

@@ -14,23 +14,6 @@
 namespace zembrastel {
 namespace {
 
-FileMap scanFolder(const Profile& profile, const Surroundings& around) {
-    const auto control = std::make_shared<TransferControl>();
-    const auto interruptible = around.interrupt.during([control] { control->cancel(); });
-    const auto reportUnusable = [&around](std::string_view path) {
-        around.output.warning("Left out, because its name is not valid UTF-8: " + printable(path));
-    };
-    try {
-        return scan(profile, {.checkpoint = [control] { control->check(); }, .unusableName = reportUnusable});
-    } catch (const Cancelled&) {
-        throw;
-    } catch (const std::exception& error) {
-        throw CommandError(
-            ExitCode::failed, "Cannot scan the local folder " + profile.localFolder + " of " + inQuotes(profile.name)
-                                  + ": " + sentence(describe(error)));
-    }
-}
-
 std::uint64_t totalSize(const FileMap& files) {
     std::uint64_t size = 0;
     for (const auto& [path, fingerprint] : files) size += static_cast<std::uint64_t>(fingerprint.size);
@@ -88,6 +71,23 @@ ExitCode scanProfile(const Surroundings& around, const std::string& name) {
 }
 
 } // namespace
+
+FileMap scanFolder(const Profile& profile, const Surroundings& around) {
+    const auto control = std::make_shared<TransferControl>();
+    const auto interruptible = around.interrupt.during([control] { control->cancel(); });
+    const auto reportUnusable = [&around](std::string_view path) {
+        around.output.warning("Left out, because its name is not valid UTF-8: " + printable(path));
+    };
+    try {
+        return scan(profile, {.checkpoint = [control] { control->check(); }, .unusableName = reportUnusable});
+    } catch (const Cancelled&) {
+        throw;
+    } catch (const std::exception& error) {
+        throw CommandError(
+            ExitCode::failed, "Cannot scan the local folder " + profile.localFolder + " of " + inQuotes(profile.name)
+                                  + ": " + sentence(describe(error)));
+    }
+}
 
 LocalDifferences differences(const FileMap& current, const FileMap& baseline) {
     LocalDifferences found;

@@ -3,6 +3,7 @@
 
 #include "cli/command.h"
 #include "model/fingerprint.h"
+#include "model/profile.h"
 
 #include <string>
 #include <vector>
@@ -17,6 +18,9 @@ struct LocalDifferences {
 };
 
 [[nodiscard]] LocalDifferences differences(const FileMap& current, const FileMap& baseline);
+
+// The profile's folder as it is now; an interrupt is thrown as Cancelled.
+[[nodiscard]] FileMap scanFolder(const Profile& profile, const Surroundings& around);
 
 void addScan(CLI::App& parent, Command& chosen);
 

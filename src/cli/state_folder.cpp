@@ -28,6 +28,15 @@ SavedState loadState(const GlobalOptions& options) {
     }
 }
 
+std::vector<Profile> loadProfiles(const GlobalOptions& options) {
+    const StateStore store = openState(options);
+    try {
+        return store.loadProfiles();
+    } catch (const std::exception& error) {
+        failLoading(error);
+    }
+}
+
 InstanceLock holdState(const StateStore& store) {
     std::optional<InstanceLock> lock;
     try {

@@ -14,6 +14,7 @@ namespace zembrastel {
 
 // For commands that only look: another program may be running meanwhile.
 [[nodiscard]] SavedState loadState(const GlobalOptions& options);
+[[nodiscard]] std::vector<Profile> loadProfiles(const GlobalOptions& options); // which is quicker
 
 // Keeps other programs from the state folder for as long as it lives. ExitCode::stateInUse when one is running.
 [[nodiscard]] InstanceLock holdState(const StateStore& store);

@@ -10,8 +10,8 @@ namespace zembrastel {
 namespace {
 
 ExitCode testConnection(const Surroundings& around, const std::string& name) {
-    const SavedState state = loadState(around.options);
-    const Profile& profile = chooseProfile(state.profiles, name);
+    const auto profiles = loadProfiles(around.options);
+    const Profile& profile = chooseProfile(profiles, name);
     std::size_t items = 0;
     callServer(
         profile, around, "read the remote folder", [&items](const FTPTransport& server) { items = server.test(); });

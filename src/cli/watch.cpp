@@ -1,10 +1,13 @@
 #include "cli/watch.h"
 
+#include "app/control_service.h"
 #include "app/main_queue.h"
+#include "app/retry_on_wake.h"
 #include "cli/observing.h"
 #include "cli/password_source.h"
 #include "cli/presentation.h"
 #include "cli/profile_choice.h"
+#include "cli/progress_report.h"
 #include "cli/state_folder.h"
 #include "cli/watch_report.h"
 #include "model/error.h"
@@ -37,13 +40,15 @@ std::vector<Profile> chosenProfiles(const std::vector<Profile>& profiles, const 
 
 // Returns when interrupted; throws when nothing is left to watch.
 void watchUntilInterrupted(
-    AppModel& model, MainQueue& queue, const std::vector<Profile>& profiles, const Surroundings& around) {
+    AppModel& model, MainQueue& queue, const ControlService& control, const std::vector<Profile>& profiles,
+    const Surroundings& around) {
     const auto interruptible = around.interrupt.during([&queue] { queue.quit(); });
     for (const auto& profile : profiles) model.start(profile.id);
-    const auto nothingRuns = [&] {
-        return std::ranges::none_of(profiles, [&model](const Profile& profile) { return model.running(profile.id); });
+    const auto isOver = [&] {
+        const auto runs = [&model](const Profile& profile) { return model.running(profile.id); };
+        return !control.holdsPaused() && std::ranges::none_of(model.profiles(), runs);
     };
-    const bool ended = queue.runUntil(nothingRuns);
+    const bool ended = queue.runUntil(isOver);
     if (!ended || around.interrupt.happened()) return;
     throw CommandError(
         ExitCode::failed, profiles.size() == 1 ? "Watching ended: " + inQuotes(profiles.front().name) + " cannot go on."
@@ -66,8 +71,14 @@ ExitCode watch(const Surroundings& around, const std::vector<std::string>& names
     }
     WatchReport report(model, around);
     const Observing observing(model, report);
+    const ControlService control(model, queue, store.folder());
+    if (control.failure()) {
+        around.output.warning("Other commands cannot reach this program: " + sentence(*control.failure()));
+    }
+    const ProgressReport progress(model, around.output);
     around.output.note("Watching " + listedNames(profiles) + ". Ctrl-C stops.");
-    watchUntilInterrupted(model, queue, profiles, around);
+    const RetryOnWake retryOnWake(queue, model);
+    watchUntilInterrupted(model, queue, control, profiles, around);
     model.shutdown();
     around.output.note("Stopped.");
     return ExitCode::done;
@@ -82,7 +93,8 @@ void addWatch(CLI::App& parent, Command& chosen) {
     command->footer("First the server is compared with what was last synchronised. Files that somebody else\n"
                     "made newer there wait for a decision (see review), and nothing is uploaded until then.\n"
                     "After that every new or changed file is uploaded a few seconds after it was saved.\n"
-                    "Nothing is ever deleted on the server. Failures are told and tried again.\n\n"
+                    "Nothing is ever deleted on the server. Failures are told and tried again.\n"
+                    "Meanwhile status, pause, resume and review work from another terminal.\n\n"
                     "Example:\n"
                     "  zembrastel-cli watch \"My website\" --password-file ~/.ftp-password");
     command->callback(

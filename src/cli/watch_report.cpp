@@ -3,6 +3,7 @@
 #include "cli/presentation.h"
 #include "cli/profile_choice.h"
 #include "cli/review_text.h"
+#include "cli/status_text.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -25,13 +26,15 @@ void WatchReport::statusChanged(const Uuid& id) {
         if (const auto line = narrations[id].status(status)) tell(*profile, *line);
         return;
     }
-    Told now{.title = status.title, .detail = status.detail, .pending = status.pending, .failed = status.failed};
-    if (lastStatus[id] == now) return;
+    // The model repeats it at every look at the folder.
+    JsonLine known("status");
+    addStatus(known, status);
+    std::string told = known.finished();
+    if (lastStatus[id] == told) return;
+    lastStatus[id] = std::move(told);
     JsonLine object("status");
-    begin(object, *profile).text("title", now.title).text("detail", now.detail);
-    object.number("pending", static_cast<std::uint64_t>(now.pending)).flag("failed", now.failed);
+    addStatus(begin(object, *profile), status);
     around.output.line(object);
-    lastStatus[id] = std::move(now);
 }
 
 void WatchReport::activityLogged(const Uuid& id, const Activity& activity) {
@@ -71,7 +74,7 @@ void WatchReport::tellReview(const Profile& profile, const std::vector<RemoteCha
         around.output.line("    and " + std::to_string(changes.size() - mostPaths) + " more");
     }
     const std::string name = unambiguousName(model.profiles(), profile);
-    around.output.line("  To decide, stop watching (Ctrl-C), then: " + reviewCommand(around.options, name) + " --list");
+    around.output.line("  To decide, in another terminal: " + reviewCommand(around.options, name) + " --list");
 }
 
 void WatchReport::alertChanged() {

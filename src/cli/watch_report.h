@@ -28,20 +28,11 @@ private:
     void tellReview(const Profile& profile, const std::vector<RemoteChange>& changes);
     [[nodiscard]] JsonLine& begin(JsonLine& object, const Profile& profile) const;
 
-    // What a status line says; JSON lines tell every change of it.
-    struct Told {
-        std::string title;
-        std::string detail;
-        std::int64_t pending = 0;
-        bool failed = false;
-        friend bool operator==(const Told&, const Told&) = default;
-    };
-
     const AppModel& model;
     const Surroundings& around;
     Clock& clock = systemClock();
     std::map<Uuid, Narration> narrations;
-    std::map<Uuid, Told> lastStatus;
+    std::map<Uuid, std::string> lastStatus;
     std::set<Uuid> reviewsTold;
 };
 

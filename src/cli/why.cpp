@@ -2,7 +2,7 @@
 
 #include "cli/presentation.h"
 #include "cli/profile_choice.h"
-#include "cli/relative_path.h"
+#include "cli/profile_path.h"
 #include "cli/state_folder.h"
 #include "platform/text.h"
 
@@ -93,28 +93,9 @@ Answer answerFor(const Profile& profile, const std::string& path) {
     return selected(profile, path);
 }
 
-// Below the local folder, from a path that may start at the root of the file system.
-std::string pathInProfile(const Profile& profile, const std::string& typed) {
-    const auto refuse = [&typed, &profile] {
-        throw CommandError(
-            ExitCode::usage,
-            "The path " + inQuotes(typed) + " is not below the local folder " + oneLine(profile.localFolder) + ".");
-    };
-    std::string path = typed;
-    if (typed.starts_with('/') && !relativePath(typed).empty()) {
-        const auto inside = fs::path(typed).lexically_normal().lexically_relative(profile.localFolder);
-        path = inside.string();
-        if (path.empty()) refuse();
-    }
-    path = relativePath(path);
-    const auto components = splitNonEmpty(path, '/');
-    if (std::ranges::find(components, "..") != components.end()) refuse();
-    return path;
-}
-
 ExitCode explain(const Surroundings& around, const Request& request) {
-    const SavedState state = loadState(around.options);
-    const Profile& profile = chooseProfile(state.profiles, request.name);
+    const auto profiles = loadProfiles(around.options);
+    const Profile& profile = chooseProfile(profiles, request.name);
     const std::string path = pathInProfile(profile, request.path);
     const Answer answer = answerFor(profile, path);
     if (around.output.json()) {

@@ -12,7 +12,7 @@ namespace {
 
 ProfilesFound profilesFromExport(std::string_view json) {
     ProfilesFound found;
-    for (auto& profile : decodeProfileExport(json).profiles) {
+    for (auto& profile : decodeProfileExport(std::string(json)).profiles) {
         profile.enabled = false;
         found.candidates.push_back({.profile = std::move(profile), .password = std::nullopt, .notes = {}});
     }

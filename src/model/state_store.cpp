@@ -19,8 +19,13 @@ StateStore::StateStore(std::optional<std::filesystem::path> folder)
 }
 
 SavedState StateStore::load() const {
-    const auto json = readFile(realFolder / fileName);
-    return json ? decodeSavedState(*json) : SavedState{};
+    auto json = readFile(realFolder / fileName);
+    return json ? decodeSavedState(*std::move(json)) : SavedState{};
+}
+
+std::vector<Profile> StateStore::loadProfiles() const {
+    auto json = readFile(realFolder / fileName);
+    return json ? decodeProfiles(*std::move(json)) : std::vector<Profile>();
 }
 
 void StateStore::save(const SavedState& state) const {

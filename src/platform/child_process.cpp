@@ -2,13 +2,18 @@
 
 #include "platform/files.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <csignal>
 #include <ctime>
 #include <fcntl.h>
+#include <filesystem>
+#include <poll.h>
 #include <spawn.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 namespace zembrastel {
@@ -16,6 +21,7 @@ namespace {
 
 // Of the numbers that the child's descriptors have: three streams, a file, and the end of a pipe.
 constexpr int lowestFree = 5;
+constexpr int handedOver = 3;
 
 struct Pipe {
     explicit Pipe(const std::string& executable) {
@@ -95,6 +101,21 @@ private:
     bool wasPending = false;
 };
 
+// What the kernel tells of a descriptor, in a file of /proc, begins with "pos:" and a number.
+std::optional<std::uint64_t> readPosition(const std::filesystem::path& information) {
+    constexpr std::size_t enough = 64;
+    std::array<char, enough> text{};
+    const Descriptor file(::open(information.c_str(), O_RDONLY | O_CLOEXEC));
+    const ssize_t size = file ? ::read(file.get(), text.data(), text.size()) : -1;
+    if (size <= 0) return std::nullopt;
+    const auto* const end = text.data() + size;
+    std::uint64_t position = 0;
+    const auto isDigit = [](char byte) { return byte >= '0' && byte <= '9'; };
+    return std::from_chars(std::find_if(text.data(), text.data() + size, isDigit), end, position).ec == std::errc()
+               ? std::optional(position)
+               : std::nullopt;
+}
+
 } // namespace
 
 ChildProcess::~ChildProcess() {
@@ -155,6 +176,34 @@ void ChildProcess::wait() const {
     siginfo_t ended{};
     while (::waitid(P_PID, static_cast<id_t>(process), &ended, WEXITED | WNOWAIT) != 0 && errno == EINTR) {
     }
+}
+
+bool ChildProcess::wait(std::chrono::milliseconds atMost) const {
+    // The child alone holds the other end of this pipe, so its end is an event here.
+    pollfd end{.fd = life.get(), .events = 0, .revents = 0};
+    if (::poll(&end, 1, static_cast<int>(atMost.count())) > 0) {
+        wait();
+        return true;
+    }
+    siginfo_t ended{};
+    return ::waitid(P_PID, static_cast<id_t>(process), &ended, WEXITED | WNOWAIT | WNOHANG) != 0 || ended.si_pid != 0;
+}
+
+std::optional<std::uint64_t> ChildProcess::filePosition() const {
+    const std::filesystem::path own = "/proc/" + std::to_string(process);
+    const std::string handed = std::to_string(handedOver);
+    struct stat file {};
+    if (::stat((own / "fd" / handed).c_str(), &file) != 0) return std::nullopt;
+    std::error_code ended; // the child may be gone at any step
+    for (std::filesystem::directory_iterator each(own / "fd", ended), last; !ended && each != last;
+         each.increment(ended)) {
+        struct stat opened {};
+        const auto number = each->path().filename();
+        if (number == handed || ::stat(each->path().c_str(), &opened) != 0) continue;
+        if (opened.st_ino != file.st_ino || opened.st_dev != file.st_dev) continue;
+        return readPosition(own / "fdinfo" / number);
+    }
+    return std::nullopt;
 }
 
 ChildProcess::Exit ChildProcess::collect() {

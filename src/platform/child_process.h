@@ -10,6 +10,7 @@
 
 #include "platform/descriptor.h"
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -56,6 +57,14 @@ public:
 
     // Blocks until the child has ended, and leaves its exit to collect().
     void wait() const;
+
+    // The same, for no longer than `atMost`, or a little less. False when the child still runs.
+    [[nodiscard]] bool wait(std::chrono::milliseconds atMost) const;
+
+    // How far the child has come in the file that was handed over to it, reading or writing by a descriptor that it
+    // opened at `filePath` itself. Nothing while it has none, and where the system does not tell. Between start() and
+    // collect().
+    [[nodiscard]] std::optional<std::uint64_t> filePosition() const;
 
     // The exit of a child that wait() has seen end. From here on the child is gone.
     Exit collect();

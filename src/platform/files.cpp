@@ -129,8 +129,9 @@ std::string readContents(int file, const std::filesystem::path& name) {
     if (::lseek(file, 0, SEEK_SET) < 0 && errno != ESPIPE) throwFileError("seek", name);
     std::string bytes;
     std::size_t length = 0;
-    // One byte more than the size says, so that the end is seen without growing.
-    bytes.resize(static_cast<std::size_t>(attributes.st_size) + 1);
+    // More than the size says, so that the end is seen without growing, and for parsers.
+    constexpr std::size_t more = 64;
+    bytes.resize(static_cast<std::size_t>(attributes.st_size) + more);
     while (true) {
         const ssize_t size = ::read(file, bytes.data() + length, bytes.size() - length);
         if (size < 0 && errno == EINTR) continue;

@@ -16,14 +16,20 @@ std::filesystem::path absoluteFromEnvironment(const char* variable) {
 
 } // namespace
 
+std::filesystem::path homeFolder() {
+    if (auto home = absoluteFromEnvironment("HOME"); !home.empty()) return home;
+    const passwd* user = ::getpwuid(::geteuid());
+    return user == nullptr ? "/" : user->pw_dir;
+}
+
 std::filesystem::path dataFolder() {
     if (auto folder = absoluteFromEnvironment("XDG_DATA_HOME"); !folder.empty()) return folder;
-    auto home = absoluteFromEnvironment("HOME");
-    if (home.empty()) {
-        const passwd* user = ::getpwuid(::geteuid());
-        home = user == nullptr ? "/" : user->pw_dir;
-    }
-    return home / ".local" / "share";
+    return homeFolder() / ".local" / "share";
+}
+
+std::filesystem::path configFolder() {
+    if (auto folder = absoluteFromEnvironment("XDG_CONFIG_HOME"); !folder.empty()) return folder;
+    return homeFolder() / ".config";
 }
 
 std::filesystem::path temporaryFolder() {

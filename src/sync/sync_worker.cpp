@@ -3,6 +3,7 @@
 #include "model/error.h"
 #include "model/scan.h"
 #include "platform/text.h"
+#include "sync/progress_meter.h"
 #include "transport/ftp_transport.h"
 
 #include <algorithm>
@@ -11,8 +12,6 @@
 
 namespace zembrastel {
 namespace {
-
-constexpr std::chrono::seconds longestRetryDelay{60};
 
 // Makes the scan of this poll the previous one when the poll ends, well or not.
 struct KeepAsPrevious {
@@ -25,19 +24,52 @@ struct KeepAsPrevious {
 class WorkerRun {
 public:
     WorkerRun(const SyncWorker& started, const std::stop_token& stopToken)
-        : worker(started), stop(stopToken),
-          transport{.profile = started.profile, .password = started.password, .control = started.control},
+        : worker(started), stop(stopToken), meter(started.clock, started.events.progress),
+          transport{
+              .profile = started.profile,
+              .password = started.password,
+              .control = started.control,
+              .observer = started.events.progress ? &meter : nullptr},
           baseline(started.initialBaseline) {}
 
     void run() {
+        worker.retryWait->reset();
         if (worker.profile.needsDownload && !downloadInitially()) return;
+        meter.begin(TransferProgress::Work::uploading);
         while (true) {
             if (stop.stop_requested()) return;
             poll();
         }
     }
 
+    void pass() {
+        std::optional<std::string> failure;
+        try {
+            failure = sendOnce();
+        } catch (const Cancelled&) {
+            throw;
+        } catch (const std::exception& error) {
+            failure = describe(error);
+            activity(*failure, true);
+        }
+        worker.events.deliver(event::PassEnded{failure});
+    }
+
 private:
+    // Why not everything was sent, if so.
+    std::optional<std::string> sendOnce() {
+        worker.control->check();
+        previous = scanFolder();
+        for (int look = 0; look < mostLooks; ++look) {
+            sleep(pollInterval);
+            const FileMap current = scanFolder();
+            const KeepAsPrevious keep{previous, current};
+            synchronise(current);
+            if (changedPaths(scanFolder(), baseline).empty()) return std::nullopt;
+        }
+        return "Some files did not stop changing.";
+    }
+
     // False when there is nothing that may be downloaded.
     bool downloadInitially() {
         try {
@@ -46,7 +78,6 @@ private:
             status("Needs download selection", describe(error), 0);
             return false;
         }
-        retryDelay = firstRetryDelay;
         while (!tryDownload()) {
         }
         return true;
@@ -57,6 +88,7 @@ private:
         try {
             worker.control->check();
             worker.events.deliver(downloadingStatus());
+            meter.begin(TransferProgress::Work::downloading);
             transport.downloadTree(
                 "", 0, [this](const std::string& line) { worker.events.post(event::Activity{.text = line}); },
                 [this](const std::string& path, const Fingerprint& fingerprint) {
@@ -73,7 +105,7 @@ private:
         worker.events.deliver(event::Baseline{baseline});
         worker.events.deliver(event::DownloadFinished{});
         activity("Initial download complete. Watching for local changes.", false);
-        retryDelay = firstRetryDelay;
+        worker.retryWait->reset();
         return true;
     }
 
@@ -89,7 +121,7 @@ private:
             waitToRetry("Waiting to retry", describe(error));
             return;
         }
-        retryDelay = firstRetryDelay;
+        worker.retryWait->reset();
         sleep(pollInterval);
     }
 
@@ -132,11 +164,17 @@ private:
         const auto changed = changedPaths(current, baseline);
         const auto pending = static_cast<std::int64_t>(changed.size());
         if (changed.empty()) {
+            doneInBurst = 0;
             worker.events.deliver(watchingStatus());
         } else {
             const auto stable = stablePaths(changed, current, previous);
             worker.events.deliver(queuedStatus(pending));
-            for (const auto& path : stable) upload(path, current.at(path), pending);
+            const auto inBurst = doneInBurst + changed.size();
+            for (const auto& path : stable) {
+                meter.setFiles(doneInBurst, inBurst);
+                upload(path, current.at(path), pending);
+                ++doneInBurst;
+            }
         }
         forgetDeleted(current);
         // The same entries: once they are shared, the next poll compares them by address.
@@ -171,9 +209,8 @@ private:
 
     void waitToRetry(const std::string& title, const std::string& problem) {
         activity(problem, true);
-        status(title, retryDetail(problem, retryDelay), 0);
-        sleep(retryDelay);
-        retryDelay = nextRetryDelay(retryDelay);
+        status(title, retryDetail(problem, worker.retryWait->delay()), 0);
+        if (!worker.retryWait->sleep(worker.clock, stop)) throw Cancelled();
     }
 
     void sleep(std::chrono::seconds duration) const {
@@ -191,18 +228,17 @@ private:
 
     const SyncWorker& worker;
     const std::stop_token& stop;
+    ProgressMeter meter;
     const FTPTransport transport;
     FileMap baseline;
     FileMap previous;
     std::optional<Mount> mount; // that the local folder is on
     bool diskWasAway = false;
-    std::chrono::seconds retryDelay = firstRetryDelay;
+    std::size_t doneInBurst = 0; // files that went up since none waited
     std::set<std::string, std::less<>> reportedNames;
 };
 
 } // namespace
-
-std::chrono::seconds nextRetryDelay(std::chrono::seconds delay) { return std::min(delay * 2, longestRetryDelay); }
 
 std::string retryDetail(const std::string& problem, std::chrono::seconds delay) {
     return problem + " Retrying in " + std::to_string(delay.count()) + " seconds.";
@@ -241,6 +277,14 @@ std::vector<std::string> stablePaths(
         if (before != nullptr && *before == current.at(path)) stable.push_back(path);
     }
     return stable;
+}
+
+void SyncWorker::pass(const std::stop_token& stop) const {
+    try {
+        WorkerRun(*this, stop).pass();
+    } catch (const Cancelled&) {
+        // Stopped: nothing is reported.
+    }
 }
 
 void SyncWorker::run(const std::stop_token& stop) const {

@@ -8,6 +8,7 @@
 #include "model/fingerprint.h"
 #include "model/profile.h"
 #include "platform/clock.h"
+#include "sync/retry_wait.h"
 #include "sync/worker_event.h"
 #include "transport/transfer_control.h"
 
@@ -20,10 +21,7 @@
 namespace zembrastel {
 
 inline constexpr std::chrono::seconds pollInterval{2};
-inline constexpr std::chrono::seconds firstRetryDelay{5};
-
-// 5, 10, 20, 40, 60, 60, … seconds.
-[[nodiscard]] std::chrono::seconds nextRetryDelay(std::chrono::seconds delay);
+inline constexpr int mostLooks = 15; // of one pass
 
 // "… Retrying in 5 seconds."
 [[nodiscard]] std::string retryDetail(const std::string& problem, std::chrono::seconds delay);
@@ -48,11 +46,17 @@ struct SyncWorker {
     FileMap initialBaseline; // each file as last uploaded or downloaded
     EventSink events;
     Clock& clock;
+    std::shared_ptr<RetryWait> retryWait = std::make_shared<RetryWait>(); // to be woken by others
 
     // Returns when the worker was stopped, by the token or through the control, when an initial download is due without
     // a selection, and when the local folder's disk is back: what became of the server meanwhile has to be looked at
     // first. Throws nothing: failures are reported as events and tried again.
     void run(const std::stop_token& stop) const;
+
+    // Sends what changed, once, and reports PassEnded: when a look at the folder finds nothing that is not on the
+    // server, at the first failure, which is not tried again, or when files go on changing for half a minute. No
+    // initial download may be due. Throws nothing.
+    void pass(const std::stop_token& stop) const;
 };
 
 } // namespace zembrastel

@@ -5,9 +5,11 @@
 
 #include "model/fingerprint.h"
 #include "model/remote_date.h"
+#include "sync/transfer_progress.h"
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <variant>
 
@@ -58,18 +60,26 @@ struct DownloadFinished {};
 // disk: the worker ends, and nothing may be uploaded before both were compared.
 struct FolderReturned {};
 
+// The one pass that was asked for is over.
+struct PassEnded {
+    std::optional<std::string> failure; // why it is incomplete; nothing when all is on the server
+};
+
 } // namespace event
 
 using WorkerEvent = std::variant<
     event::Status, event::Activity, event::Uploaded, event::Baseline, event::Downloaded, event::RemoteDate,
-    event::DownloadFinished, event::FolderReturned>;
+    event::DownloadFinished, event::FolderReturned, event::PassEnded>;
 
-// The two ways to the model. Called on the worker's thread.
+// The ways to the model. Called on the worker's thread.
 struct EventSink {
     // Returns once the model has applied the event. Throws Cancelled when the worker is stopped before that.
     std::function<void(WorkerEvent)> deliver;
     // Returns at once; the model gets posted events in order.
     std::function<void(WorkerEvent)> post;
+    // How far a long transfer has come, after the events before it and in no hurry: returns at once, and where the
+    // model has not yet taken the last one, this one is dropped. Without it no transfer is looked at.
+    std::function<void(const TransferProgress&)> progress = {};
 };
 
 } // namespace zembrastel

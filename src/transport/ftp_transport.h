@@ -14,8 +14,10 @@
 #include "transport/remote_change.h"
 #include "transport/remote_entry.h"
 #include "transport/transfer_control.h"
+#include "transport/transfer_observer.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -26,6 +28,17 @@
 
 namespace zembrastel {
 
+class ChildProcess;
+
+// One run of curl as a conversation, for finding out what is wrong with a server.
+struct Conversation {
+    bool succeeded = false;
+    bool connected = false;             // did anybody answer at the host's port?
+    std::string output{};               // what curl wrote to its standard output, where it succeeded
+    std::string failure{};              // curl's own words; empty where it succeeded
+    std::vector<std::string> replies{}; // the server's lines, in their order
+};
+
 struct FTPTransport {
     using Report = std::function<void(const std::string& line)>;
     using Installed = std::function<void(const std::string& path, const Fingerprint& fingerprint)>;
@@ -33,12 +46,22 @@ struct FTPTransport {
     Profile profile;
     std::string password;
     std::shared_ptr<TransferControl> control;
+    TransferObserver* observer = nullptr; // borrowed; nothing is looked at for nobody
+
+    // Tells how many bytes of a local file curl has read or written.
+    using Position = std::function<std::optional<std::uint64_t>(const ChildProcess& curl)>;
 
     // One run of curl: the options that every operation has, then `options`. Returns what curl wrote to its standard
     // output. The one local file that curl may read or write is the open `localFile`, which the options call
-    // ChildProcess::filePath: curl is given no path of the local side, so nobody can put a link into one.
+    // ChildProcess::filePath: curl is given no path of the local side, so nobody can put a link into one. What
+    // `position` tells goes to the observer.
     std::string run(
-        std::string_view path, bool directory, const std::vector<TransferOption>& options, int localFile = -1) const;
+        std::string_view path, bool directory, const std::vector<TransferOption>& options, int localFile = -1,
+        const Position& position = {}) const;
+
+    // The same run, with all that was said in it. A failure is part of the conversation and not thrown.
+    [[nodiscard]] Conversation converse(
+        std::string_view path, bool directory, std::vector<TransferOption> options, int localFile = -1) const;
 
     // The entries of one remote folder, in the server's order: those of MLSD that LIST shows as well, with MLSD's
     // dates, or where the server has no MLSD those of LIST, without dates.
@@ -46,6 +69,13 @@ struct FTPTransport {
 
     // The server's modification date of one file; never a guess.
     [[nodiscard]] RemoteDate modificationDate(std::string_view path) const;
+
+    // What the server tells of one file: the date as above, and the size, where it tells that.
+    struct FileFacts {
+        RemoteDate modified;
+        std::optional<std::uint64_t> size = std::nullopt;
+    };
+    [[nodiscard]] FileFacts facts(std::string_view path) const;
 
     // The number of entries in the profile's remote folder. Reads only.
     [[nodiscard]] std::size_t test() const;
@@ -74,6 +104,9 @@ struct FTPTransport {
     [[nodiscard]] std::vector<RemoteChange> newerRemoteFiles(
         const FileMap& baseline, const RemoteDates& knownDates, const Report& report) const;
 };
+
+// What has curl send the handed-over file under the temporary name, and then give it its own, replacing what has it.
+[[nodiscard]] std::vector<TransferOption> uploadOptions(const std::string& temporary, const std::string& name);
 
 // Deeper remote folders are refused: no real site has them, and a link that a server follows can go on for ever.
 inline constexpr int mostFolderLevels = 128;

@@ -51,16 +51,20 @@ std::vector<RemoteEntry> FTPTransport::list(std::string_view path) const {
     return std::move(*entries);
 }
 
-RemoteDate FTPTransport::modificationDate(std::string_view path) const {
+FTPTransport::FileFacts FTPTransport::facts(std::string_view path) const {
     const std::string text = run(path, false, {{"head"}});
     if (const auto value = isValidUtf8(text) ? findLastModified(text) : std::nullopt) {
-        if (const auto date = parseHttpDate(*value)) return toRemoteDate(*date);
+        if (const auto date = parseHttpDate(*value)) {
+            return {.modified = toRemoteDate(*date), .size = findContentLength(text)};
+        }
         throw SyncError("The server returned an unreadable modification date for " + std::string(path) + ".");
     }
     throw SyncError(
         "The server did not provide a modification date for " + std::string(path)
         + ". Uploads remain paused until you choose how to proceed.");
 }
+
+RemoteDate FTPTransport::modificationDate(std::string_view path) const { return facts(path).modified; }
 
 std::size_t FTPTransport::test() const { return list("").size(); }
 

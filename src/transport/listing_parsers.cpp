@@ -5,6 +5,7 @@
 #include "transport/remote_url.h"
 
 #include <algorithm>
+#include <charconv>
 #include <chrono>
 
 namespace zembrastel {
@@ -47,6 +48,14 @@ std::optional<std::string_view> findFact(std::string_view facts, std::string_vie
         facts.remove_prefix(std::min(end + 1, facts.size()));
     }
     return std::nullopt;
+}
+
+// Nothing for what is no number of bytes, whatever a server may mean by it.
+std::optional<std::uint64_t> byteCount(std::string_view text) {
+    std::uint64_t count = 0;
+    const auto* const end = text.data() + text.size();
+    const auto read = std::from_chars(text.data(), end, count);
+    return read.ec == std::errc() && read.ptr == end ? std::optional(count) : std::nullopt;
 }
 
 // Walks along one line. Each step takes as much as it can and is never taken back: where a list of columns is
@@ -127,12 +136,13 @@ enum class Kind { file, directory, link };
 struct ListLine {
     Kind kind;
     std::string_view name;
+    std::string_view size; // digits of any script; none for a folder of the Windows form
 };
 
 // A line with a line break in its name is not of either form: nobody can say where such a name ends.
-std::optional<ListLine> listLine(Kind kind, std::string_view name) {
+std::optional<ListLine> listLine(Kind kind, std::string_view name, std::string_view size) {
     if (containsLineBreak(name)) return std::nullopt;
-    return ListLine{kind, name};
+    return ListLine{kind, name, size};
 }
 
 Kind unixKind(char letter) {
@@ -148,12 +158,15 @@ std::optional<ListLine> unixLine(std::string_view line) {
     const bool links = columns.whitespace() && columns.digits();
     const bool owner = links && columns.whitespace() && columns.nonWhitespace();
     const bool group = owner && columns.whitespace() && columns.nonWhitespace();
-    const bool size = group && columns.whitespace() && columns.digits();
+    const bool padded = group && columns.whitespace();
+    const std::string_view atSize = columns.remaining();
+    const bool size = padded && columns.digits();
+    const std::string_view digits = atSize.substr(0, atSize.size() - columns.remaining().size());
     const bool month = size && columns.whitespace() && columns.nonWhitespace();
     const bool day = month && columns.whitespace() && columns.digits();
     const bool time = day && columns.whitespace() && columns.nonWhitespace();
     if (!time || !columns.oneWhitespace()) return std::nullopt;
-    return listLine(unixKind(line.front()), columns.remaining());
+    return listLine(unixKind(line.front()), columns.remaining(), digits);
 }
 
 // "01-02-2026  10:15AM       <DIR>          name": all blanks before the name are the column's padding.
@@ -165,9 +178,11 @@ std::optional<ListLine> windowsLine(std::string_view line) {
                       && (columns.word("am") || columns.word("pm"));
     if (!time || !columns.whitespace()) return std::nullopt;
     const bool directory = columns.word("<dir>");
+    const std::string_view atSize = columns.remaining();
     if (!directory && !columns.digits()) return std::nullopt;
+    const std::string_view digits = atSize.substr(0, atSize.size() - columns.remaining().size());
     if (!columns.whitespace()) return std::nullopt;
-    return listLine(directory ? Kind::directory : Kind::file, columns.remaining());
+    return listLine(directory ? Kind::directory : Kind::file, columns.remaining(), digits);
 }
 
 int number(std::string_view digits) {
@@ -194,8 +209,13 @@ std::vector<RemoteEntry> parseMLSD(std::string_view text) {
         requireValidName(name);
         constexpr std::string_view modifyKey = "modify=";
         const std::optional<std::string_view> modify = findFact(facts, modifyKey);
+        constexpr std::string_view sizeKey = "size=";
+        const std::optional<std::string_view> size = findFact(facts, sizeKey);
         entries.push_back(
-            {std::string(name), directory, modify ? parseFTPDate(modify->substr(modifyKey.size())) : std::nullopt});
+            {.name = std::string(name),
+             .directory = directory,
+             .modified = modify ? parseFTPDate(modify->substr(modifyKey.size())) : std::nullopt,
+             .size = size ? byteCount(size->substr(sizeKey.size())) : std::nullopt});
     });
     return entries;
 }
@@ -212,7 +232,11 @@ std::vector<RemoteEntry> parseLIST(std::string_view text) {
         }
         if (item->kind == Kind::link || item->name == "." || item->name == "..") return;
         requireValidName(item->name);
-        entries.push_back({std::string(item->name), item->kind == Kind::directory, std::nullopt});
+        entries.push_back(
+            {.name = std::string(item->name),
+             .directory = item->kind == Kind::directory,
+             .modified = std::nullopt,
+             .size = byteCount(item->size)});
     });
     return entries;
 }
@@ -246,13 +270,26 @@ std::optional<RemoteDate> parseFTPDate(std::string_view text) {
         + std::chrono::seconds(second));
 }
 
-std::optional<std::string_view> findLastModified(std::string_view headers) {
-    constexpr std::string_view key = "last-modified:";
+namespace {
+
+// Of the first header line with this key, which is in lower case and has its colon.
+std::optional<std::string_view> findHeader(std::string_view headers, std::string_view key) {
     std::optional<std::string_view> value;
     forEachLine(headers, [&](std::string_view line) {
         if (!value && startsWith(line, key)) value = trimmed(line.substr(key.size()));
     });
     return value;
+}
+
+} // namespace
+
+std::optional<std::string_view> findLastModified(std::string_view headers) {
+    return findHeader(headers, "last-modified:");
+}
+
+std::optional<std::uint64_t> findContentLength(std::string_view headers) {
+    const auto value = findHeader(headers, "content-length:");
+    return value ? byteCount(*value) : std::nullopt;
 }
 
 } // namespace zembrastel

@@ -7,6 +7,7 @@
 
 #include "transport/remote_entry.h"
 
+#include <cstdint>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -29,5 +30,8 @@ void keepShown(std::vector<RemoteEntry>& entries, const std::vector<RemoteEntry>
 
 // What stands after "Last-Modified:" in header lines, without the blanks around it. Nothing when no line has it.
 [[nodiscard]] std::optional<std::string_view> findLastModified(std::string_view headers);
+
+// The number after "Content-Length:" in header lines. Nothing when no line has one.
+[[nodiscard]] std::optional<std::uint64_t> findContentLength(std::string_view headers);
 
 } // namespace zembrastel

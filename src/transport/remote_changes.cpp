@@ -22,7 +22,9 @@ public:
         transport.control->check();
         checkFolderDepth(depth);
         report(path.empty() ? "Comparing the remote folder" : "Comparing " + path);
-        for (const auto& entry : transport.list(path)) {
+        const auto entries = transport.list(path);
+        if (transport.observer != nullptr) transport.observer->folderListed(0); // which of them count, is seen below
+        for (const auto& entry : entries) {
             const std::string relative = childPath(path, entry.name);
             if (transport.profile.exclusions.matchEntry(relative)) continue;
             if (!entry.directory) {
@@ -39,6 +41,7 @@ private:
     void compare(const std::string& path, const RemoteEntry& entry) {
         const auto* file = local.find(path);
         if (file == nullptr) return;
+        if (transport.observer != nullptr) transport.observer->fileDone();
         const RemoteDate date = entry.modified ? *entry.modified : transport.modificationDate(path);
         const auto* known = knownDates.find(path);
         if (!shouldOffer(date, *file, known == nullptr ? std::nullopt : std::optional(*known))) return;

@@ -35,6 +35,15 @@ bool stageVersion(
 
 } // namespace
 
+std::vector<TransferOption> uploadOptions(const std::string& temporary, const std::string& name) {
+    // The renames are sent in the file's own remote folder once the transfer is complete, and only then.
+    return {
+        {"ftp-create-dirs"},
+        {"upload-file", ChildProcess::filePath},
+        {"quote", "-RNFR " + temporary},
+        {"quote", "-RNTO " + name}};
+}
+
 void FTPTransport::upload(const std::string& path, const Fingerprint& fingerprint) const {
     auto pieces = splitNonEmpty(path, '/');
     if (pieces.empty() || !validName(pieces.back())) throw SyncError("Invalid filename.");
@@ -50,13 +59,9 @@ void FTPTransport::upload(const std::string& path, const Fingerprint& fingerprin
     }
     const std::string temporary = temporaryName();
     pieces.back() = temporary;
-    // The renames are sent in the file's own remote folder once the transfer is complete, and only then.
-    run(join(pieces, '/'), false,
-        {{"ftp-create-dirs"},
-         {"upload-file", ChildProcess::filePath},
-         {"quote", "-RNFR " + temporary},
-         {"quote", "-RNTO " + name}},
-        staged.get());
+    if (observer != nullptr) observer->fileBegins(path, static_cast<std::uint64_t>(fingerprint.size));
+    run(join(pieces, '/'), false, uploadOptions(temporary, name), staged.get(),
+        [](const ChildProcess& curl) { return curl.filePosition(); });
 }
 
 } // namespace zembrastel

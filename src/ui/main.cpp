@@ -1,5 +1,8 @@
 // zembrastel: the desktop program.
 #include "app/app_model.h"
+#include "app/control_client.h"
+#include "app/control_service.h"
+#include "app/retry_on_wake.h"
 #include "checks/built_in_checks.h"
 #include "model/error.h"
 #include "platform/core_dumps.h"
@@ -9,7 +12,6 @@
 #include "ui/keyring_access.h"
 #include "ui/qt_main_context.h"
 #include "ui/shell.h"
-#include "ui/single_instance.h"
 #include "ui/system_appearance.h"
 #include "ui/termination.h"
 
@@ -18,20 +20,31 @@
 
 #include <csignal>
 #include <cstdio>
+#include <filesystem>
 
 namespace zembrastel {
 namespace {
 
+// A demonstration changes nothing of the user's.
+std::optional<LoginEntry> loginEntry(const DesktopOptions& options) {
+    if (options.demo) return std::nullopt;
+    std::vector<std::string> command{QApplication::applicationFilePath().toStdString(), "--background"};
+    if (options.stateFolder) command.insert(command.end(), {"--state", options.stateFolder->string()});
+    return LoginEntry("org.zembrastel.Zembrastel", "Zembrastel", std::move(command));
+}
+
 int runDesktop(const DesktopOptions& options, Termination& termination, int argc, char** argv) {
     AppModel::Options modelOptions{.demo = options.demo, .passwordAccess = keyringAccess()};
+    std::filesystem::path stateFolder;
     std::optional<InstanceLock> lock;
     if (!options.demo) {
         modelOptions.storeOverride = StateStore(options.stateFolder);
-        lock = InstanceLock::acquire(modelOptions.storeOverride->folder());
+        stateFolder = modelOptions.storeOverride->folder();
+        lock = InstanceLock::acquire(stateFolder);
         if (!lock) {
-            if (SingleInstance::askToShow(modelOptions.storeOverride->folder())) return 0;
+            if (askToShow(stateFolder)) return 0;
             throw SyncError(
-                "The state folder " + modelOptions.storeOverride->folder().string()
+                "The state folder " + stateFolder.string()
                 + " is in use by another running program. Stop that program first, or name another folder with "
                   "--state.");
         }
@@ -45,15 +58,15 @@ int runDesktop(const DesktopOptions& options, Termination& termination, int argc
     followSystemAppearance(appearance);
     QtMainContext context;
     AppModel model(context, std::move(modelOptions));
-    Shell shell(model, context);
-    std::optional<SingleInstance> instance;
-    if (lock) {
-        instance.emplace(StateStore(options.stateFolder).folder(), std::move(*lock));
-        QObject::connect(&*instance, &SingleInstance::showRequested, &shell, &Shell::showWindow);
-    }
+    const RetryOnWake retryOnWake(context, model);
+    Shell shell(model, context, loginEntry(options));
+    std::optional<ControlService> control;
     std::optional<BusActivation> activation;
-    if (instance && !options.stateFolder) {
-        QObject::connect(&activation.emplace(), &BusActivation::showRequested, &shell, &Shell::showWindow);
+    if (lock) {
+        control.emplace(model, context, stateFolder, [&shell] { shell.showWindow(); });
+        if (!options.stateFolder) {
+            QObject::connect(&activation.emplace(), &BusActivation::showRequested, &shell, &Shell::showWindow);
+        }
     }
     termination.whenAsked([] { QApplication::quit(); });
     if (!options.background) shell.showWindow();

@@ -58,17 +58,22 @@ void MainWindow::connectParts() {
     connect(&sidebar->plus(), &QPushButton::clicked, this, [this] { hooks.newProfile(); });
     connect(&sidebar->quitButton(), &QPushButton::clicked, this, &MainWindow::quitRequested);
     connect(&welcome->createButton(), &QPushButton::clicked, this, [this] { hooks.newProfile(); });
+    connect(&welcome->importButton(), &QPushButton::clicked, this, [this] { hooks.importProfiles(); });
     connect(detail, &ProfileDetail::editContentsRequested, this, [this](const Uuid& id) { hooks.editContents(id); });
+    connect(detail, &ProfileDetail::backupsRequested, this, [this](const Uuid& id) { hooks.showBackups(id); });
     connect(detail, &ProfileDetail::skipCheckRequested, this, &MainWindow::askToSkipCheck);
     connect(detail, &ProfileDetail::failed, this, &MainWindow::tellFailure);
     auto* const create = new QAction(tr("New Sync Profile…"), this);
     create->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_N));
     connect(create, &QAction::triggered, this, [this] { hooks.newProfile(); });
     addAction(create);
+    menu().add(create);
+    menu().add(tr("Import profiles…"), [this] { hooks.importProfiles(); });
 }
 
 void MainWindow::orderTabs() {
-    QList<QWidget*> order{&sidebar->list(), &sidebar->plus(), &welcome->createButton()};
+    QList<QWidget*> order{
+        &sidebar->list(), &sidebar->plus(), &sidebar->menu(), &welcome->createButton(), &welcome->importButton()};
     order += detail->controls();
     order += &sidebar->quitButton();
     for (qsizetype i = 1; i < order.size(); ++i) setTabOrder(order[i - 1], order[i]);

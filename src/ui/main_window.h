@@ -25,8 +25,10 @@ class MainWindow : public QMainWindow {
 public:
     struct Hooks {
         std::function<void()> newProfile = [] {};
+        std::function<void()> importProfiles = [] {};
         std::function<void(const Uuid&)> editProfile = [](const Uuid&) {};
         std::function<void(const Uuid&)> editContents = [](const Uuid&) {};
+        std::function<void(const Uuid&)> showBackups = [](const Uuid&) {};
         // A review that is to be decided now. That it no longer is, the bridge tells.
         std::function<void(const RemoteReview&)> showReview = [](const RemoteReview&) {};
     };
@@ -42,6 +44,9 @@ public:
     // "New Sync Profile…", and the contents of the selected profile, as a menu or another program asks for them.
     void createProfile();
     void editSelectedContents();
+
+    // For entries of whoever puts the program together, below the window's own.
+    [[nodiscard]] WindowMenu& menu() const { return sidebar->menu(); }
 
     // Where no tray offers it: shows a way to quit, which is told by quitRequested().
     void offerQuit(bool offered);

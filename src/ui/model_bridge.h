@@ -27,7 +27,7 @@ Q_SIGNALS:
     void profilesChanged();
     void selectionChanged();
     void alertChanged();
-    // A profile's status, its counters, or whether it runs.
+    // A profile's status, its progress, its counters, or whether it runs.
     void statusChanged(const zembrastel::Uuid& id);
     // There are new lines in a profile's log; which, the log itself tells.
     void activityChanged(const zembrastel::Uuid& id);
@@ -44,6 +44,7 @@ private:
         void selectionChanged() override { Q_EMIT bridge.selectionChanged(); }
         void alertChanged() override { Q_EMIT bridge.alertChanged(); }
         void statusChanged(const Uuid& id) override { bridge.gather(bridge.statuses, id); }
+        void progressChanged(const Uuid& id) override { bridge.gather(bridge.statuses, id); }
         void activityLogged(const Uuid& id, const Activity&) override { bridge.gather(bridge.logs, id); }
         void reviewChanged(const Uuid& id) override { Q_EMIT bridge.reviewChanged(id); }
         void presentedReviewChanged() override { Q_EMIT bridge.presentedReviewChanged(); }

@@ -1,6 +1,7 @@
 #include "ui/profile_detail.h"
 
 #include "model/error.h"
+#include "ui/details_copy.h"
 #include "ui/local_time.h"
 #include "ui/reading_direction.h"
 #include "ui/style_property.h"
@@ -9,6 +10,8 @@
 #include <QDesktopServices>
 #include <QEvent>
 #include <QFileInfo>
+#include <QHBoxLayout>
+#include <QPointer>
 #include <QScrollBar>
 #include <QUrl>
 #include <QVBoxLayout>
@@ -30,8 +33,9 @@ bool openInFileManager(const std::string& folder) {
 
 ProfileDetail::ProfileDetail(ModelBridge& modelBridge, QWidget* parent)
     : QWidget(parent), bridge(modelBridge), header(new DetailHeader), scroll(new QScrollArea),
-      statusLine(new StatusLine), banners(new DetailBanners), route(new RouteCard), counters(new CountersCard),
-      activity(new ActivityList) {
+      statusLine(new StatusLine), progress(new ProgressStrip(cardGap)), banners(new DetailBanners),
+      route(new RouteCard), counters(new CountersCard), copy(new PushButton(tr("Copy details"), ButtonKind::link)),
+      backups(new PushButton(tr("Backups…"), ButtonKind::link)), activity(new ActivityList) {
     page = makePage();
     scroll->setWidget(page);
     scroll->setWidgetResizable(true);
@@ -51,19 +55,33 @@ ProfileDetail::ProfileDetail(ModelBridge& modelBridge, QWidget* parent)
 QWidget* ProfileDetail::makePage() {
     auto* const content = new QWidget;
     setStyleProperty(*content, "page", true);
-    auto* const layout = new QVBoxLayout(content);
-    layout->setContentsMargins(margin, pageTop, margin, margin);
+    auto* const all = new QVBoxLayout(content);
+    all->setContentsMargins(margin, pageTop, margin, margin);
+    all->setSpacing(0);
+    all->addWidget(statusLine);
+    all->addWidget(progress); // in place of a gap
+    auto* const layout = new QVBoxLayout;
     layout->setSpacing(cardGap);
-    layout->addWidget(statusLine);
+    all->addLayout(layout, 1);
     layout->addWidget(banners);
     layout->addWidget(route);
     layout->addWidget(counters);
     auto* const log = new QVBoxLayout;
     log->setSpacing(8);
-    log->addWidget(makeLabel(tr("Recent activity"), TextStyle::section));
+    log->addLayout(makeActivityHead());
     log->addWidget(activity, 1);
     layout->addLayout(log, 1);
     return content;
+}
+
+QLayout* ProfileDetail::makeActivityHead() {
+    auto* const head = new QHBoxLayout;
+    head->setSpacing(8);
+    head->addWidget(makeLabel(tr("Recent activity"), TextStyle::section), 1);
+    head->addWidget(copy);
+    head->addWidget(backups);
+    if (bridge.model().isDemo()) backups->hide(); // it has no files
+    return head;
 }
 
 void ProfileDetail::connectModel() {
@@ -83,6 +101,12 @@ void ProfileDetail::connectControls() {
     connect(banners, &DetailBanners::reviewRequested, this, [this] { bridge.model().openReview(id); });
     connect(banners, &DetailBanners::retryRequested, this, [this] { bridge.model().retryCheck(id); });
     connect(banners, &DetailBanners::skipRequested, this, [this] { Q_EMIT skipCheckRequested(id); });
+    connect(copy, &QPushButton::clicked, this, [this] {
+        copyDetails(bridge, id, [button = QPointer(copy)] {
+            if (button) button->setLabel(tr("Details copied"));
+        });
+    });
+    connect(backups, &QPushButton::clicked, this, [this] { Q_EMIT backupsRequested(id); });
     connect(route, &RouteCard::openFolderRequested, this, &ProfileDetail::openFolder);
     connect(route, &RouteCard::editContentsRequested, this, [this] { Q_EMIT editContentsRequested(id); });
     connect(activity, &ActivityList::lineReached, this, [this](const QRect& place) {
@@ -96,6 +120,8 @@ QList<QWidget*> ProfileDetail::controls() const {
     QList<QWidget*> all{&header->mainSwitch()};
     all += banners->buttons();
     all += route->buttons();
+    all += copy;
+    all += backups;
     all += &activity->list();
     return all;
 }
@@ -124,7 +150,9 @@ void ProfileDetail::refreshStatus() {
     const bool running = bridge.model().running(id);
     header->setRunning(running);
     statusLine->setStatus(status, running);
+    progress->setProgress(status.progress);
     counters->setStatus(status);
+    offerDetails();
 }
 
 void ProfileDetail::refreshActivity() { activity->setActivity(bridge.model().status(id).activity); }
@@ -135,6 +163,12 @@ void ProfileDetail::refreshBanners() {
     banners->setWaiting(
         bridge.model().reviews().contains(id),
         failure == failures.end() ? std::nullopt : std::optional(failure->second));
+    offerDetails();
+}
+
+void ProfileDetail::offerDetails() {
+    copy->setLabel(tr("Copy details"));
+    copy->setVisible(bridge.model().status(id).failed || bridge.model().checkFailures().contains(id));
 }
 
 void ProfileDetail::toggle() {

@@ -9,6 +9,7 @@
 #include "ui/detail_banners.h"
 #include "ui/detail_header.h"
 #include "ui/model_bridge.h"
+#include "ui/progress_strip.h"
 #include "ui/route_card.h"
 #include "ui/status_line.h"
 
@@ -32,6 +33,7 @@ public:
 Q_SIGNALS:
     void skipCheckRequested(const zembrastel::Uuid& id);
     void editContentsRequested(const zembrastel::Uuid& id);
+    void backupsRequested(const zembrastel::Uuid& id);
     void failed(const QString& message);
 
 protected:
@@ -40,12 +42,14 @@ protected:
 
 private:
     [[nodiscard]] QWidget* makePage();
+    [[nodiscard]] QLayout* makeActivityHead();
     void connectModel();
     void connectControls();
     void refresh();
     void refreshStatus();
     void refreshActivity();
     void refreshBanners();
+    void offerDetails();
     void toggle();
     void openFolder();
     void fitMargin();
@@ -57,9 +61,12 @@ private:
     QScrollArea* scroll;
     QWidget* page;
     StatusLine* statusLine;
+    ProgressStrip* progress;
     DetailBanners* banners;
     RouteCard* route;
     CountersCard* counters;
+    PushButton* copy; // the details, for whoever helps with a failure
+    PushButton* backups;
     ActivityList* activity;
     QTimer tomorrow; // when "Today" becomes "Yesterday"
 };

@@ -1,7 +1,10 @@
 #include "ui/shell.h"
 
+#include "model/error.h"
+#include "ui/backups_sheet.h"
 #include "ui/confirm_dialog.h"
 #include "ui/content_picker.h"
+#include "ui/import_sheet.h"
 #include "ui/profile_editor.h"
 #include "ui/review_sheet.h"
 
@@ -10,12 +13,15 @@
 
 namespace zembrastel {
 
-Shell::Shell(AppModel& model, MainContext& mainContext)
-    : context(mainContext), bridge(model), window(bridge), tray(bridge) {
+Shell::Shell(AppModel& model, MainContext& mainContext, std::optional<LoginEntry> loginEntry)
+    : context(mainContext), bridge(model), window(bridge), tray(bridge), settings(model.isDemo()),
+      notifier(bridge, settings), startEntry(std::move(loginEntry)) {
     window.setHooks(
         {.newProfile = [this] { openEditor(std::nullopt, false); },
+         .importProfiles = [this] { importProfiles(); },
          .editProfile = [this](const Uuid& id) { openEditor(id, false); },
          .editContents = [this](const Uuid& id) { openEditor(id, true); },
+         .showBackups = [this](const Uuid& id) { showBackups(id); },
          .showReview = [this](const RemoteReview& review) { showReview(review); }});
     connect(&window, &MainWindow::closed, this, &Shell::tellThatSyncingGoesOn);
     connect(&tray, &TrayItem::openRequested, this, &Shell::showWindow);
@@ -25,11 +31,59 @@ Shell::Shell(AppModel& model, MainContext& mainContext)
     });
     connect(&tray, &TrayItem::quitRequested, qApp, &QApplication::quit);
     connect(&tray, &TrayItem::shownChanged, &window, [this] { window.offerQuit(!tray.isShown()); });
+    connect(&notifier, &Notifier::profileWanted, this, &Shell::showProfile);
+    connect(&notifier, &Notifier::windowWanted, this, &Shell::showWindow);
     connect(&window, &MainWindow::quitRequested, qApp, &QApplication::quit);
     auto* const quit = new QAction(tr("Quit Zembrastel"), this);
     quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
     connect(quit, &QAction::triggered, qApp, &QApplication::quit);
     window.addAction(quit);
+    fillMenu();
+    window.menu().addSeparator();
+    window.menu().add(quit);
+}
+
+void Shell::fillMenu() {
+    WindowMenu& menu = window.menu();
+    menu.addSeparator();
+    menu.addSwitch(
+        tr("Show notifications"), [this] { return settings.notifies(); },
+        [this](bool wanted) { settings.setNotifies(wanted); });
+    if (!startEntry) return;
+    menu.addSwitch(
+        tr("Start at login"), [this] { return startEntry->isOn(); }, [this](bool wanted) { startAtLogin(wanted); });
+}
+
+void Shell::startAtLogin(bool wanted) {
+    const QString file = QString::fromStdString(startEntry->file().string());
+    try {
+        wanted ? startEntry->switchOn() : startEntry->switchOff();
+    } catch (const std::exception& error) {
+        window.tellFailure(QString::fromStdString(describe(error)));
+        return;
+    }
+    ConfirmDialog::tell(
+        &window, tr("Start at login"),
+        (wanted ? tr("Zembrastel starts in the background when you log in: %1 was written.")
+                : tr("Zembrastel no longer starts when you log in: %1 was removed."))
+            .arg(file));
+}
+
+void Shell::importProfiles() {
+    window.bringForward();
+    chooseImportFile(&window, [this](const std::filesystem::path& file) {
+        auto* const sheet = new ImportSheet(bridge, context, file, &window);
+        sheet->setAttribute(Qt::WA_DeleteOnClose);
+        sheet->open();
+    });
+}
+
+void Shell::showProfile(const Uuid& id) {
+    AppModel& model = bridge.model();
+    model.select(id);
+    const bool presented = model.presentedReview() && model.presentedReview()->id == id;
+    if (model.reviews().contains(id) && !presented) model.openReview(id);
+    showWindow();
 }
 
 void Shell::openEditor(const std::optional<Uuid>& id, bool onContents) {
@@ -55,6 +109,14 @@ void Shell::browse(
     picker->open();
 }
 
+void Shell::showBackups(const Uuid& id) {
+    const Profile* const profile = bridge.model().profile(id);
+    if (profile == nullptr) return; // removed meanwhile
+    auto* const sheet = new BackupsSheet(context, *profile, &window);
+    sheet->setAttribute(Qt::WA_DeleteOnClose);
+    sheet->open();
+}
+
 void Shell::showReview(const RemoteReview& review) {
     auto* const sheet = new RemoteChangesView(bridge, review, &window);
     sheet->setAttribute(Qt::WA_DeleteOnClose);
@@ -62,7 +124,14 @@ void Shell::showReview(const RemoteReview& review) {
 }
 
 void Shell::tellThatSyncingGoesOn() {
-    if (tray.isShown() || toldOfClosing) return;
+    if (tray.isShown()) {
+        if (!settings.toldOfTray() && settings.notifies()) {
+            notifier.tellOfTray();
+            settings.setToldOfTray();
+        }
+        return;
+    }
+    if (toldOfClosing) return;
     toldOfClosing = true;
     // The desktop has no tray to come back from: the user must know the way.
     ConfirmDialog::tell(

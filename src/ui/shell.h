@@ -4,9 +4,12 @@
 // Ctrl+Q, or when the desktop or a signal asks it to.
 #pragma once
 
+#include "platform/login_entry.h"
 #include "ui/main_window.h"
 #include "ui/model_bridge.h"
+#include "ui/notifier.h"
 #include "ui/tray_item.h"
+#include "ui/window_settings.h"
 
 #include <QObject>
 
@@ -20,16 +23,22 @@ class Shell : public QObject {
     Q_OBJECT
 
 public:
-    // The model and the context must outlive the shell.
-    Shell(AppModel& model, MainContext& mainContext);
+    // The model and the context must outlive the shell. With `loginEntry` the user can have the program started at
+    // login.
+    Shell(AppModel& model, MainContext& mainContext, std::optional<LoginEntry> loginEntry = std::nullopt);
 
     void showWindow() { window.bringForward(); }
 
 private:
+    void fillMenu();
+    void startAtLogin(bool wanted);
+    void importProfiles();
+    void showProfile(const Uuid& id);
     void openEditor(const std::optional<Uuid>& id, bool onContents);
     void browse(
         ProfileEditor& editor, const Profile& draft, const std::string& password, bool syncMode,
         const DownloadSelection& current, std::function<void(const DownloadSelection& chosen)> apply);
+    void showBackups(const Uuid& id);
     void showReview(const RemoteReview& review);
     void tellThatSyncingGoesOn();
 
@@ -37,6 +46,9 @@ private:
     ModelBridge bridge;
     MainWindow window;
     TrayItem tray;
+    WindowSettings settings;
+    Notifier notifier;
+    const std::optional<LoginEntry> startEntry;
     bool toldOfClosing = false;
 };
 

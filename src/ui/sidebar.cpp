@@ -17,7 +17,8 @@ constexpr int ringRoom = 3;
 } // namespace
 
 Sidebar::Sidebar(ModelBridge& bridge, QWidget* parent)
-    : QFrame(parent), profiles(new ProfileList(bridge)), add(new PushButton("plus", tr("New Sync Profile…"), nullptr)),
+    : QFrame(parent), profiles(new ProfileList(bridge)), more(new WindowMenu),
+      add(new PushButton("plus", tr("New Sync Profile…"), nullptr)),
       quit(new PushButton(tr("Quit Zembrastel"), ButtonKind::link)) {
     setSurface(*this, Surface::side);
     auto* const column = new QVBoxLayout;
@@ -41,6 +42,7 @@ QWidget* Sidebar::makeHeader() {
     auto* const layout = new QHBoxLayout(header);
     layout->setContentsMargins(readingMargins(20, 18, 14, 10));
     layout->addWidget(makeCaption(tr("SYNC PROFILES")), 1);
+    layout->addWidget(more);
     layout->addWidget(add);
     return header;
 }

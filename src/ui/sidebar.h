@@ -3,6 +3,7 @@
 
 #include "ui/profile_list.h"
 #include "ui/push_button.h"
+#include "ui/window_menu.h"
 
 #include <QFrame>
 
@@ -16,6 +17,7 @@ public:
 
     [[nodiscard]] ProfileList& list() const { return *profiles; }
     [[nodiscard]] PushButton& plus() const { return *add; }
+    [[nodiscard]] WindowMenu& menu() const { return *more; }
 
     // The button to quit with, which is not there unless it is wanted.
     [[nodiscard]] PushButton& quitButton() const { return *quit; }
@@ -28,6 +30,7 @@ private:
     [[nodiscard]] QWidget* makeFooter();
 
     ProfileList* profiles;
+    WindowMenu* more;
     PushButton* add;
     PushButton* quit;
 };

@@ -1,6 +1,7 @@
-// What a profile is doing: its status symbol, title and detail, as the model words them.
+// What a profile is doing: its status symbol, title and detail, as the model words them, and how far it has come.
 #pragma once
 
+#include "ui/progress_label.h"
 #include "ui/status_symbol.h"
 #include "ui/wrap_label.h"
 
@@ -17,6 +18,7 @@ public:
 private:
     StatusSymbol* symbol;
     QLabel* title;
+    ProgressLabel* progress;
     WrapLabel* detail;
 };
 

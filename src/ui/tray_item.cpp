@@ -1,5 +1,6 @@
 #include "ui/tray_item.h"
 
+#include "app/progress_text.h"
 #include "model/error.h"
 #include "ui/symbol_icon.h"
 #include "ui/theme.h"
@@ -32,6 +33,7 @@ TrayItem::TrayItem(ModelBridge& observed, const QDBusConnection& sessionBus, QOb
     }
     connect(&bridge, &ModelBridge::profilesChanged, this, &TrayItem::fillMenu);
     connect(&bridge, &ModelBridge::statusChanged, this, &TrayItem::fillMenu);
+    connect(&bridge, &ModelBridge::statusChanged, this, &TrayItem::showToolTip);
     // A desktop keeps the picture that it was given until it is told of another.
     connect(&theme(), &Theme::changed, this, [this] {
         if (icon) icon->setIcon(symbolIcon(symbol));
@@ -59,7 +61,7 @@ void TrayItem::takeHostAnswer(bool there) {
     if (std::exchange(answered, true) && there == isShown()) return;
     if (there) {
         icon = std::make_unique<QSystemTrayIcon>(symbolIcon(symbol));
-        icon->setToolTip(QStringLiteral("Zembrastel"));
+        icon->setToolTip(toolTip());
         icon->setContextMenu(&actions);
         connect(icon.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
             if (reason != QSystemTrayIcon::Context) Q_EMIT openRequested();
@@ -69,6 +71,21 @@ void TrayItem::takeHostAnswer(bool there) {
         icon.reset();
     }
     Q_EMIT shownChanged();
+}
+
+QString TrayItem::toolTip() const {
+    QStringList lines{QStringLiteral("Zembrastel")};
+    for (const auto& profile : bridge.model().profiles()) {
+        const auto& progress = bridge.model().status(profile.id).progress;
+        if (!progress) continue;
+        const QString text = QString::fromStdString(shortProgressText(*progress));
+        lines << tr("%1: %2").arg(QString::fromStdString(profile.name), text);
+    }
+    return lines.join(QLatin1Char('\n'));
+}
+
+void TrayItem::showToolTip() {
+    if (const QString wanted = toolTip(); icon && icon->toolTip() != wanted) icon->setToolTip(wanted);
 }
 
 // Left alone where nothing in it changes: a click on an entry that was replaced meanwhile would be lost.

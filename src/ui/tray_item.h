@@ -31,6 +31,9 @@ public:
 
     [[nodiscard]] const QMenu& menu() const { return actions; }
 
+    // The program's name, and below it how far the profiles are that take longer than a moment.
+    [[nodiscard]] QString toolTip() const;
+
 Q_SIGNALS:
     void openRequested();
     void quitRequested();
@@ -50,6 +53,7 @@ private:
     Q_SLOT void lookForTray();
     void takeHostAnswer(bool there);
     void fillMenu();
+    void showToolTip();
     [[nodiscard]] std::vector<Entry> profileEntries() const;
     void toggle(const Uuid& id);
 

@@ -43,7 +43,8 @@ QLabel* makeExplanation(const QString& text) {
 } // namespace
 
 WelcomePage::WelcomePage(QWidget* parent)
-    : QWidget(parent), create(new PushButton(tr("Create your first profile"), ButtonKind::primary)) {
+    : QWidget(parent), create(new PushButton(tr("Create your first profile"), ButtonKind::primary)),
+      import(new PushButton(tr("Import profiles…"), ButtonKind::link)) {
     create->setSymbol("plus");
     create->setTall();
     auto* const layout = new QVBoxLayout(this);
@@ -61,6 +62,8 @@ WelcomePage::WelcomePage(QWidget* parent)
     layout->addLayout(makeFeatures(tr("FTP & FTPS"), tr("Keychain passwords")));
     layout->addSpacing(32);
     layout->addWidget(create, 0, Qt::AlignHCenter);
+    layout->addSpacing(12);
+    layout->addWidget(import, 0, Qt::AlignHCenter);
     layout->addStretch(7);
 }
 

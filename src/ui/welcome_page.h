@@ -12,9 +12,11 @@ public:
     explicit WelcomePage(QWidget* parent = nullptr);
 
     [[nodiscard]] PushButton& createButton() const { return *create; }
+    [[nodiscard]] PushButton& importButton() const { return *import; }
 
 private:
     PushButton* create;
+    PushButton* import;
 };
 
 } // namespace zembrastel

@@ -33,7 +33,12 @@ public:
         if (line.text.starts_with("Uploaded ")) uploads.push_back(line.text);
     }
 
+    void progressChanged(const Uuid& id) override {
+        if (const auto& progress = model.status(id).progress; progress && progress->file) seenMoving = true;
+    }
+
     std::vector<std::string> titles;
+    bool seenMoving = false; // a file
     std::set<std::int64_t> pending;
     std::vector<std::string> uploads; // the oldest first
 
@@ -115,6 +120,7 @@ TEST_F(Demo, WatchingComesToLifeStepByStep) {
         std::vector(diary->titles.begin(), diary->titles.begin() + 6),
         (std::vector<std::string>{
             "Starting", "Checking server", "Watching", "Changes queued", "Uploading", "Watching"}));
+    EXPECT_TRUE(diary->seenMoving) << "a picture takes longer than a second";
     EXPECT_EQ(status().uploaded, before + 12);
     EXPECT_EQ(status().pending, 0);
     EXPECT_TRUE(diary->pending.contains(2) && diary->pending.contains(1));

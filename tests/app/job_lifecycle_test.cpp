@@ -81,6 +81,46 @@ TEST_F(JobLifecycle, FailingCheckKeepsUploadsBackAndIsRetriedUntilTheServerIsBac
     EXPECT_TRUE(reaches("Watching"));
 }
 
+TEST_F(JobLifecycle, MachineThatWakesUpDoesNotWaitOutItsRetries) {
+    std::size_t waits = 0;
+    clock.onSleep = [&](std::chrono::nanoseconds duration) {
+        if (duration < 5s) return true;
+        queue.post([] {}); // runUntil() looks again
+        return ++waits < 4;
+    };
+    const auto retries = [this] {
+        std::vector<std::chrono::nanoseconds> found;
+        std::ranges::copy_if(clock.sleeps(), std::back_inserter(found), [](const auto& sleep) { return sleep >= 5s; });
+        return found;
+    };
+    const auto waitsFor = [&](std::vector<std::chrono::nanoseconds> all) {
+        return runUntil([&] { return retries().size() >= all.size(); }) && retries() == all;
+    };
+    testing::writeFile(site / "page", "new");
+    server.stop();
+    withProfile().start(id());
+    ASSERT_TRUE(waitsFor({5s, 10s, 20s, 40s}));
+    const auto asleep = clock.steadyNow();
+    model->retryNow();
+    ASSERT_TRUE(waitsFor({5s, 10s, 20s, 40s, 5s}));
+    EXPECT_EQ(clock.steadyNow(), asleep);
+
+    // Neither does a worker, whose first wait has nothing to do with those of the check before it.
+    server.restart();
+    model->retryNow();
+    ASSERT_TRUE(uploads(1));
+    ASSERT_TRUE(reaches("Watching"));
+    server.stop();
+    testing::writeFile(site / "page", "newer");
+    ASSERT_TRUE(waitsFor({5s, 10s, 20s, 40s, 5s, 5s}));
+    ASSERT_TRUE(reaches("Waiting to retry"));
+    server.restart();
+    model->retryNow();
+    ASSERT_TRUE(uploads(2));
+    EXPECT_EQ(onServer("page"), "newer");
+    EXPECT_EQ(logged("Watching started."), 1U);
+}
+
 TEST_F(JobLifecycle, InitialDownloadIsFollowedByTheCheckAndWatching) {
     server.put("site/a", "1");
     server.put("site/sub/b", "2");

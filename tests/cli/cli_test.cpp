@@ -47,6 +47,8 @@ TEST_F(Cli, WrongCommandLinesEndWithTheUsageCodeAndOneLine) {
         {"profile", "remove"},
         {"profile", "import"},
         {"why", "x"},
+        {"pause"},
+        {"push"},
         {"review", "x", "--list", "--keep-all"},
         {"review", "x", "--download"},
         {"review", "x", "--download", "a", "--download-all"},
@@ -321,6 +323,17 @@ TEST_F(Cli, InterruptEndsAPasswordCommandThatNeverWould) {
         EXPECT_NE(::kill(child, 0), 0) << name;
         std::filesystem::remove(started);
     }
+}
+
+TEST_F(Cli, ColoursAreForTerminalsAloneAndNotForWhoWantsNone) {
+    const auto onTerminal = [this](const std::vector<std::string>& variables) {
+        // script runs the command on a terminal of its own.
+        return runProgram({"/usr/bin/script", "-qec", place.shellCommand({"status"}), "/dev/null"}, variables).output;
+    };
+    EXPECT_TRUE(contains(onTerminal({"TERM=xterm"}), "\x1b[31mzembrastel-cli:\x1b[0m No program"));
+    EXPECT_TRUE(onTerminal({"TERM=xterm", "NO_COLOR=1"}).starts_with("zembrastel-cli: No program"));
+    EXPECT_TRUE(onTerminal({"TERM=dumb"}).starts_with("zembrastel-cli: No program"));
+    EXPECT_TRUE(place.run({"status"}).errors.starts_with("zembrastel-cli: No program"));
 }
 
 TEST_F(Cli, ClosedStandardStreamsNeverLandInAFile) {

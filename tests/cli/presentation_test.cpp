@@ -43,7 +43,8 @@ TEST(JsonLine, EveryTextBecomesOneValidLine) {
     });
     EXPECT_EQ(
         object.finished(), R"({"event":"review","profile":"a \"b\"\n","bytes":"x\\xFF","files":18446744073709551615,)"
-                           R"("list":[{"path":"é","new":true},{"path":"b","new":true}]})");
+                           R"("list":[{"path":"é","new":true},{"path":"b","new":true}],"version":1})");
+    EXPECT_EQ(asJsonLine("profile", R"({"a":1})"), R"({"event":"profile","a":1,"version":1})");
 }
 
 TEST(RelativePath, TypedPathNamesTheSameFolderHoweverItIsWritten) {

@@ -214,3 +214,42 @@ class Portal(StandIn):
         self.dark = dark
         self.emit("SettingChanged",
                   GLib.Variant("(ssv)", ("org.freedesktop.appearance", "color-scheme", self.colour_scheme)))
+
+
+class Notifications(StandIn):
+    """Shows programs' notifications to nobody and remembers them."""
+    name = "org.freedesktop.Notifications"
+    path = "/org/freedesktop/Notifications"
+    description = """
+      <interface name="org.freedesktop.Notifications">
+        <method name="GetCapabilities"><arg type="as" direction="out"/></method>
+        <method name="Notify">
+          <arg type="s" direction="in"/><arg type="u" direction="in"/><arg type="s" direction="in"/>
+          <arg type="s" direction="in"/><arg type="s" direction="in"/><arg type="as" direction="in"/>
+          <arg type="a{sv}" direction="in"/><arg type="i" direction="in"/><arg type="u" direction="out"/>
+        </method>
+        <method name="CloseNotification"><arg type="u" direction="in"/></method>
+        <signal name="ActionInvoked"><arg type="u"/><arg type="s"/></signal>
+        <signal name="NotificationClosed"><arg type="u"/><arg type="u"/></signal>
+      </interface>"""
+
+    def __init__(self, address):
+        self.shown = {}  # title and text by number
+        self.count = 0
+        super().__init__(address)
+
+    def GetCapabilities(self, _sender):
+        return GLib.Variant("(as)", (["actions", "body", "body-markup"],))
+
+    def Notify(self, _sender, _program, replaced, _icon, title, text, _actions, _hints, _timeout):
+        if not replaced:
+            self.count += 1
+        number = replaced or self.count
+        self.shown[number] = (title, text)
+        return GLib.Variant("(u)", (number,))
+
+    def CloseNotification(self, _sender, number):
+        self.shown.pop(number, None)
+
+    def act(self, number):
+        self.emit("ActionInvoked", GLib.Variant("(us)", (number, "default")))

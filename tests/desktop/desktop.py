@@ -196,6 +196,14 @@ class Desktop:
                     found.append(window)
         return found
 
+    def count_windows(self):
+        """All that can be seen, menus among them."""
+        count = 0
+        for window in self.display.screen().root.query_tree().children:
+            with contextlib.suppress(BadWindow):  # it has just gone
+                count += window.get_attributes().map_state == X.IsViewable
+        return count
+
     def close_window(self, title):
         """As the button in its frame does."""
         protocols, delete = (self.display.intern_atom(name) for name in ("WM_PROTOCOLS", "WM_DELETE_WINDOW"))

@@ -62,6 +62,19 @@ class LifecycleTest(DesktopTest):
         self.assertEqual(program.end(signal.SIGTERM), 0)
         self.assertEqual(self.run_command_line("scan", "Site").returncode, 0)
 
+    def test_command_line_pauses_and_resumes_in_the_window(self):
+        Site(self.desktop).add_profile()
+        program = self.start()
+        window = program.window()
+        window.find("label", "Watching")
+        paused = self.run_command_line("pause", "Site")
+        self.assertEqual((paused.returncode, paused.stdout), (0, 'Paused "Site".\n'), paused.stderr)
+        window.find("label", "Paused")
+        self.assertIn("Paused", self.run_command_line("status").stdout)
+        self.assertEqual(self.run_command_line("resume", "Site").returncode, 0)
+        window.find("label", "Watching")
+        self.assertEqual(program.end(signal.SIGTERM), 0)
+
     def test_termination_ends_the_program_and_its_upload_within_two_seconds(self):
         site, program = self.start_slow_upload()
         transfers = program.transfers()

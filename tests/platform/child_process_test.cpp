@@ -7,6 +7,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <sstream>
 #include <sys/prctl.h>
@@ -82,6 +83,28 @@ TEST_F(ChildProcessTest, NothingOfTheProgramLeaksIntoTheChild) {
     EXPECT_EQ(std::stoull(blockedSignals.substr(blockedSignals.find('\t')), nullptr, 16) & standardSignals, 0U);
     EXPECT_EQ(std::stoull(ignoredSignals.substr(ignoredSignals.find('\t')), nullptr, 16) & standardSignals, 0U);
     EXPECT_EQ(group, process) << "Ctrl-C in the program's terminal would reach the child as well";
+}
+
+TEST_F(ChildProcessTest, PlaceInTheHandedFileIsTheChildsOwnAndWaitingForItEndsInTime) {
+    std::ofstream(folder.path() / "file") << std::string(1000, 'x');
+    const Descriptor file(::open((folder.path() / "file").c_str(), O_RDWR | O_CLOEXEC));
+    ASSERT_EQ(::lseek(file.get(), 900, SEEK_SET), 900); // this program's place is nobody's business
+    const auto out = output("out");
+    ChildProcess child(
+        {.executable = "/bin/sh",
+         .arguments = {"-c", "read start; exec 9< /dev/fd/3; head -c 300 <&9 >/dev/null; echo; exec sleep 60"},
+         .output = out.get(),
+         .errors = out.get(),
+         .file = file.get()});
+    child.start();
+    EXPECT_FALSE(child.filePosition());
+    ASSERT_TRUE(child.writeInput("go\n"));
+    while (written("out").empty()) ASSERT_FALSE(child.wait(std::chrono::milliseconds(1)));
+    EXPECT_EQ(child.filePosition(), 300U);
+    child.terminate();
+    while (!child.wait(std::chrono::minutes(1))) {
+    }
+    EXPECT_EQ(child.collect().code, SIGTERM);
 }
 
 TEST_F(ChildProcessTest, TerminateEndsARunningAndAStoppedChild) {

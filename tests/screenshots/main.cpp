@@ -6,8 +6,10 @@
 #include "support/file_tree.h"
 #include "support/ftp_server.h"
 #include "support/local_site.h"
+#include "ui/backups_sheet.h"
 #include "ui/confirm_dialog.h"
 #include "ui/content_picker.h"
+#include "ui/import_sheet.h"
 #include "ui/main_window.h"
 #include "ui/message_strip.h"
 #include "ui/profile_editor.h"
@@ -23,9 +25,12 @@
 #include <QLineEdit>
 #include <QLocale>
 #include <QMenu>
+#include <QSignalSpy>
 #include <QTest>
 
 #include <algorithm>
+#include <array>
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <stdexcept>
@@ -43,6 +48,8 @@ constexpr QSize advancedEditorSize(880, 656);
 constexpr QSize pickerSize(720, 600);
 constexpr QSize tallPickerSize(720, 776);
 constexpr QSize reviewSize(680, 480);
+constexpr QSize backupsSize(720, 520);
+constexpr QSize importSize(720, 560);
 
 [[noreturn]] void fail(const QString& problem) { throw std::runtime_error(problem.toStdString()); }
 
@@ -262,6 +269,61 @@ void addReview(const Album& album, ModelBridge& bridge) {
     album.add("review", sheet, reviewSize);
 }
 
+void addBackups(const Album& album, MainContext& context) {
+    using namespace std::chrono;
+    struct Kept {
+        const char* id;
+        const char* path;
+        std::size_t size;
+        minutes time;
+    };
+    const testing::TemporaryFolder folder;
+    Profile profile;
+    profile.name = "My website";
+    profile.localFolder = (folder / "site").string();
+    std::filesystem::create_directory(profile.localFolder);
+    const auto add = [&](const char* name) {
+        BackupsSheet sheet(context, profile);
+        QSignalSpy listed(&sheet, &BackupsSheet::listed);
+        sheet.open();
+        if (!listed.wait(30000)) fail("the backups were not listed");
+        withoutFocus(sheet);
+        album.add(name, sheet, backupsSize);
+    };
+    add("backups-empty");
+    const auto day = sys_days(year(2026) / 11 / 14);
+    const std::filesystem::path backups = folder / "site/.zembrastel-backups";
+    for (const auto& [id, path, size, time] : std::array{
+             Kept{"5C0C3F8E-1D2A-4B5E-9F11-7C2E4B6A9D10", "assets/css/site.css", 18'400, 17h + 48min},
+             Kept{"9E44A1B7-6F0C-4D0B-8E55-0A1B2C3D4E5F", "index.html", 6'214, 17h + 48min},
+             Kept{"12345678-6F0C-4D0B-8E55-0A1B2C3D4E5F", "index.html", 6'030, -62h},
+             Kept{"0B7D5A2C-6F0C-4D0B-8E55-0A1B2C3D4E5F", "uploads/catalogue-2026.pdf", 3'650'000, -200h}}) {
+        testing::writeFile(backups / id / path, std::string(size, 'x'));
+        testing::touch(backups / id / path, day + time - 31h);
+        testing::touch(backups / id, day + time);
+    }
+    add("backups");
+}
+
+void addImport(const Album& album, ModelBridge& bridge, MainContext& context) {
+    const testing::TemporaryFolder folder;
+    testing::writeFile(folder / "sitemanager.xml", R"(<FileZilla3><Servers>
+      <Server><Name>Bakery</Name><Host>ftp.bakery.example</Host><Protocol>4</Protocol><User>web</User>
+        <LocalDir>/srv</LocalDir><RemoteDir>1 0 11 public_html</RemoteDir><Pass encoding="base64">eA==</Pass></Server>
+      <Server><Name>Choir</Name><Host>choir.example</Host><Protocol>0</Protocol><User>choir</User>
+        <LocalDir>/srv</LocalDir><RemoteDir>1 0 3 www</RemoteDir><Pass encoding="crypt">x</Pass></Server>
+      <Server><Name>Harbour tours</Name><Host>ftp.harbour.example</Host><Protocol>4</Protocol><User>tours</User>
+        <RemoteDir>1 0 6 htdocs</RemoteDir></Server>
+      <Server><Name>Build machine</Name><Host>build.example</Host><Protocol>1</Protocol><User>ci</User></Server>
+    </Servers></FileZilla3>)");
+    ImportSheet sheet(bridge, context, folder / "sitemanager.xml", nullptr);
+    sheet.open();
+    const auto* const list = sheet.findChild<QListView*>();
+    if (!QTest::qWaitFor([list] { return list->model()->rowCount() == 4; })) fail("nothing was found to import");
+    withoutFocus(sheet);
+    album.add("import", sheet, importSize);
+}
+
 void addTrayMenu(const Album& album, ModelBridge& bridge) {
     const TrayItem tray(bridge);
     const QWidgetList windows = QApplication::topLevelWidgets();
@@ -283,6 +345,8 @@ void fillAlbum(const Album& album) {
         addEditor(album, bridge, context, sites.id("Documentation"));
         picker.add(album, context);
         addReview(album, bridge);
+        addBackups(album, context);
+        addImport(album, bridge, context);
         addTrayMenu(album, bridge);
     }
 }

@@ -128,6 +128,7 @@ JobWork SampleSites::work() {
                     for (const Moment& moment : current.moments) {
                         clock.set(moment.when);
                         worker.events.deliver(moment.event);
+                        if (moment.progress) worker.events.progress(*moment.progress);
                     }
                 } catch (const Cancelled&) {
                     // The program ends early.
@@ -171,8 +172,18 @@ void SampleSites::playPortal() {
               uploaded("assets/img/team/2026/autumn-retreat/photographs/group-photo-wide-version-final.webp")},
              {today(9h + 41min + 7s), uploaded("css/site.css")},
              {today(9h + 41min + 12s), uploaded("assets/img/logo.svg")},
-             {today(9h + 41min + 13s), uploadingStatus("assets/img/hero-banner-2026.webp", 3)}}});
-    await([this] { return app->status(id("Client portal")).title == "Uploading"; });
+             {today(9h + 41min + 13s), uploadingStatus("assets/img/hero-banner-2026.webp", 3),
+              TransferProgress{
+                  .file =
+                      TransferProgress::File{
+                          .path = "assets/img/hero-banner-2026.webp",
+                          .bytes = 5'214'208,
+                          .size = 8'912'896,
+                          .rate = 612'000,
+                          .left = 7s},
+                  .filesDone = 4,
+                  .filesQueued = 7}}}});
+    await([this] { return app->status(id("Client portal")).progress.has_value(); });
 }
 
 void SampleSites::playCampaign() {

@@ -45,6 +45,7 @@ private:
     struct Moment {
         std::chrono::system_clock::time_point when;
         WorkerEvent event;
+        std::optional<TransferProgress> progress = std::nullopt; // told after the event
     };
 
     // What one site's job finds and does.

@@ -34,6 +34,9 @@ struct ToText {
     std::string operator()(const event::RemoteDate& date) const { return "date of " + date.path; }
     std::string operator()(const event::DownloadFinished&) const { return "download finished"; }
     std::string operator()(const event::FolderReturned&) const { return "folder returned"; }
+    std::string operator()(const event::PassEnded& ended) const {
+        return "pass ended: " + ended.failure.value_or("well");
+    }
 };
 
 const std::string watching = "Watching | Local changes upload automatically. Checking every 2 seconds. | 0";
@@ -69,7 +72,11 @@ protected:
             .initialBaseline = baseline,
             .events = sink,
             .clock = clock};
-        worker.run(stop.get_token());
+        if (once) {
+            worker.pass(stop.get_token());
+        } else {
+            worker.run(stop.get_token());
+        }
         waits.clear();
         const auto all = clock.sleeps();
         for (std::size_t i = before; i < all.size(); ++i)
@@ -93,7 +100,8 @@ protected:
     FtpServer server{FtpServer::Kind::vsftpd};
     LocalSite site{server};
     testing::FakeClock clock;
-    FileMap baseline; // as a model would keep it: carried from run to run
+    bool once = false; // one pass instead of watching
+    FileMap baseline;  // as a model would keep it: carried from run to run
     std::vector<std::string> events;
     std::vector<std::chrono::seconds> waits;
 };
@@ -132,6 +140,25 @@ TEST_F(SyncWorkerTest, FileStillBeingWrittenWaitsAndOnlyItsLastVersionGoesUp) {
     });
     EXPECT_EQ(count("uploaded page"), 1U);
     EXPECT_EQ(onServer("page"), "version 99");
+}
+
+TEST_F(SyncWorkerTest, OnePassEndsWhateverHappens) {
+    once = true;
+    testing::writeTree(site.root(), {{"a", "1"}, {"log", "0"}});
+    run(1000, [&](std::size_t sleep) { testing::writeFile(site / "log", std::to_string(sleep)); });
+    EXPECT_EQ(events.back(), "pass ended: Some files did not stop changing.");
+    EXPECT_EQ(count("uploaded a"), 1U);
+    EXPECT_EQ(count("uploaded log"), 0U);
+    EXPECT_EQ(waits.size(), static_cast<std::size_t>(mostLooks));
+    run(1000);
+    EXPECT_EQ(events.back(), "pass ended: well");
+    EXPECT_EQ(testing::readTree(server.root() / "site"), site.files());
+
+    server.stop();
+    testing::writeFile(site / "a", "2");
+    run(1000);
+    EXPECT_TRUE(events.back().starts_with("pass ended: curl: (7) ")) << events.back();
+    EXPECT_EQ(waits, (std::vector<std::chrono::seconds>{2s})); // nothing is tried again
 }
 
 TEST_F(SyncWorkerTest, LocalDeletionIsForgottenAndTheServerCopyStays) {

@@ -1,13 +1,16 @@
-// An editor writes, renames, deletes and swaps local files while the program installs server files in their places.
-// Every content that ever stood in a local file, and that the editor itself has not written over or deleted, must be in
-// a file or in a backup afterwards.
+// An editor writes, renames, deletes and swaps local files while the program installs server files, and backups that
+// are restored, in their places. Every content that ever stood in a local file, and that the editor itself has not
+// written over or deleted, must be in a file or in a backup afterwards.
 //
 // Every content is unique, and the editor learns what it supersedes: it reads a file before it writes into it, and
 // where an editor would rename over a file it exchanges the two and looks at what came out. It acts at random times, or
 // right after one of the program's own steps in the folder, when the races are. A seed that is given again repeats
 // every choice and delay, if not the threads' own timing.
 #include "platform/files.h"
+#include "platform/uuid.h"
 #include "support/local_site.h"
+#include "transport/backups.h"
+#include "transport/local_replacement.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -198,12 +201,13 @@ public:
     std::string round(std::uint64_t seed) {
         Random random(seed);
         const bool whole = below(random, 5) == 0;
+        const bool restores = !whole && below(random, 3) == 0;
         prepare(random, whole);
         Editor editor(site.root(), random());
         std::atomic<bool> over = false;
         std::jthread editing([&] { editor.work(over); });
         try {
-            whole ? downloadTree() : replace();
+            whole ? downloadTree() : restores ? restore() : replace();
         } catch (const SyncError& error) {
             ++outcomes[std::string(error.what()).substr(0, std::string_view("page changed while").size())];
         } catch (const fs::filesystem_error&) {
@@ -242,6 +246,14 @@ private:
         const auto fingerprint = site.transport().replaceLocal(change);
         ++outcomes["replaced"];
         note("page", fingerprint);
+    }
+
+    // A version that was replaced some time ago comes back, as if it were the server's.
+    void restore() {
+        const Backup version{.path = "page", .id = Uuid::random().text(), .kept = {}, .modified = {}};
+        writeFile(site.root() / backupFolder / version.id / version.path, onServer["page"]);
+        note("page", restoreBackup(site.root(), version, TransferControl()).now);
+        ++outcomes["restored"];
     }
 
     void downloadTree() {

@@ -10,6 +10,7 @@
 #include "platform/text.h"
 #include "support/local_site.h"
 #include "support/wait_for.h"
+#include "transport/backups.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -250,6 +251,14 @@ void replaceFiles(Scene& scene, std::size_t turn) {
     (void)transport.replaceLocal({.path = path, .local = *file, .remoteDate = date});
 }
 
+void restoreFiles(Scene& scene, std::size_t turn) {
+    const TransferControl control;
+    const auto site = scene.place.site.string();
+    const auto versions = listBackups(site, control);
+    if (versions.empty()) return replaceFiles(scene, turn); // which makes one
+    (void)restoreBackup(site, versions[turn % versions.size()], control);
+}
+
 using Work = void (*)(Scene& scene, std::size_t turn);
 
 void underAttack(const std::string& name, Work work, bool rootToo, std::uint64_t seed, std::chrono::milliseconds time) {
@@ -290,6 +299,7 @@ void attacks(std::uint64_t seed, std::chrono::milliseconds time) {
     underAttack("upload", uploadFiles, true, seed, time);
     underAttack("download", downloadFiles, true, seed, time);
     underAttack("replacement", replaceFiles, true, seed, time);
+    underAttack("restoring", restoreFiles, true, seed, time);
     underAttack(
         "save", [](Scene& scene, std::size_t) { scene.store.save({}); }, true, seed, time);
 }

@@ -53,6 +53,25 @@ TEST(MlsdListing, EntriesKeepNamesAndDatesWhateverTheOrderOfTheirFacts) {
             folder("caf\u00E9")}));
 }
 
+TEST(ListedSizes, OnlyNumbersOfBytesAreTakenForSizes) {
+    const auto sizes = [](const Entries& entries) {
+        std::vector<std::optional<std::uint64_t>> all;
+        for (const auto& entry : entries) all.push_back(entry.size);
+        return all;
+    };
+    EXPECT_EQ(
+        sizes(parseMLSD("type=file;Size=3000000000; a\ntype=file; b\nsize=-1;type=file; c\n"
+                        "size=99999999999999999999;type=file; d")),
+        (std::vector<std::optional<std::uint64_t>>{3'000'000'000, std::nullopt, std::nullopt, std::nullopt}));
+    EXPECT_EQ(
+        sizes(parseLIST("-rw-r--r--   1 web      www         4096 Jan  1 12:00 a\n"
+                        "-rw-r--r--   1 web      www         \u0663 Jan  1 12:00 b\n"
+                        "01-02-2026  10:15AM                 1234 c\n01-02-2026  10:15AM       <DIR>          d")),
+        (std::vector<std::optional<std::uint64_t>>{4096, std::nullopt, 1234, std::nullopt}));
+    EXPECT_EQ(findContentLength("Last-Modified: x\r\nContent-Length: 14\r\n"), 14U);
+    EXPECT_FALSE(findContentLength("Content-Length: many\r\n"));
+}
+
 TEST(MlsdListing, WhatCannotBeReadForCertainIsRefusedAsAWhole) {
     const auto good = "type=file; good";
     expectRefusal(parseMLSD, noNames, good, {"type=file;", "\r\r\n"});

@@ -13,6 +13,7 @@
 
 #include <QAccessible>
 #include <QApplication>
+#include <QClipboard>
 #include <QMenu>
 #include <QScopeGuard>
 #include <QScrollBar>
@@ -57,7 +58,8 @@ protected:
         window->setHooks(
             {.newProfile = [this] { asked << QStringLiteral("new"); },
              .editProfile = [this](const Uuid& id) { asked << QStringLiteral("edit ") + nameOf(id); },
-             .editContents = [this](const Uuid& id) { asked << QStringLiteral("contents ") + nameOf(id); }});
+             .editContents = [this](const Uuid& id) { asked << QStringLiteral("contents ") + nameOf(id); },
+             .showBackups = [this](const Uuid& id) { asked << QStringLiteral("backups ") + nameOf(id); }});
         window->show();
         QCoreApplication::processEvents();
         return *window;
@@ -256,6 +258,14 @@ TEST_F(MainWindowTest, AFailedCheckIsSkippedOnlyAfterAWarningAndCanBeTriedAgain)
     QCoreApplication::processEvents();
     EXPECT_TRUE(shows(QString::fromStdString(model->checkFailures().at(id))));
     EXPECT_TRUE(shows(QStringLiteral("Server check needs attention")));
+    QGuiApplication::clipboard()->clear();
+    click(QStringLiteral("Copy details"));
+    ASSERT_TRUE(
+        QTest::qWaitFor([this] { return button(*window, QStringLiteral("Details copied")) != nullptr; }, 30000));
+    EXPECT_TRUE(QGuiApplication::clipboard()->text().contains(
+        QStringLiteral("The server check failed: ") + QString::fromStdString(model->checkFailures().at(id))));
+    click(QStringLiteral("Backups…"));
+    EXPECT_TRUE(asked.last().startsWith(QStringLiteral("backups ")));
 
     click(QStringLiteral("Retry server check"));
     EXPECT_EQ(button(*window, QStringLiteral("Start without checking…")), nullptr);
@@ -319,7 +329,7 @@ TEST_F(MainWindowTest, EveryControlHasANameAndTheTabKeyMeetsThemInOrder) {
         widget = widget->nextInFocusChain();
     } while (widget != &profileList());
     EXPECT_EQ(
-        names.join(u'|').toStdString(), "SYNC PROFILES|New Sync Profile…|Start watching|Open local folder in "
+        names.join(u'|').toStdString(), "SYNC PROFILES|New Sync Profile…|Menu|Start watching|Open local folder in "
                                         "Finder|Edit sync contents…|Recent activity");
 }
 

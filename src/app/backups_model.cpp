@@ -1,0 +1,57 @@
+#include "app/backups_model.h"
+
+#include "model/error.h"
+
+#include <system_error>
+#include <utility>
+
+namespace zembrastel {
+
+BackupsModel::BackupsModel(MainContext& mainContext, std::string folder)
+    : context(mainContext), localFolder(std::move(folder)), tasks(mainContext) {}
+
+BackupsModel::~BackupsModel() { control->cancel(); }
+
+template <class Value>
+void BackupsModel::run(std::function<Value(const TransferControl&)> work, Done<Value> done) {
+    const auto tell = [&main = context, weak = std::weak_ptr(alive),
+                       done = std::move(done)](BackupResult<Value> result) {
+        main.post([weak, done, result = std::move(result)] {
+            if (const auto here = weak.lock()) done(result);
+        });
+    };
+    try {
+        (void)tasks.start([work = std::move(work), tell, stopper = control](const std::stop_token&) {
+            try {
+                tell({.value = work(*stopper)});
+            } catch (const Cancelled&) {
+                // Nobody waits for it any more.
+            } catch (const std::exception& error) {
+                tell({.failure = describe(error)});
+            }
+        });
+    } catch (const std::system_error& error) {
+        tell({.failure = describe(error)});
+    }
+}
+
+void BackupsModel::list(Done<std::vector<Backup>> done) {
+    run<std::vector<Backup>>(
+        [folder = localFolder](const TransferControl& stopper) { return listBackups(folder, stopper); },
+        std::move(done));
+}
+
+void BackupsModel::locate(const Backup& backup, Done<std::filesystem::path> done) {
+    run<std::filesystem::path>(
+        [folder = localFolder, backup](const TransferControl&) { return placeOf(folder, backup); }, std::move(done));
+}
+
+void BackupsModel::restore(const Backup& backup, Done<Restored> done) {
+    run<Restored>(
+        [folder = localFolder, backup](const TransferControl& stopper) {
+            return restoreBackup(folder, backup, stopper);
+        },
+        std::move(done));
+}
+
+} // namespace zembrastel

@@ -1,0 +1,533 @@
+#include "app/diagnosis.h"
+
+#include "platform/text.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cmath>
+#include <set>
+
+namespace zembrastel {
+namespace {
+
+using Outcome = Finding::Outcome;
+using Seconds = std::chrono::duration<double>;
+
+constexpr Seconds clockTolerance{120};
+constexpr std::int64_t implicitPort = 990;
+
+// Of what a server that cuts listings off shows of a full folder; "." and ".." may be among them.
+constexpr std::size_t cutListing = 10'000;
+constexpr std::size_t ownEntries = 2;
+
+bool contains(std::string_view text, std::string_view words) { return text.find(words) != std::string_view::npos; }
+
+bool containsAny(std::string_view text, std::initializer_list<std::string_view> words) {
+    return std::ranges::any_of(words, [text](auto each) { return contains(text, each); });
+}
+
+// "curl: (28) Timeout was reached" has 28; what is no such text has 0.
+int curlCode(std::string_view failure) {
+    constexpr std::string_view beginning = "curl: (";
+    int code = 0;
+    if (!failure.starts_with(beginning)) return 0;
+    for (const char digit : failure.substr(beginning.size())) {
+        if (digit < '0' || digit > '9') break;
+        code = code * 10 + (digit - '0');
+    }
+    return code;
+}
+
+bool isRefusal(std::string_view reply) {
+    return reply.size() > 3 && (reply[0] == '4' || reply[0] == '5') && (reply[3] == ' ' || reply[3] == '-');
+}
+
+// The last refusal of the server. That of the question for UTF-8 names, which many servers do not know, is none.
+std::string refusal(const Conversation& answer) {
+    for (auto reply = answer.replies.rbegin(); reply != answer.replies.rend(); ++reply) {
+        if (isRefusal(*reply) && !containsAny(*reply, {"OPTS", "UTF8"})) return *reply;
+    }
+    return "";
+}
+
+// The server's own words, else curl's, as the end of a sentence.
+std::string said(const Conversation& answer) {
+    const std::string words = refusal(answer);
+    if (!words.empty()) return " It says: " + words;
+    return answer.failure.empty() ? "" : " " + answer.failure.substr(0, answer.failure.find('\n'));
+}
+
+std::string place(const Profile& profile) { return profile.host + ", port " + std::to_string(profile.port); }
+
+bool loggedIn(const Conversation& answer) {
+    return answer.succeeded
+           || std::ranges::any_of(answer.replies, [](const auto& reply) { return reply.starts_with("230"); });
+}
+
+Finding wrong(std::string subject, std::string text, std::string remedy) {
+    return {
+        .subject = std::move(subject), .outcome = Outcome::wrong, .text = std::move(text), .remedy = std::move(remedy)};
+}
+
+Finding fine(std::string subject, std::string text) { return {.subject = std::move(subject), .text = std::move(text)}; }
+
+Finding unknown(std::string subject, std::string text) {
+    return {.subject = std::move(subject), .outcome = Outcome::unknown, .text = std::move(text)};
+}
+
+constexpr const char* chooseExplicit =
+    "In the profile choose FTPS (TLS), usually with port 21. Ask the hoster which kind of FTPS the server has, and at "
+    "which port.";
+constexpr const char* chooseImplicit =
+    "In the profile choose FTPS (implicit TLS) for this port, or FTPS (TLS) with port 21. Ask the hoster which kind of "
+    "FTPS the server has, and at which port.";
+
+// Why nobody was reached.
+Finding unreached(const Profile& profile, const Conversation& answer) {
+    switch (curlCode(answer.failure)) {
+    case 6:
+        return wrong(
+            "address", "Nobody knows the name " + profile.host + ".",
+            "Check the server's name in the profile. If it is right, look whether this machine is online.");
+    case 7:
+        return wrong(
+            "port",
+            "The machine " + profile.host + " has nothing at port " + std::to_string(profile.port) + "." + said(answer),
+            "Check the port: usually 21, and 990 for FTPS (implicit TLS). Ask the hoster for the FTP port and whether "
+            "FTP is switched on.");
+    default:
+        return wrong(
+            "port", "There is no answer from " + place(profile) + "." + said(answer),
+            "Check the name and the port. A firewall, here or at the hoster's, may drop the connection: ask the hoster "
+            "whether your address is let in.");
+    }
+}
+
+bool tellsOfTooMany(const Conversation& answer) {
+    return std::ranges::any_of(answer.replies, [](const std::string& reply) {
+        const std::string words = asciiLowercase(reply);
+        return isRefusal(reply)
+               && containsAny(
+                   words, {"too many", "maximum number", "connection limit", "max clients", "already logged in",
+                           "maximum login", "maximum client", "many users", "many connections"});
+    });
+}
+
+Finding turnedAway(const Conversation& answer) {
+    if (tellsOfTooMany(answer)) {
+        return wrong(
+            "connections", "The server takes no further connection: there are too many." + said(answer),
+            "Close other FTP programs that use this account and try again in some minutes. Ask the hoster how many "
+            "connections an account may have; Zembrastel needs one for each profile that is at work, and some more "
+            "while its windows show folders of the server.");
+    }
+    return wrong(
+        "connections", "The server answers and hangs up." + said(answer),
+        "Try again later. Ask the hoster why the server turns connections from your address away.");
+}
+
+Finding refusedCertificate(const Profile& profile, const Conversation& answer) {
+    const std::string& words = answer.failure;
+    const std::string line = words.substr(0, words.find('\n'));
+    if (contains(words, "expired")) {
+        return wrong(
+            "certificate", "The server's certificate has expired. " + line,
+            "Ask the hoster to renew the certificate of the FTP server. Look at this machine's date as well.");
+    }
+    if (containsAny(words, {"does not match", "no alternative certificate subject name"})) {
+        return wrong(
+            "certificate", "The server's certificate is for another name than " + profile.host + ". " + line,
+            "Ask the hoster for the name that the FTP server's certificate is for, often that of the machine, and use "
+            "it in the profile.");
+    }
+    return wrong(
+        "certificate", "This machine does not trust the server's certificate. " + line,
+        "Ask the hoster for a certificate from a known authority, with all intermediate certificates. Do not go on "
+        "without: anybody could pass for the server and read the password.");
+}
+
+Finding refusedLogin(const Profile& profile, const Conversation& answer) {
+    const std::string words = asciiLowercase(refusal(answer));
+    if (tellsOfTooMany(answer)) return turnedAway(answer);
+    if (profile.transport == TransferProtocol::ftp && containsAny(words, {"tls", "ssl", "encrypt", "secure"})) {
+        return wrong(
+            "encryption", "The server takes logins only when they are encrypted." + said(answer), chooseExplicit);
+    }
+    return wrong(
+        "login", "The server refused the user name " + profile.username + " or the password." + said(answer),
+        "Check both; the password is often not that of the mail account or the hoster's customer pages. Ask the hoster "
+        "whether the FTP account is active, and whether it may be used from your address.");
+}
+
+// Why there was a connection and no login. Nothing where there was one.
+std::optional<Finding> refusedBeforeLogin(const Profile& profile, const Conversation& answer) {
+    const int code = curlCode(answer.failure);
+    if (loggedIn(answer)) return std::nullopt;
+    if (code == 60) return refusedCertificate(profile, answer);
+    if (code == 67) return refusedLogin(profile, answer);
+    const bool hangsUp = std::ranges::any_of(answer.replies, [](const auto& each) { return each.starts_with("421"); });
+    if (hangsUp || tellsOfTooMany(answer)) return turnedAway(answer);
+    if (code == 64) {
+        return wrong(
+            "encryption", "The server offers no encryption at this port." + said(answer),
+            "Ask the hoster whether the server has FTPS, of which kind and at which port. Only where it has none, "
+            "choose FTP in the profile: the password then travels readable.");
+    }
+    if (code == 35 && profile.transport == TransferProtocol::implicitTLS) {
+        return wrong("encryption", "The server does not begin with TLS at this port." + said(answer), chooseExplicit);
+    }
+    if (code == 35) {
+        return wrong(
+            "encryption", "The server and this machine do not agree on an encryption." + said(answer),
+            "Ask the hoster to let the FTP server use TLS 1.2 or 1.3.");
+    }
+    if (answer.replies.empty() && profile.transport != TransferProtocol::implicitTLS && profile.port == implicitPort) {
+        return wrong(
+            "encryption", "The server says nothing: at port 990 it usually waits for TLS from the first moment.",
+            chooseImplicit);
+    }
+    if (answer.replies.empty()) {
+        return wrong(
+            "connections", "Something takes the connection at " + place(profile) + " and says nothing." + said(answer),
+            "Check the port: this may be no FTP server, or one that waits for TLS from the first moment, for which "
+            "there is FTPS (implicit TLS). Ask the hoster for port and kind of encryption.");
+    }
+    return turnedAway(answer);
+}
+
+class Diagnosing {
+public:
+    Diagnosing(const Profile& diagnosed, const ServerObservations& observed) : profile(diagnosed), seen(observed) {}
+
+    std::vector<Finding> run() {
+        if (!connection() || !folder()) return std::move(findings);
+        listing();
+        completeness();
+        hiddenFiles();
+        dateQuery();
+        serverClock();
+        if (seen.upload) upload(*seen.upload);
+        return std::move(findings);
+    }
+
+private:
+    void add(Finding finding) { findings.push_back(std::move(finding)); }
+
+    [[nodiscard]] bool connection() {
+        const Conversation& answer = seen.mlsd.answer;
+        if (!answer.connected && !answer.succeeded) {
+            const Finding failure = unreached(profile, answer);
+            if (failure.subject != "address") address();
+            add(failure);
+            return false;
+        }
+        address();
+        add(fine("port", "There is an answer at port " + std::to_string(profile.port) + "."));
+        if (auto failure = refusedBeforeLogin(profile, answer)) {
+            add(*std::move(failure));
+            return false;
+        }
+        encryption();
+        add(fine("login", "The server takes the user name and the password."));
+        return true;
+    }
+
+    void address() {
+        // A number needs nobody who knows it.
+        if (profile.host.find_first_not_of("0123456789.") == std::string::npos) return;
+        add(fine("address", "The name " + profile.host + " is known."));
+    }
+
+    void encryption() {
+        if (profile.transport != TransferProtocol::ftp) {
+            add(fine("encryption", "The connection is encrypted, and the server's certificate trusted."));
+            return;
+        }
+        add(
+            {.subject = "encryption",
+             .outcome = Outcome::notice,
+             .text = "Nothing is encrypted: whoever is on the way can read the password and all files.",
+             .remedy = "Ask the hoster whether the server has FTPS, and choose it in the profile."});
+    }
+
+    [[nodiscard]] bool folder() {
+        const bool missing = curlCode(seen.mlsd.answer.failure) == 9;
+        if (missing) {
+            add(wrong(
+                "folder", "The server does not open the folder " + profile.remoteFolder + "." + said(seen.mlsd.answer),
+                "Check the remote folder in the profile. Without a slash at its beginning it starts in the login "
+                "folder, with one at the server's root. Ask the hoster which folder the site is in."));
+            return false;
+        }
+        if (seen.mlsd.answer.succeeded || (seen.list && seen.list->answer.succeeded)) {
+            add(fine("folder", "The folder " + profile.remoteFolder + " can be opened."));
+            return true;
+        }
+        const Conversation& answer = seen.list ? seen.list->answer : seen.mlsd.answer;
+        if (tellsOfTooMany(answer)) {
+            add(turnedAway(answer));
+            return false;
+        }
+        add(wrong(
+            "listing", "The server takes the login and does not list the folder." + said(answer),
+            "Listings and files go over connections of their own (passive mode), which a firewall may stop. Ask the "
+            "hoster which ports passive mode uses, whether they are open, and whether the account may list the "
+            "folder."));
+        return false;
+    }
+
+    [[nodiscard]] const std::vector<RemoteEntry>* entries() const {
+        if (seen.mlsd.entries) return &*seen.mlsd.entries;
+        return seen.list && seen.list->entries ? &*seen.list->entries : nullptr;
+    }
+
+    void listing() {
+        if (entries() == nullptr) {
+            add(wrong(
+                "listing",
+                "The server's listing of the folder cannot be read: it is in a form of its own, or holds "
+                "names that are not in UTF-8 or special files.",
+                "Ask the hoster whether the server has MLSD and uses UTF-8. Look for special files, such as sockets, "
+                "and names with odd letters in the folder."));
+        } else if (seen.mlsd.entries) {
+            add(fine("listing", "The server lists with dates (MLSD): " + amount() + " in the folder."));
+        } else {
+            add(
+                {.subject = "listing",
+                 .outcome = Outcome::notice,
+                 .text = "The server lists without dates (LIST, no MLSD): " + amount() + " in the folder.",
+                 .remedy = "All works, with one more question to the server for each file that is compared. Ask the "
+                           "hoster whether there is a server with MLSD."});
+        }
+    }
+
+    [[nodiscard]] std::string amount() const {
+        const auto count = entries()->size();
+        return std::to_string(count) + (count == 1 ? " item" : " items");
+    }
+
+    void completeness() {
+        const auto isCut = [](const SeenListing& list) {
+            const auto count = list.entries ? list.entries->size() : 0;
+            return (count <= cutListing && count + ownEntries >= cutListing)
+                   || std::ranges::any_of(list.answer.replies, [](const auto& reply) {
+                          return contains(asciiLowercase(reply), "truncated");
+                      });
+        };
+        if (!isCut(seen.mlsd) && !(seen.list && isCut(*seen.list))) return;
+        add(wrong(
+            "completeness", "The server cuts the listing of a large folder off, at " + amount() + ".",
+            "What is beyond is neither offered nor compared. Ask the hoster to raise the limit above the number of "
+            "files in the largest folder (pure-ftpd: -L 20000:5), or spread the files over more folders."));
+    }
+
+    // The names with a leading dot that are not this program's own.
+    static std::set<std::string> dotNames(const std::optional<std::vector<RemoteEntry>>& entries) {
+        std::set<std::string> names;
+        for (const auto& entry : entries.value_or(std::vector<RemoteEntry>{})) {
+            if (entry.name.starts_with('.') && !entry.name.starts_with(".zembrastel-")) names.insert(entry.name);
+        }
+        return names;
+    }
+
+    void hiddenFiles() {
+        const auto shown = seen.list ? dotNames(seen.list->entries) : std::set<std::string>();
+        auto there = dotNames(seen.mlsd.entries);
+        if (seen.listAll) there.merge(dotNames(seen.listAll->entries));
+        const auto hidden = std::ranges::find_if(there, [&shown](const auto& name) { return !shown.contains(name); });
+        const bool testFileHidden = seen.upload && seen.upload->listed == false;
+        if (hidden != there.end() || testFileHidden) {
+            add(
+                {.subject = "hiddenFiles",
+                 .outcome = Outcome::notice,
+                 .text = "The server's listings leave out names that begin with a dot"
+                         + (hidden != there.end() ? ", such as " + *hidden : std::string()) + ".",
+                 .remedy = "Files like .htaccess are uploaded all the same, but a newer version on the server is not "
+                           "noticed. Ask the hoster to have them listed (proftpd: ListOptions -a; vsftpd: "
+                           "force_dot_files=YES; pure-ftpd: -D)."});
+        } else if (!shown.empty() || (seen.upload && seen.upload->listed == true)) {
+            add(fine("hiddenFiles", "Names that begin with a dot are listed."));
+        } else {
+            add(unknown(
+                "hiddenFiles", "The folder shows no name that begins with a dot; only --write finds out more."));
+        }
+    }
+
+    [[nodiscard]] const SeenDate* queriedDate() const {
+        if (seen.upload && seen.upload->date) return &*seen.upload->date;
+        return seen.date ? &*seen.date : nullptr;
+    }
+
+    void dateQuery() {
+        const SeenDate* const date = queriedDate();
+        if (date == nullptr) {
+            add(unknown(
+                "dateQuery", "There is no file in the folder whose date could be asked for; --write makes one."));
+        } else if (date->date) {
+            add(fine("dateQuery", "The server tells the date of a file."));
+        } else {
+            add(wrong(
+                "dateQuery", "The server does not tell the date of a file." + said(date->answer),
+                "Without it nobody can say which files are newer on the server. Ask the hoster to allow the command "
+                "MDTM."));
+        }
+    }
+
+    static std::string roughly(Seconds difference) {
+        constexpr Seconds hour{3600};
+        constexpr Seconds minute{60};
+        const Seconds far(std::abs(difference.count()));
+        const auto minutes = static_cast<long>(std::lround(far / minute));
+        const auto hours = static_cast<long>(far / hour);
+        const auto plural = [](long number, const std::string& unit) {
+            return std::to_string(number) + " " + unit + (number == 1 ? "" : "s");
+        };
+        if (far < hour) return plural(minutes, "minute");
+        if (far >= 48 * hour) return plural(hours / 24, "day");
+        const long rest = minutes % 60;
+        return plural(minutes / 60, "hour") + (rest == 0 ? "" : " " + plural(rest, "minute"));
+    }
+
+    // Do these differ as the times of two places do?
+    static bool isZoneDifference(Seconds difference) {
+        constexpr double quarter = 900;
+        constexpr double furthest = 14.25 * 3600;
+        const double far = std::abs(difference.count());
+        return far <= furthest && std::abs(std::remainder(far, quarter)) <= clockTolerance.count();
+    }
+
+    static Seconds since(std::chrono::system_clock::time_point time, RemoteDate date) {
+        return sinceUnixEpoch(date) - Seconds(time.time_since_epoch());
+    }
+
+    static Finding wrongClock(Seconds difference, const std::string& how) {
+        const std::string distance = roughly(difference) + (difference.count() > 0 ? " ahead" : " behind");
+        if (isZoneDifference(difference)) {
+            return wrong(
+                "clock", how + distance + ": the server tells dates in its local time, not in UTC.",
+                "Files look newer or older than they are, so wrong versions may be offered. Ask the hoster to have "
+                "dates told in UTC (vsftpd: use_localtime=NO).");
+        }
+        return wrong(
+            "clock", how + distance + ": the server's clock is off.",
+            "Files look newer or older than they are, so wrong versions may be offered. Look at this machine's own "
+            "clock; if that is right, ask the hoster to set the server's.");
+    }
+
+    void serverClock() {
+        if (seen.upload && seen.upload->date && seen.upload->date->date) {
+            const auto difference = since(seen.upload->at, *seen.upload->date->date);
+            if (std::abs(difference.count()) > clockTolerance.count()) {
+                add(wrongClock(difference, "The date of a file that was just uploaded is "));
+            } else {
+                add(fine("clock", "The server's clock agrees with this machine's."));
+            }
+            return;
+        }
+        if (const auto twice = listedAndQueried(); std::abs(twice.count()) > clockTolerance.count()) {
+            add(wrongClock(twice, "Asked for the date of a file, the server tells another than in its listing, "));
+            return;
+        }
+        // Of old files nothing can be said; none can be from the future. How old this one is nobody knows, so which of
+        // the two it is neither.
+        const auto ahead = furthestAhead();
+        if (ahead.count() > clockTolerance.count()) {
+            add(wrong(
+                "clock",
+                "A file on the server is dated " + roughly(ahead)
+                    + " in the future: the server tells dates in its local time, not in UTC, or its clock is off.",
+                "Files look newer or older than they are, so wrong versions may be offered. --write finds out which it "
+                "is. Ask the hoster to have dates told in UTC (vsftpd: use_localtime=NO), and the clock set."));
+        } else {
+            add(unknown("clock", "No file is dated in the future; only --write compares the server's clock."));
+        }
+    }
+
+    [[nodiscard]] Seconds listedAndQueried() const {
+        if (!seen.date || !seen.date->date || !seen.mlsd.entries) return {};
+        const auto entry = std::ranges::find(*seen.mlsd.entries, seen.date->path, &RemoteEntry::name);
+        if (entry == seen.mlsd.entries->end() || !entry->modified) return {};
+        return *seen.date->date - *entry->modified;
+    }
+
+    [[nodiscard]] Seconds furthestAhead() const {
+        Seconds most = Seconds::min();
+        if (seen.date && seen.date->date) most = since(seen.at, *seen.date->date);
+        for (const auto& entry : seen.mlsd.entries.value_or(std::vector<RemoteEntry>{})) {
+            if (entry.modified) most = std::max(most, since(seen.at, *entry.modified));
+        }
+        return most;
+    }
+
+    void upload(const SeenUpload& test) {
+        if (test.first.succeeded) {
+            add(fine("upload", "A test file was uploaded under a temporary name and renamed."));
+            if (test.second) replacement(*test.second);
+        } else {
+            add(refusedUpload(test));
+        }
+        if (!test.left.empty()) {
+            std::string names;
+            for (const auto& name : test.left) names += (names.empty() ? "" : ", ") + name;
+            add(
+                {.subject = "testFile",
+                 .outcome = Outcome::notice,
+                 .text = "The server did not delete the test, which is left in the folder: " + names + ".",
+                 .remedy = "Nobody needs it: delete it in another way. Zembrastel itself never deletes files on the "
+                           "server, so it works without that right."});
+        } else if (test.first.succeeded || (test.plainName && test.plainName->succeeded)) {
+            add(fine("testFile", "The test file was deleted again; nothing is left of it."));
+        }
+    }
+
+    void replacement(const Conversation& second) {
+        if (second.succeeded) {
+            add(fine("replacement", "It was replaced by a second upload in the same way."));
+        } else if (contains(second.failure, "RNTO")) {
+            add(wrong(
+                "replacement", "The server does not rename a file over one that is there." + said(second),
+                "So files can be uploaded once and never again. Ask the hoster to allow it (proftpd: AllowOverwrite "
+                "on)."));
+        } else {
+            add(wrong("replacement", "A second upload of the test file failed." + said(second), uploadRemedy));
+        }
+    }
+
+    static Finding refusedUpload(const SeenUpload& test) {
+        if (test.plainName && test.plainName->succeeded) {
+            return wrong(
+                "temporaryName", "The server refuses names that begin with a dot." + said(test.first),
+                "Every upload begins under such a name (.zembrastel-…), so none works. Ask the hoster to allow names "
+                "with a leading dot, or at least those that begin with .zembrastel- (proftpd: PathDenyFilter; vsftpd: "
+                "deny_file; pure-ftpd: -x).");
+        }
+        if (containsAny(test.first.failure, {"RNFR", "RNTO"})) {
+            return wrong(
+                "rename", "The server takes a file and lets nobody rename it." + said(test.first),
+                "Every upload ends with giving the file its name, so none works. Ask the hoster to allow the commands "
+                "RNFR and RNTO (vsftpd: cmds_denied; pure-ftpd: without -G).");
+        }
+        return wrong("upload", "The server takes no file in this folder." + said(test.first), uploadRemedy);
+    }
+
+    static constexpr const char* uploadRemedy =
+        "Ask the hoster whether the account may write in this folder, and whether its space is used up.";
+
+    const Profile& profile;
+    const ServerObservations& seen;
+    std::vector<Finding> findings;
+};
+
+} // namespace
+
+std::string_view word(Outcome outcome) {
+    constexpr std::array<std::string_view, 4> words{"fine", "unknown", "notice", "wrong"};
+    return words.at(static_cast<std::size_t>(outcome));
+}
+
+std::vector<Finding> diagnose(const Profile& profile, const ServerObservations& seen) {
+    return Diagnosing(profile, seen).run();
+}
+
+} // namespace zembrastel

@@ -1,0 +1,22 @@
+// How far work has come, in words for the user.
+//
+// Pure functions; any thread. Sizes are in units of a thousand.
+#pragma once
+
+#include "sync/transfer_progress.h"
+
+#include <optional>
+#include <string>
+
+namespace zembrastel {
+
+// "12.4 of 80 MB, 3.1 MB/s, about 20 seconds left — 3 of 17 files done".
+[[nodiscard]] std::string progressText(const TransferProgress& progress);
+
+// What fits into a corner: "12.4 of 80 MB, 3 of 17 files".
+[[nodiscard]] std::string shortProgressText(const TransferProgress& progress);
+
+// From 0 to 1: how much of the file in transfer is through, where that is known.
+[[nodiscard]] std::optional<double> fileFraction(const TransferProgress& progress);
+
+} // namespace zembrastel

@@ -1,0 +1,40 @@
+// The program that holds the state folder, asked by a command that is not to disturb it.
+//
+// Main thread. Failures are CommandErrors; an interrupt is thrown as Cancelled.
+#pragma once
+
+#include "app/control_client.h"
+#include "cli/command.h"
+#include "model/profile.h"
+#include "model/state_store.h"
+
+#include <functional>
+#include <optional>
+
+namespace zembrastel {
+
+class RunningProgram {
+public:
+    // Nothing when none runs, or one that nobody can ask: a command that holds the folder for a moment.
+    [[nodiscard]] static std::optional<RunningProgram> find(const StateStore& store);
+
+    using Take = std::function<void(const ControlAnswer& answer)>;
+
+    // Hands all answers to `take`. The failure that the request ended with, but for those that are no business of the
+    // command's: they end it.
+    std::optional<answer::Failed> ask(const ControlRequest& request, Interrupt& interrupt, const Take& take);
+
+    // The same for a request without end: false when the other program has ended, true when interrupted or ended.
+    [[nodiscard]] bool follow(const ControlRequest& request, Interrupt& interrupt, const Take& take);
+
+    // Ends follow(), from within `take`.
+    void end();
+
+private:
+    explicit RunningProgram(ControlClient connected) : client(std::move(connected)) {}
+
+    ControlClient client;
+    bool ended = false;
+};
+
+} // namespace zembrastel

@@ -1,0 +1,48 @@
+#include "cli/status_text.h"
+
+#include "cli/colour.h"
+#include "cli/presentation.h"
+
+#include <unistd.h>
+
+namespace zembrastel {
+namespace {
+
+std::string line(std::string name, const std::string& value) {
+    constexpr std::size_t nameWidth = 10;
+    name.resize(nameWidth, ' ');
+    return "    " + name + value;
+}
+
+std::uint64_t countOf(std::int64_t number) { return static_cast<std::uint64_t>(number); }
+
+Tone toneOf(const answer::Status& told) {
+    if (told.status.failed) return Tone::bad;
+    return told.running && told.newerOnServer == 0 ? Tone::good : Tone::attention;
+}
+
+} // namespace
+
+void addStatus(JsonLine& object, const ProfileStatus& status) {
+    object.text("title", status.title).text("detail", status.detail);
+    object.flag("active", status.active).flag("failed", status.failed);
+    object.number("uploaded", countOf(status.uploaded)).number("pending", countOf(status.pending));
+    if (status.lastUpload) object.text("lastUpload", universalTime(*status.lastUpload));
+}
+
+std::vector<std::string> statusLines(const answer::Status& told) {
+    const ProfileStatus& status = told.status;
+    std::vector<std::string> lines{
+        oneLine(told.name) + "  " + inColour(oneLine(status.title), toneOf(told), STDOUT_FILENO)};
+    if (!status.detail.empty()) lines.push_back(line("detail", oneLine(status.detail)));
+    if (status.pending > 0) lines.push_back(line("pending", counted(countOf(status.pending), "file")));
+    if (told.newerOnServer > 0) {
+        lines.push_back(line("review", counted(countOf(told.newerOnServer), "file") + " newer on the server"));
+    }
+    std::string uploaded = counted(countOf(status.uploaded), "file") + " since the program started";
+    if (status.lastUpload) uploaded += ", the last at " + dateAndTime(*status.lastUpload);
+    lines.push_back(line("uploaded", uploaded));
+    return lines;
+}
+
+} // namespace zembrastel

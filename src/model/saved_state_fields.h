@@ -1,0 +1,72 @@
+// The records of the saved state, field by field: the keys that they have in JSON, for both directions.
+//
+// For the two files that write and read it. `eachField(record, visit)` calls `visit(key, field)` for each field; a key
+// is required when reading unless its field is optional.
+#pragma once
+
+#include "model/saved_state.h"
+#include "platform/text.h"
+
+#include <concepts>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+namespace zembrastel {
+
+template <class T, class Record>
+concept Maybe = std::same_as<std::remove_const_t<T>, Record>;
+
+void eachField(Maybe<SavedState> auto& state, const auto& visit) {
+    visit("profiles", state.profiles);
+    visit("baselines", state.baselines);
+    visit("remoteDates", state.remoteDates);
+}
+
+void eachField(Maybe<ProfileExport> auto& exported, const auto& visit) {
+    visit("zembrastelProfiles", exported.version);
+    visit("profiles", exported.profiles);
+}
+
+void eachField(Maybe<Profile> auto& profile, const auto& visit) {
+    visit("id", profile.id);
+    visit("name", profile.name);
+    visit("host", profile.host);
+    visit("port", profile.port);
+    visit("transport", profile.transport);
+    visit("username", profile.username);
+    visit("remoteFolder", profile.remoteFolder);
+    visit("localFolder", profile.localFolder);
+    visit("exclusions", profile.exclusions);
+    visit("enabled", profile.enabled);
+    visit("needsDownload", profile.needsDownload);
+    visit("initialDownloadSelection", profile.initialDownloadSelection);
+    visit("syncSelection", profile.syncSelection);
+}
+
+void eachField(Maybe<DownloadSelection> auto& selection, const auto& visit) { visit("rules", selection.rules); }
+
+void eachField(Maybe<Fingerprint> auto& fingerprint, const auto& visit) {
+    visit("size", fingerprint.size);
+    visit("modified", fingerprint.modified);
+    visit("inode", fingerprint.inode);
+}
+
+template <class T>
+concept Record = requires(T& record) {
+    eachField(record, [](std::string_view, auto&) {});
+};
+
+template <class T>
+concept Map = requires {
+    typename T::mapped_type;
+};
+
+template <class T>
+concept Optional = std::same_as<std::remove_const_t<T>, std::optional<typename T::value_type>>;
+
+// For a message.
+inline std::string quotedName(std::string_view text) { return '"' + printable(text) + '"'; }
+
+} // namespace zembrastel

@@ -1,0 +1,278 @@
+// The way from JSON to the records.
+#include "model/error.h"
+#include "model/saved_state.h"
+#include "model/saved_state_fields.h"
+
+#include <charconv>
+#include <cstdint>
+#include <simdjson.h>
+#include <system_error>
+#include <utility>
+
+namespace zembrastel {
+namespace {
+
+using Value = simdjson::ondemand::value;
+using Object = simdjson::ondemand::object;
+
+// What is wrong with a value that is nothing like the wanted type.
+constexpr const char* mismatch(const bool&) { return "is not true or false"; }
+constexpr const char* mismatch(const std::int64_t&) { return "is not a whole number"; }
+constexpr const char* mismatch(const std::uint64_t&) { return "is not a whole number from 0 up"; }
+constexpr const char* mismatch(const double&) { return "is not a number"; }
+constexpr const char* mismatch(const std::string_view&) { return "is not a text"; }
+constexpr const char* mismatch(const Uuid&) { return "is not a UUID"; }
+constexpr const char* mismatch(const TransferProtocol&) { return "is not a known protocol"; }
+constexpr const char* mismatch(const std::vector<Profile>&) { return "is not a list"; }
+constexpr const char* mismatch(const auto&) { return "is not an object"; }
+
+constexpr const char* notUnicode = "is not valid Unicode";
+
+// A value that is not what its place asks for. The place grows as the complaint passes outwards, to such as: "port" of
+// profile 1
+struct Misfit {
+    std::string complaint;
+    std::string place{};
+    bool placed = false; // says enough
+
+    void isIn(const std::string& outer) {
+        if (!placed) place += place.empty() ? outer : " of " + outer;
+    }
+};
+
+// Text that is not JSON, where the parser stands.
+struct Malformed {
+    simdjson::error_code error;
+};
+
+// What there is in a saved state for those who want no more.
+struct ProfilesAlone {
+    std::vector<Profile> profiles;
+};
+
+void eachField(ProfilesAlone& state, const auto& visit) { visit("profiles", state.profiles); }
+
+template <class T>
+T valid(simdjson::simdjson_result<T>&& result) {
+    if (result.error() != simdjson::SUCCESS) throw Malformed{result.error()};
+    return std::move(result).value_unsafe();
+}
+
+// The value as the type that its place asks for, which `target` stands for in the complaint.
+template <class T>
+T wanted(simdjson::simdjson_result<T>&& result, const auto& target) {
+    if (result.error() == simdjson::INCORRECT_TYPE) throw Misfit{mismatch(target)};
+    return valid(std::move(result));
+}
+
+// The escape of half a surrogate pair may come through, which UTF-8 cannot express: it could never be saved again.
+bool holdsSurrogate(std::string_view text) {
+    constexpr unsigned char firstSurrogate = 0xA0; // of the bytes that follow ED
+    for (auto lead = text.find('\xED'); lead != std::string_view::npos; lead = text.find('\xED', lead + 1)) {
+        if (static_cast<unsigned char>(text[lead + 1]) >= firstSurrogate) return true;
+    }
+    return false;
+}
+
+std::string_view unicode(simdjson::simdjson_result<std::string_view>&& result) {
+    if (result.error() == simdjson::STRING_ERROR) throw Misfit{notUnicode};
+    const auto text = wanted(std::move(result), std::string_view());
+    if (holdsSurrogate(text)) throw Misfit{notUnicode};
+    return text;
+}
+
+// Calls `visit(key, value)` for each member. What is not read of a value is passed over, however deep it is.
+void eachMember(Object&& object, const auto& visit) {
+    for (auto member : object) {
+        auto field = valid(std::move(member));
+        std::string_view key;
+        try {
+            key = unicode(field.unescaped_key());
+        } catch (Misfit& misfit) {
+            misfit.isIn("a key");
+            throw;
+        }
+        visit(key, field.value());
+    }
+}
+
+// Each `read` sets its target anew: of a repeated key the last counts alone. Recursion ends with the records.
+class RecordReader {
+public:
+    static void readMember(std::string_view key, Value value, auto& target) {
+        try {
+            read(value, target);
+        } catch (Misfit& misfit) {
+            misfit.isIn(quotedName(key));
+            throw;
+        }
+    }
+
+    static void read(Value value, bool& target) { target = wanted(value.get_bool(), target); }
+
+    // A number that the parser cannot take has too many digits or is of another kind.
+    template <class T>
+    static void readNumber(Value value, simdjson::simdjson_result<T>&& number, T& target) {
+        const auto error = number.error();
+        if (error == simdjson::SUCCESS) {
+            target = number.value_unsafe();
+            return;
+        }
+        if (error != simdjson::NUMBER_ERROR && error != simdjson::INCORRECT_TYPE) throw Malformed{error};
+        const std::string_view token = value.raw_json_token();
+        const auto parsed = std::from_chars(token.data(), token.data() + token.size(), target);
+        throw Misfit{parsed.ec == std::errc::result_out_of_range ? "is out of range" : mismatch(target)};
+    }
+
+    static void read(Value value, std::int64_t& target) { readNumber(value, value.get_int64(), target); }
+    static void read(Value value, std::uint64_t& target) { readNumber(value, value.get_uint64(), target); }
+    static void read(Value value, double& target) { readNumber(value, value.get_double(), target); }
+
+    static void read(Value value, RemoteDate& target) {
+        double seconds = 0;
+        read(value, seconds);
+        target = RemoteDate(RemoteDate::duration(seconds));
+    }
+
+    static void read(Value value, std::string& target) { target = unicode(value.get_string()); }
+    static void read(Value value, Exclusions& target) { target = Exclusions(std::string(unicode(value.get_string()))); }
+
+    // The text as what `parse` makes of it, if anything.
+    template <class T>
+    static void readText(Value value, T& target, const auto& parse) {
+        const auto text = value.get_string();
+        const auto parsed = text.error() == simdjson::SUCCESS ? parse(text.value_unsafe()) : std::optional<T>();
+        if (!parsed) throw Misfit{mismatch(target)};
+        target = *parsed;
+    }
+
+    static void read(Value value, Uuid& target) { readText(value, target, Uuid::parse); }
+    static void read(Value value, TransferProtocol& target) { readText(value, target, transferProtocol); }
+
+    template <Record T>
+    static void read(Value value, T& record) {
+        record = T{};
+        unsigned seen = 0; // one bit a field, in order
+        eachMember(wanted(value.get_object(), record), [&](std::string_view key, Value member) {
+            unsigned bit = 1;
+            eachField(record, [&](std::string_view name, auto& field) {
+                if (name == key) {
+                    readMember(name, member, field);
+                    seen |= bit;
+                }
+                bit <<= 1U;
+            });
+        });
+        eachField(record, [&seen](std::string_view name, auto& field) {
+            const bool optional = Optional<std::remove_reference_t<decltype(field)>>;
+            if (!optional && (seen & 1U) == 0) throw Misfit{"has no " + quotedName(name)};
+            seen >>= 1U;
+        });
+    }
+
+    template <class T>
+    static void read(Value value, std::optional<T>& target) {
+        target.reset();
+        if (!valid(value.is_null())) read(value, target.emplace());
+    }
+
+    static void read(Value value, std::map<std::string, bool, std::less<>>& rules) {
+        rules.clear();
+        eachMember(wanted(value.get_object(), rules), [&rules](std::string_view key, Value member) {
+            readMember(key, member, rules[std::string(key)]);
+        });
+    }
+
+    template <class T>
+    static void read(Value value, PathMap<T>& map) {
+        typename PathMap<T>::Builder entries;
+        eachMember(wanted(value.get_object(), map), [&entries](std::string_view key, Value member) {
+            readMember(key, member, entries.add(key));
+        });
+        map = entries.finish();
+    }
+
+    template <class T>
+    static void read(Value value, std::map<Uuid, T>& map) {
+        map.clear();
+        eachMember(wanted(value.get_object(), map), [&map](std::string_view key, Value member) {
+            const auto id = Uuid::parse(key);
+            if (!id) throw Misfit{mismatch(Uuid{}), quotedName(key)};
+            readMember(id->text(), member, map[*id]);
+        });
+    }
+
+    static void read(Value value, std::vector<Profile>& list) {
+        list.clear();
+        for (auto element : wanted(value.get_array(), list)) {
+            try {
+                read(valid(std::move(element)), list.emplace_back());
+            } catch (Misfit& misfit) {
+                misfit.isIn("profile " + std::to_string(list.size()));
+                misfit.placed = true;
+                throw;
+            }
+        }
+    }
+
+    template <Record T>
+    static void readDocument(simdjson::ondemand::document& document, T& record) {
+        if (valid(document.is_scalar())) throw Misfit{mismatch(record)};
+        read(valid(document.get_value()), record);
+        if (document.current_location().error() == simdjson::SUCCESS) throw Malformed{simdjson::TRAILING_CONTENT};
+    }
+};
+
+// Without its full stop.
+std::string reason(simdjson::error_code error) {
+    std::string text = simdjson::error_message(error);
+    if (text.ends_with('.')) text.pop_back();
+    return text;
+}
+
+template <Record T>
+T decodeRecord(std::string json, const char* name) {
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    const auto skipped = json.starts_with(byteOrderMark) ? byteOrderMark.size() : 0;
+    json.reserve(json.size() + simdjson::SIMDJSON_PADDING);
+    const auto* const text = json.data() + skipped;
+    const auto length = json.size() - skipped;
+
+    simdjson::ondemand::parser parser;
+    simdjson::ondemand::document document;
+    const auto begun = parser.iterate(text, length, json.capacity() - skipped).get(document);
+    if (begun == simdjson::UTF8_ERROR) throw SyncError(std::string(name) + " is not valid UTF-8");
+    if (begun != simdjson::SUCCESS) throw SyncError(std::string(name) + " is not valid JSON: " + reason(begun));
+    try {
+        T record;
+        RecordReader::readDocument(document, record);
+        return record;
+    } catch (const Misfit& misfit) {
+        throw SyncError((misfit.place.empty() ? name : misfit.place) + ' ' + misfit.complaint);
+    } catch (const Malformed& malformed) {
+        auto location = document.current_location(); // none at the end
+        const auto* const reached = location.error() == simdjson::SUCCESS ? location.value_unsafe() : text + length;
+        const auto place = "byte " + std::to_string(reached - json.data()) + " of " + name;
+        throw SyncError(place + " is not valid JSON: " + reason(malformed.error));
+    }
+}
+
+} // namespace
+
+SavedState decodeSavedState(std::string json) { return decodeRecord<SavedState>(std::move(json), "the saved state"); }
+
+std::vector<Profile> decodeProfiles(std::string json) {
+    return decodeRecord<ProfilesAlone>(std::move(json), "the saved state").profiles;
+}
+
+ProfileExport decodeProfileExport(std::string json) {
+    auto exported = decodeRecord<ProfileExport>(std::move(json), "the export");
+    if (exported.version != ProfileExport::currentVersion) {
+        throw SyncError("version " + std::to_string(exported.version) + " of the export is not known here");
+    }
+    return exported;
+}
+
+Profile decodeProfile(std::string json) { return decodeRecord<Profile>(std::move(json), "the profile"); }
+
+} // namespace zembrastel

@@ -1,0 +1,35 @@
+#include "sync/transfer_progress.h"
+
+#include <cmath>
+
+namespace zembrastel {
+namespace {
+
+using Seconds = std::chrono::duration<double>;
+
+constexpr Seconds memory{3};
+constexpr Seconds watchedLongEnough{3};
+constexpr std::chrono::hours longestTold{24};
+
+} // namespace
+
+void TransferRate::add(Time time, std::uint64_t bytes) {
+    const Seconds passed = time - last;
+    if (first && passed.count() > 0) {
+        // What a transfer that begins anew has lost is not counted as going backwards.
+        const double rate = static_cast<double>(bytes > seen ? bytes - seen : 0) / passed.count();
+        const double weight = average ? 1 - std::exp(-passed / memory) : 1;
+        average = average.value_or(0) + weight * (rate - average.value_or(0));
+    }
+    if (!first) first = time;
+    last = time;
+    seen = bytes;
+}
+
+std::optional<std::chrono::seconds> TransferRate::left(std::uint64_t bytesToCome) const {
+    if (!average || *average < 1 || last - *first < watchedLongEnough) return std::nullopt;
+    const Seconds time(static_cast<double>(bytesToCome) / *average);
+    return time <= longestTold ? std::optional(std::chrono::ceil<std::chrono::seconds>(time)) : std::nullopt;
+}
+
+} // namespace zembrastel

@@ -1,0 +1,325 @@
+// What is made of a look at a server: from given observations, and from real servers that are set wrong.
+#include "app/diagnosis.h"
+
+#include "support/certificates.h"
+#include "support/local_site.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+namespace zembrastel {
+namespace {
+
+using testing::FtpServer;
+using testing::LocalSite;
+using Kind = FtpServer::Kind;
+using Tls = FtpServer::Tls;
+using Outcome = Finding::Outcome;
+using Words = std::vector<std::string>;
+
+const Finding* findingOf(const std::vector<Finding>& findings, std::string_view subject) {
+    const auto found = std::ranges::find(findings, subject, &Finding::subject);
+    return found == findings.end() ? nullptr : &*found;
+}
+
+// What is wrong, and nothing else.
+Words wrongIn(const std::vector<Finding>& findings) {
+    Words subjects;
+    for (const auto& each : findings) {
+        if (each.outcome == Outcome::wrong) subjects.push_back(each.subject);
+    }
+    return subjects;
+}
+
+bool allHelp(const std::vector<Finding>& findings) {
+    return std::ranges::all_of(findings, [](const Finding& each) {
+        const bool bad = each.outcome == Outcome::wrong || each.outcome == Outcome::notice;
+        return !each.text.empty() && bad == !each.remedy.empty();
+    });
+}
+
+Profile profileOf(TransferProtocol transport, std::int64_t port) {
+    Profile profile;
+    profile.host = "ftp.example.com";
+    profile.transport = transport;
+    profile.port = port;
+    return profile;
+}
+
+TEST(Diagnosis, FailedConnectionIsToldByItsCause) {
+    struct Case {
+        std::string failure;
+        Words replies;
+        bool connected;
+        TransferProtocol transport;
+        std::int64_t port;
+        std::string subject;
+        std::string words; // of the text or the remedy
+    };
+    const auto ftp = TransferProtocol::ftp;
+    const auto ftps = TransferProtocol::ftps;
+    const auto implicit = TransferProtocol::implicitTLS;
+    const std::string refused = "curl: (67) Access denied: 530";
+    for (const auto& [failure, replies, connected, transport, port, subject, words] : std::vector<Case>{
+             {"curl: (6) Could not resolve host: x", {}, false, ftps, 21, "address", "Nobody knows"},
+             {"curl: (7) Failed to connect", {}, false, ftps, 2121, "port", "nothing at port 2121"},
+             {"curl: (28) Connection timed out", {}, false, ftps, 21, "port", "firewall"},
+             {"curl: (28) Timeout was reached",
+              {"421 Too many connections (8) from this IP"},
+              true,
+              ftp,
+              21,
+              "connections",
+              "too many"},
+             {"curl: (28) Timeout was reached",
+              {"421 Service not available."},
+              true,
+              ftp,
+              21,
+              "connections",
+              "hangs up"},
+             {refused,
+              {"220 Hello", "530 Sorry, the maximum number of clients (5) for this user"},
+              true,
+              ftps,
+              21,
+              "connections",
+              "how many"},
+             {refused, {"220 Hello", "530 Login incorrect."}, true, ftps, 21, "login", "530 Login incorrect."},
+             {refused,
+              {"220 Hello", "530 Non-anonymous sessions must use encryption."},
+              true,
+              ftp,
+              21,
+              "encryption",
+              "FTPS (TLS)"},
+             {refused,
+              {"220 Hello", "550 SSL/TLS required on the control channel"},
+              true,
+              ftp,
+              21,
+              "encryption",
+              "FTPS (TLS)"},
+             {"curl: (64) Requested SSL level failed",
+              {"220 Hello", "500 AUTH not understood"},
+              true,
+              ftps,
+              21,
+              "encryption",
+              "offers no encryption"},
+             {"curl: (35) wrong version number", {}, true, implicit, 21, "encryption", "FTPS (TLS)"},
+             {"curl: (28) Timeout was reached", {}, true, ftps, 990, "encryption", "FTPS (implicit TLS)"},
+             {"curl: (28) Timeout was reached", {}, true, ftps, 2121, "connections", "says nothing"},
+             {"curl: (35) alert protocol version", {"220 Hello", "234 Go"}, true, ftps, 21, "encryption", "TLS 1.2"},
+             {"curl: (60) SSL certificate problem: certificate has expired\nMore",
+              {"220 Hello", "234 Go"},
+              true,
+              ftps,
+              21,
+              "certificate",
+              "renew"},
+             {"curl: (60) SSL: no alternative certificate subject name matches target host name",
+              {"234 Go"},
+              true,
+              ftps,
+              21,
+              "certificate",
+              "another name"},
+             {"curl: (60) SSL certificate problem: self-signed certificate",
+              {"234 Go"},
+              true,
+              ftps,
+              21,
+              "certificate",
+              "known authority"},
+             {"curl: (9) Server denied you to change to the given directory",
+              {"230 In", "550 No such folder"},
+              true,
+              ftps,
+              21,
+              "folder",
+              "550 No such folder"},
+             {"curl: (28) Timeout was reached",
+              {"230 In", "227 Passive"},
+              true,
+              ftps,
+              21,
+              "listing",
+              "passive mode"}}) {
+        const auto profile = profileOf(transport, port);
+        ServerObservations seen{
+            .at = {}, .mlsd = {.answer = {.connected = connected, .failure = failure, .replies = replies}}};
+        const auto findings = diagnose(profile, seen);
+        EXPECT_EQ(wrongIn(findings), Words{subject}) << failure;
+        const auto* finding = findingOf(findings, subject);
+        ASSERT_NE(finding, nullptr) << failure;
+        EXPECT_NE((finding->text + finding->remedy).find(words), std::string::npos) << finding->text;
+        EXPECT_TRUE(allHelp(findings));
+    }
+}
+
+TEST(Diagnosis, ClockIsJudgedByADateOfTheMoment) {
+    using namespace std::chrono_literals;
+    struct Case {
+        std::chrono::seconds ahead;
+        bool isWrong;
+        std::string words;
+    };
+    const std::chrono::sys_seconds now = std::chrono::sys_days(std::chrono::year(2026) / 1 / 1);
+    for (const auto& [ahead, isWrong, words] : std::vector<Case>{
+             {0s, false, "agrees"},
+             {-90s, false, "agrees"},
+             {9h, true, "9 hours ahead: the server tells dates in its local time"},
+             {-5h - 30min + 20s, true, "5 hours 30 minutes behind: the server tells dates in its local time"},
+             {37min, true, "37 minutes ahead: the server's clock is off"},
+             {-24h * 400, true, "400 days behind: the server's clock is off"}}) {
+        ServerObservations seen{.at = now, .mlsd = {.answer = {.succeeded = true}, .entries = {{}}}};
+        seen.upload = SeenUpload{.at = now, .name = "test", .first = {.succeeded = true}};
+        seen.upload->date = SeenDate{.path = "test", .answer = {.succeeded = true}, .date = toRemoteDate(now + ahead)};
+        const auto findings = diagnose(profileOf(TransferProtocol::ftps, 21), seen);
+        const auto* clock = findingOf(findings, "clock");
+        ASSERT_NE(clock, nullptr);
+        EXPECT_EQ(clock->outcome, isWrong ? Outcome::wrong : Outcome::fine) << words;
+        EXPECT_NE(clock->text.find(words), std::string::npos) << clock->text;
+    }
+}
+
+TEST(Diagnosis, ListingOfTenThousandIsTakenForCutOff) {
+    for (const auto& [count, cut] :
+         std::vector<std::pair<std::size_t, bool>>{{9'990, false}, {9'998, true}, {10'000, true}, {10'050, false}}) {
+        const ServerObservations seen{
+            .at = {},
+            .mlsd = {
+                .answer = {.succeeded = true},
+                .entries = std::vector<RemoteEntry>(count, RemoteEntry{.name = "a", .modified = std::nullopt})}};
+        EXPECT_EQ(findingOf(diagnose(Profile{}, seen), "completeness") != nullptr, cut) << count;
+    }
+}
+
+// One look at a server, as a site owner's.
+struct Look {
+    explicit Look(const FtpServer& server, const LocalSite& site, bool write) {
+        const auto transport = site.transport();
+        const auto before = testing::readTree(server.root());
+        findings = diagnose(site.profile, probeServer(transport, write, systemClock(), [](const std::string&) {}));
+        unchanged = testing::readTree(server.root()) == before;
+    }
+
+    std::vector<Finding> findings;
+    bool unchanged = false; // is all on the server as it was?
+};
+
+TEST(DoctorOnServers, SettingsThatHarmAreNamed) {
+    struct Case {
+        Kind kind;
+        Words settings;
+        Words wrong;
+        std::string words; // of what is said
+        bool deletes = true;
+        Words environment = {};
+    };
+    for (const auto& [kind, settings, wrong, words, deletes, environment] : std::vector<Case>{
+             {Kind::proftpd, {}, {}, "ListOptions"},
+             {Kind::odd, {}, {}, "are listed"},
+             {Kind::proftpd, {"AllowOverwrite off"}, {"replacement"}, "AllowOverwrite on"},
+             {Kind::odd, {"--no-replace"}, {"replacement"}, "over one that is there"},
+             {Kind::vsftpd, {"use_localtime=YES"}, {"clock"}, "9 hours ahead", true, {"TZ=Asia/Tokyo"}},
+             {Kind::proftpd, {"PathDenyFilter \"(^|/)[.]\""}, {"temporaryName"}, "leading dot"},
+             {Kind::vsftpd, {"deny_file={.*}"}, {"temporaryName"}, "leading dot"},
+             {Kind::vsftpd, {"cmds_denied=RNFR"}, {"rename"}, "RNFR and RNTO"},
+             {Kind::vsftpd, {"cmds_denied=DELE"}, {}, "which is left in the folder", false},
+             {Kind::odd, {"--no", "STOR"}, {"upload"}, "takes no file"},
+             {Kind::odd, {"--no", "MDTM"}, {"dateQuery"}, "MDTM"},
+             {Kind::odd, {"--no", "MLSD"}, {}, "without dates"},
+             {Kind::odd, {"--list", "odd", "--no", "MLSD"}, {"listing"}, "form of its own"},
+             {Kind::pureftpd, {"-L6:5"}, {"completeness"}, "-L 20000:5"}}) {
+        if (FtpServer::unavailable(kind, Tls::none)) continue;
+        FtpServer server(kind, {.showHidden = kind == Kind::odd, .extra = settings, .environment = environment});
+        for (const auto* name : {"page", "b", "c", "d", "e", "f", "g", "h"})
+            server.put("site/" + std::string(name), "x");
+        const Look look(server, LocalSite(server), true);
+        const std::string what = FtpServer::name(kind) + (settings.empty() ? "" : " " + settings.front());
+        EXPECT_EQ(wrongIn(look.findings), wrong) << what;
+        std::string said;
+        for (const auto& each : look.findings) said += each.text + " " + each.remedy + "\n";
+        EXPECT_NE(said.find(words), std::string::npos) << what << ": " << said;
+        EXPECT_TRUE(allHelp(look.findings)) << what;
+        EXPECT_EQ(look.unchanged, deletes) << what;
+    }
+}
+
+TEST(DoctorOnServers, HiddenFilesAndFutureDatesAreSeenByReadingAlone) {
+    for (const auto kind : {Kind::proftpd, Kind::vsftpd}) {
+        FtpServer server(
+            kind, {.showHidden = false,
+                   .extra = kind == Kind::vsftpd ? Words{"use_localtime=YES"} : Words{},
+                   .environment = {"TZ=Asia/Tokyo"}});
+        server.put("site/.htaccess", "x");
+        server.put("site/page", "x");
+        const Look look(server, LocalSite(server), false);
+        const auto* hidden = findingOf(look.findings, "hiddenFiles");
+        ASSERT_NE(hidden, nullptr);
+        EXPECT_NE(hidden->text.find(".htaccess"), std::string::npos) << hidden->text;
+        EXPECT_EQ(wrongIn(look.findings), kind == Kind::vsftpd ? Words{"clock"} : Words{});
+        EXPECT_TRUE(look.unchanged);
+    }
+}
+
+TEST(DoctorOnServers, WrongPasswordFolderAndCrowdAreToldApart) {
+    {
+        FtpServer server(Kind::proftpd);
+        server.put("site/page", "x");
+        LocalSite site(server);
+        site.password = "wr0ng";
+        const Look look(server, site, true);
+        EXPECT_EQ(wrongIn(look.findings), Words{"login"});
+        site.password = server.password();
+        site.profile.remoteFolder = server.remoteFolder("nowhere");
+        EXPECT_EQ(wrongIn(Look(server, site, true).findings), Words{"folder"});
+    }
+    FtpServer crowded(Kind::odd, {.extra = {"--reply", "PASS=421 There are too many connections from your address."}});
+    EXPECT_EQ(wrongIn(Look(crowded, LocalSite(crowded), true).findings), Words{"connections"});
+}
+
+TEST(DoctorOnServers, UntrustedCertificateAndTheWrongKindOfTlsAreToldApart) {
+    struct Case {
+        Tls offered;
+        TransferProtocol wanted;
+        std::filesystem::path trusted;
+        std::filesystem::path certificate;
+        Words wrong;
+        std::string words;
+    };
+    const auto& known = testing::certificates();
+    for (const auto& [offered, wanted, trusted, certificate, wrong, words] : std::vector<Case>{
+             {Tls::explicitTls, TransferProtocol::ftps, known.ca, known.server, {}, "trusted"},
+             {Tls::explicitTls,
+              TransferProtocol::ftps,
+              known.otherCa,
+              known.server,
+              {"certificate"},
+              "known authority"},
+             {Tls::explicitTls, TransferProtocol::ftps, known.ca, known.expired, {"certificate"}, "expired"},
+             {Tls::implicitTls,
+              TransferProtocol::implicitTLS,
+              known.ca,
+              known.wrongHost,
+              {"certificate"},
+              "another name"},
+             {Tls::none, TransferProtocol::ftps, known.ca, known.server, {"encryption"}, "offers no encryption"},
+             {Tls::none, TransferProtocol::implicitTLS, known.ca, known.server, {"encryption"}, "does not begin"}}) {
+        const testing::ScopedTrust trust(trusted);
+        FtpServer server(Kind::proftpd, {.tls = offered, .certificate = certificate});
+        server.put("site/page", "x");
+        LocalSite site(server);
+        site.profile.transport = wanted;
+        const Look look(server, site, false);
+        EXPECT_EQ(wrongIn(look.findings), wrong) << words;
+        std::string said;
+        for (const auto& each : look.findings) said += each.text + " " + each.remedy + "\n";
+        EXPECT_NE(said.find(words), std::string::npos) << words << ": " << said;
+    }
+}
+
+} // namespace
+} // namespace zembrastel

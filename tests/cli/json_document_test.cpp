@@ -1,0 +1,195 @@
+// What docs/JSON.md promises, against what the commands print.
+#include "server_fixture.h"
+
+#include "platform/text.h"
+
+#include <map>
+#include <rapidjson/document.h>
+#include <set>
+#include <sys/stat.h>
+
+namespace zembrastel::testing {
+namespace {
+
+using namespace std::chrono_literals;
+
+struct Field {
+    std::string type;
+    bool optional = false;
+};
+
+struct Documented {
+    std::map<std::string, Field> fields; // "files[].path" for a member of each object in a list
+    std::string example;
+};
+
+using Document = std::map<std::string, Documented>; // by event
+
+// "`a`" out of " `a` ".
+std::string between(const std::string& text, const std::string& quote) {
+    const auto begin = text.find(quote);
+    const auto end = begin == std::string::npos ? begin : text.find(quote, begin + 1);
+    return end == std::string::npos ? "" : text.substr(begin + 1, end - begin - 1);
+}
+
+Document readDocument() {
+    Document document;
+    Documented* section = nullptr;
+    const std::string text = readFile(ZEMBRASTEL_SOURCE_DIR "/docs/JSON.md");
+    for (const auto view : nonEmptyLines(text)) {
+        const std::string line(view);
+        if (line.starts_with("## ")) {
+            section = &document[between(line, "`")];
+        } else if (line.starts_with("| `")) {
+            const std::string type(trimmed(split(line, '|').at(2)));
+            section->fields[between(line, "`")] = {
+                .type = type.substr(0, type.find(',')), .optional = type.find("optional") != std::string::npos};
+        } else if (line.starts_with('{')) {
+            section->example = line;
+        }
+    }
+    return document;
+}
+
+std::string typeOf(const rapidjson::Value& value) {
+    if (value.IsString()) return "text";
+    if (value.IsNumber()) return "number";
+    if (value.IsBool()) return "flag";
+    if (value.IsArray()) return "list";
+    return value.IsObject() ? "object" : "null";
+}
+
+// Path of each member to its type. Objects of one list have one form.
+void addFields(const rapidjson::Value& object, const std::string& prefix, std::map<std::string, std::string>& found) {
+    for (const auto& member : object.GetObject()) {
+        const std::string path = prefix + member.name.GetString();
+        found[path] = typeOf(member.value);
+        if (!member.value.IsArray()) continue;
+        for (const auto& element : member.value.GetArray()) addFields(element, path + "[].", found);
+    }
+}
+
+// Nothing when the line is as documented, which its event is then; else what is wrong.
+std::string complaint(const std::string& line, const Document& document, std::set<std::string>& events) {
+    rapidjson::Document json;
+    json.Parse(line.data(), line.size());
+    if (json.HasParseError() || !json.IsObject()) return "no object: " + line;
+    std::map<std::string, std::string> found;
+    addFields(json, "", found);
+    if (found["event"] != "text" || found["version"] != "number" || json["version"].GetInt() != 1) {
+        return "no event or version: " + line;
+    }
+    const std::string event = json["event"].GetString();
+    const auto documented = document.find(event);
+    if (documented == document.end()) return "an undocumented event: " + line;
+    for (const auto& [path, type] : found) {
+        if (path == "event" || path == "version") continue;
+        const auto field = documented->second.fields.find(path);
+        if (field == documented->second.fields.end()) return "undocumented " + path + ": " + line;
+        if (field->second.type != type) return path + " is no " + field->second.type + ": " + line;
+    }
+    for (const auto& [path, field] : documented->second.fields) {
+        const auto list = path.find("[].");
+        const bool emptyList = list != std::string::npos && json[path.substr(0, list).c_str()].Empty();
+        if (!field.optional && !emptyList && !found.contains(path)) return path + " is missing: " + line;
+    }
+    events.insert(event);
+    return "";
+}
+
+class JsonDocument : public CliWithServer {
+protected:
+    void take(const std::string& lines) {
+        for (const auto line : nonEmptyLines(lines)) {
+            const std::string problem = complaint(std::string(line), document, events);
+            if (!problem.empty()) ADD_FAILURE() << problem;
+        }
+    }
+
+    void runAndTake(CliPlace::Arguments arguments, int status = 0) {
+        arguments.emplace_back("--json");
+        const auto result = run(arguments);
+        EXPECT_EQ(result.status, status) << ::testing::PrintToString(arguments) << result.output << result.errors;
+        take(result.output);
+        take(result.errors);
+    }
+
+    void exerciseProfiles() {
+        const std::string other = place.path("other").string();
+        std::filesystem::create_directory(other);
+        const auto added = place.run(
+            {"profile", "add", "--json", "--name", "Other", "--host", "127.0.0.1", "--username", "web",
+             "--local-folder", other, "--sync", "a"});
+        take(added.output);
+        runAndTake({"profile", "list"});
+        runAndTake({"profile", "show", "Other"});
+        const auto exported = place.path("exported.json").string();
+        ASSERT_EQ(place.run({"profile", "export", "Other", "--output", exported}).status, 0);
+        take(place.run({"profile", "duplicate", "Other", "Copy", "--json"}).output);
+        runAndTake({"profile", "remove", "Other", "--yes", "--keep-password"});
+        runAndTake({"profile", "import", exported, "--dry-run"});
+        runAndTake({"profile", "import", exported});
+        take(run({"profile", "import", exported, "--json"}).output); // skipped
+        take(place.run({"profile", "set", "Copy", "--host", "localhost", "--json"}).output);
+    }
+
+    void exerciseReview() {
+        changeOnServer("index.html", "by somebody else", 60s);
+        changeOnServer("images/a.svg", "by somebody else", 60s);
+        runAndTake({"check", "My website"}, 3);
+        runAndTake({"push", "My website"}, 3);
+        runAndTake({"review", "My website", "--download", "index.html"});
+    }
+
+    void exerciseRunningProgram() {
+        Program watch = startWatch();
+        take(readUntilWatching(watch));
+        runAndTake({"status"});
+        Program follower = place.start({"status", "--follow", "--json"});
+        take(follower.readLine(limit));
+        writeFile(site / "index.html", "edited again");
+        take(readUntil(watch, "Uploaded index.html"));
+        take(readUntil(follower, "Uploaded index.html"));
+        runAndTake({"pause", "My website"});
+        runAndTake({"resume", "My website"});
+        interrupt(watch, SIGTERM);
+        EXPECT_EQ(watch.wait(), 0);
+    }
+
+    Document document = readDocument();
+    std::set<std::string> events; // that were seen
+};
+
+TEST_F(JsonDocument, EveryExampleIsOfTheFormItStandsFor) {
+    ASSERT_GE(document.size(), 20U);
+    for (const auto& [event, section] : document) {
+        events.clear();
+        EXPECT_EQ(complaint(section.example, document, events), "");
+        EXPECT_EQ(events, std::set<std::string>{event});
+    }
+}
+
+TEST_F(JsonDocument, EveryCommandPrintsWhatIsDocumentedAndNothingElse) {
+    exerciseProfiles();
+    runAndTake({"test", "My website"});
+    runAndTake({"push", "My website", "--dry-run"});
+    runAndTake({"push", "My website"});
+    runAndTake({"ls", "My website"});
+    writeFile(site / "new.html", "1");
+    writeFile(site / "bad\xff.html", "1");
+    runAndTake({"scan", "My website"}); // with a warning
+    runAndTake({"why", "My website", "a.swp"});
+    exerciseReview();
+    exerciseRunningProgram();
+    std::filesystem::create_directory(serverSite / "locked");
+    ASSERT_EQ(::chmod((serverSite / "locked").c_str(), 0555), 0);
+    writeTree(site, {{"locked/page", "1"}});
+    runAndTake({"push", "My website"}, 1);
+
+    std::set<std::string> all;
+    for (const auto& [event, section] : document) all.insert(event);
+    EXPECT_EQ(events, all);
+}
+
+} // namespace
+} // namespace zembrastel::testing

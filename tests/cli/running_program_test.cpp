@@ -1,0 +1,173 @@
+// Commands beside a program that runs, and push, which is one.
+#include "server_fixture.h"
+
+#include "app/control_client.h"
+#include "platform/instance_lock.h"
+#include "platform/local_socket.h"
+#include "support/wait_for.h"
+
+#include <sys/stat.h>
+
+namespace zembrastel::testing {
+namespace {
+
+using namespace std::chrono_literals;
+
+class RunningProgram : public CliWithServer {
+protected:
+    [[nodiscard]] bool isEnabled() const { return StateStore(place.state()).load().profiles.front().enabled; }
+
+    // What is there is known as synchronised.
+    void pushAll() { ASSERT_EQ(run({"push", "My website"}).status, 0) << place.errors(); }
+
+    void endWatch(Program& program) {
+        interrupt(program, SIGTERM);
+        EXPECT_EQ(program.wait(), 0);
+    }
+};
+
+TEST_F(RunningProgram, WatchIsAskedPausedAndResumedWithoutBeingStopped) {
+    Program watch = startWatch();
+    readUntilWatching(watch);
+    const auto status = place.run({"status"});
+    EXPECT_EQ(status.status, 0) << status.errors;
+    EXPECT_TRUE(contains(status.output, "My website  Watching\n"));
+    EXPECT_TRUE(contains(status.output, "2 files since the program started, the last at 20"));
+
+    EXPECT_EQ(place.run({"pause", "My website"}).output, "Paused \"My website\".\n");
+    EXPECT_EQ(place.run({"pause", "My website"}).output, "\"My website\" is paused already.\n");
+    EXPECT_FALSE(isEnabled());
+    writeFile(site / "index.html", "edited while paused");
+    EXPECT_TRUE(contains(place.run({"status", "My website", "--json"}).output, R"("running":false)"));
+    EXPECT_EQ(place.run({"resume", "My website"}).output, "Resumed \"My website\".\n");
+    readUntil(watch, "Uploaded index.html");
+    EXPECT_EQ(server->root() / "site", serverSite);
+    EXPECT_EQ(readTree(serverSite), readTree(site));
+    EXPECT_TRUE(isEnabled());
+    EXPECT_EQ(place.run({"status", "nosuch"}).status, 1);
+    endWatch(watch);
+}
+
+TEST_F(RunningProgram, FollowerHearsWhatHappensAndThatTheProgramEnded) {
+    Program watch = startWatch();
+    readUntilWatching(watch);
+    Program follower = place.start({"status", "--follow"});
+    readUntil(follower, "uploaded  2 files");
+    writeFile(site / "index.html", "edited");
+    readUntil(follower, "  My website  Uploaded index.html");
+    EXPECT_EQ(interrupt(watch, SIGKILL), 0);
+    EXPECT_EQ(follower.wait(), 6);
+    EXPECT_TRUE(contains(place.errors(), "The program that was followed has ended."));
+    // What a killed program leaves does not count as one.
+    EXPECT_EQ(place.run({"status"}).status, 6);
+}
+
+TEST_F(RunningProgram, WithoutOneTheNextIsToldByWhatIsSaved) {
+    const auto status = place.run({"status"});
+    EXPECT_EQ(status.status, 6);
+    EXPECT_TRUE(contains(status.errors, "No program keeps the profiles in "));
+    EXPECT_TRUE(contains(place.run({"resume", "My website"}).output, "the next that starts keeps it published"));
+    EXPECT_TRUE(isEnabled());
+    EXPECT_TRUE(contains(place.run({"pause", "My website"}).output, "the next program that starts leaves it alone"));
+    EXPECT_FALSE(isEnabled());
+
+    const auto held = InstanceLock::acquire(place.state()); // by a command that nobody can ask
+    for (const char* command : {"pause", "resume", "review", "push"}) {
+        EXPECT_EQ(run({command, "My website"}).status, 4) << command;
+    }
+}
+
+TEST_F(RunningProgram, ItsReviewIsDecidedAsOneOfItsOwn) {
+    pushAll();
+    changeOnServer("index.html", "by somebody else", 60s);
+    changeOnServer("images/a.svg", "by somebody else", 60s);
+    Program watch = startWatch();
+    const auto list = place.run({"review", "My website"}); // waits for the check
+    EXPECT_EQ(list.status, 3) << list.errors;
+    EXPECT_TRUE(contains(list.output, "2 files newer on the server:"));
+    EXPECT_TRUE(contains(place.run({"status"}).output, "review    2 files newer on the server"));
+    EXPECT_EQ(place.run({"review", "My website", "--download", "nosuch"}).status, 1);
+
+    const auto decided = place.run({"review", "My website", "--download", "index.html"});
+    EXPECT_EQ(decided.status, 0) << decided.errors;
+    EXPECT_TRUE(contains(decided.output, "Downloaded newer server copy: index.html"));
+    EXPECT_TRUE(contains(decided.output, "Kept local copy: images/a.svg"));
+    EXPECT_EQ(readFile(site / "index.html"), "by somebody else");
+    const auto after = place.run({"review", "My website"});
+    EXPECT_EQ(after.status, 0) << after.errors;
+    EXPECT_TRUE(contains(after.output, "Nothing is newer on the server."));
+    endWatch(watch);
+}
+
+TEST_F(RunningProgram, ClientsThatMisbehaveDoNotDisturbWatching) {
+    Program watch = startWatch();
+    readUntilWatching(watch);
+    std::vector<LocalConnection> clients;
+    for (int count = 0; count < 100; ++count) {
+        auto client = LocalConnection::open(place.state(), "socket");
+        ASSERT_TRUE(client) << count;
+        const std::string garbage = count % 3 == 0 ? "garbage" : encode({.kind = ControlRequest::Kind::follow});
+        if (count % 3 != 2) std::ignore = client->send(garbage); // the rest say nothing, and none reads
+        clients.push_back(*std::move(client));
+    }
+    writeFile(site / "index.html", "edited");
+    readUntil(watch, "Uploaded index.html");
+    clients.clear();
+    EXPECT_TRUE(eventually([this] { return place.run({"status"}).status == 0; }));
+    endWatch(watch);
+}
+
+TEST_F(RunningProgram, PushSendsAllOnceAndNothingTwice) {
+    const auto dry = run({"push", "My website", "--dry-run"});
+    EXPECT_EQ(dry.status, 0) << dry.errors;
+    EXPECT_TRUE(contains(dry.output, "Would upload images/a.svg (6 bytes)\nWould upload index.html (5 bytes)\n"));
+    EXPECT_TRUE(readTree(serverSite).empty());
+    EXPECT_TRUE(StateStore(place.state()).load().baselines.empty());
+
+    const auto first = run({"push", "My website"});
+    EXPECT_EQ(first.status, 0) << first.errors;
+    EXPECT_TRUE(contains(first.output, "Pushed \"My website\": 2 files.\n"));
+    EXPECT_EQ(readTree(serverSite), readTree(site));
+    const SavedState saved = StateStore(place.state()).load();
+    EXPECT_EQ(saved.baselines.begin()->second.size(), 2U);
+    EXPECT_EQ(saved.remoteDates.value().begin()->second.size(), 2U);
+    EXPECT_FALSE(saved.profiles.front().enabled);
+
+    EXPECT_EQ(run({"push", "My website"}).output, "Nothing to push: the server has all of \"My website\".\n");
+}
+
+TEST_F(RunningProgram, PushOverwritesNoWorkOfOthers) {
+    pushAll();
+    changeOnServer("index.html", "by somebody else", 60s);
+    writeFile(site / "index.html", "mine");
+    for (const CliPlace::Arguments& push :
+         {CliPlace::Arguments{"push", "My website"}, {"push", "My website", "--dry-run"}}) {
+        const auto refused = run(push);
+        EXPECT_EQ(refused.status, 3);
+        EXPECT_TRUE(contains(refused.output, "  index.html  server "));
+        EXPECT_TRUE(
+            contains(refused.errors, " review \"My website\"") || contains(refused.errors, " review 'My website'"));
+    }
+    EXPECT_EQ(readFile(serverSite / "index.html"), "by somebody else");
+}
+
+TEST_F(RunningProgram, PushNamesWhatWasNotSentAndFails) {
+    pushAll();
+    // Nobody but this user can write there.
+    std::filesystem::create_directory(serverSite / "locked");
+    ASSERT_EQ(::chmod((serverSite / "locked").c_str(), 0555), 0);
+    writeTree(site, {{"locked/page", "1"}, {"index.html", "sent before it"}, {"zzz", "1"}});
+    const auto failed = run({"push", "My website"});
+    EXPECT_EQ(failed.status, 1);
+    EXPECT_TRUE(contains(failed.output, "Uploaded index.html\nNot sent: locked/page\nNot sent: zzz\n"));
+    EXPECT_TRUE(contains(failed.errors, "Not sent: 2 files."));
+    EXPECT_TRUE(isOneLine(failed.errors)) << failed.errors;
+
+    savePasswordAnew("wrong");
+    const auto refused = run({"push", "My website"});
+    EXPECT_EQ(refused.status, 5);
+    EXPECT_TRUE(contains(refused.errors, "Nothing was uploaded."));
+}
+
+} // namespace
+} // namespace zembrastel::testing

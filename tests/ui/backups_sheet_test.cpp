@@ -1,0 +1,193 @@
+// The sheet with kept versions, and the copying of details for whoever helps.
+#include "ui/backups_sheet.h"
+
+#include "support/file_tree.h"
+#include "support/temporary_folder.h"
+#include "ui/backup_view.h"
+#include "ui/details_copy.h"
+#include "ui/qt_main_context.h"
+
+#include <gtest/gtest.h>
+
+#include <QAccessible>
+#include <QClipboard>
+#include <QDesktopServices>
+#include <QGuiApplication>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <memory>
+
+namespace zembrastel::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+class BackupsSheetTest : public ::testing::Test {
+protected:
+    BackupsSheetTest() {
+        fs::create_directory(site);
+        profile.name = "Site";
+        profile.localFolder = site.string();
+    }
+
+    void keep(const std::string& id, const std::string& path, const std::string& text, int hour) const {
+        using namespace std::chrono;
+        const auto backup = site / ".zembrastel-backups" / id;
+        const auto kept = sys_days(year(2026) / 3 / 4) + hours(hour);
+        writeFile(backup / path, text);
+        touch(backup / path, kept - hours(1));
+        touch(backup, kept);
+    }
+
+    void open() {
+        sheet = std::make_unique<BackupsSheet>(context, profile);
+        sheet->open();
+        list = sheet->findChild<BackupView*>();
+        waitForList();
+    }
+
+    void waitForList() const {
+        QSignalSpy listed(sheet.get(), &BackupsSheet::listed);
+        ASSERT_TRUE(listed.wait(20'000));
+    }
+
+    [[nodiscard]] QPushButton* button(const QString& label) const {
+        for (auto* const each : sheet->findChildren<QPushButton*>()) {
+            if (each->text() == label && each->isVisible()) return each;
+        }
+        return nullptr;
+    }
+
+    [[nodiscard]] bool shows(const QString& words) const {
+        const auto labels = sheet->findChildren<QLabel*>();
+        return std::any_of(labels.begin(), labels.end(), [&words](const QLabel* label) {
+            return label->isVisible() && label->text().contains(words);
+        });
+    }
+
+    TemporaryFolder folder;
+    const fs::path site = folder / "site";
+    Profile profile;
+    QtMainContext context;
+    std::unique_ptr<BackupsSheet> sheet;
+    BackupView* list = nullptr;
+};
+
+TEST_F(BackupsSheetTest, FolderWithoutBackupsSaysSoAndOffersNothing) {
+    open();
+    EXPECT_TRUE(list->accessibleDescription().startsWith("No backups yet."));
+    EXPECT_TRUE(shows("No versions"));
+    EXPECT_FALSE(button("Open")->isEnabled());
+    EXPECT_FALSE(button("Restore…")->isEnabled());
+    fs::remove_all(site);
+    sheet->refresh();
+    waitForList();
+    EXPECT_TRUE(list->accessibleDescription().startsWith("The backups could not be read."));
+}
+
+TEST_F(BackupsSheetTest, VersionIsRestoredOnlyWhenConfirmed) {
+    writeFile(site / "index.html", "now");
+    keep("11111111-2222-4333-8444-555555555555", "index.html", "oldest", 5);
+    keep("AAAAAAAA-2222-4333-8444-555555555555", "index.html", "older", 9);
+    open();
+    EXPECT_TRUE(shows("1 file, 2 versions, 11 bytes"));
+    const auto ask = [this](const QString& answer) {
+        QTest::mouseClick(button("Restore…"), Qt::LeftButton);
+        auto* const question = sheet->findChild<QDialog*>();
+        ASSERT_NE(question, nullptr);
+        EXPECT_TRUE(question->accessibleDescription().contains("kept as a backup"));
+        for (auto* const each : question->findChildren<QPushButton*>()) {
+            if (each->text() == answer) QTest::mouseClick(each, Qt::LeftButton);
+        }
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    };
+    QTest::keyClick(list, Qt::Key_Down);
+    ask("Cancel");
+    EXPECT_EQ(readFile(site / "index.html"), "now");
+    ask("Restore");
+    waitForList();
+    EXPECT_EQ(readFile(site / "index.html"), "oldest");
+    EXPECT_TRUE(shows("index.html was restored."));
+    EXPECT_TRUE(shows("1 file, 3 versions"));
+    // What was chosen stays chosen.
+    EXPECT_TRUE(list->currentIndex().data(Qt::AccessibleTextRole).toString().endsWith("6 bytes"));
+    EXPECT_EQ(list->currentIndex().row(), 2);
+}
+
+// Stands in for the desktop, which opens files with programs.
+class Desktop : public QObject {
+    Q_OBJECT
+
+public:
+    Desktop() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "open"); }
+    ~Desktop() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
+
+    Q_SLOT void open(const QUrl& url) {
+        place = url.toLocalFile();
+        Q_EMIT opened();
+    }
+    Q_SIGNAL void opened();
+
+    QString place;
+};
+
+TEST_F(BackupsSheetTest, EnterOpensTheChosenVersionAndNoOther) {
+    keep("11111111-2222-4333-8444-555555555555", "index.html", "oldest", 5);
+    keep("AAAAAAAA-2222-4333-8444-555555555555", "index.html", "older", 9);
+    open();
+    Desktop desktop;
+    QSignalSpy opened(&desktop, &Desktop::opened);
+    QTest::keyClick(list, Qt::Key_Down);
+    QTest::keyClick(list, Qt::Key_Return);
+    ASSERT_TRUE(opened.wait(20'000));
+    EXPECT_EQ(readFile(desktop.place.toStdString()), "oldest");
+    EXPECT_TRUE(sheet->isVisible());
+}
+
+TEST_F(BackupsSheetTest, SheetThatIsClosedEarlyIsNotTold) {
+    keep("11111111-2222-4333-8444-555555555555", "index.html", "old", 5);
+    sheet = std::make_unique<BackupsSheet>(context, profile);
+    sheet.reset();
+    QCoreApplication::processEvents();
+}
+
+TEST_F(BackupsSheetTest, EveryControlHasAName) {
+    keep("11111111-2222-4333-8444-555555555555", "index.html", "old", 5);
+    open();
+    for (auto* const widget : sheet->findChildren<QWidget*>()) {
+        if (widget->focusPolicy() == Qt::NoFocus || !widget->isVisible()) continue;
+        auto* const accessible = QAccessible::queryAccessibleInterface(widget);
+        ASSERT_NE(accessible, nullptr);
+        EXPECT_FALSE(accessible->text(QAccessible::Name).isEmpty()) << widget->metaObject()->className();
+    }
+}
+
+TEST(CopyDetails, ClipboardHasTheServersWordsAndNoPassword) {
+    const TemporaryFolder folder;
+    QtMainContext context;
+    AppModel model(context, {.storeOverride = StateStore(folder / "state"), .passwordAccess = {.read = [](const Uuid&) {
+                                                                                return std::string("s3cret");
+                                                                            }}});
+    Profile profile;
+    profile.name = "Site s3cret";
+    profile.host = "ftp.example.com";
+    profile.username = "web";
+    fs::create_directory(folder / "site");
+    profile.localFolder = (folder / "site").string();
+    model.save(profile, std::nullopt);
+    ModelBridge bridge(model);
+    bool copied = false;
+    copyDetails(bridge, profile.id, [&copied] { copied = true; });
+    ASSERT_TRUE(QTest::qWaitFor([&copied] { return copied; }, 20'000));
+    const QString text = QGuiApplication::clipboard()->text();
+    EXPECT_TRUE(text.startsWith("zembrastel ")) << text.toStdString();
+    EXPECT_TRUE(text.contains("ftp.example.com, port 21"));
+    EXPECT_TRUE(text.contains("Profile: Site ••••"));
+    EXPECT_TRUE(text.contains("Status: Paused"));
+}
+
+} // namespace
+} // namespace zembrastel::testing
+
+#include "backups_sheet_test.moc"
