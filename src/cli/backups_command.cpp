@@ -27,7 +27,7 @@ void tellAsJson(const Profile& profile, const std::vector<Backup>& versions, Out
     output.line(all);
     for (const auto& version : versions) {
         JsonLine object("backup");
-        object.text("path", version.path).text("version", version.id).text("kept", universalTime(version.kept));
+        object.text("path", version.path).text("backup", version.id).text("kept", universalTime(version.kept));
         object.text("modified", universalTime(version.modified)).number("bytes", version.size);
         output.line(object);
     }

@@ -89,7 +89,7 @@ ExitCode restore(const Surroundings& around, const Request& request) {
     if (around.output.json()) {
         JsonLine object("restored");
         object.text("profile", profile.name).text("id", profile.id.text()).text("path", path);
-        object.text("version", version.id).text("kept", universalTime(version.kept)).flag("replaced", done.replaced);
+        object.text("backup", version.id).text("kept", universalTime(version.kept)).flag("replaced", done.replaced);
         around.output.line(object);
         return ExitCode::done;
     }

@@ -139,6 +139,8 @@ protected:
         runAndTake({"check", "My website"}, 3);
         runAndTake({"push", "My website"}, 3);
         runAndTake({"review", "My website", "--download", "index.html"});
+        runAndTake({"backups", "My website"});
+        runAndTake({"restore", "My website", "index.html"});
     }
 
     void exerciseRunningProgram() {
@@ -180,6 +182,7 @@ TEST_F(JsonDocument, EveryCommandPrintsWhatIsDocumentedAndNothingElse) {
     runAndTake({"scan", "My website"}); // with a warning
     runAndTake({"why", "My website", "a.swp"});
     exerciseReview();
+    take(run({"doctor", "My website", "--json"}).output);
     exerciseRunningProgram();
     std::filesystem::create_directory(serverSite / "locked");
     ASSERT_EQ(::chmod((serverSite / "locked").c_str(), 0555), 0);
