@@ -52,8 +52,9 @@ TEST_F(SupportCommands, VersionComesBackWhileAnotherProgramHoldsTheState) {
     const auto listed = place.run({"backups", "Site", "--json"});
     EXPECT_TRUE(contains(listed.output, R"("files":2,"versions":3,"bytes":17)"));
     EXPECT_TRUE(contains(
-        listed.output, R"({"event":"backup","path":"index.html","backup":")" + newer
-                           + R"(","kept":"2026-03-04T09:00:00Z","modified":"2026-03-04T08:00:00Z","bytes":5,"version":1})"));
+        listed.output,
+        R"({"event":"backup","path":"index.html","backup":")" + newer
+            + R"(","kept":"2026-03-04T09:00:00Z","modified":"2026-03-04T08:00:00Z","bytes":5,"version":1})"));
     EXPECT_FALSE(contains(place.run({"backups", "Site", "images"}).output, "index.html"));
 
     // Which one is meant is never guessed.

@@ -82,7 +82,7 @@ class Place:
             write(os.path.join(self.home, "website", name), text)
         folders = " ".join(f"{len(name)} {name}" for name in self.site.strip("/").split("/"))
         write(os.path.join(self.home, ".config/filezilla/sitemanager.xml"),
-              SITE_MANAGER.format(host="127.0.0.1", port=self.port, folders=folders))
+              SITE_MANAGER.format(host="localhost", port=self.port, folders=folders))
         os.makedirs(os.path.join(self.home, "garden"))
         write(os.path.join(self.home, ".ftp-password"), PASSWORD + "\n")
         shutil.copy(self.environment["CURL_CA_BUNDLE"], os.path.join(self.home, "authority.pem"))
@@ -90,13 +90,13 @@ class Place:
 
     def here(self, command):
         """The document's command, for this machine."""
-        command = command.replace(f"--host {HOST}", f"--host 127.0.0.1 --port {self.port}")
+        command = command.replace(f"--host {HOST}", f"--host localhost --port {self.port}")
         return re.sub(r"(?<![\w/])" + SITE, self.site, command)
 
     def there(self, printed):
         """What was printed here, in the document's words."""
         printed = printed.replace(self.home, HOME).replace(self.site, SITE)
-        printed = printed.replace("127.0.0.1", HOST)
+        printed = printed.replace("localhost", HOST)
         return re.sub(rf"\b{self.port}\b", PORT, printed)
 
     def run(self, command):
