@@ -88,12 +88,15 @@ void changeSaved(const Surroundings& around, const Request& request) {
 }
 
 ExitCode change(const Surroundings& around, const Request& request) {
-    if (auto program = RunningProgram::find(openState(around.options))) {
-        changeInProgram(*program, around, request);
-    } else {
+    const auto ask = [&](RunningProgram& program) {
+        changeInProgram(program, around, request);
+        return ExitCode::done;
+    };
+    const auto alone = [&] {
         changeSaved(around, request);
-    }
-    return ExitCode::done;
+        return ExitCode::done;
+    };
+    return RunningProgram::askOrHold(openState(around.options), ask, alone);
 }
 
 void add(CLI::App& parent, Command& chosen, bool pauses, const char* name, const char* help, const char* footer) {

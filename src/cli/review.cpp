@@ -302,9 +302,7 @@ ExitCode reviewInProgram(RunningProgram& program, const Surroundings& around, co
     return carryOut(review, request, around.output);
 }
 
-ExitCode reviewProfile(const Surroundings& around, const Request& request) {
-    const StateStore store = openState(around.options);
-    if (auto program = RunningProgram::find(store)) return reviewInProgram(*program, around, request);
+ExitCode reviewAlone(const StateStore& store, const Surroundings& around, const Request& request) {
     const InstanceLock held = holdState(store);
     MainQueue queue;
     AppModel model(queue, {.storeOverride = store, .passwordAccess = {.read = readStoredPassword}, .watches = false});
@@ -315,6 +313,13 @@ ExitCode reviewProfile(const Surroundings& around, const Request& request) {
     const ProgressReport progress(model, around.output);
     OwnReview review(model, queue, profile, around);
     return carryOut(review, request, around.output);
+}
+
+ExitCode reviewProfile(const Surroundings& around, const Request& request) {
+    const StateStore store = openState(around.options);
+    return RunningProgram::askOrHold(
+        store, [&](RunningProgram& program) { return reviewInProgram(program, around, request); },
+        [&] { return reviewAlone(store, around, request); });
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "cli/presentation.h"
 #include "model/error.h"
+#include "platform/clock.h"
 
 namespace zembrastel {
 namespace {
@@ -24,6 +25,21 @@ std::optional<RunningProgram> RunningProgram::find(const StateStore& store) {
     auto client = ControlClient::connect(store.folder());
     if (!client) return std::nullopt;
     return RunningProgram(*std::move(client));
+}
+
+ExitCode RunningProgram::askOrHold(
+    const StateStore& store, const std::function<ExitCode(RunningProgram& program)>& ask,
+    const std::function<ExitCode()>& alone) {
+    constexpr int mostTurns = 20;
+    for (int turn = 1;; ++turn) {
+        if (auto program = find(store)) return ask(*program);
+        try {
+            return alone();
+        } catch (const CommandError& error) {
+            if (error.code != ExitCode::stateInUse || turn == mostTurns) throw;
+        }
+        (void)systemClock().sleep({}, std::chrono::milliseconds(50));
+    }
 }
 
 std::optional<answer::Failed> RunningProgram::ask(

@@ -18,6 +18,12 @@ public:
     // Nothing when none runs, or one that nobody can ask: a command that holds the folder for a moment.
     [[nodiscard]] static std::optional<RunningProgram> find(const StateStore& store);
 
+    // Has the one that runs do it, or does it `alone`, holding the folder. A program that has just started holds the
+    // folder a moment before it can be asked, and is given a second for that.
+    static ExitCode askOrHold(
+        const StateStore& store, const std::function<ExitCode(RunningProgram& program)>& ask,
+        const std::function<ExitCode()>& alone);
+
     using Take = std::function<void(const ControlAnswer& answer)>;
 
     // Hands all answers to `take`. The failure that the request ended with, but for those that are no business of the
