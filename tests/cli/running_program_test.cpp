@@ -82,6 +82,7 @@ TEST_F(RunningProgram, ItsReviewIsDecidedAsOneOfItsOwn) {
     changeOnServer("index.html", "by somebody else", 60s);
     changeOnServer("images/a.svg", "by somebody else", 60s);
     Program watch = startWatch();
+    readUntil(watch, "Checking server");
     const auto list = place.run({"review", "My website"}); // waits for the check
     EXPECT_EQ(list.status, 3) << list.errors;
     EXPECT_TRUE(contains(list.output, "2 files newer on the server:"));
