@@ -145,7 +145,7 @@ class Server:
 
     def __init__(self, bench):
         # The quickest of those that know MLSD: what the server takes, it takes from both sides of a ratio.
-        kind = "pureftpd" if os.getuid() == 0 else "proftpd"
+        kind = "proftpd"
         self.kind = kind
         self.root = bench.path("server")
         os.makedirs(self.root)
