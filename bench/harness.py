@@ -29,6 +29,7 @@ class Sizes:
         self.small, self.large = (1200, 6000) if quick else (100_000, 1_000_000)
         self.rounds = 1 if quick else rounds
         self.few_rounds = 1 if quick else max(1, (rounds + 1) // 2)  # of what takes long
+        self.fewest_rounds = 1 if quick else max(1, rounds // 2)  # of what takes longest
         self.many_rounds = 3 if quick else 3 * rounds
         self.uploads = 3 if quick else 200
         self.check_files = 36 if quick else 6000  # in 500 folders

@@ -132,7 +132,7 @@ def check(bench):
     remote = bench.server().remote()
     bench.measure("tree", local, "--files", bench.sizes.check_files)
     folder = bench.state("check", local, remote=remote)
-    checks, bare = alternate(bench.sizes.few_rounds, lambda: bench.measure("check", folder),
+    checks, bare = alternate(bench.sizes.fewest_rounds, lambda: bench.measure("check", folder),
                              lambda: bench.measure("bare-listings", folder, "--files", bench.sizes.check_files))
     folders = checks[0]["folders"]
     yield ratio("check", f"server check of {folders} folders / two bare listings each", 1.05, checks, bare, "wall",
