@@ -30,7 +30,8 @@ void writeAtomically(const Folder& folder, const std::string& name, std::string_
 // Removes what writeAtomically left beside `file` in a run that was killed, once it is over an hour old.
 void removeStaleWrites(const std::filesystem::path& file);
 
-// The file's bytes, with room for 64 more, which parsers that read by blocks ask for; nothing when there is no such file.
+// The file's bytes, with room for 64 more, which parsers that read by blocks ask for. Nothing when there is no such
+// file.
 [[nodiscard]] std::optional<std::string> readFile(const std::filesystem::path& file);
 
 // The bytes of an open file, from its beginning, wherever it was read or written last; of a pipe what is still to come.
