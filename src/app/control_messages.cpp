@@ -3,11 +3,14 @@
 #include "model/error.h"
 
 #include <array>
+#include <charconv>
+#include <cmath>
 #include <concepts>
 #include <optional>
 #include <rapidjson/document.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
+#include <system_error>
 #include <type_traits>
 #include <utility>
 
@@ -18,8 +21,9 @@ using Time = std::chrono::system_clock::time_point;
 using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
 using Json = rapidjson::Value;
 
-// No nesting overflows the stack, and dates arrive bit for bit.
-constexpr unsigned parseFlags = rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag;
+// No nesting overflows the stack. Numbers stay texts until they are read: RapidJSON's own conversion reads beyond its
+// tables on long fractions, and dates are to arrive bit for bit.
+constexpr unsigned parseFlags = rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag;
 
 // The members of each record, for both directions.
 template <class T, class Record>
@@ -174,13 +178,17 @@ void read(const Json& json, bool& value) {
     require(json.IsBool());
     value = json.GetBool();
 }
-void read(const Json& json, std::int64_t& value) {
-    require(json.IsInt64());
-    value = json.GetInt64();
+template <class Number>
+void readNumber(const Json& json, Number& value) {
+    require(json.IsString());
+    const auto* const end = json.GetString() + json.GetStringLength();
+    const auto parsed = std::from_chars(json.GetString(), end, value);
+    require(parsed.ec == std::errc() && parsed.ptr == end);
 }
+void read(const Json& json, std::int64_t& value) { readNumber(json, value); }
 void read(const Json& json, double& value) {
-    require(json.IsNumber());
-    value = json.GetDouble();
+    readNumber(json, value);
+    require(std::isfinite(value));
 }
 void read(const Json& json, Uuid& value) {
     require(json.IsString());
@@ -189,12 +197,14 @@ void read(const Json& json, Uuid& value) {
     value = *parsed;
 }
 void read(const Json& json, Time& value) {
-    require(json.IsInt64());
-    value = Time(Time::duration(json.GetInt64()));
+    std::int64_t ticks = 0;
+    read(json, ticks);
+    value = Time(Time::duration(ticks));
 }
 void read(const Json& json, RemoteDate& value) {
-    require(json.IsNumber());
-    value = RemoteDate(RemoteDate::duration(json.GetDouble()));
+    double seconds = 0;
+    read(json, seconds);
+    value = RemoteDate(RemoteDate::duration(seconds));
 }
 template <std::size_t count>
 std::size_t readWord(const Json& json, const std::array<const char*, count>& known) {
@@ -240,9 +250,11 @@ void read(const Json& json, Record& record) {
 void parse(rapidjson::Document& document, std::string_view line) {
     document.Parse<parseFlags>(line.data(), line.size());
     require(!document.HasParseError() && document.IsObject());
-    const Json* version = member(document, "version");
-    require(version != nullptr);
-    if (version->IsInt64() && version->GetInt64() == controlVersion) return;
+    const Json* found = member(document, "version");
+    require(found != nullptr);
+    std::int64_t version = 0;
+    read(*found, version);
+    if (version == controlVersion) return;
     throw SyncError("Two versions of the program that do not know each other are in use: restart the one that runs.");
 }
 
