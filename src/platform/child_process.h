@@ -4,8 +4,8 @@
 // and collect(): until collect() the kernel keeps the id reserved, so a request to end can never hit a stranger.
 //
 // The child gets the three standard streams, the file that is handed over to it, the end of a pipe by which it is
-// killed should this program be killed, and no other descriptor; default signal handling; and a process group of its
-// own, so that Ctrl-C in a terminal reaches it only through this program.
+// killed should this program be killed, and no other descriptor; default signal handling; a process group of its
+// own, so that Ctrl-C in a terminal reaches it only through this program; and less of a busy processor than others.
 #pragma once
 
 #include "platform/descriptor.h"

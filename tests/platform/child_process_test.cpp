@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 #include <sstream>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <thread>
 
@@ -57,6 +58,12 @@ TEST_F(ChildProcessTest, ChildThatStopsReadingNeitherKillsNorBlocksTheProgram) {
     std::signal(SIGPIPE, before);
     EXPECT_FALSE(inputTaken);
     EXPECT_EQ(exit.code, 3);
+}
+
+TEST_F(ChildProcessTest, ManyChildrenGiveWayToTheWindow) {
+    // Reading the line first: by then the child's priority is set.
+    runScript("read line; nice", "go on\n");
+    EXPECT_GT(std::stoi(written("out")), getpriority(PRIO_PROCESS, 0));
 }
 
 TEST_F(ChildProcessTest, NothingOfTheProgramLeaksIntoTheChild) {
