@@ -90,7 +90,7 @@ struct Step {
     std::size_t size;
 };
 
-// `suspect` may not clear a word in which a character of the kind begins.
+// `suspect` may not clear a word in which a character of the kind begins, and has to clear one of letters.
 template <class Suspect, class Look>
 Place findFirst(std::string_view text, Suspect suspect, Look look) {
     std::size_t at = 0;
@@ -99,6 +99,11 @@ Place findFirst(std::string_view text, Suspect suspect, Look look) {
             std::memcpy(&word, text.data() + at, sizeof word);
             if (suspect(word)) break;
         }
+        if (text.size() - at < sizeof(Word)) {
+            Word rest = each('a');
+            std::memcpy(&rest, text.data() + at, text.size() - at);
+            if (!suspect(rest)) break;
+        }
         // Through the suspect word, or the rest that fills no word.
         for (const std::size_t end = std::min(at + sizeof(Word), text.size()); at < end;) {
             const Step next = look(text.substr(at));
@@ -106,7 +111,7 @@ Place findFirst(std::string_view text, Suspect suspect, Look look) {
             at += next.size;
         }
     }
-    return {at, 0};
+    return {text.size(), 0};
 }
 
 template <class Class>

@@ -67,7 +67,7 @@ public:
     [[nodiscard]] std::string_view remaining() const { return rest; }
 
     bool oneOf(std::string_view set) {
-        if (rest.empty() || set.find(rest.front()) == std::string_view::npos) return false;
+        if (rest.empty() || !std::ranges::any_of(set, [this](char byte) { return byte == rest.front(); })) return false;
         rest.remove_prefix(1);
         return true;
     }
