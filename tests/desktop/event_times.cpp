@@ -1,9 +1,9 @@
 // Preloaded into the desktop program, notes every turn of its main thread that keeps the window waiting.
 //
 // A turn is what the event loop (GLib's, on which Qt's runs) does between two waits. A turn of more than 20 ms, or of
-// as many as EVENT_TIMES_LEAST says, becomes a line of the file that EVENT_TIMES_FILE names: its milliseconds, and the
-// event that took most of them. Time in which the thread could run but had no processor is not counted: a busy machine
-// must not look like a slow program.
+// as many as EVENT_TIMES_LEAST says, becomes a line of the file that EVENT_TIMES_FILE names: its milliseconds, the
+// event that took most of them, and how long the thread computed. Time in which the thread could run but had no
+// processor is not counted: a busy machine must not look like a slow program.
 #include "support/processor_wait.h"
 
 #include <QCoreApplication>
@@ -12,6 +12,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <fcntl.h>
 #include <glib.h>
 #include <poll.h>
@@ -45,6 +46,7 @@ public:
     void begin() {
         began = Clock::now();
         waited = processorWait.soFar();
+        computedBefore = computed();
         handled = slowest = {.from = began};
     }
 
@@ -54,8 +56,8 @@ public:
         const Milliseconds took = Milliseconds(now - began) - (processorWait.soFar() - waited);
         if (took < worthNoting) return;
         dprintf(
-            report, "%.1f %s, event %d, took %.1f\n", took.count(), slowest.receiver, slowest.type,
-            Milliseconds(slowest.took).count());
+            report, "%.1f %s, event %d, took %.1f; %.1f computing\n", took.count(), slowest.receiver, slowest.type,
+            Milliseconds(slowest.took).count(), Milliseconds(computed() - computedBefore).count());
     }
 
 private:
@@ -65,6 +67,12 @@ private:
         Clock::time_point from;
         Clock::duration took{};
     };
+
+    static std::chrono::nanoseconds computed() {
+        timespec time{};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+    }
 
     void endHandling(Clock::time_point now) {
         handled.took = now - handled.from;
@@ -76,6 +84,7 @@ private:
     const zembrastel::testing::ProcessorWait processorWait;
     Clock::time_point began;
     std::chrono::nanoseconds waited{};
+    std::chrono::nanoseconds computedBefore{};
     Handling handled;
     Handling slowest;
 };
