@@ -35,7 +35,7 @@ class Sizes:
         self.check_files = 36 if quick else 6000  # in 500 folders
         self.staged_bytes = 10_000_000 if quick else 1_000_000_000
         self.lines = 1000 if quick else 100_000
-        self.idle_profiles, self.idle_files, self.idle_seconds = (2, 120, 2.5) if quick else (10, 10_000, 20)
+        self.idle_profiles, self.idle_files, self.idle_seconds = (2, 120, 2.5) if quick else (10, 10_000, 14)
         self.desktop_profiles = 2 if quick else 100
         self.poll_seconds = 2.5 if quick else 7  # how long the polls of a watch are looked at
         self.curve = (100, 500) if quick else (1000, 10_000, 100_000, 1_000_000)

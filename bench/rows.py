@@ -48,7 +48,7 @@ def files_of(bench, files, rounds):
 
 def files(bench):
     yield from files_of(bench, bench.sizes.small, bench.sizes.rounds)
-    yield from files_of(bench, bench.sizes.large, bench.sizes.few_rounds)
+    yield from files_of(bench, bench.sizes.large, bench.sizes.fewest_rounds)
 
 
 def rules(bench):
