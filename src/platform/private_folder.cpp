@@ -43,7 +43,8 @@ Folder makePrivateFolder() {
     }
 }
 
-// By the descriptor that is held: when there are no others to be had, the folder must go all the same.
+// Files alone; the folder names itself and its parent too. By the descriptor that is held: when there are no others to
+// be had, the folder must go all the same.
 void removeFiles(const Folder& folder) {
     alignas(dirent64) std::array<char, 4096> buffer{};
     (void)::lseek(folder.descriptor(), 0, SEEK_SET);
@@ -51,7 +52,7 @@ void removeFiles(const Folder& folder) {
         for (ssize_t offset = 0; offset < size;) {
             const auto* entry = reinterpret_cast<const dirent64*>(buffer.data() + offset);
             offset += entry->d_reclen;
-            folder.remove(entry->d_name);
+            if (entry->d_type != DT_DIR) folder.remove(entry->d_name);
         }
     }
 }
