@@ -85,7 +85,7 @@ def state(bench):
               {"samples": saves["wall"], "reference": saves["referenceWall"], "bytes": saves["bytes"],
                "processor": saves["own"], "reference processor": saves["referenceOwn"]},
               f"elapsed; {1000 * statistics.median(saves['wall']):.0f} ms for {saves['bytes'] / MEGABYTE:.1f} MB")
-    loads, parses = alternate(bench.sizes.rounds, lambda: bench.measure("load", folder),
+    loads, parses = alternate(bench.sizes.many_rounds, lambda: bench.measure("load", folder),
                               lambda: bench.measure("load", folder, "--nlohmann"))
     yield ratio("load", f"load of {text} / nlohmann::json::parse", 0.35, loads, parses,
                 note=f"{1000 * median_of(loads, 'own'):.0f} ms")
