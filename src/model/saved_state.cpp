@@ -180,7 +180,14 @@ private:
 
     void write(double number) {
         if (!std::isfinite(number)) throw SyncError("a time of a file is not a finite number");
-        text.addNumber(number);
+        // Servers' dates are whole seconds, which are written in a fraction of the time.
+        constexpr double wholeBelow = 9007199254740992.0; // 2^53
+        const auto whole = std::abs(number) < wholeBelow ? static_cast<std::int64_t>(number) : 0;
+        if (whole != 0 && static_cast<double>(whole) == number) { // zero has a sign
+            write(whole);
+        } else {
+            text.addNumber(number);
+        }
     }
 
     void write(bool value) { text.add(value ? "true" : "false"); }
