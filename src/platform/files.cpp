@@ -21,12 +21,14 @@ constexpr std::string_view writeSuffix = ".part";
 // Lets the disk begin with each piece while the next is copied to the kernel: the flush that follows waits the less.
 void writeAll(int descriptor, std::string_view bytes, const std::filesystem::path& name) {
     constexpr std::size_t piece = std::size_t{2} << 20;
+    off64_t begun = 0;
     while (!bytes.empty()) {
         const ssize_t written = ::write(descriptor, bytes.data(), std::min(bytes.size(), piece));
         if (written < 0 && errno == EINTR) continue;
         if (written < 0) throwFileError("write", name);
         bytes.remove_prefix(static_cast<std::size_t>(written));
-        if (!bytes.empty()) (void)::sync_file_range(descriptor, 0, 0, SYNC_FILE_RANGE_WRITE);
+        if (!bytes.empty()) (void)::sync_file_range(descriptor, begun, written, SYNC_FILE_RANGE_WRITE);
+        begun += written;
     }
 }
 
