@@ -33,12 +33,25 @@ void putBack(const Folder& folder, const std::string& name, const std::string& p
     }
 }
 
+// A file of this kind without a lock is a leftover. A check that comes between the making and the lock removes it: then
+// there is another.
+std::pair<std::string, Descriptor> makeLocked(const Folder& folder) {
+    for (;;) {
+        auto name = temporaryName();
+        Descriptor file = folder.create(name, newFileMode);
+        struct stat attributes {};
+        (void)::flock(file.get(), LOCK_EX); // waits for a check at most, which holds it for a moment
+        if (::fstat(file.get(), &attributes) != 0 || attributes.st_nlink != 0)
+            return {std::move(name), std::move(file)};
+    }
+}
+
 } // namespace
 
-StagedFile::StagedFile(const Folder& into)
-    : folder(into), name(temporaryName()), file(folder.create(name, newFileMode)) {
-    (void)::flock(file.get(), LOCK_EX | LOCK_NB); // a file of this kind without a lock is a leftover
-}
+StagedFile::StagedFile(const Folder& into) : StagedFile(into, makeLocked(into)) {}
+
+StagedFile::StagedFile(const Folder& into, std::pair<std::string, Descriptor> made)
+    : folder(into), name(std::move(made.first)), file(std::move(made.second)) {}
 
 StagedFile::~StagedFile() {
     if (!kept) folder.remove(name);

@@ -15,6 +15,7 @@
 #include <string>
 #include <string_view>
 #include <sys/types.h>
+#include <utility>
 
 namespace zembrastel {
 
@@ -47,6 +48,8 @@ public:
     const std::string name;
 
 private:
+    StagedFile(const Folder& into, std::pair<std::string, Descriptor> made);
+
     const Descriptor file;
     mutable bool kept = false;
 };
