@@ -231,7 +231,9 @@ private:
         }
         fs::remove(site / "sub/deep");
         for (const auto& path : paths) {
-            onServer[path] = uniqueContent("server", random);
+            // Of a size of its own: with the dates equal, two of one size could not be told apart once they were
+            // exchanged, when the second got the inode number that the first had.
+            onServer[path] = uniqueContent("server", random) + std::string(path.size(), '.');
             server.put("site/" + path, onServer[path]);
             // Newer than any edit, so that the editor's own versions are replaced as well.
             touch(server.root() / "site" / path, date);
