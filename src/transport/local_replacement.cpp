@@ -39,10 +39,9 @@ std::pair<std::string, Descriptor> makeLocked(const Folder& folder) {
     for (;;) {
         auto name = temporaryName();
         Descriptor file = folder.create(name, newFileMode);
-        struct stat attributes {};
         (void)::flock(file.get(), LOCK_EX); // waits for a check at most, which holds it for a moment
-        if (::fstat(file.get(), &attributes) != 0 || attributes.st_nlink != 0)
-            return {std::move(name), std::move(file)};
+        // Asked by the name: some file systems count no links at all.
+        if (folder.attributes(name)) return {std::move(name), std::move(file)};
     }
 }
 
