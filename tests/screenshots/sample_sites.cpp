@@ -117,15 +117,17 @@ JobWork SampleSites::work() {
     return {
         .check =
             [this](const FTPTransport&, const FileMap&, const RemoteDates&, const std::stop_token&) {
-                if (current.failure) throw SyncError(*current.failure);
-                clock.set(current.checked);
-                return current.changes;
+                const auto played = current;
+                if (played->failure) throw SyncError(*played->failure);
+                clock.set(played->checked);
+                return played->changes;
             },
         .watch =
             [this](const SyncWorker& worker, const std::stop_token&) {
+                const auto played = current; // the next site may play before this thread has ended
                 try {
                     worker.events.deliver(watchingStatus()); // after which all lines of the start are in the log
-                    for (const Moment& moment : current.moments) {
+                    for (const Moment& moment : played->moments) {
                         clock.set(moment.when);
                         worker.events.deliver(moment.event);
                         if (moment.progress) worker.events.progress(*moment.progress);
@@ -141,8 +143,8 @@ void SampleSites::await(const std::function<bool()>& condition) const {
 }
 
 void SampleSites::play(const std::string& name, Play chosen) {
-    current = std::move(chosen);
-    clock.set(current.start);
+    clock.set(chosen.start);
+    current = std::make_shared<const Play>(std::move(chosen));
     app->toggle(id(name));
 }
 

@@ -69,7 +69,7 @@ private:
 
     testing::TemporaryFolder folder;
     PictureClock clock;
-    Play current; // of the one site that plays
+    std::shared_ptr<const Play> current; // of the one site that plays; set before its thread begins
     std::unique_ptr<AppModel> app;
 };
 
