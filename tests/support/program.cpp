@@ -27,13 +27,15 @@ struct Pipe {
     }
 };
 
-// The arguments of posix_spawn other than the command: pipes in place, no signal blocked.
+// The arguments of posix_spawn other than the command: pipes in place, no signal blocked, and nothing else open, since
+// another thread may have a file open for writing that must not stay so for as long as the program runs.
 class SpawnSetup {
 public:
     SpawnSetup(int standardInput, int standardOutput) {
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_adddup2(&actions, standardInput, STDIN_FILENO);
         posix_spawn_file_actions_adddup2(&actions, standardOutput, STDOUT_FILENO);
+        posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
         sigset_t none;
         sigemptyset(&none);
         posix_spawnattr_init(&attributes);

@@ -568,6 +568,10 @@ std::vector<Case> chosenCases(bool mounts, bool longForm, std::chrono::seconds s
         return cases;
     }
     std::ranges::for_each(faults, add);
+#ifdef __SANITIZE_THREAD__
+    std::puts("left out, since this sanitizer keeps a file open for writing there: temporary folder read-only");
+    std::erase_if(cases, [](const Case& one) { return one.name == "temporary folder read-only"; });
+#endif
     std::ranges::for_each(curlFaults, add);
     for (const auto& fault : downloadFaults) {
         cases.push_back({fault.name, [&fault](Site& site) { meetDownloading(site, fault); }});
