@@ -40,6 +40,10 @@ manuals_tell_every_command_and_option() {
       grep -qE -e "$word( |,|$)" <<< "$told" || fail "the manual lacks $word of $command"
     done
   done
+  local documents=$share/doc/zembrastel-cli file
+  grep -ohE '\]\([^)#]+' "$documents"/*.md | tr -d ']()' | sort -u | while read -r file; do
+    [ -f "$documents/$file" ] || fail "the documents lack $file"
+  done
   write_example
   zembrastel-cli profile list | grep -qF 'My website' || fail "the example of a profile cannot be read"
 }
