@@ -59,6 +59,7 @@ def parse_arguments():
     add("--drop", metavar="STAGE", help="close the whole connection there")
     add("--drop-data", metavar="STAGE", help='close only the data connection there ("data"), then answer 426')
     add("--after", type=int, default=65536, metavar="BYTES", help="where in a transfer the stage \"data\" is")
+    add("--hold", metavar="FILE", help='every transfer, and with it the server, waits there ("data") while FILE exists')
     add("--only", metavar="GLOB", help="--reply, --hang and --drop at a command only when the last component of its "
         "argument matches")
     add("--skip", type=int, default=0, metavar="N", help="the first N occasions for something odd pass as usual")
@@ -299,6 +300,8 @@ class OddData:
         if self.decided or self.transferred < options.after:
             return False
         self.decided = True
+        while options.hold and os.path.exists(options.hold):
+            time.sleep(0.01)
         if is_odd(options.hang, "data"):
             silent.add(self.cmd_channel)
             self.del_channel()  # no longer polled, not closed
