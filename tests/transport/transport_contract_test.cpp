@@ -40,7 +40,7 @@ protected:
     static Kind kind() { return std::get<Kind>(GetParam()); }
 
     void serveSlowly() {
-        options.rateKiB = 256;
+        options.rateKiB = 64;
         server.emplace(kind(), options);
     }
 
@@ -165,7 +165,7 @@ TEST_P(TransportContract, ForeignEditIsFoundAndReplacesTheLocalFileWithABackup) 
 
 TEST_P(TransportContract, CancelledTransferEndsAtOnceHarmsNeitherSideAndTheNextOneSucceeds) {
     serveSlowly();
-    const auto large = testing::randomBytes(2'000'000);
+    const auto large = testing::randomBytes(2'000'000); // takes 30 s
     LocalSite site(*server, {{"page", large}});
     server->put("site/page", "old");
     const auto cancelWhen = [](const FTPTransport& transport, const auto& begun, const auto& operation) {
@@ -177,7 +177,7 @@ TEST_P(TransportContract, CancelledTransferEndsAtOnceHarmsNeitherSideAndTheNextO
         });
         EXPECT_THROW(operation(transport), Cancelled);
         canceller.join();
-        EXPECT_LT(std::chrono::steady_clock::now() - asked, std::chrono::seconds(2));
+        EXPECT_LT(std::chrono::steady_clock::now() - asked, testing::atOnce);
     };
     cancelWhen(
         site.transport(), [&] { return testing::readTree(server->root()).size() > 1; },
