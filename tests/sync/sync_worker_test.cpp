@@ -303,15 +303,5 @@ TEST_F(SyncWorkerTest, StopEndsAWorkerAtOnceWhateverItIsDoing) {
     stopsSoon(counting, clock, [&] { return !testing::leftoverPartFiles(slow.root()).empty(); }); // in a transfer
 }
 
-TEST(WorkerDecisions, OnlyChangedFilesAreQueuedAndOnlyRestingOnesSent) {
-    const Fingerprint one{.size = 1, .modified = 1, .inode = 1};
-    const Fingerprint two{.size = 1, .modified = 2, .inode = 1};
-    const FileMap current{{"added", one}, {"changed", two}, {"same", one}};
-    const auto changed = changedPaths(current, {{"changed", one}, {"gone", one}, {"same", one}});
-    EXPECT_EQ(changed, (std::vector<std::string>{"added", "changed"}));
-    EXPECT_EQ(stablePaths(changed, current, {{"changed", two}}), (std::vector<std::string>{"changed"}));
-    EXPECT_TRUE(stablePaths(changed, current, {{"changed", one}}).empty());
-}
-
 } // namespace
 } // namespace zembrastel
