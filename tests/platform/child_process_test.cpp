@@ -11,7 +11,6 @@
 #include <gtest/gtest.h>
 #include <sstream>
 #include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <thread>
 
@@ -69,7 +68,7 @@ TEST_F(ChildProcessTest, ChildThatStopsReadingNeitherKillsNorBlocksTheProgram) {
 TEST_F(ChildProcessTest, ManyChildrenGiveWayToTheWindow) {
     // Reading the line first: by then the child's priority is set.
     runScript("read line; nice", "go on\n");
-    EXPECT_GT(std::stoi(written("out")), getpriority(PRIO_PROCESS, 0));
+    EXPECT_GT(std::stoi(written("out")), 0); // the window's, however nice the tests themselves are
 }
 
 TEST_F(ChildProcessTest, NothingOfTheProgramLeaksIntoTheChild) {
