@@ -36,7 +36,7 @@ TEST_F(PasswordStoreTest, SecondPasswordReplacesTheFirst) {
 }
 
 TEST_F(PasswordStoreTest, BytesThatAreNoTextNeverBecomeAPassword) {
-    const auto save = [&] { return PasswordStore::save("caf\xE9", id), 0; };
+    const auto save = [&] { PasswordStore::save("caf\xE9", id); };
     EXPECT_EQ(failureOf(save), "Keychain: The password is not valid text.");
     EXPECT_FALSE(findSecret(item));
     addSecret(item, "made elsewhere", "caf\xE9");

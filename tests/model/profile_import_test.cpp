@@ -10,6 +10,8 @@
 namespace zembrastel::testing {
 namespace {
 
+using Texts = std::vector<std::string>;
+
 std::string siteManager(const std::string& sites) {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<FileZilla3 version=\"3.63\">\n<Servers>\n" + sites
            + "\n</Servers>\n</FileZilla3>\n";
@@ -25,6 +27,20 @@ Profile only(const std::string& bytes) {
     const auto all = found(bytes);
     EXPECT_EQ(all.candidates.size(), 1U);
     return all.candidates.empty() ? Profile{} : all.candidates.front().profile;
+}
+
+// All that a source may tell, in the order of the form that the user then completes.
+Texts told(const ProfileCandidate& candidate) {
+    const auto& profile = candidate.profile;
+    return {
+        profile.name,
+        profile.host,
+        std::to_string(profile.port),
+        std::string(rawValue(profile.transport)),
+        profile.username,
+        candidate.password.value_or("none"),
+        profile.remoteFolder,
+        profile.localFolder};
 }
 
 TEST(ProfileImport, SitesArriveAsTheyWereAndOthersAreSkippedWithTheReason) {
@@ -44,24 +60,15 @@ TEST(ProfileImport, SitesArriveAsTheyWereAndOthersAreSkippedWithTheReason) {
         <Pass encoding="crypt" pubkey="x">abc</Pass></Server>)"));
     ASSERT_EQ(all.candidates.size(), 3U);
     const auto& site = all.candidates[0];
-    EXPECT_EQ(site.profile.name, "Site");
-    EXPECT_EQ(site.profile.host, "ftp.example.com");
-    EXPECT_EQ(site.profile.port, 2121);
-    EXPECT_EQ(site.profile.transport, TransferProtocol::ftps);
-    EXPECT_EQ(site.profile.username, "wéb & co");
-    EXPECT_EQ(site.profile.remoteFolder, "/a é/www");
-    EXPECT_EQ(site.profile.localFolder, "/srv/site");
-    EXPECT_EQ(site.password, "päss: wörd");
+    EXPECT_EQ(
+        told(site),
+        (Texts{"Site", "ftp.example.com", "2121", "FTPS (TLS)", "wéb & co", "päss: wörd", "/a é/www", "/srv/site"}));
     EXPECT_FALSE(site.profile.enabled);
     EXPECT_TRUE(site.notes.empty());
-
-    EXPECT_EQ(all.candidates[1].profile.name, "Site 2");
-    EXPECT_EQ(all.candidates[1].profile.transport, TransferProtocol::implicitTLS);
-    EXPECT_EQ(all.candidates[1].profile.port, 990);
-    EXPECT_EQ(all.candidates[1].password, "plain");
-    EXPECT_EQ(all.candidates[2].profile.transport, TransferProtocol::ftp);
-    EXPECT_EQ(all.candidates[2].password, std::nullopt);
-    EXPECT_EQ(all.candidates[2].profile.localFolder, "");
+    EXPECT_EQ(
+        told(all.candidates[1]),
+        (Texts{"Site 2", "old.example.com", "990", "FTPS (implicit TLS)", "u", "plain", "/", ""}));
+    EXPECT_EQ(told(all.candidates[2]), (Texts{"Locked", "w", "21", "FTP", "", "none", "/", ""}));
     EXPECT_EQ(all.candidates[2].notes.size(), 3U);
 
     ASSERT_EQ(all.skipped.size(), 2U);
@@ -111,13 +118,9 @@ TEST(ProfileImport, WorkspaceWithCommentsAndVariantsIsRead) {
        {"host": "h"}, {"protocol": "ftp"}])");
     ASSERT_EQ(all.candidates.size(), 2U);
     const auto& live = all.candidates[0];
-    EXPECT_EQ(live.profile.name, "Web (live)");
-    EXPECT_EQ(live.profile.host, "ftp.example.com");
-    EXPECT_EQ(live.profile.port, 2121);
-    EXPECT_EQ(live.profile.transport, TransferProtocol::ftps);
-    EXPECT_EQ(live.profile.localFolder, "/w/public");
-    EXPECT_EQ(live.profile.remoteFolder, "htdocs/x");
-    EXPECT_EQ(live.password, "hush");
+    EXPECT_EQ(
+        told(live),
+        (Texts{"Web (live)", "ftp.example.com", "2121", "FTPS (TLS)", "web", "hush", "htdocs/x", "/w/public"}));
     EXPECT_EQ(live.notes.size(), 3U); // of what it ignores
     for (const char* path : {".vscode/sftp.json", "draft.txt", "build/x", "a/b.psd", "docs/old/a", "tmp/a"}) {
         EXPECT_TRUE(live.profile.excludes(path)) << path;

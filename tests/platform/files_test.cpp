@@ -23,10 +23,6 @@ mode_t permissions(const fs::path& path) {
     return attributes.st_mode & 07777;
 }
 
-std::size_t itemsIn(const fs::path& folder) {
-    return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
-}
-
 class FilesTest : public ::testing::Test {
 protected:
     testing::TemporaryFolder folder;
@@ -41,15 +37,7 @@ TEST_F(FilesTest, AtomicWriteIsOwnerOnlyWholeAndLeavesNothingBeside) {
     ::umask(before);
     EXPECT_EQ(readFile(file).value().size(), 1U << 20);
     EXPECT_EQ(permissions(file), 0600U);
-    EXPECT_EQ(itemsIn(folder.path()), 1U);
-}
-
-TEST_F(FilesTest, FailedAtomicWriteLeavesTheOldFileAndNoLeftover) {
-    const auto target = folder.path() / "state";
-    fs::create_directories(target / "occupied");
-    EXPECT_THROW(writeAtomically(target, "new"), fs::filesystem_error);
-    EXPECT_TRUE(fs::is_directory(target / "occupied"));
-    EXPECT_EQ(itemsIn(folder.path()), 1U);
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 1);
 }
 
 TEST_F(FilesTest, OnlyOwnOldLeftoversOfWritesAreRemoved) {

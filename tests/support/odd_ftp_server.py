@@ -5,7 +5,7 @@ Prints two lines once it listens: the port, and "/", the login folder, which is 
 SIGTERM. Login is web / s3cret unless told otherwise. Any user may run it.
 
 STAGE is where something odd happens: a command (USER PASS PWD CWD EPSV PASV TYPE LIST MLSD MDTM SIZE RETR STOR RNFR
-RNTO MKD QUIT), "greeting" (in place of the first reply), "data" (in a transfer, after --after bytes) or "done" (after
+RNTO MKD QUIT), "greeting" (in place of the first reply), "data" (in a transfer, after 64 KiB) or "done" (after
 the data of an upload, in place of the reply to it).
 
 With --break a test says while the server runs what is to go wrong next. Its FILE holds a number and a way to break:
@@ -30,7 +30,8 @@ from pyftpdlib.filesystems import AbstractedFS
 from pyftpdlib.handlers import DTPHandler, FTPHandler, ThrottledDTPHandler
 from pyftpdlib.servers import FTPServer
 
-CHUNK = 16384  # small, so that --after is met closely
+CHUNK = 16384
+ODD_AFTER = 4 * CHUNK  # bytes of a transfer
 
 
 def parse_arguments():
@@ -58,10 +59,9 @@ def parse_arguments():
     add("--hang", metavar="STAGE", help="go silent there, keeping the connection")
     add("--drop", metavar="STAGE", help="close the whole connection there")
     add("--drop-data", metavar="STAGE", help='close only the data connection there ("data"), then answer 426')
-    add("--after", type=int, default=65536, metavar="BYTES", help="where in a transfer the stage \"data\" is")
+    add("--hold", metavar="FILE", help='every transfer, and with it the server, waits there ("data") while FILE exists')
     add("--only", metavar="GLOB", help="--reply, --hang and --drop at a command only when the last component of its "
         "argument matches")
-    add("--skip", type=int, default=0, metavar="N", help="the first N occasions for something odd pass as usual")
     add("--times", type=int, metavar="N", help="only N occasions are odd; --reply, --final, --hang, --drop and "
         "--drop-data count together")
     add("--break", dest="breaking", metavar="FILE", help="where it is said what breaks next: see above")
@@ -81,13 +81,9 @@ class Occasions:
     """Counts the occasions for something odd and says which of them are."""
 
     def __init__(self):
-        self.skip = options.skip
         self.left = options.times
 
     def take(self):
-        if self.skip > 0:
-            self.skip -= 1
-            return False
         if self.left is None:
             return True
         self.left -= 1
@@ -296,9 +292,11 @@ class OddData:
 
     def ends_here(self, size):
         self.transferred += size
-        if self.decided or self.transferred < options.after:
+        if self.decided or self.transferred < ODD_AFTER:
             return False
         self.decided = True
+        while options.hold and os.path.exists(options.hold):
+            time.sleep(0.01)
         if is_odd(options.hang, "data"):
             silent.add(self.cmd_channel)
             self.del_channel()  # no longer polled, not closed

@@ -8,6 +8,10 @@
 
 namespace zembrastel::testing {
 
+// Far more than what is done at once takes on a busy machine. A test measures with it what would otherwise take
+// minutes.
+inline constexpr std::chrono::seconds atOnce{10};
+
 // Asks `condition` again and again until it is true. False when that does not come within `limit`.
 template <class Condition>
 [[nodiscard]] bool eventually(Condition condition, std::chrono::seconds limit = std::chrono::seconds(20)) {

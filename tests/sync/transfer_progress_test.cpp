@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -134,22 +135,25 @@ protected:
     // What was told of a transfer of `size` bytes at `rate` bytes a second.
     void expectPlausible(const std::string& path, std::uint64_t size, double rate) const {
         ASSERT_EQ(toldAtEnd.size(), 1U);
-        ASSERT_GE(toldAtEnd.front(), 3U) << "told while it went on";
-        EXPECT_EQ(toldAtEnd.front(), told.size()) << "nothing comes late";
+        for (const auto& late : std::span(told).subspan(toldAtEnd.front())) EXPECT_FALSE(late.file);
+        auto transfer = told;
+        // On a slow machine, that folders are listed and that the file is done is told as well.
+        std::erase_if(transfer, [](const auto& progress) { return !progress.file; });
+        ASSERT_GE(transfer.size(), 3U) << "told while it went on";
         std::uint64_t before = 0;
-        for (const auto& progress : told) {
-            ASSERT_TRUE(progress.file);
+        for (const auto& progress : transfer) {
             EXPECT_EQ(progress.file->path, path);
             EXPECT_EQ(progress.file->size, size);
             EXPECT_GE(progress.file->bytes, before);
             EXPECT_LE(progress.file->bytes, size);
             before = progress.file->bytes;
         }
-        EXPECT_GT(told.back().file->bytes, told.front().file->bytes);
-        EXPECT_GT(told[told.size() / 2].file->rate.value(), rate / 4);
-        EXPECT_LT(told[told.size() / 2].file->rate.value(), rate * 4);
-        EXPECT_EQ(told.front().filesQueued, 1U);
-        EXPECT_EQ(told.front().filesDone, 0U);
+        EXPECT_GT(transfer.back().file->bytes, transfer.front().file->bytes);
+        const double measured = transfer[transfer.size() / 2].file->rate.value();
+        EXPECT_GT(measured, rate / 4);
+        EXPECT_LT(measured, rate * 4);
+        EXPECT_EQ(transfer.front().filesQueued, 1U);
+        EXPECT_EQ(transfer.front().filesDone, 0U);
     }
 
     std::vector<TransferProgress> told;

@@ -25,10 +25,7 @@ using Words = std::vector<std::string>;
 constexpr auto moment = std::chrono::sys_days(std::chrono::year(2020) / 1 / 1);
 
 std::string uploadFailure(const LocalSite& site, const std::string& path) {
-    return failureOf([&] {
-        site.transport().upload(path, site.fingerprint(path));
-        return 0;
-    });
+    return failureOf([&] { site.transport().upload(path, site.fingerprint(path)); });
 }
 
 class ServerDifferences : public ::testing::TestWithParam<Kind> {
@@ -142,13 +139,17 @@ TEST(ServerSettings, ProftpdRemovesWhatACancelledUploadLeftWhenTold) {
     FtpServer server(Kind::proftpd, {.rateKiB = 256, .extra = {"DeleteAbortedStores on"}});
     const LocalSite site(server, {{"page", testing::randomBytes(2'000'000)}});
     const auto transport = site.transport();
-    const auto parts = [&] { return testing::leftoverPartFiles(server.root()).size(); };
+    const auto parts = [&] { return testing::leftoverPartFiles(server.root()); };
     std::jthread canceller([&] {
-        EXPECT_TRUE(testing::eventually([&] { return parts() == 1; }));
+        // So far that more is on its way: where all that was sent has come, the end of it is that of a short file.
+        EXPECT_TRUE(testing::eventually([&] {
+            const auto all = parts();
+            return !all.empty() && fs::file_size(server.root() / all.front()) > 300'000;
+        }));
         transport.control->cancel();
     });
     EXPECT_THROW(transport.upload("page", site.fingerprint("page")), Cancelled);
-    EXPECT_TRUE(testing::eventually([&] { return parts() == 0; }));
+    EXPECT_TRUE(testing::eventually([&] { return parts().empty(); }));
 }
 
 // The reason for which the contract is not tried on it with implicit TLS.

@@ -18,6 +18,8 @@ namespace zembrastel {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::failureOf;
+using testing::FileTree;
 using testing::FtpServer;
 using testing::LocalSite;
 using Kind = FtpServer::Kind;
@@ -40,7 +42,7 @@ protected:
     static Kind kind() { return std::get<Kind>(GetParam()); }
 
     void serveSlowly() {
-        options.rateKiB = 256;
+        options.rateKiB = 64;
         server.emplace(kind(), options);
     }
 
@@ -111,13 +113,13 @@ TEST_P(TransportContract, InitialDownloadTakesWhatIsMissingOrNewerAndKeepsTheRes
         "", 0, [&](const std::string& line) { lines.insert(line); },
         [&](const std::string& path, const Fingerprint& fingerprint) { installed.set(path, fingerprint); });
     EXPECT_EQ(
-        site.files(), (testing::FileTree{
+        site.files(), (FileTree{
                           {"sub/missing.txt", "from server"},
                           {"empty", ""},
                           {"newer.txt", "newer on server"},
                           {"older.txt", "local"},
                           {"kind/inside", "a folder here"}}));
-    EXPECT_EQ(site.backups(), (testing::FileTree{{"newer.txt", "local"}}));
+    EXPECT_EQ(site.backups(), (FileTree{{"newer.txt", "local"}}));
     EXPECT_EQ(
         installed, (FileMap{
                        {"sub/missing.txt", site.fingerprint("sub/missing.txt")},
@@ -157,7 +159,7 @@ TEST_P(TransportContract, ForeignEditIsFoundAndReplacesTheLocalFileWithABackup) 
     const auto installed = transport.replaceLocal(changes[0]);
     EXPECT_EQ(installed, site.fingerprint("file9.txt"));
     EXPECT_EQ(testing::readFile(site / "file9.txt"), "theirs");
-    EXPECT_EQ(site.backups(), (testing::FileTree{{"file9.txt", "mine"}}));
+    EXPECT_EQ(site.backups(), (FileTree{{"file9.txt", "mine"}}));
     EXPECT_TRUE(testing::leftoverPartFiles(site.root()).empty());
     EXPECT_TRUE(
         transport.newerRemoteFiles({{"file9.txt", installed}}, {{"file10.txt", date}}, [](const auto&) {}).empty());
@@ -165,7 +167,7 @@ TEST_P(TransportContract, ForeignEditIsFoundAndReplacesTheLocalFileWithABackup) 
 
 TEST_P(TransportContract, CancelledTransferEndsAtOnceHarmsNeitherSideAndTheNextOneSucceeds) {
     serveSlowly();
-    const auto large = testing::randomBytes(2'000'000);
+    const auto large = testing::randomBytes(2'000'000); // takes 30 s
     LocalSite site(*server, {{"page", large}});
     server->put("site/page", "old");
     const auto cancelWhen = [](const FTPTransport& transport, const auto& begun, const auto& operation) {
@@ -177,7 +179,7 @@ TEST_P(TransportContract, CancelledTransferEndsAtOnceHarmsNeitherSideAndTheNextO
         });
         EXPECT_THROW(operation(transport), Cancelled);
         canceller.join();
-        EXPECT_LT(std::chrono::steady_clock::now() - asked, std::chrono::seconds(2));
+        EXPECT_LT(std::chrono::steady_clock::now() - asked, testing::atOnce);
     };
     cancelWhen(
         site.transport(), [&] { return testing::readTree(server->root()).size() > 1; },
@@ -195,22 +197,20 @@ TEST_P(TransportContract, CancelledTransferEndsAtOnceHarmsNeitherSideAndTheNextO
             const auto ignore = [](const auto&...) {};
             transport.downloadTree("", 0, ignore, ignore);
         });
-    EXPECT_EQ(site.files(), (testing::FileTree{{"page", "new"}}));
+    EXPECT_EQ(site.files(), (FileTree{{"page", "new"}}));
 }
 
 TEST_P(TransportContract, RefusalsAreToldInTheSameWordsWhateverTheServerAnswers) {
     server->put("site/page", "x");
     LocalSite site(*server);
     const std::string noFolder = "curl: (9) Server denied you to change to the given directory";
-    EXPECT_EQ(testing::failureOf([&] { return site.transport().list("missing"); }), noFolder);
+    EXPECT_EQ(failureOf([&] { return site.transport().list("missing"); }), noFolder);
     EXPECT_EQ(
-        testing::failureOf([&] { return site.transport().modificationDate("missing"); }),
-        "curl: (78) The file does not exist");
-    EXPECT_EQ(testing::failureOf([&] { return site.transport().modificationDate("missing/page"); }), noFolder);
+        failureOf([&] { return site.transport().modificationDate("missing"); }), "curl: (78) The file does not exist");
+    EXPECT_EQ(failureOf([&] { return site.transport().modificationDate("missing/page"); }), noFolder);
     site.password = "secret-not-s3cret";
     if (kind() == Kind::vsftpd) site.profile.username = "nobody-here"; // its anonymous user has no password
-    EXPECT_EQ(
-        testing::failureOf([&] { return site.transport().modificationDate("page"); }), "curl: (67) Access denied: 530");
+    EXPECT_EQ(failureOf([&] { return site.transport().modificationDate("page"); }), "curl: (67) Access denied: 530");
 }
 
 std::string nameOf(const ::testing::TestParamInfo<TransportContract::ParamType>& info) {
