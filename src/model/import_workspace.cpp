@@ -29,9 +29,11 @@ struct Connection {
     const Json& base;
     const Json* variant = nullptr;
 
+    // A variant's null takes the base's value away.
     [[nodiscard]] const Json* value(const char* key) const {
         const Json* own = variant == nullptr ? nullptr : member(*variant, key);
-        return own == nullptr ? member(base, key) : own;
+        const Json* given = own == nullptr ? member(base, key) : own;
+        return given == nullptr || given->IsNull() ? nullptr : given;
     }
 
     [[nodiscard]] std::string text(const char* key) const {
@@ -102,7 +104,7 @@ void readFolders(const Connection& connection, const std::filesystem::path& file
 
 TransferProtocol transportOf(const Connection& connection) {
     const Json* secure = connection.value("secure");
-    if (secure == nullptr || secure->IsFalse() || secure->IsNull()) return TransferProtocol::ftp;
+    if (secure == nullptr || secure->IsFalse()) return TransferProtocol::ftp;
     return connection.text("secure") == "implicit" ? TransferProtocol::implicitTLS : TransferProtocol::ftps;
 }
 

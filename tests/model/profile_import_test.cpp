@@ -128,6 +128,7 @@ TEST(ProfileImport, WorkspaceWithCommentsAndVariantsIsRead) {
     EXPECT_FALSE(live.profile.excludes("index.html"));
     EXPECT_EQ(all.candidates[1].profile.host, "test.example.com");
     EXPECT_EQ(all.candidates[1].profile.transport, TransferProtocol::implicitTLS);
+    EXPECT_EQ(all.candidates[1].profile.port, 990);
     ASSERT_EQ(all.skipped.size(), 2U);
     EXPECT_EQ(all.skipped[0].reason, "It uses SFTP; only FTP and FTPS are supported.");
     EXPECT_EQ(all.skipped[1].reason, "It names no server.");
