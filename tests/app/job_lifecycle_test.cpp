@@ -282,34 +282,5 @@ TEST_F(JobLifecycle, StateThatCannotBeSavedIsToldAndSavedOnceItCan) {
     EXPECT_EQ(savedBaseline().size(), 2U);
 }
 
-// A clock by which every look takes a second: a save seems slow.
-class SlowClock : public testing::FakeClock {
-public:
-    std::chrono::steady_clock::time_point steadyNow() const override {
-        return std::chrono::steady_clock::time_point(std::chrono::seconds(++looks));
-    }
-    mutable std::atomic<int> looks = 0;
-};
-
-TEST_F(JobLifecycle, SavesOfALargeStateAreGatheredAndAStopWritesWhatIsDue) {
-    for (int i = 0; i < 12; ++i) testing::writeFile(site / std::to_string(i), "x");
-    SlowClock slow;
-    AppModel::Options options{.storeOverride = StateStore(stateFolder / "state"), .clock = slow};
-    options.sessionPasswords[id()] = site.password;
-    model = std::make_unique<AppModel>(queue, std::move(options));
-    model->save(site.profile, std::nullopt);
-    model->start(id());
-    bool behind = false;
-    ASSERT_TRUE(runUntil([&] {
-        const auto done = static_cast<std::size_t>(model->status(id()).uploaded);
-        const auto files = saved().baselines;
-        behind = behind || (files.contains(id()) ? files.at(id()).size() : 0U) < done;
-        return done == 12;
-    }));
-    EXPECT_TRUE(behind);
-    model.reset();
-    EXPECT_EQ(saved().baselines.at(id()).size(), 12U);
-}
-
 } // namespace
 } // namespace zembrastel
