@@ -142,10 +142,7 @@ TEST_F(JobLifecycle, StartThatCannotWorkIsRefusedWithTheReason) {
     model->start(id());
     other.localFolder = stateFolder / "spelled-otherwise";
     EXPECT_EQ(
-        testing::failureOf([&] {
-            model->save(other, std::nullopt);
-            return 0;
-        }),
+        testing::failureOf([&] { model->save(other, std::nullopt); }),
         "Another active profile already watches this local folder. Pause it before using this profile.");
     model->stopJob(id());
     model->save(other, std::nullopt);
@@ -257,10 +254,7 @@ TEST_F(JobLifecycle, UnreadableStateIsReportedAndNeverTouched) {
     EXPECT_TRUE(model->alert()->ends_with(". Your saved file has been left untouched.")) << *model->alert();
     EXPECT_EQ(model->alert()->find(".."), std::string::npos);
     EXPECT_EQ(
-        testing::failureOf([&] {
-            model->save(site.profile, std::nullopt);
-            return 0;
-        }),
+        testing::failureOf([&] { model->save(site.profile, std::nullopt); }),
         "Profile storage is unavailable. Restart the app after correcting the startup error.");
     EXPECT_EQ(testing::readFile(stateFolder / "state/profiles.json"), "{\"profiles\": oops");
 }

@@ -68,22 +68,12 @@ TEST_F(ProfileOperations, RefusedSaveChangesNothing) {
     const auto before = saved();
     auto profile = edited();
     profile.host = "ftp://example.org";
-    EXPECT_NE(
-        testing::failureOf([&] {
-            model->save(profile, "x");
-            return 0;
-        }),
-        "");
+    EXPECT_NE(testing::failureOf([&] { model->save(profile, "x"); }), "");
     passwords.save = [](const auto&...) { throw SyncError("Keychain: locked."); };
     profile = edited();
     profile.name = "other";
     restart();
-    EXPECT_EQ(
-        testing::failureOf([&] {
-            model->save(profile, "x");
-            return 0;
-        }),
-        "Keychain: locked.");
+    EXPECT_EQ(testing::failureOf([&] { model->save(profile, "x"); }), "Keychain: locked.");
     EXPECT_EQ(saved(), before);
     EXPECT_EQ(edited(), before.profiles.front());
 }
