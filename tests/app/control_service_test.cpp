@@ -184,6 +184,7 @@ TEST_F(Control, WhateverIsSentTheProgramGoesOn) {
     leaving.reset();
     auto follower = ControlClient::connect(folder());
     ASSERT_TRUE(follower && follower->ask({.kind = Kind::follow}));
+    ASSERT_TRUE(whileServing([&] { return follower->next(20s).has_value(); })); // it follows from now on
     testing::writeFile(site / "page", "1");
     EXPECT_TRUE(uploads(1));
     EXPECT_TRUE(model->watching(id()));

@@ -3,6 +3,7 @@
 #include "model/error.h"
 #include "support/fake_clock.h"
 #include "support/temporary_folder.h"
+#include "support/work_off.h"
 
 #include <algorithm>
 #include <chrono>
@@ -79,13 +80,6 @@ protected:
         return queue.runUntil([&] { return diary->uploads.size() >= count; }, std::chrono::seconds(30));
     }
 
-    // Works off what jobs have posted so far.
-    void settle() {
-        bool reached = false;
-        queue.post([&reached] { reached = true; });
-        ASSERT_TRUE(queue.runUntil([&reached] { return reached; }, std::chrono::seconds(30)));
-    }
-
     TemporaryFolder folder;
     FakeClock clock;
     MainQueue queue;
@@ -142,7 +136,7 @@ TEST_F(Demo, APauseStopsItAndResumingGoesOnWhereItWas) {
         EXPECT_FALSE(model->running(id) || status().active);
         EXPECT_EQ(status().title, "Paused");
         const auto heard = diary->uploads;
-        settle();
+        ASSERT_TRUE(workOff(queue));
         EXPECT_EQ(diary->uploads, heard) << "a paused profile reports no more";
         EXPECT_EQ(status().title, "Paused");
         model->toggle(id);

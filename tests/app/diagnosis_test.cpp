@@ -47,105 +47,41 @@ Profile profileOf(TransferProtocol transport, std::int64_t port) {
 }
 
 TEST(Diagnosis, FailedConnectionIsToldByItsCause) {
-    struct Case {
-        std::string failure;
-        Words replies;
-        bool connected;
-        TransferProtocol transport;
-        std::int64_t port;
-        std::string subject;
-        std::string words; // of the text or the remedy
-    };
     const auto ftp = TransferProtocol::ftp;
     const auto ftps = TransferProtocol::ftps;
     const auto implicit = TransferProtocol::implicitTLS;
+    struct Case {
+        std::string failure;
+        Words replies;
+        std::string subject;
+        std::string words; // of the text or the remedy
+        TransferProtocol transport = ftps;
+        std::int64_t port = 21;
+        bool connected = true;
+    };
     const std::string refused = "curl: (67) Access denied: 530";
-    for (const auto& [failure, replies, connected, transport, port, subject, words] : std::vector<Case>{
-             {"curl: (6) Could not resolve host: x", {}, false, ftps, 21, "address", "Nobody knows"},
-             {"curl: (7) Failed to connect", {}, false, ftps, 2121, "port", "nothing at port 2121"},
-             {"curl: (28) Connection timed out", {}, false, ftps, 21, "port", "firewall"},
-             {"curl: (28) Timeout was reached",
-              {"421 Too many connections (8) from this IP"},
-              true,
-              ftp,
-              21,
-              "connections",
-              "too many"},
-             {"curl: (28) Timeout was reached",
-              {"421 Service not available."},
-              true,
-              ftp,
-              21,
-              "connections",
-              "hangs up"},
-             {refused,
-              {"220 Hello", "530 Sorry, the maximum number of clients (5) for this user"},
-              true,
-              ftps,
-              21,
-              "connections",
-              "how many"},
-             {refused, {"220 Hello", "530 Login incorrect."}, true, ftps, 21, "login", "530 Login incorrect."},
-             {refused,
-              {"220 Hello", "530 Non-anonymous sessions must use encryption."},
-              true,
-              ftp,
-              21,
-              "encryption",
-              "FTPS (TLS)"},
-             {refused,
-              {"220 Hello", "550 SSL/TLS required on the control channel"},
-              true,
-              ftp,
-              21,
-              "encryption",
-              "FTPS (TLS)"},
-             {"curl: (64) Requested SSL level failed",
-              {"220 Hello", "500 AUTH not understood"},
-              true,
-              ftps,
-              21,
-              "encryption",
-              "offers no encryption"},
-             {"curl: (35) wrong version number", {}, true, implicit, 21, "encryption", "FTPS (TLS)"},
-             {"curl: (28) Timeout was reached", {}, true, ftps, 990, "encryption", "FTPS (implicit TLS)"},
-             {"curl: (28) Timeout was reached", {}, true, ftps, 2121, "connections", "says nothing"},
-             {"curl: (35) alert protocol version", {"220 Hello", "234 Go"}, true, ftps, 21, "encryption", "TLS 1.2"},
-             {"curl: (60) SSL certificate problem: certificate has expired\nMore",
-              {"220 Hello", "234 Go"},
-              true,
-              ftps,
-              21,
-              "certificate",
-              "renew"},
-             {"curl: (60) SSL: no alternative certificate subject name matches target host name",
-              {"234 Go"},
-              true,
-              ftps,
-              21,
-              "certificate",
-              "another name"},
-             {"curl: (60) SSL certificate problem: self-signed certificate",
-              {"234 Go"},
-              true,
-              ftps,
-              21,
-              "certificate",
-              "known authority"},
-             {"curl: (9) Server denied you to change to the given directory",
-              {"230 In", "550 No such folder"},
-              true,
-              ftps,
-              21,
-              "folder",
-              "550 No such folder"},
-             {"curl: (28) Timeout was reached",
-              {"230 In", "227 Passive"},
-              true,
-              ftps,
-              21,
-              "listing",
-              "passive mode"}}) {
+    const std::string silence = "curl: (28) Timeout was reached";
+    const std::string untrusted = "curl: (60) SSL certificate problem: ";
+    for (const auto& [failure, replies, subject, words, transport, port, connected] : std::vector<Case>{
+             {"curl: (6) Could not resolve host: x", {}, "address", "Nobody knows", ftps, 21, false},
+             {"curl: (7) Failed to connect", {}, "port", "nothing at port 2121", ftps, 2121, false},
+             {"curl: (28) Connection timed out", {}, "port", "firewall", ftps, 21, false},
+             {silence, {"421 Too many connections (8) from this IP"}, "connections", "too many", ftp},
+             {silence, {"421 Service not available."}, "connections", "hangs up", ftp},
+             {refused, {"530 Sorry, the maximum number of clients (5) for this user"}, "connections", "how many"},
+             {refused, {"220 Hello", "530 Login incorrect."}, "login", "530 Login incorrect."},
+             {refused, {"530 Non-anonymous sessions must use encryption."}, "encryption", "FTPS (TLS)", ftp},
+             {refused, {"550 SSL/TLS required on the control channel"}, "encryption", "FTPS (TLS)", ftp},
+             {"curl: (64) Requested SSL level failed", {"500 What?"}, "encryption", "offers no encryption"},
+             {"curl: (35) wrong version number", {}, "encryption", "FTPS (TLS)", implicit},
+             {silence, {}, "encryption", "FTPS (implicit TLS)", ftps, 990},
+             {silence, {}, "connections", "says nothing", ftps, 2121},
+             {"curl: (35) alert protocol version", {"220 Hello", "234 Go"}, "encryption", "TLS 1.2"},
+             {untrusted + "certificate has expired\nMore", {"220 Hello", "234 Go"}, "certificate", "renew"},
+             {"curl: (60) SSL: no alternative certificate subject name", {"234 Go"}, "certificate", "another name"},
+             {untrusted + "self-signed certificate", {"234 Go"}, "certificate", "known authority"},
+             {"curl: (9) Server denied you", {"230 In", "550 No such folder"}, "folder", "550 No such folder"},
+             {silence, {"230 In", "227 Passive"}, "listing", "passive mode"}}) {
         const auto profile = profileOf(transport, port);
         ServerObservations seen{
             .at = {}, .mlsd = {.answer = {.connected = connected, .failure = failure, .replies = replies}}};
@@ -205,6 +141,12 @@ struct Look {
         unchanged = testing::readTree(server.root()) == before;
     }
 
+    [[nodiscard]] std::string said() const {
+        std::string all;
+        for (const auto& each : findings) all += each.text + " " + each.remedy + "\n";
+        return all;
+    }
+
     std::vector<Finding> findings;
     bool unchanged = false; // is all on the server as it was?
 };
@@ -240,9 +182,7 @@ TEST(DoctorOnServers, SettingsThatHarmAreNamed) {
         const Look look(server, LocalSite(server), true);
         const std::string what = FtpServer::name(kind) + (settings.empty() ? "" : " " + settings.front());
         EXPECT_EQ(wrongIn(look.findings), wrong) << what;
-        std::string said;
-        for (const auto& each : look.findings) said += each.text + " " + each.remedy + "\n";
-        EXPECT_NE(said.find(words), std::string::npos) << what << ": " << said;
+        EXPECT_NE(look.said().find(words), std::string::npos) << what << ": " << look.said();
         EXPECT_TRUE(allHelp(look.findings)) << what;
         EXPECT_EQ(look.unchanged, deletes) << what;
     }
@@ -282,32 +222,24 @@ TEST(DoctorOnServers, WrongPasswordFolderAndCrowdAreToldApart) {
 }
 
 TEST(DoctorOnServers, UntrustedCertificateAndTheWrongKindOfTlsAreToldApart) {
+    const auto& known = testing::certificates();
+    const auto ftps = TransferProtocol::ftps;
+    const auto implicit = TransferProtocol::implicitTLS;
     struct Case {
         Tls offered;
         TransferProtocol wanted;
-        std::filesystem::path trusted;
-        std::filesystem::path certificate;
         Words wrong;
         std::string words;
+        std::filesystem::path certificate = testing::certificates().server;
+        std::filesystem::path trusted = testing::certificates().ca;
     };
-    const auto& known = testing::certificates();
-    for (const auto& [offered, wanted, trusted, certificate, wrong, words] : std::vector<Case>{
-             {Tls::explicitTls, TransferProtocol::ftps, known.ca, known.server, {}, "trusted"},
-             {Tls::explicitTls,
-              TransferProtocol::ftps,
-              known.otherCa,
-              known.server,
-              {"certificate"},
-              "known authority"},
-             {Tls::explicitTls, TransferProtocol::ftps, known.ca, known.expired, {"certificate"}, "expired"},
-             {Tls::implicitTls,
-              TransferProtocol::implicitTLS,
-              known.ca,
-              known.wrongHost,
-              {"certificate"},
-              "another name"},
-             {Tls::none, TransferProtocol::ftps, known.ca, known.server, {"encryption"}, "offers no encryption"},
-             {Tls::none, TransferProtocol::implicitTLS, known.ca, known.server, {"encryption"}, "does not begin"}}) {
+    for (const auto& [offered, wanted, wrong, words, certificate, trusted] : std::vector<Case>{
+             {Tls::explicitTls, ftps, {}, "trusted"},
+             {Tls::explicitTls, ftps, {"certificate"}, "known authority", known.server, known.otherCa},
+             {Tls::explicitTls, ftps, {"certificate"}, "expired", known.expired},
+             {Tls::implicitTls, implicit, {"certificate"}, "another name", known.wrongHost},
+             {Tls::none, ftps, {"encryption"}, "offers no encryption"},
+             {Tls::none, implicit, {"encryption"}, "does not begin"}}) {
         const testing::ScopedTrust trust(trusted);
         FtpServer server(Kind::proftpd, {.tls = offered, .certificate = certificate});
         server.put("site/page", "x");
@@ -315,9 +247,7 @@ TEST(DoctorOnServers, UntrustedCertificateAndTheWrongKindOfTlsAreToldApart) {
         site.profile.transport = wanted;
         const Look look(server, site, false);
         EXPECT_EQ(wrongIn(look.findings), wrong) << words;
-        std::string said;
-        for (const auto& each : look.findings) said += each.text + " " + each.remedy + "\n";
-        EXPECT_NE(said.find(words), std::string::npos) << words << ": " << said;
+        EXPECT_NE(look.said().find(words), std::string::npos) << words << ": " << look.said();
     }
 }
 

@@ -24,18 +24,18 @@ protected:
         server.handOver();
     }
 
-    // Ends the model and loads the state anew, as a restart of the program does.
-    AppModel& restart(bool watches = true) {
+    // Ends the model and loads the state anew, as a restart of the program does. `how` is what is not the same each
+    // time.
+    AppModel& restart(AppModel::Options how) {
         model.reset();
-        AppModel::Options options{
-            .storeOverride = StateStore(stateFolder / "state"),
-            .passwordAccess = passwords,
-            .clock = clock,
-            .watches = watches};
-        options.sessionPasswords[id()] = site.password;
-        model = std::make_unique<AppModel>(queue, std::move(options));
+        how.storeOverride = StateStore(stateFolder / "state");
+        how.passwordAccess = passwords;
+        how.sessionPasswords[id()] = site.password;
+        model = std::make_unique<AppModel>(queue, std::move(how));
         return *model;
     }
+
+    AppModel& restart() { return restart({.clock = clock}); }
 
     // A model with the site's profile in it, not started.
     AppModel& withProfile() {
@@ -59,6 +59,12 @@ protected:
         return runUntil([&] { return model->status(id()).uploaded >= count; });
     }
 
+    // So many more looks at the local folder.
+    [[nodiscard]] bool polls(std::size_t count) {
+        const auto all = clock.sleeps().size() + count;
+        return runUntil([&] { return clock.sleeps().size() >= all; });
+    }
+
     [[nodiscard]] std::size_t logged(const std::string& text) const {
         const auto& activity = model->status(id()).activity;
         return static_cast<std::size_t>(
@@ -66,6 +72,13 @@ protected:
     }
 
     [[nodiscard]] SavedState saved() const { return StateStore(stateFolder / "state").load(); }
+
+    // What is saved of the profile, which is nothing until a save was completed.
+    [[nodiscard]] FileMap savedBaseline() const { return saved().baselines[id()]; }
+    [[nodiscard]] RemoteDates savedDates() const {
+        auto dates = saved().remoteDates;
+        return dates ? (*dates)[id()] : RemoteDates();
+    }
 
     [[nodiscard]] std::string onServer(const std::string& path) const {
         return readFile(server.root() / "site" / path);
@@ -84,11 +97,12 @@ protected:
     TemporaryFolder stateFolder;
     FakeClock clock;
     MainQueue queue;
+    // Its own, since a call to a secret store may outlive the model.
+    std::shared_ptr<std::map<Uuid, std::string>> storedPasswords = std::make_shared<std::map<Uuid, std::string>>();
     AppModel::PasswordAccess passwords{
-        .save = [this](const std::string& password, const Uuid& id) { storedPasswords[id] = password; },
-        .read = [this](const Uuid& id) { return storedPasswords.at(id); },
-        .remove = [this](const Uuid& id) { storedPasswords.erase(id); }};
-    std::map<Uuid, std::string> storedPasswords;
+        .save = [stored = storedPasswords](const std::string& password, const Uuid& id) { (*stored)[id] = password; },
+        .read = [stored = storedPasswords](const Uuid& id) { return stored->at(id); },
+        .remove = [stored = storedPasswords](const Uuid& id) { stored->erase(id); }};
     std::unique_ptr<AppModel> model;
 };
 

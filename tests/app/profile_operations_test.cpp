@@ -1,13 +1,11 @@
 #include "app/model_fixture.h"
 #include "model/error.h"
+#include "support/work_off.h"
 
-#include <filesystem>
-#include <latch>
+#include <future>
 
 namespace zembrastel {
 namespace {
-
-namespace fs = std::filesystem;
 
 class ProfileOperations : public testing::ModelFixture {
 protected:
@@ -16,10 +14,7 @@ protected:
         testing::writeTree(site.root(), {{"keep/a", "1"}, {"drop/b", "1"}});
         withProfile().toggle(id());
         ASSERT_TRUE(uploads(2));
-        const auto knows = [this](const SavedState& state) {
-            return state.remoteDates && state.remoteDates->contains(id()) && state.remoteDates->at(id()).size() == 2;
-        };
-        ASSERT_TRUE(runUntil([&] { return knows(saved()); }));
+        ASSERT_TRUE(runUntil([&] { return savedDates().size() == 2; }));
     }
 
     Profile edited() const { return *model->profile(id()); }
@@ -32,8 +27,8 @@ TEST_F(ProfileOperations, EditThatTouchesNoContentsLeavesTheBaselineAlone) {
     model->save(profile, "new password");
     EXPECT_EQ(edited().name, "Renamed");
     EXPECT_FALSE(edited().needsDownload);
-    EXPECT_EQ(saved().baselines.at(id()).size(), 2U);
-    EXPECT_EQ(storedPasswords.at(id()), "new password");
+    EXPECT_EQ(savedBaseline().size(), 2U);
+    EXPECT_EQ(storedPasswords->at(id()), "new password");
     EXPECT_TRUE(model->running(id())) << "an enabled profile goes on";
 }
 
@@ -73,26 +68,12 @@ TEST_F(ProfileOperations, RefusedSaveChangesNothing) {
     const auto before = saved();
     auto profile = edited();
     profile.host = "ftp://example.org";
-    EXPECT_NE(
-        testing::failureOf([&] {
-            model->save(profile, "x");
-            return 0;
-        }),
-        "");
-    passwords.save = nullptr;
+    EXPECT_NE(testing::failureOf([&] { model->save(profile, "x"); }), "");
+    passwords.save = [](const auto&...) { throw SyncError("Keychain: locked."); };
     profile = edited();
     profile.name = "other";
     restart();
-    model.reset();
-    AppModel::PasswordAccess failing = {.save = [](const auto&...) { throw SyncError("Keychain: locked."); }};
-    model = std::make_unique<AppModel>(
-        queue, AppModel::Options{.storeOverride = StateStore(stateFolder / "state"), .passwordAccess = failing});
-    EXPECT_EQ(
-        testing::failureOf([&] {
-            model->save(profile, "x");
-            return 0;
-        }),
-        "Keychain: locked.");
+    EXPECT_EQ(testing::failureOf([&] { model->save(profile, "x"); }), "Keychain: locked.");
     EXPECT_EQ(saved(), before);
     EXPECT_EQ(edited(), before.profiles.front());
 }
@@ -112,23 +93,24 @@ TEST_F(ProfileOperations, ChangesMadeWhilePausedGoUpAfterResuming) {
 
 TEST_F(ProfileOperations, RemovalForgetsTheProfileAndKeepsEveryFile) {
     syncTwoFolders();
-    storedPasswords[id()] = "x";
+    (*storedPasswords)[id()] = "x";
     const auto files = site.files();
     model->remove(id());
     ASSERT_TRUE(runUntil([&] { return model->profiles().empty(); }));
     EXPECT_FALSE(model->selection());
-    EXPECT_TRUE(storedPasswords.empty());
+    EXPECT_TRUE(storedPasswords->empty());
     EXPECT_TRUE(saved().profiles.empty() && saved().baselines.empty());
     EXPECT_EQ(site.files(), files);
     EXPECT_EQ(testing::readTree(server.root() / "site"), files);
 }
 
 TEST_F(ProfileOperations, StoringAPasswordBlocksNothingAndIsDoneInOrder) {
-    std::latch answer(1);
-    passwords.save = [&](const std::string& password, const Uuid& id) {
-        answer.wait();
+    std::promise<void> answer;
+    passwords.save = [ready = answer.get_future().share(),
+                      stored = storedPasswords](const std::string& password, const Uuid& id) {
+        ready.wait();
         if (password.empty()) throw SyncError("Keychain: locked.");
-        storedPasswords[id] = password;
+        (*stored)[id] = password;
     };
     restart();
     const Uuid other = Uuid::random();
@@ -141,15 +123,13 @@ TEST_F(ProfileOperations, StoringAPasswordBlocksNothingAndIsDoneInOrder) {
         other, [&told](const std::string& password) { told.push_back(password); }, note);
     model->storePassword(other, "", note);
     EXPECT_TRUE(told.empty());
-    answer.count_down();
+    answer.set_value();
     ASSERT_TRUE(runUntil([&] { return told.size() == 3; }));
     EXPECT_EQ(told, (std::vector<std::string>{"stored", "first", "Keychain: locked."}));
 
     model->storePassword(other, "late", note);
     model.reset();
-    bool allHeard = false;
-    queue.post([&allHeard] { allHeard = true; });
-    ASSERT_TRUE(runUntil([&allHeard] { return allHeard; }));
+    ASSERT_TRUE(testing::workOff(queue));
     EXPECT_EQ(told.size(), 3U) << "nothing is told once the model has gone";
 }
 

@@ -50,7 +50,7 @@ TEST_F(Review, EachFileGoesTheWayThatWasChosenForItAndLosesNothing) {
 
 TEST_F(Review, DecisionIsKeptByAProgramThatDoesNotWatch) {
     changeBothSidesWhileClosed();
-    restart(false).start(id());
+    restart({.clock = clock, .watches = false}).start(id());
     ASSERT_TRUE(reaches("Review remote changes"));
     model->resolveReview(id(), {});
     EXPECT_FALSE(model->running(id()));
@@ -101,7 +101,7 @@ TEST_F(Review, ReviewsOfSeveralProfilesComeUpOneAfterAnotherInOneOrder) {
         profile.localFolder = stateFolder / ("local" + std::to_string(i));
         testing::writeFile(fs::path(profile.localFolder) / "page", "1");
         ids.push_back(profile.id);
-        storedPasswords[profile.id] = site.password;
+        (*storedPasswords)[profile.id] = site.password;
         model->save(profile, std::nullopt);
     }
     editOnServer("page", "server edit", 1);

@@ -39,6 +39,7 @@ TEST_F(StateSaverTest, WriteUnderWayNeverUndoesWhatTheUserSavedAfterIt) {
     saver.saveSoon(id());
     addFile("last");
     saver.saveSoon(id());
+    EXPECT_FALSE(store.load() == state) << "saved once more at once, and not what is gathered";
     ASSERT_TRUE(queue.runUntil([&] { return store.load() == state; }, std::chrono::seconds(30)));
     EXPECT_TRUE(failures.empty());
 }

@@ -2,6 +2,8 @@
 #pragma once
 
 #include "cli/shell_words.h"
+#include "model/saved_state.h"
+#include "model/state_store.h"
 #include "support/file_tree.h"
 #include "support/program.h"
 #include "support/temporary_folder.h"
@@ -32,7 +34,19 @@ public:
     [[nodiscard]] std::filesystem::path state() const { return folder / "state"; }
     [[nodiscard]] std::filesystem::path temporary() const { return folder / "tmp"; }
     [[nodiscard]] std::filesystem::path stateFile() const { return state() / "profiles.json"; }
+    [[nodiscard]] std::filesystem::path passwordFile() const { return folder / "password"; }
     [[nodiscard]] std::string errors() const { return readFile(folder / "errors"); }
+    [[nodiscard]] SavedState saved() const { return StateStore(state()).load(); }
+
+    // In place of all that was saved before.
+    void saveProfile(const Profile& profile) const {
+        StateStore(state()).save({.profiles = {profile}, .baselines = {}, .remoteDates = {}});
+    }
+    void savePassword(const std::string& text) const {
+        std::filesystem::remove(passwordFile());
+        writeFile(passwordFile(), text + "\n");
+        std::filesystem::permissions(passwordFile(), std::filesystem::perms::owner_read);
+    }
 
     // Runs to the end, with empty input. `redirections` are the shell's, such as "< file".
     [[nodiscard]] CliResult run(const Arguments& arguments, const std::string& redirections = "") const {

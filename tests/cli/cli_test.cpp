@@ -1,10 +1,7 @@
 // The executable without a server.
 #include "cli_run.h"
 
-#include "model/saved_state.h"
-#include "model/state_store.h"
 #include "platform/instance_lock.h"
-#include "platform/text.h"
 #include "support/wait_for.h"
 
 #include <csignal>
@@ -25,8 +22,6 @@ protected:
         all.insert(all.end(), more.begin(), more.end());
         return all;
     }
-
-    [[nodiscard]] SavedState saved() const { return StateStore(place.state()).load(); }
 
     CliPlace place;
 };
@@ -132,7 +127,7 @@ TEST_F(Cli, EveryFieldOfAProfileArrivesInTheSavedState) {
     expected.needsDownload = true;
     expected.initialDownloadSelection = DownloadSelection{{{"images", true}, {"images/old", false}}};
     expected.syncSelection = DownloadSelection{{{"", true}, {"[drafts]", false}}};
-    EXPECT_EQ(saved().profiles, std::vector{expected});
+    EXPECT_EQ(place.saved().profiles, std::vector{expected});
 
     const auto listed = place.run({"profile", "list", "--json"});
     EXPECT_EQ(decodeProfile(listed.output), expected);
@@ -149,7 +144,7 @@ TEST_F(Cli, ProfileThatWasListedCanBeAddedElsewhere) {
         EXPECT_EQ(result.status, 0) << result.errors;
         EXPECT_EQ(result.output, listed.output);
         EXPECT_EQ(result.errors, "");
-        EXPECT_EQ(StateStore(other.state()).load().profiles, saved().profiles);
+        EXPECT_EQ(other.saved().profiles, place.saved().profiles);
     }
 }
 
@@ -157,7 +152,7 @@ TEST_F(Cli, FolderTypedRelativeIsFoundFromEverywhere) {
     const auto result =
         place.run({"profile", "add", "--name", "x", "--host", "h", "--username", "u", "--local-folder", "."}, "");
     ASSERT_EQ(result.status, 0) << result.errors;
-    EXPECT_EQ(saved().profiles.front().localFolder, std::filesystem::current_path().string());
+    EXPECT_EQ(place.saved().profiles.front().localFolder, std::filesystem::current_path().string());
 }
 
 TEST_F(Cli, RefusedProfileLeavesTheSavedStateUntouched) {
@@ -170,7 +165,7 @@ TEST_F(Cli, RefusedProfileLeavesTheSavedStateUntouched) {
     };
     const std::vector<Refused> refused{
         {addition(" x "), "already"},
-        {addition("y", {"--id", saved().profiles.front().id.text()}), "is that of \"x\""},
+        {addition("y", {"--id", place.saved().profiles.front().id.text()}), "is that of \"x\""},
         {addition("y", {"--port", "0"}), "Enter the port separately."},
         {addition("y", {"--remote-folder", ""}), "Enter a remote folder"},
         {addition(""), "Enter a name, server, username and local folder."},
@@ -240,7 +235,7 @@ TEST_F(Cli, StateFolderInUseIsNotChangedByASecondProgram) {
 
 TEST_F(Cli, ScanTellsWhatWouldBeUploadedWithoutAPassword) {
     ASSERT_EQ(place.run(addition("x")).status, 0);
-    SavedState state = saved();
+    SavedState state = place.saved();
     state.baselines[state.profiles.front().id] = {
         {"gone.html", {.size = 1}}, {"index.html", Fingerprint::read(place.path("site") / "index.html")}};
     StateStore(place.state()).save(state);
@@ -250,18 +245,6 @@ TEST_F(Cli, ScanTellsWhatWouldBeUploadedWithoutAPassword) {
         result.output, "x: 2 files, 11 bytes, in " + site()
                            + "\n  new      images/a.svg\n  deleted  gone.html\nTo upload: 1 file.\nWhat is deleted "
                              "here stays on the server.\n");
-}
-
-TEST_F(Cli, ProfilesOfOneNameAreToldApartByTheirIds) {
-    ASSERT_EQ(place.run(addition("x")).status, 0);
-    SavedState state = saved();
-    state.profiles.push_back(state.profiles.front());
-    state.profiles.back().id = Uuid::random();
-    StateStore(place.state()).save(state);
-    const auto result = place.run({"scan", "x"});
-    EXPECT_EQ(result.status, 1);
-    for (const auto& profile : state.profiles) EXPECT_TRUE(contains(result.errors, profile.id.text()));
-    EXPECT_EQ(place.run({"scan", asciiLowercase(state.profiles.back().id.text())}).status, 0);
 }
 
 TEST_F(Cli, NothingToWatchIsSaidAtOnce) {
@@ -339,7 +322,7 @@ TEST_F(Cli, ColoursAreForTerminalsAloneAndNotForWhoWantsNone) {
 TEST_F(Cli, ClosedStandardStreamsNeverLandInAFile) {
     ASSERT_EQ(place.run(addition("x"), "<&- >&-").status, 0);
     ASSERT_EQ(place.run(addition("y"), "<&- >&- 2>&-").status, 0);
-    EXPECT_EQ(saved().profiles.size(), 2U);
+    EXPECT_EQ(place.saved().profiles.size(), 2U);
     EXPECT_EQ(place.run({"profile", "list"}, "<&- >&- 2>&-").status, 0);
     EXPECT_EQ(readFile(place.state() / "lock"), "");
 }

@@ -155,8 +155,7 @@ protected:
         take(readUntilWatching(watch)); // with the server's date, without which the file would be taken for another's
         runAndTake({"pause", "My website"});
         runAndTake({"resume", "My website"});
-        interrupt(watch, SIGTERM);
-        EXPECT_EQ(watch.wait(), 0);
+        end(watch);
     }
 
     Document document = readDocument();

@@ -1,7 +1,6 @@
 // The line that is written over and over, and that it is there only for somebody who looks.
 #include "cli/live_line.h"
 #include "cli_run.h"
-#include "model/state_store.h"
 #include "platform/columns.h"
 #include "support/ftp_server.h"
 
@@ -67,12 +66,11 @@ private:
 class CliProgress : public ::testing::Test {
 protected:
     CliProgress() {
-        writeFile(passwordFile, server.password() + "\n");
-        std::filesystem::permissions(passwordFile, std::filesystem::perms::owner_read);
+        place.savePassword(server.password());
         Profile profile = profileFor(server, site, server.remoteFolder("site"));
         profile.name = "x";
         writeFile(site / path, "old");
-        StateStore(place.state()).save({.profiles = {profile}, .baselines = {}, .remoteDates = {}});
+        place.saveProfile(profile);
     }
 
     // What a review writes that downloads a file in about two seconds. `environment` comes before the command.
@@ -81,7 +79,8 @@ protected:
         touch(
             server.root() / "site" / path,
             std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()) + std::chrono::hours(++reviews));
-        CliPlace::Arguments arguments{"review", "x", "--download-all", "--password-file", passwordFile.string()};
+        CliPlace::Arguments arguments{
+            "review", "x", "--download-all", "--password-file", place.passwordFile().string()};
         arguments.insert(arguments.end(), more.begin(), more.end());
         const std::string command = environment + " " + place.shellCommand(arguments);
         return place.runInShellWithSecretService(
@@ -92,7 +91,6 @@ protected:
     FtpServer server{FtpServer::Kind::odd, {.extra = {"--rate", "700000"}}};
     CliPlace place;
     std::filesystem::path site = place.path("site");
-    std::filesystem::path passwordFile = place.path("password");
     std::string path = "a-folder-with-a-rather-long-name/photograph.jpeg";
     int reviews = 0;
 };

@@ -1,9 +1,6 @@
 // The commands that change, copy and explain profiles, through the executable.
 #include "cli_run.h"
 
-#include "model/saved_state.h"
-#include "model/state_store.h"
-
 #include <gtest/gtest.h>
 
 namespace zembrastel::testing {
@@ -28,8 +25,6 @@ protected:
         StateStore(place.state()).save(state);
     }
 
-    [[nodiscard]] SavedState saved() const { return StateStore(place.state()).load(); }
-
     // Runs the command on a terminal where this is typed.
     [[nodiscard]] CliResult typed(const std::string& text, const CliPlace::Arguments& arguments) const {
         return place.runInShellWithSecretService(
@@ -52,23 +47,23 @@ TEST_F(ProfileCommands, SetChangesWhatIsNamedAndNothingElse) {
     expected.port = 990;
     expected.exclusions = Exclusions(std::string(Exclusions::defaultText) + "\n*.psd");
     expected.enabled = false;
-    EXPECT_EQ(saved().profiles, std::vector{expected});
+    EXPECT_EQ(place.saved().profiles, std::vector{expected});
     EXPECT_EQ(decodeProfile(result.output), expected);
-    EXPECT_EQ(saved().baselines.at(profile.id).size(), 1U); // no upload is forgotten
+    EXPECT_EQ(place.saved().baselines.at(profile.id).size(), 1U); // no upload is forgotten
 
     ASSERT_EQ(place.run({"profile", "set", "x", "--port", "2121"}).status, 0);
     ASSERT_EQ(place.run({"profile", "set", "x", "--transport", "ftp", "--enabled"}).status, 0);
-    EXPECT_EQ(saved().profiles.front().port, 2121); // an unusual one was meant
-    EXPECT_TRUE(saved().profiles.front().enabled);
+    EXPECT_EQ(place.saved().profiles.front().port, 2121); // an unusual one was meant
+    EXPECT_TRUE(place.saved().profiles.front().enabled);
     EXPECT_TRUE(contains(place.run({"profile", "show", "x"}).output, "web@h2:2121\n"));
 }
 
 TEST_F(ProfileCommands, ChangedSelectionIsDownloadedBeforeItIsUploaded) {
     ASSERT_EQ(place.run({"profile", "set", "x", "--sync", "images"}).status, 0);
-    EXPECT_TRUE(saved().profiles.front().needsDownload);
-    EXPECT_FALSE(saved().baselines.at(profile.id).contains("index.html"));
+    EXPECT_TRUE(place.saved().profiles.front().needsDownload);
+    EXPECT_FALSE(place.saved().baselines.at(profile.id).contains("index.html"));
     ASSERT_EQ(place.run({"profile", "set", "x", "--no-sync", "/"}).status, 0);
-    EXPECT_FALSE(saved().profiles.front().enabled);
+    EXPECT_FALSE(place.saved().profiles.front().enabled);
 }
 
 TEST_F(ProfileCommands, RefusedChangeLeavesTheSavedStateUntouched) {
@@ -107,20 +102,20 @@ TEST_F(ProfileCommands, RemovalIsAskedForAndKeepsAllFiles) {
     EXPECT_TRUE(contains(
         kept.output,
         "This removes the saved connection and its Keychain password. Your local and remote files are kept."));
-    EXPECT_EQ(saved().profiles.size(), 1U);
+    EXPECT_EQ(place.saved().profiles.size(), 1U);
     EXPECT_EQ(typed("yes", {"profile", "remove", "x"}).status, 0);
-    EXPECT_EQ(saved(), (SavedState{.profiles = {}, .baselines = {}, .remoteDates = saved().remoteDates}));
+    EXPECT_EQ(place.saved(), (SavedState{.profiles = {}, .baselines = {}, .remoteDates = place.saved().remoteDates}));
     EXPECT_EQ(readTree(site), files);
     save({profile});
     EXPECT_EQ(place.run({"profile", "remove", "x", "--yes", "--keep-password"}).status, 0);
-    EXPECT_TRUE(saved().profiles.empty());
+    EXPECT_TRUE(place.saved().profiles.empty());
 }
 
 TEST_F(ProfileCommands, CopyStandsOnItsOwn) {
     ASSERT_EQ(place.run({"profile", "duplicate", "x"}).status, 0);
     const auto copy = decodeProfile(place.run({"profile", "duplicate", "x", "--json"}).output);
     EXPECT_EQ(copy.name, "x copy 2");
-    const SavedState state = saved();
+    const SavedState state = place.saved();
     ASSERT_EQ(state.profiles.size(), 3U);
     EXPECT_EQ(state.profiles.back(), copy);
     EXPECT_NE(copy.id, profile.id);
@@ -141,7 +136,7 @@ TEST_F(ProfileCommands, ExportIsImportedElsewhereOnceAndWithoutStarting) {
     ASSERT_EQ(other.run({"profile", "import", "-"}, "< '" + file.string() + "'").status, 0);
     Profile expected = profile;
     expected.enabled = false;
-    EXPECT_EQ(StateStore(other.state()).load().profiles, std::vector{expected});
+    EXPECT_EQ(other.saved().profiles, std::vector{expected});
     const auto again = other.run({"profile", "import", file.string()});
     EXPECT_EQ(again.status, 1);
     EXPECT_TRUE(contains(again.output, "Skipped \"x\": There is a profile of this name already."));
@@ -168,13 +163,13 @@ TEST_F(ProfileCommands, ImportTakesWhatItCanAndTellsTheRest) {
     EXPECT_TRUE(contains(result.output, "Skipped \"no folder\": It has no local folder. --only NAME"));
     EXPECT_TRUE(contains(result.output, "Skipped \"shell\": It uses SFTP;"));
     EXPECT_TRUE(contains(result.output, "Skipped \"secret\": Keychain: ")); // none is there
-    EXPECT_EQ(saved().profiles.size(), 2U);
+    EXPECT_EQ(place.saved().profiles.size(), 2U);
     EXPECT_EQ(import({"--local-folder", site.string()}).status, 2);
     EXPECT_EQ(import({"--only", "shell"}).status, 1);
     EXPECT_EQ(import({"--only", "no folder", "--local-folder", site.string(), "--remote-folder", "/www"}).status, 0);
-    EXPECT_EQ(saved().profiles.back().remoteFolder, "/www");
+    EXPECT_EQ(place.saved().profiles.back().remoteFolder, "/www");
     EXPECT_EQ(import({"--only", "secret", "--no-passwords"}).status, 0);
-    EXPECT_EQ(saved().profiles.size(), 4U);
+    EXPECT_EQ(place.saved().profiles.size(), 4U);
     EXPECT_FALSE(contains(result.output + result.errors + readFile(place.stateFile()), "hush"));
 }
 

@@ -15,15 +15,10 @@ using namespace std::chrono_literals;
 
 class RunningProgram : public CliWithServer {
 protected:
-    [[nodiscard]] bool isEnabled() const { return StateStore(place.state()).load().profiles.front().enabled; }
+    [[nodiscard]] bool isEnabled() const { return place.saved().profiles.front().enabled; }
 
     // What is there is known as synchronised.
     void pushAll() { ASSERT_EQ(run({"push", "My website"}).status, 0) << place.errors(); }
-
-    void endWatch(Program& program) {
-        interrupt(program, SIGTERM);
-        EXPECT_EQ(program.wait(), 0);
-    }
 };
 
 TEST_F(RunningProgram, WatchIsAskedPausedAndResumedWithoutBeingStopped) {
@@ -41,11 +36,10 @@ TEST_F(RunningProgram, WatchIsAskedPausedAndResumedWithoutBeingStopped) {
     EXPECT_TRUE(contains(place.run({"status", "My website", "--json"}).output, R"("running":false)"));
     EXPECT_EQ(place.run({"resume", "My website"}).output, "Resumed \"My website\".\n");
     readUntil(watch, "Uploaded index.html");
-    EXPECT_EQ(server->root() / "site", serverSite);
     EXPECT_EQ(readTree(serverSite), readTree(site));
     EXPECT_TRUE(isEnabled());
     EXPECT_EQ(place.run({"status", "nosuch"}).status, 1);
-    endWatch(watch);
+    end(watch);
 }
 
 TEST_F(RunningProgram, FollowerHearsWhatHappensAndThatTheProgramEnded) {
@@ -55,7 +49,7 @@ TEST_F(RunningProgram, FollowerHearsWhatHappensAndThatTheProgramEnded) {
     readUntil(follower, "uploaded  2 files");
     writeFile(site / "index.html", "edited");
     readUntil(follower, "  My website  Uploaded index.html");
-    EXPECT_EQ(interrupt(watch, SIGKILL), 0);
+    watch.kill();
     EXPECT_EQ(follower.wait(), 6);
     EXPECT_TRUE(contains(place.errors(), "The program that was followed has ended."));
     // What a killed program leaves does not count as one.
@@ -97,7 +91,7 @@ TEST_F(RunningProgram, ItsReviewIsDecidedAsOneOfItsOwn) {
     const auto after = place.run({"review", "My website"});
     EXPECT_EQ(after.status, 0) << after.errors;
     EXPECT_TRUE(contains(after.output, "Nothing is newer on the server."));
-    endWatch(watch);
+    end(watch);
 }
 
 TEST_F(RunningProgram, ClientsThatMisbehaveDoNotDisturbWatching) {
@@ -115,7 +109,7 @@ TEST_F(RunningProgram, ClientsThatMisbehaveDoNotDisturbWatching) {
     readUntil(watch, "Uploaded index.html");
     clients.clear();
     EXPECT_TRUE(eventually([this] { return place.run({"status"}).status == 0; }));
-    endWatch(watch);
+    end(watch);
 }
 
 TEST_F(RunningProgram, PushSendsAllOnceAndNothingTwice) {
@@ -123,13 +117,13 @@ TEST_F(RunningProgram, PushSendsAllOnceAndNothingTwice) {
     EXPECT_EQ(dry.status, 0) << dry.errors;
     EXPECT_TRUE(contains(dry.output, "Would upload images/a.svg (6 bytes)\nWould upload index.html (5 bytes)\n"));
     EXPECT_TRUE(readTree(serverSite).empty());
-    EXPECT_TRUE(StateStore(place.state()).load().baselines.empty());
+    EXPECT_TRUE(place.saved().baselines.empty());
 
     const auto first = run({"push", "My website"});
     EXPECT_EQ(first.status, 0) << first.errors;
     EXPECT_TRUE(contains(first.output, "Pushed \"My website\": 2 files.\n"));
     EXPECT_EQ(readTree(serverSite), readTree(site));
-    const SavedState saved = StateStore(place.state()).load();
+    const SavedState saved = place.saved();
     EXPECT_EQ(saved.baselines.begin()->second.size(), 2U);
     EXPECT_EQ(saved.remoteDates.value().begin()->second.size(), 2U);
     EXPECT_FALSE(saved.profiles.front().enabled);
@@ -164,7 +158,7 @@ TEST_F(RunningProgram, PushNamesWhatWasNotSentAndFails) {
     EXPECT_TRUE(contains(failed.errors, "Not sent: 2 files."));
     EXPECT_TRUE(isOneLine(failed.errors)) << failed.errors;
 
-    savePasswordAnew("wrong");
+    place.savePassword("wrong");
     const auto refused = run({"push", "My website"});
     EXPECT_EQ(refused.status, 5);
     EXPECT_TRUE(contains(refused.errors, "Nothing was uploaded."));

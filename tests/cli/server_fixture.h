@@ -2,8 +2,6 @@
 #pragma once
 
 #include "cli_run.h"
-#include "model/saved_state.h"
-#include "model/state_store.h"
 #include "support/ftp_server.h"
 
 #include <chrono>
@@ -27,28 +25,18 @@ protected:
         std::filesystem::create_directory(serverSite);
         server->handOver();
         writeTree(site, {{"index.html", "hello"}, {"images/a.svg", "<svg/>"}});
-        savePassword(server->password());
+        place.savePassword(server->password());
         saveProfile(*server, server->remoteFolder("site"));
-    }
-
-    void savePassword(const std::string& text) const {
-        writeFile(passwordFile, text + "\n");
-        std::filesystem::permissions(passwordFile, std::filesystem::perms::owner_read);
-    }
-
-    void savePasswordAnew(const std::string& text) const {
-        std::filesystem::remove(passwordFile);
-        savePassword(text);
     }
 
     void saveProfile(const FtpServer& target, const std::string& remoteFolder) const {
         Profile profile = profileFor(target, site, remoteFolder);
         profile.name = "My website";
-        StateStore(place.state()).save({.profiles = {profile}, .baselines = {}, .remoteDates = {}});
+        place.saveProfile(profile);
     }
 
     [[nodiscard]] CliPlace::Arguments withPassword(CliPlace::Arguments arguments) const {
-        arguments.insert(arguments.end(), {"--password-file", passwordFile.string()});
+        arguments.insert(arguments.end(), {"--password-file", place.passwordFile().string()});
         return arguments;
     }
 
@@ -67,7 +55,11 @@ protected:
 
     static std::string readUntilWatching(Program& program) { return readUntil(program, R"("title":"Watching")"); }
 
-    static int interrupt(const Program& program, int signal) { return ::kill(program.pid(), signal); }
+    // For a program that watches that is no failure.
+    static void end(Program& program, int signal = SIGTERM) {
+        ::kill(program.pid(), signal);
+        EXPECT_EQ(program.wait(), 0);
+    }
 
     // As if somebody else had changed the file on the server since.
     void changeOnServer(const std::string& path, std::string_view text, std::chrono::seconds later) {
@@ -77,7 +69,6 @@ protected:
 
     CliPlace place;
     std::filesystem::path site = place.path("site");
-    std::filesystem::path passwordFile = place.path("password");
     std::filesystem::path serverSite;
     std::optional<FtpServer> server;
 };

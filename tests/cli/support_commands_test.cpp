@@ -1,9 +1,9 @@
 // backups, restore and doctor as a user runs them.
 #include "cli_run.h"
 
-#include "model/state_store.h"
 #include "platform/instance_lock.h"
 #include "support/ftp_server.h"
+#include "support/kept_version.h"
 
 #include <gtest/gtest.h>
 
@@ -14,17 +14,7 @@ class SupportCommands : public ::testing::Test {
 protected:
     void saveProfile(Profile profile) const {
         profile.name = "Site";
-        StateStore(place.state()).save({.profiles = {profile}, .baselines = {}, .remoteDates = {}});
-    }
-
-    // A version of the file as a replacement leaves it, by the time in UTC.
-    void keep(const std::string& id, const std::string& path, const std::string& text, int hour) const {
-        using namespace std::chrono;
-        const auto backup = site / ".zembrastel-backups" / id;
-        const auto kept = sys_days(year(2026) / 3 / 4) + hours(hour);
-        writeFile(backup / path, text);
-        touch(backup / path, kept - hours(1));
-        touch(backup, kept);
+        place.saveProfile(profile);
     }
 
     [[nodiscard]] std::string index() const { return readFile(site / "index.html"); }
@@ -43,9 +33,9 @@ TEST_F(SupportCommands, VersionComesBackWhileAnotherProgramHoldsTheState) {
     EXPECT_TRUE(contains(place.run({"backups", "Site"}).output, "There are no backups yet."));
 
     writeFile(site / "index.html", "now");
-    keep(older, "index.html", "oldest", 5);
-    keep(newer, "index.html", "older", 9);
-    keep("BBBBBBBB-2222-4333-8444-555555555555", "images/a.svg", "<svg/>", 9);
+    keepVersion(site, older, "index.html", "oldest", 5);
+    keepVersion(site, newer, "index.html", "older", 9);
+    keepVersion(site, "BBBBBBBB-2222-4333-8444-555555555555", "images/a.svg", "<svg/>", 9);
     const auto lock = InstanceLock::acquire(place.state());
     ASSERT_TRUE(lock);
 
@@ -82,10 +72,9 @@ TEST_F(SupportCommands, DoctorSaysWhatIsWrongAndNeverThePassword) {
     server.put("page", "x");
     std::filesystem::create_directory(site);
     saveProfile(profileFor(server, site, server.remoteFolder()));
-    const auto passwordFile = place.path("password");
     const auto doctor = [&](const std::string& password, const CliPlace::Arguments& more) {
-        writeFile(passwordFile, password + "\n");
-        CliPlace::Arguments arguments{"doctor", "Site", "--password-file", passwordFile.string()};
+        place.savePassword(password);
+        CliPlace::Arguments arguments{"doctor", "Site", "--password-file", place.passwordFile().string()};
         arguments.insert(arguments.end(), more.begin(), more.end());
         return place.run(arguments);
     };

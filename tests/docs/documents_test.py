@@ -63,10 +63,10 @@ class Reader:
             self.complain(command, problem)
 
     def run(self, command):
-        answers = ANSWERS + [("", text) for typed, text in TYPED.items() if typed in command.text]
-        terminal = Terminal(self.place.here(command.text), self.place.environment, self.place.home, answers)
-        for _, text in filter(lambda answer: not answer[0], answers):
-            terminal.type(text)
+        terminal = Terminal(self.place.here(command.text), self.place.environment, self.place.home, ANSWERS)
+        for typed, text in TYPED.items():
+            if typed in command.text:
+                terminal.type(text)
         shown, interrupts = until_interrupt(command.shown)
         for text, action in command.at:
             if terminal.read_until(lambda output, text=text: text in output, LIMIT):

@@ -10,7 +10,7 @@ import shlex
 import shutil
 import subprocess
 
-from place import PASSWORD, SOURCE, write
+from place import PASSWORD, SOURCE, read, write
 from terminal import Terminal
 
 LIMIT = 60  # seconds
@@ -18,11 +18,6 @@ LIMIT = 60  # seconds
 
 def path(*names):
     return os.path.join(SOURCE, *names)
-
-
-def read(name):
-    with open(path(name), encoding="utf8") as file:
-        return file.read()
 
 
 def script(words, _context):

@@ -45,6 +45,12 @@ SITE_MANAGER = """<?xml version="1.0" encoding="UTF-8"?>
 """
 
 
+def read(name):
+    """A file of the source."""
+    with open(os.path.join(SOURCE, name), encoding="utf8") as file:
+        return file.read()
+
+
 def write(path, text):
     os.makedirs(os.path.dirname(path), exist_ok=True)
     with open(path, "w", encoding="utf8") as file:

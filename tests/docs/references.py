@@ -7,7 +7,7 @@ import shlex
 import subprocess
 
 from markdown import Command, Document
-from place import SOURCE
+from place import SOURCE, read
 
 FOR_USERS = ["README.md", "docs/MANUAL.md"]
 FOR_DEVELOPERS = ["docs/ARCHITECTURE.md", "CONTRIBUTING.md"]
@@ -27,11 +27,6 @@ def check(programs):
             wrong += unknown_names(document)
         problems += [f"{name}: {problem}" for problem in wrong]
     return problems + versions_that_differ()
-
-
-def read(name):
-    with open(os.path.join(SOURCE, name), encoding="utf8") as file:
-        return file.read()
 
 
 def versions_that_differ():
@@ -108,8 +103,6 @@ class Help:
         for word in plain:
             if (*command, word) in self.texts:
                 command += (word,)
-            elif command == () or command == ("profile",):
-                continue  # an option's value
         if not command and plain and re.fullmatch(r"[a-z]+", plain[0]) and len(self.texts) > 1:
             return f"there is no command {plain[0]}"
         unknown = [word for word in words if word.startswith("-") and word not in self.options(command)]

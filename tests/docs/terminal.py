@@ -106,7 +106,7 @@ class Terminal:
         """The exit status, or nothing when the program does not end."""
         self.read_until(lambda _: False, seconds)
         try:
-            return self.process.wait(1)
+            return self.process.wait(PATIENCE)
         except subprocess.TimeoutExpired:
             return None
 
