@@ -190,8 +190,11 @@ public:
         require(known.status == 0, "what it uploaded itself is offered for review: " + known.output + known.errors);
     }
 
-    [[nodiscard]] FileMap savedBaseline() const {
-        return decodeSavedState(readFile(place.stateFile())).baselines[profile.id];
+    [[nodiscard]] SavedState saved() const { return decodeSavedState(readFile(place.stateFile())); }
+    [[nodiscard]] FileMap savedBaseline() const { return saved().baselines[profile.id]; }
+    [[nodiscard]] bool hasSavedDate(const std::string& path) const {
+        auto dates = saved().remoteDates;
+        return dates && (*dates)[profile.id].contains(path);
     }
 
     [[nodiscard]] bool hasBackup(const std::string& content) const {
@@ -247,6 +250,9 @@ void meet(Site& site, const Fault& fault) {
     site.write("folder/other", "other");
     site.start();
     site.waitFor(watching);
+    // The last of it: from then on the program has none of its files open but what it keeps open.
+    const auto isSaved = [&site] { return site.hasSavedDate("page") && site.hasSavedDate("folder/other"); };
+    require(eventually(isSaved, limit), "the first files were not recorded");
     fault.whileStarting ? site.stop() : site.suspend();
     site.write("page", randomBytes(100'000));
     fault.breaks(site);

@@ -24,6 +24,7 @@ const std::map<std::string, std::string> waysToBreak{{"closed", "close"},       
                                                      {"stalled", "stall"},       {"4xx", "450 Not just now"},
                                                      {"5xx", "553 Not allowed"}, {"421", "421 Going away"}};
 
+constexpr std::chrono::seconds limit{60};   // for a step to be reached on a busy machine
 constexpr std::size_t contentSize = 90'000; // some blocks, and more than one TLS record
 constexpr std::size_t mostSteps = 200;      // far more than an upload has
 constexpr std::size_t mostWaits = 20;       // of a worker that should be done after a few
@@ -102,7 +103,7 @@ private:
         auto running = std::async(std::launch::async, [&] { return usesWorker ? work(transport) : upload(transport); });
         const auto ended = [&] { return running.wait_for(std::chrono::seconds(0)) == std::future_status::ready; };
         if (stopWhenBroken) {
-            const bool happened = eventually([&] { return ended() || !fs::exists(breaking); });
+            const bool happened = eventually([&] { return ended() || !fs::exists(breaking); }, limit);
             transport.control->cancel();
             require(happened, "neither broken nor ended");
         }
