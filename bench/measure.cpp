@@ -1,13 +1,20 @@
 #include "measure.h"
 
+#include "platform/files.h"
+
 #include <array>
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <fcntl.h>
 #include <malloc.h>
 #include <new>
+#include <spawn.h>
+#include <stdexcept>
 #include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -71,6 +78,23 @@ void AllocationCount::begin() {
 std::size_t AllocationCount::end() {
     counting = false;
     return allocations;
+}
+
+void runProgram(std::vector<std::string> words) {
+    std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
+    for (auto& word : words) arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    posix_spawn_file_actions_t actions{};
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    pid_t process = -1;
+    const int failed = posix_spawnp(&process, arguments[0], &actions, nullptr, arguments.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (failed != 0) throwFileError("posix_spawn", words.front(), failed);
+    int status = 0;
+    waitpid(process, &status, 0);
+    if (status != 0) throw std::runtime_error(words.front() + " failed");
 }
 
 Figures& Figures::set(const std::string& name, double value) {

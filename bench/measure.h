@@ -29,6 +29,10 @@ public:
     [[nodiscard]] std::size_t end();
 };
 
+// Runs a program to its end, with this process's standard input, its output thrown away. Throws std::runtime_error when
+// it fails, std::filesystem::filesystem_error when it cannot be started.
+void runProgram(std::vector<std::string> words);
+
 // One line of JSON on standard output: an object of numbers and lists of numbers.
 class Figures {
 public:
@@ -40,5 +44,13 @@ public:
 private:
     std::string text;
 };
+
+// Does the work and tells how long that took.
+template <class Work>
+void printTimeOf(const Work& work) {
+    const Moment begin = now();
+    work();
+    Figures().since(begin).print();
+}
 
 } // namespace zembrastel::bench

@@ -63,11 +63,7 @@ void addState(CLI::App& parent) {
     command->add_option("--remote", options->remoteFolder, "Followed by a number where there are several");
     command->add_flag("--enabled", options->enabled);
     command->add_flag("--nothing-published", options->nothingPublished);
-    command->callback([options] {
-        const Moment begin = now();
-        makeState(*options);
-        Figures().since(begin).print();
-    });
+    command->callback([options] { printTimeOf([&] { makeState(*options); }); });
 }
 
 void addPasswords(CLI::App& parent) {

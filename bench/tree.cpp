@@ -91,9 +91,7 @@ void addTree(CLI::App& parent) {
     command->add_option("--files", options->files)->required();
     command->add_option("--bytes", options->bytes, "The contents of each file; holes of various sizes when left out");
     command->callback([options] {
-        const Moment begin = now();
-        makeTree(options->folder, options->files, std::string(options->bytes, 'x'));
-        Figures().since(begin).print();
+        printTimeOf([&] { makeTree(options->folder, options->files, std::string(options->bytes, 'x')); });
     });
 }
 

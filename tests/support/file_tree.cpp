@@ -43,6 +43,17 @@ FileTree readTree(const fs::path& folder) {
     return files;
 }
 
+FileTree readPublished(const fs::path& folder) {
+    FileTree files = readTree(folder);
+    for (const auto& leftover : leftoverPartFiles(folder)) files.erase(leftover);
+    return files;
+}
+
+FileTree withoutBackups(FileTree files) {
+    std::erase_if(files, [](const auto& file) { return file.first.starts_with(".zembrastel-backups/"); });
+    return files;
+}
+
 void touch(const fs::path& file, std::chrono::system_clock::time_point modified) {
     const auto whole = std::chrono::floor<std::chrono::seconds>(modified);
     const std::chrono::nanoseconds rest = modified - whole;

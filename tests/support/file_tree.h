@@ -28,6 +28,12 @@ void writeTree(const std::filesystem::path& folder, const FileTree& files);
 // same when their trees are equal.
 [[nodiscard]] FileTree readTree(const std::filesystem::path& folder);
 
+// The same without the temporary transfer files, which a transfer that broke may leave on a server.
+[[nodiscard]] FileTree readPublished(const std::filesystem::path& folder);
+
+// The files but the backups that lie in a local folder.
+[[nodiscard]] FileTree withoutBackups(FileTree files);
+
 // Sets the modification time, which must be given to the nanosecond that is wanted.
 void touch(const std::filesystem::path& file, std::chrono::system_clock::time_point modified);
 

@@ -1,7 +1,5 @@
 #include "support/local_site.h"
 
-#include <algorithm>
-
 namespace zembrastel::testing {
 namespace {
 
@@ -20,11 +18,7 @@ FTPTransport LocalSite::transport() const {
     return {.profile = profile, .password = password, .control = std::make_shared<TransferControl>()};
 }
 
-FileTree LocalSite::files() const {
-    FileTree all = readTree(local);
-    std::erase_if(all, [](const auto& file) { return file.first.starts_with(backupFolder); });
-    return all;
-}
+FileTree LocalSite::files() const { return withoutBackups(readTree(local)); }
 
 FileTree LocalSite::backups() const {
     FileTree kept;

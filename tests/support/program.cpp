@@ -134,6 +134,20 @@ void Program::kill() const {
     if (!status) ::kill(processId, SIGKILL);
 }
 
+bool Program::suspend() const {
+    if (status) return false;
+    ::kill(processId, SIGSTOP);
+    siginfo_t seen{};
+    while (waitid(P_PID, static_cast<id_t>(processId), &seen, WSTOPPED | WEXITED | WNOWAIT) != 0) {
+        if (errno != EINTR) throw std::system_error(errno, std::generic_category(), "waitid");
+    }
+    return seen.si_code == CLD_STOPPED;
+}
+
+void Program::resume() const {
+    if (!status) ::kill(processId, SIGCONT);
+}
+
 int Program::wait() {
     if (!status) {
         int raw = 0;

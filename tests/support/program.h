@@ -39,6 +39,10 @@ public:
 
     void kill() const;
 
+    // Stops it until resume(). Returns once it stands still; false when it has ended instead.
+    [[nodiscard]] bool suspend() const;
+    void resume() const;
+
     // Waits for its end. The exit status, or 128 and the number of the signal that ended it.
     int wait();
 

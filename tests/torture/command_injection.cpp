@@ -5,10 +5,10 @@
 #include "support/local_site.h"
 #include "support/program.h"
 #include "support/temporary_folder.h"
+#include "torture/seeded_run.h"
 #include "transport/ftp_transport.h"
 #include "transport/remote_url.h"
 
-#include <CLI/CLI.hpp>
 #include <arpa/inet.h>
 #include <array>
 #include <condition_variable>
@@ -22,10 +22,6 @@
 
 namespace zembrastel::testing {
 namespace {
-
-void require(bool condition, const std::string& what) {
-    if (!condition) throw std::runtime_error(what);
-}
 
 // A listening socket on a free loopback port.
 struct Listener {
@@ -310,28 +306,23 @@ void round(std::uint64_t seed, RecordingServer& server, Counts& counts) {
 }
 
 int run(int count, char** arguments) {
-    CLI::App app{"Hostile names against the real curl"};
-    std::uint64_t seed = std::random_device{}();
+    SeededRun torture("Hostile names against the real curl");
     std::uint64_t rounds = 1000;
-    app.add_option("--seed", seed, "The first round's seed; each later one has the next number");
-    app.add_option("--rounds", rounds, "How many uploads");
-    CLI11_PARSE(app, count, arguments);
-    std::printf("seed %s\n", std::to_string(seed).c_str());
-    RecordingServer server;
-    Counts counts;
-    for (const std::uint64_t end = seed + rounds; seed != end; ++seed) {
-        try {
-            round(seed, server, counts);
-        } catch (const std::exception& error) {
-            std::fprintf(
-                stderr, "FAILED, again with --seed %s --rounds 1: %s\n", std::to_string(seed).c_str(), error.what());
-            return 1;
+    torture.options.add_option("--rounds", rounds, "how many uploads, each with the next seed");
+    return torture.run(count, arguments, [&rounds](std::uint64_t seed) {
+        RecordingServer server;
+        Counts counts;
+        for (const std::uint64_t end = seed + rounds; seed != end; ++seed) {
+            try {
+                round(seed, server, counts);
+            } catch (const std::exception& error) {
+                throw std::runtime_error("again with --seed " + std::to_string(seed) + " --rounds 1: " + error.what());
+            }
         }
-    }
-    std::printf(
-        "command injection: %d uploads sent as given, %d refused by curl and %d before curl, %d names read back\n",
-        counts.sent, counts.refusedByCurl, counts.refusedBefore, counts.filenames);
-    return 0;
+        std::printf(
+            "command injection: %d uploads sent as given, %d refused by curl and %d before curl, %d names read back\n",
+            counts.sent, counts.refusedByCurl, counts.refusedBefore, counts.filenames);
+    });
 }
 
 } // namespace

@@ -10,7 +10,6 @@
 #include "support/wait_for.h"
 #include "torture/seeded_run.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <atomic>
 #include <csignal>
@@ -46,10 +45,6 @@ struct KillInTheEnd {
     const Program& program;
     ~KillInTheEnd() { program.kill(); }
 };
-
-void require(bool held, const std::string& broken) {
-    if (!held) throw std::runtime_error(broken);
-}
 
 class Endurance {
 public:
@@ -145,9 +140,7 @@ private:
             writePaths(place);
             const auto same = [&] {
                 try {
-                    FileTree theirs = readTree(servers.folder(place));
-                    for (const auto& leftover : leftoverPartFiles(servers.folder(place))) theirs.erase(leftover);
-                    return readTree(local(place)) == theirs;
+                    return readTree(local(place)) == readPublished(servers.folder(place));
                 } catch (const std::system_error&) { // a transfer went on meanwhile
                     return false;
                 }
@@ -213,16 +206,13 @@ private:
 };
 
 int tortured(int count, char** arguments) {
-    std::uint64_t seed = std::random_device{}();
+    SeededRun torture("Leaves the program running under constant edits, with servers that come and go.");
     int seconds = 1200;
     std::size_t profiles = 20;
-    CLI::App options{"Leaves the program running under constant edits, with servers that come and go."};
-    options.add_option("--seed", seed, "for edits and servers; another at each run unless given");
-    options.add_option("--seconds", seconds, "how long; from 600 on what it needs is judged too");
-    options.add_option("--profiles", profiles, "watched at a time")->check(CLI::PositiveNumber);
-    CLI11_PARSE(options, count, arguments);
-
-    return seededRun(seed, [&] { Endurance(seed, profiles).run(std::chrono::seconds(seconds)); });
+    torture.options.add_option("--seconds", seconds, "how long; from 600 on what it needs is judged too");
+    torture.options.add_option("--profiles", profiles, "watched at a time")->check(CLI::PositiveNumber);
+    return torture.run(
+        count, arguments, [&](std::uint64_t seed) { Endurance(seed, profiles).run(std::chrono::seconds(seconds)); });
 }
 
 } // namespace

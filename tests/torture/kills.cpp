@@ -12,8 +12,8 @@
 #include "support/ftp_server.h"
 #include "support/process_figures.h"
 #include "support/wait_for.h"
+#include "torture/seeded_run.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <condition_variable>
 #include <csignal>
@@ -23,7 +23,6 @@
 #include <random>
 #include <set>
 #include <stdexcept>
-#include <sys/wait.h>
 #include <thread>
 
 namespace zembrastel::testing {
@@ -31,20 +30,13 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
-using Steady = std::chrono::steady_clock;
 
-constexpr auto limit = 60s;      // for what must happen in the end
-constexpr auto savedWithin = 1s; // what was told longer ago than this is on the disk
+constexpr auto limit = 60s; // for what must happen in the end
 constexpr std::size_t pathsInUse = 12;
 constexpr int killsBetweenRests = 5;
 constexpr int rateKiB = 1000; // so that there is something to meet in mid transfer
 constexpr const char* name = "site";
 constexpr std::string_view backupFolder = ".zembrastel-backups/";
-
-struct Line {
-    std::string text;
-    Steady::time_point told;
-};
 
 struct Counts {
     std::map<std::string, std::size_t> kills; // by what the program was asked to do
@@ -75,16 +67,19 @@ public:
         program.closeInput();
         reader = std::jthread([this] { read(); });
     }
+    Run(const Run&) = delete;
+    Run& operator=(const Run&) = delete;
+    ~Run() { program.kill(); } // or the reader would go on after a failure
 
     // Waits until so many lines with this in them were told, or one with one of the words, or it has ended. False when
     // it has.
     bool waitForLines(std::size_t count, const std::string& marker, const std::vector<std::string>& words) {
         std::unique_lock lock(mutex);
-        const auto marked = [&](const Line& line) { return line.text.find(marker) != std::string::npos; };
+        const auto marked = [&](const std::string& line) { return line.find(marker) != std::string::npos; };
         const auto enough = [&] {
             return ended || std::cmp_greater_equal(std::ranges::count_if(lines, marked), count) || contains(words);
         };
-        if (!told.wait_for(lock, limit, enough)) throw std::runtime_error("the program does not go on");
+        if (!more.wait_for(lock, limit, enough)) throw std::runtime_error("the program does not go on");
         return !ended;
     }
 
@@ -95,10 +90,7 @@ public:
 
     // Stops it first, so that its children can be told and cannot become others. Nothing when it has ended by itself.
     std::optional<std::vector<pid_t>> kill(bool childrenToo) {
-        siginfo_t seen{};
-        ::kill(program.pid(), SIGSTOP);
-        ::waitid(P_PID, static_cast<id_t>(program.pid()), &seen, WSTOPPED | WEXITED | WNOWAIT);
-        if (seen.si_code != CLD_STOPPED) return std::nullopt;
+        if (!program.suspend()) return std::nullopt;
         const auto children = childrenOf(program.pid());
         if (childrenToo) {
             for (const pid_t child : children) ::kill(child, SIGKILL);
@@ -118,7 +110,10 @@ public:
         return wait();
     }
 
-    [[nodiscard]] const std::vector<Line>& all() const { return lines; } // once it was waited for
+    [[nodiscard]] std::vector<std::string> told() {
+        const std::scoped_lock lock(mutex);
+        return lines;
+    }
 
 private:
     void read() {
@@ -126,26 +121,26 @@ private:
             while (true) {
                 std::string text = program.readLine(limit * 10);
                 const std::scoped_lock lock(mutex);
-                lines.push_back({.text = std::move(text), .told = Steady::now()});
-                told.notify_all();
+                lines.push_back(std::move(text));
+                more.notify_all();
             }
         } catch (const std::runtime_error&) {
             const std::scoped_lock lock(mutex);
             ended = true;
-            told.notify_all();
+            more.notify_all();
         }
     }
 
     [[nodiscard]] bool contains(const std::vector<std::string>& words) const {
-        return std::ranges::any_of(lines, [&](const Line& line) {
+        return std::ranges::any_of(lines, [&](const std::string& line) {
             return std::ranges::any_of(
-                words, [&](const std::string& word) { return line.text.find(word) != std::string::npos; });
+                words, [&](const std::string& word) { return line.find(word) != std::string::npos; });
         });
     }
 
     std::mutex mutex;
-    std::condition_variable told;
-    std::vector<Line> lines;
+    std::condition_variable more;
+    std::vector<std::string> lines;
     bool ended = false;
     Program program;
     std::jthread reader;
@@ -153,6 +148,7 @@ private:
 
 const std::string watching = "Watching: Local changes";
 const std::string reviewWaits = "newer on the server:";
+const std::string uploadedWords = "  Uploaded ";
 
 class Lane {
 public:
@@ -180,10 +176,6 @@ public:
     }
 
 private:
-    static void require(bool held, const std::string& broken) {
-        if (!held) throw std::runtime_error(broken);
-    }
-
     std::size_t upTo(std::size_t most) { return std::uniform_int_distribution<std::size_t>(0, most)(random); }
 
     std::string anyPath() {
@@ -263,7 +255,6 @@ private:
             return false;
         }
         std::this_thread::sleep_for(delay);
-        const auto moment = Steady::now();
         const auto children = program.kill(!alone);
         const int status = program.wait();
         if (children) {
@@ -272,7 +263,7 @@ private:
             counts.inTransfer += children->empty() ? 0 : 1;
             requireGone(*children);
         }
-        verify(program.all(), moment);
+        verify(program.told(), !children);
         if (task == "new profiles" && !children) require(status == 0 && hasProfile(added), "a new profile is missing");
         return children.has_value();
     }
@@ -280,15 +271,25 @@ private:
     // Ends the program as a user does; all that it told is on the disk then.
     void finish(Run& program) {
         require(program.stop() == 0, "the program did not end well");
-        verify(program.all(), Steady::now() + savedWithin);
+        verify(program.told(), true);
     }
 
-    // A transfer does not outlive the program by more than a moment.
-    static void requireGone(const std::vector<pid_t>& children) {
+    // A transfer does not outlive the program by more than a moment, nor its sessions with the server, which may still
+    // be about to do the last thing that they were asked for.
+    void requireGone(const std::vector<pid_t>& children) {
         for (const pid_t child : children) {
-            const auto gone = [child] { return !fs::exists("/proc/" + std::to_string(child)); };
+            const auto gone = [child] { return !fs::exists(processFolder(child)); };
             require(eventually(gone), "a transfer goes on without the program");
         }
+        const auto idle = [this] {
+            try {
+                return std::ranges::all_of(
+                    childrenOf(*server.launcher()), [](pid_t listener) { return childrenOf(listener).empty(); });
+            } catch (const fs::filesystem_error&) { // one ends while it is looked at
+                return false;
+            }
+        };
+        require(eventually(idle, limit), "a session goes on without its transfer");
     }
 
     // What stands on both sides before the program runs.
@@ -297,13 +298,18 @@ private:
         remoteBefore = readTree(remote);
     }
 
-    void verify(const std::vector<Line>& lines, Steady::time_point moment) {
+    void verify(const std::vector<std::string>& told, bool endedWell) {
         const auto localNow = readTree(local);
         verifyLocal(localNow);
         verifyRemote(readTree(remote), localNow);
         const SavedState before = std::exchange(state, load());
         verifyState(before);
-        verifyTold(lines, moment);
+        for (const auto& line : told) {
+            counts.uploads += line.find(uploadedWords) != std::string::npos ? 1 : 0;
+            const bool downloaded = line.find("Initial download complete") != std::string::npos;
+            require(!downloaded || !state.profiles.front().needsDownload, "the end of the download is forgotten");
+        }
+        if (endedWell) requireKnown(told);
     }
 
     SavedState load() const {
@@ -364,31 +370,30 @@ private:
         return state.remoteDates && state.remoteDates->contains(id) && state.remoteDates->at(id).contains(path);
     }
 
-    // What was told is on the disk, unless it was told just before the kill. That the next thing was told says the same
-    // of what has no line of its own: the date after an upload, the end of a download.
-    void verifyTold(const std::vector<Line>& lines, Steady::time_point moment) {
-        const auto settled = [&](std::size_t at) { return at < lines.size() && lines[at].told + savedWithin < moment; };
-        for (std::size_t at = 0; at < lines.size(); ++at) {
-            const auto path = [&](const std::string& words) -> std::optional<std::string> {
-                const auto found = lines[at].text.find(words);
+    // The first line of what was told that the saved state does not know of; nothing if it knows of all. What has no
+    // line of its own, the date after an upload and the end of a download, is done once something else is told.
+    std::optional<std::string> forgotten(const std::vector<std::string>& told) {
+        for (std::size_t at = 0; at < told.size(); ++at) {
+            const auto path = [&line = told[at]](const std::string& words) -> std::optional<std::string> {
+                const auto found = line.find(words);
                 if (found == std::string::npos) return std::nullopt;
-                const std::string rest = lines[at].text.substr(found + words.size());
+                const std::string rest = line.substr(found + words.size());
                 return rest.substr(0, rest.find(" (previous"));
             };
-            if (const auto uploaded = path("  Uploaded ")) {
-                ++counts.uploads;
-                require(!settled(at) || isBaseline(*uploaded), "upload is forgotten: " + *uploaded);
-                require(!settled(at + 1) || hasDate(*uploaded), "date of an upload is forgotten: " + *uploaded);
+            const bool isLast = at + 1 == told.size();
+            bool known = true;
+            if (const auto uploaded = path(uploadedWords)) {
+                known = isBaseline(*uploaded) && (isLast || hasDate(*uploaded));
             } else if (const auto newer = path("  Downloading newer server copy: ")) {
-                require(!settled(at + 1) || isBaseline(*newer), "download is forgotten: " + *newer);
+                known = isLast || isBaseline(*newer);
             } else if (const auto downloaded = path("  Downloading ")) {
-                require(!settled(at + 1) || isBaseline(*downloaded), "download is forgotten: " + *downloaded);
+                known = isLast || isBaseline(*downloaded);
             } else if (const auto chosen = path("Downloaded newer server copy: ")) {
-                require(!settled(at) || (isBaseline(*chosen) && hasDate(*chosen)), "review is forgotten: " + *chosen);
-            } else if (path("Initial download complete")) {
-                require(!state.profiles.front().needsDownload, "the end of the download is forgotten");
+                known = isBaseline(*chosen) && hasDate(*chosen);
             }
+            if (!known) return told[at];
         }
+        return std::nullopt;
     }
 
     bool isBaseline(const std::string& path) {
@@ -402,7 +407,7 @@ private:
         const bool keeps = upTo(1) == 0;
         const auto decided = place.run(command({"review", name, keeps ? "--keep-all" : "--download-all"}));
         require(decided.status == 0, "review failed: " + decided.errors);
-        verify({}, Steady::now());
+        verify({}, true);
         for (const auto& [path, content] : remoteBefore) {
             const auto told = [&](const std::string& line) { return decided.output.find(line) != std::string::npos; };
             const bool kept = told("Kept local copy: " + path + "\n");
@@ -414,6 +419,20 @@ private:
         }
     }
 
+    // Of its own accord, as the program goes on: a kill then would lose nothing that it told.
+    void requireSaved(const std::vector<std::string>& told) {
+        const auto saved = [&] {
+            state = load();
+            return !forgotten(told);
+        };
+        if (!eventually(saved, limit)) requireKnown(told);
+    }
+
+    void requireKnown(const std::vector<std::string>& told) {
+        const auto line = forgotten(told);
+        require(!line, "forgotten: " + line.value_or(""));
+    }
+
     // The program is left alone until all is done.
     void rest() {
         for (bool reviewed = true; reviewed;) {
@@ -421,13 +440,12 @@ private:
             Run program(place, command({"watch", name}));
             require(program.waitForLines(SIZE_MAX, "", {watching, reviewWaits}), "watching ended: " + place.errors());
             reviewed = !program.tells(watching);
+            requireSaved(program.told());
             finish(program);
             if (reviewed) decide();
         }
-        FileTree ours = readTree(local);
-        std::erase_if(ours, [](const auto& file) { return file.first.starts_with(backupFolder); });
-        FileTree theirs = readTree(remote);
-        for (const auto& leftover : leftoverPartFiles(remote)) theirs.erase(leftover);
+        const FileTree ours = withoutBackups(readTree(local));
+        const FileTree theirs = readPublished(remote);
         for (const auto& path : leftoverPartFiles(local)) {
             require(path.starts_with(backupFolder), "left in the local folder: " + path);
         }
@@ -457,18 +475,7 @@ private:
     Counts counts;
 };
 
-int tortured(int count, char** arguments) {
-    std::uint64_t seed = std::random_device{}();
-    std::size_t rounds = 300;
-    std::size_t lanes = 6;
-    CLI::App options{"Kills the program at random moments."};
-    options.add_option("--seed", seed, "for edits, tasks and moments; another at each run unless given");
-    options.add_option("--rounds", rounds, "kills in all");
-    options.add_option("--lanes", lanes, "programs at a time")->check(CLI::PositiveNumber);
-    CLI11_PARSE(options, count, arguments);
-
-    std::printf("seed %llu\n", static_cast<unsigned long long>(seed));
-    std::fflush(stdout);
+void killInLanes(std::uint64_t seed, std::size_t rounds, std::size_t lanes) {
     std::vector<std::future<Counts>> running;
     for (std::size_t lane = 0; lane < lanes; ++lane) {
         const std::size_t share = rounds / lanes + (lane < rounds % lanes ? 1 : 0);
@@ -476,13 +483,12 @@ int tortured(int count, char** arguments) {
         running.push_back(std::async(std::launch::async, [=] { return Lane(seed + lane, kind).kill(share); }));
     }
     Counts sum;
-    bool failed = false;
+    std::string failed;
     for (std::size_t lane = 0; lane < lanes; ++lane) {
         try {
             sum.add(running[lane].get());
         } catch (const std::exception& error) {
-            std::printf("FAILED in lane %zu: %s\n", lane, error.what());
-            failed = true;
+            failed += "\n  lane " + std::to_string(lane) + ": " + error.what();
         }
     }
     std::string tasks;
@@ -496,7 +502,16 @@ int tortured(int count, char** arguments) {
         "backup, %zu own uploads offered for review, %zu temporary files left on the servers, caught up %zu times\n",
         kills, tasks.c_str(), sum.alone, sum.inTransfer, sum.uploads, sum.replaced, sum.ownOffered, sum.leftOnServer,
         sum.rests);
-    return failed ? 1 : 0;
+    require(failed.empty(), failed);
+}
+
+int tortured(int count, char** arguments) {
+    SeededRun torture("Kills the program at random moments.");
+    std::size_t rounds = 300;
+    std::size_t lanes = 6;
+    torture.options.add_option("--rounds", rounds, "kills in all");
+    torture.options.add_option("--lanes", lanes, "programs at a time")->check(CLI::PositiveNumber);
+    return torture.run(count, arguments, [&](std::uint64_t seed) { killInLanes(seed, rounds, lanes); });
 }
 
 } // namespace

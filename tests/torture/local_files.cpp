@@ -9,13 +9,12 @@
 #include "platform/files.h"
 #include "platform/uuid.h"
 #include "support/local_site.h"
+#include "torture/seeded_run.h"
 #include "transport/backups.h"
 #include "transport/local_replacement.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cstdio>
 #include <fcntl.h>
 #include <poll.h>
@@ -59,10 +58,10 @@ public:
         }
     }
 
-    // Waits for so many steps of the program. False when `over` comes first.
-    bool wait(std::size_t count, const std::atomic<bool>& over) {
+    // Waits for so many steps of the program. False when it is stopped first.
+    bool wait(std::size_t count, const std::stop_token& stop) {
         while (taken() < count) {
-            if (over) return false;
+            if (stop.stop_requested()) return false;
             pollfd ready{.fd = events.get(), .events = POLLIN, .revents = 0};
             if (seen == 0) ::poll(&ready, 1, 1); // once it has begun there is no time to lose
         }
@@ -89,15 +88,15 @@ class Editor {
 public:
     Editor(const fs::path& site, std::uint64_t seed) : root(site), random(seed), steps(site) {}
 
-    void work(const std::atomic<bool>& over) {
-        for (std::size_t left = 1 + below(random, 4); left > 0 && !over; --left) {
+    void work(const std::stop_token& stop) {
+        for (std::size_t left = 1 + below(random, 4); left > 0 && !stop.stop_requested(); --left) {
             if (below(random, 4) == 0) {
                 pause(below(random, 20'000));
-            } else if (!steps.wait(below(random, 2) == 0 ? readyToInstall : below(random, 9), over)) {
+            } else if (!steps.wait(below(random, 2) == 0 ? readyToInstall : below(random, 9), stop)) {
                 return;
             }
             if (below(random, 2) == 0) pause(below(random, 300));
-            act(over);
+            act(stop);
         }
     }
 
@@ -106,7 +105,7 @@ public:
     std::size_t actions = 0;
 
 private:
-    void act(const std::atomic<bool>& over) {
+    void act(const std::stop_token& stop) {
         ++actions;
         const auto file = root / paths[below(random, 3) == 0 ? below(random, paths.size()) : 0];
         switch (below(random, 7)) {
@@ -114,7 +113,7 @@ private:
             return renameOver(file);
         case 1:
         case 2:
-            return juggle(file, over);
+            return juggle(file, stop);
         case 3:
             return writeInto(file);
         case 4:
@@ -139,11 +138,11 @@ private:
 
     // Goes to and fro between two versions as fast as it can, while the program takes some steps: then one exchange
     // falls between any two of the program's.
-    void juggle(const fs::path& file, const std::atomic<bool>& over) {
+    void juggle(const fs::path& file, const std::stop_token& stop) {
         const auto draft = newDraft();
         const auto end = Steady::now() + 50ms;
         for (const auto last = steps.taken() + below(random, 8);
-             steps.taken() <= last && !over && Steady::now() < end;) {
+             steps.taken() <= last && !stop.stop_requested() && Steady::now() < end;) {
             (void)exchange(draft, file);
         }
         if (below(random, 2) == 0) (void)exchange(draft, file);
@@ -204,8 +203,7 @@ public:
         const bool restores = !whole && below(random, 3) == 0;
         prepare(random, whole);
         Editor editor(site.root(), random());
-        std::atomic<bool> over = false;
-        std::jthread editing([&] { editor.work(over); });
+        std::jthread editing([&editor](const std::stop_token& stop) { editor.work(stop); });
         try {
             whole ? downloadTree() : restores ? restore() : replace();
         } catch (const SyncError& error) {
@@ -213,7 +211,7 @@ public:
         } catch (const fs::filesystem_error&) {
             ++outcomes["file gone"];
         }
-        over = true;
+        editing.request_stop();
         editing.join();
         actions += editor.actions;
         return loss(editor);
@@ -301,9 +299,7 @@ private:
     FileMap installed;
 };
 
-int run(std::uint64_t seed, std::size_t rounds) {
-    std::setvbuf(stdout, nullptr, _IOLBF, 0); // what a run that is killed has found is not lost
-    std::printf("seed %llu\n", static_cast<unsigned long long>(seed));
+void run(std::uint64_t seed, std::size_t rounds) {
     Torture torture;
     std::size_t failed = 0;
     for (std::size_t i = 0; i < rounds; ++i) {
@@ -316,18 +312,16 @@ int run(std::uint64_t seed, std::size_t rounds) {
     std::printf("%zu rounds, %zu edits, %zu failed", rounds, torture.actions, failed);
     for (const auto& [outcome, count] : torture.outcomes) std::printf(", %s: %zu", outcome.c_str(), count);
     std::printf("\n");
-    return failed == 0 ? 0 : 1;
+    require(failed == 0, "contents were lost");
 }
 
 } // namespace
 } // namespace zembrastel::testing
 
 int main(int argc, char** argv) {
-    std::uint64_t seed = std::random_device()();
+    using namespace zembrastel::testing;
+    SeededRun torture("Edits local files while server files are installed in their places.");
     std::size_t rounds = 5000;
-    CLI::App options("Edits local files while server files are installed in their places.");
-    options.add_option("--seed", seed);
-    options.add_option("--rounds", rounds);
-    CLI11_PARSE(options, argc, argv);
-    return zembrastel::testing::run(seed, rounds);
+    torture.options.add_option("--rounds", rounds, "each with the next seed");
+    return torture.run(argc, argv, [&rounds](std::uint64_t seed) { run(seed, rounds); });
 }

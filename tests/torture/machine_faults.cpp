@@ -11,6 +11,7 @@
 #include "support/ftp_server.h"
 #include "support/process_figures.h"
 #include "support/wait_for.h"
+#include "torture/require.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -37,15 +38,12 @@ namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
 constexpr auto limit = 60s;
+constexpr int rateKiB = 300; // 3 MB take ten seconds, in which much can happen to them
 constexpr const char* name = "site";
 constexpr std::string_view backupFolder = ".zembrastel-backups/";
 constexpr uid_t nobodyElse = 54321; // a user without processes
 const std::string watching = "Watching: Local changes";
 const std::string fill = ".zembrastel-fill";
-
-void require(bool held, const std::string& broken) {
-    if (!held) throw std::runtime_error(broken);
-}
 
 void succeed(bool succeeded, const std::string& what) {
     if (!succeeded) throw std::system_error(errno, std::generic_category(), what);
@@ -152,6 +150,10 @@ public:
 
     [[nodiscard]] pid_t pid() const { return running->program.pid(); }
 
+    // What is done until resume() falls between two of the program's steps, however slow this machine is.
+    void suspend() const { require(running->program.suspend(), "the program ended: " + place.errors()); }
+    void resume() const { running->program.resume(); }
+
     std::string waitFor(const std::string& words) {
         while (true) {
             std::string line;
@@ -182,18 +184,17 @@ public:
         require(eventually(recorded), "the state on the disk is not that of the folder");
         stop();
         require(fs::is_empty(place.temporary()), "left in the temporary folder");
-        FileTree ours = readTree(local);
-        std::erase_if(ours, [](const auto& file) { return file.first.starts_with(backupFolder); });
-        require(ours == expected, "a local file is lost, or changed, or left behind");
-        FileTree theirs = readTree(remote);
-        for (const auto& leftover : leftoverPartFiles(remote)) theirs.erase(leftover);
-        require(theirs == expected, "the two sides differ in the end");
+        require(withoutBackups(readTree(local)) == expected, "a local file is lost, or changed, or left behind");
+        require(readPublished(remote) == expected, "the two sides differ in the end");
         const auto known = place.run({"review", name, "--list", "--password-file", place.path("password").string()});
         require(known.status == 0, "what it uploaded itself is offered for review: " + known.output + known.errors);
     }
 
-    [[nodiscard]] FileMap savedBaseline() const {
-        return decodeSavedState(readFile(place.stateFile())).baselines[profile.id];
+    [[nodiscard]] SavedState saved() const { return decodeSavedState(readFile(place.stateFile())); }
+    [[nodiscard]] FileMap savedBaseline() const { return saved().baselines[profile.id]; }
+    [[nodiscard]] bool hasSavedDate(const std::string& path) const {
+        auto dates = saved().remoteDates;
+        return dates && (*dates)[profile.id].contains(path);
     }
 
     [[nodiscard]] bool hasBackup(const std::string& content) const {
@@ -202,9 +203,7 @@ public:
         });
     }
 
-    FtpServer server{
-        FtpServer::unavailable(FtpServer::Kind::proftpd, FtpServer::Tls::none) ? FtpServer::Kind::odd
-                                                                               : FtpServer::Kind::proftpd};
+    FtpServer server{FtpServer::Kind::proftpd, {.rateKiB = rateKiB}};
     CliPlace place;
     fs::path local = place.path("site");
     const fs::path disk = place.path("disk"); // of which the local folder may be a view
@@ -233,7 +232,7 @@ private:
     const bool verbose;
 };
 
-// A fault that meets a program at its work, which is to send a change meanwhile.
+// A fault that meets a program at its work.
 struct Fault {
     std::string name;
     std::string told; // what the user reads of it
@@ -244,16 +243,20 @@ struct Fault {
     bool saved = false; // the change was sent, and only its record is missing
 };
 
+// The work is to send a change meanwhile.
 void meet(Site& site, const Fault& fault) {
     fault.prepares(site);
     site.write("page", "old");
     site.write("folder/other", "other");
     site.start();
     site.waitFor(watching);
-    if (fault.whileStarting) site.stop();
-    site.write("page", randomBytes(100'000)); // which rests for two polls before it is sent
+    // The last of it: from then on the program has none of its files open but what it keeps open.
+    const auto isSaved = [&site] { return site.hasSavedDate("page") && site.hasSavedDate("folder/other"); };
+    require(eventually(isSaved, limit), "the first files were not recorded");
+    fault.whileStarting ? site.stop() : site.suspend();
+    site.write("page", randomBytes(100'000));
     fault.breaks(site);
-    if (fault.whileStarting) site.start();
+    fault.whileStarting ? site.start() : site.resume();
     site.waitFor(fault.told);
     if (!fault.saved) require(readFile(site.remote / "page") == "old", "something was sent in spite of the fault");
     fault.mends(site);
@@ -263,15 +266,8 @@ void meet(Site& site, const Fault& fault) {
     site.verify();
 }
 
-// A fault that meets the initial download: of a new file, and of a newer one in place of a larger local file.
-struct DownloadFault {
-    std::string name;
-    std::string told;
-    std::function<void(Site&)> breaks;
-    std::function<void(Site&)> mends;
-};
-
-void meetDownloading(Site& site, const DownloadFault& fault) {
+// The work is the initial download: of a new file, and of a newer one in place of a larger local file.
+void meetDownloading(Site& site, const Fault& fault) {
     site.mountSmall(site.local);
     const auto local = randomBytes(300'000);
     site.write("page", local);
@@ -422,15 +418,15 @@ void suspendAndResume(Site& site, std::chrono::seconds duration) {
     site.write("page", randomBytes(3'000'000));
     site.waitFor("Uploading: page");
     require(eventually([&] { return !leftoverPartFiles(site.remote).empty(); }, limit), "the upload does not begin");
-    const pid_t program = site.pid();
-    const auto children = childrenOf(program);
+    const auto children = childrenOf(site.pid());
+    require(!children.empty(), "the upload is over too early");
     for (const pid_t process : children) ::kill(process, SIGSTOP);
-    ::kill(program, SIGSTOP);
+    site.suspend();
     const auto began = std::chrono::steady_clock::now();
     site.server.restart();
     require(readFile(site.remote / "page") == "old", "the live file is torn");
     std::this_thread::sleep_until(began + duration);
-    ::kill(program, SIGCONT);
+    site.resume();
     for (const pid_t process : children) ::kill(process, SIGCONT);
     site.waitFor("error: curl: (");
     site.waitFor("Uploaded page");
@@ -503,7 +499,7 @@ const Fault noProcesses{
             site.place.wrapper = {"/usr/bin/setpriv", "--reuid=" + id, "--regid=" + id, "--clear-groups"};
         }};
 
-const std::vector<DownloadFault> downloadFaults{
+const std::vector<Fault> downloadFaults{
     {.name = "disk full at a download",
      .told = "Failure writing output to destination",
      .breaks = [](Site& site) { Site::fillUp(site.local); },

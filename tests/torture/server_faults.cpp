@@ -8,8 +8,8 @@
 #include "support/local_site.h"
 #include "support/wait_for.h"
 #include "sync/sync_worker.h"
+#include "torture/seeded_run.h"
 
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <future>
 #include <map>
@@ -24,6 +24,7 @@ const std::map<std::string, std::string> waysToBreak{{"closed", "close"},       
                                                      {"stalled", "stall"},       {"4xx", "450 Not just now"},
                                                      {"5xx", "553 Not allowed"}, {"421", "421 Going away"}};
 
+constexpr std::chrono::seconds limit{60};   // for a step to be reached on a busy machine
 constexpr std::size_t contentSize = 90'000; // some blocks, and more than one TLS record
 constexpr std::size_t mostSteps = 200;      // far more than an upload has
 constexpr std::size_t mostWaits = 20;       // of a worker that should be done after a few
@@ -90,12 +91,7 @@ private:
         writeTree(server.root(), before);
     }
 
-    // All files on the server but the temporary ones.
-    [[nodiscard]] FileTree serverTree() const {
-        FileTree tree = readTree(server.root());
-        for (const auto& leftover : leftoverPartFiles(server.root())) tree.erase(leftover);
-        return tree;
-    }
+    [[nodiscard]] FileTree serverTree() const { return readPublished(server.root()); }
 
     void requireEntire() const {
         const FileTree tree = serverTree();
@@ -107,7 +103,7 @@ private:
         auto running = std::async(std::launch::async, [&] { return usesWorker ? work(transport) : upload(transport); });
         const auto ended = [&] { return running.wait_for(std::chrono::seconds(0)) == std::future_status::ready; };
         if (stopWhenBroken) {
-            const bool happened = eventually([&] { return ended() || !fs::exists(breaking); });
+            const bool happened = eventually([&] { return ended() || !fs::exists(breaking); }, limit);
             transport.control->cancel();
             require(happened, "neither broken nor ended");
         }
@@ -187,7 +183,7 @@ void add(Counts& sum, const Counts& more) {
     sum.retried += more.retried;
 }
 
-int run(const Plan& plan) {
+void run(const Plan& plan) {
     const ScopedTrust trust(certificates().ca);
     std::vector<std::future<Counts>> running;
     for (const auto tls : plan.protections) {
@@ -203,9 +199,8 @@ int run(const Plan& plan) {
     }
     std::printf(
         "%zu faults (%s): every live file old or new, %zu mended, %zu of them by the worker's own retry; %zu temporary "
-        "files left on the server; seed %llu\n",
-        all, kinds.c_str(), sum.mended, sum.retried, sum.leftovers, static_cast<unsigned long long>(plan.seed));
-    return 0;
+        "files left on the server\n",
+        all, kinds.c_str(), sum.mended, sum.retried, sum.leftovers);
 }
 
 int tortured(int count, char** arguments) {
@@ -215,21 +210,18 @@ int tortured(int count, char** arguments) {
             {.name = "replacement", .path = "page", .onServer = {{"site/page", old}, {"site/other", old}}},
             {.name = "new file", .path = "page", .onServer = {{"site/other", old}}},
             {.name = "file in new folders", .path = "a/b/page", .onServer = {{"site/other", old}}}}};
-    bool brief = false;
-    CLI::App options{"Breaks an upload at every step, in every way."};
-    options.add_option("--seed", plan.seed, "for the contents");
-    options.add_flag("--short", brief, "plain FTP and the replacement of a live file only");
-    CLI11_PARSE(options, count, arguments);
-    if (brief) {
-        plan.protections = {FtpServer::Tls::none};
-        plan.cases.resize(1);
-    }
-    try {
-        return run(plan);
-    } catch (const std::exception& error) {
-        std::printf("FAILED with seed %llu: %s\n", static_cast<unsigned long long>(plan.seed), error.what());
-        return 1;
-    }
+    SeededRun torture("Breaks an upload at every step, in every way.");
+    torture.options.add_flag_callback(
+        "--short",
+        [&plan] {
+            plan.protections = {FtpServer::Tls::none};
+            plan.cases.resize(1);
+        },
+        "plain FTP and the replacement of a live file only");
+    return torture.run(count, arguments, [&plan](std::uint64_t seed) {
+        plan.seed = seed;
+        run(plan);
+    });
 }
 
 } // namespace

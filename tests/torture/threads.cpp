@@ -12,7 +12,6 @@
 #include "support/wait_for.h"
 #include "torture/seeded_run.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
@@ -38,10 +37,6 @@ constexpr std::size_t places = 6;
 constexpr std::size_t pathsInUse = 8;
 constexpr auto hangsAfter = 60s;
 constexpr int hurry = 40; // polls and pauses are so many times shorter
-
-void require(bool held, const std::string& broken) {
-    if (!held) throw std::runtime_error(broken);
-}
 
 std::string pathOf(std::size_t number) { return (number % 3 == 0 ? "deep/" : "") + ("page " + std::to_string(number)); }
 
@@ -322,8 +317,7 @@ private:
         }
         for (const auto& id : gone)
             require(Published(*model, id).isNothing(), "something is left of a removed profile");
-        if (model->selection() && gone.contains(*model->selection()))
-            throw std::runtime_error("a removed one selected");
+        require(!model->selection() || !gone.contains(*model->selection()), "a removed one selected");
         if (model->alert()) model->dismissAlert();
     }
 
@@ -397,16 +391,13 @@ private:
 };
 
 int tortured(int count, char** arguments) {
-    std::uint64_t seed = std::random_device{}();
+    SeededRun torture("Asks the model for everything at any moment.");
     int seconds = 300;
-    CLI::App options{"Asks the model for everything at any moment."};
-    options.add_option("--seed", seed, "for what is asked; another at each run unless given");
-    options.add_option("--seconds", seconds, "how long");
-    CLI11_PARSE(options, count, arguments);
-
+    torture.options.add_option("--seconds", seconds, "how long");
     const TemporaryFolder temporary;
     ::setenv("TMPDIR", temporary.path().c_str(), 1);
-    return seededRun(seed, [&] { Storm(seed).rage(std::chrono::seconds(seconds)); });
+    return torture.run(
+        count, arguments, [&seconds](std::uint64_t seed) { Storm(seed).rage(std::chrono::seconds(seconds)); });
 }
 
 } // namespace
