@@ -225,21 +225,22 @@ class Portal(StandIn):
         </method>
         <signal name="SettingChanged"><arg type="s"/><arg type="s"/><arg type="v"/></signal>
       </interface>"""
+    NO_PREFERENCE, DARK, LIGHT = range(3)  # as the portal counts them
 
-    def __init__(self, address, dark):
-        self.dark = dark
+    def __init__(self, address, scheme):
+        self.scheme = scheme
         super().__init__(address)
 
     @property
     def colour_scheme(self):
-        return GLib.Variant("u", 1 if self.dark else 2)
+        return GLib.Variant("u", self.scheme)
 
     def Read(self, _sender, group, key):
         known = (group, key) == ("org.freedesktop.appearance", "color-scheme")
         return GLib.Variant("(v)", (GLib.Variant("v", self.colour_scheme if known else GLib.Variant("b", True)),))
 
-    def turn(self, dark):
-        self.dark = dark
+    def turn(self, scheme):
+        self.scheme = scheme
         self.emit("SettingChanged",
                   GLib.Variant("(ssv)", ("org.freedesktop.appearance", "color-scheme", self.colour_scheme)))
 

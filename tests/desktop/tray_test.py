@@ -60,14 +60,14 @@ class TrayTest(DesktopTest):
             self.tray.appear()
 
     def test_icon_stays_visible_when_the_desktop_turns_dark(self):
-        portal = self.desktop.stand_in(Portal, False)
+        portal = self.desktop.stand_in(Portal, Portal.LIGHT)
         portal.appear()
         self.tray.appear()
         self.start()
         item = self.tray.item()
         before = item.read("IconPixmap")
         changes = self.tray.icon_changes
-        portal.turn(True)
+        portal.turn(Portal.DARK)
         wait_until(lambda: self.tray.icon_changes > changes, "the icon is told to be another")
         self.assertNotEqual(item.read("IconPixmap"), before)
 
