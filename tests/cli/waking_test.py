@@ -13,23 +13,9 @@ import unittest
 sys.path.append(os.path.join(os.path.dirname(os.path.realpath(__file__)), "../desktop"))
 from gi.repository import GLib
 
-from bus import StandIn
+from bus import PATIENCE, StandIn, bus_command
 
 PROGRAM = os.environ["ZEMBRASTEL_CLI"]
-
-CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
-  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig>
-  <type>session</type>
-  <listen>unix:dir={folder}</listen>
-  <auth>EXTERNAL</auth>
-  <policy context="default">
-    <allow send_destination="*" eavesdrop="true"/>
-    <allow eavesdrop="true"/>
-    <allow own="*"/>
-  </policy>
-</busconfig>
-"""
 
 
 class Login(StandIn):
@@ -81,10 +67,7 @@ class WakingTest(unittest.TestCase):
         self.folder = tempfile.TemporaryDirectory(prefix="waking.", dir="/tmp")
         self.addCleanup(self.folder.cleanup)
         os.mkdir(self.path("site"))
-        with open(self.path("bus.conf"), "w", encoding="utf8") as file:
-            file.write(CONFIGURATION.format(folder=self.folder.name))
-        self.daemon = self.spawn("dbus-daemon", "--nofork", "--config-file=" + self.path("bus.conf"),
-                                 "--print-address=1")
+        self.daemon = self.spawn(*bus_command(self.folder.name))
         self.address = self.daemon.stdout.readline().strip()
         self.environment = os.environ | {"DBUS_SYSTEM_BUS_ADDRESS": self.address, "HOME": self.folder.name,
                                          "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"}
@@ -150,7 +133,7 @@ class WakingTest(unittest.TestCase):
         self.daemon.wait()
         self.wait_for_failures(command, 1)
         command.send_signal(signal.SIGINT)
-        self.assertEqual(command.wait(5), 0)
+        self.assertEqual(command.wait(PATIENCE), 0)
 
     def test_network_that_comes_back_ends_the_wait_for_a_retry(self):
         network = self.stand_in(Network)

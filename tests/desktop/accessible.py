@@ -65,8 +65,8 @@ class Accessible:
     def look_for(self, role, name, match=str.__eq__):
         return next((each for each in self.shown() if match(each.name(), name) and each.role() == role), None)
 
-    def find(self, role, name, match=str.__eq__, seconds=10):
-        return wait_until(lambda: self.look_for(role, name, match), f"{role} “{name}” is shown", seconds)
+    def find(self, role, name, match=str.__eq__):
+        return wait_until(lambda: self.look_for(role, name, match), f"{role} “{name}” is shown")
 
     def press_button(self, name):
         self.find("push button", name).press()

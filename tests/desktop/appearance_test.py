@@ -16,25 +16,25 @@ class AppearanceTest(DesktopTest):
         wait_until(is_so, f"the window is {'dark' if dark else 'light'}")
 
     def test_window_turns_dark_and_light_with_the_desktop(self):
-        portal = self.desktop.stand_in(Portal, True)
+        portal = self.desktop.stand_in(Portal, Portal.DARK)
         portal.appear()
         window = self.start().window()
         self.wait_until_dark(window, True)
-        for dark in (False, True):
-            portal.turn(dark)
-            self.wait_until_dark(window, dark)
+        for scheme in (Portal.LIGHT, Portal.DARK, Portal.NO_PREFERENCE):
+            portal.turn(scheme)
+            self.wait_until_dark(window, scheme == Portal.DARK)
 
     def test_portal_that_comes_late_or_again_is_heard(self):
         window = self.start().window()
         self.wait_until_dark(window, False)
-        portal = self.desktop.stand_in(Portal, True)
+        portal = self.desktop.stand_in(Portal, Portal.DARK)
         portal.appear()
         self.wait_until_dark(window, True)
         portal.vanish()
-        portal.dark = False
+        portal.scheme = Portal.LIGHT
         portal.appear()
         self.wait_until_dark(window, False)
-        portal.turn(True)
+        portal.turn(Portal.DARK)
         self.wait_until_dark(window, True)
 
 

@@ -1,4 +1,5 @@
 """D-Bus as the tests use it: connections, calls, and services that stand in for those of a desktop."""
+import os
 import re
 import threading
 import time
@@ -6,9 +7,33 @@ import time
 from gi.repository import Gio, GLib
 
 BUS = "org.freedesktop.DBus"
+PATIENCE = 30  # seconds, far longer than a busy machine takes: only what never comes takes all of them
+
+CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>session</type>
+  <listen>unix:dir={folder}</listen>
+  <auth>EXTERNAL</auth>
+  <policy context="default">
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+</busconfig>
+"""
 
 
-def wait_until(condition, what, seconds=10):
+def bus_command(folder):
+    """Runs a bus of the test's own, with its files in the folder; its first line is its address."""
+    configuration = os.path.join(folder, "bus.conf")
+    # Unlike the system's, this one names no folder of services to start on demand.
+    with open(configuration, "w", encoding="utf8") as file:
+        file.write(CONFIGURATION.format(folder=folder))
+    return ["dbus-daemon", "--nofork", "--config-file=" + configuration, "--print-address=1"]
+
+
+def wait_until(condition, what, seconds=PATIENCE):
     """The first value of the condition that counts as true; fails where there is none in time."""
     deadline = time.monotonic() + seconds
     while True:
@@ -29,10 +54,10 @@ def connect(address):
     return Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
 
 
-def call(bus, owner, path, interface, method, signature="()", *arguments, seconds=5):
+def call(bus, owner, path, interface, method, signature="()", *arguments):
     """The values of the reply."""
     return bus.call_sync(owner, path, interface, method, GLib.Variant(signature, arguments), None,
-                         Gio.DBusCallFlags.NONE, seconds * 1000, None).unpack()
+                         Gio.DBusCallFlags.NONE, PATIENCE * 1000, None).unpack()
 
 
 def has_owner(bus, name):
@@ -65,7 +90,9 @@ class StandIn:
         self.bus = connect(address)
         self.bus.register_object(self.path, self.interface, self.take_call, self.take_question, None)
         self.listen()
-        started.set()
+        turning = GLib.idle_source_new()  # to end a loop that does not turn yet has no effect
+        turning.set_callback(lambda *_: started.set())
+        turning.attach(self.context)
         self.loop.run()
 
     def listen(self):
@@ -116,8 +143,9 @@ class Tray(StandIn):
 
     @property
     def IsStatusNotifierHostRegistered(self):
-        self.was_asked = True
-        return GLib.Variant("b", self.has_host)
+        answer = GLib.Variant("b", self.has_host)
+        self.was_asked = True  # who waits for this may change the answer
+        return answer
 
     @property
     def RegisteredStatusNotifierItems(self):
@@ -197,21 +225,22 @@ class Portal(StandIn):
         </method>
         <signal name="SettingChanged"><arg type="s"/><arg type="s"/><arg type="v"/></signal>
       </interface>"""
+    NO_PREFERENCE, DARK, LIGHT = range(3)  # as the portal counts them
 
-    def __init__(self, address, dark):
-        self.dark = dark
+    def __init__(self, address, scheme):
+        self.scheme = scheme
         super().__init__(address)
 
     @property
     def colour_scheme(self):
-        return GLib.Variant("u", 1 if self.dark else 2)
+        return GLib.Variant("u", self.scheme)
 
     def Read(self, _sender, group, key):
         known = (group, key) == ("org.freedesktop.appearance", "color-scheme")
         return GLib.Variant("(v)", (GLib.Variant("v", self.colour_scheme if known else GLib.Variant("b", True)),))
 
-    def turn(self, dark):
-        self.dark = dark
+    def turn(self, scheme):
+        self.scheme = scheme
         self.emit("SettingChanged",
                   GLib.Variant("(ssv)", ("org.freedesktop.appearance", "color-scheme", self.colour_scheme)))
 

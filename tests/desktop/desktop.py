@@ -19,7 +19,7 @@ from Xlib.error import BadWindow
 from Xlib.protocol.event import ClientMessage
 
 from accessible import ACTIVE, FOCUSED, SHOWING, programs
-from bus import call, connect, has_owner, wait_until
+from bus import PATIENCE, bus_command, call, connect, has_owner, wait_until
 
 SUPPORT = os.path.join(os.path.dirname(os.path.realpath(__file__)), "../support")
 PROGRAM = os.environ["ZEMBRASTEL"]
@@ -27,20 +27,6 @@ COMMAND_LINE = os.environ["ZEMBRASTEL_CLI"]
 SERVERS = os.environ["ZEMBRASTEL_SERVERS_DIR"]
 EVENT_TIMES = os.environ.get("EVENT_TIMES_LIBRARY")  # writes down what keeps the program's main thread busy
 LONGEST_EVENT = 50  # milliseconds
-
-BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
-  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig>
-  <type>session</type>
-  <listen>unix:dir={folder}</listen>
-  <auth>EXTERNAL</auth>
-  <policy context="default">
-    <allow send_destination="*" eavesdrop="true"/>
-    <allow eavesdrop="true"/>
-    <allow own="*"/>
-  </policy>
-</busconfig>
-"""
 
 
 def picture(width, height, rows):
@@ -112,8 +98,8 @@ class Desktop:
 
     def start_display(self):
         reading, writing = os.pipe()
-        self.spawn("display", ["Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x1024x24", "-nolisten", "tcp",
-                               "-noreset"], pass_fds=[writing])
+        self.server = self.spawn("display", ["Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x1024x24",
+                                             "-nolisten", "tcp", "-noreset"], pass_fds=[writing])
         os.close(writing)
         with os.fdopen(reading) as numbers:
             self.environment["DISPLAY"] = ":" + numbers.readline().strip()
@@ -121,11 +107,7 @@ class Desktop:
         self.ends.append(self.display.close)
 
     def start_bus(self):
-        # Unlike the system's configuration, this one names no folder of services to start on demand.
-        with open(self.path("bus.conf"), "w", encoding="utf8") as file:
-            file.write(BUS_CONFIGURATION.format(folder=self.path("run")))
-        daemon = self.spawn("bus", ["dbus-daemon", "--nofork", "--config-file=" + self.path("bus.conf"),
-                                    "--print-address=1"], stdout=subprocess.PIPE, text=True)
+        daemon = self.spawn("bus", bus_command(self.path("run")), stdout=subprocess.PIPE, text=True)
         self.address = daemon.stdout.readline().strip()
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = self.address
         self.bus = connect(self.address)
@@ -244,13 +226,18 @@ class Program:
         self.start_events = None  # how many were written down before a window was there
         environment = dict(desktop.environment)
         if EVENT_TIMES:
-            environment |= {"LD_PRELOAD": EVENT_TIMES, "EVENT_TIMES_FILE": self.event_times}
+            environment |= {"LD_PRELOAD": EVENT_TIMES, "EVENT_TIMES_FILE": self.event_times,
+                            "EVENT_TIMES_DISPLAY": str(desktop.server.pid)}
         self.process = desktop.spawn(self.name, [PROGRAM, *arguments], env=environment)
 
-    def end(self, how, seconds=10):
+    def exit_status(self, seconds=PATIENCE):
+        """Once it has ended."""
+        return self.process.wait(seconds)
+
+    def end(self, how, seconds=PATIENCE):
         """Sends the signal; the exit status."""
         self.process.send_signal(how)
-        return self.process.wait(seconds)
+        return self.exit_status(seconds)
 
     def root(self):
         """Nothing before it is up."""
@@ -261,7 +248,7 @@ class Program:
         root = self.root()
         return [window for window in root.children() if window.has(SHOWING)] if root else []
 
-    def window(self, title="Zembrastel", seconds=10):
+    def window(self, title="Zembrastel", seconds=PATIENCE):
         """The window of this title, once it is there and has the keyboard."""
         def find():
             assert self.process.poll() is None, f"the program has ended with {self.process.returncode}"

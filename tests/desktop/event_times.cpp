@@ -2,9 +2,10 @@
 //
 // A turn is what the event loop (GLib's, on which Qt's runs) does between two waits. A turn of more than 20 ms, or of
 // as many as EVENT_TIMES_LEAST says, becomes a line of the file that EVENT_TIMES_FILE names: its milliseconds, the
-// event that took most of them, and how long the thread computed. Time in which the thread could run but had no
-// processor is not counted: a busy machine must not look like a slow program.
-#include "support/processor_wait.h"
+// event that took most of them, and how long the thread computed.Time in which one of the
+// program's threads, or the display server, whose process EVENT_TIMES_DISPLAY names, could run but had no processor is
+// not counted: a busy machine must not look like a slow program.
+#include "support/processor_waits.h"
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -16,6 +17,7 @@
 #include <fcntl.h>
 #include <glib.h>
 #include <poll.h>
+#include <string>
 #include <unistd.h>
 
 namespace {
@@ -27,6 +29,13 @@ Milliseconds leastToNote() {
     constexpr Milliseconds usual{20};
     const char* const wanted = std::getenv("EVENT_TIMES_LEAST");
     return wanted == nullptr ? usual : Milliseconds(std::strtod(wanted, nullptr));
+}
+
+zembrastel::testing::ProcessorWaits processorWaits() {
+    auto waits = zembrastel::testing::ProcessorWaits::soFar();
+    const char* const server = std::getenv("EVENT_TIMES_DISPLAY");
+    if (server != nullptr) waits.add(std::string("/proc/") + server);
+    return waits;
 }
 
 class TurnWatch : public QObject {
@@ -44,8 +53,8 @@ public:
     }
 
     void begin() {
+        waits = processorWaits();
         began = Clock::now();
-        waited = processorWait.soFar();
         computedBefore = computed();
         handled = slowest = {.from = began};
     }
@@ -53,7 +62,9 @@ public:
     void end() {
         const auto now = Clock::now();
         endHandling(now);
-        const Milliseconds took = Milliseconds(now - began) - (processorWait.soFar() - waited);
+        const Milliseconds all = now - began;
+        if (all < worthNoting) return;
+        const Milliseconds took = all - processorWaits().since(waits);
         if (took < worthNoting) return;
         dprintf(
             report, "%.1f %s, event %d, took %.1f; %.1f computing\n", took.count(), slowest.receiver, slowest.type,
@@ -81,9 +92,8 @@ private:
 
     const int report;
     const Milliseconds worthNoting = leastToNote();
-    const zembrastel::testing::ProcessorWait processorWait;
     Clock::time_point began;
-    std::chrono::nanoseconds waited{};
+    zembrastel::testing::ProcessorWaits waits;
     std::chrono::nanoseconds computedBefore{};
     Handling handled;
     Handling slowest;

@@ -50,7 +50,7 @@ class JourneyTest(DesktopTest):
 
         self.create_profile(program, site)
         window = program.window()
-        window.find("label", "Watching", seconds=20)
+        window.find("label", "Watching")
         self.assertEqual([each.name() for each in window.shown() if "<" in each.description()], [], "tells markup")
         self.assertEqual(self.desktop.count_passwords(), 1)
         self.assertEqual([read(site.local, name) for name in ("index.html", "pictures/logo.svg",
@@ -84,7 +84,7 @@ class JourneyTest(DesktopTest):
         self.assertEqual([read(folder, "index.html") for folder in (site.local, site.remote)], 2 * [b"a colleague's"])
         program.window()
         self.desktop.press_keys("ctrl+q")
-        self.assertEqual(program.process.wait(10), 0)
+        self.assertEqual(program.exit_status(), 0)
 
 
 if __name__ == "__main__":

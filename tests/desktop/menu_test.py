@@ -40,7 +40,7 @@ class MenuTest(DesktopTest):
         program.wait_until_closed("Import profiles")
         window = program.window()
         window.press_button("Start watching")
-        window.find("label", "Watching", seconds=20)
+        window.find("label", "Watching")
         window.find("list item", "Uploaded index.html, ", str.startswith)
         self.assertEqual(read(site.remote, "index.html"), b"mine")
         self.assertEqual(self.desktop.count_passwords(), 1)
@@ -75,7 +75,7 @@ class NotificationTest(DesktopTest):
         program.window().find("list item", "Uploaded index.html, ", str.startswith)
         program.window().find("label", "Watching")
         self.desktop.press_keys("ctrl+q")
-        program.process.wait(10)
+        program.exit_status()
         write(site.remote, "index.html", b"a colleague's", newer_by=60)
 
     def test_review_is_told_of_in_the_background_and_opened_from_there(self):
@@ -100,7 +100,7 @@ class NotificationTest(DesktopTest):
 
     def quit(self, program, item):
         item.click("Quit Zembrastel")
-        self.assertEqual(program.process.wait(10), 0)
+        self.assertEqual(program.exit_status(), 0)
         self.tray.items.clear()
 
     def test_first_close_into_the_tray_is_told_once_unless_notifications_are_switched_off(self):

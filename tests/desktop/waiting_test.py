@@ -6,9 +6,7 @@ import time
 
 from bus import wait_until
 from desktop import Site, write
-from desktop_case import DesktopTest, main
-
-AT_ONCE = 2  # seconds, on a busy machine
+from desktop_case import AT_ONCE, DesktopTest, main
 
 
 class WaitingTest(DesktopTest):
@@ -45,7 +43,7 @@ class WaitingTest(DesktopTest):
         program.window("Remove this sync profile?").press_button("Remove profile")
         program.wait_until_closed("Remove this sync profile?")
         self.pause_at_once(window)
-        self.assertEqual(program.end(signal.SIGTERM, seconds=2), 0)
+        self.assertEqual(program.end(signal.SIGTERM, AT_ONCE), 0)
 
     def test_locked_keyring_is_named_with_the_remedy(self):
         Site(self.desktop).add_profile()

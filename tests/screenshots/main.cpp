@@ -13,20 +13,18 @@
 #include "ui/main_window.h"
 #include "ui/message_strip.h"
 #include "ui/profile_editor.h"
-#include "ui/push_button.h"
 #include "ui/qt_main_context.h"
 #include "ui/review_sheet.h"
+#include "ui/screen.h"
 #include "ui/theme.h"
 #include "ui/tray_item.h"
 #include "ui/turning_clock.h"
 
 #include <QApplication>
 #include <QDir>
-#include <QLineEdit>
 #include <QLocale>
 #include <QMenu>
 #include <QSignalSpy>
-#include <QTest>
 
 #include <algorithm>
 #include <array>
@@ -38,7 +36,9 @@
 namespace zembrastel::screenshots {
 namespace {
 
+using testing::button;
 using testing::FtpServer;
+using testing::line;
 using testing::LocalSite;
 
 constexpr QSize mainSize(980, 640);
@@ -108,23 +108,6 @@ void withoutFocus(QWidget& screen) {
     settle();
 }
 
-template <class Button>
-Button& button(QWidget& within, const char* text) {
-    const QString wanted = QString::fromUtf8(text);
-    for (auto* const candidate : within.findChildren<Button*>()) {
-        if (candidate->text() == wanted && candidate->isVisible()) return *candidate;
-    }
-    fail("there is no button " + wanted);
-}
-
-QLineEdit& line(QWidget& within, const char* label) {
-    for (const auto* const caption : within.findChildren<QLabel*>()) {
-        auto* const buddy = qobject_cast<QLineEdit*>(caption->buddy());
-        if (buddy != nullptr && caption->text() == QLatin1String(label)) return *buddy;
-    }
-    fail(QLatin1String("there is no field ") + QLatin1String(label));
-}
-
 void addConfirmation(const Album& album, const QString& name, MainWindow& window) {
     settle();
     auto* const dialog = window.findChild<ConfirmDialog*>();
@@ -148,7 +131,7 @@ void addMainWindow(const Album& album, ModelBridge& bridge, SampleSites& sites) 
     add("main-uploading", "Client portal");
     add("main-review", "Spring campaign");
     add("main-check-failed", "Documentation");
-    button<PushButton>(window, "Start without checking…").click();
+    button(window, "Start without checking…").click();
     addConfirmation(album, "confirm-skip-check", window);
     add("main-paused", "Photo archive");
     for (auto* const list : window.findChildren<QListView*>()) {
@@ -181,11 +164,11 @@ void addEditor(const Album& album, ModelBridge& bridge, MainContext& context, co
     ProfileEditor editor(bridge, context, id, nullptr);
     editor.open();
     settle();
-    button<PushButton>(editor, "Excluded files and folders").click();
+    button(editor, "Excluded files and folders").click();
     withoutFocus(editor);
     album.add("editor-edit", editor, advancedEditorSize);
 
-    button<PushButton>(editor, "Excluded files and folders").click();
+    button(editor, "Excluded files and folders").click();
     editor.resize(smallestMainSize);
     const auto add = [&](const char* name) {
         withoutFocus(editor);
@@ -198,7 +181,7 @@ void addEditor(const Album& album, ModelBridge& bridge, MainContext& context, co
     add("editor-test-failed");
     line(editor, "Server").selectAll();
     QTest::keyClicks(&line(editor, "Server"), QStringLiteral("ftps://docs.example.net"));
-    button<PushButton>(editor, "Save changes").click();
+    button(editor, "Save changes").click();
     add("editor-validation");
 }
 
@@ -255,7 +238,7 @@ private:
     }
 
     static void listed(const RemoteBrowserModel& tree) {
-        if (!QTest::qWaitFor([&tree] { return tree.loading().empty(); }, 30000)) fail("a listing did not end");
+        if (!testing::waitFor([&tree] { return tree.loading().empty(); })) fail("a listing did not end");
         settle();
     }
 
@@ -287,7 +270,7 @@ void addBackups(const Album& album, MainContext& context) {
         BackupsSheet sheet(context, profile);
         QSignalSpy listed(&sheet, &BackupsSheet::listed);
         sheet.open();
-        if (!listed.wait(30000)) fail("the backups were not listed");
+        if (!listed.wait(testing::patience)) fail("the backups were not listed");
         withoutFocus(sheet);
         album.add(name, sheet, backupsSize);
     };
@@ -320,7 +303,7 @@ void addImport(const Album& album, ModelBridge& bridge, MainContext& context) {
     ImportSheet sheet(bridge, context, folder / "sitemanager.xml", nullptr);
     sheet.open();
     const auto* const list = sheet.findChild<QListView*>();
-    if (!QTest::qWaitFor([list] { return list->model()->rowCount() == 4; })) fail("nothing was found to import");
+    if (!testing::waitFor([list] { return list->model()->rowCount() == 4; })) fail("nothing was found to import");
     withoutFocus(sheet);
     album.add("import", sheet, importSize);
     sheet.findChild<MessageStrip*>()->showFailure(

@@ -1,8 +1,7 @@
 #include "sample_sites.h"
 
 #include "model/error.h"
-
-#include <QTest>
+#include "ui/screen.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -139,7 +138,7 @@ JobWork SampleSites::work() {
 }
 
 void SampleSites::await(const std::function<bool()>& condition) const {
-    if (!QTest::qWaitFor(condition, 20000)) throw std::runtime_error("a site did not come to its state");
+    if (!testing::waitFor(condition)) throw std::runtime_error("a site did not come to its state");
 }
 
 void SampleSites::play(const std::string& name, Play chosen) {

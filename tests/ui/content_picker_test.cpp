@@ -1,3 +1,4 @@
+#include "screen.h"
 #include "support/ftp_server.h"
 #include "support/local_site.h"
 #include "ui/content_picker.h"
@@ -6,10 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include <QAccessible>
 #include <QApplication>
 #include <QListView>
-#include <QPushButton>
 #include <QScopeGuard>
 #include <QTest>
 
@@ -47,7 +46,7 @@ protected:
     }
 
     [[nodiscard]] bool settles() {
-        return QTest::qWaitFor([this] { return picker->browser().loading().empty(); }, 30000);
+        return testing::waitFor([this] { return picker->browser().loading().empty(); });
     }
 
     void toggle(const std::string& path) {
@@ -72,19 +71,8 @@ protected:
         QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, {place.left() + x, place.center().y()});
     }
 
-    void press(const QString& label) {
-        for (QPushButton* const button : picker->findChildren<QPushButton*>()) {
-            if (button->text() == label) return button->click();
-        }
-        FAIL() << "there is no button " << label.toStdString();
-    }
-
-    [[nodiscard]] bool shows(const QString& text) const {
-        for (const QLabel* const label : picker->findChildren<QLabel*>()) {
-            if (label->text() == text) return true;
-        }
-        return false;
-    }
+    void press(const QString& label) { testing::button(*picker, label).click(); }
+    [[nodiscard]] bool shows(const QString& text) const { return testing::findLabel(*picker, text) != nullptr; }
 
     FtpServer server;
     LocalSite site;
@@ -197,7 +185,7 @@ TEST_F(Picker, TheRowThatKeysActOnIsMarkedOnceKeysAreUsed) {
         return list->viewport()->grab(place).toImage().pixelColor(1, place.height() / 2) == colours().accent;
     };
     list->activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(picker.get()));
+    ASSERT_TRUE(QTest::qWaitForWindowActive(picker.get(), testing::patience));
     EXPECT_FALSE(isRinged(0)) << "the sheet was not opened by keyboard";
     key(Qt::Key_Down);
     EXPECT_TRUE(isRinged(1));
@@ -276,12 +264,7 @@ TEST_F(Picker, EveryControlHasANameAndTheSheetFitsASmallWindow) {
         open(forSync);
         picker->resize(10, 10);
         EXPECT_EQ(picker->size(), QSize(560, 440));
-        for (QWidget* const widget : picker->findChildren<QWidget*>()) {
-            if (widget->focusPolicy() == Qt::NoFocus || !widget->isVisible()) continue;
-            QAccessibleInterface* const accessible = QAccessible::queryAccessibleInterface(widget);
-            ASSERT_NE(accessible, nullptr);
-            EXPECT_FALSE(accessible->text(QAccessible::Name).isEmpty()) << widget->metaObject()->className();
-        }
+        EXPECT_EQ(testing::namelessControls(*picker), QStringList());
         EXPECT_TRUE(shows(forSync ? "Choose what to synchronise" : "Choose what to download"));
     }
 }

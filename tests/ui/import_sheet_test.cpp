@@ -1,4 +1,5 @@
 #include "model/error.h"
+#include "screen.h"
 #include "support/file_tree.h"
 #include "support/temporary_folder.h"
 #include "ui/import_sheet.h"
@@ -10,7 +11,6 @@
 #include <QAbstractItemModel>
 #include <QFileDialog>
 #include <QListView>
-#include <QTest>
 
 #include <memory>
 
@@ -41,7 +41,7 @@ protected:
         writeFile(folder / "sitemanager.xml", bytes);
         sheet = std::make_unique<ImportSheet>(*bridge, context, folder / "sitemanager.xml", nullptr);
         sheet->open();
-        ASSERT_TRUE(QTest::qWaitFor([this] { return list().isEnabled(); }));
+        ASSERT_TRUE(waitFor([this] { return list().isEnabled(); }));
     }
 
     void openSites() {
@@ -62,13 +62,9 @@ protected:
     }
 
     void press(const QString& text) const {
-        for (auto* const button : sheet->findChildren<QPushButton*>()) {
-            if (button->text() != text || !button->isVisible()) continue;
-            ASSERT_TRUE(button->isEnabled()) << text.toStdString();
-            QTest::mouseClick(button, Qt::LeftButton);
-            return;
-        }
-        FAIL() << "no button " << text.toStdString();
+        auto& wanted = button(*sheet, text);
+        ASSERT_TRUE(wanted.isEnabled()) << text.toStdString();
+        QTest::mouseClick(&wanted, Qt::LeftButton);
     }
 
     TemporaryFolder folder;
@@ -90,7 +86,7 @@ TEST_F(ImportSheetTest, WhatWasTickedIsThereWithItsPasswordAndNeedsNothingMoreTo
                    "site names no remote folder; \"/\" is taken.");
     EXPECT_EQ(spoken(2), "shell, Skipped: It uses SFTP; only FTP and FTPS are supported.");
     press(QStringLiteral("Import 1 profile"));
-    ASSERT_TRUE(QTest::qWaitFor([this] { return !sheet->isVisible(); }));
+    ASSERT_TRUE(waitFor([this] { return !sheet->isVisible(); }));
     ASSERT_EQ(model->profiles().size(), 1U);
     const Profile& imported = model->profiles().front();
     EXPECT_EQ(imported.name, "whole");
@@ -119,7 +115,7 @@ TEST_F(ImportSheetTest, AMissingFolderIsNamedByKeyboardAndWhatCannotBeTakenStays
     chooser->close();
     EXPECT_TRUE(spoken(1).starts_with("no folder, Selected")) << spoken(1);
     press(QStringLiteral("Import 1 profile"));
-    ASSERT_TRUE(QTest::qWaitFor([this] { return !sheet->isVisible(); }));
+    ASSERT_TRUE(waitFor([this] { return !sheet->isVisible(); }));
     EXPECT_EQ(model->profiles().front().localFolder, folder / "site");
 }
 
@@ -131,7 +127,7 @@ TEST_F(ImportSheetTest, WhatFailsIsToldInTheSheetAndLosesNothing) {
     locked = true;
     openSites();
     press(QStringLiteral("Import 1 profile"));
-    ASSERT_TRUE(QTest::qWaitFor([this] { return !message().empty(); }));
+    ASSERT_TRUE(waitFor([this] { return !message().empty(); }));
     EXPECT_TRUE(message().starts_with("The store is locked. ")) << message();
     EXPECT_TRUE(model->profiles().empty());
     press(QStringLiteral("Keep the password for this session only"));

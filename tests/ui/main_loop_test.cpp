@@ -1,3 +1,4 @@
+#include "screen.h"
 #include "ui/model_bridge.h"
 #include "ui/qt_main_context.h"
 
@@ -5,7 +6,6 @@
 
 #include <QApplication>
 #include <QSignalSpy>
-#include <QTest>
 #include <QThread>
 
 #include <atomic>
@@ -14,6 +14,7 @@
 #include <vector>
 
 using namespace zembrastel;
+using zembrastel::testing::waitFor;
 using namespace std::chrono_literals;
 
 TEST(QtMainContext, WorkRunsOnTheMainThreadInTheOrderOfItsPosting) {
@@ -38,7 +39,7 @@ TEST(QtMainContext, WorkRunsOnTheMainThreadInTheOrderOfItsPosting) {
         }
     }
     EXPECT_EQ(left, threads * each) << "nothing runs within post()";
-    ASSERT_TRUE(QTest::qWaitFor([&left] { return left == 0; }));
+    ASSERT_TRUE(waitFor([&left] { return left == 0; }));
     EXPECT_FALSE(elsewhere);
     for (const auto& order : seen) EXPECT_TRUE(std::ranges::is_sorted(order));
 }
@@ -56,7 +57,7 @@ TEST(QtMainContext, DelayedWorkFromAnyThreadIsNotLostAndNotEarly) {
         context.postAfter(1ms, [&] { order.push_back(1); });
         context.post([&] { order.push_back(0); });
     }).join();
-    ASSERT_TRUE(QTest::qWaitFor([&order] { return order.size() == 3; }));
+    ASSERT_TRUE(waitFor([&order] { return order.size() == 3; }));
     EXPECT_EQ(order, (std::vector{0, 1, 2}));
     EXPECT_GE(took, 59ms);
 }
@@ -69,7 +70,7 @@ TEST(QtMainContext, RunOnMainReturnsOnceTheWorkHasRun) {
         runOnMain(context, stop, [&ran] { ran = true; });
         returned = true;
     });
-    ASSERT_TRUE(QTest::qWaitFor([&returned] { return returned.load(); }));
+    ASSERT_TRUE(waitFor([&returned] { return returned.load(); }));
     EXPECT_TRUE(ran);
 }
 
@@ -87,7 +88,7 @@ TEST(QtMainContext, PostingIsHarmlessOnceTheContextWaitsInVainForItsApplication)
             }).join();
             std::_Exit(*witness);
         },
-        testing::ExitedWithCode(0), "");
+        ::testing::ExitedWithCode(0), "");
 }
 
 TEST(ModelBridge, AFloodOfStatusChangesReachesTheWidgetsOnceATurn) {
@@ -100,7 +101,7 @@ TEST(ModelBridge, AFloodOfStatusChangesReachesTheWidgetsOnceATurn) {
     QSignalSpy profiles(&bridge, &ModelBridge::profilesChanged);
     for (int i = 0; i < 50; ++i) model.toggle(id);
     EXPECT_EQ(statuses.count(), 0);
-    ASSERT_TRUE(QTest::qWaitFor([&statuses] { return statuses.count() > 0; }));
+    ASSERT_TRUE(waitFor([&statuses] { return statuses.count() > 0; }));
     EXPECT_EQ(statuses.count(), 1);
     EXPECT_EQ(statuses.first().first().value<Uuid>(), id);
 

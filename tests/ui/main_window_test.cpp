@@ -1,4 +1,6 @@
 #include "model/error.h"
+#include "screen.h"
+#include "support/fake_clock.h"
 #include "support/file_tree.h"
 #include "support/temporary_folder.h"
 #include "ui/elide_label.h"
@@ -32,6 +34,10 @@ namespace {
 
 class MainWindowTest : public ::testing::Test {
 protected:
+    // What a job waits for never comes, so that it stays where the test looks at it.
+    MainWindowTest() {
+        clock.onSleep = [](std::chrono::nanoseconds) { return false; };
+    }
     ~MainWindowTest() override { close(); }
 
     void close() {
@@ -52,7 +58,8 @@ protected:
                              .remove =
                                  [this](const Uuid&) {
                                      if (!removeFailure.empty()) throw SyncError(removeFailure);
-                                 }}});
+                                 }},
+                         .clock = clock});
         bridge = std::make_unique<ModelBridge>(*model);
         window = std::make_unique<MainWindow>(*bridge);
         window->setHooks(
@@ -81,38 +88,17 @@ protected:
 
     [[nodiscard]] QString nameOf(const Uuid& id) const { return QString::fromStdString(model->profile(id)->name); }
 
-    // The button of that text that can be seen, nullptr when there is none.
-    [[nodiscard]] static QPushButton* button(const QWidget& within, const QString& text) {
-        for (auto* const candidate : within.findChildren<QPushButton*>()) {
-            if (candidate->text() == text && candidate->isVisible()) return candidate;
-        }
-        return nullptr;
-    }
+    [[nodiscard]] QAbstractButton* find(const QString& name) const { return findButton(*window, name); }
+    [[nodiscard]] bool shows(const QString& text) const { return findLabel(*window, text) != nullptr; }
 
-    void click(const QString& text) const {
-        auto* const found = button(*window, text);
-        ASSERT_NE(found, nullptr) << text.toStdString();
-        QTest::mouseClick(found, Qt::LeftButton);
-    }
-
-    [[nodiscard]] bool shows(const QString& text) const {
-        for (const auto* const label : window->findChildren<QLabel*>()) {
-            if (label->text() == text && label->isVisible()) return true;
-        }
-        return false;
-    }
-
-    [[nodiscard]] const QLabel& label(const QString& text) const {
-        for (const auto* const candidate : window->findChildren<QLabel*>()) {
-            if (candidate->text() == text && candidate->isVisible()) return *candidate;
-        }
-        throw std::logic_error("no label " + text.toStdString());
-    }
+    void click(const QString& name) const { QTest::mouseClick(&button(*window, name), Qt::LeftButton); }
+    void answer(const QString& name) const { QTest::mouseClick(&button(*dialog(), name), Qt::LeftButton); }
 
     // From the edge of the window at which one begins to read to where the first letter of a text is painted.
     [[nodiscard]] int distanceToInk(const QString& text) const {
-        const QLabel& found = label(text);
-        const QImage picture = const_cast<QLabel&>(found).grab().toImage();
+        QLabel* const found = findLabel(*window, text);
+        if (found == nullptr) throw std::logic_error("no label " + text.toStdString());
+        const QImage picture = found->grab().toImage();
         const bool fromRight = window->isRightToLeft();
         const int width = picture.width();
         const auto isInk = [&](int column) {
@@ -124,7 +110,7 @@ protected:
         };
         int column = 0;
         while (column < width && !isInk(column)) ++column;
-        const QPoint origin = found.mapTo(window.get(), QPoint(0, 0));
+        const QPoint origin = found->mapTo(window.get(), QPoint(0, 0));
         return column + (fromRight ? window->width() - origin.x() - width : origin.x());
     }
 
@@ -161,6 +147,7 @@ protected:
     [[nodiscard]] QListView& profileList() const { return list(QStringLiteral("SYNC PROFILES")); }
 
     TemporaryFolder folder;
+    FakeClock clock;
     std::string removeFailure;
     QStringList asked;
     QtMainContext context;
@@ -232,17 +219,17 @@ TEST_F(MainWindowTest, AProfileIsRemovedOnlyWhenThatIsConfirmedAndAFailureIsTold
 
     removeFailure = "Keychain: locked.";
     askByKey();
-    QTest::mouseClick(button(*dialog(), QStringLiteral("Remove profile")), Qt::LeftButton);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return model->alert().has_value() && dialog() != nullptr; }));
+    answer(QStringLiteral("Remove profile"));
+    ASSERT_TRUE(waitFor([&] { return model->alert().has_value() && dialog() != nullptr; }));
     EXPECT_TRUE(shows(QStringLiteral("Keychain: locked.")));
-    QTest::mouseClick(button(*dialog(), QStringLiteral("OK")), Qt::LeftButton);
+    answer(QStringLiteral("OK"));
     EXPECT_NE(model->profile(id), nullptr);
     EXPECT_FALSE(model->alert());
 
     removeFailure.clear();
     askByKey();
-    QTest::mouseClick(button(*dialog(), QStringLiteral("Remove profile")), Qt::LeftButton);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return model->profile(id) == nullptr; }));
+    answer(QStringLiteral("Remove profile"));
+    ASSERT_TRUE(waitFor([&] { return model->profile(id) == nullptr; }));
     EXPECT_EQ(model->selection(), kept);
     EXPECT_EQ(profileList().currentIndex().row(), 0);
     EXPECT_TRUE(shows(QStringLiteral("kept")));
@@ -254,30 +241,29 @@ TEST_F(MainWindowTest, AFailedCheckIsSkippedOnlyAfterAWarningAndCanBeTriedAgain)
     click(QStringLiteral("Start watching"));
     EXPECT_TRUE(model->profile(id)->enabled);
     const auto failed = [&] { return model->checkFailures().contains(id); };
-    ASSERT_TRUE(QTest::qWaitFor(failed, 30000));
+    ASSERT_TRUE(waitFor(failed));
     QCoreApplication::processEvents();
     EXPECT_TRUE(shows(QString::fromStdString(model->checkFailures().at(id))));
     EXPECT_TRUE(shows(QStringLiteral("Server check needs attention")));
     QGuiApplication::clipboard()->clear();
     click(QStringLiteral("Copy details"));
-    ASSERT_TRUE(
-        QTest::qWaitFor([this] { return button(*window, QStringLiteral("Details copied")) != nullptr; }, 30000));
+    ASSERT_TRUE(waitFor([this] { return find(QStringLiteral("Details copied")) != nullptr; }));
     EXPECT_TRUE(QGuiApplication::clipboard()->text().contains(
         QStringLiteral("The server check failed: ") + QString::fromStdString(model->checkFailures().at(id))));
     click(QStringLiteral("Backups…"));
     EXPECT_TRUE(asked.last().startsWith(QStringLiteral("backups ")));
 
     click(QStringLiteral("Retry server check"));
-    EXPECT_EQ(button(*window, QStringLiteral("Start without checking…")), nullptr);
-    ASSERT_TRUE(QTest::qWaitFor(failed, 30000));
+    EXPECT_EQ(find(QStringLiteral("Start without checking…")), nullptr);
+    ASSERT_TRUE(waitFor(failed));
     click(QStringLiteral("Start without checking…"));
     ASSERT_NE(dialog(), nullptr);
     QTest::keyClick(dialog()->focusWidget(), Qt::Key_Return);
     EXPECT_TRUE(failed()) << "Enter means Cancel";
     click(QStringLiteral("Start without checking…"));
-    QTest::mouseClick(button(*dialog(), QStringLiteral("Start without checking")), Qt::LeftButton);
+    answer(QStringLiteral("Start without checking"));
     EXPECT_FALSE(failed());
-    EXPECT_EQ(button(*window, QStringLiteral("Start without checking…")), nullptr);
+    EXPECT_EQ(find(QStringLiteral("Start without checking…")), nullptr);
     EXPECT_TRUE(model->status(id).activity.front().text.starts_with("Server comparison skipped by your choice"));
     click(QStringLiteral("Pause watching"));
     EXPECT_FALSE(model->running(id));
@@ -286,7 +272,7 @@ TEST_F(MainWindowTest, AFailedCheckIsSkippedOnlyAfterAWarningAndCanBeTriedAgain)
 TEST_F(MainWindowTest, WatchingIsSwitchedByKeyboardAndTheNextActionIsNamed) {
     open(true);
     const Uuid id = model->profiles().front().id;
-    auto* const start = button(*window, QStringLiteral("Start watching"));
+    auto* const start = find(QStringLiteral("Start watching"));
     ASSERT_NE(start, nullptr);
     QTest::keyClick(start, Qt::Key_Space);
     EXPECT_TRUE(model->running(id));
@@ -312,7 +298,7 @@ TEST_F(MainWindowTest, AnAlertThatCameWhileNobodyLookedIsToldWhenTheWindowIsShow
     window->hide();
     EXPECT_TRUE(model->alert()) << "not read yet";
     window->show();
-    QTest::mouseClick(button(*dialog(), QStringLiteral("OK")), Qt::LeftButton);
+    answer(QStringLiteral("OK"));
     EXPECT_FALSE(model->alert());
     EXPECT_EQ(dialog(), nullptr);
 }
@@ -335,12 +321,12 @@ TEST_F(MainWindowTest, EveryControlHasANameAndTheTabKeyMeetsThemInOrder) {
 
 TEST_F(MainWindowTest, WithoutATrayTheWayToQuitIsSeenAndReachedByKeyboard) {
     open(true);
-    EXPECT_EQ(button(*window, QStringLiteral("Quit Zembrastel")), nullptr);
+    EXPECT_EQ(find(QStringLiteral("Quit Zembrastel")), nullptr);
     window->offerQuit(true);
-    QPushButton* const quit = button(*window, QStringLiteral("Quit Zembrastel"));
+    auto* const quit = find(QStringLiteral("Quit Zembrastel"));
     ASSERT_NE(quit, nullptr);
     window->activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get(), patience));
     QListView& last = list(QStringLiteral("Recent activity"));
     last.setFocus();
     QTest::keyClick(&last, Qt::Key_Tab);
@@ -365,7 +351,7 @@ TEST_F(MainWindowTest, NoTextIsCutInTheSmallestWindowHoweverLargeTheDesktopsText
         expectNothingCut();
         const Uuid id = addProfile("A name that is much longer than there is room for it in any window of this size");
         model->toggle(id); // whose server refuses the connection
-        ASSERT_TRUE(QTest::qWaitFor([&] { return model->checkFailures().contains(id); }, 30000));
+        ASSERT_TRUE(waitFor([&] { return model->checkFailures().contains(id); }));
         QCoreApplication::processEvents();
         expectNothingCut();
         model->remove(id);

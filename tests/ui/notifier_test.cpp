@@ -1,3 +1,4 @@
+#include "screen.h"
 #include "support/program.h"
 #include "support/temporary_folder.h"
 #include "ui/notifier.h"
@@ -7,7 +8,6 @@
 
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
-#include <QTest>
 
 #include <memory>
 
@@ -79,7 +79,7 @@ protected:
 
     TemporaryFolder folder;
     Program daemon{{"/usr/bin/dbus-daemon", "--session", "--nofork", "--print-address=1"}};
-    std::string address = daemon.readLine(10s);
+    std::string address = daemon.readLine(30s);
     Service service;
     QDBusConnection serving = connect("serving");
     QtMainContext context;
@@ -96,15 +96,15 @@ protected:
 
 TEST_F(NotifierTest, RecoveryTakesThePlaceOfAFailureThatWasTold) {
     const Uuid id = addProfile();
-    ASSERT_TRUE(QTest::qWaitFor([this] { return sawFailure; }, 20000));
+    ASSERT_TRUE(waitFor([this] { return sawFailure; }));
     EXPECT_TRUE(service.shown.empty());
     time += 10min;
     model.retryNow();
-    ASSERT_TRUE(QTest::qWaitFor([this] { return service.shown.size() == 1; }, 20000));
+    ASSERT_TRUE(waitFor([this] { return service.shown.size() == 1; }));
     EXPECT_EQ(service.shown[0].title, "Site cannot be kept up to date");
     EXPECT_TRUE(service.shown[0].text.startsWith("curl: (7) ")) << service.shown[0].text.toStdString();
     model.startWithoutCheck(id);
-    ASSERT_TRUE(QTest::qWaitFor([this] { return service.shown.size() == 2; }, 20000));
+    ASSERT_TRUE(waitFor([this] { return service.shown.size() == 2; }));
     EXPECT_EQ(service.shown[1].title, "Site is kept up to date again");
     EXPECT_EQ(service.shown[1].replaced, Service::number);
 }

@@ -1,4 +1,5 @@
 #include "model/error.h"
+#include "screen.h"
 #include "support/fake_clock.h"
 #include "support/temporary_folder.h"
 #include "sync/progress_meter.h"
@@ -10,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <QAccessible>
-#include <QTest>
 
 #include <atomic>
 #include <memory>
@@ -56,7 +56,7 @@ protected:
     ~ProgressTest() override {
         steps.release(8);
         detail.reset();
-        EXPECT_TRUE(QTest::qWaitFor([] { return !turningClock().running(); }));
+        EXPECT_TRUE(waitFor([] { return !turningClock().running(); }));
     }
 
     void send(const SyncWorker& worker) {
@@ -87,7 +87,7 @@ protected:
     void letGoOn() {
         const int before = moved;
         steps.release();
-        ASSERT_TRUE(QTest::qWaitFor([&] { return moved > before; }));
+        ASSERT_TRUE(waitFor([&] { return moved > before; }));
         for (int turn = 0; turn < 3; ++turn) QCoreApplication::processEvents();
     }
 
@@ -117,7 +117,7 @@ protected:
 } // namespace
 
 TEST_F(ProgressTest, BarComesAfterASecondMovesNothingAndGoesWithTheTransfer) {
-    ASSERT_TRUE(QTest::qWaitFor([this] { return model->status(id).title == "Uploading"; }));
+    ASSERT_TRUE(waitFor([this] { return model->status(id).title == "Uploading"; }));
     letGoOn();
     const QList<QRect> before = places();
     letGoOn();
@@ -143,7 +143,7 @@ TEST_F(ProgressTest, BarComesAfterASecondMovesNothingAndGoesWithTheTransfer) {
     EXPECT_EQ(tray.toolTip(), QStringLiteral("Zembrastel\nSite & shop: 40.0 of 80 MB, 3 of 17 files"));
 
     steps.release();
-    ASSERT_TRUE(QTest::qWaitFor([this] { return model->status(id).title == "Watching"; }));
+    ASSERT_TRUE(waitFor([this] { return model->status(id).title == "Watching"; }));
     QCoreApplication::processEvents();
     EXPECT_FALSE(strip().isVisible());
     EXPECT_TRUE(label().text().isEmpty());

@@ -1,15 +1,12 @@
 #include "ui/review_sheet.h"
 
 #include "app/model_fixture.h"
+#include "screen.h"
 #include "ui/theme.h"
 
 #include <gtest/gtest.h>
 
-#include <QAccessible>
 #include <QListView>
-#include <QPointer>
-#include <QPushButton>
-#include <QTest>
 
 #include <functional>
 #include <memory>
@@ -51,19 +48,9 @@ protected:
         list = sheet->findChild<QListView*>();
     }
 
-    [[nodiscard]] QPushButton* button(const QString& label) const {
-        for (QPushButton* const each : sheet->findChildren<QPushButton*>()) {
-            if (QString(each->text()).replace("&&", "&") == label) return each;
-        }
-        return nullptr;
-    }
-
-    [[nodiscard]] bool shows(const QString& text) const {
-        for (const QLabel* const label : sheet->findChildren<QLabel*>()) {
-            if (label->text() == text) return true;
-        }
-        return false;
-    }
+    void press(const QString& label) const { testing::button(*sheet, label).click(); }
+    [[nodiscard]] bool offers(const QString& label) const { return testing::findButton(*sheet, label) != nullptr; }
+    [[nodiscard]] bool shows(const QString& text) const { return testing::findLabel(*sheet, text) != nullptr; }
 
     std::unique_ptr<ModelBridge> bridge;
     std::unique_ptr<RemoteChangesView> sheet;
@@ -73,7 +60,7 @@ protected:
 TEST_F(ReviewSheet, EveryWayOfClosingStaysPausedAndKeepsTheReview) {
     const std::vector<std::function<void()>> ways{
         [this] { QTest::keyClick(list, Qt::Key_Escape); }, [this] { sheet->close(); },
-        [this] { button("Stay paused")->click(); }};
+        [this] { press("Stay paused"); }};
     for (const auto& close : ways) {
         openAfterCheck();
         close();
@@ -94,16 +81,17 @@ TEST_F(ReviewSheet, EveryWayOfClosingStaysPausedAndKeepsTheReview) {
 TEST_F(ReviewSheet, ConfirmingDownloadsWhatIsTickedAndNothingElse) {
     openAfterCheck();
     EXPECT_TRUE(shows("1 of 2 selected"));
-    EXPECT_NE(button("Download 1 & start watching"), nullptr);
-    button("Select all")->click();
-    EXPECT_NE(button("Download 2 & start watching"), nullptr);
+    EXPECT_TRUE(offers("Download 1 & start watching"));
+    press("Select all");
+    EXPECT_TRUE(offers("Download 2 & start watching"));
     const QModelIndex theirs = list->model()->index(1, 0);
     QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualRect(theirs).center());
     EXPECT_EQ(sheet->selected(), PathSet{"both"});
-    button("Download 1 & start watching")->click();
+    press("Download 1 & start watching");
     EXPECT_FALSE(sheet->isVisible());
     EXPECT_TRUE(model->running(id()));
-    ASSERT_TRUE(runUntil([this] { return testing::readFile(site / "both") == "server"; }));
+    ASSERT_TRUE(reaches("Watching"));
+    EXPECT_EQ(testing::readFile(site / "both"), "server");
     EXPECT_EQ(testing::readFile(site / "theirs"), "local");
 }
 
@@ -119,8 +107,8 @@ TEST_F(ReviewSheet, DecisionThatCannotBeSavedLeavesTheSheetOpen) {
     openAfterCheck();
     std::filesystem::remove_all(stateFolder / "state");
     testing::writeFile(stateFolder / "state", "in the way");
-    button("Select none")->click();
-    button("Keep local & start watching")->click();
+    press("Select none");
+    press("Keep local & start watching");
     EXPECT_TRUE(model->alert());
     EXPECT_TRUE(sheet->isVisible());
     EXPECT_TRUE(model->presentedReview());
@@ -144,12 +132,7 @@ TEST_F(ReviewSheet, FiveThousandFilesAreWithinReachOfKeyboardAndScreenReader) {
     EXPECT_TRUE(said.startsWith("folder/file4998, Not selected, Local: "));
     EXPECT_TRUE(said.contains(", Server: "));
     EXPECT_TRUE(said.endsWith(", Also changed locally since the last sync"));
-    for (QWidget* const widget : sheet->findChildren<QWidget*>()) {
-        if (widget->focusPolicy() == Qt::NoFocus || !widget->isVisible()) continue;
-        QAccessibleInterface* const accessible = QAccessible::queryAccessibleInterface(widget);
-        ASSERT_NE(accessible, nullptr);
-        EXPECT_FALSE(accessible->text(QAccessible::Name).isEmpty()) << widget->metaObject()->className();
-    }
+    EXPECT_EQ(testing::namelessControls(*sheet), QStringList());
 }
 
 TEST(Review, LocalEditIsNeverTickedForReplacementByItself) {

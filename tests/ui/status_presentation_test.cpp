@@ -1,3 +1,4 @@
+#include "screen.h"
 #include "ui/status_presentation.h"
 #include "ui/status_symbol.h"
 #include "ui/theme.h"
@@ -5,9 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include <QTest>
-
 using namespace zembrastel;
+using namespace zembrastel::testing;
 using namespace std::chrono_literals;
 
 namespace {
@@ -21,11 +21,11 @@ ProfileStatus status(std::string title, bool active, bool failed = false) {
 }
 
 bool stops(const TurningClock& clock) {
-    return QTest::qWaitFor([&clock] { return !clock.running(); });
+    return waitFor([&clock] { return !clock.running(); });
 }
 
 bool runs(const TurningClock& clock) {
-    return QTest::qWaitFor([&clock] { return clock.running(); });
+    return waitFor([&clock] { return clock.running(); });
 }
 
 } // namespace
@@ -88,7 +88,7 @@ TEST(StatusSymbol, NothingIsRepaintedUnlessSomethingWorksAndIsSeen) {
 
     theme().setAnimated(false);
     symbol.show();
-    EXPECT_TRUE(QTest::qWaitForWindowExposed(&symbol));
+    EXPECT_TRUE(QTest::qWaitForWindowExposed(&symbol, patience));
     EXPECT_FALSE(turningClock().running()) << "the desktop wants no motion";
     theme().setAnimated(true);
     EXPECT_TRUE(runs(turningClock()));
