@@ -77,6 +77,6 @@ def turns_during_uploads(bench, profiles):
     module.Desktop.stop(program.process)
     turns = []
     for line in lines:
-        milliseconds, _, event = line.partition(" ")
+        milliseconds, _, event = line.split(" ", 2)
         turns.append({"ms": float(milliseconds), "event": event})
     return sorted(turns, key=lambda turn: -turn["ms"]) or [{"ms": 1.0, "event": "none took a millisecond"}]

@@ -271,6 +271,7 @@ class Program:
         return [pid for pid in children if read(f"/proc/{pid}", "comm") == b"curl\n"]
 
     def read_event_times(self):
+        """Lines of two numbers, the milliseconds of a turn and those that the program is to answer for, and its event."""
         if not os.path.exists(self.event_times):
             return []
         with open(self.event_times, encoding="utf8", errors="replace") as file:
@@ -278,7 +279,7 @@ class Program:
 
     def long_events(self):
         since_start = self.read_event_times()[self.start_events:] if self.start_events is not None else []
-        return [line for line in since_start if float(line.split()[0]) > LONGEST_EVENT]
+        return [line for line in since_start if float(line.split()[1]) > LONGEST_EVENT]
 
 
 class Site:

@@ -1,15 +1,17 @@
 // Preloaded into the desktop program, notes every turn of its main thread that keeps the window waiting.
 //
 // A turn is what the event loop (GLib's, on which Qt's runs) does between two waits. A turn of more than 20 ms, or of
-// as many as EVENT_TIMES_LEAST says, becomes a line of the file that EVENT_TIMES_FILE names: its milliseconds, the
-// event that took most of them, and how long the thread computed.Time in which one of the
-// program's threads, or the display server, whose process EVENT_TIMES_DISPLAY names, could run but had no processor is
-// not counted: a busy machine must not look like a slow program.
-#include "support/processor_waits.h"
+// as many as EVENT_TIMES_LEAST says, becomes a line of the file that EVENT_TIMES_FILE names: its milliseconds, those of
+// them that the program is to answer for, the event that took most of them, and how long the thread computed. Time in
+// which the thread could run but had no processor is not counted: a busy machine must not look like a slow program.
+// Nor is the program to answer for a display server that had none, whose process EVENT_TIMES_DISPLAY names, but for all
+// that it computed itself.
+#include "support/processor_wait.h"
 
 #include <QCoreApplication>
 #include <QEvent>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -31,11 +33,9 @@ Milliseconds leastToNote() {
     return wanted == nullptr ? usual : Milliseconds(std::strtod(wanted, nullptr));
 }
 
-zembrastel::testing::ProcessorWaits processorWaits() {
-    auto waits = zembrastel::testing::ProcessorWaits::soFar();
-    const char* const server = std::getenv("EVENT_TIMES_DISPLAY");
-    if (server != nullptr) waits.add(std::string("/proc/") + server);
-    return waits;
+std::string accountOfDisplay() {
+    const char* const process = std::getenv("EVENT_TIMES_DISPLAY");
+    return process == nullptr ? "" : std::string("/proc/") + process + "/schedstat";
 }
 
 class TurnWatch : public QObject {
@@ -53,22 +53,23 @@ public:
     }
 
     void begin() {
-        waits = processorWaits();
-        began = Clock::now();
+        waited = ownWait.soFar();
+        displayWaited = displayWait.soFar();
         computedBefore = computed();
+        began = Clock::now();
         handled = slowest = {.from = began};
     }
 
     void end() {
         const auto now = Clock::now();
         endHandling(now);
-        const Milliseconds all = now - began;
-        if (all < worthNoting) return;
-        const Milliseconds took = all - processorWaits().since(waits);
+        const Milliseconds took = Milliseconds(now - began) - (ownWait.soFar() - waited);
         if (took < worthNoting) return;
+        const Milliseconds computing = computed() - computedBefore;
+        const Milliseconds own = std::max<Milliseconds>(took - (displayWait.soFar() - displayWaited), computing);
         dprintf(
-            report, "%.1f %s, event %d, took %.1f; %.1f computing\n", took.count(), slowest.receiver, slowest.type,
-            Milliseconds(slowest.took).count(), Milliseconds(computed() - computedBefore).count());
+            report, "%.1f %.1f %s, event %d, took %.1f; %.1f computing\n", took.count(), own.count(), slowest.receiver,
+            slowest.type, Milliseconds(slowest.took).count(), computing.count());
     }
 
 private:
@@ -92,8 +93,11 @@ private:
 
     const int report;
     const Milliseconds worthNoting = leastToNote();
+    const zembrastel::testing::ProcessorWait ownWait;
+    const zembrastel::testing::ProcessorWait displayWait{accountOfDisplay().c_str()};
     Clock::time_point began;
-    zembrastel::testing::ProcessorWaits waits;
+    std::chrono::nanoseconds waited{};
+    std::chrono::nanoseconds displayWaited{};
     std::chrono::nanoseconds computedBefore{};
     Handling handled;
     Handling slowest;

@@ -1,7 +1,5 @@
 #include "timed_application.h"
 
-#include "support/processor_waits.h"
-
 #include <gtest/gtest.h>
 
 #include <QEvent>
@@ -41,12 +39,12 @@ bool TimedApplication::notify(QObject* receiver, QEvent* event) {
     handling = true;
     const char* const name = receiver->metaObject()->className(); // the receiver may go with the event
     const int type = event->type();
-    const auto waits = ProcessorWaits::soFar();
+    const auto waited = processorWait.soFar();
     const auto began = Clock::now();
     const bool result = QApplication::notify(receiver, event);
-    const Milliseconds all =
-        Clock::now() - began; // before the waits are read: a wait in between is none of the event's
-    const Milliseconds took = all - ProcessorWaits::soFar().since(waits);
+    // Read before the account: a wait in between is none of the event's.
+    const Milliseconds all = Clock::now() - began;
+    const Milliseconds took = all - (processorWait.soFar() - waited);
     if (took > longest.took) longest = {took, QStringLiteral("event %1 of a %2").arg(type).arg(QLatin1String(name))};
     handling = false;
     return result;

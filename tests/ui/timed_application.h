@@ -1,8 +1,10 @@
 // The application of the tests, which holds every test to what a user feels: no event may keep the window waiting.
 //
-// Main thread. Time in which a thread of the program could run but had no processor is not counted, so that a busy
-// machine does not look like a slow program; built with a sanitizer, it only measures.
+// Main thread. Time in which the thread could run but had no processor is not counted, so that a busy machine does not
+// look like a slow program; built with a sanitizer, it only measures.
 #pragma once
+
+#include "support/processor_wait.h"
 
 #include <QApplication>
 
@@ -27,6 +29,7 @@ public:
     [[nodiscard]] Handling takeLongest();
 
 private:
+    const ProcessorWait processorWait;
     bool handling = false;
     Handling longest;
 };
