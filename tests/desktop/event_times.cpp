@@ -3,9 +3,9 @@
 // A turn is what the event loop (GLib's, on which Qt's runs) does between two waits. A turn of more than 20 ms, or of
 // as many as EVENT_TIMES_LEAST says, becomes a line of the file that EVENT_TIMES_FILE names: its milliseconds, those of
 // them that the program is to answer for, the event that took most of them, and how long the thread computed. Time in
-// which the thread could run but had no processor is not counted: a busy machine must not look like a slow program.
-// Nor is the program to answer for a display server that had none, whose process EVENT_TIMES_DISPLAY names, but for all
-// that it computed itself.
+// which the thread could run but had no processor, or the machine had none, is not counted: a busy machine must not
+// look like a slow program. Nor is the program to answer for a display server that had none, whose process
+// EVENT_TIMES_DISPLAY names, but for all that it computed itself.
 #include "support/processor_wait.h"
 
 #include <QCoreApplication>
@@ -54,6 +54,7 @@ public:
 
     void begin() {
         waited = ownWait.soFar();
+        stolen = hostTheft.soFar();
         displayWaited = displayWait.soFar();
         computedBefore = computed();
         began = Clock::now();
@@ -63,9 +64,12 @@ public:
     void end() {
         const auto now = Clock::now();
         endHandling(now);
-        const Milliseconds took = Milliseconds(now - began) - (ownWait.soFar() - waited);
+        const Milliseconds all = now - began;
+        if (all < worthNoting) return;
+        const Milliseconds theft = hostTheft.soFar() - stolen;
+        const Milliseconds took = all - (ownWait.soFar() - waited) - theft;
         if (took < worthNoting) return;
-        const Milliseconds computing = computed() - computedBefore;
+        const Milliseconds computing = Milliseconds(computed() - computedBefore) - theft;
         const Milliseconds own = std::max<Milliseconds>(took - (displayWait.soFar() - displayWaited), computing);
         dprintf(
             report, "%.1f %.1f %s, event %d, took %.1f; %.1f computing\n", took.count(), own.count(), slowest.receiver,
@@ -94,9 +98,11 @@ private:
     const int report;
     const Milliseconds worthNoting = leastToNote();
     const zembrastel::testing::ProcessorWait ownWait;
+    const zembrastel::testing::HostTheft hostTheft;
     const zembrastel::testing::ProcessorWait displayWait{accountOfDisplay().c_str()};
     Clock::time_point began;
     std::chrono::nanoseconds waited{};
+    std::chrono::nanoseconds stolen{};
     std::chrono::nanoseconds displayWaited{};
     std::chrono::nanoseconds computedBefore{};
     Handling handled;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>
@@ -28,6 +29,28 @@ public:
 
 private:
     const int schedstat;
+};
+
+// What its host has taken from a virtual machine, from all processors together, in steps of a clock tick: to the
+// machine it looks as if its threads had computed. Costs 10 microseconds.
+class HostTheft {
+public:
+    HostTheft() : statistics(open("/proc/stat", O_RDONLY | O_CLOEXEC)) {}
+    ~HostTheft() { close(statistics); }
+    HostTheft(const HostTheft&) = delete;
+    HostTheft& operator=(const HostTheft&) = delete;
+
+    // Since the machine began; zero where the host does not tell.
+    [[nodiscard]] std::chrono::nanoseconds soFar() const {
+        char text[256] = {};
+        long long ticks = 0;
+        if (pread(statistics, text, sizeof text - 1, 0) <= 0) return {};
+        if (std::sscanf(text, "cpu %*d %*d %*d %*d %*d %*d %*d %lld", &ticks) != 1) return {};
+        return std::chrono::nanoseconds(std::chrono::seconds(1)) * ticks / sysconf(_SC_CLK_TCK);
+    }
+
+private:
+    const int statistics;
 };
 
 } // namespace zembrastel::testing

@@ -1,7 +1,7 @@
 // The application of the tests, which holds every test to what a user feels: no event may keep the window waiting.
 //
-// Main thread. Time in which the thread could run but had no processor is not counted, so that a busy machine does not
-// look like a slow program; built with a sanitizer, it only measures.
+// Main thread. Time in which the thread could run but had no processor, or the machine had none, is not counted, so
+// that a busy machine does not look like a slow program; built with a sanitizer, it only measures.
 #pragma once
 
 #include "support/processor_wait.h"
@@ -30,6 +30,7 @@ public:
 
 private:
     const ProcessorWait processorWait;
+    const HostTheft hostTheft;
     bool handling = false;
     Handling longest;
 };
