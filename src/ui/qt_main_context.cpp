@@ -16,14 +16,14 @@ QtMainContext::QtMainContext() {
 QtMainContext::~QtMainContext() { close(); }
 
 void QtMainContext::close() {
-    const std::lock_guard lock(mutex);
+    const std::lock_guard lock(posting);
     open = false;
 }
 
 void QtMainContext::runNext() {
     std::function<void()> work;
     {
-        const std::lock_guard lock(mutex);
+        const std::lock_guard lock(queue);
         work = std::move(waiting.front());
         waiting.pop_front();
     }
@@ -31,9 +31,12 @@ void QtMainContext::runNext() {
 }
 
 void QtMainContext::post(std::function<void()> work) {
-    const std::lock_guard lock(mutex);
+    const std::lock_guard told(posting);
     if (!open) return;
-    waiting.push_back(std::move(work));
+    {
+        const std::lock_guard lock(queue);
+        waiting.push_back(std::move(work));
+    }
     QCoreApplication::postEvent(&receiver, new QEvent(QEvent::User));
 }
 

@@ -40,9 +40,12 @@ private:
     void close();
     void runNext();
 
-    std::mutex mutex;
-    std::deque<std::function<void()>> waiting;
+    // Held while Qt is told of work. The main thread, which that wakes, takes it at the end alone: a thread that loses
+    // its processor at that moment would keep the window waiting.
+    std::mutex posting;
     bool open = true;
+    std::mutex queue; // taken for moments
+    std::deque<std::function<void()>> waiting;
     Receiver receiver{*this}; // last, so that no event comes for what has gone
 };
 
