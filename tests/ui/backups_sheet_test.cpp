@@ -3,6 +3,7 @@
 
 #include "screen.h"
 #include "support/file_tree.h"
+#include "support/kept_version.h"
 #include "support/temporary_folder.h"
 #include "ui/backup_view.h"
 #include "ui/details_copy.h"
@@ -29,15 +30,6 @@ protected:
         fs::create_directory(site);
         profile.name = "Site";
         profile.localFolder = site.string();
-    }
-
-    void keep(const std::string& id, const std::string& path, const std::string& text, int hour) const {
-        using namespace std::chrono;
-        const auto backup = site / ".zembrastel-backups" / id;
-        const auto kept = sys_days(year(2026) / 3 / 4) + hours(hour);
-        writeFile(backup / path, text);
-        touch(backup / path, kept - hours(1));
-        touch(backup, kept);
     }
 
     void open() {
@@ -81,8 +73,8 @@ TEST_F(BackupsSheetTest, FolderWithoutBackupsSaysSoAndOffersNothing) {
 
 TEST_F(BackupsSheetTest, VersionIsRestoredOnlyWhenConfirmed) {
     writeFile(site / "index.html", "now");
-    keep("11111111-2222-4333-8444-555555555555", "index.html", "oldest", 5);
-    keep("AAAAAAAA-2222-4333-8444-555555555555", "index.html", "older", 9);
+    keepVersion(site, "11111111-2222-4333-8444-555555555555", "index.html", "oldest", 5);
+    keepVersion(site, "AAAAAAAA-2222-4333-8444-555555555555", "index.html", "older", 9);
     open();
     EXPECT_TRUE(shows("1 file, 2 versions, 11 bytes"));
     EXPECT_EQ(namelessControls(*sheet), QStringList());
@@ -125,8 +117,8 @@ public:
 };
 
 TEST_F(BackupsSheetTest, EnterOpensTheChosenVersionAndNoOther) {
-    keep("11111111-2222-4333-8444-555555555555", "index.html", "oldest", 5);
-    keep("AAAAAAAA-2222-4333-8444-555555555555", "index.html", "older", 9);
+    keepVersion(site, "11111111-2222-4333-8444-555555555555", "index.html", "oldest", 5);
+    keepVersion(site, "AAAAAAAA-2222-4333-8444-555555555555", "index.html", "older", 9);
     open();
     Desktop desktop;
     QSignalSpy opened(&desktop, &Desktop::opened);
@@ -138,7 +130,7 @@ TEST_F(BackupsSheetTest, EnterOpensTheChosenVersionAndNoOther) {
 }
 
 TEST_F(BackupsSheetTest, SheetThatIsClosedEarlyIsNotTold) {
-    keep("11111111-2222-4333-8444-555555555555", "index.html", "old", 5);
+    keepVersion(site, "11111111-2222-4333-8444-555555555555", "index.html", "old", 5);
     sheet = std::make_unique<BackupsSheet>(context, profile);
     sheet.reset();
     QCoreApplication::processEvents();
