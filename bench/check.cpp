@@ -26,7 +26,7 @@ void measure(const std::string& stateFolder, std::size_t most) {
     std::size_t newer = 0;
     const Moment begin = now();
     try {
-        newer = transport.newerRemoteFiles(state.baselines[id], (*state.remoteDates)[id], count).size();
+        newer = transport.newerRemoteFiles({state.baselines[id], (*state.remoteDates)[id]}, count).changes.size();
     } catch (const Enough&) {
         // The time for as many folders is what was asked for.
     }

@@ -4,11 +4,8 @@ namespace zembrastel {
 
 JobWork serverWork() {
     return {
-        .check =
-            [](const FTPTransport& server, const FileMap& baseline, const RemoteDates& knownDates,
-               const std::stop_token&) {
-                return server.newerRemoteFiles(baseline, knownDates, [](const std::string&) {});
-            },
+        .check = [](const FTPTransport& server, const ServerRecord& recorded,
+                    const std::stop_token&) { return server.newerRemoteFiles(recorded, [](const std::string&) {}); },
         .watch = [](const SyncWorker& worker, const std::stop_token& stop) { worker.run(stop); }};
 }
 

@@ -14,11 +14,9 @@
 namespace zembrastel {
 
 struct JobWork {
-    // The local files of which the server has a newer version. Throws Cancelled when it was stopped, and else what the
+    // Compares the local folder with the server. Throws Cancelled when it was stopped, and else what the
     // user is to read.
-    std::function<std::vector<RemoteChange>(
-        const FTPTransport& server, const FileMap& baseline, const RemoteDates& knownDates,
-        const std::stop_token& stop)>
+    std::function<ServerCheck(const FTPTransport& server, const ServerRecord& recorded, const std::stop_token& stop)>
         check;
 
     // Keeps the server up to date until it is stopped. Throws nothing.

@@ -40,7 +40,8 @@ void AppModel::startCheck(const Assignment& work) {
                 try {
                     meter.begin(TransferProgress::Work::comparing);
                     const auto transport = transportFor(work.profile, work.password, work.control, meter);
-                    const auto changes = jobWork.check(transport, files, dates, stop);
+                    const auto changes =
+                        jobWork.check(transport, {.baseline = files, .knownDates = dates}, stop).changes;
                     work.control->check();
                     found(changes);
                     return;

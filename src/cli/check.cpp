@@ -39,7 +39,8 @@ ExitCode checkServer(const Surroundings& around, const std::string& name) {
         profile, around, "compare the local folder " + oneLine(profile.localFolder) + " with the server",
         [&](const FTPTransport& server) {
             const auto dates = state.remoteDates ? of(*state.remoteDates, profile.id) : RemoteDates{};
-            changes = server.newerRemoteFiles(of(state.baselines, profile.id), dates, [](const std::string&) {});
+            changes =
+                server.newerRemoteFiles({of(state.baselines, profile.id), dates}, [](const std::string&) {}).changes;
         });
     if (around.output.json()) {
         JsonLine object("review");

@@ -212,7 +212,7 @@ ExitCode showWhatWouldGo(const Surroundings& around, const Request& request) {
     std::vector<RemoteChange> newer;
     callServer(profile, around, checkAim(profile), [&](const FTPTransport& server) {
         const auto dates = state.remoteDates ? of(*state.remoteDates, profile.id) : RemoteDates{};
-        newer = server.newerRemoteFiles(baseline, dates, [](const std::string&) {});
+        newer = server.newerRemoteFiles({baseline, dates}, [](const std::string&) {}).changes;
     });
     if (!newer.empty()) refuseFor(newer, profile, state.profiles, around);
     const FileMap files = scanFolder(profile, around);

@@ -4,6 +4,7 @@
 #include "model/scan.h"
 #include "platform/text.h"
 #include "sync/progress_meter.h"
+#include "sync/upload_queue.h"
 #include "transport/ftp_transport.h"
 
 #include <algorithm>
@@ -29,8 +30,9 @@ public:
               .profile = started.profile,
               .password = started.password,
               .control = started.control,
-              .observer = started.events.progress ? &meter : nullptr},
-          baseline(started.initialBaseline) {}
+              .observer = started.events.progress ? &meter : nullptr,
+              .traits = started.traits},
+          baseline(started.initialBaseline), uploads(started, transport, meter, baseline) {}
 
     void run() {
         worker.retryWait->reset();
@@ -65,6 +67,7 @@ private:
             const FileMap current = scanFolder();
             const KeepAsPrevious keep{previous, current};
             synchronise(current);
+            if (const auto failure = uploads.failure()) return failure->problem;
             if (changedPaths(scanFolder(), baseline).empty()) return std::nullopt;
         }
         return "Some files did not stop changing.";
@@ -163,38 +166,37 @@ private:
     void synchronise(const FileMap& current) {
         const auto changed = changedPaths(current, baseline);
         const auto pending = static_cast<std::int64_t>(changed.size());
+        uploads.keepFailuresOf(changed);
+        uploads.queryMissingDates();
         if (changed.empty()) {
-            doneInBurst = 0;
+            uploads.doneInBurst = 0;
             worker.events.deliver(watchingStatus());
         } else {
-            const auto stable = stablePaths(changed, current, previous);
-            worker.events.deliver(queuedStatus(pending));
-            const auto inBurst = doneInBurst + changed.size();
-            for (const auto& path : stable) {
-                meter.setFiles(doneInBurst, inBurst);
-                upload(path, current.at(path), pending);
-                ++doneInBurst;
-            }
+            sendStable(changed, current, pending);
         }
         forgetDeleted(current);
         // The same entries: once they are shared, the next poll compares them by address.
         if (changed.empty()) baseline = current;
     }
 
-    void upload(const std::string& path, const Fingerprint& fingerprint, std::int64_t pending) {
-        worker.control->check();
-        worker.events.deliver(uploadingStatus(path, pending));
-        transport.upload(path, fingerprint);
-        baseline.set(path, fingerprint);
-        worker.events.deliver(event::Uploaded{.path = path, .fingerprint = fingerprint});
-        try {
-            const RemoteDate date = transport.modificationDate(path);
-            worker.events.deliver(event::RemoteDate{.path = path, .date = date});
-        } catch (const Cancelled&) {
-            throw;
-        } catch (const std::exception&) {
-            // The file is live. Without its date the next server check may offer it once; no reason to fail the poll.
+    void sendStable(const std::vector<std::string>& changed, const FileMap& current, std::int64_t pending) {
+        if (uploads.allWait(changed, current)) {
+            showWaiting(current);
+            return;
         }
+        waitingShown = false;
+        worker.events.deliver(queuedStatus(pending));
+        const auto ready = uploads.ready(stablePaths(changed, current, previous), current);
+        if (!ready.empty()) uploads.send(ready, current, pending);
+        showWaiting(current);
+    }
+
+    // A file that failed for a reason of its own waits without holding up others.
+    void showWaiting(const FileMap& current) {
+        const auto failure = uploads.failure();
+        if (!failure || std::exchange(waitingShown, true)) return;
+        const auto waiting = static_cast<std::int64_t>(changedPaths(current, baseline).size());
+        status("Waiting to retry", retryDetail(failure->problem, failure->left), waiting);
     }
 
     void forgetDeleted(const FileMap& current) {
@@ -234,7 +236,8 @@ private:
     FileMap previous;
     std::optional<Mount> mount; // that the local folder is on
     bool diskWasAway = false;
-    std::size_t doneInBurst = 0; // files that went up since none waited
+    UploadQueue uploads;
+    bool waitingShown = false; // the status says why files wait
     std::set<std::string, std::less<>> reportedNames;
 };
 

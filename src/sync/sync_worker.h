@@ -7,13 +7,18 @@
 
 #include "model/fingerprint.h"
 #include "model/profile.h"
+#include "model/publish_journal.h"
+#include "model/remote_date.h"
+#include "model/server_version.h"
 #include "platform/clock.h"
 #include "sync/retry_wait.h"
 #include "sync/worker_event.h"
+#include "transport/server_traits.h"
 #include "transport/transfer_control.h"
 
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <stop_token>
 #include <string>
 #include <vector>
@@ -47,6 +52,13 @@ struct SyncWorker {
     EventSink events;
     Clock& clock;
     std::shared_ptr<RetryWait> retryWait = std::make_shared<RetryWait>(); // to be woken by others
+    std::shared_ptr<ServerTraits> traits = std::make_shared<ServerTraits>();
+    // What the server check saw, and the dates recorded for what its listings do not show. A file on the server that is
+    // neither is not replaced, unless the user has skipped the check.
+    ServerVersions seen = {};
+    RemoteDates recordedDates = {};
+    bool mayReplaceUnseen = false;
+    std::optional<PublishJournal> journal = std::nullopt; // of what is about to go live
 
     // Returns when the worker was stopped, by the token or through the control, when an initial download is due without
     // a selection, and when the local folder's disk is back: what became of the server meanwhile has to be looked at

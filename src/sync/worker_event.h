@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <variant>
 
@@ -60,6 +61,12 @@ struct DownloadFinished {};
 // disk: the worker ends, and nothing may be uploaded before both were compared.
 struct FolderReturned {};
 
+// These files were not replaced, because the server has another version of them than the one last seen. The worker
+// ends: the server has to be compared first.
+struct ServerChanged {
+    std::set<std::string, std::less<>> paths;
+};
+
 // The one pass that was asked for is over.
 struct PassEnded {
     std::optional<std::string> failure; // why it is incomplete; nothing when all is on the server
@@ -69,7 +76,7 @@ struct PassEnded {
 
 using WorkerEvent = std::variant<
     event::Status, event::Activity, event::Uploaded, event::Baseline, event::Downloaded, event::RemoteDate,
-    event::DownloadFinished, event::FolderReturned, event::PassEnded>;
+    event::DownloadFinished, event::FolderReturned, event::ServerChanged, event::PassEnded>;
 
 // The ways to the model. Called on the worker's thread.
 struct EventSink {

@@ -13,6 +13,7 @@
 #include "transport/curl_configuration.h"
 #include "transport/remote_change.h"
 #include "transport/remote_entry.h"
+#include "transport/server_check.h"
 #include "transport/transfer_control.h"
 #include "transport/transfer_observer.h"
 
@@ -77,6 +78,10 @@ struct FTPTransport {
     };
     [[nodiscard]] FileFacts facts(std::string_view path) const;
 
+    // The version of one file, also of one that listings hide. Nullopt where it is not there, or the server does not
+    // report its date.
+    [[nodiscard]] std::optional<ServerVersion> findVersion(std::string_view path) const;
+
     // The number of entries in the profile's remote folder. Reads only.
     [[nodiscard]] std::size_t test() const;
 
@@ -98,11 +103,14 @@ struct FTPTransport {
     // unless either side changed since the comparison. Returns the new local fingerprint.
     Fingerprint replaceLocal(const RemoteChange& change) const;
 
-    // The scanned local files whose server copy somebody else made newer, ordered as a file manager would. `baseline`
-    // and `knownDates` are what was recorded at the last synchronisation; `report` gets a line for each folder.
-    // What a download that was killed left in the local folder is cleared away first: see leftovers.h.
-    [[nodiscard]] std::vector<RemoteChange> newerRemoteFiles(
-        const FileMap& baseline, const RemoteDates& knownDates, const Report& report) const;
+    // Compares the scanned local files with the server: see ServerCheck. Its changes are ordered as a file manager
+    // would order them. `report` gets a line for each folder. Fetches at most 32 MB, to compare contents. What a
+    // download that was killed left in the local folder is cleared away first: see leftovers.h.
+    [[nodiscard]] ServerCheck newerRemoteFiles(const ServerRecord& recorded, const Report& report) const;
+
+    // Has the server's file the bytes of the local file, which has this fingerprint? False as well when either side
+    // changed meanwhile. Fetches the file.
+    [[nodiscard]] bool hasContentsOf(const std::string& path, const Fingerprint& local) const;
 };
 
 // What has curl send the handed-over file under the temporary name, and then give it its own, replacing what has it.

@@ -64,6 +64,15 @@ FTPTransport::FileFacts FTPTransport::facts(std::string_view path) const {
         + ". Uploads remain paused until you choose how to proceed.");
 }
 
+std::optional<ServerVersion> FTPTransport::findVersion(std::string_view path) const {
+    try {
+        const auto [modified, size] = facts(path);
+        return ServerVersion{.modified = modified, .size = size};
+    } catch (const SyncError&) {
+        return std::nullopt;
+    }
+}
+
 RemoteDate FTPTransport::modificationDate(std::string_view path) const { return facts(path).modified; }
 
 std::size_t FTPTransport::test() const { return list("").size(); }

@@ -1,23 +1,46 @@
 #include "model/scan.h"
+#include "platform/child_process.h"
+#include "platform/files.h"
+#include "platform/private_folder.h"
 #include "platform/text.h"
 #include "transport/ftp_transport.h"
 #include "transport/leftovers.h"
+#include "transport/local_place.h"
+#include "transport/server_record.h"
 
 #include <algorithm>
 #include <chrono>
+#include <sys/stat.h>
 
 namespace zembrastel {
 namespace {
 
 constexpr std::chrono::duration<double> precision{1.0};
 
+// One that was announced only because the user has decided about it has no more than a size.
+bool isLocalVersion(const Fingerprint& announced) { return announced.modified != 0 || announced.inode != 0; }
+
 class Comparison {
 public:
     Comparison(
-        const FTPTransport& used, const FileMap& scanned, const FileMap& synchronised, const RemoteDates& known,
-        const FTPTransport::Report& reportLine)
-        : transport(used), local(scanned), baseline(synchronised), knownDates(known), report(reportLine) {}
+        const FTPTransport& used, const FileMap& scanned, const ServerRecord& record, const FTPTransport::Report& line)
+        : transport(used), local(scanned), recorded(record), report(line) {}
 
+    ServerCheck run() {
+        walk("", 0);
+        findDisputed();
+        const auto shift = commonShift(differences());
+        for (const auto& [path, version] : found.seen) {
+            transport.control->check();
+            decide(path, version, shift);
+        }
+        std::stable_sort(found.changes.begin(), found.changes.end(), [](const RemoteChange& a, const RemoteChange& b) {
+            return compareNames(a.path, b.path) < 0;
+        });
+        return std::move(found);
+    }
+
+private:
     void walk(const std::string& path, int depth) {
         transport.control->check();
         checkFolderDepth(depth);
@@ -28,36 +51,94 @@ public:
             const std::string relative = childPath(path, entry.name);
             if (transport.profile.exclusions.matchEntry(relative)) continue;
             if (!entry.directory) {
-                compare(relative, entry);
+                if (local.contains(relative)) note(relative, entry);
             } else if (local.containsFolder(relative)) {
                 walk(relative, depth + 1);
             }
         }
     }
 
-    std::vector<RemoteChange> changes;
-
-private:
-    void compare(const std::string& path, const RemoteEntry& entry) {
-        const auto* file = local.find(path);
-        if (file == nullptr) return;
+    void note(const std::string& path, const RemoteEntry& entry) {
         if (transport.observer != nullptr) transport.observer->fileDone();
-        const RemoteDate date = entry.modified ? *entry.modified : transport.modificationDate(path);
-        const auto* known = knownDates.find(path);
-        if (!shouldOffer(date, *file, known == nullptr ? std::nullopt : std::optional(*known))) return;
-        const auto* synchronised = baseline.find(path);
-        changes.push_back(
+        if (entry.modified) {
+            found.seen.set(path, {.modified = *entry.modified, .size = entry.size});
+        } else {
+            const auto facts = transport.facts(path);
+            found.seen.set(path, {.modified = facts.modified, .size = facts.size ? facts.size : entry.size});
+        }
+    }
+
+    // A listing may hide a file that is there.
+    void findDisputed() {
+        for (const auto& path : recorded.disputed) {
+            if (found.seen.contains(path) || !local.contains(path)) continue;
+            if (const auto version = transport.findVersion(path)) found.seen.set(path, *version);
+        }
+    }
+
+    [[nodiscard]] std::vector<std::chrono::duration<double>> differences() const {
+        std::vector<std::chrono::duration<double>> all;
+        for (const auto& [path, version] : found.seen) {
+            if (const auto* date = recorded.knownDates.find(path)) all.push_back(version.modified - *date);
+        }
+        return all;
+    }
+
+    void decide(const std::string& path, const ServerVersion& version, std::chrono::seconds shift) {
+        if (const auto* announced = announcedVersion(path, version)) {
+            recognise(path, version, isLocalVersion(*announced) ? announced : nullptr);
+            return;
+        }
+        const Fingerprint& here = local.at(path);
+        const auto* known = recorded.knownDates.find(path);
+        const RecordedFile record{.local = recorded.baseline.find(path), .remoteDate = known};
+        const bool disputed = recorded.disputed.contains(path);
+        const auto offeredSince = known == nullptr ? std::nullopt : std::optional(*known + shift);
+        if (!disputed && !shouldOffer(version.modified, here, offeredSince)
+            && !differsFromRecord(version, here, record, shift)) {
+            if (known != nullptr && shift.count() != 0) recognise(path, version, nullptr);
+            return;
+        }
+        if (isEqual(path, here, version)) {
+            recognise(path, version, &here);
+            return;
+        }
+        found.changes.push_back(
             {.path = path,
-             .local = *file,
-             .remoteDate = date,
-             .bothChanged = synchronised != nullptr && *synchronised != *file});
+             .local = here,
+             .remoteDate = version.modified,
+             .bothChanged = disputed || (record.local != nullptr && *record.local != here)});
+    }
+
+    // Own uploads, and decisions, of which it is not certain that they were saved.
+    [[nodiscard]] const Fingerprint* announcedVersion(const std::string& path, const ServerVersion& version) const {
+        const auto* file = recorded.announced.files.find(path);
+        const auto* date = recorded.announced.dates.find(path);
+        if (file == nullptr || date == nullptr) return nullptr;
+        return isVersion(version, *date, static_cast<std::uint64_t>(file->size)) ? file : nullptr;
+    }
+
+    void recognise(const std::string& path, const ServerVersion& version, const Fingerprint* synchronised) {
+        const auto* known = recorded.knownDates.find(path);
+        if (known == nullptr || *known != version.modified) found.recognised.dates.set(path, version.modified);
+        const auto* before = recorded.baseline.find(path);
+        if (synchronised == nullptr || (before != nullptr && *before == *synchronised)) return;
+        found.recognised.files.set(path, *synchronised);
+    }
+
+    [[nodiscard]] bool isEqual(const std::string& path, const Fingerprint& here, const ServerVersion& version) {
+        const auto size = static_cast<std::uint64_t>(here.size);
+        if (version.size != size || size > toFetch) return false;
+        toFetch -= size;
+        return transport.hasContentsOf(path, here);
     }
 
     const FTPTransport& transport;
     const FileMap& local;
-    const FileMap& baseline;
-    const RemoteDates& knownDates;
+    const ServerRecord& recorded;
     const FTPTransport::Report& report;
+    std::uint64_t toFetch = std::uint64_t{32} << 20; // bytes, to compare contents
+    ServerCheck found;
 };
 
 } // namespace
@@ -67,25 +148,30 @@ bool shouldOffer(RemoteDate remote, const Fingerprint& local, std::optional<Remo
     return !knownRemote || remote - *knownRemote > precision;
 }
 
-std::vector<RemoteChange> FTPTransport::newerRemoteFiles(
-    const FileMap& baseline, const RemoteDates& knownDates, const Report& report) const {
+ServerCheck FTPTransport::newerRemoteFiles(const ServerRecord& recorded, const Report& report) const {
     std::vector<std::string> leftovers;
     const auto noteLeftover = [&leftovers](std::string_view path) {
         if (isTemporaryPath(path)) leftovers.emplace_back(path);
     };
     const FileMap local =
-        scan(profile, {.checkpoint = [this] { control->check(); }, .excluded = noteLeftover}, baseline);
+        scan(profile, {.checkpoint = [this] { control->check(); }, .excluded = noteLeftover}, recorded.baseline);
     for (const auto& path : leftovers) clearLeftover(profile, path);
     if (local.empty()) {
         (void)list(""); // a server that cannot be reached is still to be told
         return {};
     }
-    Comparison comparison(*this, local, baseline, knownDates, report);
-    comparison.walk("", 0);
-    std::stable_sort(
-        comparison.changes.begin(), comparison.changes.end(),
-        [](const RemoteChange& a, const RemoteChange& b) { return compareNames(a.path, b.path) < 0; });
-    return std::move(comparison.changes);
+    return Comparison(*this, local, recorded, report).run();
+}
+
+bool FTPTransport::hasContentsOf(const std::string& path, const Fingerprint& local) const {
+    const auto place = LocalPlace::resolve(profile.localFolder, path);
+    if (place.fingerprint() != local) return false;
+    const PrivateFolder folder;
+    const Descriptor fetched = folder.folder().create("fetched", S_IRUSR | S_IWUSR);
+    run(path, false, {{"output", ChildProcess::filePath}}, fetched.get());
+    const Descriptor here = place.parent->openForReading(place.name);
+    return readContents(here.get(), place.url) == readContents(fetched.get(), folder.path() / "fetched")
+           && place.fingerprint() == local;
 }
 
 } // namespace zembrastel

@@ -173,7 +173,7 @@ TEST_F(ServerProgress, DownloadAndCheckTellHowManyFoldersAndFilesTheyHaveBeenThr
             transport.downloadTree("", 0, ignore, ignore);
             EXPECT_EQ(counts.found, 12U);
         } else {
-            (void)transport.newerRemoteFiles({}, {}, ignore);
+            (void)transport.newerRemoteFiles({}, ignore);
         }
         EXPECT_EQ(counts.folders, 4U) << downloads;
         EXPECT_EQ(counts.done, 12U) << downloads;

@@ -248,7 +248,7 @@ TEST(LocalFaults, LeftoversOfAKilledDownloadAreClearedAwayWithoutLosingAnEditOrA
     const FileTree others{{"kept", "mine"}, {"sub/.zembrastel-notes.part", "mine"}};
     const LocalSite site(server, others);
     testing::writeTree(site.root(), {{leftover, ""}, {"sub/" + leftover, "perhaps an edit"}});
-    const auto check = [&site] { (void)site.transport().newerRemoteFiles({}, {}, [](const std::string&) {}); };
+    const auto check = [&site] { (void)site.transport().newerRemoteFiles({}, [](const std::string&) {}); };
 
     const auto slow = site.transport();
     check();

@@ -148,21 +148,21 @@ TEST_P(TransportContract, ForeignEditIsFoundAndReplacesTheLocalFileWithABackup) 
     site.profile.syncSelection = DownloadSelection{.rules = {{"", true}, {"off", false}}};
     const auto transport = site.transport();
     const FileMap baseline{{"file9.txt", Fingerprint{}}};
-    const auto changes = transport.newerRemoteFiles(baseline, {}, [](const std::string&) {});
+    const auto changes = transport.newerRemoteFiles({baseline}, [](const std::string&) {}).changes;
     const auto date = toRemoteDate(moment + std::chrono::hours(1));
     ASSERT_EQ(
         changes, (std::vector<RemoteChange>{
                      {"file9.txt", site.fingerprint("file9.txt"), date, true},
                      {"file10.txt", site.fingerprint("file10.txt"), date, false}}));
-    EXPECT_EQ(transport.newerRemoteFiles({}, {{"file9.txt", date}}, [](const std::string&) {}).size(), 1U);
+    EXPECT_EQ(transport.newerRemoteFiles({{}, {{"file9.txt", date}}}, [](const std::string&) {}).changes.size(), 1U);
 
     const auto installed = transport.replaceLocal(changes[0]);
     EXPECT_EQ(installed, site.fingerprint("file9.txt"));
     EXPECT_EQ(testing::readFile(site / "file9.txt"), "theirs");
     EXPECT_EQ(site.backups(), (FileTree{{"file9.txt", "mine"}}));
     EXPECT_TRUE(testing::leftoverPartFiles(site.root()).empty());
-    EXPECT_TRUE(
-        transport.newerRemoteFiles({{"file9.txt", installed}}, {{"file10.txt", date}}, [](const auto&) {}).empty());
+    EXPECT_TRUE(transport.newerRemoteFiles({{{"file9.txt", installed}}, {{"file10.txt", date}}}, [](const auto&) {})
+                    .changes.empty());
 }
 
 TEST_P(TransportContract, CancelledTransferEndsAtOnceHarmsNeitherSideAndTheNextOneSucceeds) {

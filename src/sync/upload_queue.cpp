@@ -1,0 +1,175 @@
+#include "sync/upload_queue.h"
+
+#include "model/error.h"
+#include "platform/open_writer.h"
+#include "platform/text.h"
+#include "transport/local_place.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace zembrastel {
+namespace {
+
+constexpr std::chrono::minutes longestWrite{2};
+constexpr int maxDateQueries = 3; // for one file: some servers report no dates
+
+} // namespace
+
+UploadQueue::UploadQueue(
+    const SyncWorker& started, const FTPTransport& used, ProgressMeter& counter, FileMap& synchronised)
+    : worker(started), transport(used), meter(counter), baseline(synchronised), known(started.seen),
+      journal(started.journal) {}
+
+std::vector<std::string> UploadQueue::ready(const std::vector<std::string>& stable, const FileMap& current) {
+    std::vector<std::string> paths;
+    const auto now = worker.clock.steadyNow();
+    for (const auto& path : stable) {
+        worker.control->check();
+        if (!retries.waits(path, current.at(path), now) && !isBeingWritten(path)) paths.push_back(path);
+    }
+    return paths;
+}
+
+bool UploadQueue::allWait(const std::vector<std::string>& changed, const FileMap& current) const {
+    const auto now = worker.clock.steadyNow();
+    return std::ranges::all_of(changed, [&](const auto& path) { return retries.waits(path, current.at(path), now); });
+}
+
+bool UploadQueue::isBeingWritten(const std::string& path) {
+    try {
+        const auto place = LocalPlace::resolve(worker.profile.localFolder, path);
+        if (!place.parent || !hasOpenWriter(place.parent->openForReading(place.name).get())) {
+            writtenSince.erase(path);
+            return false;
+        }
+    } catch (const Cancelled&) {
+        throw;
+    } catch (const std::exception&) {
+        return false; // what is wrong with the file is reported when it is staged
+    }
+    const auto now = worker.clock.steadyNow();
+    const auto [since, isNew] = writtenSince.try_emplace(path, now);
+    if (now - since->second < longestWrite) return true;
+    // Said once, and not waited for again until the file is closed.
+    if (since->second != FileRetries::Time::min()) {
+        activity(
+            "Still open for writing in another program after two minutes; uploaded as it is: " + printable(path), true);
+        since->second = FileRetries::Time::min();
+    }
+    return false;
+}
+
+LastSeen UploadQueue::lastSeen(const std::string& path) const {
+    if (undated.contains(path)) return NothingKnown{};
+    if (const auto* version = known.find(path)) return *version;
+    if (const auto* date = worker.recordedDates.find(path)) return ServerVersion{.modified = *date};
+    if (worker.mayReplaceUnseen) return NothingKnown{};
+    return KnownAbsent{};
+}
+
+void UploadQueue::send(const std::vector<std::string>& paths, const FileMap& current, std::int64_t pending) {
+    std::vector<FileToPublish> files;
+    files.reserve(paths.size());
+    for (const auto& path : paths) {
+        files.push_back({.path = path, .fingerprint = current.at(path), .lastSeen = lastSeen(path)});
+    }
+    const auto inBurst = doneInBurst + static_cast<std::size_t>(pending);
+    const PublishEvents events{
+        .sending =
+            [&](const FileToPublish& file) {
+                meter.setFiles(doneInBurst, inBurst);
+                worker.events.deliver(uploadingStatus(file.path, pending));
+            },
+        .goingLive = [this](const std::vector<CompleteCopy>& copies) { announce(copies); },
+        .published = [this](const CompleteCopy& copy) { published(copy); },
+        .failed = [this](const FileToPublish& file, const PublishFailure& failure) { failed(file, failure); },
+        .notReplaced =
+            [this](const FileToPublish& file, const std::optional<ServerVersion>&) { disputed.insert(file.path); },
+        .sizesUnconfirmed =
+            [this] {
+                activity(
+                    "This server does not report the sizes of files, so it cannot be verified that uploads are "
+                    "complete.",
+                    false);
+            }};
+    const bool reachedAll = publish(transport, files, events);
+    if (!disputed.empty()) {
+        worker.events.deliver(event::ServerChanged{.paths = std::move(disputed)});
+        throw Cancelled();
+    }
+    if (!reachedAll) throw SyncError(std::exchange(serverFailure, std::nullopt).value_or("Transfer failed."));
+}
+
+void UploadQueue::announce(const std::vector<CompleteCopy>& copies) {
+    if (!journal) return;
+    AnnouncedFiles batch;
+    for (const auto& [file, version] : copies) {
+        if (!version) continue;
+        batch.files.set(file.path, file.fingerprint);
+        batch.dates.set(file.path, version->modified);
+    }
+    try {
+        journal->announce(batch);
+    } catch (const std::filesystem::filesystem_error&) {
+        // A full disk, which is reported when the state is saved. The price is one needless question after a kill.
+    }
+}
+
+void UploadQueue::published(const CompleteCopy& copy) {
+    const auto& [path, fingerprint, lastSeenVersion] = copy.file;
+    baseline.set(path, fingerprint);
+    retries.forget(path);
+    ++doneInBurst;
+    worker.events.deliver(event::Uploaded{.path = path, .fingerprint = fingerprint});
+    undated.erase(path);
+    if (copy.version) {
+        known.set(path, *copy.version);
+        worker.events.deliver(event::RemoteDate{.path = path, .date = copy.version->modified});
+    } else {
+        undated.emplace(path, 0);
+    }
+}
+
+void UploadQueue::failed(const FileToPublish& file, const PublishFailure& failure) {
+    const std::string problem = uploadProblem(failure.message, file.path);
+    if (failure.kind == PublishFailure::Kind::server) {
+        serverFailure = failure.message;
+        return;
+    }
+    retries.failed(file.path, file.fingerprint, problem, worker.clock.steadyNow());
+    activity(problem, true);
+}
+
+void UploadQueue::queryMissingDates() {
+    for (auto file = undated.begin(); file != undated.end();) {
+        auto& [path, queries] = *file;
+        const auto version = queries < maxDateQueries ? transport.findVersion(path) : std::nullopt;
+        if (version) {
+            known.set(path, *version);
+            worker.events.deliver(event::RemoteDate{.path = path, .date = version->modified});
+            file = undated.erase(file);
+        } else {
+            queries = std::min(queries + 1, maxDateQueries);
+            ++file;
+        }
+    }
+}
+
+std::optional<UploadQueue::Waiting> UploadQueue::failure() const {
+    const auto* first = retries.first();
+    if (first == nullptr) return std::nullopt;
+    const auto left = std::chrono::ceil<std::chrono::seconds>(first->until - worker.clock.steadyNow());
+    return Waiting{.problem = first->message, .left = std::max(left, std::chrono::seconds(0))};
+}
+
+void UploadQueue::keepFailuresOf(const std::vector<std::string>& changed) {
+    retries.forgetIf([&](const std::string& path) { return !std::ranges::binary_search(changed, path); });
+    std::erase_if(writtenSince, [&](const auto& file) { return !std::ranges::binary_search(changed, file.first); });
+}
+
+void UploadQueue::activity(std::string text, bool error) const {
+    worker.events.deliver(event::Activity{.text = std::move(text), .error = error});
+}
+
+} // namespace zembrastel

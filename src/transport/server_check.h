@@ -1,0 +1,41 @@
+// What a comparison of the local folder with the server begins with, and what it finds.
+//
+// Values; any thread.
+#pragma once
+
+#include "model/fingerprint.h"
+#include "model/publish_journal.h"
+#include "model/remote_date.h"
+#include "model/server_version.h"
+#include "transport/remote_change.h"
+
+#include <set>
+#include <string>
+#include <vector>
+
+namespace zembrastel {
+
+// What was recorded of a profile's files.
+struct ServerRecord {
+    FileMap baseline = {};       // each local file as last uploaded or downloaded
+    RemoteDates knownDates = {}; // the server's dates that were recorded with uploads and decisions
+    // Versions of the server's files that are this program's own uploads, or that the user has decided about, whether
+    // or not that was saved.
+    AnnouncedFiles announced = {};
+    // Files that were not replaced because the server's version was not the one last seen. They are offered even where
+    // the rules would not offer them.
+    std::set<std::string, std::less<>> disputed = {};
+};
+
+struct ServerCheck {
+    // The local files whose server version the user has to decide about.
+    std::vector<RemoteChange> changes;
+    // The version that each file with a local counterpart has on the server.
+    ServerVersions seen;
+    // What is to be recorded without a question: local files that the server has in the same version though that was
+    // not recorded (own uploads of a program that was killed, and equal contents), and dates that the server reports
+    // otherwise since its clock or time zone changed. There are more dates than files.
+    AnnouncedFiles recognised;
+};
+
+} // namespace zembrastel

@@ -1,0 +1,52 @@
+#include "transport/server_record.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+namespace zembrastel {
+namespace {
+
+using Seconds = std::chrono::duration<double>;
+
+constexpr Seconds precision{1.0};
+constexpr std::chrono::seconds zoneStep = std::chrono::minutes(15);
+constexpr std::chrono::seconds farthestZones = std::chrono::hours(26); // from UTC-12 to UTC+14
+
+bool equal(RemoteDate a, RemoteDate b) { return std::abs((a - b).count()) <= precision.count(); }
+
+// The multiple of the zone step that a difference is; nullopt for none.
+std::optional<std::chrono::seconds> zoneShift(Seconds difference) {
+    if (std::abs(difference.count()) > Seconds(farthestZones + precision).count()) return std::nullopt;
+    const auto steps = std::llround(difference / Seconds(zoneStep));
+    const std::chrono::seconds shift = steps * zoneStep;
+    if (std::abs((difference - Seconds(shift)).count()) > precision.count()) return std::nullopt;
+    return shift;
+}
+
+} // namespace
+
+std::chrono::seconds commonShift(const std::vector<Seconds>& differences) {
+    std::map<std::chrono::seconds, std::size_t> counts;
+    for (const auto difference : differences) {
+        if (const auto shift = zoneShift(difference)) ++counts[*shift];
+    }
+    const auto most =
+        std::ranges::max_element(counts, {}, [](const auto& shiftAndCount) { return shiftAndCount.second; });
+    constexpr std::size_t agreeing = 2;
+    if (most == counts.end() || most->second < agreeing || 2 * most->second <= differences.size()) return {};
+    return most->first;
+}
+
+bool differsFromRecord(
+    const ServerVersion& found, const Fingerprint& local, const RecordedFile& recorded, std::chrono::seconds shift) {
+    if (recorded.remoteDate != nullptr && !equal(found.modified - shift, *recorded.remoteDate)) return true;
+    const bool unchangedHere = recorded.local != nullptr && *recorded.local == local;
+    return unchangedHere && found.size && *found.size != static_cast<std::uint64_t>(local.size);
+}
+
+bool isVersion(const ServerVersion& found, RemoteDate modified, std::uint64_t size) {
+    return equal(found.modified, modified) && (!found.size || *found.size == size);
+}
+
+} // namespace zembrastel
