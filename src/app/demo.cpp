@@ -179,8 +179,9 @@ ProfileStatus samplePast(std::chrono::system_clock::time_point now) {
 
 JobWork demoWork(Clock& clock) {
     return {
-        .check = [&clock](const FTPTransport&, const FileMap&, const RemoteDates&, const std::stop_token& stop)
-            -> std::vector<RemoteChange> {
+        .check = [&clock](
+                     const FTPTransport&, const FileMap&, const RemoteDates&, const PathSet&,
+                     const std::stop_token& stop) -> std::vector<RemoteChange> {
             if (!clock.sleep(stop, 1500ms)) throw Cancelled();
             return {};
         },

@@ -6,8 +6,9 @@ JobWork serverWork() {
     return {
         .check =
             [](const FTPTransport& server, const FileMap& baseline, const RemoteDates& knownDates,
-               const std::stop_token&) {
-                return server.newerRemoteFiles(baseline, knownDates, [](const std::string&) {});
+               const PathSet& unanswered, const std::stop_token&) {
+                return server.newerRemoteFiles(
+                    baseline, knownDates, [](const std::string&) {}, unanswered);
             },
         .watch = [](const SyncWorker& worker, const std::stop_token& stop) { worker.run(stop); }};
 }

@@ -4,6 +4,7 @@
 // requested or their control was cancelled.
 #pragma once
 
+#include "app/remote_review.h"
 #include "sync/sync_worker.h"
 #include "transport/ftp_transport.h"
 
@@ -14,10 +15,10 @@
 namespace zembrastel {
 
 struct JobWork {
-    // The local files of which the server has a newer version. Throws Cancelled when it was stopped, and else what the
-    // user is to read.
+    // The local files of which the server has a newer version, and those of `unanswered` whose server version is not
+    // known. Throws Cancelled when it was stopped, and else what the user is to read.
     std::function<std::vector<RemoteChange>(
-        const FTPTransport& server, const FileMap& baseline, const RemoteDates& knownDates,
+        const FTPTransport& server, const FileMap& baseline, const RemoteDates& knownDates, const PathSet& unanswered,
         const std::stop_token& stop)>
         check;
 

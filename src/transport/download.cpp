@@ -35,6 +35,17 @@ bool differs(RemoteDate a, RemoteDate b) {
     return std::abs((a - b).count()) >= std::chrono::duration<double>(dateTolerance).count();
 }
 
+bool isThere(const LocalPlace& place, const Fingerprint& version) {
+    const auto item = place.attributes();
+    return item && Fingerprint::of(*item) == version;
+}
+
+// Is this what curl says of a file, or of its folder, that the server has no more?
+bool isMissing(const SyncError& failure) {
+    const std::string_view words = failure.what();
+    return words.starts_with("curl: (78) ") || words.starts_with("curl: (9) ");
+}
+
 class TreeDownload {
 public:
     TreeDownload(
@@ -146,28 +157,38 @@ Fingerprint FTPTransport::replaceLocal(const RemoteChange& change) const {
     const std::string& path = change.path;
     control->check();
     auto local = LocalPlace::resolve(profile.localFolder, path);
-    if (local.fingerprint() != change.local) {
-        throw SyncError(path + " changed locally after the comparison. Review it again before replacing it.");
+    if (!isThere(local, change.local)) {
+        throw ChangedMeanwhile(path + " changed locally after the comparison. Review it again before replacing it.");
     }
-    const auto [before, size] = facts(path);
+    const auto [before, size] = [&] {
+        try {
+            return facts(path);
+        } catch (const SyncError& error) {
+            if (!isMissing(error)) throw;
+            throw ChangedMeanwhile(
+                path + " changed on the server after the comparison. Check again for the latest version.");
+        }
+    }();
     if (differs(before, change.remoteDate)) {
-        throw SyncError(path + " changed on the server after the comparison. Check again for the latest version.");
+        throw ChangedMeanwhile(
+            path + " changed on the server after the comparison. Check again for the latest version.");
     }
     const Folder folder = std::move(*local.parent);
     const FetchedFile fetched(*this, path, size, folder);
     if (differs(modificationDate(path), before)) {
-        throw SyncError(path + " changed on the server during the download. The local copy was kept; check again.");
+        throw ChangedMeanwhile(
+            path + " changed on the server during the download. The local copy was kept; check again.");
     }
     control->check();
     local = LocalPlace::resolve(profile.localFolder, path);
-    if (local.fingerprint() != change.local) {
-        throw SyncError(path + " was edited locally while downloading. The local edit was kept; check again.");
+    if (!isThere(local, change.local)) {
+        throw ChangedMeanwhile(path + " was edited locally while downloading. The local edit was kept; check again.");
     }
     const auto backup = makeBackup(profile.localFolder, local, *control);
     control->check();
     const auto fingerprint = fetched.fingerprint();
     if (!replaceKeeping(fetched, local, change.local, backup, profile.localFolder)) {
-        throw SyncError(path + " changed while making its backup. The local copy was kept; check again.");
+        throw ChangedMeanwhile(path + " changed while making its backup. The local copy was kept; check again.");
     }
     return fingerprint;
 }

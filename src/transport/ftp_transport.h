@@ -22,6 +22,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -95,14 +96,19 @@ struct FTPTransport {
     void downloadTree(const std::string& path, int depth, const Report& report, const Installed& installed) const;
 
     // Replaces one local file by the server's newer version, with the old one as a backup under .zembrastel-backups,
-    // unless either side changed since the comparison. Returns the new local fingerprint.
+    // and returns the new local fingerprint. Throws ChangedMeanwhile, with the local file as it was, when either side
+    // changed or vanished since the comparison.
     Fingerprint replaceLocal(const RemoteChange& change) const;
 
     // The scanned local files whose server copy somebody else made newer, ordered as a file manager would. `baseline`
     // and `knownDates` are what was recorded at the last synchronisation; `report` gets a line for each folder.
     // What a download that was killed left in the local folder is cleared away first: see leftovers.h.
+    //
+    // Of the paths in `unanswered`, which were offered before and not decided on, those whose server date is not known
+    // are among the result even where the local file is newer.
     [[nodiscard]] std::vector<RemoteChange> newerRemoteFiles(
-        const FileMap& baseline, const RemoteDates& knownDates, const Report& report) const;
+        const FileMap& baseline, const RemoteDates& knownDates, const Report& report,
+        const std::set<std::string, std::less<>>& unanswered = {}) const;
 };
 
 // What has curl send the handed-over file under the temporary name, and then give it its own, replacing what has it.

@@ -15,8 +15,9 @@ class Comparison {
 public:
     Comparison(
         const FTPTransport& used, const FileMap& scanned, const FileMap& synchronised, const RemoteDates& known,
-        const FTPTransport::Report& reportLine)
-        : transport(used), local(scanned), baseline(synchronised), knownDates(known), report(reportLine) {}
+        const std::set<std::string, std::less<>>& offeredBefore, const FTPTransport::Report& reportLine)
+        : transport(used), local(scanned), baseline(synchronised), knownDates(known), unanswered(offeredBefore),
+          report(reportLine) {}
 
     void walk(const std::string& path, int depth) {
         transport.control->check();
@@ -43,20 +44,20 @@ private:
         if (file == nullptr) return;
         if (transport.observer != nullptr) transport.observer->fileDone();
         const RemoteDate date = entry.modified ? *entry.modified : transport.modificationDate(path);
-        const auto* known = knownDates.find(path);
-        if (!shouldOffer(date, *file, known == nullptr ? std::nullopt : std::optional(*known))) return;
+        const auto* found = knownDates.find(path);
+        const auto known = found == nullptr ? std::nullopt : std::optional(*found);
+        const bool isNewer = shouldOffer(date, *file, known);
+        if (!isNewer && !(unanswered.contains(path) && isUnknownVersion(date, known))) return;
         const auto* synchronised = baseline.find(path);
-        changes.push_back(
-            {.path = path,
-             .local = *file,
-             .remoteDate = date,
-             .bothChanged = synchronised != nullptr && *synchronised != *file});
+        const bool isEdited = synchronised != nullptr && *synchronised != *file;
+        changes.push_back({.path = path, .local = *file, .remoteDate = date, .bothChanged = isEdited || !isNewer});
     }
 
     const FTPTransport& transport;
     const FileMap& local;
     const FileMap& baseline;
     const RemoteDates& knownDates;
+    const std::set<std::string, std::less<>>& unanswered;
     const FTPTransport::Report& report;
 };
 
@@ -64,11 +65,16 @@ private:
 
 bool shouldOffer(RemoteDate remote, const Fingerprint& local, std::optional<RemoteDate> knownRemote) {
     if (sinceUnixEpoch(remote) <= std::chrono::duration<double>(local.modified) + precision) return false;
+    return isUnknownVersion(remote, knownRemote);
+}
+
+bool isUnknownVersion(RemoteDate remote, std::optional<RemoteDate> knownRemote) {
     return !knownRemote || remote - *knownRemote > precision;
 }
 
 std::vector<RemoteChange> FTPTransport::newerRemoteFiles(
-    const FileMap& baseline, const RemoteDates& knownDates, const Report& report) const {
+    const FileMap& baseline, const RemoteDates& knownDates, const Report& report,
+    const std::set<std::string, std::less<>>& unanswered) const {
     std::vector<std::string> leftovers;
     const auto noteLeftover = [&leftovers](std::string_view path) {
         if (isTemporaryPath(path)) leftovers.emplace_back(path);
@@ -80,7 +86,7 @@ std::vector<RemoteChange> FTPTransport::newerRemoteFiles(
         (void)list(""); // a server that cannot be reached is still to be told
         return {};
     }
-    Comparison comparison(*this, local, baseline, knownDates, report);
+    Comparison comparison(*this, local, baseline, knownDates, unanswered, report);
     comparison.walk("", 0);
     std::stable_sort(
         comparison.changes.begin(), comparison.changes.end(),
