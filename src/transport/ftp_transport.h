@@ -100,7 +100,7 @@ struct FTPTransport {
 
     // The scanned local files whose server copy somebody else made newer, ordered as a file manager would. `baseline`
     // and `knownDates` are what was recorded at the last synchronisation; `report` gets a line for each folder.
-    // What a download that was killed left in the local folder is cleared away first: see leftovers.h.
+    // Changes nothing on either side.
     [[nodiscard]] std::vector<RemoteChange> newerRemoteFiles(
         const FileMap& baseline, const RemoteDates& knownDates, const Report& report) const;
 };
