@@ -1,5 +1,7 @@
 #include "app/job_work.h"
 
+#include "transport/leftovers.h"
+
 namespace zembrastel {
 
 JobWork serverWork() {
@@ -10,12 +12,19 @@ JobWork serverWork() {
                 return server.newerRemoteFiles(
                     baseline, knownDates, [](const std::string&) {}, unanswered);
             },
-        .watch = [](const SyncWorker& worker, const std::stop_token& stop) { worker.run(stop); }};
+        .watch =
+            [](const SyncWorker& worker, const std::stop_token& stop) {
+                clearLeftovers(worker.profile, *worker.control);
+                worker.run(stop);
+            }};
 }
 
 JobWork onePass() {
     JobWork work = serverWork();
-    work.watch = [](const SyncWorker& worker, const std::stop_token& stop) { worker.pass(stop); };
+    work.watch = [](const SyncWorker& worker, const std::stop_token& stop) {
+        clearLeftovers(worker.profile, *worker.control);
+        worker.pass(stop);
+    };
     return work;
 }
 

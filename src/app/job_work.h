@@ -22,7 +22,8 @@ struct JobWork {
         const std::stop_token& stop)>
         check;
 
-    // Keeps the server up to date until it is stopped. Throws nothing.
+    // Clears away what a killed run left in the local folder, and keeps the server up to date until it is stopped.
+    // Throws nothing.
     std::function<void(const SyncWorker& worker, const std::stop_token& stop)> watch;
 };
 

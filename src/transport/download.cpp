@@ -115,9 +115,9 @@ private:
         const auto local = LocalPlace::resolveMakingFolders(profile.localFolder, path);
         report("Downloading " + path);
         const FetchedFile fetched(transport, path, size, *local.parent);
-        fetched.settle(std::nullopt);
+        fetched.settleAsNew();
         const auto fingerprint = fetched.fingerprint();
-        if (local.parent->install(fetched.name, local.name)) {
+        if (local.parent->install(fetched.name(), local.name)) {
             installed(path, fingerprint);
         } else {
             report("Kept existing local file: " + path);
@@ -174,7 +174,7 @@ Fingerprint FTPTransport::replaceLocal(const RemoteChange& change) const {
             path + " changed on the server after the comparison. Check again for the latest version.");
     }
     const Folder folder = std::move(*local.parent);
-    const FetchedFile fetched(*this, path, size, folder);
+    FetchedFile fetched(*this, path, size, folder);
     if (differs(modificationDate(path), before)) {
         throw ChangedMeanwhile(
             path + " changed on the server during the download. The local copy was kept; check again.");

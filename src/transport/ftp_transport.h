@@ -102,7 +102,7 @@ struct FTPTransport {
 
     // The scanned local files whose server copy somebody else made newer, ordered as a file manager would. `baseline`
     // and `knownDates` are what was recorded at the last synchronisation; `report` gets a line for each folder.
-    // What a download that was killed left in the local folder is cleared away first: see leftovers.h.
+    // Changes nothing on either side.
     //
     // Of the paths in `unanswered`, which were offered before and not decided on, those whose server date is not known
     // are among the result even where the local file is newer.

@@ -1,7 +1,6 @@
 #include "model/scan.h"
 #include "platform/text.h"
 #include "transport/ftp_transport.h"
-#include "transport/leftovers.h"
 
 #include <algorithm>
 #include <chrono>
@@ -75,13 +74,7 @@ bool isUnknownVersion(RemoteDate remote, std::optional<RemoteDate> knownRemote) 
 std::vector<RemoteChange> FTPTransport::newerRemoteFiles(
     const FileMap& baseline, const RemoteDates& knownDates, const Report& report,
     const std::set<std::string, std::less<>>& unanswered) const {
-    std::vector<std::string> leftovers;
-    const auto noteLeftover = [&leftovers](std::string_view path) {
-        if (isTemporaryPath(path)) leftovers.emplace_back(path);
-    };
-    const FileMap local =
-        scan(profile, {.checkpoint = [this] { control->check(); }, .excluded = noteLeftover}, baseline);
-    for (const auto& path : leftovers) clearLeftover(profile, path);
+    const FileMap local = scan(profile, {.checkpoint = [this] { control->check(); }}, baseline);
     if (local.empty()) {
         (void)list(""); // a server that cannot be reached is still to be told
         return {};

@@ -241,40 +241,6 @@ TEST(Cancelling, EndsAHangingUploadAtOnceWithNoTraceOfThePasswordOrTheWork) {
     ::unsetenv("TMPDIR");
 }
 
-TEST(LocalFaults, LeftoversOfAKilledDownloadAreClearedAwayWithoutLosingAnEditOrADownloadUnderWay) {
-    FtpServer server = oddServer({"--rate", "100000"});
-    server.put("site/page", testing::randomBytes(2'000'000));
-    const std::string leftover = ".zembrastel-01234567-89AB-CDEF-0123-456789ABCDEF.part";
-    const FileTree others{{"kept", "mine"}, {"sub/.zembrastel-notes.part", "mine"}};
-    const LocalSite site(server, others);
-    testing::writeTree(site.root(), {{leftover, ""}, {"sub/" + leftover, "perhaps an edit"}});
-    const auto check = [&site] { (void)site.transport().newerRemoteFiles({}, {}, [](const std::string&) {}); };
-
-    const auto slow = site.transport();
-    check();
-    EXPECT_EQ(site.files(), others);
-    EXPECT_EQ(site.backups(), (FileTree{{"sub/" + leftover, "perhaps an edit"}}));
-    std::jthread checker([&] {
-        const auto parts = [&site] {
-            auto all = testing::leftoverPartFiles(site.root());
-            std::erase_if(all, [](const auto& path) {
-                return path.starts_with(".zembrastel-backups/") || path.starts_with("sub/");
-            });
-            return all;
-        };
-        // One that has nothing in it may not be locked yet.
-        EXPECT_TRUE(testing::eventually([&] {
-            const auto all = parts();
-            return !all.empty() && fs::file_size(site.root() / *all.begin()) > 0;
-        }));
-        const auto before = parts();
-        check();
-        EXPECT_EQ(parts(), before);
-        slow.control->cancel();
-    });
-    EXPECT_THROW(slow.downloadTree("", 0, ignore, ignore), Cancelled);
-}
-
 class ReplaceGuards : public ::testing::Test {
 protected:
     ReplaceGuards() {

@@ -198,5 +198,19 @@ TEST(HostileListing, LongLinesEndInOnePassAndOnASmallStack) {
     EXPECT_EQ(parseMLSD("type=dir;modify=" + digits + " " + digits), Entries{folder(digits)});
 }
 
+TEST(HostileListing, ManyEntriesAreNotComparedEachWithEach) {
+    constexpr std::size_t count = 500'000;
+    std::string machine;
+    std::string people;
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto name = std::to_string(i) + "\r\n";
+        machine += "type=file; " + name;
+        people += "-rw-r--r-- 1 w w 3 Jan 1 12:00 " + name;
+    }
+    auto entries = parseMLSD(machine);
+    keepShown(entries, parseLIST(people));
+    EXPECT_EQ(entries.size(), count);
+}
+
 } // namespace
 } // namespace zembrastel
