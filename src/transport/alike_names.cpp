@@ -86,18 +86,17 @@ std::vector<AlikeItems> alikeItems(const std::vector<RemoteEntry>& entries, cons
 std::vector<std::string> alikeNameLines(const FileMap& files, const FileMap& before) {
     std::vector<std::string> lines;
     for (const auto& folder : changedFolders(files, before)) {
-        std::map<std::string, std::set<std::string>> alike;
-        for (const auto& item : localItems(files, folder)) {
-            alike[foldedName(item.name)].insert(childPath(folder, item.name));
-        }
-        for (const auto& [folded, paths] : alike) {
-            if (paths.size() < 2) continue;
+        std::vector<std::pair<std::string, std::string>> names; // folded, and as they are spelt
+        files.forEachChild(
+            folder, [&names](std::string_view name, bool) { names.emplace_back(foldedName(name), std::string(name)); });
+        std::ranges::sort(names);
+        const auto alike = [](const auto& a, const auto& b) { return a.first == b.first; };
+        for (auto from = names.begin(); (from = std::adjacent_find(from, names.end(), alike)) != names.end();) {
             std::string line =
-                "Names that differ only in case or in the form of accents can be one file on the server:";
-            const char* separator = " ";
-            for (const auto& path : paths) {
-                line += separator + printable(path);
-                separator = ", ";
+                "Names that differ only in case or in the form of accents can be one file on the server: ";
+            line += printable(childPath(folder, from->second));
+            for (const auto first = from++; from != names.end() && alike(*first, *from); ++from) {
+                line += ", " + printable(childPath(folder, from->second));
             }
             lines.push_back(std::move(line));
         }
