@@ -22,7 +22,7 @@ public:
         transport.control->check();
         checkFolderDepth(depth);
         report(path.empty() ? "Comparing the remote folder" : "Comparing " + path);
-        const auto entries = transport.list(path);
+        const auto entries = transport.list(path, localItems(local, path));
         if (transport.observer != nullptr) transport.observer->folderListed(0); // which of them count, is seen below
         for (const auto& entry : entries) {
             const std::string relative = childPath(path, entry.name);

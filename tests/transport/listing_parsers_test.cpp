@@ -82,6 +82,16 @@ TEST(MlsdListing, WhatCannotBeReadForCertainIsRefusedAsAWhole) {
          "type=file; a\u2028", "type=file; a\0b"sv});
 }
 
+TEST(MlsdListing, EachNameCountsOnceAndOnlyIfItIsShown) {
+    const Entries twice{file("a"), folder("b"), folder("a"), file("c"), folder("b")};
+    Entries entries = twice;
+    keepShown(entries, {file("b"), file("a"), file("a")});
+    EXPECT_EQ(entries, (Entries{file("a"), folder("b")}));
+    entries = twice;
+    keepShown(entries, entries);
+    EXPECT_EQ(entries, (Entries{file("a"), folder("b"), file("c")}));
+}
+
 TEST(FtpDate, OnlyRealInstantsAreRead) {
     EXPECT_EQ(parseFTPDate("20240229235959.999"), toRemoteDate(sys_days(year(2024) / 2 / 29) + 23h + 59min + 59s));
     EXPECT_EQ(parseFTPDate("19691231235959"), toRemoteDate(sys_days(year(1970) / 1 / 1) - 1s));
