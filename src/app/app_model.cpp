@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cassert>
 #include <system_error>
 #include <utility>
 
@@ -118,16 +119,10 @@ void AppModel::log(const Uuid& id, std::string text, bool error) {
     notify([&](ModelObserver& observer) { observer.activityLogged(id, activity.front()); });
 }
 
-std::string AppModel::password(const Uuid& id) {
-    const auto cached = passwords.find(id);
-    if (cached != passwords.end()) return cached->second;
-    return passwords.emplace(id, options.passwordAccess.read(id)).first->second;
-}
-
 void AppModel::withPassword(
     const Uuid& id, std::function<void(std::string)> then, std::function<void(std::string)> failed) {
-    if (passwords.contains(id)) {
-        then(password(id));
+    if (const auto known = passwords.find(id); known != passwords.end()) {
+        then(std::string(known->second));
         return;
     }
     if (options.demo) {
@@ -140,11 +135,13 @@ void AppModel::withPassword(
          failed = std::move(failed)](const PasswordCalls::Result& result) {
             const auto alive = weak.lock();
             if (!alive) return;
-            if (result.failure) {
-                failed(*result.failure);
+            // One that was kept for the session meanwhile is newer than the answer.
+            auto& known = (*alive)->passwords;
+            if (!result.failure) known.try_emplace(id, result.password);
+            if (const auto found = known.find(id); found != known.end()) {
+                then(std::string(found->second));
             } else {
-                (*alive)->passwords.insert_or_assign(id, result.password);
-                then(result.password);
+                failed(*result.failure);
             }
         });
 }
@@ -168,12 +165,12 @@ void AppModel::storePassword(
 
 bool AppModel::watching(const Uuid& id) const {
     const auto job = jobs.find(id);
-    return job != jobs.end() && job->second.watching;
+    return job != jobs.end() && (job->second.is<Job::Watching>() || job->second.is<Job::InitialDownload>());
 }
 
 bool AppModel::isCurrent(const Uuid& id, const Uuid& generation) const {
     const auto job = jobs.find(id);
-    return job != jobs.end() && job->second.generation == generation;
+    return job != jobs.end() && job->second.work().generation == generation;
 }
 
 std::function<void()> AppModel::onlyIfCurrent(const Uuid& id, const Uuid& generation, std::function<void()> work) {
@@ -216,16 +213,15 @@ void AppModel::refuseStart(const Uuid& id, const std::string& message) {
     persistFor(id);
 }
 
-AppModel::Assignment AppModel::assign(const Profile& profile) {
-    return {
-        .profile = profile,
-        .password = {},
-        .generation = Uuid::random(),
-        .control = std::make_shared<TransferControl>(),
-        .retryWait = std::make_shared<RetryWait>()};
+void AppModel::start(const Uuid& id) { startWith(id, std::nullopt); }
+
+Job& AppModel::openJob(const Profile& profile) {
+    assert(!jobs.contains(profile.id));
+    postponed.erase(profile.id);
+    return jobs.emplace(profile.id, Job(profile)).first->second;
 }
 
-void AppModel::start(const Uuid& id) {
+void AppModel::startWith(const Uuid& id, const Earlier& earlier) {
     const Profile* found = profile(id);
     if (running(id) || found == nullptr) return;
     try {
@@ -234,11 +230,8 @@ void AppModel::start(const Uuid& id) {
         refuseStart(id, error.what());
         return;
     }
-    Assignment work = assign(*found);
-    jobs.insert_or_assign(
-        id, Job{.generation = work.generation, .task = {}, .control = work.control, .retryWait = work.retryWait});
-    failures.erase(id);
-    notify([&id](ModelObserver& observer) { observer.reviewChanged(id); });
+    const Uuid generation = openJob(*found).work().generation;
+    publishReview(id);
     changeStatus(id, [](ProfileStatus& status) {
         status.active = true;
         status.failed = false;
@@ -247,14 +240,17 @@ void AppModel::start(const Uuid& id) {
     });
     withPassword(
         id,
-        [this, work](std::string password) mutable {
-            if (!isCurrent(work.profile.id, work.generation)) return;
-            work.password = std::move(password);
-            begin(work);
+        [this, id, generation, earlier](std::string password) {
+            if (!isCurrent(id, generation) || !jobs.at(id).takePassword(std::move(password))) return;
+            if (jobs.at(id).work().profile.needsDownload) {
+                launchWorker(id);
+            } else {
+                startCheck(id, earlier);
+            }
         },
-        [this, id, generation = work.generation](const std::string& message) {
+        [this, id, generation](const std::string& message) {
             if (!isCurrent(id, generation)) return;
-            jobs.erase(id);
+            stopJob(id);
             refuseStart(id, message);
         });
 }
@@ -265,25 +261,15 @@ void AppModel::startEnabled() {
     }
 }
 
-void AppModel::begin(const Assignment& work) {
-    if (work.profile.needsDownload) {
-        launchWorker(work);
-    } else {
-        startCheck(work);
-    }
-}
-
-void AppModel::runAsJob(const Assignment& work, BackgroundTasks::Body body) {
-    const Uuid& id = work.profile.id;
+// Takes a step of the profile's job. False when the job is in no state for it, or the thread for it cannot be had,
+// which ends the job.
+bool AppModel::step(const Uuid& id, const std::function<bool(Job&)>& take) {
     try {
-        jobs.insert_or_assign(
-            id, Job{.generation = work.generation,
-                    .task = tasks.start(std::move(body)),
-                    .control = work.control,
-                    .retryWait = work.retryWait});
+        return take(jobs.at(id));
     } catch (const std::system_error& error) {
         stopJob(id);
         refuseStart(id, describe(error));
+        return false;
     }
 }
 
@@ -313,32 +299,35 @@ EventSink AppModel::eventSink(const Uuid& id, const Uuid& generation, const std:
             }};
 }
 
-void AppModel::launchWorker(const Assignment& work) {
-    const Uuid id = work.profile.id;
+void AppModel::launchWorker(const Uuid& id) {
     if (!options.watches) {
         endInsteadOfWatching(id);
         return;
     }
-    runAsJob(work, [this, work, files = baseline(id)](const std::stop_token& stop) {
-        const SyncWorker worker{
-            .profile = work.profile,
-            .password = work.password,
-            .control = work.control,
-            .initialBaseline = files,
-            .events = eventSink(work.profile.id, work.generation, stop),
-            .clock = options.clock,
-            .retryWait = work.retryWait};
-        jobWork.watch(worker, stop);
+    const bool downloads = jobs.at(id).work().profile.needsDownload;
+    const bool begun = step(id, [&](Job& job) {
+        const auto start = [&] {
+            return tasks.start([this, work = job.work(), files = baseline(id)](const std::stop_token& stop) {
+                const SyncWorker worker{
+                    .profile = work.profile,
+                    .password = work.password,
+                    .control = work.control,
+                    .initialBaseline = files,
+                    .events = eventSink(work.profile.id, work.generation, stop),
+                    .clock = options.clock,
+                    .retryWait = work.retryWait};
+                jobWork.watch(worker, stop);
+            });
+        };
+        return downloads ? job.downloadInitially(start) : job.watch(start);
     });
-    if (!running(id)) return;
-    jobs.at(id).watching = true;
+    if (!begun) return;
     changeStatus(id, [](ProfileStatus& status) {
         status.active = true;
         status.failed = false;
     });
-    failures.erase(id);
-    notify([&id](ModelObserver& observer) { observer.reviewChanged(id); });
-    log(id, work.profile.needsDownload ? "Starting initial server download." : "Watching started.");
+    publishReview(id);
+    log(id, downloads ? "Starting initial server download." : "Watching started.");
 }
 
 void AppModel::endInsteadOfWatching(const Uuid& id) {
@@ -353,17 +342,13 @@ void AppModel::endInsteadOfWatching(const Uuid& id) {
 }
 
 void AppModel::stopJob(const Uuid& id) {
-    if (auto job = jobs.extract(id); !job.empty()) {
-        job.mapped().task.request_stop();
-        job.mapped().control->cancel();
-    }
-    dropReview(id);
-    failures.erase(id);
-    notify([&id](ModelObserver& observer) { observer.reviewChanged(id); });
+    if (auto job = jobs.extract(id); !job.empty()) job.mapped().end();
+    postponed.erase(id);
+    publishReview(id);
 }
 
 void AppModel::retryNow() {
-    for (const auto& [id, job] : jobs) job.retryWait->wake();
+    for (const auto& [id, job] : jobs) job.work().retryWait->wake();
 }
 
 void AppModel::shutdown() {

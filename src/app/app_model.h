@@ -2,25 +2,26 @@
 //
 // Lives on the main context: every call comes from there, and none blocks on a server. Work runs on threads of its own
 // and comes back through the main context; a result of a job that was stopped or replaced meanwhile is dropped. A
-// profile has at most one job: reading its password, a server check, a review download or a worker.
+// profile has at most one job: see job.h. A review belongs to the job that found it, or was postponed by "Stay paused"
+// and belongs to a profile without a job.
 #pragma once
 
 #include "app/background_tasks.h"
+#include "app/job.h"
 #include "app/job_work.h"
 #include "app/main_context.h"
 #include "app/model_observer.h"
 #include "app/password_calls.h"
 #include "app/profile_status.h"
+#include "app/remote_review.h"
 #include "app/state_saver.h"
 #include "model/password_store.h"
 #include "model/profile.h"
 #include "model/saved_state.h"
 #include "model/state_store.h"
 #include "platform/clock.h"
-#include "sync/retry_wait.h"
 #include "sync/worker_event.h"
 #include "transport/remote_change.h"
-#include "transport/transfer_control.h"
 
 #include <exception>
 #include <functional>
@@ -33,12 +34,6 @@
 #include <vector>
 
 namespace zembrastel {
-
-// The files of one profile that are newer on the server and wait for a decision.
-struct RemoteReview {
-    Uuid id; // of the profile
-    std::vector<RemoteChange> changes;
-};
 
 // What the user reads when the saved state could not be loaded.
 [[nodiscard]] std::string loadFailure(const std::exception& error);
@@ -79,9 +74,11 @@ public:
     [[nodiscard]] const ProfileStatus& status(const Uuid& id) const;
     [[nodiscard]] const std::optional<Uuid>& selection() const { return selected; }
     [[nodiscard]] const std::optional<std::string>& alert() const { return alertText; }
-    [[nodiscard]] const std::map<Uuid, RemoteReview>& reviews() const { return pendingReviews; }
+    // Of the jobs that await a decision, and the postponed ones.
+    [[nodiscard]] const std::map<Uuid, RemoteReview>& reviews() const { return published.reviews; }
     [[nodiscard]] const std::optional<RemoteReview>& presentedReview() const { return presented; }
-    [[nodiscard]] const std::map<Uuid, std::string>& checkFailures() const { return failures; }
+    // Why uploads of these profiles do not start: a server check, or a review's download, that failed.
+    [[nodiscard]] const std::map<Uuid, std::string>& checkFailures() const { return published.failures; }
     [[nodiscard]] const FileMap& baseline(const Uuid& id) const;
     [[nodiscard]] const RemoteDates& remoteDates(const Uuid& id) const;
 
@@ -104,7 +101,9 @@ public:
         const Uuid& id, const std::string& password, std::function<void(std::optional<std::string> failure)> done);
 
     // Throws what save() would refuse this profile for, with nothing changed.
-    void checkSavable(const Profile& changed) const { (void)savable(changed); }
+    void checkSavable(const Profile& changed, const std::optional<Profile>& opened = std::nullopt) const {
+        (void)savable(changed, opened);
+    }
 
     // A demonstration touches no network, disk or secret store.
     [[nodiscard]] bool isDemo() const { return options.demo; }
@@ -116,7 +115,7 @@ public:
     [[nodiscard]] bool watching(const Uuid& id) const;
 
     // Starts watching: the password is read, then the server is checked, or the initial download begins where one is
-    // due. A start that is refused shows in the status.
+    // due. Drops a postponed review. A start that is refused shows in the status.
     void start(const Uuid& id);
 
     // Starts every enabled profile.
@@ -142,10 +141,15 @@ public:
 
     // Creates or changes a profile. Without a password the stored one is left as it is. `initialBaseline`, where given,
     // becomes what counts as synchronised. A change of the sync contents has them downloaded again before watching
-    // resumes. Throws SyncError with nothing changed, or, when saving alone failed, with the change in force.
+    // resumes. Throws SyncError with nothing changed, or, when saving alone failed, with the change in force and the
+    // profile stopped.
+    //
+    // `opened`, which an editor of an existing profile gives, is the profile as it was when the editor opened. Then a
+    // profile that was removed or edited meanwhile is refused, and what else has changed of it (`enabled`,
+    // `needsDownload`) stays as it is now where the editor left it alone.
     void save(
         Profile changed, const std::optional<std::string>& password,
-        std::optional<FileMap> initialBaseline = std::nullopt);
+        std::optional<FileMap> initialBaseline = std::nullopt, const std::optional<Profile>& opened = std::nullopt);
 
     // Forgets a profile with its password; all files stay. The password goes first, however long the secret store
     // takes. Where that fails `alert` says so and nothing changes; where saving alone fails, the profile is gone.
@@ -155,12 +159,17 @@ public:
     void openReview(const Uuid& id);
     void closeReview();
 
-    // "Stay paused": stops the profile and keeps its review for later.
-    void pauseReview(const Uuid& id);
+    // "Stay paused": stops the profile and postpones its review. Does nothing when the profile's job does not await a
+    // decision on this review.
+    void pauseReview(Uuid id, Uuid reviewId);
 
-    // Carries a decision out: the server's version of the selected paths is downloaded, for all others of the review
-    // the local version stays; then watching starts.
-    void resolveReview(const Uuid& id, const std::set<std::string, std::less<>>& selectedPaths);
+    // Carries a decision on this review out: the server's version of the selected paths is downloaded, for all others
+    // of the review the local version stays; then watching starts. A file that changed or vanished meanwhile is left
+    // out of the download, and then the server is checked again first.
+    //
+    // A postponed review's profile is resumed. The decision is carried out if the new check finds the same versions;
+    // otherwise the new review is shown.
+    [[nodiscard]] Decision resolveReview(Uuid id, Uuid reviewId, const PathSet& selectedPaths);
 
     void retryCheck(const Uuid& id);
 
@@ -168,21 +177,17 @@ public:
     void startWithoutCheck(const Uuid& id);
 
 private:
-    struct Job {
-        Uuid generation;
-        std::stop_source task;
-        std::shared_ptr<TransferControl> control;
-        bool watching = false;
-        std::shared_ptr<RetryWait> retryWait;
+    // A decision on a postponed review, for the check that comes first.
+    struct EarlierDecision {
+        std::vector<RemoteChange> changes;
+        PathSet selected;
     };
+    using Earlier = std::optional<EarlierDecision>;
 
-    // One piece of work for a profile, and what tells whether it is still wanted.
-    struct Assignment {
-        Profile profile;
-        std::string password;
-        Uuid generation;
-        std::shared_ptr<TransferControl> control;
-        std::shared_ptr<RetryWait> retryWait;
+    // Of the jobs and the postponed reviews, as observers see it. See publishReview().
+    struct Published {
+        std::map<Uuid, RemoteReview> reviews;
+        std::map<Uuid, std::string> failures;
     };
 
     // Core.
@@ -191,7 +196,6 @@ private:
     [[nodiscard]] bool isCurrent(const Uuid& id, const Uuid& generation) const;
     [[nodiscard]] std::function<void()> onlyIfCurrent(
         const Uuid& id, const Uuid& generation, std::function<void()> work);
-    [[nodiscard]] std::string password(const Uuid& id);
     void changeStatus(const Uuid& id, const std::function<void(ProfileStatus&)>& change);
     void log(const Uuid& id, std::string text, bool error = false);
     void notify(const std::function<void(ModelObserver&)>& tell) const;
@@ -199,12 +203,13 @@ private:
     // Jobs.
     void checkStartable(const Profile& profile) const;
     void refuseStart(const Uuid& id, const std::string& message);
-    [[nodiscard]] Assignment assign(const Profile& profile);
-    void begin(const Assignment& work);
-    void launchWorker(const Assignment& work);
+    void startWith(const Uuid& id, const Earlier& earlier);
+    void resumeWith(const Uuid& id, const Earlier& earlier);
+    Job& openJob(const Profile& profile);
+    [[nodiscard]] bool step(const Uuid& id, const std::function<bool(Job&)>& take);
+    void launchWorker(const Uuid& id);
     void endInsteadOfWatching(const Uuid& id);
     [[nodiscard]] EventSink eventSink(const Uuid& id, const Uuid& generation, const std::stop_token& stop);
-    void runAsJob(const Assignment& work, BackgroundTasks::Body body);
     [[nodiscard]] const Profile* runningProfileWithFolder(const Uuid& except, const std::string& localFolder) const;
 
     // Events and saving.
@@ -226,17 +231,22 @@ private:
     void tellUnsaved(const std::set<Uuid>& ids, const std::string& message);
 
     // Server check and review.
-    void startCheck(const Assignment& work);
-    void finishCheck(const std::vector<RemoteChange>& changes, const Assignment& work);
+    void startCheck(const Uuid& id, const Earlier& earlier);
+    void finishCheck(const std::vector<RemoteChange>& changes, const Uuid& id, const Earlier& earlier);
+    void askForDecision(const Uuid& id);
     void failedCheck(const std::string& message, const Uuid& id, bool willRetry);
     void showNextReview();
     void present(std::optional<RemoteReview> review);
-    void dropReview(const Uuid& id);
-    void startReviewDownload(const Assignment& work, const std::vector<RemoteChange>& approved);
+    void publishReview(const Uuid& id);
+    [[nodiscard]] Decision carryOut(const Uuid& id, const PathSet& downloads);
+    void startReviewDownload(const Uuid& id, const std::vector<RemoteChange>& approved);
+    void recordDownload(const Uuid& id, const RemoteChange& change, const Fingerprint& installed);
+    void finishReviewDownload(const Uuid& id, const std::vector<std::string>& leftOut);
     void recordRemoteDate(const std::string& path, RemoteDate date, const Uuid& id);
 
     // Profile operations.
-    [[nodiscard]] Profile savable(Profile changed) const;
+    [[nodiscard]] Profile savable(Profile changed, const std::optional<Profile>& opened) const;
+    [[nodiscard]] Profile withoutStaleFields(Profile changed, const Profile& opened) const;
     void forgetProfile(const Uuid& id);
     void keepSharedScope(const Profile& old, const Profile& changed);
 
@@ -249,10 +259,13 @@ private:
     std::map<Uuid, ProfileStatus> statuses;
     std::optional<Uuid> selected;
     std::optional<std::string> alertText;
-    std::map<Uuid, RemoteReview> pendingReviews;
-    std::optional<RemoteReview> presented;
-    std::map<Uuid, std::string> failures;
     std::map<Uuid, Job> jobs;
+    std::map<Uuid, RemoteReview> postponed; // of profiles without a job
+    Published published;
+    std::optional<RemoteReview> presented;
+    // Paths of the last review that were neither kept nor downloaded since. The next check offers them whatever the
+    // dates of the local files are: an edit of the local file must not overwrite what nobody has decided on.
+    std::map<Uuid, PathSet> unanswered;
     std::map<Uuid, std::string> passwords;
     // Watched by what is posted to the main context, which may come when the model has gone.
     std::shared_ptr<AppModel*> self = std::make_shared<AppModel*>(this);

@@ -68,7 +68,10 @@ void eachField(Maybe<answer::Activity> auto& told, const auto& visit) {
     visit("line", told.line);
 }
 
-void eachField(Maybe<answer::Changed> auto& told, const auto& visit) { visit("profile", told.profile); }
+void eachField(Maybe<answer::Changed> auto& told, const auto& visit) {
+    visit("profile", told.profile);
+    visit("retried", told.retried);
+}
 
 void eachField(Maybe<RemoteChange> auto& change, const auto& visit) {
     visit("path", change.path);
@@ -94,13 +97,14 @@ void eachField(Maybe<answer::Failed> auto& told, const auto& visit) {
     visit("text", told.text);
 }
 
-void eachField(Maybe<answer::Done> auto&, const auto&) {}
+void eachField(Maybe<answer::Done> auto& told, const auto& visit) { visit("reviewWaits", told.reviewWaits); }
 
 // The words for the cases of an enumeration, in their order.
 template <class T>
 inline constexpr std::array<const char*, 0> words{};
 template <>
-constexpr std::array words<ControlRequest::Kind>{"show", "status", "follow", "pause", "resume", "review", "decide"};
+constexpr std::array words<ControlRequest::Kind>{"show",   "status", "follow", "pause",
+                                                 "resume", "review", "decide", "retry"};
 template <>
 constexpr std::array words<answer::Failed::Reason>{"notUnderstood", "noWindow", "noProfile",   "refused", "paused",
                                                    "needsDownload", "server",   "otherReview", "notSaved"};
@@ -308,21 +312,6 @@ ControlAnswer decodeControlAnswer(std::string_view line) {
         readWord(document["answer"], answerWords), std::make_index_sequence<std::variant_size_v<ControlAnswer>>());
     std::visit([&document](auto& told) { read(document, told); }, decoded);
     return decoded;
-}
-
-std::string reviewRevision(const std::vector<RemoteChange>& changes) {
-    // FNV-1a over what a decision is about. Nobody gains by making two alike: who can ask can decide as well.
-    std::uint64_t hash = 0xcbf29ce484222325;
-    const auto add = [&hash](std::string_view bytes) {
-        for (const char byte : bytes) hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001b3;
-    };
-    for (const auto& change : changes) {
-        add(change.path);
-        add(std::string_view("\0", 1)); // which no path has
-        const double date = change.remoteDate.time_since_epoch().count();
-        add({reinterpret_cast<const char*>(&date), sizeof date});
-    }
-    return std::to_string(hash);
 }
 
 } // namespace zembrastel

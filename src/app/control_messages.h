@@ -28,12 +28,13 @@ struct ControlRequest {
         pause,  // the profiles: Changed for each that was not paused already
         resume, // the same
         review, // of one profile, once its server has been checked: Review
-        decide  // the review of that revision: Activity while it is carried out, then Outcome for each file
+        decide, // the review of that revision: Activity while it is carried out, then Outcome for each file
+        retry   // the failed server checks of the profiles: Changed for each that had failed
     };
 
     Kind kind = Kind::status;
     std::vector<Uuid> profiles = {};
-    std::string revision = {};
+    std::string revision = {}; // that of the Review which is decided on, as it came
     bool downloadAll = false;
     std::vector<std::string> download = {}; // paths
 };
@@ -56,11 +57,12 @@ struct Activity {
 
 struct Changed {
     Uuid profile;
+    bool retried = false; // its server check had failed, and is tried again
 };
 
 struct Review {
     Uuid profile;
-    std::string revision;
+    std::string revision;              // names this one review; every check makes another
     std::vector<RemoteChange> changes; // without size and inode of the local files
 };
 
@@ -68,6 +70,7 @@ struct Outcome {
     std::string path;
     bool kept = false; // the local version, by choice
     bool downloaded = false;
+    // Neither: the download failed, or the file changed or vanished meanwhile.
 };
 
 struct Failed {
@@ -79,7 +82,7 @@ struct Failed {
         paused,        // nothing runs for the profile
         needsDownload, // its initial download is not complete
         server,        // `text` is what the conversation with the server ended with
-        otherReview,   // what is newer on the server is no longer what was decided on
+        otherReview,   // the review that was decided on no longer waits; nothing was changed
         notSaved       // it is done, but could not be saved
     };
 
@@ -87,7 +90,9 @@ struct Failed {
     std::string text = {};
 };
 
-struct Done {};
+struct Done {
+    bool reviewWaits = false; // after a decision: the check that followed found newer files again
+};
 
 } // namespace answer
 
@@ -101,8 +106,5 @@ using ControlAnswer = std::variant<
 // Throw SyncError for anything else, whatever it is.
 [[nodiscard]] ControlRequest decodeControlRequest(std::string_view line);
 [[nodiscard]] ControlAnswer decodeControlAnswer(std::string_view line);
-
-// Stands for exactly these files in these versions.
-[[nodiscard]] std::string reviewRevision(const std::vector<RemoteChange>& changes);
 
 } // namespace zembrastel

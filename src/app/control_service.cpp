@@ -17,6 +17,8 @@ struct Refusal {
     throw Refusal{{.reason = reason, .text = std::move(text)}};
 }
 
+bool hasFailedCheck(const AppModel& model, const Uuid& id) { return model.checkFailures().contains(id); }
+
 } // namespace
 
 ControlService::ControlService(
@@ -72,7 +74,11 @@ void ControlService::carryOut(Client client, const ControlRequest& request) {
     case ControlRequest::Kind::pause:
     case ControlRequest::Kind::resume:
         return changeEach(client, request);
+    case ControlRequest::Kind::retry:
+        return retryEach(client, request);
     case ControlRequest::Kind::review:
+        // What the last check failed with is no answer to a question that is asked now.
+        if (hasFailedCheck(model, request.profiles.front())) model.retryCheck(request.profiles.front());
         waitings.insert_or_assign(client, Waiting{.profile = request.profiles.front(), .decided = {}, .selected = {}});
         return answerSoon();
     case ControlRequest::Kind::decide:
@@ -107,9 +113,12 @@ void ControlService::changeEach(Client client, const ControlRequest& request) {
     for (const auto& id : request.profiles) {
         const auto isSo = [&] { return !model.running(id) && !model.profile(id)->enabled; };
         const auto isOn = [&] { return model.running(id) && model.profile(id)->enabled; };
-        if (pauses ? isSo() : isOn()) continue;
+        const bool retries = !pauses && isOn() && hasFailedCheck(model, id);
+        if (!retries && (pauses ? isSo() : isOn())) continue;
         try {
-            if (pauses) {
+            if (retries) {
+                model.retryCheck(id);
+            } else if (pauses) {
                 pausedHere.insert(id);
                 model.pause(id);
             } else {
@@ -120,7 +129,16 @@ void ControlService::changeEach(Client client, const ControlRequest& request) {
             refuse(answer::Failed::Reason::notSaved, describe(error));
         }
         if (!pauses && !model.running(id)) refuse(answer::Failed::Reason::refused, model.status(id).detail);
-        send(client, answer::Changed{id});
+        send(client, answer::Changed{.profile = id, .retried = retries});
+    }
+    end(client);
+}
+
+void ControlService::retryEach(Client client, const ControlRequest& request) {
+    for (const auto& id : request.profiles) {
+        if (!hasFailedCheck(model, id)) continue;
+        model.retryCheck(id);
+        send(client, answer::Changed{.profile = id, .retried = true});
     }
     end(client);
 }
@@ -128,10 +146,10 @@ void ControlService::changeEach(Client client, const ControlRequest& request) {
 void ControlService::decide(Client client, const ControlRequest& request) {
     const Uuid& id = request.profiles.front();
     const auto review = model.reviews().find(id);
-    if (review == model.reviews().end() || reviewRevision(review->second.changes) != request.revision) {
-        refuse(answer::Failed::Reason::otherReview);
+    if (review == model.reviews().end() || review->second.reviewId.text() != request.revision) {
+        refuse(answer::Failed::Reason::otherReview, outdatedDecision);
     }
-    // Kept from before the pause: what is decided would be forgotten by the new check.
+    // Postponed: another program's user has paused the profile, and resumes it himself.
     if (!model.running(id)) refuse(answer::Failed::Reason::paused);
     Waiting waiting{.profile = id, .decided = review->second.changes, .selected = {}};
     for (const auto& change : waiting.decided) {
@@ -139,10 +157,10 @@ void ControlService::decide(Client client, const ControlRequest& request) {
             waiting.selected.insert(change.path);
         }
     }
-    const auto selected = waiting.selected;
+    const PathSet selected = waiting.selected;
     waitings.insert_or_assign(client, std::move(waiting));
-    model.resolveReview(id, selected);
-    if (model.reviews().contains(id)) {
+    const Decision decision = model.resolveReview(id, review->second.reviewId, selected);
+    if (decision != Decision::accepted) {
         waitings.erase(client);
         refuse(answer::Failed::Reason::refused, model.alert().value_or(""));
     }
@@ -231,13 +249,18 @@ bool ControlService::answerIfSettled(Client client, const Waiting& waiting) {
     const auto review = model.reviews().find(id);
     if (!decided && review != model.reviews().end()) {
         const auto& changes = review->second.changes;
-        send(client, answer::Review{.profile = id, .revision = reviewRevision(changes), .changes = changes});
+        send(client, answer::Review{.profile = id, .revision = review->second.reviewId.text(), .changes = changes});
         end(client);
         return true;
     }
-    const bool over = failure != model.checkFailures().end() || model.watching(id) || !model.running(id);
+    const bool waitsAgain = review != model.reviews().end();
+    const bool over = waitsAgain || failure != model.checkFailures().end() || model.watching(id) || !model.running(id);
     if (!over) return false;
     if (decided) tellOutcome(client, waiting);
+    if (waitsAgain && model.running(id)) {
+        end(client, answer::Done{.reviewWaits = true});
+        return true;
+    }
     if (failure != model.checkFailures().end()) refuse(answer::Failed::Reason::server, failure->second);
     if (!model.running(id)) {
         if (model.status(id).failed) refuse(answer::Failed::Reason::refused, model.status(id).detail);

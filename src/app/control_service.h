@@ -43,7 +43,7 @@ private:
     struct Waiting {
         Uuid profile;
         std::vector<RemoteChange> decided; // nothing while the check is awaited
-        std::set<std::string, std::less<>> selected;
+        PathSet selected;
     };
 
     void receive(Client client, const std::string& line);
@@ -52,6 +52,7 @@ private:
     void show(Client client);
     void report(Client client, const ControlRequest& request);
     void changeEach(Client client, const ControlRequest& request);
+    void retryEach(Client client, const ControlRequest& request);
     void decide(Client client, const ControlRequest& request);
     void forget(Client client);
 

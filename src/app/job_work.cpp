@@ -1,17 +1,26 @@
 #include "app/job_work.h"
 
+#include "transport/leftovers.h"
+
 namespace zembrastel {
 
 JobWork serverWork() {
     return {
         .check = [](const FTPTransport& server, const ServerRecord& recorded,
                     const std::stop_token&) { return server.newerRemoteFiles(recorded, [](const std::string&) {}); },
-        .watch = [](const SyncWorker& worker, const std::stop_token& stop) { worker.run(stop); }};
+        .watch =
+            [](const SyncWorker& worker, const std::stop_token& stop) {
+                clearLeftovers(worker.profile, *worker.control);
+                worker.run(stop);
+            }};
 }
 
 JobWork onePass() {
     JobWork work = serverWork();
-    work.watch = [](const SyncWorker& worker, const std::stop_token& stop) { worker.pass(stop); };
+    work.watch = [](const SyncWorker& worker, const std::stop_token& stop) {
+        clearLeftovers(worker.profile, *worker.control);
+        worker.pass(stop);
+    };
     return work;
 }
 

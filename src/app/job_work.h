@@ -4,6 +4,7 @@
 // requested or their control was cancelled.
 #pragma once
 
+#include "app/remote_review.h"
 #include "sync/sync_worker.h"
 #include "transport/ftp_transport.h"
 
@@ -14,12 +15,12 @@
 namespace zembrastel {
 
 struct JobWork {
-    // Compares the local folder with the server. Throws Cancelled when it was stopped, and else what the
-    // user is to read.
+    // Compares the local folder with the server. Throws Cancelled when it was stopped, and else what the user reads.
     std::function<ServerCheck(const FTPTransport& server, const ServerRecord& recorded, const std::stop_token& stop)>
         check;
 
-    // Keeps the server up to date until it is stopped. Throws nothing.
+    // Clears away what a killed run left in the local folder, and keeps the server up to date until it is stopped.
+    // Throws nothing.
     std::function<void(const SyncWorker& worker, const std::stop_token& stop)> watch;
 };
 

@@ -3,6 +3,7 @@
 #include "model/error.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace zembrastel {
 namespace {
@@ -27,6 +28,7 @@ void AppModel::apply(const event::Status& event, const Uuid& id) {
 void AppModel::apply(const event::Activity& event, const Uuid& id) { log(id, event.text, event.error); }
 
 void AppModel::apply(const event::Uploaded& event, const Uuid& id) {
+    assert(jobs.at(id).is<Job::Watching>());
     state.baselines[id].set(event.path, event.fingerprint);
     changeStatus(id, [this](ProfileStatus& status) {
         ++status.uploaded;

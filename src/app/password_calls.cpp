@@ -7,6 +7,7 @@
 #include <deque>
 #include <mutex>
 #include <optional>
+#include <system_error>
 #include <thread>
 
 namespace zembrastel {
@@ -78,9 +79,17 @@ PasswordCalls::~PasswordCalls() {
 
 void PasswordCalls::ask(Call call, std::function<void(Result)> done) {
     const std::lock_guard lock(shared->mutex);
+    if (!shared->thread.joinable()) {
+        try {
+            shared->thread = std::thread([kept = shared] { kept->work(); });
+        } catch (const std::system_error& error) {
+            Result result{.password = {}, .failure = "The secret store cannot be asked now: " + describe(error)};
+            shared->context.post([done = std::move(done), result = std::move(result)] { done(result); });
+            return;
+        }
+    }
     shared->requests.push_back({.call = std::move(call), .done = std::move(done)});
     shared->changed.notify_all();
-    if (!shared->thread.joinable()) shared->thread = std::thread([kept = shared] { kept->work(); });
 }
 
 } // namespace zembrastel

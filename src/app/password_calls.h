@@ -29,7 +29,8 @@ public:
     // keep the program from ending. No result is handed over any more.
     ~PasswordCalls();
 
-    // Hands the result over on the main context. The call may outlive this object and must own what it uses.
+    // Hands the result over on the main context, never before it returns. The call may outlive this object and must own
+    // what it uses.
     void ask(Call call, std::function<void(Result)> done);
 
 private:

@@ -27,8 +27,24 @@ void AppModel::keepSharedScope(const Profile& old, const Profile& changed) {
     }
 }
 
+// An editor's profile without what it holds of the past: what the model itself has changed since it opened.
+Profile AppModel::withoutStaleFields(Profile changed, const Profile& opened) const {
+    const Profile* stored = profile(opened.id);
+    if (stored == nullptr) throw SyncError("This profile was removed meanwhile. Nothing was saved.");
+    Profile expected = opened;
+    expected.enabled = stored->enabled;
+    expected.needsDownload = stored->needsDownload;
+    if (expected != *stored) {
+        throw SyncError("This profile was changed meanwhile. Nothing was saved. Open it again to change it.");
+    }
+    if (changed.enabled == opened.enabled) changed.enabled = stored->enabled;
+    if (changed.needsDownload == opened.needsDownload) changed.needsDownload = stored->needsDownload;
+    return changed;
+}
+
 // The profile as it is saved: valid, and with what a change of its sync contents entails.
-Profile AppModel::savable(Profile changed) const {
+Profile AppModel::savable(Profile changed, const std::optional<Profile>& opened) const {
+    if (opened) changed = withoutStaleFields(std::move(changed), *opened);
     const Profile* old = profile(changed.id);
     if (old != nullptr && differsInScope(*old, changed)) {
         changed.initialDownloadSelection = changed.effectiveSyncSelection();
@@ -47,11 +63,12 @@ Profile AppModel::savable(Profile changed) const {
 }
 
 void AppModel::save(
-    Profile changed, const std::optional<std::string>& password, std::optional<FileMap> initialBaseline) {
+    Profile changed, const std::optional<std::string>& password, std::optional<FileMap> initialBaseline,
+    const std::optional<Profile>& opened) {
     Profile* stored = find(changed.id);
     const std::optional<Profile> old = stored == nullptr ? std::nullopt : std::optional(*stored);
     const bool scopeEdited = old && differsInScope(*old, changed);
-    changed = savable(std::move(changed));
+    changed = savable(std::move(changed), opened);
     if (password && !options.demo) {
         options.passwordAccess.save(*password, changed.id);
         passwords.insert_or_assign(changed.id, *password);
@@ -70,28 +87,29 @@ void AppModel::save(
     }
     notify([](ModelObserver& observer) { observer.profilesChanged(); });
     select(id);
-    const auto settle = [&] {
-        if (!empty && enabled) {
-            start(id);
-            return;
-        }
-        changeStatus(id, [empty](ProfileStatus& status) {
-            const ProfileStatus unstarted;
-            status.active = false;
-            status.failed = false;
-            status.pending = 0;
-            status.title = empty ? "Nothing selected" : unstarted.title;
-            status.detail =
-                empty ? "Choose files or folders in Edit sync contents to resume syncing." : unstarted.detail;
-        });
-    };
     try {
         persist();
-    } catch (const std::exception&) {
-        settle();
+    } catch (const std::exception& error) {
+        changeStatus(id, [&error](ProfileStatus& status) {
+            status.active = false;
+            status.failed = true;
+            status.title = "Needs attention";
+            status.detail = "The profile could not be saved, and does not run: " + describe(error);
+        });
         throw;
     }
-    settle();
+    if (!empty && enabled) {
+        start(id);
+        return;
+    }
+    changeStatus(id, [empty](ProfileStatus& status) {
+        const ProfileStatus unstarted;
+        status.active = false;
+        status.failed = false;
+        status.pending = 0;
+        status.title = empty ? "Nothing selected" : unstarted.title;
+        status.detail = empty ? "Choose files or folders in Edit sync contents to resume syncing." : unstarted.detail;
+    });
 }
 
 void AppModel::toggle(const Uuid& id) {
@@ -119,11 +137,13 @@ void AppModel::pause(const Uuid& id) {
     persist();
 }
 
-void AppModel::resume(const Uuid& id) {
+void AppModel::resume(const Uuid& id) { resumeWith(id, std::nullopt); }
+
+void AppModel::resumeWith(const Uuid& id, const Earlier& earlier) {
     Profile* resumed = find(id);
     if (resumed == nullptr || (running(id) && resumed->enabled)) return;
     resumed->enabled = true;
-    start(id);
+    startWith(id, earlier);
     notify([](ModelObserver& observer) { observer.profilesChanged(); });
     persist();
 }
@@ -157,6 +177,7 @@ void AppModel::forgetProfile(const Uuid& id) {
     if (state.remoteDates) state.remoteDates->erase(id);
     statuses.erase(id);
     passwords.erase(id);
+    unanswered.erase(id);
     if (saver) saver->forget(id);
     notify([](ModelObserver& observer) { observer.profilesChanged(); });
     if (selected == id) select(profiles().empty() ? std::nullopt : std::optional(profiles().front().id));

@@ -6,64 +6,91 @@
 #include "transport/ftp_transport.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace zembrastel {
 namespace {
 
-FTPTransport transportFor(
-    const Profile& profile, const std::string& password, const std::shared_ptr<TransferControl>& control,
-    ProgressMeter& meter) {
-    return {.profile = profile, .password = password, .control = control, .observer = &meter};
+FTPTransport transportFor(const Assignment& work, ProgressMeter& meter) {
+    return {.profile = work.profile, .password = work.password, .control = work.control, .observer = &meter};
+}
+
+PathSet pathsOf(const std::vector<RemoteChange>& changes) {
+    PathSet paths;
+    for (const auto& change : changes) paths.insert(change.path);
+    return paths;
+}
+
+// Are these the same versions of the same files, on both sides?
+bool areSameVersions(const std::vector<RemoteChange>& a, const std::vector<RemoteChange>& b) {
+    return std::ranges::equal(a, b, [](const RemoteChange& one, const RemoteChange& other) {
+        return one.path == other.path && one.local == other.local && one.remoteDate == other.remoteDate;
+    });
+}
+
+// "a.html, b.html", and of many only how many more there are.
+std::string listed(const std::vector<std::string>& paths) {
+    constexpr std::size_t most = 10;
+    std::string text;
+    for (std::size_t i = 0; i < std::min(paths.size(), most); ++i) text += (i == 0 ? "" : ", ") + paths[i];
+    return paths.size() > most ? text + " and " + std::to_string(paths.size() - most) + " more" : text;
 }
 
 } // namespace
 
-void AppModel::startCheck(const Assignment& work) {
-    const Uuid id = work.profile.id;
+void AppModel::startCheck(const Uuid& id, const Earlier& earlier) {
     changeStatus(id, [](ProfileStatus& status) {
         status.title = "Checking server";
         status.detail = "Comparing server dates before any local changes upload…";
     });
     log(id, "Checking for newer server files before watching resumes.");
-    const auto found = [this, work](const std::vector<RemoteChange>& changes) {
+    const Uuid generation = jobs.at(id).work().generation;
+    const auto found = [this, id, generation, earlier](const std::vector<RemoteChange>& changes) {
         context.post(
-            onlyIfCurrent(work.profile.id, work.generation, [this, work, changes] { finishCheck(changes, work); }));
+            onlyIfCurrent(id, generation, [this, id, changes, earlier] { finishCheck(changes, id, earlier); }));
     };
-    const auto failed = [this, id, generation = work.generation](const std::string& message) {
+    const auto failed = [this, id, generation](const std::string& message) {
         context.post(onlyIfCurrent(id, generation, [this, id, message] { failedCheck(message, id, true); }));
     };
-    runAsJob(
-        work,
-        [this, id, work, found, failed, files = baseline(id), dates = remoteDates(id)](const std::stop_token& stop) {
-            ProgressMeter meter(options.clock, eventSink(id, work.generation, stop).progress);
-            while (!stop.stop_requested()) {
-                try {
-                    meter.begin(TransferProgress::Work::comparing);
-                    const auto transport = transportFor(work.profile, work.password, work.control, meter);
-                    const auto changes =
-                        jobWork.check(transport, {.baseline = files, .knownDates = dates}, stop).changes;
-                    work.control->check();
-                    found(changes);
-                    return;
-                } catch (const Cancelled&) {
-                    return;
-                } catch (const std::exception& error) {
-                    failed(describe(error));
-                }
-                if (!work.retryWait->sleep(options.clock, stop)) return;
+    const auto body = [this, work = jobs.at(id).work(), found, failed, files = baseline(id), dates = remoteDates(id),
+                       open = unanswered[id]](const std::stop_token& stop) {
+        ProgressMeter meter(options.clock, eventSink(work.profile.id, work.generation, stop).progress);
+        while (!stop.stop_requested()) {
+            try {
+                meter.begin(TransferProgress::Work::comparing);
+                const auto changes = jobWork.check(transportFor(work, meter), files, dates, open, stop);
+                work.control->check();
+                found(changes);
+                return;
+            } catch (const Cancelled&) {
+                return;
+            } catch (const std::exception& error) {
+                failed(describe(error));
             }
-        });
+            if (!work.retryWait->sleep(options.clock, stop)) return;
+        }
+    };
+    if (step(id, [&](Job& job) { return job.check([&] { return tasks.start(body); }); })) publishReview(id);
 }
 
-void AppModel::finishCheck(const std::vector<RemoteChange>& changes, const Assignment& work) {
-    const Uuid& id = work.profile.id;
-    failures.erase(id);
+void AppModel::finishCheck(const std::vector<RemoteChange>& changes, const Uuid& id, const Earlier& earlier) {
+    unanswered[id] = pathsOf(changes);
     if (changes.empty()) {
-        launchWorker(work);
+        launchWorker(id);
         return;
     }
-    const std::string count = std::to_string(changes.size());
-    pendingReviews.insert_or_assign(id, RemoteReview{.id = id, .changes = changes});
+    if (!step(id, [&](Job& job) { return job.awaitDecision({.id = id, .changes = changes}); })) return;
+    if (earlier && areSameVersions(earlier->changes, changes)) {
+        log(id, "The same files are newer on the server as when you decided: that decision is carried out.");
+        if (carryOut(id, earlier->selected) == Decision::accepted) return;
+    } else if (earlier) {
+        log(id, "Other files are newer on the server than when you decided: nothing was done by that decision.");
+    }
+    askForDecision(id);
+}
+
+void AppModel::askForDecision(const Uuid& id) {
+    const std::string count = std::to_string(jobs.at(id).review()->changes.size());
     changeStatus(id, [&count](ProfileStatus& status) {
         status.failed = false;
         status.title = "Review remote changes";
@@ -71,12 +98,12 @@ void AppModel::finishCheck(const std::vector<RemoteChange>& changes, const Assig
             count + " newer server files found. Uploads are paused until you choose which versions to keep.";
     });
     log(id, "Found " + count + " newer server files. Waiting for your review.");
-    notify([&id](ModelObserver& observer) { observer.reviewChanged(id); });
+    publishReview(id);
     showNextReview();
 }
 
 void AppModel::failedCheck(const std::string& message, const Uuid& id, bool willRetry) {
-    failures.insert_or_assign(id, message);
+    if (!step(id, [&](Job& job) { return willRetry ? job.failCheck(message) : job.failDownload(message); })) return;
     changeStatus(id, [&](ProfileStatus& status) {
         status.title = "Server check needs attention";
         status.detail = message
@@ -85,7 +112,7 @@ void AppModel::failedCheck(const std::string& message, const Uuid& id, bool will
         status.failed = true;
     });
     log(id, message, true);
-    notify([&id](ModelObserver& observer) { observer.reviewChanged(id); });
+    publishReview(id);
 }
 
 void AppModel::present(std::optional<RemoteReview> review) {
@@ -93,36 +120,54 @@ void AppModel::present(std::optional<RemoteReview> review) {
     notify([](ModelObserver& observer) { observer.presentedReviewChanged(); });
 }
 
+// The one place where observers learn what the jobs and the postponed reviews have come to.
+void AppModel::publishReview(const Uuid& id) {
+    const auto job = jobs.find(id);
+    const auto kept = postponed.find(id);
+    assert(job == jobs.end() || kept == postponed.end());
+    const RemoteReview* review = job != jobs.end() ? job->second.review() : nullptr;
+    if (kept != postponed.end()) review = &kept->second;
+    const std::string* failure = job != jobs.end() ? job->second.failure() : nullptr;
+    if (review != nullptr) {
+        published.reviews.insert_or_assign(id, *review);
+    } else {
+        published.reviews.erase(id);
+    }
+    if (failure != nullptr) {
+        published.failures.insert_or_assign(id, *failure);
+    } else {
+        published.failures.erase(id);
+    }
+    const bool isOver = review == nullptr || (presented && review->reviewId != presented->reviewId);
+    if (presented && presented->id == id && isOver) present(std::nullopt);
+    notify([&id](ModelObserver& observer) { observer.reviewChanged(id); });
+}
+
 void AppModel::showNextReview() {
     // Ids compare as their texts do, so the same set of reviews always comes up in the same order.
-    if (!presented && !pendingReviews.empty()) present(pendingReviews.begin()->second);
+    if (!presented && !published.reviews.empty()) present(published.reviews.begin()->second);
 }
 
 void AppModel::openReview(const Uuid& id) {
-    const auto found = pendingReviews.find(id);
-    present(found == pendingReviews.end() ? std::nullopt : std::optional(found->second));
+    const auto found = published.reviews.find(id);
+    present(found == published.reviews.end() ? std::nullopt : std::optional(found->second));
 }
 
 void AppModel::closeReview() {
     if (presented) present(std::nullopt);
 }
 
-void AppModel::dropReview(const Uuid& id) {
-    pendingReviews.erase(id);
-    if (presented && presented->id == id) present(std::nullopt);
-}
-
-void AppModel::pauseReview(const Uuid& id) {
-    if (!running(id)) return;
-    // Stopping drops the review; this pause is meant to keep it for later.
-    auto kept = pendingReviews.extract(id);
+void AppModel::pauseReview(Uuid id, Uuid reviewId) {
+    const auto job = jobs.find(id);
+    if (job == jobs.end() || job->second.review() == nullptr || job->second.review()->reviewId != reviewId) return;
+    const RemoteReview review = *job->second.review();
     try {
-        toggle(id);
+        pause(id);
     } catch (const std::exception& error) {
         setAlert(describe(error));
     }
-    if (!kept.empty()) pendingReviews.insert(std::move(kept));
-    notify([&id](ModelObserver& observer) { observer.reviewChanged(id); });
+    postponed.insert_or_assign(id, review);
+    publishReview(id);
 }
 
 void AppModel::retryCheck(const Uuid& id) {
@@ -134,7 +179,7 @@ void AppModel::startWithoutCheck(const Uuid& id) {
     if (profile(id) == nullptr) return;
     const auto generation = [this, id] {
         const auto job = jobs.find(id);
-        return job == jobs.end() ? std::nullopt : std::optional(job->second.generation);
+        return job == jobs.end() ? std::nullopt : std::optional(job->second.work().generation);
     };
     withPassword(
         id,
@@ -148,87 +193,114 @@ void AppModel::startWithoutCheck(const Uuid& id) {
                 return;
             }
             stopJob(id);
-            Assignment work = assign(*found);
-            work.password = std::move(password);
-            launchWorker(work);
+            unanswered.erase(id);
+            (void)openJob(*found).takePassword(std::move(password));
+            launchWorker(id);
             log(id, "Server comparison skipped by your choice; pending local edits may replace remote copies.");
         },
         [this](const std::string& message) { setAlert(message); });
 }
 
-void AppModel::resolveReview(const Uuid& id, const std::set<std::string, std::less<>>& selectedPaths) {
-    const auto review = pendingReviews.find(id);
-    const Profile* found = profile(id);
-    if (review == pendingReviews.end() || found == nullptr) return;
-    const auto job = jobs.find(id);
-    if (job == jobs.end()) {
-        // Kept from before a pause: the server may have moved on, so it is looked at afresh.
-        dropReview(id);
-        start(id);
-        return;
-    }
-    Assignment work{
-        .profile = *found,
-        .password = {},
-        .generation = job->second.generation,
-        .control = job->second.control,
-        .retryWait = job->second.retryWait};
-    std::vector<RemoteChange> approved;
-    try {
-        work.password = password(id);
-        for (const auto& change : review->second.changes) {
-            if (selectedPaths.contains(change.path)) {
-                approved.push_back(change);
-            } else {
-                recordRemoteDate(change.path, change.remoteDate, id);
-            }
+Decision AppModel::resolveReview(Uuid id, Uuid reviewId, const PathSet& selectedPaths) {
+    if (const auto kept = postponed.find(id); kept != postponed.end() && kept->second.reviewId == reviewId) {
+        // The server may have moved on since: it is checked first.
+        try {
+            resumeWith(id, EarlierDecision{.changes = kept->second.changes, .selected = selectedPaths});
+        } catch (const std::exception& error) {
+            setAlert(describe(error));
         }
-        persist();
-    } catch (const std::exception& error) {
-        setAlert(describe(error));
-        return;
+        if (running(id)) return Decision::accepted;
+        setAlert(status(id).detail);
+        return Decision::refused;
     }
-    dropReview(id);
-    notify([&id](ModelObserver& observer) { observer.reviewChanged(id); });
-    if (approved.empty()) {
-        launchWorker(work);
-    } else {
-        startReviewDownload(work, approved);
-    }
+    const auto job = jobs.find(id);
+    const RemoteReview* review = job == jobs.end() ? nullptr : job->second.review();
+    if (review == nullptr || review->reviewId != reviewId) return Decision::outdated;
+    const Decision decision = carryOut(id, selectedPaths);
     showNextReview();
+    return decision;
 }
 
-void AppModel::startReviewDownload(const Assignment& work, const std::vector<RemoteChange>& approved) {
-    const Uuid id = work.profile.id;
+// The job awaits the decision.
+Decision AppModel::carryOut(const Uuid& id, const PathSet& downloads) {
+    const std::vector<RemoteChange> changes = jobs.at(id).review()->changes;
+    const auto dates = state.remoteDates;
+    std::vector<RemoteChange> approved;
+    for (const auto& change : changes) {
+        if (downloads.contains(change.path)) {
+            approved.push_back(change);
+        } else {
+            recordRemoteDate(change.path, change.remoteDate, id);
+        }
+    }
+    try {
+        persist();
+    } catch (const std::exception& error) {
+        state.remoteDates = dates; // what is not decided is offered again
+        setAlert(describe(error));
+        return Decision::refused;
+    }
+    unanswered[id] = pathsOf(approved);
+    if (approved.empty()) {
+        launchWorker(id);
+    } else {
+        startReviewDownload(id, approved);
+    }
+    return Decision::accepted;
+}
+
+void AppModel::startReviewDownload(const Uuid& id, const std::vector<RemoteChange>& approved) {
     changeStatus(id, [&approved](ProfileStatus& status) {
         status.title = "Downloading server changes";
         status.detail = "Replacing " + std::to_string(approved.size()) + " selected local files, with backups.";
     });
-    const auto onMain = [this, id, generation = work.generation](std::function<void()> step) {
-        context.post(onlyIfCurrent(id, generation, std::move(step)));
+    const auto onMain = [this, id, generation = jobs.at(id).work().generation](std::function<void()> report) {
+        context.post(onlyIfCurrent(id, generation, std::move(report)));
     };
-    runAsJob(work, [this, id, work, approved, onMain](const std::stop_token& stop) {
+    const auto body = [this, id, work = jobs.at(id).work(), approved, onMain](const std::stop_token& stop) {
         try {
             ProgressMeter meter(options.clock, eventSink(id, work.generation, stop).progress);
             meter.begin(TransferProgress::Work::downloading, approved.size());
-            const auto transport = transportFor(work.profile, work.password, work.control, meter);
+            const auto transport = transportFor(work, meter);
+            std::vector<std::string> leftOut;
             for (const auto& change : approved) {
                 work.control->check();
-                const Fingerprint installed = transport.replaceLocal(change);
+                try {
+                    const Fingerprint installed = transport.replaceLocal(change);
+                    onMain([this, id, change, installed] { recordDownload(id, change, installed); });
+                } catch (const ChangedMeanwhile& refusal) {
+                    leftOut.push_back(change.path);
+                    onMain([this, id, message = describe(refusal)] { log(id, message, true); });
+                }
                 meter.fileDone();
-                onMain([this, id, change, installed] {
-                    receive(event::Downloaded{.path = change.path, .fingerprint = installed}, id);
-                    receive(event::RemoteDate{.path = change.path, .date = change.remoteDate}, id);
-                    log(id, "Downloaded newer server copy: " + change.path + " (previous local copy backed up)");
-                });
             }
-            onMain([this, work] { launchWorker(work); });
+            onMain([this, id, leftOut] { finishReviewDownload(id, leftOut); });
         } catch (const Cancelled&) {
             // Stopped: what was replaced is recorded, the rest is as it was.
         } catch (const std::exception& error) {
             onMain([this, id, message = describe(error)] { failedCheck(message, id, false); });
         }
-    });
+    };
+    if (step(id, [&](Job& job) { return job.download([&] { return tasks.start(body); }); })) publishReview(id);
+}
+
+void AppModel::recordDownload(const Uuid& id, const RemoteChange& change, const Fingerprint& installed) {
+    unanswered[id].erase(change.path);
+    receive(event::Downloaded{.path = change.path, .fingerprint = installed}, id);
+    receive(event::RemoteDate{.path = change.path, .date = change.remoteDate}, id);
+    log(id, "Downloaded newer server copy: " + change.path + " (previous local copy backed up)");
+}
+
+void AppModel::finishReviewDownload(const Uuid& id, const std::vector<std::string>& leftOut) {
+    if (leftOut.empty()) {
+        launchWorker(id);
+        return;
+    }
+    log(id,
+        "Not downloaded, because they changed meanwhile: " + listed(leftOut)
+            + ". The server is checked again before anything is uploaded.",
+        true);
+    startCheck(id, std::nullopt);
 }
 
 void AppModel::recordRemoteDate(const std::string& path, RemoteDate date, const Uuid& id) {

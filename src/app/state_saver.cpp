@@ -25,9 +25,16 @@ void StateSaver::save() {
     if (writing.valid()) writing.wait();
     writing = {}; // whatever became of it, all of it is written again
     waiting.merge(written);
+    written.clear();
     const auto began = clock.steadyNow();
-    store.save(state);
+    try {
+        store.save(state);
+    } catch (...) {
+        if (!waiting.empty()) retryLater();
+        throw;
+    }
     waiting.clear();
+    retryDelay = firstRetryDelay;
     rest(clock.steadyNow() - began);
 }
 
@@ -93,10 +100,15 @@ void StateSaver::finishWrite() {
     if (!waiting.empty()) scheduleWrite();
 }
 
-// Tries again by itself: it may be long until something else is reported, and nobody tells when the disk is well again.
 void StateSaver::failedWrite(const std::exception& error) {
     waiting.merge(written);
+    written.clear();
+    retryLater();
     failed(waiting, describe(error));
+}
+
+// Tries again by itself: it may be long until something else is reported, and nobody tells when the disk is well again.
+void StateSaver::retryLater() {
     if (std::exchange(retrying, true)) return;
     context.postAfter(retryDelay, [this, weak = std::weak_ptr(self)] {
         if (weak.expired()) return;

@@ -36,7 +36,8 @@ public:
     // Waits for the write under way.
     ~StateSaver() = default;
 
-    // Saves before it returns. Throws what StateStore::save() throws.
+    // Saves before it returns. Throws what StateStore::save() throws; what was reported before is then tried again
+    // later.
     void save();
 
     // Saves what was reported for a profile, now or a little later.
@@ -56,6 +57,7 @@ private:
     void scheduleWrite();
     void rest(Duration afterWrite);
     void failedWrite(const std::exception& error);
+    void retryLater();
 
     MainContext& context;
     Clock& clock;

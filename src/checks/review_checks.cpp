@@ -42,9 +42,9 @@ public:
     }
 
     void resolve(const Choice& downloads) {
-        program().resolveReview(profile.id, downloads);
+        const auto reviewId = program().reviews().at(profile.id).reviewId;
         require(
-            waitUntil([this] { return !program().reviews().contains(profile.id); }),
+            program().resolveReview(profile.id, reviewId, downloads) == Decision::accepted,
             "the review stays: " + program().alert().value_or("no reason is given"));
         requireStatus(watching);
     }
@@ -146,7 +146,7 @@ void laterEditOffered(Restart& site) {
 
 void stayingPaused(Restart& site) {
     site.reopen(review);
-    site.program().pauseReview(site.profile.id);
+    site.program().pauseReview(site.profile.id, site.program().reviews().at(site.profile.id).reviewId);
     require(!site.program().running(site.profile.id), "the profile still runs");
     require(!site.offered().empty(), "the review is lost");
     site.requireNoUpload();

@@ -3,6 +3,7 @@
 #include "cli/presentation.h"
 #include "cli/profile_choice.h"
 #include "cli/review_text.h"
+#include "cli/running_program.h"
 #include "cli/server_call.h"
 #include "cli/state_folder.h"
 
@@ -27,6 +28,17 @@ void showAsText(const std::vector<RemoteChange>& changes, const std::string& com
     output.note("To decide: " + command);
 }
 
+// The server answers now: a running program whose own check had failed need not wait.
+void retryInProgram(const Profile& profile, const Surroundings& around) {
+    auto program = RunningProgram::find(openState(around.options));
+    if (!program) return;
+    bool retried = false;
+    (void)program->ask(
+        {.kind = ControlRequest::Kind::retry, .profiles = {profile.id}}, around.interrupt,
+        [&](const ControlAnswer& answer) { retried = retried || std::holds_alternative<answer::Changed>(answer); });
+    if (retried) around.output.note("The running program checks the server again.");
+}
+
 ExitCode checkServer(const Surroundings& around, const std::string& name) {
     const SavedState state = loadState(around.options);
     const Profile& profile = chooseProfile(state.profiles, name);
@@ -42,6 +54,7 @@ ExitCode checkServer(const Surroundings& around, const std::string& name) {
             changes =
                 server.newerRemoteFiles({of(state.baselines, profile.id), dates}, [](const std::string&) {}).changes;
         });
+    retryInProgram(profile, around);
     if (around.output.json()) {
         JsonLine object("review");
         addReview(object, profile, changes, systemClock());

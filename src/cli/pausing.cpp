@@ -37,6 +37,17 @@ void tell(const Profile& profile, const Request& request, bool changed, bool inP
     }
 }
 
+// It was not paused, but waited for its server check to be tried again.
+void tellRetried(const Profile& profile, Output& output) {
+    if (output.json()) {
+        JsonLine object("resumed");
+        object.text("profile", profile.name).text("id", profile.id.text());
+        output.line(object.flag("changed", true).flag("running", true));
+        return;
+    }
+    output.line("Checking the server of " + inQuotes(profile.name) + " again.");
+}
+
 [[noreturn]] void failAt(const Request& request, const std::string& names, const std::string& reason) {
     throw CommandError(
         ExitCode::failed,
@@ -56,16 +67,20 @@ std::vector<Profile> chosenProfiles(const std::vector<Profile>& profiles, const 
 void changeInProgram(RunningProgram& program, const Surroundings& around, const Request& request) {
     const auto kind = request.pauses ? ControlRequest::Kind::pause : ControlRequest::Kind::resume;
     for (const auto& profile : chosenProfiles(loadState(around.options).profiles, request)) {
-        bool changed = false;
+        std::optional<answer::Changed> changed;
         const auto failed =
             program.ask({.kind = kind, .profiles = {profile.id}}, around.interrupt, [&](const ControlAnswer& answer) {
-                changed = changed || std::holds_alternative<answer::Changed>(answer);
+                if (const auto* told = std::get_if<answer::Changed>(&answer)) changed = *told;
             });
         if (failed && failed->reason == answer::Failed::Reason::notSaved) {
             failAt(request, inQuotes(profile.name), "It is done, but could not be saved: " + failed->text);
         }
         if (failed) failAt(request, inQuotes(profile.name), failed->text);
-        tell(profile, request, changed, true, around.output);
+        if (changed && changed->retried) {
+            tellRetried(profile, around.output);
+        } else {
+            tell(profile, request, changed.has_value(), true, around.output);
+        }
     }
 }
 
@@ -119,8 +134,9 @@ void addPause(CLI::App& parent, Command& chosen) {
 
 void addResume(CLI::App& parent, Command& chosen) {
     add(parent, chosen, false, "resume", "Keep paused profiles published again",
-        "The running program, window or watch, compares the server first, as at every start. Without a\n"
-        "running program, the next one keeps the profiles published.");
+        "The running program, window or watch, compares the server first, as at every start. A profile\n"
+        "that is not paused has its server check tried again, if that had failed. Without a running\n"
+        "program, the next one keeps the profiles published.");
 }
 
 } // namespace zembrastel

@@ -29,8 +29,6 @@ struct Request {
     [[nodiscard]] bool decides() const { return downloadAll || keepAll || !download.empty(); }
 };
 
-using Selected = std::set<std::string, std::less<>>;
-
 CommandError lacksDownload(const Profile& profile) {
     return {ExitCode::failed, inQuotes(profile.name) + " still has its initial download to do; run watch first."};
 }
@@ -65,7 +63,7 @@ public:
     virtual std::vector<RemoteChange> check() = 0;
 
     // Downloads the server's version of the selected paths and keeps the local one of the others.
-    virtual void decide(const std::vector<RemoteChange>& changes, const Selected& selected) = 0;
+    virtual void decide(const std::vector<RemoteChange>& changes, const PathSet& selected) = 0;
 
     // How it goes on after that.
     [[nodiscard]] virtual const char* afterwards() const = 0;
@@ -109,7 +107,19 @@ protected:
         return serverFailure(profile, "download all that was chosen from the server", failure, restStays);
     }
 
+    // After a download that left files out, or could not be finished.
+    [[nodiscard]] CommandError leftOutOf(const std::vector<std::string>& paths, bool reviewWaits) const {
+        std::string listed;
+        for (const auto& path : paths) listed += (listed.empty() ? "" : ", ") + inQuotes(path);
+        const std::string next =
+            reviewWaits ? " They wait for another review." : " Nothing is newer on the server any more.";
+        return {
+            reviewWaits ? ExitCode::reviewWaiting : ExitCode::failed,
+            "Not downloaded, because they changed or vanished meanwhile: " + listed + "." + next};
+    }
+
     void tellOutcome(const std::string& path, bool kept, bool downloaded) {
+        if (!kept && !downloaded) leftOut.push_back(path);
         if (around.output.json()) {
             if (!kept && !downloaded) return;
             JsonLine object(kept ? "kept" : "downloaded");
@@ -122,6 +132,7 @@ protected:
 
     const Profile profile;
     const Surroundings& around;
+    std::vector<std::string> leftOut; // neither kept nor downloaded by the decision
 
 private:
     const std::vector<Profile> profiles;
@@ -147,14 +158,17 @@ public:
         return {};
     }
 
-    void decide(const std::vector<RemoteChange>& changes, const Selected& selected) override {
+    void decide(const std::vector<RemoteChange>& changes, const PathSet& selected) override {
         const Uuid& id = profile.id;
         DecisionReport report(around.output);
         const Observing observing(model, report);
-        model.resolveReview(id, selected);
-        if (model.alert()) throw CommandError(ExitCode::failed, sentence(*model.alert()) + " Nothing was decided.");
+        if (model.resolveReview(id, model.reviews().at(id).reviewId, selected) != Decision::accepted) {
+            throw CommandError(ExitCode::failed, sentence(model.alert().value_or("")) + " Nothing was decided.");
+        }
         try {
-            runUntil([this, &id] { return model.checkFailures().contains(id) || !model.running(id); });
+            runUntil([this, &id] {
+                return model.checkFailures().contains(id) || model.reviews().contains(id) || !model.running(id);
+            });
         } catch (const Cancelled&) {
             throw CommandError(ExitCode::failed, std::string("Interrupted. ") + restStays);
         }
@@ -163,8 +177,10 @@ public:
         for (const auto& change : changes) {
             tellOutcome(change.path, !selected.contains(change.path), isDownloaded(change));
         }
+        const bool waitsAgain = model.reviews().contains(id);
         model.shutdown();
         if (!failure.empty()) throw downloadFailure(failure);
+        if (!leftOut.empty()) throw leftOutOf(leftOut, waitsAgain);
         if (!report.failure.empty()) throw CommandError(ExitCode::failed, sentence(report.failure));
     }
 
@@ -213,7 +229,7 @@ public:
                                     "newer there.");
     }
 
-    void decide(const std::vector<RemoteChange>& changes, const Selected& selected) override {
+    void decide(const std::vector<RemoteChange>& changes, const PathSet& selected) override {
         DecisionReport report(around.output);
         ControlRequest request{.kind = ControlRequest::Kind::decide, .profiles = {profile.id}, .revision = revision};
         request.downloadAll = selected.size() == changes.size();
@@ -231,6 +247,7 @@ public:
             throw CommandError(ExitCode::failed, "Interrupted. The running program goes on with what was decided.");
         }
         if (failed) throw undecided(*failed);
+        if (!leftOut.empty()) throw leftOutOf(leftOut, program.reviewWaits());
         if (!report.failure.empty()) throw CommandError(ExitCode::failed, sentence(report.failure));
     }
 
@@ -244,10 +261,7 @@ private:
         case Reason::server:
             return downloadFailure(failed.text);
         case Reason::otherReview:
-            return {
-                ExitCode::failed,
-                "What is newer on the server is no longer what it was. Nothing was decided; --list shows what there "
-                "is."};
+            return {ExitCode::failed, std::string(outdatedDecision) + " --list shows what there is."};
         case Reason::paused:
             return {
                 ExitCode::failed, inQuotes(profile.name)
@@ -262,11 +276,11 @@ private:
     std::string revision;
 };
 
-Selected selectedPaths(const Request& request, const std::vector<RemoteChange>& changes) {
-    Selected offered;
+PathSet selectedPaths(const Request& request, const std::vector<RemoteChange>& changes) {
+    PathSet offered;
     for (const auto& change : changes) offered.insert(change.path);
     if (request.downloadAll) return offered;
-    Selected selected;
+    PathSet selected;
     std::string unknown;
     for (const auto& typed : request.download) {
         const std::string path = relativePath(typed);

@@ -47,7 +47,10 @@ std::optional<answer::Failed> RunningProgram::ask(
     const auto interruptible = interrupt.during([this] { client.end(); });
     if (!client.ask(request)) tellGone();
     while (const auto answer = client.next()) {
-        if (std::holds_alternative<answer::Done>(*answer)) return std::nullopt;
+        if (const auto* done = std::get_if<answer::Done>(&*answer)) {
+            waits = done->reviewWaits;
+            return std::nullopt;
+        }
         if (const auto* failed = std::get_if<answer::Failed>(&*answer)) {
             requireUnderstood(*failed);
             return *failed;

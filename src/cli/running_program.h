@@ -30,6 +30,9 @@ public:
     // command's: they end it.
     std::optional<answer::Failed> ask(const ControlRequest& request, Interrupt& interrupt, const Take& take);
 
+    // Has the check that followed the decision last asked for found newer files again?
+    [[nodiscard]] bool reviewWaits() const { return waits; }
+
     // The same for a request without end: false when the other program has ended, true when interrupted or ended.
     [[nodiscard]] bool follow(const ControlRequest& request, Interrupt& interrupt, const Take& take);
 
@@ -41,6 +44,7 @@ private:
 
     ControlClient client;
     bool ended = false;
+    bool waits = false;
 };
 
 } // namespace zembrastel

@@ -75,8 +75,8 @@ ExitCode scanProfile(const Surroundings& around, const std::string& name) {
 FileMap scanFolder(const Profile& profile, const Surroundings& around) {
     const auto control = std::make_shared<TransferControl>();
     const auto interruptible = around.interrupt.during([control] { control->cancel(); });
-    const auto reportUnusable = [&around](std::string_view path) {
-        around.output.warning("Left out, because its name is not valid UTF-8: " + printable(path));
+    const auto reportUnusable = [&around](std::string_view path, NameFault fault) {
+        around.output.warning(leftOutLine(fault, path));
     };
     try {
         return scan(profile, {.checkpoint = [control] { control->check(); }, .unusableName = reportUnusable});

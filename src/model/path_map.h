@@ -59,6 +59,14 @@ public:
     // Is there an entry below this path?
     [[nodiscard]] bool containsFolder(std::string_view path) const { return findFolder(path) != nullptr; }
 
+    // Calls `visit(name, isFolder)` for each file and folder that lies in the folder of this path itself.
+    void forEachChild(std::string_view path, const auto& visit) const {
+        const Folder* folder = findFolder(path);
+        if (folder == nullptr) return;
+        for (std::size_t i = 0; folder->files && i < folder->files->size(); ++i) visit(folder->files->name(i), false);
+        for (const auto& child : folder->folders) visit(std::string_view(child.name), true);
+    }
+
     [[nodiscard]] Iterator begin() const { return Iterator(root.get()); }
     [[nodiscard]] std::default_sentinel_t end() const { return {}; }
 

@@ -4,8 +4,8 @@
 #include "platform/directory_walk.h"
 #include "platform/files.h"
 #include "platform/folder.h"
-#include "platform/text.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
@@ -28,6 +28,13 @@ std::filesystem::path readableRoot(const std::string& localFolder) {
     return root;
 }
 
+std::optional<NameFault> faultOf(const WalkEntry& entry) {
+    if (const auto fault = nameFault(entry.name)) return fault;
+    // The path of the first folder that is too deep has one component more than the path of its parent.
+    const bool tooDeep = entry.kind == EntryKind::folder && std::ranges::count(entry.path, '/') >= mostFolderLevels - 1;
+    return tooDeep ? std::optional(NameFault::tooDeep) : std::nullopt;
+}
+
 class Scan {
 public:
     Scan(const Profile& scanned, const ScanHooks& scanHooks, const FileMap& before)
@@ -38,8 +45,8 @@ public:
         constexpr unsigned entriesBetweenChecks = 256;
         if (visited++ % entriesBetweenChecks == 0) hooks.checkpoint();
         if (entry.kind != EntryKind::folder && entry.kind != EntryKind::file) return false;
-        if (!isValidUtf8(entry.name)) {
-            hooks.unusableName(entry.path);
+        if (const auto fault = faultOf(entry)) {
+            hooks.unusableName(entry.path, *fault);
             return false;
         }
         // Parents were accepted on the way down.

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "model/fingerprint.h"
+#include "model/name_fault.h"
 #include "model/profile.h"
 #include "platform/folder.h"
 
@@ -15,9 +16,9 @@ namespace zembrastel {
 struct ScanHooks {
     // Called every few entries; what it throws ends the scan. For stopping.
     std::function<void()> checkpoint = [] {};
-    // Called with each path whose name is not valid UTF-8: it can be neither saved nor sent, and is left out with all
-    // it holds.
-    std::function<void(std::string_view path)> unusableName = [](std::string_view) {};
+    // Called with each path that cannot be saved or sent, because of its name or its depth, and is left out with all it
+    // holds.
+    std::function<void(std::string_view path, NameFault fault)> unusableName = [](std::string_view, NameFault) {};
     // Called with each path that the exclusions leave out, with all it holds.
     std::function<void(std::string_view path)> excluded = [](std::string_view) {};
     // Called with what the folder is mounted on, before anything in it is looked at.

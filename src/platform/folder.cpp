@@ -2,6 +2,7 @@
 
 #include "platform/files.h"
 
+#include <array>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
@@ -14,7 +15,6 @@ namespace zembrastel {
 namespace {
 
 constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-constexpr mode_t newFolderMode = 0777; // less the umask, as any program's
 
 int openWithoutLinks(const std::filesystem::path& path) {
     open_how how{};
@@ -30,6 +30,11 @@ int openWithoutLinks(const std::filesystem::path& path) {
         folder = Descriptor(::openat(folder.get(), component.c_str(), folderFlags));
     }
     return folder ? ::fcntl(folder.get(), F_DUPFD_CLOEXEC, 0) : -1;
+}
+
+// How renameat2 says that the file system cannot do what its flag asks for.
+bool isUnsupportedRename(int errorNumber) {
+    return errorNumber == EINVAL || errorNumber == ENOSYS || errorNumber == EOPNOTSUPP;
 }
 
 } // namespace
@@ -62,8 +67,8 @@ std::optional<Folder> Folder::enter(const std::string& name) const {
     throwFileError("open", place / name, errorNumber);
 }
 
-Folder Folder::enterOrMake(const std::string& name) const {
-    if (::mkdirat(opened.get(), name.c_str(), newFolderMode) != 0 && errno != EEXIST) {
+Folder Folder::enterOrMake(const std::string& name, mode_t mode) const {
+    if (::mkdirat(opened.get(), name.c_str(), mode) != 0 && errno != EEXIST) {
         throwFileError("mkdir", place / name);
     }
     auto entered = enter(name);
@@ -94,18 +99,44 @@ Descriptor Folder::create(const std::string& name, mode_t mode) const {
 bool Folder::install(const std::string& name, const std::string& newName) const {
     if (::linkat(opened.get(), name.c_str(), opened.get(), newName.c_str(), 0) == 0) return true;
     if (errno == EEXIST) return false;
-    const int linkError = errno;
-    if (linkError == EPERM || linkError == EOPNOTSUPP || linkError == ENOSYS || linkError == EMLINK) {
-        // No hard links here: a rename that refuses to replace does the same.
-        if (::renameat2(opened.get(), name.c_str(), opened.get(), newName.c_str(), RENAME_NOREPLACE) == 0) return true;
-        if (errno == EEXIST) return false;
+    if (errno != EPERM && errno != EOPNOTSUPP && errno != ENOSYS && errno != EMLINK) {
+        throwFileError("link", place / newName);
     }
-    throwFileError("link", place / newName, linkError);
+    // No hard links here: a rename that refuses to replace does the same.
+    if (::renameat2(opened.get(), name.c_str(), opened.get(), newName.c_str(), RENAME_NOREPLACE) == 0) return true;
+    if (errno == EEXIST) return false;
+    if (!isUnsupportedRename(errno)) throwFileError("rename", place / newName);
+    return installOverPlaceholder(name, newName);
+}
+
+bool Folder::installOverPlaceholder(const std::string& name, const std::string& newName) const {
+    Descriptor placeholder(::openat(
+        opened.get(), newName.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    if (!placeholder && errno == EEXIST) return false;
+    constexpr std::array<timespec, 2> longAgo{};
+    struct stat made {};
+    if (!placeholder || ::futimens(placeholder.get(), longAgo.data()) != 0 || ::fstat(placeholder.get(), &made) != 0) {
+        const int errorNumber = errno;
+        if (placeholder) remove(newName);
+        throwFileError("open", place / newName, errorNumber);
+    }
+    placeholder.close(); // FUSE gives an open file that is replaced a name of its own
+    const auto item = attributes(newName);
+    // By its date: some of these file systems number their files anew.
+    const bool ours = item && item->st_size == 0 && item->st_mtim.tv_sec == made.st_mtim.tv_sec;
+    if (!ours) return false; // a file that appeared meanwhile
+    try {
+        replace(name, *this, newName);
+    } catch (const std::filesystem::filesystem_error&) {
+        remove(newName);
+        throw;
+    }
+    return true;
 }
 
 bool Folder::exchange(const std::string& name, const std::string& other) const {
     if (::renameat2(opened.get(), name.c_str(), opened.get(), other.c_str(), RENAME_EXCHANGE) == 0) return true;
-    if (errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP) return false;
+    if (isUnsupportedRename(errno)) return false;
     throwFileError("rename", place / other);
 }
 
@@ -125,5 +156,9 @@ Mount Folder::mount() const {
 }
 
 void Folder::remove(const std::string& name) const noexcept { ::unlinkat(opened.get(), name.c_str(), 0); }
+
+void Folder::removeFolder(const std::string& name) const noexcept {
+    ::unlinkat(opened.get(), name.c_str(), AT_REMOVEDIR);
+}
 
 } // namespace zembrastel

@@ -36,8 +36,8 @@ public:
     // The folder of that name in this one; nothing when there is no item of that name, or one that is no folder.
     [[nodiscard]] std::optional<Folder> enter(const std::string& name) const;
 
-    // The same, made first when it is missing; an item of another kind is an error.
-    [[nodiscard]] Folder enterOrMake(const std::string& name) const;
+    // The same, made first with this mode, less the umask, when it is missing; an item of another kind is an error.
+    [[nodiscard]] Folder enterOrMake(const std::string& name, mode_t mode = 0777) const;
 
     // Of the item itself; nothing when there is none.
     [[nodiscard]] std::optional<struct stat> attributes(const std::string& name) const;
@@ -48,6 +48,8 @@ public:
     [[nodiscard]] Descriptor create(const std::string& name, mode_t mode) const;
 
     // Gives a file the further, or only, name `newName`. False, with nothing changed, when an item of that name exists.
+    // Where the file system has neither hard links nor a rename that refuses to replace, an empty file takes the name
+    // for a moment. One that a kill leaves there is dated 1970, so that every copy on a server counts as newer.
     [[nodiscard]] bool install(const std::string& name, const std::string& newName) const;
 
     // Swaps two files in one step. False, with nothing done, where the file system cannot.
@@ -62,12 +64,17 @@ public:
     // Removes the file if it is there.
     void remove(const std::string& name) const noexcept;
 
+    // Removes the folder of that name if it is there and empty.
+    void removeFolder(const std::string& name) const noexcept;
+
     [[nodiscard]] int descriptor() const { return opened.get(); }
 
     // Where the folder was when it was opened, for messages.
     [[nodiscard]] const std::filesystem::path& path() const { return place; }
 
 private:
+    [[nodiscard]] bool installOverPlaceholder(const std::string& name, const std::string& newName) const;
+
     Folder(Descriptor held, std::filesystem::path where) : opened(std::move(held)), place(std::move(where)) {}
 
     Descriptor opened;

@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <unicode/coll.h>
 #include <unicode/locid.h>
+#include <unicode/normalizer2.h>
 #include <unicode/parsepos.h>
 #include <unicode/smpdtfmt.h>
 #include <unicode/timezone.h>
@@ -145,6 +146,13 @@ Place findLineBreak(std::string_view text) {
     return findFirst(text, suspect, lineBreakStep);
 }
 
+Place findControl(std::string_view text) {
+    const auto suspect = [](Word word) { return anyBelow(word, ' ') || anyEqual(word, 0xC2) || anyEqual(word, 0xE2); };
+    return findFirst(text, suspect, [](std::string_view rest) {
+        return static_cast<unsigned char>(rest.front()) < ' ' ? Step{true, 1} : lineBreakStep(rest);
+    });
+}
+
 Place findWhitespace(std::string_view text) {
     return findFirst(
         text, [](Word word) { return anyBeyondAscii(word) || anyBelow(word, ' ' + 1); },
@@ -241,6 +249,8 @@ bool isValidUtf8(std::string_view text) { return findInvalid(text).size == 0; }
 
 bool containsLineBreak(std::string_view text) { return findLineBreak(text).size != 0; }
 
+bool containsControl(std::string_view text) { return findControl(text).size != 0; }
+
 bool containsWhitespace(std::string_view text) { return findWhitespace(text).size != 0; }
 
 std::size_t leadingWhitespace(std::string_view text) { return leading(text, isWhitespace); }
@@ -313,6 +323,21 @@ std::string printable(std::string_view text) {
         text.remove_prefix(next.size);
     }
     return shown;
+}
+
+std::string foldedName(std::string_view name) {
+    const auto beyondAscii = [](char byte) { return static_cast<unsigned char>(byte) >= 0x80; };
+    if (std::ranges::none_of(name, beyondAscii)) return asciiLowercase(name);
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::Normalizer2* form = icu::Normalizer2::getNFCInstance(status);
+    require(status, "No normalization of names");
+    // Folding can leave text that is not normalized.
+    icu::UnicodeString text = form->normalize(icu::UnicodeString::fromUTF8(piece(name)), status);
+    text = form->normalize(text.foldCase(), status);
+    require(status, "Names cannot be normalized");
+    std::string folded;
+    text.toUTF8String(folded);
+    return folded;
 }
 
 int compareNames(std::string_view a, std::string_view b) {

@@ -18,6 +18,9 @@ namespace zembrastel {
 // The Unicode line breaks: U+000A to U+000D, U+0085, U+2028, U+2029.
 [[nodiscard]] bool containsLineBreak(std::string_view text);
 
+// A character below U+0020, or one of the line breaks above.
+[[nodiscard]] bool containsControl(std::string_view text);
+
 // The Unicode property White_Space, line breaks included.
 [[nodiscard]] bool containsWhitespace(std::string_view text);
 
@@ -52,6 +55,10 @@ namespace zembrastel {
 
 // `text` for a person to read: control characters and invalid bytes as \xHH, all else as it is.
 [[nodiscard]] std::string printable(std::string_view text);
+
+// Equal for names that differ only in case or in Unicode normalization form: where file systems ignore these, such
+// names are one file. The text must be valid UTF-8.
+[[nodiscard]] std::string foldedName(std::string_view name);
 
 // Negative, zero or positive as `a` sorts before, with or after `b` in a file manager: runs of digits by value, case
 // ignored, by the rules of the user's language.

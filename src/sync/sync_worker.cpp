@@ -2,9 +2,9 @@
 
 #include "model/error.h"
 #include "model/scan.h"
-#include "platform/text.h"
 #include "sync/progress_meter.h"
 #include "sync/upload_queue.h"
+#include "transport/alike_names.h"
 #include "transport/ftp_transport.h"
 
 #include <algorithm>
@@ -133,7 +133,8 @@ private:
         FileMap current = scan(
             worker.profile,
             {.checkpoint = [this] { worker.control->check(); },
-             .unusableName = [this](std::string_view path) { reportUnusable(path); },
+             .unusableName =
+                 [this](std::string_view path, NameFault fault) { reportOnce(leftOutLine(fault, path), true); },
              .mounted = [&found](const Mount& folder) { found = folder; }},
             previous.empty() ? baseline : previous);
         requireOwnDisk(found, current);
@@ -157,13 +158,18 @@ private:
         mount = found;
     }
 
-    void reportUnusable(std::string_view path) {
-        if (!reportedNames.emplace(path).second) return;
-        activity("Left out, because its name is not valid UTF-8: " + printable(path), true);
+    void reportOnce(const std::string& line, bool error) {
+        if (reported.emplace(line).second) activity(line, error);
+    }
+
+    void reportAlikeNames(const FileMap& current) {
+        for (const auto& line : alikeNameLines(current, lookedThrough)) reportOnce(line, false);
+        lookedThrough = current;
     }
 
     // One poll's work on what the scan found.
     void synchronise(const FileMap& current) {
+        reportAlikeNames(current);
         const auto changed = changedPaths(current, baseline);
         const auto pending = static_cast<std::int64_t>(changed.size());
         uploads.keepFailuresOf(changed);
@@ -238,7 +244,8 @@ private:
     bool diskWasAway = false;
     UploadQueue uploads;
     bool waitingShown = false; // the status says why files wait
-    std::set<std::string, std::less<>> reportedNames;
+    FileMap lookedThrough;     // for names that are alike
+    std::set<std::string, std::less<>> reported;
 };
 
 } // namespace

@@ -99,15 +99,6 @@ LocalPlace existing(const std::string& localFolder, const Backup& backup) {
     return place;
 }
 
-// The version, under a temporary name in the folder it is to come back to.
-void copyTo(const StagedFile& staged, const LocalPlace& version, mode_t& permissions, const TransferControl& control) {
-    const Descriptor from = version.parent->openForReading(version.name);
-    struct stat attributes {};
-    if (::fstat(from.get(), &attributes) != 0) throwFileError("stat", version.url);
-    permissions = attributes.st_mode;
-    copyContents(from.get(), staged.descriptor(), version.url, [&control] { control.check(); });
-}
-
 [[noreturn]] void refuseChanged(const std::string& path) {
     throw SyncError(path + " changed while it was being restored. The local file was kept; restore it again.");
 }
@@ -153,13 +144,13 @@ Restored restoreBackup(const std::string& localFolder, const Backup& backup, con
     if (current && !S_ISREG(current->st_mode)) {
         throw SyncError(backup.path + " is no file in the local folder now. It was left as it is.");
     }
-    const StagedFile staged(*local.parent);
-    mode_t permissions = 0;
-    copyTo(staged, version, permissions, control);
+    StagedFile staged(*local.parent);
+    const Descriptor from = version.parent->openForReading(version.name);
+    copyContents(from.get(), staged.descriptor(), version.url, [&control] { control.check(); });
     if (!current) {
-        staged.settle(permissions);
+        staged.settleLike(from.get());
         const auto now = staged.fingerprint();
-        if (!local.parent->install(staged.name, local.name)) refuseChanged(backup.path);
+        if (!local.parent->install(staged.name(), local.name)) refuseChanged(backup.path);
         return {.now = now};
     }
     const auto replaced = Fingerprint::of(*current);

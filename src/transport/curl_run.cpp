@@ -80,15 +80,15 @@ ChildProcess::Exit runUnder(
 // One curl that has ended, and what it left.
 class Run {
 public:
-    Run(TransferControl& control, const std::string& configuration, bool directory, int localFile,
-        const Look& look = {}) {
+    Run(TransferControl& control, const std::string& configuration, std::optional<std::uint64_t> mostWritten,
+        int localFile, const Look& look = {}) {
         ChildProcess process(
             {.executable = curlExecutable,
              .arguments = {"--disable", "--config", "-"},
              .output = output.get(),
              .errors = errors.get(),
              .file = localFile,
-             .mostWritten = directory ? std::optional(longestListing) : std::nullopt});
+             .mostWritten = mostWritten});
         exit = runUnder(control, process, configuration, look);
         control.check();
     }
@@ -132,7 +132,7 @@ void readTranscript(std::string_view text, Conversation& conversation) {
 
 std::string FTPTransport::run(
     std::string_view path, bool directory, const std::vector<TransferOption>& options, int localFile,
-    const Position& position) const {
+    const Position& position, std::optional<std::uint64_t> mostWritten) const {
     control->check();
     const auto configuration = curlConfiguration(profile, password, path, directory, options);
     Look look;
@@ -141,9 +141,10 @@ std::string FTPTransport::run(
             if (const auto bytes = position(curl)) observer->fileMoved(*bytes);
         };
     }
-    const Run done(*control, configuration, directory, localFile, look);
+    if (directory) mostWritten = longestListing;
+    const Run done(*control, configuration, mostWritten, localFile, look);
     if (done.succeeded()) return done.outputText();
-    if (done.wroteTooMuch()) throw SyncError(listingTooLong);
+    if (done.wroteTooMuch()) throw SyncError(directory ? listingTooLong : "The server's file is too long.");
     std::string words = failureMessage(done.errorsText(), password);
     if (words == withoutWords) {
         if (const auto full = fullness(done.errors.get())) throwFileError("write", done.folder().path(), *full);
@@ -159,7 +160,7 @@ Conversation FTPTransport::converse(
     control->check();
     options.push_back({"verbose"});
     const auto configuration = curlConfiguration(profile, password, path, directory, options);
-    const Run done(*control, configuration, directory, localFile);
+    const Run done(*control, configuration, directory ? std::optional(longestListing) : std::nullopt, localFile);
     Conversation conversation{.succeeded = done.succeeded()};
     if (done.succeeded()) conversation.output = done.outputText();
     readTranscript(withoutPassword(done.errorsText(), password), conversation);

@@ -9,7 +9,9 @@
 #pragma once
 
 #include "model/fingerprint.h"
+#include "model/name_fault.h"
 #include "model/profile.h"
+#include "transport/alike_names.h"
 #include "transport/curl_configuration.h"
 #include "transport/remote_change.h"
 #include "transport/remote_entry.h"
@@ -23,6 +25,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -55,18 +58,29 @@ struct FTPTransport {
     // One run of curl: the options that every operation has, then `options`. Returns what curl wrote to its standard
     // output. The one local file that curl may read or write is the open `localFile`, which the options call
     // ChildProcess::filePath: curl is given no path of the local side, so nobody can put a link into one. What
-    // `position` tells goes to the observer.
+    // `position` tells goes to the observer. A file that would become longer than `mostWritten` fails the run.
     std::string run(
         std::string_view path, bool directory, const std::vector<TransferOption>& options, int localFile = -1,
-        const Position& position = {}) const;
+        const Position& position = {}, std::optional<std::uint64_t> mostWritten = std::nullopt) const;
 
     // The same run, with all that was said in it. A failure is part of the conversation and not thrown.
     [[nodiscard]] Conversation converse(
         std::string_view path, bool directory, std::vector<TransferOption> options, int localFile = -1) const;
 
     // The entries of one remote folder, in the server's order: those of MLSD that LIST shows as well, with MLSD's
-    // dates, or where the server has no MLSD those of LIST, without dates.
+    // dates, or where the server has no MLSD those of LIST, without dates. Each name once. A listing that ends in the
+    // middle of a line is asked for once more, and then refused.
     [[nodiscard]] std::vector<RemoteEntry> list(std::string_view path) const;
+
+    // The same, where an entry has the name of the local item that it is alike to (alike_names.h), if the server finds
+    // its own item under that name. Then an upload of the local item would replace it.
+    [[nodiscard]] std::vector<RemoteEntry> list(std::string_view path, const std::vector<LocalItem>& local) const;
+
+    // As the first; nothing where the server has no such folder.
+    [[nodiscard]] std::optional<std::vector<RemoteEntry>> listIfThere(std::string_view path) const;
+
+    // Has the server a file that it finds under this very path, however it spells the name in its listing?
+    [[nodiscard]] bool hasFile(std::string_view path) const;
 
     // The server's modification date of one file; never a guess.
     [[nodiscard]] RemoteDate modificationDate(std::string_view path) const;
@@ -77,6 +91,9 @@ struct FTPTransport {
         std::optional<std::uint64_t> size = std::nullopt;
     };
     [[nodiscard]] FileFacts facts(std::string_view path) const;
+
+    // The size of one file in bytes, as the server tells it now; nothing where it does not.
+    [[nodiscard]] std::optional<std::uint64_t> size(std::string_view path) const;
 
     // The version of one file, also of one that listings hide. Nullopt where it is not there, or the server does not
     // report its date.
@@ -96,19 +113,23 @@ struct FTPTransport {
 
     // The initial download of the chosen contents below `path`, which is `depth` levels below the remote folder.
     // Installs what is missing locally and replaces, with a backup, what is older than the server's; keeps all else.
+    // What no local file can be made of is left out: names that cannot be transferred, folders that are too deep or
+    // lead back to one above them. A local item is the server's if the server finds its own under the local name.
     // `report` gets a line for each step, `installed` each file written: both are called on this thread.
     void downloadTree(const std::string& path, int depth, const Report& report, const Installed& installed) const;
 
     // Replaces one local file by the server's newer version, with the old one as a backup under .zembrastel-backups,
-    // unless either side changed since the comparison. Returns the new local fingerprint.
+    // and returns the new local fingerprint. Throws ChangedMeanwhile, with the local file as it was, when either side
+    // changed or vanished since the comparison.
     Fingerprint replaceLocal(const RemoteChange& change) const;
 
-    // Compares the scanned local files with the server: see ServerCheck. Its changes are ordered as a file manager
-    // would order them. `report` gets a line for each folder. Fetches at most 32 MB, to compare contents. What a
-    // download that was killed left in the local folder is cleared away first: see leftovers.h.
+    // Compares the scanned local files with the server and changes nothing on either side: see ServerCheck. Its changes
+    // are ordered as a file manager would order them. Paths are those of the local files, also where the server's
+    // listing has another spelling of the name. `report` gets a line for each folder. Fetches at most 32 MB, to compare
+    // contents.
     [[nodiscard]] ServerCheck newerRemoteFiles(const ServerRecord& recorded, const Report& report) const;
 
-    // Has the server's file the bytes of the local file, which has this fingerprint? False as well when either side
+    // Has the server's file the bytes of the local file, which has this fingerprint? False as well when the local file
     // changed meanwhile. Fetches the file.
     [[nodiscard]] bool hasContentsOf(const std::string& path, const Fingerprint& local) const;
 };
@@ -116,13 +137,7 @@ struct FTPTransport {
 // What has curl send the handed-over file under the temporary name, and then give it its own, replacing what has it.
 [[nodiscard]] std::vector<TransferOption> uploadOptions(const std::string& temporary, const std::string& name);
 
-// Deeper remote folders are refused: no real site has them, and a link that a server follows can go on for ever.
-inline constexpr int mostFolderLevels = 128;
-
 // Throws the SyncError for a folder `depth` levels below the remote one, when that is too deep.
 void checkFolderDepth(int depth);
-
-// The path of `name` in the folder `path`.
-[[nodiscard]] std::string childPath(std::string_view path, std::string_view name);
 
 } // namespace zembrastel

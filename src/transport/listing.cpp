@@ -6,10 +6,36 @@
 namespace zembrastel {
 namespace {
 
+constexpr const char* noSuchFolder = "curl: (9)";
+constexpr const char* noSuchFile = "curl: (78)";
+
+// What `ask` returns; nothing when it fails with the words of curl that say that there is no such item.
+template <class Ask>
+auto unlessAbsent(const char* words, Ask ask) -> std::optional<decltype(ask())> {
+    try {
+        return ask();
+    } catch (const SyncError& error) {
+        if (std::string_view(error.what()).starts_with(words)) return std::nullopt;
+        throw;
+    }
+}
+
+// The text of the whole listing. A connection that was lost is not always an error: some servers report success.
+std::string wholeListing(
+    const FTPTransport& transport, std::string_view path, const std::vector<TransferOption>& options) {
+    for (const bool last : {false, true}) {
+        std::string text = transport.run(path, true, options);
+        if (!isCutShort(text)) return text;
+        if (last) break;
+    }
+    const std::string folder = path.empty() ? "the remote folder" : std::string(path);
+    throw SyncError("The server sent only a part of the directory listing of " + folder + ". None of it is used.");
+}
+
 // Nothing when the server has no MLSD, or one that cannot be read. Throws Cancelled alone.
 std::optional<std::vector<RemoteEntry>> listMLSD(const FTPTransport& transport, std::string_view path) {
     try {
-        const std::string text = transport.run(path, true, {{"request", "MLSD"}});
+        const std::string text = wholeListing(transport, path, {{"request", "MLSD"}});
         if (isValidUtf8(text)) return parseMLSD(text);
     } catch (const Cancelled&) {
         throw;
@@ -21,7 +47,7 @@ std::optional<std::vector<RemoteEntry>> listMLSD(const FTPTransport& transport, 
 }
 
 std::vector<RemoteEntry> listLIST(const FTPTransport& transport, std::string_view path) {
-    const std::string text = transport.run(path, true, {});
+    const std::string text = wholeListing(transport, path, {});
     if (!isValidUtf8(text)) throw SyncError("The server's filenames are not UTF-8.");
     return parseLIST(text);
 }
@@ -40,15 +66,30 @@ void checkFolderDepth(int depth) {
 
 std::vector<RemoteEntry> FTPTransport::list(std::string_view path) const {
     auto entries = listMLSD(*this, path);
-    if (!entries) return listLIST(*this, path);
+    if (!entries) {
+        entries = listLIST(*this, path);
+        keepShown(*entries, *entries);
+        return std::move(*entries);
+    }
     try {
         keepShown(*entries, listLIST(*this, path));
     } catch (const Cancelled&) {
         throw;
     } catch (const std::exception&) {
         // MLSD alone is enough where LIST cannot confirm it.
+        keepShown(*entries, *entries);
     }
     return std::move(*entries);
+}
+
+std::vector<RemoteEntry> FTPTransport::list(std::string_view path, const std::vector<LocalItem>& local) const {
+    auto entries = list(path);
+    for (const auto& [index, name] : alikeItems(entries, local)) {
+        const auto localPath = childPath(path, name);
+        const bool isSame = entries[index].directory ? listIfThere(localPath).has_value() : hasFile(localPath);
+        if (isSame) entries[index].name = name;
+    }
+    return entries;
 }
 
 FTPTransport::FileFacts FTPTransport::facts(std::string_view path) const {
@@ -74,6 +115,18 @@ std::optional<ServerVersion> FTPTransport::findVersion(std::string_view path) co
 }
 
 RemoteDate FTPTransport::modificationDate(std::string_view path) const { return facts(path).modified; }
+
+std::optional<std::uint64_t> FTPTransport::size(std::string_view path) const {
+    return findContentLength(run(path, false, {{"head"}}));
+}
+
+std::optional<std::vector<RemoteEntry>> FTPTransport::listIfThere(std::string_view path) const {
+    return unlessAbsent(noSuchFolder, [&] { return list(path); });
+}
+
+bool FTPTransport::hasFile(std::string_view path) const {
+    return unlessAbsent(noSuchFile, [&] { return run(path, false, {{"head"}}); }).has_value();
+}
 
 std::size_t FTPTransport::test() const { return list("").size(); }
 

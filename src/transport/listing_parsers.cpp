@@ -241,14 +241,27 @@ std::vector<RemoteEntry> parseLIST(std::string_view text) {
     return entries;
 }
 
+bool isCutShort(std::string_view listing) { return !listing.empty() && !listing.ends_with('\n'); }
+
 void keepShown(std::vector<RemoteEntry>& entries, const std::vector<RemoteEntry>& shown) {
     // Sorted rather than hashed: a server could choose a million names that all have the same hash.
     std::vector<std::string_view> names;
     names.reserve(shown.size());
     for (const auto& entry : shown) names.push_back(entry.name);
     std::ranges::sort(names);
-    std::erase_if(
-        entries, [&names](const RemoteEntry& entry) { return !std::ranges::binary_search(names, entry.name); });
+    std::vector<bool> taken(names.size(), false);
+    std::vector<bool> kept;
+    kept.reserve(entries.size());
+    for (const auto& entry : entries) {
+        const auto found = std::ranges::lower_bound(names, entry.name);
+        const bool keep =
+            found != names.end() && *found == entry.name && !taken[static_cast<std::size_t>(found - names.begin())];
+        if (keep) taken[static_cast<std::size_t>(found - names.begin())] = true;
+        kept.push_back(keep);
+    }
+    // Only now: until here `names` may be those of the entries.
+    std::size_t index = 0;
+    std::erase_if(entries, [&](const RemoteEntry&) { return !kept[index++]; });
 }
 
 std::optional<RemoteDate> parseFTPDate(std::string_view text) {

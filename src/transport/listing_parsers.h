@@ -21,7 +21,11 @@ namespace zembrastel {
 // folder's own entries are left out.
 [[nodiscard]] std::vector<RemoteEntry> parseLIST(std::string_view text);
 
-// Keeps the entries that the other listing shows as well: what a server hides there is not to be offered.
+// Does the text end in the middle of a line? Every line of a listing has an end, so the rest of such a text was lost.
+[[nodiscard]] bool isCutShort(std::string_view listing);
+
+// Keeps the entries that the other listing shows as well: what a server hides there is not to be offered. Of entries
+// with one name the first is kept. The two may be the same.
 void keepShown(std::vector<RemoteEntry>& entries, const std::vector<RemoteEntry>& shown);
 
 // The instant of "20200101123456", in UTC; what follows the fourteenth character is not looked at. Nothing when those

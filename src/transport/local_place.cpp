@@ -34,9 +34,8 @@ std::optional<Folder> openRoot(const std::filesystem::path& root) {
     }
 }
 
-using Step = std::optional<Folder> (*)(const Folder& folder, const std::string& name);
-
-LocalPlace resolveBy(Step step, const std::string& localFolder, std::string_view path) {
+template <class Step>
+LocalPlace resolveBy(const Step& step, const std::string& localFolder, std::string_view path) {
     const auto pieces = split(path, '/');
     if (!path.empty() && !std::all_of(pieces.begin(), pieces.end(), validName)) throw SyncError("Unsafe local path.");
     const auto root = standardised(localFolder);
@@ -64,9 +63,11 @@ LocalPlace LocalPlace::resolve(const std::string& localFolder, std::string_view 
         [](const Folder& folder, const std::string& piece) { return folder.enter(piece); }, localFolder, path);
 }
 
-LocalPlace LocalPlace::resolveMakingFolders(const std::string& localFolder, std::string_view path) {
+LocalPlace LocalPlace::resolveMakingFolders(const std::string& localFolder, std::string_view path, mode_t mode) {
     auto place = resolveBy(
-        [](const Folder& folder, const std::string& piece) { return std::optional(folder.enterOrMake(piece)); },
+        [mode](const Folder& folder, const std::string& piece) {
+            return std::optional(folder.enterOrMake(piece, mode));
+        },
         localFolder, path);
     if (!place.parent) throwFileError("open", localFolder, ENOENT);
     return place;
@@ -85,6 +86,8 @@ Fingerprint LocalPlace::fingerprint() const {
     return Fingerprint::of(*item);
 }
 
-std::string temporaryName() { return ".zembrastel-" + Uuid::random().text() + ".part"; }
+std::string temporaryName(std::string_view suffix) {
+    return ".zembrastel-" + Uuid::random().text() + std::string(suffix);
+}
 
 } // namespace zembrastel

@@ -23,8 +23,9 @@ struct LocalPlace {
     // Throws SyncError for an unsafe path, and for a symbolic link anywhere on the way or at its end.
     [[nodiscard]] static LocalPlace resolve(const std::string& localFolder, std::string_view path);
 
-    // The same, with the folders on the way made where they are missing.
-    [[nodiscard]] static LocalPlace resolveMakingFolders(const std::string& localFolder, std::string_view path);
+    // The same, with the folders on the way made where they are missing, with this mode less the umask.
+    [[nodiscard]] static LocalPlace resolveMakingFolders(
+        const std::string& localFolder, std::string_view path, mode_t mode = 0777);
 
     // Of the item itself; nothing when there is none. A link is an error as in resolve().
     [[nodiscard]] std::optional<struct stat> attributes() const;
@@ -33,7 +34,12 @@ struct LocalPlace {
     [[nodiscard]] Fingerprint fingerprint() const;
 };
 
+// A temporary file of the first kind holds a copy of what is elsewhere as well, and may be removed when nobody works
+// with it any more; one of the second kind may hold the only copy of a local file's content.
+inline constexpr std::string_view copySuffix = ".part";
+inline constexpr std::string_view displacedSuffix = ".displaced";
+
 // "." and the name of a temporary file, unique, of the kind that is never synchronised.
-[[nodiscard]] std::string temporaryName();
+[[nodiscard]] std::string temporaryName(std::string_view suffix = copySuffix);
 
 } // namespace zembrastel

@@ -1,47 +1,115 @@
 #include "transport/local_replacement.h"
 
+#include "model/error.h"
+#include "platform/file_attributes.h"
 #include "platform/files.h"
 #include "platform/uuid.h"
 
 #include <cerrno>
-#include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <unistd.h>
 #include <utility>
 
 namespace zembrastel {
 namespace {
 
-constexpr mode_t permissionBits = 07777;
 constexpr mode_t newFileMode = 0666; // less the umask, as any program's
+constexpr mode_t ownFile = 0600;
+constexpr mode_t ownFolder = 0700;
 
-// A place for the file under a new backup folder, which is made.
-LocalPlace newBackupPlace(const std::string& localFolder, const std::string& path) {
-    return LocalPlace::resolveMakingFolders(
-        localFolder, std::string(backupFolder) + "/" + Uuid::random().text() + "/" + path);
+struct stat attributesOf(int file, const std::filesystem::path& name) {
+    struct stat attributes {};
+    if (::fstat(file, &attributes) != 0) throwFileError("stat", name);
+    return attributes;
+}
+
+// A file of this kind without a lock is a leftover. A start that comes between the making and the lock removes it: then
+// there is another.
+std::pair<std::string, Descriptor> makeLocked(const Folder& folder) {
+    for (;;) {
+        auto name = temporaryName();
+        Descriptor file = folder.create(name, ownFile);
+        (void)::flock(file.get(), LOCK_EX); // waits for a start at most, which holds it for a moment
+        // Asked by the name: some file systems count no links at all.
+        if (folder.attributes(name)) return {std::move(name), std::move(file)};
+    }
+}
+
+// What comes of newFileMode in this folder. One that is made tells: asking for the umask would change it for all
+// threads, and a folder may have a default access-control list in its place.
+mode_t modeOfNewFiles(const Folder& folder) {
+    const std::string name = temporaryName();
+    const Descriptor file = folder.create(name, newFileMode);
+    folder.remove(name);
+    return attributesOf(file.get(), folder.path() / name).st_mode & 0777U;
+}
+
+void copyFile(int from, const LocalPlace& to, const std::function<void()>& checkpoint) {
+    const auto original = attributesOf(from, to.url);
+    const Descriptor copy = to.parent->create(to.name, ownFile);
+    copyContents(from, copy.get(), to.url, checkpoint);
+    copyAttributes(from, copy.get(), to.url);
+    const timespec times[] = {original.st_atim, original.st_mtim};
+    if (::futimens(copy.get(), times) != 0) throwFileError("utimens", to.url);
+    if (::fsync(copy.get()) != 0) throwFileError("fsync", to.url);
+}
+
+// Half a backup is none, and every attempt on a full disk would leave one more.
+void discardBackup(const std::string& localFolder, std::string path) {
+    try {
+        const auto file = LocalPlace::resolve(localFolder, path);
+        if (file.parent) file.parent->remove(file.name);
+        while ((path = path.substr(0, path.rfind('/'))) != backupFolder) {
+            const auto folder = LocalPlace::resolve(localFolder, path);
+            if (folder.parent) folder.parent->removeFolder(folder.name);
+        }
+    } catch (const SyncError&) {
+        // A link stands on the way now; the failure before it is the one to report.
+    } catch (const std::filesystem::filesystem_error&) {
+        // It stays, and does no harm.
+    }
+}
+
+// Makes a place for the file under a new backup folder and has it filled; when that fails nothing is left of it.
+template <class Fill>
+LocalPlace makeBackupBy(const Fill& fill, const std::string& localFolder, const std::string& path) {
+    const std::string backupPath = std::string(backupFolder) + "/" + Uuid::random().text() + "/" + path;
+    try {
+        auto backup = LocalPlace::resolveMakingFolders(localFolder, backupPath, ownFolder);
+        fill(backup);
+        return backup;
+    } catch (...) {
+        discardBackup(localFolder, backupPath);
+        throw;
+    }
+}
+
+// False, with nothing done, where only a copy can be the backup.
+bool becomesBackup(const Folder& folder, const std::string& name, const LocalPlace& backup) {
+    const auto item = folder.attributes(name);
+    if (item && item->st_nlink > 1) return false;
+    try {
+        folder.replace(name, *backup.parent, backup.name);
+        return true;
+    } catch (const std::filesystem::filesystem_error& error) {
+        if (error.code() == std::errc::cross_device_link) return false;
+        throw;
+    }
 }
 
 // Puts what an exchange brought out under `name` back in its place, where `placed` stands since. The editing may go on:
 // what comes out now can be a newer edit still, which has to go back in its turn. The place has the newest once there
 // comes out what was put in before; that is then under `name`.
 void putBack(const Folder& folder, const std::string& name, const std::string& place, ino_t placed) {
-    for (auto out = folder.attributes(name); out && folder.exchange(name, place);) {
-        const auto back = folder.attributes(name);
-        if (!back || back->st_ino == placed) return;
-        placed = std::exchange(out, back)->st_ino;
-    }
-}
-
-// A file of this kind without a lock is a leftover. A check that comes between the making and the lock removes it: then
-// there is another.
-std::pair<std::string, Descriptor> makeLocked(const Folder& folder) {
-    for (;;) {
-        auto name = temporaryName();
-        Descriptor file = folder.create(name, newFileMode);
-        (void)::flock(file.get(), LOCK_EX); // waits for a check at most, which holds it for a moment
-        // Asked by the name: some file systems count no links at all.
-        if (folder.attributes(name)) return {std::move(name), std::move(file)};
+    try {
+        for (auto out = folder.attributes(name); out && folder.exchange(name, place);) {
+            const auto back = folder.attributes(name);
+            if (!back || back->st_ino == placed) return;
+            placed = std::exchange(out, back)->st_ino;
+        }
+    } catch (const std::filesystem::filesystem_error& error) {
+        // The place was cleared meanwhile, and stays so.
+        if (error.code() != std::errc::no_such_file_or_directory) throw;
     }
 }
 
@@ -50,80 +118,93 @@ std::pair<std::string, Descriptor> makeLocked(const Folder& folder) {
 StagedFile::StagedFile(const Folder& into) : StagedFile(into, makeLocked(into)) {}
 
 StagedFile::StagedFile(const Folder& into, std::pair<std::string, Descriptor> made)
-    : folder(into), name(std::move(made.first)), file(std::move(made.second)) {}
+    : folder(into), temporary(std::move(made.first)), file(std::move(made.second)) {}
 
 StagedFile::~StagedFile() {
-    if (!kept) folder.remove(name);
+    if (!kept) folder.remove(temporary);
 }
 
-void StagedFile::settle(std::optional<mode_t> permissions) const {
-    const auto item = folder.attributes(name);
-    if (!item || item->st_ino != fingerprint().inode) throwFileError("open", folder.path() / name, ESTALE);
-    if (permissions && ::fchmod(file.get(), *permissions & permissionBits) != 0) {
-        throwFileError("chmod", folder.path() / name);
+void StagedFile::settleLike(int original) const {
+    requireInPlace();
+    copyAttributes(original, file.get(), folder.path() / temporary);
+    flush();
+}
+
+void StagedFile::settleAsNew() const {
+    requireInPlace();
+    const mode_t mode = modeOfNewFiles(folder);
+    // Where all files have the same bits it has them already.
+    if (::fchmod(file.get(), mode) != 0 && errno != EPERM) throwFileError("chmod", folder.path() / temporary);
+    flush();
+}
+
+void StagedFile::requireInPlace() const {
+    const auto item = folder.attributes(temporary);
+    if (!item || item->st_ino != attributesOf(file.get(), folder.path() / temporary).st_ino) {
+        throwFileError("open", folder.path() / temporary, ESTALE);
     }
-    if (::fsync(file.get()) != 0) throwFileError("fsync", folder.path() / name);
+}
+
+void StagedFile::flush() const {
+    if (::fsync(file.get()) != 0) throwFileError("fsync", folder.path() / temporary);
+}
+
+bool StagedFile::exchangeWith(const std::string& place) {
+    std::string displaced = temporaryName(displacedSuffix);
+    folder.replace(temporary, folder, displaced);
+    temporary = std::move(displaced);
+    return folder.exchange(temporary, place);
 }
 
 Fingerprint StagedFile::fingerprint() const {
-    struct stat attributes {};
-    if (::fstat(file.get(), &attributes) != 0) throwFileError("stat", folder.path() / name);
-    return Fingerprint::of(attributes);
+    return Fingerprint::of(attributesOf(file.get(), folder.path() / temporary));
 }
 
 LocalPlace makeBackup(const std::string& localFolder, const LocalPlace& original, const TransferControl& control) {
-    auto backup = newBackupPlace(localFolder, original.path);
     const Descriptor from = original.parent->openForReading(original.name);
-    struct stat attributes {};
-    if (::fstat(from.get(), &attributes) != 0) throwFileError("stat", original.url);
-    const Descriptor to = backup.parent->create(backup.name, S_IRUSR | S_IWUSR);
-    try {
-        copyContents(from.get(), to.get(), backup.url, [&control] { control.check(); });
-        const timespec times[] = {attributes.st_atim, attributes.st_mtim};
-        if (::futimens(to.get(), times) != 0 || ::fchmod(to.get(), attributes.st_mode & permissionBits) != 0) {
-            throwFileError("chmod", backup.url);
-        }
-        if (::fsync(to.get()) != 0) throwFileError("fsync", backup.url);
-    } catch (...) {
-        // Half a backup is none, and every attempt on a full disk would leave one more.
-        backup.parent->remove(backup.name);
-        throw;
-    }
-    return backup;
+    return makeBackupBy(
+        [&](const LocalPlace& backup) { copyFile(from.get(), backup, [&control] { control.check(); }); }, localFolder,
+        original.path);
+}
+
+void moveToBackup(
+    const std::string& localFolder, const Folder& folder, const std::string& name, const std::string& path) {
+    (void)makeBackupBy(
+        [&](const LocalPlace& backup) {
+            if (becomesBackup(folder, name, backup)) return;
+            copyFile(folder.openForReading(name).get(), backup, [] {});
+            folder.remove(name);
+        },
+        localFolder, path);
 }
 
 bool replaceKeeping(
-    const StagedFile& staged, const LocalPlace& local, const Fingerprint& version, const LocalPlace& backup,
+    StagedFile& staged, const LocalPlace& local, const Fingerprint& version, const LocalPlace& backup,
     const std::string& localFolder) {
     const Folder& folder = *local.parent;
-    const auto current = local.attributes();
-    if (!current || Fingerprint::of(*current) != version) return false;
-    staged.settle(current->st_mode);
-    const auto inode = static_cast<ino_t>(staged.fingerprint().inode);
-    if (!folder.exchange(staged.name, local.name)) {
-        folder.replace(staged.name, folder, local.name);
+    const auto isVersion = [&version](const std::optional<struct stat>& item) {
+        return item && Fingerprint::of(*item) == version;
+    };
+    if (!isVersion(local.attributes())) return false;
+    staged.settleLike(folder.openForReading(local.name).get());
+    if (!staged.exchangeWith(local.name)) {
+        if (!isVersion(local.attributes())) return false; // settling took its time
+        folder.replace(staged.name(), folder, local.name);
         return true;
     }
-    const auto displaced = folder.attributes(staged.name);
-    if (displaced && Fingerprint::of(*displaced) == version) {
+    if (isVersion(folder.attributes(staged.name()))) {
         try {
-            folder.replace(staged.name, *backup.parent, backup.name);
+            (void)becomesBackup(folder, staged.name(), backup);
         } catch (const std::filesystem::filesystem_error&) {
-            // The backup folder may be on another file system; the copy in it is the backup then.
+            // The copy that was made before is the backup then.
         }
         return true;
     }
     // An edit slipped in between the look and the exchange. Until it is back, the temporary name is the only one it
     // has.
     staged.keep();
-    try {
-        putBack(folder, staged.name, local.name, inode);
-    } catch (const std::filesystem::filesystem_error& error) {
-        // The place was cleared meanwhile, and stays so.
-        if (error.code() != std::errc::no_such_file_or_directory) throw;
-    }
-    const auto leftover = newBackupPlace(localFolder, local.path);
-    folder.replace(staged.name, *leftover.parent, leftover.name);
+    putBack(folder, staged.name(), local.name, attributesOf(staged.descriptor(), local.url).st_ino);
+    moveToBackup(localFolder, folder, staged.name(), local.path);
     return false;
 }
 

@@ -11,7 +11,6 @@
 #include "transport/local_place.h"
 #include "transport/transfer_control.h"
 
-#include <optional>
 #include <string>
 #include <string_view>
 #include <sys/types.h>
@@ -20,10 +19,11 @@
 namespace zembrastel {
 
 // The folder in the local folder that holds the backups: each in a folder of its own, named by a fresh id, and there
-// under the path that the file had.
+// under the path that the file had. It and all folders in it are for the owner alone.
 inline constexpr std::string_view backupFolder = ".zembrastel-backups";
 
 // A new, empty file under a temporary name in the folder where it is to be installed; removed unless it was moved on.
+// Nobody but the owner may read it before it is settled.
 class StagedFile {
 public:
     explicit StagedFile(const Folder& into);
@@ -33,36 +33,53 @@ public:
 
     [[nodiscard]] int descriptor() const { return file.get(); }
 
-    // Flushes the contents to the disk and, where given, sets the permission bits. Done before the file is installed:
-    // a crash that left it short would otherwise have the short file uploaded as a local edit. Throws when something
-    // else has come to stand under the temporary name.
-    void settle(std::optional<mode_t> permissions) const;
+    // Gives it what the open file `original` has beside its content (see copyAttributes), and flushes it to the disk.
+    // Done before the file is installed: a crash that left it short would otherwise have the short file uploaded as a
+    // local edit. Throws when something else has come to stand under the temporary name.
+    void settleLike(int original) const;
+
+    // The same with the permission bits that any program's new file gets here.
+    void settleAsNew() const;
 
     // Of what is in it now. Read before the file is installed: what stands in the place afterwards may be an edit.
     [[nodiscard]] Fingerprint fingerprint() const;
 
-    // Leaves the file of that name where it is.
-    void keep() const { kept = true; }
+    // Swaps it with the file of that name in one step. False, with nothing swapped, where the file system cannot.
+    // Whatever happens next, even a kill, what stood there is under name() then, which is that of a displaced file.
+    [[nodiscard]] bool exchangeWith(const std::string& place);
 
-    const Folder& folder; // borrowed
-    const std::string name;
+    // Leaves the file of that name where it is.
+    void keep() { kept = true; }
+
+    [[nodiscard]] const std::string& name() const { return temporary; }
 
 private:
     StagedFile(const Folder& into, std::pair<std::string, Descriptor> made);
 
+    void requireInPlace() const;
+    void flush() const;
+
+    const Folder& folder; // borrowed
+    std::string temporary;
     const Descriptor file;
-    mutable bool kept = false;
+    bool kept = false;
 };
 
-// Copies contents, permission bits and modification time of the file to a new backup place.
+// Copies the file, with its date and all that copyAttributes keeps, to a new backup place.
 [[nodiscard]] LocalPlace makeBackup(
     const std::string& localFolder, const LocalPlace& original, const TransferControl& control);
 
 // Puts the staged file in the place of the local version with this fingerprint. False, with the newest local edit in
 // place, when that is no longer the version there. Whatever stood in the place for a moment goes to a backup and is
-// never removed: a program may still have it open, and what it writes is then in the backup.
+// never removed: a program may still have it open, and what it writes is then in the backup. One that has other names
+// is copied: by those it would change in the backup as well.
 [[nodiscard]] bool replaceKeeping(
-    const StagedFile& staged, const LocalPlace& local, const Fingerprint& version, const LocalPlace& backup,
+    StagedFile& staged, const LocalPlace& local, const Fingerprint& version, const LocalPlace& backup,
     const std::string& localFolder);
+
+// Moves the file to a new backup of `path`, or copies and removes it where it has other names or the backups are on
+// another file system.
+void moveToBackup(
+    const std::string& localFolder, const Folder& folder, const std::string& name, const std::string& path);
 
 } // namespace zembrastel

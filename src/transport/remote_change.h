@@ -1,6 +1,7 @@
 // A file that is newer on the server, and the one rule that says so.
 #pragma once
 
+#include "model/error.h"
 #include "model/fingerprint.h"
 #include "model/remote_date.h"
 
@@ -18,8 +19,18 @@ struct RemoteChange {
     friend bool operator==(const RemoteChange&, const RemoteChange&) = default;
 };
 
+// Why one file was not replaced: it changed or vanished since the comparison, here or on the server. Other files still
+// can be.
+class ChangedMeanwhile : public SyncError {
+public:
+    using SyncError::SyncError;
+};
+
 // Is the server's file newer than the local one by more than a second, and, where a date of it is known, changed by
 // more than a second since? The second absorbs servers that keep or report whole seconds.
 [[nodiscard]] bool shouldOffer(RemoteDate remote, const Fingerprint& local, std::optional<RemoteDate> knownRemote);
+
+// The second half of that rule: is the server's file another version than the known one?
+[[nodiscard]] bool isUnknownVersion(RemoteDate remote, std::optional<RemoteDate> knownRemote);
 
 } // namespace zembrastel

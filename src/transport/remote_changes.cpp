@@ -4,7 +4,6 @@
 #include "platform/private_folder.h"
 #include "platform/text.h"
 #include "transport/ftp_transport.h"
-#include "transport/leftovers.h"
 #include "transport/local_place.h"
 #include "transport/server_record.h"
 
@@ -28,7 +27,7 @@ public:
 
     ServerCheck run() {
         walk("", 0);
-        findDisputed();
+        findUnanswered();
         const auto shift = commonShift(differences());
         for (const auto& [path, version] : found.seen) {
             transport.control->check();
@@ -45,7 +44,7 @@ private:
         transport.control->check();
         checkFolderDepth(depth);
         report(path.empty() ? "Comparing the remote folder" : "Comparing " + path);
-        const auto entries = transport.list(path);
+        const auto entries = transport.list(path, localItems(local, path));
         if (transport.observer != nullptr) transport.observer->folderListed(0); // which of them count, is seen below
         for (const auto& entry : entries) {
             const std::string relative = childPath(path, entry.name);
@@ -69,8 +68,8 @@ private:
     }
 
     // A listing may hide a file that is there.
-    void findDisputed() {
-        for (const auto& path : recorded.disputed) {
+    void findUnanswered() {
+        for (const auto& path : recorded.unanswered) {
             if (found.seen.contains(path) || !local.contains(path)) continue;
             if (const auto version = transport.findVersion(path)) found.seen.set(path, *version);
         }
@@ -92,9 +91,9 @@ private:
         const Fingerprint& here = local.at(path);
         const auto* known = recorded.knownDates.find(path);
         const RecordedFile record{.local = recorded.baseline.find(path), .remoteDate = known};
-        const bool disputed = recorded.disputed.contains(path);
+        const bool isUnanswered = recorded.unanswered.contains(path);
         const auto offeredSince = known == nullptr ? std::nullopt : std::optional(*known + shift);
-        if (!disputed && !shouldOffer(version.modified, here, offeredSince)
+        if (!isUnanswered && !shouldOffer(version.modified, here, offeredSince)
             && !differsFromRecord(version, here, record, shift)) {
             if (known != nullptr && shift.count() != 0) recognise(path, version, nullptr);
             return;
@@ -107,7 +106,7 @@ private:
             {.path = path,
              .local = here,
              .remoteDate = version.modified,
-             .bothChanged = disputed || (record.local != nullptr && *record.local != here)});
+             .bothChanged = isUnanswered || (record.local != nullptr && *record.local != here)});
     }
 
     // Own uploads, and decisions, of which it is not certain that they were saved.
@@ -145,17 +144,15 @@ private:
 
 bool shouldOffer(RemoteDate remote, const Fingerprint& local, std::optional<RemoteDate> knownRemote) {
     if (sinceUnixEpoch(remote) <= std::chrono::duration<double>(local.modified) + precision) return false;
+    return isUnknownVersion(remote, knownRemote);
+}
+
+bool isUnknownVersion(RemoteDate remote, std::optional<RemoteDate> knownRemote) {
     return !knownRemote || remote - *knownRemote > precision;
 }
 
 ServerCheck FTPTransport::newerRemoteFiles(const ServerRecord& recorded, const Report& report) const {
-    std::vector<std::string> leftovers;
-    const auto noteLeftover = [&leftovers](std::string_view path) {
-        if (isTemporaryPath(path)) leftovers.emplace_back(path);
-    };
-    const FileMap local =
-        scan(profile, {.checkpoint = [this] { control->check(); }, .excluded = noteLeftover}, recorded.baseline);
-    for (const auto& path : leftovers) clearLeftover(profile, path);
+    const FileMap local = scan(profile, {.checkpoint = [this] { control->check(); }}, recorded.baseline);
     if (local.empty()) {
         (void)list(""); // a server that cannot be reached is still to be told
         return {};

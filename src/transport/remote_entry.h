@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace zembrastel {
 
@@ -15,13 +16,16 @@ struct RemoteEntry {
     std::optional<RemoteDate> modified; // nothing when the listing gave no date
     bool localOnly = false;             // true only for what exists in the local folder alone
 
-    // In bytes, as far as the listing tells. Good for showing how far a download has come, and for nothing else: no
-    // server is held to it, and two listings of one item need not agree.
+    // In bytes, as far as the listing tells. Two listings of one item need not agree: a download of another size is
+    // compared with what the server says of the file itself.
     std::optional<std::uint64_t> size = std::nullopt;
 
     friend bool operator==(const RemoteEntry& a, const RemoteEntry& b) {
         return a.name == b.name && a.directory == b.directory && a.modified == b.modified && a.localOnly == b.localOnly;
     }
 };
+
+// The path of `name` in the folder `path`.
+[[nodiscard]] std::string childPath(std::string_view path, std::string_view name);
 
 } // namespace zembrastel

@@ -22,9 +22,9 @@ struct ServerRecord {
     // Versions of the server's files that are this program's own uploads, or that the user has decided about, whether
     // or not that was saved.
     AnnouncedFiles announced = {};
-    // Files that were not replaced because the server's version was not the one last seen. They are offered even where
-    // the rules would not offer them.
-    std::set<std::string, std::less<>> disputed = {};
+    // Files that were offered before and not decided on, and files that an upload did not replace because the server's
+    // version was not the one last seen. They are offered even where the rules would not offer them.
+    std::set<std::string, std::less<>> unanswered = {};
 };
 
 struct ServerCheck {

@@ -21,7 +21,7 @@ using Parser = std::vector<RemoteEntry> (*)(std::string_view);
 
 SeenListing listedBy(const FTPTransport& transport, const std::vector<TransferOption>& options, Parser parse) {
     SeenListing seen{.answer = transport.converse("", true, options)};
-    if (!seen.answer.succeeded || !isValidUtf8(seen.answer.output)) return seen;
+    if (!seen.answer.succeeded || !isValidUtf8(seen.answer.output) || isCutShort(seen.answer.output)) return seen;
     try {
         seen.entries = parse(seen.answer.output);
     } catch (const SyncError&) {

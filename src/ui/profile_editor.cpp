@@ -359,7 +359,7 @@ bool ProfileEditor::refuse(const Profile& wanted) {
     Objection objection = objectionTo(model.isDemo() ? withExistingFolder(wanted) : wanted);
     if (objection.message.empty()) {
         try {
-            model.checkSavable(wanted);
+            model.checkSavable(wanted, original);
             return false;
         } catch (const std::exception& error) {
             // All that is left to object to is another profile's hold on the folder.
@@ -396,7 +396,7 @@ void ProfileEditor::finishSaving(const Profile& wanted, const std::optional<std:
     showState();
     try {
         if (password) model.keepForSession(wanted.id, *password);
-        model.save(wanted, std::nullopt);
+        model.save(wanted, std::nullopt, std::nullopt, original);
     } catch (const std::exception& error) {
         busy = false;
         showState();

@@ -15,8 +15,6 @@
 
 namespace zembrastel {
 
-using PathSet = std::set<std::string, std::less<>>;
-
 // What is ticked when the sheet opens: what was not edited locally as well, so that no local edit is replaced without
 // an explicit tick.
 [[nodiscard]] PathSet preselection(const std::vector<RemoteChange>& changes);

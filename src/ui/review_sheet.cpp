@@ -64,8 +64,7 @@ QWidget* RemoteChangesView::makeFoot() {
     connect(pause, &QPushButton::clicked, this, &RemoteChangesView::reject);
     confirm = new PushButton(QString(), ButtonKind::primary);
     confirm->setDefault(true);
-    // Where the decision cannot be carried out, the review stays presented and the sheet open.
-    connect(confirm, &QPushButton::clicked, this, [this] { model.resolveReview(review.id, selected()); });
+    connect(confirm, &QPushButton::clicked, this, &RemoteChangesView::decide);
     return makeSheetFoot({pause, confirm});
 }
 
@@ -86,18 +85,26 @@ void RemoteChangesView::showCount() {
     confirm->setLabel(confirmLabel(selected().size()));
 }
 
+// Where the decision is refused, the review stays presented and the sheet open.
+void RemoteChangesView::decide() {
+    if (model.resolveReview(review.id, review.reviewId, selected()) != Decision::outdated) return;
+    accept();
+    model.setAlert(outdatedDecision);
+}
+
 void RemoteChangesView::closeWhenOver() {
     const auto& presented = model.presentedReview();
-    if (isVisible() && (!presented || presented->id != review.id)) accept();
+    if (isVisible() && (!presented || presented->reviewId != review.reviewId)) accept();
 }
 
 void RemoteChangesView::reject() {
     // The sheet goes first: what follows tells everyone that its review is no longer presented.
     AppModel& decided = model;
-    const Uuid id = review.id;
+    const RemoteReview shown = review;
     QDialog::reject();
-    decided.pauseReview(id);
-    if (decided.presentedReview() && decided.presentedReview()->id == id) decided.closeReview();
+    decided.pauseReview(shown.id, shown.reviewId);
+    const auto& presented = decided.presentedReview();
+    if (presented && presented->reviewId == shown.reviewId) decided.closeReview();
 }
 
 } // namespace zembrastel

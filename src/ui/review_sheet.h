@@ -41,6 +41,7 @@ private:
     [[nodiscard]] QWidget* makeFoot();
     void fitHeight();
     void showCount();
+    void decide();
     void closeWhenOver();
 
     AppModel& model;

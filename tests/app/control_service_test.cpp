@@ -112,11 +112,6 @@ TEST_F(Control, DecisionFromOutsideIsCarriedOutAndToldToItsEnd) {
 
     const ControlRequest decision{
         .kind = Kind::decide, .profiles = {id()}, .revision = review.front().revision, .download = {"theirs"}};
-    ControlRequest outdated = decision;
-    outdated.revision += "0";
-    EXPECT_EQ(failure(ask(outdated)), Reason::otherReview);
-    EXPECT_TRUE(model->reviews().contains(id()));
-
     const auto answers = ask(decision);
     EXPECT_EQ(failure(answers), std::nullopt);
     const auto outcomes = only<answer::Outcome>(answers);
@@ -128,10 +123,27 @@ TEST_F(Control, DecisionFromOutsideIsCarriedOutAndToldToItsEnd) {
     EXPECT_TRUE(only<answer::Review>(ask({.kind = Kind::review, .profiles = {id()}})).front().changes.empty());
 }
 
+TEST_F(Control, DecisionOnAnEarlierReviewIsRefused) {
+    changeOnServerWhileClosed();
+    ASSERT_TRUE(runUntil([&] { return model->reviews().contains(id()); }));
+    const ControlRequest late{
+        .kind = Kind::decide, .profiles = {id()}, .revision = stayPaused().reviewId.text(), .downloadAll = true};
+    for (int turn = 0; turn < 2; ++turn) { // while the server is checked, and after that
+        turn == 0 ? model->start(id()) : void(reaches("Review remote changes"));
+        const auto refused = only<answer::Failed>(ask(late));
+        ASSERT_EQ(refused.size(), 1U);
+        EXPECT_EQ(refused.front().reason, Reason::otherReview);
+        EXPECT_EQ(refused.front().text, outdatedDecision);
+    }
+    EXPECT_EQ(model->reviews().at(id()).changes.size(), 2U);
+    EXPECT_EQ(testing::readFile(site / "theirs"), "1");
+    EXPECT_EQ(onServer("mine"), "server edit");
+}
+
 TEST_F(Control, ReviewKeptFromBeforeAPauseIsShownButNotDecided) {
     changeOnServerWhileClosed();
     ASSERT_TRUE(runUntil([&] { return model->reviews().contains(id()); }));
-    model->pauseReview(id());
+    (void)stayPaused();
     const auto kept = only<answer::Review>(ask({.kind = Kind::review, .profiles = {id()}}));
     ASSERT_EQ(kept.size(), 1U);
     const auto refused = ask({.kind = Kind::decide, .profiles = {id()}, .revision = kept.front().revision});
@@ -144,9 +156,14 @@ TEST_F(Control, PauseEndsTheWaitForAServerCheck) {
     withProfile();
     serve();
     server.stop(); // the check fails and is tried again
-    model->start(id());
+    model->resume(id());
     ASSERT_TRUE(runUntil([&] { return model->checkFailures().contains(id()); }));
     EXPECT_EQ(failure(ask({.kind = Kind::review, .profiles = {id()}})), Reason::server);
+    for (const Kind again : {Kind::resume, Kind::retry}) {
+        ASSERT_TRUE(runUntil([&] { return model->checkFailures().contains(id()); }));
+        const auto retried = only<answer::Changed>(ask({.kind = again, .profiles = {id()}}));
+        EXPECT_TRUE(retried.size() == 1 && retried.front().retried);
+    }
     EXPECT_EQ(only<answer::Changed>(ask({.kind = Kind::pause, .profiles = {id()}})).size(), 1U);
     EXPECT_EQ(failure(ask({.kind = Kind::review, .profiles = {id()}})), Reason::paused);
 }

@@ -23,9 +23,15 @@ TEST_F(JobLifecycle, EditGoesLiveIsRememberedAndIsNotSentAgainAfterARestart) {
     testing::writeTree(site.root(), {{"index.html", "1"}, {"sub/page", "2"}});
     server.put("site/index.html", "old");
     testing::touch(server.root() / "site/index.html", std::chrono::sys_days(std::chrono::year(2001) / 1 / 1));
+    // What killed runs left behind: half a download, and a working folder.
+    testing::writeFile(site / ".zembrastel-01234567-89AB-CDEF-0123-456789ABCDEF.part", "half");
+    const fs::path working = fs::temp_directory_path() / ("zembrastel-" + Uuid::random().text());
+    fs::create_directory(working);
+    fs::last_write_time(working, fs::file_time_type::clock::now() - 2h);
     withProfile().start(id());
     ASSERT_TRUE(uploads(2));
     ASSERT_TRUE(reaches("Watching"));
+    EXPECT_FALSE(fs::exists(working));
     EXPECT_EQ(testing::readTree(server.root() / "site"), site.files());
     EXPECT_EQ(logged("Uploaded sub/page"), 1U);
     EXPECT_EQ(logged("Watching started."), 1U);

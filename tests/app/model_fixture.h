@@ -59,6 +59,19 @@ protected:
         return runUntil([&] { return model->status(id()).uploaded >= count; });
     }
 
+    // On the profile's review as it is now.
+    Decision decide(const PathSet& downloads) {
+        const RemoteReview review = model->reviews().at(id());
+        return model->resolveReview(review.id, review.reviewId, downloads);
+    }
+
+    // Returns the review that is postponed.
+    RemoteReview stayPaused() {
+        const RemoteReview review = model->reviews().at(id());
+        model->pauseReview(review.id, review.reviewId);
+        return review;
+    }
+
     // So many more looks at the local folder.
     [[nodiscard]] bool polls(std::size_t count) {
         const auto all = clock.sleeps().size() + count;

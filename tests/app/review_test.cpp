@@ -23,6 +23,33 @@ protected:
         editOnServer("theirs", "server edit", 1);
     }
 
+    // Then the review is put off, and the colleague changes a third file, which is edited locally as well.
+    RemoteReview postponeWhileAColleagueGoesOn() {
+        changeBothSidesWhileClosed();
+        restart().start(id());
+        EXPECT_TRUE(reaches("Review remote changes"));
+        editOnServer("mine", "meanwhile", 3);
+        return stayPaused();
+    }
+
+    void expectReviewOfAllAndNothingDone() {
+        ASSERT_TRUE(reaches("Review remote changes"));
+        EXPECT_EQ(offered(), (std::vector<std::string>{"both", "mine", "theirs"}));
+        EXPECT_TRUE(model->presentedReview());
+        EXPECT_FALSE(model->watching(id()));
+        EXPECT_EQ(model->status(id()).uploaded, 0);
+        EXPECT_EQ(onServer("mine"), "meanwhile");
+        EXPECT_EQ(onServer("both"), "server edit");
+        EXPECT_EQ(testing::readFile(site / "both"), "local edit");
+        EXPECT_EQ(testing::readFile(site / "theirs"), "1");
+    }
+
+    // With a date after any on the server.
+    void editLater(const std::string& path) {
+        testing::writeFile(site / path, "local edit");
+        testing::touch(site / path, std::chrono::system_clock::now() + std::chrono::hours(5));
+    }
+
     std::vector<std::string> offered() const {
         std::vector<std::string> paths;
         if (!model->reviews().contains(id())) return paths;
@@ -38,7 +65,7 @@ TEST_F(Review, EachFileGoesTheWayThatWasChosenForItAndLosesNothing) {
     EXPECT_EQ(
         model->status(id()).detail,
         "2 newer server files found. Uploads are paused until you choose which versions to keep.");
-    model->resolveReview(id(), {"theirs"});
+    EXPECT_EQ(decide({"theirs"}), Decision::accepted);
     EXPECT_FALSE(model->presentedReview());
     EXPECT_EQ(model->status(id()).title, "Downloading server changes");
     EXPECT_EQ(model->status(id()).detail, "Replacing 1 selected local files, with backups.");
@@ -52,7 +79,7 @@ TEST_F(Review, DecisionIsKeptByAProgramThatDoesNotWatch) {
     changeBothSidesWhileClosed();
     restart({.clock = clock, .watches = false}).start(id());
     ASSERT_TRUE(reaches("Review remote changes"));
-    model->resolveReview(id(), {});
+    EXPECT_EQ(decide({}), Decision::accepted);
     EXPECT_FALSE(model->running(id()));
     EXPECT_EQ(model->status(id()).title, "Paused");
     EXPECT_EQ(onServer("mine"), "1");
@@ -60,36 +87,149 @@ TEST_F(Review, DecisionIsKeptByAProgramThatDoesNotWatch) {
     EXPECT_TRUE(uploads(2));
 }
 
-TEST_F(Review, StayingPausedKeepsTheReviewAndConfirmingItLaterLooksAfresh) {
-    changeBothSidesWhileClosed();
-    restart().start(id());
-    ASSERT_TRUE(reaches("Review remote changes"));
-    model->pauseReview(id());
-    EXPECT_EQ(offered(), (std::vector<std::string>{"both", "theirs"}));
-    model->openReview(id());
-    EXPECT_TRUE(model->presentedReview());
-    editOnServer("mine", "meanwhile", 3);
-    model->resolveReview(id(), {"both"});
-    ASSERT_TRUE(reaches("Review remote changes"));
-    EXPECT_EQ(offered().size(), 3U);
-    EXPECT_EQ(testing::readFile(site / "both"), "local edit");
+// The harm in each: what a colleague changed after the review that was put off is overwritten.
+TEST_F(Review, LateDecisionDuringTheCheckOverwritesNothing) {
+    const RemoteReview late = postponeWhileAColleagueGoesOn();
+    model->start(id());
+    EXPECT_EQ(model->status(id()).title, "Checking server");
+    EXPECT_FALSE(model->reviews().contains(id()));
+    EXPECT_EQ(model->resolveReview(id(), late.reviewId, {"theirs"}), Decision::outdated);
+    expectReviewOfAllAndNothingDone();
 }
 
-TEST_F(Review, FailedReviewDownloadStopsBeforeAnyUploadAndKeepsWhatWasDone) {
+TEST_F(Review, LateDecisionOnFewerFilesOverwritesNothing) {
+    const RemoteReview late = postponeWhileAColleagueGoesOn();
+    model->openReview(id());
+    model->start(id());
+    EXPECT_FALSE(model->presentedReview()) << "the sheet goes with its review";
+    ASSERT_TRUE(reaches("Review remote changes"));
+    EXPECT_EQ(model->resolveReview(id(), late.reviewId, {}), Decision::outdated);
+    model->pauseReview(id(), late.reviewId);
+    expectReviewOfAllAndNothingDone();
+}
+
+TEST_F(Review, LateDecisionWhileWatchingStartsNoSecondWorker) {
     changeBothSidesWhileClosed();
     restart().start(id());
     ASSERT_TRUE(reaches("Review remote changes"));
-    testing::writeFile(site / "theirs", "edited during the review");
-    model->resolveReview(id(), {"both", "theirs"});
-    ASSERT_TRUE(reaches("Server check needs attention"));
+    const RemoteReview late = stayPaused();
+    for (const auto* path : {"both", "theirs"}) editOnServer(path, "server edit", -1); // no longer newer
+    model->startWithoutCheck(id());
+    ASSERT_TRUE(reaches("Watching"));
+    ASSERT_TRUE(uploads(2));
+    EXPECT_EQ(model->resolveReview(id(), late.reviewId, {"theirs"}), Decision::outdated);
+    EXPECT_TRUE(model->watching(id()));
+    EXPECT_EQ(logged("Watching started."), 1U);
+    editOnServer("theirs", "a later edit", 3);
+    model->retryCheck(id());
+    ASSERT_TRUE(reaches("Review remote changes"));
+    EXPECT_EQ(offered(), std::vector<std::string>{"theirs"});
+    EXPECT_EQ(onServer("theirs"), "a later edit");
+}
+
+TEST_F(Review, PostponedDecisionResumesAndAsksNoSecondTime) {
+    changeBothSidesWhileClosed();
+    restart().resume(id());
+    ASSERT_TRUE(reaches("Review remote changes"));
+    (void)stayPaused();
+    EXPECT_EQ(offered(), (std::vector<std::string>{"both", "theirs"}));
+    EXPECT_FALSE(saved().profiles.front().enabled);
+    model->openReview(id());
+    EXPECT_EQ(decide({"theirs"}), Decision::accepted);
+    EXPECT_FALSE(model->presentedReview());
+    ASSERT_TRUE(uploads(2));
+    EXPECT_EQ(testing::readFile(site / "theirs"), "server edit");
+    EXPECT_EQ(testing::readFile(site / "both"), "local edit");
+    EXPECT_EQ(onServer("both"), "local edit");
+    EXPECT_TRUE(saved().profiles.front().enabled);
+    restart().startEnabled();
+    EXPECT_TRUE(model->running(id()));
+}
+
+TEST_F(Review, PostponedDecisionIsAskedAgainAfterANewEdit) {
+    const RemoteReview late = postponeWhileAColleagueGoesOn();
+    EXPECT_EQ(decide({"both"}), Decision::accepted);
+    expectReviewOfAllAndNothingDone();
+    EXPECT_NE(model->reviews().at(id()).reviewId, late.reviewId);
+    EXPECT_TRUE(model->profile(id())->enabled);
+}
+
+TEST_F(Review, PausedReviewLetsNoLaterLocalEditOverwriteIt) {
+    changeBothSidesWhileClosed();
+    restart().start(id());
+    ASSERT_TRUE(reaches("Review remote changes"));
+    model->pause(id());
+    editLater("theirs");
+    model->resume(id());
+    ASSERT_TRUE(reaches("Review remote changes"));
+    EXPECT_EQ(offered(), (std::vector<std::string>{"both", "theirs"}));
+    EXPECT_EQ(onServer("theirs"), "server edit");
+}
+
+TEST_F(Review, ChangedFilesDoNotStopTheOtherDownloads) {
+    testing::writeTree(site.root(), {{"edited", "1"}, {"fine", "1"}, {"gone", "1"}, {"removed", "1"}, {"mine", "1"}});
+    withProfile().start(id());
+    ASSERT_TRUE(uploads(5));
+    ASSERT_TRUE(runUntil([&] { return model->remoteDates(id()).size() == 5; }));
+    model->pause(id());
+    testing::writeFile(site / "mine", "local edit");
+    for (const auto* path : {"edited", "fine", "gone", "removed"}) editOnServer(path, "server edit", 1);
+    model->resume(id());
+    ASSERT_TRUE(reaches("Review remote changes"));
+    editLater("edited");
+    fs::remove(site / "gone");
+    fs::remove(server.root() / "site/removed");
+    EXPECT_EQ(decide({"edited", "fine", "gone", "removed"}), Decision::accepted);
+    ASSERT_TRUE(reaches("Review remote changes"));
     EXPECT_EQ(
-        model->status(id()).detail,
-        "theirs changed locally after the comparison. Review it again before replacing it. Uploads remain paused. "
-        "Retry the server check to review the latest versions.");
-    EXPECT_EQ(testing::readFile(site / "both"), "server edit");
-    EXPECT_EQ(model->baseline(id()).at("both"), site.fingerprint("both"));
-    EXPECT_EQ(testing::readFile(site / "theirs"), "edited during the review");
+        logged("Not downloaded, because they changed meanwhile: edited, gone, removed. The server is checked again "
+               "before anything is uploaded."),
+        1U);
+    EXPECT_EQ(logged("edited changed locally after the comparison. Review it again before replacing it."), 1U);
+    EXPECT_EQ(testing::readFile(site / "fine"), "server edit");
+    EXPECT_EQ(model->baseline(id()).at("fine"), site.fingerprint("fine"));
+    EXPECT_EQ(offered(), std::vector<std::string>{"edited"});
+    EXPECT_TRUE(model->reviews().at(id()).changes.front().bothChanged) << "not replaced without an explicit tick";
+    EXPECT_EQ(onServer("edited"), "server edit");
     EXPECT_EQ(onServer("mine"), "1");
+
+    EXPECT_EQ(decide({}), Decision::accepted);
+    ASSERT_TRUE(runUntil([&] { return onServer("edited") == "local edit" && onServer("mine") == "local edit"; }));
+    EXPECT_FALSE(fs::exists(site / "gone"));
+}
+
+TEST_F(Review, FailedDownloadCanBeRetriedBeforeAnyUpload) {
+    changeBothSidesWhileClosed();
+    restart().start(id());
+    ASSERT_TRUE(reaches("Review remote changes"));
+    server.stop();
+    EXPECT_EQ(decide({"theirs"}), Decision::accepted);
+    EXPECT_EQ(model->status(id()).title, "Downloading server changes");
+    ASSERT_TRUE(reaches("Server check needs attention"));
+    EXPECT_TRUE(model->status(id()).detail.ends_with(
+        " Uploads remain paused. Retry the server check to review the latest versions."))
+        << model->status(id()).detail;
+    editLater("theirs");
+    server.restart();
+    model->retryCheck(id());
+    ASSERT_TRUE(reaches("Review remote changes"));
+    EXPECT_EQ(offered(), std::vector<std::string>{"theirs"}) << "the other file's version was kept";
+    EXPECT_EQ(onServer("mine"), "1");
+}
+
+TEST_F(Review, DecisionThatCannotBeSavedIsNone) {
+    changeBothSidesWhileClosed();
+    restart().start(id());
+    ASSERT_TRUE(reaches("Review remote changes"));
+    fs::rename(stateFolder / "state", stateFolder / "aside");
+    testing::writeFile(stateFolder / "state", "in the way");
+    const RemoteDates dates = model->remoteDates(id());
+    EXPECT_EQ(decide({}), Decision::refused);
+    EXPECT_TRUE(model->alert());
+    EXPECT_EQ(model->remoteDates(id()), dates);
+    EXPECT_TRUE(model->presentedReview());
+    fs::remove(stateFolder / "state");
+    fs::rename(stateFolder / "aside", stateFolder / "state");
 }
 
 TEST_F(Review, ReviewsOfSeveralProfilesComeUpOneAfterAnotherInOneOrder) {
@@ -111,7 +251,7 @@ TEST_F(Review, ReviewsOfSeveralProfilesComeUpOneAfterAnotherInOneOrder) {
     model->start(ids[0]);
     ASSERT_TRUE(runUntil([&] { return model->reviews().size() == 2; }));
     EXPECT_EQ(model->presentedReview()->id, ids[1]) << "one that is shown stays";
-    model->resolveReview(ids[1], {});
+    EXPECT_EQ(model->resolveReview(ids[1], model->presentedReview()->reviewId, {}), Decision::accepted);
     EXPECT_EQ(model->presentedReview()->id, ids[0]);
 }
 

@@ -53,7 +53,7 @@ TEST_F(ScanTest, SpecialItemsNeverReachTheServerAndHiddenFilesDo) {
 TEST_F(ScanTest, UnchosenFoldersAreNotEntered) {
     writeTree(root, {{"a/b/c.txt", "x"}, {"secret/\xff", "x"}});
     profile.initialDownloadSelection = DownloadSelection{.rules = {{"a/b/c.txt", true}}};
-    const auto entered = [](std::string_view path) { ADD_FAILURE() << path; };
+    const auto entered = [](std::string_view path, NameFault) { ADD_FAILURE() << path; };
     EXPECT_EQ(paths({.unusableName = entered}), Paths{"a/b/c.txt"});
 }
 
@@ -69,11 +69,27 @@ TEST_F(ScanTest, FingerprintTellsVersionsApartToTheNanosecond) {
     EXPECT_NE(scan(profile).at("a"), first) << "replaced by a file of the same size and time";
 }
 
-TEST_F(ScanTest, NameThatIsNotUtf8IsLeftOutAndTold) {
-    writeTree(root, {{"good", "x"}, {"caf\xe9/inside", "x"}, {"bad\xff", "x"}});
+TEST_F(ScanTest, NameThatCannotBeSentIsLeftOutAndTold) {
+    std::string parent;
+    for (int level = 1; level < mostFolderLevels; ++level) parent += "d/";
+    writeTree(
+        root, {{"good\x7f", "x"},
+               {"caf\xe9/inside", "x"},
+               {"bad\xff", "x"},
+               {"line\nbreak", "x"},
+               {"line\u2028break", "x"},
+               {"tab\t/inside", "x"},
+               {parent + "last", "x"},
+               {parent + "d/beyond", "x"}});
     Paths told;
-    EXPECT_EQ(paths({.unusableName = [&told](std::string_view path) { told.emplace(path); }}), Paths{"good"});
-    EXPECT_EQ(told, (Paths{"caf\xe9", "bad\xff"}));
+    const auto tell = [&told](std::string_view path, NameFault fault) { told.insert(leftOutLine(fault, path)); };
+    EXPECT_EQ(paths({.unusableName = tell}), (Paths{"good\x7f", parent + "last"}));
+    const std::string notUtf8 = "Left out, because its name is not valid UTF-8: ";
+    const std::string control = "Left out, because its name has a control character or a line break: ";
+    EXPECT_EQ(
+        told, (Paths{
+                  notUtf8 + "caf\\xE9", notUtf8 + "bad\\xFF", control + "line\\x0Abreak", control + "line\u2028break",
+                  control + "tab\\x09", "Left out, because it is nested more than 128 levels deep: " + parent + "d"}));
 }
 
 TEST_F(ScanTest, UnavailableFolderIsAnErrorAndNeverAnEmptyResult) {

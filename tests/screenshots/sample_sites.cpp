@@ -115,7 +115,7 @@ Uuid SampleSites::id(const std::string& name) const {
 JobWork SampleSites::work() {
     return {
         .check =
-            [this](const FTPTransport&, const FileMap&, const RemoteDates&, const std::stop_token&) {
+            [this](const FTPTransport&, const FileMap&, const RemoteDates&, const PathSet&, const std::stop_token&) {
                 const auto played = current;
                 if (played->failure) throw SyncError(*played->failure);
                 clock.set(played->checked);

@@ -74,7 +74,7 @@ std::vector<std::string> leftoverPartFiles(const fs::path& folder) {
     std::vector<std::string> paths;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder)) {
         const std::string name = entry.path().filename();
-        if (name.starts_with(".zembrastel-") && name.ends_with(".part"))
+        if (name.starts_with(".zembrastel-") && (name.ends_with(".part") || name.ends_with(".displaced")))
             paths.push_back(entry.path().lexically_relative(folder).generic_string());
     }
     return paths;

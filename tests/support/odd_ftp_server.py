@@ -24,6 +24,7 @@ import struct
 import sys
 import threading
 import time
+import unicodedata
 
 from pyftpdlib.authorizers import DummyAuthorizer
 from pyftpdlib.filesystems import AbstractedFS
@@ -51,7 +52,9 @@ def parse_arguments():
     add("--hide", action="append", default=[], metavar="GLOB", help="names that LIST leaves out and MLSD shows")
     add("--mlsd-add", action="append", default=[], metavar="LINE", help=r"a further line of every MLSD; takes \xHH")
     add("--listing", metavar="FILE", help="the bytes of FILE are what every folder lists, and every folder is there")
-    add("--endless", action="store_true", help="the bytes of --listing come again and again")
+    add("--endless", action="store_true", help="the bytes of --listing or --every-file come again and again")
+    add("--cut", action="store_true", help="every listing loses its last three bytes; counts for --times")
+    add("--fold", action="store_true", help="names are found whatever their case and normalization form")
     add("--every-file", metavar="FILE", help="every download brings the bytes of FILE, whatever its name")
     add("--echo", action="store_true", help="every reply repeats the user and the password that were given")
     add("--rate", type=int, metavar="BYTES", help="bytes a second, both ways")
@@ -62,8 +65,8 @@ def parse_arguments():
     add("--hold", metavar="FILE", help='every transfer, and with it the server, waits there ("data") while FILE exists')
     add("--only", metavar="GLOB", help="--reply, --hang and --drop at a command only when the last component of its "
         "argument matches")
-    add("--times", type=int, metavar="N", help="only N occasions are odd; --reply, --final, --hang, --drop and "
-        "--drop-data count together")
+    add("--times", type=int, metavar="N", help="only N occasions are odd; --reply, --final, --hang, --drop, "
+        "--drop-data and --cut count together")
     add("--break", dest="breaking", metavar="FILE", help="where it is said what breaks next: see above")
     add("--log", metavar="FILE", help="write each command with its argument, one a line, as it arrives")
     options = parser.parse_args()
@@ -121,7 +124,22 @@ class Breaking:
 breaking = Breaking()
 
 
+def folded(name):
+    return unicodedata.normalize("NFC", unicodedata.normalize("NFC", name).casefold())
+
+
 class Files(AbstractedFS):
+    def ftp2fs(self, ftppath):
+        path = super().ftp2fs(ftppath)
+        if not options.fold:
+            return path
+        found = options.root
+        for name in os.path.relpath(path, found).split("/"):
+            names = os.listdir(found) if os.path.isdir(found) else []
+            alike = [each for each in names if folded(each) == folded(name)]
+            found = os.path.join(found, name if name in names or not alike else alike[0])
+        return os.path.normpath(found)
+
     def format_list(self, basedir, listing, ignore_err=True):
         names = [name for name in listing if not any(fnmatch.fnmatchcase(name, glob) for glob in options.hide)]
         if options.list == "unix":
@@ -152,11 +170,11 @@ class Files(AbstractedFS):
         super().rename(source, target)
 
 
-class GivenListing:
-    """What --listing says, piece by piece."""
+class Given:
+    """What a file of --listing or --every-file says, piece by piece."""
 
-    def __init__(self):
-        with open(options.listing, "rb") as file:
+    def __init__(self, path):
+        with open(path, "rb") as file:
             text = file.read()
         self.text = io.BytesIO(text * (CHUNK // max(len(text), 1) + 1) if options.endless else text)
 
@@ -173,13 +191,13 @@ class OddControl:
 
     def ftp_MLSD(self, path):
         if options.listing:
-            self.push_dtp_data(GivenListing(), isproducer=True, cmd="MLSD")
+            self.push_dtp_data(Given(options.listing), isproducer=True, cmd="MLSD")
         else:
             super().ftp_MLSD(path)
 
     def ftp_LIST(self, path):
         if options.listing:
-            self.push_dtp_data(GivenListing(), isproducer=True, cmd="LIST")
+            self.push_dtp_data(Given(options.listing), isproducer=True, cmd="LIST")
         else:
             super().ftp_LIST(path)
 
@@ -189,7 +207,16 @@ class OddControl:
         else:
             super().ftp_CWD(path)
 
+    def push_dtp_data(self, data, isproducer=False, file=None, cmd=None):
+        if options.cut and cmd in ("MLSD", "LIST") and occasions.take():
+            text = b"".join(iter(data.more, b"")) if isproducer else data
+            data, isproducer = text[:-3], False
+        super().push_dtp_data(data, isproducer, file, cmd)
+
     def ftp_RETR(self, file):
+        if options.endless and options.every_file:
+            self.push_dtp_data(Given(options.every_file), isproducer=True, cmd="RETR")
+            return None
         return super().ftp_RETR(options.every_file or file)
 
     given = ""  # what --echo repeats

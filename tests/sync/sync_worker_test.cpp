@@ -238,9 +238,13 @@ TEST_F(SyncWorkerTest, InitialDownloadIsRecordedFileByFileAndTriedAgainWhereItBr
 }
 
 TEST_F(SyncWorkerTest, NameThatCannotBeSentIsToldOnceAndHoldsNothingUp) {
-    testing::writeTree(site.root(), {{"caf\xe9", "x"}, {"page", "x"}});
+    testing::writeTree(site.root(), {{"caf\xe9", "x"}, {"page", "x"}, {"Page", "x"}});
     run(3);
     EXPECT_EQ(count("error: Left out, because its name is not valid UTF-8: caf\\xE9"), 1U);
+    EXPECT_EQ(
+        count("line: Names that differ only in case or in the form of accents can be one file on the server: "
+              "Page, page"),
+        1U);
     EXPECT_EQ(count("uploaded page"), 1U);
 }
 

@@ -1,9 +1,9 @@
-// The real program while the machine fails under it: disks full, read-only or taken away, permissions lost, no more
-// descriptors or processes, no curl, a clock that jumps, a suspend. Each time the program must say in words what is
-// wrong, go on by itself once it is not, and lose nothing.
+// The real program while the machine fails under it: disks full, read-only or taken away, permissions lost, no curl, a
+// suspend. Each time the program must say in words what is wrong, go on by itself once it is not, and lose nothing. And
+// the real program on a disk that can do little.
 //
 // Every case has a thread with mounts of its own, a server, a state folder and a local folder. Where this process may
-// not mount, or not become another user, a line says which cases that left out.
+// not mount, a line says which cases that left out.
 #include "../cli/cli_run.h"
 #include "model/saved_state.h"
 #include "model/scan.h"
@@ -41,7 +41,6 @@ constexpr auto limit = 60s;
 constexpr int rateKiB = 300; // 3 MB take ten seconds, in which much can happen to them
 constexpr const char* name = "site";
 constexpr std::string_view backupFolder = ".zembrastel-backups/";
-constexpr uid_t nobodyElse = 54321; // a user without processes
 const std::string watching = "Watching: Local changes";
 const std::string fill = ".zembrastel-fill";
 
@@ -79,6 +78,7 @@ public:
         : place(std::move(folder)) {
         succeed(::mount(source.c_str(), place.c_str(), type, flags, options) == 0, "mount");
     }
+    explicit Mounted(fs::path folder) : place(std::move(folder)) {}
     Mounted(const Mounted&) = delete;
     Mounted& operator=(const Mounted&) = delete;
     ~Mounted() { ::umount2(place.c_str(), MNT_DETACH); }
@@ -102,6 +102,17 @@ public:
     }
     void mountOver(const fs::path& folder, const fs::path& source) {
         mounts.push_back(std::make_unique<Mounted>(folder, source, nullptr, MS_BIND, nullptr));
+    }
+    // Without links, permissions and the exchange of two names.
+    void mountExFat(const fs::path& folder) {
+        const auto image = place.path("image");
+        writeFile(image, "");
+        fs::resize_file(image, 16U << 20U);
+        require(runProgram({"/usr/sbin/mkfs.exfat", image}).status == 0, "cannot make the file system");
+        require(
+            runProgram({"/usr/bin/mount", "-t", "exfat-fuse", "-o", "loop", image, folder}).status == 0,
+            "cannot mount the file system");
+        mounts.push_back(std::make_unique<Mounted>(folder));
     }
     void unmount(const fs::path& folder) {
         require(eventually([&] { return ::umount(folder.c_str()) == 0; }), "cannot unmount"); // while it is scanned
@@ -144,7 +155,6 @@ public:
         if (!fs::exists(place.stateFile())) {
             StateStore(place.state()).save({.profiles = {profile}, .baselines = {}, .remoteDates = {}});
         }
-        if (!place.wrapper.empty() && place.wrapper[1].starts_with("--reuid")) handOver();
         running.emplace(place, CliPlace::Arguments{"watch", name, "--password-file", place.path("password").string()});
     }
 
@@ -220,13 +230,6 @@ private:
         Program program;
     };
 
-    void handOver() const {
-        succeed(::chown(place.path("").parent_path().c_str(), nobodyElse, nobodyElse) == 0, "chown");
-        for (const auto& entry : fs::recursive_directory_iterator(place.path(""))) {
-            succeed(::lchown(entry.path().c_str(), nobodyElse, nobodyElse) == 0, "chown");
-        }
-    }
-
     std::optional<Running> running;
     std::vector<std::unique_ptr<Mounted>> mounts; // undone before the folders are removed
     const bool verbose;
@@ -266,10 +269,8 @@ void meet(Site& site, const Fault& fault) {
     site.verify();
 }
 
-// The work is the initial download: of a new file, and of a newer one in place of a larger local file.
-void meetDownloading(Site& site, const Fault& fault) {
-    site.mountSmall(site.local);
-    const auto local = randomBytes(300'000);
+// The work is the initial download: of a new file, and of a newer one in place of this larger local file.
+void prepareDownload(Site& site, const std::string& local) {
     site.write("page", local);
     for (const std::string path : {"page", "sub/new"}) {
         site.expected[path] = randomBytes(100'000);
@@ -277,16 +278,34 @@ void meetDownloading(Site& site, const Fault& fault) {
     }
     site.profile.needsDownload = true;
     site.profile.initialDownloadSelection = DownloadSelection::everything();
+}
+
+void verifyDownload(Site& site, const std::string& local) {
+    site.waitFor("Downloading sub/new");
+    site.waitFor(watching);
+    require(site.hasBackup(local), "the replaced file has no backup");
+    site.verify();
+}
+
+void meetDownloading(Site& site, const Fault& fault) {
+    site.mountSmall(site.local);
+    const auto local = randomBytes(300'000);
+    prepareDownload(site, local);
     fault.breaks(site);
     site.start();
     site.waitFor(fault.told);
     site.waitFor("Retrying");
     require(readFile(site.local / "page") == local, "the local file is gone before it was replaced");
     fault.mends(site);
-    site.waitFor("Downloading sub/new");
-    site.waitFor(watching);
-    require(site.hasBackup(local), "the replaced file has no backup");
-    site.verify();
+    verifyDownload(site, local);
+}
+
+void downloadToExFat(Site& site) {
+    site.mountExFat(site.local);
+    const auto local = randomBytes(300'000);
+    prepareDownload(site, local);
+    site.start();
+    verifyDownload(site, local);
 }
 
 // The local folder goes, others change the server, somebody edits the files on the disk elsewhere, and it comes back.
@@ -321,41 +340,6 @@ void unmountAndBack(Site& site, const fs::path& mountPoint, const std::string& t
     site.verify();
 }
 
-void limitDescriptors(const Site& site, std::optional<rlim_t> most) {
-    rlimit now{};
-    succeed(::prlimit(site.pid(), RLIMIT_NOFILE, nullptr, &now) == 0, "prlimit");
-    now.rlim_cur = most.value_or(now.rlim_max);
-    succeed(::prlimit(site.pid(), RLIMIT_NOFILE, &now, nullptr) == 0, "prlimit");
-}
-
-// A soft limit, which its own user may change: "1", or the hard one again.
-void limitProcesses(const Site& site, const std::string& most) {
-    auto command = site.place.wrapper;
-    command.insert(command.end(), {"/usr/bin/prlimit", "--pid=" + std::to_string(site.pid()), "--nproc=" + most + ":"});
-    require(runProgram(command).status == 0, "prlimit");
-}
-
-std::string hardLimitOfProcesses() {
-    rlimit now{};
-    succeed(::getrlimit(RLIMIT_NPROC, &now) == 0, "getrlimit");
-    return now.rlim_max == RLIM_INFINITY ? "unlimited" : std::to_string(now.rlim_max);
-}
-
-// So few descriptors that one step of a poll after another fails.
-void fewDescriptors(Site& site, rlim_t spare) {
-    const auto firstFree = [&site] {
-        const fs::path held = processFolder(site.pid()) / "fd";
-        rlim_t number = 0;
-        while (fs::exists(fs::symlink_status(held / std::to_string(number)))) ++number;
-        return number;
-    };
-    meet(
-        site, {.name = "",
-               .told = "Too many open files",
-               .breaks = [&](Site&) { limitDescriptors(site, firstFree() + spare); },
-               .mends = [](Site& healed) { limitDescriptors(healed, std::nullopt); }});
-}
-
 // The program finds in place of all other programs those of a folder, and these few. Another process copies them: one
 // that a thread forks from this process while it writes them would keep them open, and busy.
 void keepProgramsApart(Site& site) {
@@ -372,43 +356,6 @@ void keepProgramsApart(Site& site) {
 
 void takeCurlAway(Site& site) { fs::rename(site.disk / "curl", site.disk / "kept"); }
 void putCurlBack(Site& site) { fs::rename(site.disk / "kept", site.disk / "curl"); }
-
-void jumpClock(const Site& site, std::chrono::seconds by) {
-    const std::int64_t nanoseconds = std::chrono::nanoseconds(by).count();
-    const Descriptor file(::open(site.place.path("clock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
-    succeed(::pwrite(file.get(), &nanoseconds, sizeof nanoseconds, 0) == sizeof nanoseconds, "write");
-}
-
-// The clock by which the program works, and its user, is set back an hour, and on, and both over a restart.
-[[maybe_unused]] void clockJumps(Site& site, const std::string& preload) {
-    jumpClock(site, 0h);
-    site.place.variables = {"LD_PRELOAD=" + preload, "SHIFTED_CLOCK=" + site.place.path("clock").string()};
-    const auto edit = [&site](std::chrono::hours shift) {
-        const auto moment = std::chrono::system_clock::now() + shift;
-        site.write("page", "as of hour " + std::to_string(shift.count()));
-        touch(site.local / "page", moment);
-        const auto line = site.waitFor("Uploaded page");
-        site.waitFor(watching);
-        const auto told = std::chrono::hours(std::stoi(line.substr(0, 2)));
-        const auto hour = std::chrono::floor<std::chrono::hours>(moment.time_since_epoch()) % std::chrono::days(1);
-        require(told == hour || told == (hour + 1h) % std::chrono::days(1), "the clock was not set: " + line);
-    };
-    site.write("folder/other", "other");
-    site.start();
-    site.waitFor(watching);
-    for (const auto shift : {-1h, 1h}) {
-        jumpClock(site, shift);
-        edit(shift);
-    }
-    for (const auto shift : {-1h, 1h}) {
-        site.stop();
-        jumpClock(site, shift);
-        site.start();
-        site.waitFor(watching); // and not a review of its own uploads
-        edit(shift);
-    }
-    site.verify();
-}
 
 // The machine sleeps in the middle of an upload; meanwhile the server has given the connection up.
 void suspendAndResume(Site& site, std::chrono::seconds duration) {
@@ -487,18 +434,6 @@ const std::vector<Fault> lostPermissions{
      .prepares = [](Site& site) { site.obeyPermissions(); }},
 };
 
-const Fault noProcesses{
-    .name = "no more processes",
-    .told = "/usr/bin/curl: Resource temporarily unavailable",
-    .breaks = [](Site& site) { limitProcesses(site, "1"); },
-    .mends = [](Site& site) { limitProcesses(site, hardLimitOfProcesses()); },
-    .prepares =
-        [](Site& site) {
-            if (::geteuid() != 0) return; // root has no such limit
-            const auto id = std::to_string(nobodyElse);
-            site.place.wrapper = {"/usr/bin/setpriv", "--reuid=" + id, "--regid=" + id, "--clear-groups"};
-        }};
-
 const std::vector<Fault> downloadFaults{
     {.name = "disk full at a download",
      .told = "Failure writing output to destination",
@@ -531,34 +466,18 @@ const std::vector<Fault> curlFaults{
      .prepares = keepProgramsApart},
 };
 
-// The undefined-behaviour sanitizer finds out by a pipe whether memory can be read, and takes it for bad without one.
-#ifdef __SANITIZE_ADDRESS__
-constexpr bool sanitized = true;
-#else
-constexpr bool sanitized = false;
-#endif
-
 struct Case {
     std::string name;
     std::function<void(Site&)> run;
 };
 
-std::vector<Case> chosenCases(bool mounts, bool longForm, std::chrono::seconds suspended) {
+std::vector<Case> chosenCases(bool mounts, std::chrono::seconds suspended) {
     std::vector<Case> cases;
     const auto add = [&cases](const Fault& fault) {
         cases.push_back({fault.name, [&fault](Site& site) { meet(site, fault); }});
     };
     std::ranges::for_each(lostPermissions, add);
-    add(noProcesses);
-    for (rlim_t spare = 0; spare <= 8 && !sanitized; spare += longForm ? 1 : 4) {
-        cases.push_back(
-            {std::to_string(spare) + " descriptors to spare", [spare](Site& site) { fewDescriptors(site, spare); }});
-    }
-    if (sanitized) std::puts("left out, since sanitizers need descriptors themselves: few descriptors to spare");
     cases.push_back({"suspend", [suspended](Site& site) { suspendAndResume(site, suspended); }});
-#ifdef ZEMBRASTEL_SHIFTED_CLOCK
-    cases.push_back({"clock", [](Site& site) { clockJumps(site, ZEMBRASTEL_SHIFTED_CLOCK); }});
-#endif
     if (!mounts) {
         std::puts("left out, since this process may not mount: full and read-only disks, unmounted folders, curl");
         return cases;
@@ -572,6 +491,11 @@ std::vector<Case> chosenCases(bool mounts, bool longForm, std::chrono::seconds s
     for (const auto& fault : downloadFaults) {
         cases.push_back({fault.name, [&fault](Site& site) { meetDownloading(site, fault); }});
     }
+    if (::geteuid() == 0 && fs::exists("/usr/sbin/mount.exfat-fuse") && fs::exists("/usr/sbin/mkfs.exfat")) {
+        cases.push_back({"exFAT", downloadToExFat});
+    } else {
+        std::puts("left out, since root and exfat-fuse are needed: exFAT");
+    }
     const std::string empty = "Another disk, or none, is mounted at the local folder";
     const std::string missing = "The local folder is unavailable or unreadable.";
     cases.push_back({"unmounted", [=](Site& site) { unmountAndBack(site, site.local, empty); }});
@@ -584,12 +508,10 @@ std::vector<Case> chosenCases(bool mounts, bool longForm, std::chrono::seconds s
 }
 
 int tortured(int count, char** arguments) {
-    bool longForm = false;
     bool verbose = false;
     int suspended = 3;
     std::string only;
     CLI::App options{"Fails under the program as machines do."};
-    options.add_flag("--all", longForm, "every number of spare descriptors");
     options.add_option("--suspended", suspended, "seconds of sleep in mid upload");
     options.add_option("--only", only, "cases whose name has this in it");
     options.add_flag("--verbose", verbose, "print what the program tells");
@@ -597,7 +519,7 @@ int tortured(int count, char** arguments) {
 
     const bool mounts = mayMount();
     std::map<std::string, std::future<void>> running;
-    for (const auto& chosen : chosenCases(mounts, longForm, std::chrono::seconds(suspended))) {
+    for (const auto& chosen : chosenCases(mounts, std::chrono::seconds(suspended))) {
         if (chosen.name.find(only) == std::string::npos) continue;
         running[chosen.name] = std::async(std::launch::async, [chosen, mounts, verbose] {
             if (mounts) keepMountsApart();

@@ -329,7 +329,10 @@ private:
     }
     void openReview(Profile& profile) { model->openReview(profile.id); }
     void closeReview(Profile&) { model->closeReview(); }
-    void pauseReview(Profile& profile) { model->pauseReview(profile.id); }
+    void pauseReview(Profile& profile) {
+        const auto review = model->reviews().find(profile.id);
+        if (review != model->reviews().end()) model->pauseReview(profile.id, review->second.reviewId);
+    }
     void retryCheck(Profile& profile) { model->retryCheck(profile.id); }
     void startEnabled(Profile&) { model->startEnabled(); }
 
@@ -365,7 +368,7 @@ private:
         for (const auto& change : review->second.changes) {
             if (upTo(1) == 0) paths.insert(change.path);
         }
-        model->resolveReview(profile.id, paths);
+        (void)model->resolveReview(profile.id, upTo(3) == 0 ? Uuid() : review->second.reviewId, paths);
     }
 
     Random random;

@@ -140,18 +140,6 @@ TEST_F(Backups, RestoringNeverGoesThroughALinkOrOverAFolder) {
     EXPECT_TRUE(tree().empty());
 }
 
-// The comparison and the replacement are two steps, and whoever edits does not wait for either.
-TEST_F(Backups, EditThatComesBetweenStaysInPlace) {
-    testing::writeFile(site / "page", "seen");
-    const auto local = LocalPlace::resolve(site, "page");
-    const auto seen = local.fingerprint();
-    const auto backup = makeBackup(site, local, control);
-    testing::writeFile(site / "page", "edited meanwhile");
-    const StagedFile staged(*local.parent);
-    EXPECT_FALSE(replaceKeeping(staged, local, seen, backup, site));
-    EXPECT_EQ(testing::readFile(site / "page"), "edited meanwhile");
-}
-
 TEST_F(Backups, LeftoverOfADownloadIsNotPutBackUnderItsTemporaryName) {
     const std::string name = temporaryName();
     keep(name, "an edit", hours(1));

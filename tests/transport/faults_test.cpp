@@ -241,40 +241,6 @@ TEST(Cancelling, EndsAHangingUploadAtOnceWithNoTraceOfThePasswordOrTheWork) {
     ::unsetenv("TMPDIR");
 }
 
-TEST(LocalFaults, LeftoversOfAKilledDownloadAreClearedAwayWithoutLosingAnEditOrADownloadUnderWay) {
-    FtpServer server = oddServer({"--rate", "100000"});
-    server.put("site/page", testing::randomBytes(2'000'000));
-    const std::string leftover = ".zembrastel-01234567-89AB-CDEF-0123-456789ABCDEF.part";
-    const FileTree others{{"kept", "mine"}, {"sub/.zembrastel-notes.part", "mine"}};
-    const LocalSite site(server, others);
-    testing::writeTree(site.root(), {{leftover, ""}, {"sub/" + leftover, "perhaps an edit"}});
-    const auto check = [&site] { (void)site.transport().newerRemoteFiles({}, [](const std::string&) {}); };
-
-    const auto slow = site.transport();
-    check();
-    EXPECT_EQ(site.files(), others);
-    EXPECT_EQ(site.backups(), (FileTree{{"sub/" + leftover, "perhaps an edit"}}));
-    std::jthread checker([&] {
-        const auto parts = [&site] {
-            auto all = testing::leftoverPartFiles(site.root());
-            std::erase_if(all, [](const auto& path) {
-                return path.starts_with(".zembrastel-backups/") || path.starts_with("sub/");
-            });
-            return all;
-        };
-        // One that has nothing in it may not be locked yet.
-        EXPECT_TRUE(testing::eventually([&] {
-            const auto all = parts();
-            return !all.empty() && fs::file_size(site.root() / *all.begin()) > 0;
-        }));
-        const auto before = parts();
-        check();
-        EXPECT_EQ(parts(), before);
-        slow.control->cancel();
-    });
-    EXPECT_THROW(slow.downloadTree("", 0, ignore, ignore), Cancelled);
-}
-
 class ReplaceGuards : public ::testing::Test {
 protected:
     ReplaceGuards() {
@@ -364,15 +330,150 @@ TEST(LocalFaults, OnlyTheVersionThatWasDecidedOnIsEverSent) {
     EXPECT_EQ(testing::readTree(server.root()), (FileTree{{"site/page", "old"}}));
 }
 
-TEST(LocalFaults, RemoteFoldersWithoutEndStopAtTheLimit) {
-    FtpServer server = oddServer();
-    server.put("site/last/beyond/page", "x");
-    const LocalSite site(server);
-    const auto from = [&](const std::string& path, int depth) {
-        return failureOf([&] { site.transport().downloadTree(path, depth, ignore, ignore); });
+// What a first download of the site reports; its failure is the last line.
+Words downloadLines(const LocalSite& site, const std::string& path = "", int depth = 0) {
+    Words lines;
+    const auto failure = failureOf([&] {
+        site.transport().downloadTree(
+            path, depth, [&](const std::string& line) { lines.push_back(line); }, ignore);
+    });
+    if (!failure.empty()) lines.push_back(failure);
+    return lines;
+}
+
+TEST(ListingFaults, ListingThatWasCutIsNeverTakenForWhole) {
+    const std::string cut =
+        "The server sent only a part of the directory listing of the remote folder. None of it is used.";
+    struct Case {
+        Words oddity;
+        std::string failure = {};
+        bool dated = true;
     };
-    EXPECT_EQ(from("last/beyond", mostFolderLevels - 1), "");
-    EXPECT_EQ(from("last", mostFolderLevels - 1), "The remote folder is nested more than 128 levels deep.");
+    for (const auto& [oddity, failure, dated] : std::vector<Case>{
+             {{"--times=1"}},
+             {{"--times=2"}, "", false},
+             {{"--times=2", "--no=MLSD"}, cut},
+             {{}, cut},
+         }) {
+        auto arguments = oddity;
+        arguments.emplace_back("--cut");
+        FtpServer server = oddServer(arguments);
+        for (int i = 0; i < 3; ++i) server.put("site/page" + std::to_string(i), "x");
+        std::vector<RemoteEntry> entries;
+        EXPECT_EQ(failureOf([&] { entries = LocalSite(server).transport().list(""); }), failure);
+        EXPECT_EQ(entries.size(), failure.empty() ? 3U : 0U);
+        for (const auto& entry : entries) EXPECT_EQ(entry.modified.has_value(), dated);
+    }
+}
+
+TEST(DownloadFaults, FileOfAnotherSizeThanToldIsNotInstalled) {
+    const testing::TemporaryFolder folder;
+    testing::writeFile(folder / "listing", "type=file;size=3; page\r\n");
+    const std::string large(100'000, 'x');
+    testing::writeFile(folder / "short", "12");
+    testing::writeFile(folder / "large", large);
+    const auto refusal = [](const std::string& sent) {
+        return "page was not downloaded: the server told a size of 5 bytes and sent " + sent + ".";
+    };
+    struct Case {
+        Words oddity;
+        std::string failure = {};
+    };
+    for (const auto& [oddity, failure] : std::vector<Case>{
+             {{"--listing", folder / "listing"}}, // the size of the file itself is another, and right
+             {{"--no=SIZE", "--every-file", folder / "short"}, refusal("2")},
+             {{"--no=SIZE", "--every-file", folder / "large"}, refusal("more")},
+             {{"--no=SIZE", "--every-file", folder / "large", "--endless"}, refusal("more")},
+         }) {
+        FtpServer server = oddServer(oddity);
+        const bool wrongListing = failure.empty();
+        const std::string path = wrongListing ? "page" : "site/page"; // the login folder lists as all others
+        server.put(path, wrongListing ? large : "12345");
+        const LocalSite site(server);
+        auto expected = Words{"Downloading page"};
+        if (!failure.empty()) expected.push_back(failure);
+        EXPECT_EQ(downloadLines(site), expected);
+        EXPECT_EQ(site.files(), wrongListing ? FileTree({{"page", large}}) : FileTree());
+    }
+}
+
+TEST(DownloadFaults, FolderThatLeadsBackIsLeftOutAndTheRestComes) {
+    for (const auto kind : {FtpServer::Kind::odd, FtpServer::Kind::pureftpd}) {
+        if (FtpServer::unavailable(kind, FtpServer::Tls::none)) continue;
+        // Both then list a link as the folder that it leads to.
+        FtpServer server(kind, {.extra = {kind == FtpServer::Kind::odd ? "--reply=LIST=550 denied" : "-b"}});
+        const FileTree tree{{"page", "x"}, {"sub/deep/page", "y"}, {"sub/sub/deep/page", "y"}, {"sub/sub/sub/x", "z"}};
+        for (const auto& [path, content] : tree) server.put("site/" + path, content);
+        fs::create_directory_symlink(".", server.root() / "site/loop");
+        fs::create_directory_symlink("../..", server.root() / "site/sub/deep/up");
+        const LocalSite site(server);
+        auto lines = downloadLines(site);
+        std::erase_if(lines, [](const std::string& line) { return !line.starts_with("Left out"); });
+        std::ranges::sort(lines);
+        const std::string leadsBack = "Left out, because on the server it leads back to a folder above it: ";
+        EXPECT_EQ(lines, (Words{leadsBack + "loop", leadsBack + "sub/deep/up"})) << FtpServer::name(kind);
+        EXPECT_EQ(site.files(), tree);
+        EXPECT_FALSE(fs::exists(site / "loop"));
+    }
+}
+
+TEST(DownloadFaults, NameThatCannotBeTransferredDoesNotStopTheRest) {
+    const testing::TemporaryFolder folder;
+    const std::string longName(390, 'n');
+    std::string listing;
+    for (const auto& name : Words{"tab\tx", longName, "page"}) listing += "type=file;size=5; " + name + "\r\n";
+    testing::writeFile(folder / "listing", listing);
+    FtpServer server = oddServer({"--listing", folder / "listing"});
+    server.put("page", "12345"); // the login folder lists as all others
+    const LocalSite site(server);
+    EXPECT_EQ(
+        downloadLines(site),
+        (Words{
+            "Left out, because its name has a control character or a line break: tab\\x09x",
+            "Left out, because its name is longer than 255 bytes: " + longName, "Downloading page"}));
+
+    FtpServer deep = oddServer();
+    deep.put("site/last/beyond/page", "x");
+    deep.put("site/last/z", "x");
+    const LocalSite other(deep);
+    EXPECT_EQ(
+        downloadLines(other, "last", mostFolderLevels - 1),
+        (Words{"Left out, because it is nested more than 128 levels deep: last/beyond", "Downloading last/z"}));
+    EXPECT_EQ(
+        downloadLines(other, "last", mostFolderLevels),
+        (Words{"The remote folder is nested more than 128 levels deep."}));
+}
+
+TEST(AlikeNames, NewerFileUnderAnotherSpellingIsOfferedAndReplaced) {
+    const std::string composed = "caf\u00E9/\u00C9t\u00E9.html";
+    const std::string decomposed = "Cafe\u0301/e\u0301te\u0301.HTML";
+    for (const bool folds : {true, false}) {
+        FtpServer server = oddServer(folds ? Words{"--fold"} : Words{});
+        LocalSite site(server, {{decomposed, "mine"}, {"sub/Page", "mine"}, {"Both", "mine"}, {"both", "mine"}});
+        for (const auto& path : {composed, std::string("sub/page"), std::string("both")}) {
+            server.put("site/" + path, "theirs");
+        }
+        for (const auto& [path, content] : site.files()) testing::touch(site / path, moment);
+        const auto transport = site.transport();
+        const auto changes = transport.newerRemoteFiles({}, ignore).changes;
+        Words offered;
+        for (const auto& change : changes) offered.push_back(change.path);
+        EXPECT_EQ(offered, folds ? (Words{"both", decomposed, "sub/Page"}) : Words{"both"});
+        for (const auto& change : changes) (void)transport.replaceLocal(change);
+
+        // The same files in a first download: none comes a second time, unless the server takes it for another one.
+        (void)downloadLines(site);
+        FileTree expected{{decomposed, "theirs"}, {"sub/Page", "theirs"}, {"Both", "mine"}, {"both", "theirs"}};
+        if (!folds)
+            expected = {{decomposed, "mine"}, {"sub/Page", "mine"}, {"Both", "mine"},
+                        {"both", "theirs"},   {composed, "theirs"}, {"sub/page", "theirs"}};
+        EXPECT_EQ(site.files(), expected);
+
+        // An upload replaces exactly what was offered.
+        testing::writeFile(site / "sub/Page", "edited");
+        transport.upload("sub/Page", site.fingerprint("sub/Page"));
+        EXPECT_EQ(testing::readFile(server.root() / "site/sub/page"), folds ? "edited" : "theirs");
+    }
 }
 
 } // namespace

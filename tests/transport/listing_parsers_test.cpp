@@ -82,6 +82,16 @@ TEST(MlsdListing, WhatCannotBeReadForCertainIsRefusedAsAWhole) {
          "type=file; a\u2028", "type=file; a\0b"sv});
 }
 
+TEST(MlsdListing, EachNameCountsOnceAndOnlyIfItIsShown) {
+    const Entries twice{file("a"), folder("b"), folder("a"), file("c"), folder("b")};
+    Entries entries = twice;
+    keepShown(entries, {file("b"), file("a"), file("a")});
+    EXPECT_EQ(entries, (Entries{file("a"), folder("b")}));
+    entries = twice;
+    keepShown(entries, entries);
+    EXPECT_EQ(entries, (Entries{file("a"), folder("b"), file("c")}));
+}
+
 TEST(FtpDate, OnlyRealInstantsAreRead) {
     EXPECT_EQ(parseFTPDate("20240229235959.999"), toRemoteDate(sys_days(year(2024) / 2 / 29) + 23h + 59min + 59s));
     EXPECT_EQ(parseFTPDate("19691231235959"), toRemoteDate(sys_days(year(1970) / 1 / 1) - 1s));
@@ -196,6 +206,20 @@ TEST(HostileListing, LongLinesEndInOnePassAndOnASmallStack) {
     EXPECT_EQ(failureOf([&] { return parseMLSD("type=file" + std::string(size, ';')); }), noNames);
     EXPECT_EQ(failureOf([&] { return parseMLSD(std::string(size, ';') + " x"); }), noType);
     EXPECT_EQ(parseMLSD("type=dir;modify=" + digits + " " + digits), Entries{folder(digits)});
+}
+
+TEST(HostileListing, ManyEntriesAreNotComparedEachWithEach) {
+    constexpr std::size_t count = 500'000;
+    std::string machine;
+    std::string people;
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto name = std::to_string(i) + "\r\n";
+        machine += "type=file; " + name;
+        people += "-rw-r--r-- 1 w w 3 Jan 1 12:00 " + name;
+    }
+    auto entries = parseMLSD(machine);
+    keepShown(entries, parseLIST(people));
+    EXPECT_EQ(entries.size(), count);
 }
 
 } // namespace

@@ -40,7 +40,7 @@ protected:
                          .storeOverride = store,
                          .sessionPasswords = {{profile.id, "secret"}},
                          .work = {
-                             .check = [](const auto&, const auto&, const auto&,
+                             .check = [](const auto&, const auto&, const auto&, const auto&,
                                          const auto&) { return std::vector<RemoteChange>(); },
                              .watch = [this](const SyncWorker& worker, const std::stop_token&) { send(worker); }},
                          .clock = clock});

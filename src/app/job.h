@@ -1,0 +1,120 @@
+// What runs for one profile, from its start to its end: the state that it is in, and the steps from there.
+//
+// Main context. A job has at most one task, which belongs to its state, and one review, which belongs to the state
+// that waits for the decision. Each step names the states that it may leave. From any other it changes nothing, starts
+// nothing and returns false; so a result or a decision that comes too late has no effect, and a task that runs is never
+// replaced by another.
+#pragma once
+
+#include "app/remote_review.h"
+#include "model/profile.h"
+#include "sync/retry_wait.h"
+#include "transport/transfer_control.h"
+
+#include <functional>
+#include <memory>
+#include <stop_token>
+#include <string>
+#include <variant>
+
+namespace zembrastel {
+
+// What the tasks of one job work with.
+struct Assignment {
+    explicit Assignment(Profile assigned) : profile(std::move(assigned)) {}
+
+    Profile profile;
+    std::string password = {};
+    Uuid generation = Uuid::random(); // results of another one are dropped
+    std::shared_ptr<TransferControl> control = std::make_shared<TransferControl>();
+    std::shared_ptr<RetryWait> retryWait = std::make_shared<RetryWait>();
+};
+
+class Job {
+public:
+    struct ReadingPassword {};
+    struct Checking {
+        std::stop_source task;
+    };
+    // The server check, which its task tries again.
+    struct CheckFailed {
+        std::stop_source task;
+        std::string message;
+    };
+    struct AwaitingDecision {
+        RemoteReview review;
+    };
+    struct DownloadingReview {
+        std::stop_source task;
+    };
+    // The download that a review ended with. Only the user goes on from here.
+    struct DownloadFailed {
+        std::string message;
+    };
+    struct InitialDownload {
+        std::stop_source task;
+    };
+    struct Watching {
+        std::stop_source task;
+    };
+    struct Ended {};
+
+    using State = std::variant<
+        ReadingPassword, Checking, CheckFailed, AwaitingDecision, DownloadingReview, DownloadFailed, InitialDownload,
+        Watching, Ended>;
+
+    // Starts the task of the next state. What it throws leaves the job as it was.
+    using StartTask = std::function<std::stop_source()>;
+
+    explicit Job(const Profile& profile) : assignment(profile) {}
+
+    [[nodiscard]] const Assignment& work() const { return assignment; }
+    [[nodiscard]] const State& state() const { return current; }
+    template <class Wanted>
+    [[nodiscard]] bool is() const {
+        return std::holds_alternative<Wanted>(current);
+    }
+
+    // The review that waits for a decision; nullptr in any other state.
+    [[nodiscard]] const RemoteReview* review() const;
+
+    // Why no upload starts; nullptr in any other state.
+    [[nodiscard]] const std::string* failure() const;
+
+    // Keeps the password for the tasks.
+    [[nodiscard]] bool takePassword(std::string password);
+
+    // Compares with the server: first, and again after a review's download that left files out.
+    [[nodiscard]] bool check(const StartTask& start);
+
+    // The check failed; its task goes on.
+    [[nodiscard]] bool failCheck(std::string message);
+
+    // The check found files that are newer on the server.
+    [[nodiscard]] bool awaitDecision(RemoteReview review);
+
+    // Downloads what was decided on.
+    [[nodiscard]] bool download(const StartTask& start);
+    [[nodiscard]] bool failDownload(std::string message);
+
+    // Downloads the profile's contents before the first check.
+    [[nodiscard]] bool downloadInitially(const StartTask& start);
+
+    // Uploads what changes: nothing was newer, all was decided and carried out, or the user skipped the check.
+    [[nodiscard]] bool watch(const StartTask& start);
+
+    // Stops the task and cancels its transfers, from any state. Returns without waiting.
+    void end();
+
+private:
+    template <class... From>
+    [[nodiscard]] bool isOneOf() const {
+        return (is<From>() || ...);
+    }
+    [[nodiscard]] std::stop_source* task();
+
+    Assignment assignment;
+    State current;
+};
+
+} // namespace zembrastel

@@ -1,0 +1,37 @@
+#include "model/name_fault.h"
+
+#include "platform/text.h"
+
+#include <climits>
+
+namespace zembrastel {
+namespace {
+
+const char* reason(NameFault fault) {
+    switch (fault) {
+    case NameFault::notUtf8:
+        return "its name is not valid UTF-8";
+    case NameFault::control:
+        return "its name has a control character or a line break";
+    case NameFault::tooLong:
+        return "its name is longer than 255 bytes";
+    case NameFault::tooDeep:
+        return "it is nested more than 128 levels deep";
+    }
+    return "";
+}
+
+} // namespace
+
+std::optional<NameFault> nameFault(std::string_view name) {
+    if (!isValidUtf8(name)) return NameFault::notUtf8;
+    if (containsControl(name)) return NameFault::control;
+    if (name.size() > NAME_MAX) return NameFault::tooLong;
+    return std::nullopt;
+}
+
+std::string leftOutLine(NameFault fault, std::string_view path) {
+    return std::string("Left out, because ") + reason(fault) + ": " + printable(path);
+}
+
+} // namespace zembrastel

@@ -1,0 +1,76 @@
+#include "platform/file_attributes.h"
+
+#include "platform/files.h"
+
+#include <cerrno>
+#include <string>
+#include <string_view>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+namespace zembrastel {
+namespace {
+
+constexpr mode_t permissionBits = 0777;
+constexpr auto accessList = "system.posix_acl_access";
+
+// The others belong to the content, such as a signature or a capability, or to the system.
+bool isKept(std::string_view name) {
+    return name.starts_with("user.") || name.starts_with("system.") || name == "security.selinux";
+}
+
+// All that `read`, of the kind of flistxattr, has to give; nothing where it fails.
+template <class Read>
+std::string readAll(const Read& read) {
+    std::string bytes;
+    const ssize_t size = read(nullptr, std::size_t{0});
+    if (size <= 0) return bytes;
+    bytes.resize(static_cast<std::size_t>(size));
+    const ssize_t got = read(bytes.data(), bytes.size());
+    bytes.resize(got < 0 ? 0 : static_cast<std::size_t>(got));
+    return bytes;
+}
+
+bool copyExtendedAttribute(int from, int to, const char* name) {
+    const auto value = readAll([&](char* into, std::size_t size) { return ::fgetxattr(from, name, into, size); });
+    return ::fsetxattr(to, name, value.data(), value.size(), 0) == 0;
+}
+
+// False when there is an access-control list that `to` does not have now.
+bool copyExtendedAttributes(int from, int to) {
+    bool listed = false;
+    bool listKept = false;
+    const auto names = readAll([&](char* into, std::size_t size) { return ::flistxattr(from, into, size); });
+    for (std::size_t at = 0; at < names.size(); at += std::string_view(names.c_str() + at).size() + 1) {
+        const char* name = names.c_str() + at;
+        if (!isKept(name)) continue;
+        const bool kept = copyExtendedAttribute(from, to, name);
+        if (name != std::string_view(accessList)) continue;
+        listed = true;
+        listKept = kept;
+    }
+    // It may have inherited one from its folder.
+    if (!listKept) (void)::fremovexattr(to, accessList);
+    return listKept || !listed;
+}
+
+} // namespace
+
+void copyAttributes(int from, int to, const std::filesystem::path& name) {
+    struct stat source {};
+    struct stat target {};
+    if (::fstat(from, &source) != 0 || ::fstat(to, &target) != 0) throwFileError("stat", name);
+    constexpr auto asItIs = static_cast<uid_t>(-1);
+    if (source.st_uid != target.st_uid) (void)::fchown(to, source.st_uid, asItIs); // root alone may
+    const bool groupKept = source.st_gid == target.st_gid || ::fchown(to, asItIs, source.st_gid) == 0;
+    const bool listKept = copyExtendedAttributes(from, to);
+    // A list names what the owning group may do, and that is another group now.
+    if (!groupKept) (void)::fremovexattr(to, accessList);
+    mode_t mode = source.st_mode & permissionBits;
+    if (!groupKept || !listKept) mode &= ~(S_IRWXG & ~((mode & S_IRWXO) << 3U));
+    // On some file systems all files have the same bits.
+    if (::fchmod(to, mode) != 0 && errno != EPERM && errno != EOPNOTSUPP) throwFileError("chmod", name);
+}
+
+} // namespace zembrastel
