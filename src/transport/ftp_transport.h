@@ -30,8 +30,8 @@ namespace zembrastel {
 
 class ChildProcess;
 
-// One run of curl as a conversation, for finding out what is wrong with a server.
-struct Conversation {
+// One run of curl with all that was said in it, for finding out what is wrong with a server.
+struct Transcript {
     bool succeeded = false;
     bool connected = false;             // did anybody answer at the host's port?
     std::string output{};               // what curl wrote to its standard output, where it succeeded
@@ -51,16 +51,17 @@ struct FTPTransport {
     // Tells how many bytes of a local file curl has read or written.
     using Position = std::function<std::optional<std::uint64_t>(const ChildProcess& curl)>;
 
-    // One run of curl: the options that every operation has, then `options`. Returns what curl wrote to its standard
-    // output. The one local file that curl may read or write is the open `localFile`, which the options call
-    // ChildProcess::filePath: curl is given no path of the local side, so nobody can put a link into one. What
-    // `position` tells goes to the observer.
+    // One run of curl, a conversation of one block: the options that every operation has, then `options`. Returns what
+    // curl wrote to its standard output. The one local file that curl may read or write is the open `localFile`, which
+    // the options call ChildProcess::filePath: curl is given no path of the local side, so nobody can put a link into
+    // one. What `position` tells goes to the observer. A file that would become longer than `mostWritten` fails the
+    // run.
     std::string run(
         std::string_view path, bool directory, const std::vector<TransferOption>& options, int localFile = -1,
-        const Position& position = {}) const;
+        const Position& position = {}, std::optional<std::uint64_t> mostWritten = std::nullopt) const;
 
-    // The same run, with all that was said in it. A failure is part of the conversation and not thrown.
-    [[nodiscard]] Conversation converse(
+    // The same run, with all that was said in it. A failure is part of the transcript and not thrown.
+    [[nodiscard]] Transcript transcribe(
         std::string_view path, bool directory, std::vector<TransferOption> options, int localFile = -1) const;
 
     // The entries of one remote folder, in the server's order: those of MLSD that LIST shows as well, with MLSD's
