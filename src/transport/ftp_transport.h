@@ -13,6 +13,7 @@
 #include "transport/curl_configuration.h"
 #include "transport/remote_change.h"
 #include "transport/remote_entry.h"
+#include "transport/server_traits.h"
 #include "transport/transfer_control.h"
 #include "transport/transfer_observer.h"
 
@@ -47,6 +48,7 @@ struct FTPTransport {
     std::string password;
     std::shared_ptr<TransferControl> control;
     TransferObserver* observer = nullptr; // borrowed; nothing is looked at for nobody
+    std::shared_ptr<ServerTraits> traits = std::make_shared<ServerTraits>(); // of the profile's server
 
     // Tells how many bytes of a local file curl has read or written.
     using Position = std::function<std::optional<std::uint64_t>(const ChildProcess& curl)>;
@@ -81,9 +83,9 @@ struct FTPTransport {
     // The number of entries in the profile's remote folder. Reads only.
     [[nodiscard]] std::size_t test() const;
 
-    // Sends the version of the local file that has this fingerprint, under a temporary name that is renamed over the
-    // live file once it is complete. Missing remote folders are made. A failure at any moment leaves the live file as
-    // it was; a temporary file may stay on the server.
+    // Sends the version of the local file that has this fingerprint and puts it in the place of the live one, whatever
+    // that is: see publishing.h. Missing remote folders are made. A failure at any moment leaves the live file as it
+    // was; a temporary file may stay on the server, until a later upload removes it.
     void upload(const std::string& path, const Fingerprint& fingerprint) const;
 
     // Where the file or folder of this path is, or would be. Throws SyncError when the path is not safe or a symbolic
@@ -105,9 +107,6 @@ struct FTPTransport {
     [[nodiscard]] std::vector<RemoteChange> newerRemoteFiles(
         const FileMap& baseline, const RemoteDates& knownDates, const Report& report) const;
 };
-
-// What has curl send the handed-over file under the temporary name, and then give it its own, replacing what has it.
-[[nodiscard]] std::vector<TransferOption> uploadOptions(const std::string& temporary, const std::string& name);
 
 // Deeper remote folders are refused: no real site has them, and a link that a server follows can go on for ever.
 inline constexpr int mostFolderLevels = 128;

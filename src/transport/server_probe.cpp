@@ -53,6 +53,16 @@ bool isOver(const Transcript& answer) {
     return !loggedIn || answer.failure.starts_with("curl: (9)") || answer.failure.starts_with("curl: (28)");
 }
 
+// What has curl send the handed-over file under the temporary name, and then give it its own, replacing what has it.
+std::vector<TransferOption> uploadOptions(const std::string& temporary, const std::string& name) {
+    // The renames are sent in the file's own remote folder once the transfer is complete, and only then.
+    return {
+        {"ftp-create-dirs"},
+        {"upload-file", ChildProcess::filePath},
+        {"quote", "-RNFR " + temporary},
+        {"quote", "-RNTO " + name}};
+}
+
 class TestUpload {
 public:
     TestUpload(const FTPTransport& used, const Clock& usedClock) : transport(used), clock(usedClock) {
