@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cassert>
+#include <ranges>
 #include <system_error>
 #include <utility>
 
@@ -20,6 +21,13 @@ bool isSameFolder(const std::string& a, const std::string& b) {
 }
 
 } // namespace
+
+std::string listedPaths(const PathSet& paths) {
+    constexpr std::size_t most = 10;
+    std::string text;
+    for (const auto& path : paths | std::views::take(most)) text += (text.empty() ? "" : ", ") + path;
+    return paths.size() > most ? text + " and " + std::to_string(paths.size() - most) + " more" : text;
+}
 
 std::string loadFailure(const std::exception& error) {
     return "Could not load saved profiles: " + describe(error) + ". Your saved file has been left untouched.";
@@ -36,6 +44,7 @@ AppModel::AppModel(MainContext& mainContext, Options chosen)
     try {
         StateStore opened = options.storeOverride ? *options.storeOverride : StateStore();
         state = opened.load();
+        stateFolder = opened.folder();
         saver.emplace(
             context, options.clock, std::move(opened), state,
             [this](const std::set<Uuid>& ids, const std::string& message) { tellUnsaved(ids, message); });
@@ -82,6 +91,10 @@ const RemoteDates& AppModel::remoteDates(const Uuid& id) const {
     if (!state.remoteDates) return none;
     const auto found = state.remoteDates->find(id);
     return found == state.remoteDates->end() ? none : found->second;
+}
+
+std::optional<PublishJournal> AppModel::journalOf(const Uuid& id) const {
+    return stateFolder ? std::optional(PublishJournal(*stateFolder, id)) : std::nullopt;
 }
 
 void AppModel::select(std::optional<Uuid> id) {
@@ -218,7 +231,8 @@ void AppModel::start(const Uuid& id) { startWith(id, std::nullopt); }
 Job& AppModel::openJob(const Profile& profile) {
     assert(!jobs.contains(profile.id));
     postponed.erase(profile.id);
-    return jobs.emplace(profile.id, Job(profile)).first->second;
+    auto& traits = serverTraits.try_emplace(profile.id, std::make_shared<ServerTraits>()).first->second;
+    return jobs.emplace(profile.id, Job(profile, traits)).first->second;
 }
 
 void AppModel::startWith(const Uuid& id, const Earlier& earlier) {
@@ -307,7 +321,8 @@ void AppModel::launchWorker(const Uuid& id) {
     const bool downloads = jobs.at(id).work().profile.needsDownload;
     const bool begun = step(id, [&](Job& job) {
         const auto start = [&] {
-            return tasks.start([this, work = job.work(), files = baseline(id)](const std::stop_token& stop) {
+            return tasks.start([this, work = job.work(), files = baseline(id), dates = remoteDates(id),
+                                journal = journalOf(id)](const std::stop_token& stop) {
                 const SyncWorker worker{
                     .profile = work.profile,
                     .password = work.password,
@@ -315,7 +330,12 @@ void AppModel::launchWorker(const Uuid& id) {
                     .initialBaseline = files,
                     .events = eventSink(work.profile.id, work.generation, stop),
                     .clock = options.clock,
-                    .retryWait = work.retryWait};
+                    .retryWait = work.retryWait,
+                    .traits = work.traits,
+                    .seen = work.seen,
+                    .recordedDates = dates,
+                    .mayReplaceUnseen = work.checkSkipped,
+                    .journal = journal};
                 jobWork.watch(worker, stop);
             });
         };

@@ -17,6 +17,7 @@
 #include "app/state_saver.h"
 #include "model/password_store.h"
 #include "model/profile.h"
+#include "model/publish_journal.h"
 #include "model/saved_state.h"
 #include "model/state_store.h"
 #include "platform/clock.h"
@@ -24,6 +25,7 @@
 #include "transport/remote_change.h"
 
 #include <exception>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
@@ -34,6 +36,9 @@
 #include <vector>
 
 namespace zembrastel {
+
+// "a.html, b.html", and of many only how many more there are.
+[[nodiscard]] std::string listedPaths(const PathSet& paths);
 
 // What the user reads when the saved state could not be loaded.
 [[nodiscard]] std::string loadFailure(const std::exception& error);
@@ -193,6 +198,7 @@ private:
     // Core.
     void addSampleProfile();
     [[nodiscard]] Profile* find(const Uuid& id);
+    [[nodiscard]] std::optional<PublishJournal> journalOf(const Uuid& id) const; // none where nothing is saved
     [[nodiscard]] bool isCurrent(const Uuid& id, const Uuid& generation) const;
     [[nodiscard]] std::function<void()> onlyIfCurrent(
         const Uuid& id, const Uuid& generation, std::function<void()> work);
@@ -222,6 +228,7 @@ private:
     void apply(const event::RemoteDate& event, const Uuid& id);
     void apply(const event::DownloadFinished& event, const Uuid& id);
     void apply(const event::FolderReturned& event, const Uuid& id);
+    void apply(const event::ServerChanged& event, const Uuid& id);
     void apply(const event::PassEnded& event, const Uuid& id);
     void takeProgress(const TransferProgress& progress, const Uuid& id);
     void countFileDone(const Uuid& id);
@@ -232,7 +239,9 @@ private:
 
     // Server check and review.
     void startCheck(const Uuid& id, const Earlier& earlier);
-    void finishCheck(const std::vector<RemoteChange>& changes, const Uuid& id, const Earlier& earlier);
+    void finishCheck(const ServerCheck& check, const Uuid& id, const Earlier& earlier);
+    void recordRecognised(const AnnouncedFiles& recognised, const Uuid& id);
+    void acknowledge(const RemoteChange& kept, const Uuid& id);
     void askForDecision(const Uuid& id);
     void failedCheck(const std::string& message, const Uuid& id, bool willRetry);
     void showNextReview();
@@ -241,13 +250,14 @@ private:
     [[nodiscard]] Decision carryOut(const Uuid& id, const PathSet& downloads);
     void startReviewDownload(const Uuid& id, const std::vector<RemoteChange>& approved);
     void recordDownload(const Uuid& id, const RemoteChange& change, const Fingerprint& installed);
-    void finishReviewDownload(const Uuid& id, const std::vector<std::string>& leftOut);
+    void finishReviewDownload(const Uuid& id, const PathSet& leftOut);
     void recordRemoteDate(const std::string& path, RemoteDate date, const Uuid& id);
 
     // Profile operations.
     [[nodiscard]] Profile savable(Profile changed, const std::optional<Profile>& opened) const;
     [[nodiscard]] Profile withoutStaleFields(Profile changed, const Profile& opened) const;
     void forgetProfile(const Uuid& id);
+    void forgetServer(const Uuid& id);
     void keepSharedScope(const Profile& old, const Profile& changed);
 
     MainContext& context;
@@ -256,6 +266,7 @@ private:
     std::set<ModelObserver*> observers;
     SavedState state;
     std::optional<StateSaver> saver; // nothing when the saved state could not be loaded
+    std::optional<std::filesystem::path> stateFolder;
     std::map<Uuid, ProfileStatus> statuses;
     std::optional<Uuid> selected;
     std::optional<std::string> alertText;
@@ -266,6 +277,7 @@ private:
     // Paths of the last review that were neither kept nor downloaded since. The next check offers them whatever the
     // dates of the local files are: an edit of the local file must not overwrite what nobody has decided on.
     std::map<Uuid, PathSet> unanswered;
+    std::map<Uuid, std::shared_ptr<ServerTraits>> serverTraits;
     std::map<Uuid, std::string> passwords;
     // Watched by what is posted to the main context, which may come when the model has gone.
     std::shared_ptr<AppModel*> self = std::make_shared<AppModel*>(this);

@@ -8,7 +8,9 @@
 
 #include "app/remote_review.h"
 #include "model/profile.h"
+#include "model/server_version.h"
 #include "sync/retry_wait.h"
+#include "transport/server_traits.h"
 #include "transport/transfer_control.h"
 
 #include <functional>
@@ -28,6 +30,9 @@ struct Assignment {
     Uuid generation = Uuid::random(); // results of another one are dropped
     std::shared_ptr<TransferControl> control = std::make_shared<TransferControl>();
     std::shared_ptr<RetryWait> retryWait = std::make_shared<RetryWait>();
+    std::shared_ptr<ServerTraits> traits = std::make_shared<ServerTraits>();
+    ServerVersions seen = {};  // by the server check
+    bool checkSkipped = false; // by the user
 };
 
 class Job {
@@ -66,7 +71,10 @@ public:
     // Starts the task of the next state. What it throws leaves the job as it was.
     using StartTask = std::function<std::stop_source()>;
 
-    explicit Job(const Profile& profile) : assignment(profile) {}
+    // What is known of the profile's server outlives the job.
+    Job(const Profile& profile, std::shared_ptr<ServerTraits> traits) : assignment(profile) {
+        assignment.traits = std::move(traits);
+    }
 
     [[nodiscard]] const Assignment& work() const { return assignment; }
     [[nodiscard]] const State& state() const { return current; }
@@ -86,6 +94,12 @@ public:
 
     // Compares with the server: first, and again after a review's download that left files out.
     [[nodiscard]] bool check(const StartTask& start);
+
+    // Keeps what the check saw, for the worker.
+    void keepSeen(ServerVersions versions) { assignment.seen = std::move(versions); }
+
+    // The user starts the worker without a check.
+    void skipCheck() { assignment.checkSkipped = true; }
 
     // The check failed; its task goes on.
     [[nodiscard]] bool failCheck(std::string message);

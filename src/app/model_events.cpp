@@ -72,6 +72,16 @@ void AppModel::apply(const event::FolderReturned&, const Uuid& id) {
     start(id);
 }
 
+void AppModel::apply(const event::ServerChanged& event, const Uuid& id) {
+    log(id,
+        "Not replaced, because they changed on the server: " + listedPaths(event.paths)
+            + ". The server is checked again before anything is uploaded.",
+        true);
+    stopJob(id);
+    unanswered[id].insert(event.paths.begin(), event.paths.end());
+    start(id);
+}
+
 void AppModel::apply(const event::PassEnded& event, const Uuid& id) {
     endInsteadOfWatching(id);
     if (!event.failure) return;

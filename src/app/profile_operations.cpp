@@ -8,6 +8,12 @@
 namespace zembrastel {
 namespace {
 
+// Is it another place on a server, of which nothing that was seen of the first one is true?
+bool differsInPlace(const Profile& old, const Profile& changed) {
+    return old.host != changed.host || old.port != changed.port || old.username != changed.username
+           || old.remoteFolder != changed.remoteFolder;
+}
+
 bool differsInScope(const Profile& old, const Profile& changed) {
     return old.effectiveSyncSelection() != changed.effectiveSyncSelection();
 }
@@ -69,6 +75,7 @@ void AppModel::save(
     const std::optional<Profile> old = stored == nullptr ? std::nullopt : std::optional(*stored);
     const bool scopeEdited = old && differsInScope(*old, changed);
     changed = savable(std::move(changed), opened);
+    const bool placeEdited = old && differsInPlace(*old, changed);
     if (password && !options.demo) {
         options.passwordAccess.save(*password, changed.id);
         passwords.insert_or_assign(changed.id, *password);
@@ -78,6 +85,7 @@ void AppModel::save(
     stopJob(id);
     if (initialBaseline) state.baselines[id] = std::move(*initialBaseline);
     if (scopeEdited) keepSharedScope(*old, changed);
+    if (placeEdited) forgetServer(id);
     const bool enabled = changed.enabled;
     const bool empty = changed.hasEmptySyncSelection();
     if (stored == nullptr) {
@@ -170,14 +178,21 @@ void AppModel::remove(const Uuid& id) {
         });
 }
 
+// What was seen of the profile's place on the server.
+void AppModel::forgetServer(const Uuid& id) {
+    if (state.remoteDates) state.remoteDates->erase(id);
+    unanswered.erase(id);
+    serverTraits.erase(id);
+    if (const auto journal = journalOf(id)) journal->remove();
+}
+
 void AppModel::forgetProfile(const Uuid& id) {
     stopJob(id);
     std::erase_if(state.profiles, [&id](const Profile& candidate) { return candidate.id == id; });
     state.baselines.erase(id);
-    if (state.remoteDates) state.remoteDates->erase(id);
     statuses.erase(id);
     passwords.erase(id);
-    unanswered.erase(id);
+    forgetServer(id);
     if (saver) saver->forget(id);
     notify([](ModelObserver& observer) { observer.profilesChanged(); });
     if (selected == id) select(profiles().empty() ? std::nullopt : std::optional(profiles().front().id));

@@ -12,7 +12,12 @@ namespace zembrastel {
 namespace {
 
 FTPTransport transportFor(const Assignment& work, ProgressMeter& meter) {
-    return {.profile = work.profile, .password = work.password, .control = work.control, .observer = &meter};
+    return {
+        .profile = work.profile,
+        .password = work.password,
+        .control = work.control,
+        .observer = &meter,
+        .traits = work.traits};
 }
 
 PathSet pathsOf(const std::vector<RemoteChange>& changes) {
@@ -28,14 +33,6 @@ bool areSameVersions(const std::vector<RemoteChange>& a, const std::vector<Remot
     });
 }
 
-// "a.html, b.html", and of many only how many more there are.
-std::string listed(const std::vector<std::string>& paths) {
-    constexpr std::size_t most = 10;
-    std::string text;
-    for (std::size_t i = 0; i < std::min(paths.size(), most); ++i) text += (i == 0 ? "" : ", ") + paths[i];
-    return paths.size() > most ? text + " and " + std::to_string(paths.size() - most) + " more" : text;
-}
-
 } // namespace
 
 void AppModel::startCheck(const Uuid& id, const Earlier& earlier) {
@@ -45,22 +42,23 @@ void AppModel::startCheck(const Uuid& id, const Earlier& earlier) {
     });
     log(id, "Checking for newer server files before watching resumes.");
     const Uuid generation = jobs.at(id).work().generation;
-    const auto found = [this, id, generation, earlier](const std::vector<RemoteChange>& changes) {
-        context.post(
-            onlyIfCurrent(id, generation, [this, id, changes, earlier] { finishCheck(changes, id, earlier); }));
+    const auto found = [this, id, generation, earlier](const ServerCheck& check) {
+        context.post(onlyIfCurrent(id, generation, [this, id, check, earlier] { finishCheck(check, id, earlier); }));
     };
     const auto failed = [this, id, generation](const std::string& message) {
         context.post(onlyIfCurrent(id, generation, [this, id, message] { failedCheck(message, id, true); }));
     };
-    const auto body = [this, work = jobs.at(id).work(), found, failed, files = baseline(id), dates = remoteDates(id),
-                       open = unanswered[id]](const std::stop_token& stop) {
+    const ServerRecord recorded{.baseline = baseline(id), .knownDates = remoteDates(id), .unanswered = unanswered[id]};
+    const auto body = [this, work = jobs.at(id).work(), found, failed, record = recorded,
+                       journal = journalOf(id)](const std::stop_token& stop) mutable {
         ProgressMeter meter(options.clock, eventSink(work.profile.id, work.generation, stop).progress);
+        if (journal) record.announced = journal->read();
         while (!stop.stop_requested()) {
             try {
                 meter.begin(TransferProgress::Work::comparing);
-                const auto changes = jobWork.check(transportFor(work, meter), files, dates, open, stop);
+                const auto check = jobWork.check(transportFor(work, meter), record, stop);
                 work.control->check();
-                found(changes);
+                found(check);
                 return;
             } catch (const Cancelled&) {
                 return;
@@ -73,7 +71,10 @@ void AppModel::startCheck(const Uuid& id, const Earlier& earlier) {
     if (step(id, [&](Job& job) { return job.check([&] { return tasks.start(body); }); })) publishReview(id);
 }
 
-void AppModel::finishCheck(const std::vector<RemoteChange>& changes, const Uuid& id, const Earlier& earlier) {
+void AppModel::finishCheck(const ServerCheck& check, const Uuid& id, const Earlier& earlier) {
+    const auto& changes = check.changes;
+    recordRecognised(check.recognised, id);
+    jobs.at(id).keepSeen(check.seen);
     unanswered[id] = pathsOf(changes);
     if (changes.empty()) {
         launchWorker(id);
@@ -87,6 +88,19 @@ void AppModel::finishCheck(const std::vector<RemoteChange>& changes, const Uuid&
         log(id, "Other files are newer on the server than when you decided: nothing was done by that decision.");
     }
     askForDecision(id);
+}
+
+void AppModel::recordRecognised(const AnnouncedFiles& recognised, const Uuid& id) {
+    if (recognised.dates.empty()) return;
+    std::set<std::string, std::less<>> paths;
+    for (const auto& [path, fingerprint] : recognised.files) {
+        state.baselines[id].set(path, fingerprint);
+        paths.insert(path);
+    }
+    for (const auto& [path, date] : recognised.dates) recordRemoteDate(path, date, id);
+    if (!paths.empty())
+        log(id, "The same on the server and here, so recorded without a question: " + listedPaths(paths));
+    saveSoon(id);
 }
 
 void AppModel::askForDecision(const Uuid& id) {
@@ -194,7 +208,9 @@ void AppModel::startWithoutCheck(const Uuid& id) {
             }
             stopJob(id);
             unanswered.erase(id);
-            (void)openJob(*found).takePassword(std::move(password));
+            Job& job = openJob(*found);
+            job.skipCheck();
+            (void)job.takePassword(std::move(password));
             launchWorker(id);
             log(id, "Server comparison skipped by your choice; pending local edits may replace remote copies.");
         },
@@ -230,7 +246,7 @@ Decision AppModel::carryOut(const Uuid& id, const PathSet& downloads) {
         if (downloads.contains(change.path)) {
             approved.push_back(change);
         } else {
-            recordRemoteDate(change.path, change.remoteDate, id);
+            acknowledge(change, id);
         }
     }
     try {
@@ -249,6 +265,25 @@ Decision AppModel::carryOut(const Uuid& id, const PathSet& downloads) {
     return Decision::accepted;
 }
 
+// The user keeps the local file: this version on the server is not offered again.
+void AppModel::acknowledge(const RemoteChange& kept, const Uuid& id) {
+    recordRemoteDate(kept.path, kept.remoteDate, id);
+    const auto* version = jobs.at(id).work().seen.find(kept.path);
+    const auto* synchronised = baseline(id).find(kept.path);
+    const bool differsInSize =
+        version != nullptr && version->size && *version->size != static_cast<std::uint64_t>(kept.local.size);
+    if (!differsInSize || synchronised == nullptr || *synchronised != kept.local) return;
+    // The recorded date alone would not keep the size from being noticed.
+    auto journal = journalOf(id);
+    if (!journal) return;
+    const Fingerprint ofServer{.size = static_cast<std::int64_t>(*version->size)};
+    try {
+        journal->announce({.files = {{kept.path, ofServer}}, .dates = {{kept.path, kept.remoteDate}}});
+    } catch (const std::filesystem::filesystem_error&) {
+        // The price is that the next start asks once more.
+    }
+}
+
 void AppModel::startReviewDownload(const Uuid& id, const std::vector<RemoteChange>& approved) {
     changeStatus(id, [&approved](ProfileStatus& status) {
         status.title = "Downloading server changes";
@@ -262,14 +297,14 @@ void AppModel::startReviewDownload(const Uuid& id, const std::vector<RemoteChang
             ProgressMeter meter(options.clock, eventSink(id, work.generation, stop).progress);
             meter.begin(TransferProgress::Work::downloading, approved.size());
             const auto transport = transportFor(work, meter);
-            std::vector<std::string> leftOut;
+            PathSet leftOut;
             for (const auto& change : approved) {
                 work.control->check();
                 try {
                     const Fingerprint installed = transport.replaceLocal(change);
                     onMain([this, id, change, installed] { recordDownload(id, change, installed); });
                 } catch (const ChangedMeanwhile& refusal) {
-                    leftOut.push_back(change.path);
+                    leftOut.insert(change.path);
                     onMain([this, id, message = describe(refusal)] { log(id, message, true); });
                 }
                 meter.fileDone();
@@ -291,13 +326,13 @@ void AppModel::recordDownload(const Uuid& id, const RemoteChange& change, const 
     log(id, "Downloaded newer server copy: " + change.path + " (previous local copy backed up)");
 }
 
-void AppModel::finishReviewDownload(const Uuid& id, const std::vector<std::string>& leftOut) {
+void AppModel::finishReviewDownload(const Uuid& id, const PathSet& leftOut) {
     if (leftOut.empty()) {
         launchWorker(id);
         return;
     }
     log(id,
-        "Not downloaded, because they changed meanwhile: " + listed(leftOut)
+        "Not downloaded, because they changed meanwhile: " + listedPaths(leftOut)
             + ". The server is checked again before anything is uploaded.",
         true);
     startCheck(id, std::nullopt);

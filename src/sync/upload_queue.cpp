@@ -11,6 +11,15 @@
 namespace zembrastel {
 namespace {
 
+// The failure of the upload of this file, which the text names at its end if it does not name it yet.
+std::string uploadProblem(std::string problem, const std::string& path) {
+    const bool namesIt = problem.ends_with(": " + path) || problem.find('/' + path + ": ") != std::string::npos;
+    if (namesIt) return problem;
+    const bool ended = problem.ends_with('.');
+    if (ended) problem.pop_back();
+    return problem + " (" + path + (ended ? ")." : ")");
+}
+
 constexpr std::chrono::minutes longestWrite{2};
 constexpr int maxDateQueries = 3; // for one file: some servers report no dates
 
