@@ -113,16 +113,15 @@ void ControlService::changeEach(Client client, const ControlRequest& request) {
     for (const auto& id : request.profiles) {
         const auto isSo = [&] { return !model.running(id) && !model.profile(id)->enabled; };
         const auto isOn = [&] { return model.running(id) && model.profile(id)->enabled; };
-        const bool retries = !pauses && isOn() && hasFailedCheck(model, id);
+        const bool retries = !pauses && hasFailedCheck(model, id);
         if (!retries && (pauses ? isSo() : isOn())) continue;
         try {
-            if (retries) {
-                model.retryCheck(id);
-            } else if (pauses) {
+            if (pauses) {
                 pausedHere.insert(id);
                 model.pause(id);
             } else {
                 pausedHere.erase(id);
+                if (retries) model.retryCheck(id);
                 model.resume(id);
             }
         } catch (const std::exception& error) {

@@ -2,6 +2,7 @@
 #include "server_fixture.h"
 
 #include "app/control_client.h"
+#include "app/remote_review.h"
 #include "platform/instance_lock.h"
 #include "platform/local_socket.h"
 #include "support/wait_for.h"
@@ -91,6 +92,51 @@ TEST_F(RunningProgram, ItsReviewIsDecidedAsOneOfItsOwn) {
     const auto after = place.run({"review", "My website"});
     EXPECT_EQ(after.status, 0) << after.errors;
     EXPECT_TRUE(contains(after.output, "Nothing is newer on the server."));
+    end(watch);
+}
+
+TEST_F(RunningProgram, DecisionOnAnEarlierReviewOverwritesNothing) {
+    pushAll();
+    changeOnServer("index.html", "by somebody else", 60s);
+    Program watch = startWatch();
+    readUntil(watch, R"("title":"Review remote changes")");
+    const Uuid id = place.saved().profiles.front().id;
+    const auto ask = [&](const ControlRequest& request) {
+        auto program = ControlClient::connect(place.state());
+        EXPECT_TRUE(program && program->ask(request));
+        return program->next(limit).value();
+    };
+    const auto seen = std::get<answer::Review>(ask({.kind = ControlRequest::Kind::review, .profiles = {id}}));
+    EXPECT_EQ(place.run({"pause", "My website"}).status, 0);
+    writeFile(site / "images/a.svg", "mine");
+    changeOnServer("images/a.svg", "by somebody else", 120s);
+    EXPECT_EQ(place.run({"resume", "My website"}).status, 0);
+    const auto late =
+        ask({.kind = ControlRequest::Kind::decide, .profiles = {id}, .revision = seen.revision, .downloadAll = true});
+    EXPECT_EQ(std::get<answer::Failed>(late).text, outdatedDecision);
+    const auto review = place.run({"review", "My website"});
+    EXPECT_EQ(review.status, 3) << review.errors;
+    EXPECT_TRUE(contains(review.output, "2 files newer on the server:"));
+    EXPECT_EQ(readFile(serverSite / "images/a.svg"), "by somebody else");
+    EXPECT_EQ(readFile(site / "index.html"), "hello");
+    end(watch);
+}
+
+TEST_F(RunningProgram, FailedReviewDownloadIsRetriedFromATerminal) {
+    pushAll();
+    changeOnServer("index.html", "by somebody else", 60s);
+    Program watch = startWatch();
+    for (const char* again : {"resume", "review", "check"}) {
+        readUntil(watch, R"("title":"Review remote changes")");
+        server->stop();
+        EXPECT_EQ(place.run({"review", "My website", "--download-all"}).status, 1);
+        server->restart();
+        EXPECT_EQ(run({again, "My website"}).status, std::string(again) == "resume" ? 0 : 3) << place.errors();
+    }
+    readUntil(watch, R"("title":"Review remote changes")");
+    const auto decided = place.run({"review", "My website", "--download-all"});
+    EXPECT_EQ(decided.status, 0) << decided.errors;
+    EXPECT_EQ(readFile(site / "index.html"), "by somebody else");
     end(watch);
 }
 
