@@ -5,7 +5,6 @@
 #include "platform/files.h"
 #include "platform/folder.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
@@ -30,8 +29,7 @@ std::filesystem::path readableRoot(const std::string& localFolder) {
 
 std::optional<NameFault> faultOf(const WalkEntry& entry) {
     if (const auto fault = nameFault(entry.name)) return fault;
-    // The path of the first folder that is too deep has one component more than the path of its parent.
-    const bool tooDeep = entry.kind == EntryKind::folder && std::ranges::count(entry.path, '/') >= mostFolderLevels - 1;
+    const bool tooDeep = entry.kind == EntryKind::folder && isTooDeep(entry.path);
     return tooDeep ? std::optional(NameFault::tooDeep) : std::nullopt;
 }
 
