@@ -128,11 +128,13 @@ void measure(const Options& options) {
     queue.runUntil([&] { return pauses.done.load(); }, patience);
     model.shutdown();
     const Moment end = now();
+    const std::chrono::duration<double> today = systemClock().now().time_since_epoch();
     const std::size_t wanted = options.most != 0 ? options.most : options.count;
     if (pauses.failed || watch.uploaded < wanted) throw std::runtime_error("uploads failed: " + watch.title);
     Figures()
         .since(pauses.begin, end)
         .set("uploads", static_cast<double>(watch.uploaded))
+        .set("began", today.count() - (end.wall - pauses.begin.wall))
         .set("saves", static_cast<double>(saves.count()))
         .print();
 }
