@@ -11,7 +11,7 @@ namespace zembrastel::testing {
 struct Certificates {
     std::filesystem::path ca;        // signed the three certificates
     std::filesystem::path otherCa;   // an authority that signed none
-    std::filesystem::path server;    // for localhost and 127.0.0.1
+    std::filesystem::path server;    // for localhost, 127.0.0.1 and 127.0.0.2
     std::filesystem::path wrongHost; // for another host
     std::filesystem::path expired;   // for localhost, but long over
 };

@@ -142,6 +142,8 @@ std::vector<std::string> FtpServer::command() const {
         const fs::path& certificate = options.certificate.empty() ? certificates().server : options.certificate;
         add("--tls", options.tls == Tls::explicitTls ? "explicit" : "implicit", "--cert", certificate.string());
     }
+    if (options.passive)
+        add("--passive", std::to_string(options.passive->first), std::to_string(options.passive->last));
     if (options.rateKiB > 0) add("--rate", std::to_string(odd ? options.rateKiB * 1024 : options.rateKiB));
     if (odd && !options.showHidden) add("--hide=.*");
     if (!odd && options.showHidden) add("--show-hidden");

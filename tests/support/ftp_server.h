@@ -23,6 +23,12 @@
 
 namespace zembrastel::testing {
 
+// Both are in the range.
+struct PassivePorts {
+    std::uint16_t first;
+    std::uint16_t last;
+};
+
 class FtpServer {
 public:
     enum class Kind { proftpd, vsftpd, pureftpd, odd };
@@ -31,10 +37,11 @@ public:
 
     struct Options {
         Tls tls = Tls::none;
-        TlsVersion version = TlsVersion::any; // a client that insists on another is refused
-        std::filesystem::path certificate{};  // with its key; certificates().server when empty
-        int rateKiB = 0;                      // KiB a second for one transfer; 0 is no limit
-        bool showHidden = true;               // LIST shows names with a leading dot; MLSD always does
+        TlsVersion version = TlsVersion::any;  // a client that insists on another is refused
+        std::filesystem::path certificate{};   // with its key; certificates().server when empty
+        int rateKiB = 0;                       // KiB a second for one transfer; 0 is no limit
+        std::optional<PassivePorts> passive{}; // for data connections; any when empty
+        bool showHidden = true;                // LIST shows names with a leading dot; MLSD always does
 
         // For a real server configuration lines (pureftpd: switches), each in place of the default of its name; for the
         // odd one its arguments, which odd_ftp_server.py --help lists.

@@ -40,6 +40,7 @@ def parse_arguments():
     parser.add_argument("--tls", choices=["explicit", "implicit"])
     parser.add_argument("--cert", metavar="FILE", help="PEM file with key and certificate")
     parser.add_argument("--rate", type=int, metavar="KIB", help="KiB a second for one transfer")
+    parser.add_argument("--passive", type=int, nargs=2, metavar=("FIRST", "LAST"), help="ports of data connections")
     parser.add_argument("--show-hidden", action="store_true", help="LIST shows names with a leading dot")
     parser.add_argument("--set", action="append", default=[], metavar="LINE",
                         help="a configuration line in place of the default of that name; for pureftpd a switch")
@@ -105,6 +106,8 @@ def proftpd_command(options, folder):
         lines += ["ListOptions -a"]
     if options.rate:
         lines += [f"TransferRate STOR,RETR {options.rate}"]
+    if options.passive:
+        lines += ["PassivePorts {} {}".format(*options.passive)]
     if options.tls:
         lines += [
             f"ModulePath {options.servers}/usr/lib/proftpd",
@@ -149,6 +152,8 @@ def vsftpd_command(options, folder):
         lines += ["force_dot_files=YES"]
     if options.rate:
         lines += [f"anon_max_rate={options.rate * 1024}"]
+    if options.passive:
+        lines += ["pasv_min_port={}".format(options.passive[0]), "pasv_max_port={}".format(options.passive[1])]
     if options.tls:
         lines += [
             "ssl_enable=YES",
@@ -176,6 +181,8 @@ def pureftpd_command(options, folder):
         command += ["-D"]
     if options.rate:
         command += ["-T", str(options.rate)]
+    if options.passive:
+        command += ["-p", "{}:{}".format(*options.passive)]
     if options.tls:
         command += ["-Y", "3", "-2", options.cert]
     return command + options.set

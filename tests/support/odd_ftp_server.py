@@ -40,6 +40,7 @@ def parse_arguments():
     add = parser.add_argument
     add("root", help="the folder to serve; made when missing")
     add("--port", type=int, default=0, help="listen here instead of on a free port")
+    add("--passive", type=int, nargs=2, metavar=("FIRST", "LAST"), help="ports of data connections")
     add("--tls", choices=["explicit", "implicit"])
     add("--cert", metavar="FILE", help="PEM file with key and certificate")
     add("--user", default="web")
@@ -425,6 +426,8 @@ def main():
         handler = tls_variant()
     else:
         handler = plain_variant()
+    if options.passive:
+        handler.passive_ports = range(options.passive[0], options.passive[1] + 1)
     handler.authorizer = DummyAuthorizer()
     handler.authorizer.add_user(options.user, options.password, options.root, perm="elradfmwMT")
     server = FTPServer(("127.0.0.1", options.port), handler)

@@ -121,6 +121,12 @@ std::string Program::readLine(std::chrono::seconds limit) {
     return line;
 }
 
+void Program::writeLine(const std::string& line) {
+    const std::string bytes = line + "\n";
+    if (write(input.get(), bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()))
+        throw std::runtime_error("the program does not read what it is told");
+}
+
 bool Program::readToEnd(std::string& text, std::chrono::seconds limit) {
     const auto deadline = std::chrono::steady_clock::now() + limit;
     while (!ended) {

@@ -35,6 +35,9 @@ public:
     // `limit` passes first.
     bool readToEnd(std::string& output, std::chrono::seconds limit);
 
+    // Throws std::runtime_error when the program does not read it. SIGPIPE must be ignored for that.
+    void writeLine(const std::string& line);
+
     void closeInput() { input.close(); }
 
     void kill() const;

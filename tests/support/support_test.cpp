@@ -2,10 +2,12 @@
 #include "support/certificates.h"
 #include "support/file_tree.h"
 #include "support/ftp_server.h"
+#include "support/relay.h"
 #include "support/wait_for.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 
 namespace zembrastel::testing {
@@ -16,12 +18,12 @@ using Kind = FtpServer::Kind;
 using Tls = FtpServer::Tls;
 using Words = std::vector<std::string>;
 
-Words curlCommand(const FtpServer& server, const std::string& path, const Words& more = {}) {
+Words curlCommand(const FtpServer& server, const std::string& path, const Words& more = {}, std::string address = {}) {
+    if (address.empty()) address = "localhost:" + std::to_string(server.port());
     const std::string scheme = server.tls() == Tls::implicitTls ? "ftps" : "ftp";
     Words command{"/usr/bin/curl", "-sS", "-m", "20", "-u", server.username() + ":" + server.password()};
     if (server.tls() == Tls::explicitTls) command.emplace_back("--ssl-reqd");
-    command.push_back(
-        scheme + "://localhost:" + std::to_string(server.port()) + "/%2f" + server.remoteFolder(path).substr(1));
+    command.push_back(scheme + "://" + address + "/%2f" + server.remoteFolder(path).substr(1));
     command.insert(command.end(), more.begin(), more.end());
     return command;
 }
@@ -79,6 +81,50 @@ TEST_P(EveryServer, TakesEverySessionWithItAndServesAgainOnItsPort) {
     EXPECT_EQ(
         curlStatus(server, "site/up.part", {"-T", local / "page", "-Q", "-RNFR up.part", "-Q", "-RNTO .hidden"}), 0);
     EXPECT_EQ(readTree(server.root() / "site"), (FileTree{{".hidden", "new"}}));
+}
+
+class RelayedServer : public EveryServer {};
+
+INSTANTIATE_TEST_SUITE_P(
+    With, RelayedServer,
+    Combine(Values(Kind::proftpd, Kind::vsftpd, Kind::pureftpd), Values(Tls::none, Tls::explicitTls)), caseName);
+
+TEST_P(RelayedServer, RelayCutsTheConnectionsItIsToldTo) {
+    const auto [kind, tls] = GetParam();
+    const auto roundTrip = std::chrono::milliseconds(tls == Tls::none ? 20 : 0);
+    Relay relay(roundTrip);
+    FtpServer server(kind, {.tls = tls, .passive = relay.passivePorts()});
+    relay.connectTo(server);
+    const TemporaryFolder local;
+    const std::string bytes = randomBytes(300'000);
+    writeFile(local / "sent", bytes);
+    const auto curl = [&](const std::string& path, const Words& more) {
+        return runProgram(curlCommand(server, path, more, relay.host() + ":" + std::to_string(relay.port())));
+    };
+    const auto upload = [&](const std::string& name) {
+        curl(name, {"-T", local / "sent"});
+        return readFile(server.root() / name);
+    };
+
+    relay.cut({.bytes = 100'000, .first = 2});
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(upload("first"), bytes);
+    EXPECT_GT(std::chrono::steady_clock::now() - begin, 6 * roundTrip);
+    const std::string torn = upload("second");
+    EXPECT_TRUE(bytes.starts_with(torn) && torn.size() > 80'000 && torn.size() <= 100'000) << torn.size();
+
+    constexpr int names = 60;
+    const auto lines = [&] { return std::ranges::count(curl("many/", {"--list-only"}).output, '\n'); };
+    for (int i = 0; i < names; ++i) server.put("many/" + std::string(200, 'x') + std::to_string(i), "");
+    server.put("page", bytes);
+    relay.cut({.direction = Relay::Direction::toClient, .bytes = 8'000, .times = Relay::everyTime});
+    EXPECT_LT(lines(), names);
+    EXPECT_LT(curl("page", {}).output.size(), 8'001U);
+    EXPECT_EQ(relay.cuts(), 3U);
+
+    relay.cutNothing();
+    EXPECT_GE(lines(), names);
+    EXPECT_EQ(curl("page", {}).output, bytes);
 }
 
 class TlsServer : public EveryServer {};
