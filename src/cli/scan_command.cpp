@@ -63,7 +63,7 @@ ExitCode scanProfile(const Surroundings& around, const std::string& name) {
     const SavedState state = loadState(around.options);
     const Profile& profile = chooseProfile(state.profiles, name);
     const auto saved = state.baselines.find(profile.id);
-    const FileMap files = scanFolder(profile, around);
+    const FileMap files = scanFolder(profile, around).files;
     const auto found = differences(files, saved == state.baselines.end() ? FileMap{} : saved->second);
     const auto show = around.output.json() ? showAsJson : showAsText;
     show(profile, files, found, around.output);
@@ -72,14 +72,17 @@ ExitCode scanProfile(const Surroundings& around, const std::string& name) {
 
 } // namespace
 
-FileMap scanFolder(const Profile& profile, const Surroundings& around) {
+ScannedFolder scanFolder(const Profile& profile, const Surroundings& around) {
     const auto control = std::make_shared<TransferControl>();
     const auto interruptible = around.interrupt.during([control] { control->cancel(); });
-    const auto reportUnusable = [&around](std::string_view path) {
-        around.output.warning("Left out, because its name is not valid UTF-8: " + printable(path));
+    ScannedFolder scanned;
+    const auto reportUnusable = [&](std::string_view path) {
+        around.output.warning(
+            scanned.leftOut.emplace_back("Left out, because its name is not valid UTF-8: " + printable(path)));
     };
     try {
-        return scan(profile, {.checkpoint = [control] { control->check(); }, .unusableName = reportUnusable});
+        scanned.files = scan(profile, {.checkpoint = [control] { control->check(); }, .unusableName = reportUnusable});
+        return scanned;
     } catch (const Cancelled&) {
         throw;
     } catch (const std::exception& error) {

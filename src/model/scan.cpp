@@ -38,17 +38,18 @@ public:
         constexpr unsigned entriesBetweenChecks = 256;
         if (visited++ % entriesBetweenChecks == 0) hooks.checkpoint();
         if (entry.kind != EntryKind::folder && entry.kind != EntryKind::file) return false;
-        if (!isValidUtf8(entry.name)) {
-            hooks.unusableName(entry.path);
-            return false;
-        }
         // Parents were accepted on the way down.
         if (profile.exclusions.matchEntry(entry.path)) {
             hooks.excluded(entry.path);
             return false;
         }
-        if (entry.kind == EntryKind::folder) return !selection || selection->shouldVisit(entry.path);
-        if (selection && !selection->includes(entry.path)) return false;
+        const bool folder = entry.kind == EntryKind::folder;
+        if (selection && !(folder ? selection->shouldVisit(entry.path) : selection->includes(entry.path))) return false;
+        if (!isValidUtf8(entry.name)) {
+            hooks.unusableName(entry.path);
+            return false;
+        }
+        if (folder) return true;
         const struct stat attributes = entry.attributes();
         // It may have been replaced by something else since the folder was read.
         if (S_ISREG(attributes.st_mode)) recorder.add(entry.name, Fingerprint::of(attributes));

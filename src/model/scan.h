@@ -15,8 +15,8 @@ namespace zembrastel {
 struct ScanHooks {
     // Called every few entries; what it throws ends the scan. For stopping.
     std::function<void()> checkpoint = [] {};
-    // Called with each path whose name is not valid UTF-8: it can be neither saved nor sent, and is left out with all
-    // it holds.
+    // Called with each path whose name is not valid UTF-8, where rules and selection would have it published: it can be
+    // neither saved nor sent, and is left out with all it holds.
     std::function<void(std::string_view path)> unusableName = [](std::string_view) {};
     // Called with each path that the exclusions leave out, with all it holds.
     std::function<void(std::string_view path)> excluded = [](std::string_view) {};

@@ -27,7 +27,8 @@ void writeAtomically(const std::filesystem::path& file, std::string_view bytes);
 // The same for the file of that name in an open folder, which nobody can swap for another meanwhile.
 void writeAtomically(const Folder& folder, const std::string& name, std::string_view bytes);
 
-// Removes what writeAtomically left beside `file` in a run that was killed, once it is over an hour old.
+// Removes what writeAtomically left beside `file` in a run that was killed, once it is over an hour old. What cannot be
+// read or removed stays, without an error.
 void removeStaleWrites(const std::filesystem::path& file);
 
 // The file's bytes, with room for 64 more, which parsers that read by blocks ask for. Nothing when there is no such

@@ -69,9 +69,11 @@ PrivateFolder::~PrivateFolder() {
 }
 
 void removeStalePrivateFolders() {
-    std::error_code ignored; // another program may be removing the same things
-    for (const auto& entry : std::filesystem::directory_iterator(temporaryFolder(), ignored)) {
-        if (isStale(entry.path())) std::filesystem::remove_all(entry.path(), ignored);
+    std::error_code unreadable; // another program may be removing the same things
+    std::error_code ignored;
+    for (std::filesystem::directory_iterator entry(temporaryFolder(), unreadable), end; !unreadable && entry != end;
+         entry.increment(unreadable)) {
+        if (isStale(entry->path())) std::filesystem::remove_all(entry->path(), ignored);
     }
 }
 

@@ -50,7 +50,8 @@ namespace zembrastel {
 // Every byte outside the unreserved set of RFC 3986 (letters, digits, "-._~") as "%" and two upper-case digits.
 [[nodiscard]] std::string percentEncoded(std::string_view text);
 
-// `text` for a person to read: control characters and invalid bytes as \xHH, all else as it is.
+// `text` for a person to read: control characters, invisible ones (such as those that turn the writing direction) and
+// invalid bytes as \xHH, all else as it is.
 [[nodiscard]] std::string printable(std::string_view text);
 
 // Negative, zero or positive as `a` sorts before, with or after `b` in a file manager: runs of digits by value, case

@@ -51,10 +51,10 @@ TEST_F(ScanTest, SpecialItemsNeverReachTheServerAndHiddenFilesDo) {
 }
 
 TEST_F(ScanTest, UnchosenFoldersAreNotEntered) {
-    writeTree(root, {{"a/b/c.txt", "x"}, {"secret/\xff", "x"}});
+    writeTree(root, {{"a/b/c.txt", "x"}, {"secret/x~", "x"}});
     profile.initialDownloadSelection = DownloadSelection{.rules = {{"a/b/c.txt", true}}};
     const auto entered = [](std::string_view path) { ADD_FAILURE() << path; };
-    EXPECT_EQ(paths({.unusableName = entered}), Paths{"a/b/c.txt"});
+    EXPECT_EQ(paths({.excluded = entered}), Paths{"a/b/c.txt"});
 }
 
 TEST_F(ScanTest, FingerprintTellsVersionsApartToTheNanosecond) {
@@ -69,11 +69,15 @@ TEST_F(ScanTest, FingerprintTellsVersionsApartToTheNanosecond) {
     EXPECT_NE(scan(profile).at("a"), first) << "replaced by a file of the same size and time";
 }
 
-TEST_F(ScanTest, NameThatIsNotUtf8IsLeftOutAndTold) {
-    writeTree(root, {{"good", "x"}, {"caf\xe9/inside", "x"}, {"bad\xff", "x"}});
+TEST_F(ScanTest, NameThatIsNotUtf8IsToldWhereItWouldBePublished) {
+    writeTree(root, {{"good", "x"}, {"caf\xe9/inside", "x"}, {"bad\xff", "x"}, {"no\xff~", "x"}, {".git/\xff", "x"}});
     Paths told;
-    EXPECT_EQ(paths({.unusableName = [&told](std::string_view path) { told.emplace(path); }}), Paths{"good"});
-    EXPECT_EQ(told, (Paths{"caf\xe9", "bad\xff"}));
+    const ScanHooks hooks{.unusableName = [&told](std::string_view path) { told.emplace(path); }};
+    EXPECT_EQ(paths(hooks), Paths{"good"});
+    EXPECT_EQ(std::exchange(told, {}), (Paths{"caf\xe9", "bad\xff"}));
+    profile.syncSelection = DownloadSelection{.rules = {{"good", true}}};
+    EXPECT_EQ(paths(hooks), Paths{"good"});
+    EXPECT_EQ(told, Paths{});
 }
 
 TEST_F(ScanTest, UnavailableFolderIsAnErrorAndNeverAnEmptyResult) {
