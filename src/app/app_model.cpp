@@ -26,7 +26,8 @@ std::string loadFailure(const std::exception& error) {
 
 AppModel::AppModel(MainContext& mainContext, Options chosen)
     : context(mainContext), options(std::move(chosen)), jobWork(options.demo ? demoWork(options.clock) : options.work),
-      passwords(options.sessionPasswords), passwordCalls(mainContext), tasks(mainContext) {
+      passwords(options.sessionPasswords), privateItems(options.privateItems), passwordCalls(mainContext),
+      tasks(mainContext) {
     if (options.demo) {
         addSampleProfile();
         return;
@@ -34,6 +35,7 @@ AppModel::AppModel(MainContext& mainContext, Options chosen)
     removeStalePrivateFolders();
     try {
         StateStore opened = options.storeOverride ? *options.storeOverride : StateStore();
+        for (auto& item : opened.privateItems()) privateItems.push_back(std::move(item));
         state = opened.load();
         saver.emplace(
             context, options.clock, std::move(opened), state,
@@ -327,7 +329,8 @@ void AppModel::launchWorker(const Assignment& work) {
             .initialBaseline = files,
             .events = eventSink(work.profile.id, work.generation, stop),
             .clock = options.clock,
-            .retryWait = work.retryWait};
+            .retryWait = work.retryWait,
+            .privateItems = privateItems};
         jobWork.watch(worker, stop);
     });
     if (!running(id)) return;

@@ -13,6 +13,7 @@
 #include "app/profile_status.h"
 #include "app/state_saver.h"
 #include "model/password_store.h"
+#include "model/private_item.h"
 #include "model/profile.h"
 #include "model/saved_state.h"
 #include "model/state_store.h"
@@ -59,6 +60,8 @@ public:
         PasswordAccess passwordAccess = {};
         JobWork work = serverWork(); // a demonstration has its own
         Clock& clock = systemClock();
+        // Never published, beside what the saved state itself has to keep private.
+        std::vector<PrivateItem> privateItems = {};
         // False ends a job where its worker would start: for a program that only checks and reviews.
         bool watches = true;
     };
@@ -254,6 +257,7 @@ private:
     std::map<Uuid, std::string> failures;
     std::map<Uuid, Job> jobs;
     std::map<Uuid, std::string> passwords;
+    std::vector<PrivateItem> privateItems; // see Options
     // Watched by what is posted to the main context, which may come when the model has gone.
     std::shared_ptr<AppModel*> self = std::make_shared<AppModel*>(this);
     PasswordCalls passwordCalls;

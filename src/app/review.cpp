@@ -12,8 +12,9 @@ namespace {
 
 FTPTransport transportFor(
     const Profile& profile, const std::string& password, const std::shared_ptr<TransferControl>& control,
-    ProgressMeter& meter) {
-    return {.profile = profile, .password = password, .control = control, .observer = &meter};
+    ProgressMeter& meter, const std::vector<PrivateItem>& privateItems = {}) {
+    return {
+        .profile = profile, .password = password, .control = control, .observer = &meter, .privateItems = privateItems};
 }
 
 } // namespace
@@ -39,7 +40,7 @@ void AppModel::startCheck(const Assignment& work) {
             while (!stop.stop_requested()) {
                 try {
                     meter.begin(TransferProgress::Work::comparing);
-                    const auto transport = transportFor(work.profile, work.password, work.control, meter);
+                    const auto transport = transportFor(work.profile, work.password, work.control, meter, privateItems);
                     const auto changes = jobWork.check(transport, files, dates, stop);
                     work.control->check();
                     found(changes);

@@ -132,7 +132,8 @@ private:
     void verify(const std::string& failure) {
         std::vector<std::string> unsent;
         try {
-            unsent = changedPaths(scan(profile), model.baseline(profile.id));
+            unsent =
+                changedPaths(scan(profile, {.privateItems = privateItems(around.options)}), model.baseline(profile.id));
         } catch (const std::exception& error) {
             throw unfinished(profile, failure.empty() ? describe(error) : failure);
         }
@@ -188,7 +189,11 @@ ExitCode push(const Surroundings& around, const Request& request) {
     const StateStore store = openState(around.options);
     const InstanceLock held = holdState(store);
     MainQueue queue;
-    AppModel model(queue, {.storeOverride = store, .passwordAccess = {.read = readStoredPassword}, .work = onePass()});
+    AppModel model(
+        queue, {.storeOverride = store,
+                .passwordAccess = {.read = readStoredPassword},
+                .work = onePass(),
+                .privateItems = privateItems(around.options)});
     requireLoaded(model);
     const Profile profile = chooseProfile(model.profiles(), request.name);
     requirePushable(profile);

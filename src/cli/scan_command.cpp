@@ -81,7 +81,14 @@ ScannedFolder scanFolder(const Profile& profile, const Surroundings& around) {
             scanned.leftOut.emplace_back("Left out, because its name is not valid UTF-8: " + printable(path)));
     };
     try {
-        scanned.files = scan(profile, {.checkpoint = [control] { control->check(); }, .unusableName = reportUnusable});
+        scanned.files = scan(
+            profile, {.checkpoint = [control] { control->check(); },
+                      .unusableName = reportUnusable,
+                      .privateItems = privateItems(around.options),
+                      .keptPrivate =
+                          [&around](std::string_view path, const PrivateItem& item) {
+                              around.output.note(leftOutText(path, item));
+                          }});
         return scanned;
     } catch (const Cancelled&) {
         throw;
@@ -95,6 +102,7 @@ ScannedFolder scanFolder(const Profile& profile, const Surroundings& around) {
 LocalDifferences differences(const FileMap& current, const FileMap& baseline) {
     LocalDifferences found;
     current.forEachDifference(baseline, [&](std::string_view path, const Fingerprint* now, const Fingerprint* before) {
+        if (now != nullptr && before != nullptr && !isOtherVersion(*now, *before)) return;
         auto& kind = now == nullptr ? found.deleted : before == nullptr ? found.added : found.changed;
         kind.emplace_back(path);
     });

@@ -4,11 +4,13 @@
 #pragma once
 
 #include "model/fingerprint.h"
+#include "model/private_item.h"
 #include "model/profile.h"
 #include "platform/folder.h"
 
 #include <functional>
 #include <string_view>
+#include <vector>
 
 namespace zembrastel {
 
@@ -18,6 +20,11 @@ struct ScanHooks {
     // Called with each path whose name is not valid UTF-8, where rules and selection would have it published: it can be
     // neither saved nor sent, and is left out with all it holds.
     std::function<void(std::string_view path)> unusableName = [](std::string_view) {};
+    // Left out, folders with all they hold, under whatever name they stand in the folder.
+    std::vector<PrivateItem> privateItems{};
+    // Called with each place of one of them where rules and selection would have it published.
+    std::function<void(std::string_view path, const PrivateItem& item)> keptPrivate = [](std::string_view,
+                                                                                         const PrivateItem&) {};
     // Called with each path that the exclusions leave out, with all it holds.
     std::function<void(std::string_view path)> excluded = [](std::string_view) {};
     // Called with what the folder is mounted on, before anything in it is looked at.

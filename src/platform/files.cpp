@@ -85,7 +85,11 @@ void throwFileError(const char* operation, const std::filesystem::path& file) {
 void makePrivateFolders(const std::filesystem::path& folder) {
     if (folder.empty() || std::filesystem::is_directory(folder)) return;
     makePrivateFolders(folder.parent_path());
-    if (::mkdir(folder.c_str(), S_IRWXU) == 0) return;
+    if (::mkdir(folder.c_str(), S_IRWXU) == 0) {
+        // The process's umask may have taken away what the owner needs.
+        if (::chmod(folder.c_str(), S_IRWXU) != 0) throwFileError("chmod", folder);
+        return;
+    }
     const int errorNumber = errno;
     if (errorNumber == EEXIST && std::filesystem::is_directory(folder)) return; // a trailing "/", or another program
     throwFileError("mkdir", folder, errorNumber);

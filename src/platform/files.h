@@ -17,7 +17,8 @@ class Folder;
 [[noreturn]] void throwFileError(const char* operation, const std::filesystem::path& file);
 [[noreturn]] void throwFileError(const char* operation, const std::filesystem::path& file, int errorNumber);
 
-// Makes the folder and its missing parents for the owner alone (0700). What exists is left as it is.
+// Makes the folder and its missing parents for the owner alone (0700), whatever the umask. What exists is left as it
+// is.
 void makePrivateFolders(const std::filesystem::path& folder);
 
 // Replaces the file in one step, for the owner alone (0600). The bytes go to a new file beside it, are flushed to the

@@ -32,7 +32,11 @@ bool isStale(const std::filesystem::path& folder) {
 Folder makePrivateFolder() {
     const auto parent = Folder::openThroughLinks(temporaryFolder());
     const auto name = std::string(prefix) + Uuid::random().text();
-    if (::mkdirat(parent.descriptor(), name.c_str(), S_IRWXU) != 0) throwFileError("mkdir", parent.path() / name);
+    // The process's umask may take away what the owner needs.
+    if (::mkdirat(parent.descriptor(), name.c_str(), S_IRWXU) != 0
+        || ::fchmodat(parent.descriptor(), name.c_str(), S_IRWXU, 0) != 0) {
+        throwFileError("mkdir", parent.path() / name);
+    }
     try {
         auto made = parent.enter(name);
         if (!made) throwFileError("open", parent.path() / name, ENOENT);

@@ -131,6 +131,8 @@ private:
             worker.profile,
             {.checkpoint = [this] { worker.control->check(); },
              .unusableName = [this](std::string_view path) { reportUnusable(path); },
+             .privateItems = worker.privateItems,
+             .keptPrivate = [this](std::string_view path, const PrivateItem& item) { reportPrivate(path, item); },
              .mounted = [&found](const Mount& folder) { found = folder; }},
             previous.empty() ? baseline : previous);
         requireOwnDisk(found, current);
@@ -157,6 +159,10 @@ private:
     void reportUnusable(std::string_view path) {
         if (!reportedNames.emplace(path).second) return;
         activity("Left out, because its name is not valid UTF-8: " + printable(path), true);
+    }
+
+    void reportPrivate(std::string_view path, const PrivateItem& item) {
+        if (reportedNames.emplace(path).second) activity(leftOutText(path, item), false);
     }
 
     // One poll's work on what the scan found.
@@ -262,8 +268,8 @@ event::Status downloadingStatus() {
 
 std::vector<std::string> changedPaths(const FileMap& current, const FileMap& baseline) {
     std::vector<std::string> changed;
-    current.forEachDifference(baseline, [&](std::string_view path, const Fingerprint* now, const Fingerprint*) {
-        if (now != nullptr) changed.emplace_back(path);
+    current.forEachDifference(baseline, [&](std::string_view path, const Fingerprint* now, const Fingerprint* then) {
+        if (now != nullptr && (then == nullptr || isOtherVersion(*now, *then))) changed.emplace_back(path);
     });
     std::sort(changed.begin(), changed.end());
     return changed;

@@ -90,7 +90,7 @@ private:
         if (!item) {
             downloadMissing(local.path, entry.size);
         } else if (S_ISREG(item->st_mode)) {
-            updateOlder(local.path, Fingerprint::of(*item), entry);
+            updateOlder(local.path, Fingerprint::of(*local.parent, *item), entry);
         } else {
             keepDifferentType(local);
         }

@@ -58,18 +58,20 @@ StagedFile::~StagedFile() {
 
 void StagedFile::settle(std::optional<mode_t> permissions) const {
     const auto item = folder.attributes(name);
-    if (!item || item->st_ino != fingerprint().inode) throwFileError("open", folder.path() / name, ESTALE);
+    if (!item || item->st_ino != attributes().st_ino) throwFileError("open", folder.path() / name, ESTALE);
     if (permissions && ::fchmod(file.get(), *permissions & permissionBits) != 0) {
         throwFileError("chmod", folder.path() / name);
     }
     if (::fsync(file.get()) != 0) throwFileError("fsync", folder.path() / name);
 }
 
-Fingerprint StagedFile::fingerprint() const {
-    struct stat attributes {};
-    if (::fstat(file.get(), &attributes) != 0) throwFileError("stat", folder.path() / name);
-    return Fingerprint::of(attributes);
+struct stat StagedFile::attributes() const {
+    struct stat found {};
+    if (::fstat(file.get(), &found) != 0) throwFileError("stat", folder.path() / name);
+    return found;
 }
+
+Fingerprint StagedFile::fingerprint() const { return Fingerprint::of(folder, attributes()); }
 
 LocalPlace makeBackup(const std::string& localFolder, const LocalPlace& original, const TransferControl& control) {
     auto backup = newBackupPlace(localFolder, original.path);
@@ -97,15 +99,15 @@ bool replaceKeeping(
     const std::string& localFolder) {
     const Folder& folder = *local.parent;
     const auto current = local.attributes();
-    if (!current || Fingerprint::of(*current) != version) return false;
+    if (!current || Fingerprint::of(folder, *current) != version) return false;
     staged.settle(current->st_mode);
-    const auto inode = static_cast<ino_t>(staged.fingerprint().inode);
+    const auto inode = staged.attributes().st_ino;
     if (!folder.exchange(staged.name, local.name)) {
         folder.replace(staged.name, folder, local.name);
         return true;
     }
     const auto displaced = folder.attributes(staged.name);
-    if (displaced && Fingerprint::of(*displaced) == version) {
+    if (displaced && Fingerprint::of(folder, *displaced) == version) {
         try {
             folder.replace(staged.name, *backup.parent, backup.name);
         } catch (const std::filesystem::filesystem_error&) {

@@ -38,6 +38,9 @@ public:
     // else has come to stand under the temporary name.
     void settle(std::optional<mode_t> permissions) const;
 
+    // Of what is in it now.
+    [[nodiscard]] struct stat attributes() const;
+
     // Of what is in it now. Read before the file is installed: what stands in the place afterwards may be an edit.
     [[nodiscard]] Fingerprint fingerprint() const;
 

@@ -50,7 +50,7 @@ private:
             {.path = path,
              .local = *file,
              .remoteDate = date,
-             .bothChanged = synchronised != nullptr && *synchronised != *file});
+             .bothChanged = synchronised != nullptr && isOtherVersion(*file, *synchronised)});
     }
 
     const FTPTransport& transport;
@@ -73,8 +73,9 @@ std::vector<RemoteChange> FTPTransport::newerRemoteFiles(
     const auto noteLeftover = [&leftovers](std::string_view path) {
         if (isTemporaryPath(path)) leftovers.emplace_back(path);
     };
-    const FileMap local =
-        scan(profile, {.checkpoint = [this] { control->check(); }, .excluded = noteLeftover}, baseline);
+    const FileMap local = scan(
+        profile, {.checkpoint = [this] { control->check(); }, .privateItems = privateItems, .excluded = noteLeftover},
+        baseline);
     for (const auto& path : leftovers) clearLeftover(profile, path);
     if (local.empty()) {
         (void)list(""); // a server that cannot be reached is still to be told
