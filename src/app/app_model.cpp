@@ -27,7 +27,8 @@ std::string loadFailure(const std::exception& error) {
 
 AppModel::AppModel(MainContext& mainContext, Options chosen)
     : context(mainContext), options(std::move(chosen)), jobWork(options.demo ? demoWork(options.clock) : options.work),
-      passwords(options.sessionPasswords), passwordCalls(mainContext), tasks(mainContext) {
+      passwords(options.sessionPasswords), privateItems(options.privateItems), passwordCalls(mainContext),
+      tasks(mainContext) {
     if (options.demo) {
         addSampleProfile();
         return;
@@ -35,6 +36,7 @@ AppModel::AppModel(MainContext& mainContext, Options chosen)
     removeStalePrivateFolders();
     try {
         StateStore opened = options.storeOverride ? *options.storeOverride : StateStore();
+        for (auto& item : opened.privateItems()) privateItems.push_back(std::move(item));
         state = opened.load();
         saver.emplace(
             context, options.clock, std::move(opened), state,
@@ -315,7 +317,8 @@ void AppModel::launchWorker(const Uuid& id) {
                     .initialBaseline = files,
                     .events = eventSink(work.profile.id, work.generation, stop),
                     .clock = options.clock,
-                    .retryWait = work.retryWait};
+                    .retryWait = work.retryWait,
+                    .privateItems = privateItems};
                 jobWork.watch(worker, stop);
             });
         };

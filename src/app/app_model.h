@@ -16,6 +16,7 @@
 #include "app/remote_review.h"
 #include "app/state_saver.h"
 #include "model/password_store.h"
+#include "model/private_item.h"
 #include "model/profile.h"
 #include "model/saved_state.h"
 #include "model/state_store.h"
@@ -54,6 +55,8 @@ public:
         PasswordAccess passwordAccess = {};
         JobWork work = serverWork(); // a demonstration has its own
         Clock& clock = systemClock();
+        // Never published, beside what the saved state itself has to keep private.
+        std::vector<PrivateItem> privateItems = {};
         // False ends a job where its worker would start: for a program that only checks and reviews.
         bool watches = true;
     };
@@ -267,6 +270,7 @@ private:
     // dates of the local files are: an edit of the local file must not overwrite what nobody has decided on.
     std::map<Uuid, PathSet> unanswered;
     std::map<Uuid, std::string> passwords;
+    std::vector<PrivateItem> privateItems; // see Options
     // Watched by what is posted to the main context, which may come when the model has gone.
     std::shared_ptr<AppModel*> self = std::make_shared<AppModel*>(this);
     PasswordCalls passwordCalls;

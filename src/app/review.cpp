@@ -11,8 +11,14 @@
 namespace zembrastel {
 namespace {
 
-FTPTransport transportFor(const Assignment& work, ProgressMeter& meter) {
-    return {.profile = work.profile, .password = work.password, .control = work.control, .observer = &meter};
+FTPTransport transportFor(
+    const Assignment& work, ProgressMeter& meter, const std::vector<PrivateItem>& privateItems = {}) {
+    return {
+        .profile = work.profile,
+        .password = work.password,
+        .control = work.control,
+        .observer = &meter,
+        .privateItems = privateItems};
 }
 
 PathSet pathsOf(const std::vector<RemoteChange>& changes) {
@@ -58,7 +64,7 @@ void AppModel::startCheck(const Uuid& id, const Earlier& earlier) {
         while (!stop.stop_requested()) {
             try {
                 meter.begin(TransferProgress::Work::comparing);
-                const auto changes = jobWork.check(transportFor(work, meter), files, dates, open, stop);
+                const auto changes = jobWork.check(transportFor(work, meter, privateItems), files, dates, open, stop);
                 work.control->check();
                 found(changes);
                 return;

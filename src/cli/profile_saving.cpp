@@ -7,7 +7,7 @@
 namespace zembrastel {
 
 EditableState::EditableState(const Surroundings& around, std::function<void(const Uuid&)> removePassword)
-    : store(openState(around.options)), held(holdState(store)),
+    : store(openOrMakeState(around.options)), held(holdState(store)),
       profiles(
           queue, {.storeOverride = store,
                   .passwordAccess =

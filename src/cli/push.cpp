@@ -87,6 +87,12 @@ void requirePushable(const Profile& profile) {
                                      + reviewCommand(around.options, unambiguousName(profiles, profile)));
 }
 
+CommandError unfinished(const Profile& profile, const std::string& failure, const std::string& consequence = "") {
+    return {
+        exitCodeOf(failure), "Cannot push all of " + inQuotes(profile.name) + " (" + serverName(profile)
+                                 + "): " + sentence(failure) + consequence};
+}
+
 // One run of the command.
 class Push {
 public:
@@ -126,24 +132,19 @@ private:
     void verify(const std::string& failure) {
         std::vector<std::string> unsent;
         try {
-            unsent = changedPaths(scan(profile), model.baseline(profile.id));
+            unsent =
+                changedPaths(scan(profile, {.privateItems = privateItems(around.options)}), model.baseline(profile.id));
         } catch (const std::exception& error) {
-            throw unfinished(failure.empty() ? describe(error) : failure, "");
+            throw unfinished(profile, failure.empty() ? describe(error) : failure);
         }
         for (const auto& path : unsent) tellUnsent(path);
         if (!unsent.empty()) {
             throw unfinished(
-                failure.empty() ? "They were changed again meanwhile." : failure,
+                profile, failure.empty() ? "They were changed again meanwhile." : failure,
                 " Not sent: " + counted(unsent.size(), "file") + ".");
         }
-        if (!failure.empty()) throw unfinished(failure, "");
+        if (!failure.empty()) throw unfinished(profile, failure);
         tellDone();
-    }
-
-    [[nodiscard]] CommandError unfinished(const std::string& failure, const std::string& consequence) const {
-        return {
-            exitCodeOf(failure), "Cannot push all of " + inQuotes(profile.name) + " (" + serverName(profile)
-                                     + "): " + sentence(failure) + consequence};
     }
 
     void tellUnsent(const std::string& path) {
@@ -188,7 +189,11 @@ ExitCode push(const Surroundings& around, const Request& request) {
     const StateStore store = openState(around.options);
     const InstanceLock held = holdState(store);
     MainQueue queue;
-    AppModel model(queue, {.storeOverride = store, .passwordAccess = {.read = readStoredPassword}, .work = onePass()});
+    AppModel model(
+        queue, {.storeOverride = store,
+                .passwordAccess = {.read = readStoredPassword},
+                .work = onePass(),
+                .privateItems = privateItems(around.options)});
     requireLoaded(model);
     const Profile profile = chooseProfile(model.profiles(), request.name);
     requirePushable(profile);
@@ -215,7 +220,7 @@ ExitCode showWhatWouldGo(const Surroundings& around, const Request& request) {
         newer = server.newerRemoteFiles(baseline, dates, [](const std::string&) {});
     });
     if (!newer.empty()) refuseFor(newer, profile, state.profiles, around);
-    const FileMap files = scanFolder(profile, around);
+    const auto [files, leftOut] = scanFolder(profile, around);
     const auto paths = changedPaths(files, baseline);
     for (const auto& path : paths) {
         const auto bytes = static_cast<std::uint64_t>(files.at(path).size);
@@ -231,6 +236,7 @@ ExitCode showWhatWouldGo(const Surroundings& around, const Request& request) {
             paths.empty() ? "Nothing to push: the server has all of " + inQuotes(profile.name) + "."
                           : "To push: " + counted(paths.size(), "file") + ". Nothing was uploaded.");
     }
+    if (!leftOut.empty()) throw unfinished(profile, leftOut.back()); // as the push itself would end
     return ExitCode::done;
 }
 

@@ -59,7 +59,10 @@ ExitCode watch(const Surroundings& around, const std::vector<std::string>& names
     const StateStore store = openState(around.options);
     const InstanceLock held = holdState(store);
     MainQueue queue;
-    AppModel model(queue, {.storeOverride = store, .passwordAccess = {.read = readStoredPassword}});
+    AppModel model(
+        queue, {.storeOverride = store,
+                .passwordAccess = {.read = readStoredPassword},
+                .privateItems = privateItems(around.options)});
     requireLoaded(model);
     const auto profiles = chosenProfiles(model.profiles(), names);
     try {

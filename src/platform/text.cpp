@@ -67,6 +67,17 @@ bool isDigit(UChar32 c) {
 
 bool isControl(UChar32 c) { return c < 0x20 || (c >= 0x7F && c < 0xA0); }
 
+// Does it change how its neighbours are shown, or make two texts look the same, without a shape of its own? Overrides
+// of the writing direction, separators of lines, joiners, fillers and tags do. Not the selectors of an emoji's form.
+bool isInvisible(UChar32 c) {
+    if (c < 0xA0) return false;
+    const auto type = u_charType(c);
+    if (type == U_LINE_SEPARATOR || type == U_PARAGRAPH_SEPARATOR) return true;
+    if (type == U_FORMAT_CHAR) return u_hasBinaryProperty(c, UCHAR_PREPENDED_CONCATENATION_MARK) == 0;
+    return u_hasBinaryProperty(c, UCHAR_DEFAULT_IGNORABLE_CODE_POINT) != 0
+           && u_hasBinaryProperty(c, UCHAR_VARIATION_SELECTOR) == 0;
+}
+
 // Eight bytes of text at a time, in no particular order.
 using Word = std::uint64_t;
 
@@ -315,7 +326,7 @@ std::string printable(std::string_view text) {
     while (!text.empty()) {
         const CodePoint next = firstCodePoint(text);
         const std::string_view bytes = text.substr(0, next.size);
-        if (isControl(next.value)) { // negative values of invalid bytes among them
+        if (isControl(next.value) || isInvisible(next.value)) { // negative values of invalid bytes among them
             for (const char byte : bytes) appendHex(shown, "\\x", byte);
         } else {
             shown += bytes;

@@ -53,7 +53,8 @@ namespace zembrastel {
 // Every byte outside the unreserved set of RFC 3986 (letters, digits, "-._~") as "%" and two upper-case digits.
 [[nodiscard]] std::string percentEncoded(std::string_view text);
 
-// `text` for a person to read: control characters and invalid bytes as \xHH, all else as it is.
+// `text` for a person to read: control characters, invisible ones (such as those that turn the writing direction) and
+// invalid bytes as \xHH, all else as it is.
 [[nodiscard]] std::string printable(std::string_view text);
 
 // Equal for names that differ only in case or in Unicode normalization form: where file systems ignore these, such

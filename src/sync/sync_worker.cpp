@@ -132,6 +132,9 @@ private:
             {.checkpoint = [this] { worker.control->check(); },
              .unusableName =
                  [this](std::string_view path, NameFault fault) { reportOnce(leftOutLine(fault, path), true); },
+             .privateItems = worker.privateItems,
+             .keptPrivate =
+                 [this](std::string_view path, const PrivateItem& item) { reportOnce(leftOutText(path, item), false); },
              .mounted = [&found](const Mount& folder) { found = folder; }},
             previous.empty() ? baseline : previous);
         requireOwnDisk(found, current);
@@ -269,8 +272,8 @@ event::Status downloadingStatus() {
 
 std::vector<std::string> changedPaths(const FileMap& current, const FileMap& baseline) {
     std::vector<std::string> changed;
-    current.forEachDifference(baseline, [&](std::string_view path, const Fingerprint* now, const Fingerprint*) {
-        if (now != nullptr) changed.emplace_back(path);
+    current.forEachDifference(baseline, [&](std::string_view path, const Fingerprint* now, const Fingerprint* then) {
+        if (now != nullptr && (then == nullptr || isOtherVersion(*now, *then))) changed.emplace_back(path);
     });
     std::sort(changed.begin(), changed.end());
     return changed;

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "model/fingerprint.h"
+#include "model/private_item.h"
 #include "model/profile.h"
 #include "platform/clock.h"
 #include "sync/retry_wait.h"
@@ -47,6 +48,7 @@ struct SyncWorker {
     EventSink events;
     Clock& clock;
     std::shared_ptr<RetryWait> retryWait = std::make_shared<RetryWait>(); // to be woken by others
+    std::vector<PrivateItem> privateItems{};                              // never published
 
     // Returns when the worker was stopped, by the token or through the control, when an initial download is due without
     // a selection, and when the local folder's disk is back: what became of the server meanwhile has to be looked at

@@ -10,6 +10,7 @@
 
 #include "model/fingerprint.h"
 #include "model/name_fault.h"
+#include "model/private_item.h"
 #include "model/profile.h"
 #include "transport/alike_names.h"
 #include "transport/curl_configuration.h"
@@ -49,7 +50,8 @@ struct FTPTransport {
     Profile profile;
     std::string password;
     std::shared_ptr<TransferControl> control;
-    TransferObserver* observer = nullptr; // borrowed; nothing is looked at for nobody
+    TransferObserver* observer = nullptr;    // borrowed; nothing is looked at for nobody
+    std::vector<PrivateItem> privateItems{}; // in the local folder, of no concern to the server
 
     // Tells how many bytes of a local file curl has read or written.
     using Position = std::function<std::optional<std::uint64_t>(const ChildProcess& curl)>;

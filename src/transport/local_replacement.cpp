@@ -158,7 +158,7 @@ bool StagedFile::exchangeWith(const std::string& place) {
 }
 
 Fingerprint StagedFile::fingerprint() const {
-    return Fingerprint::of(attributesOf(file.get(), folder.path() / temporary));
+    return Fingerprint::of(folder, attributesOf(file.get(), folder.path() / temporary));
 }
 
 LocalPlace makeBackup(const std::string& localFolder, const LocalPlace& original, const TransferControl& control) {
@@ -183,8 +183,8 @@ bool replaceKeeping(
     StagedFile& staged, const LocalPlace& local, const Fingerprint& version, const LocalPlace& backup,
     const std::string& localFolder) {
     const Folder& folder = *local.parent;
-    const auto isVersion = [&version](const std::optional<struct stat>& item) {
-        return item && Fingerprint::of(*item) == version;
+    const auto isVersion = [&](const std::optional<struct stat>& item) {
+        return item && Fingerprint::of(folder, *item) == version;
     };
     if (!isVersion(local.attributes())) return false;
     staged.settleLike(folder.openForReading(local.name).get());

@@ -41,6 +41,9 @@ public:
     // The same with the permission bits that any program's new file gets here.
     void settleAsNew() const;
 
+    // Of what is in it now.
+    [[nodiscard]] struct stat attributes() const;
+
     // Of what is in it now. Read before the file is installed: what stands in the place afterwards may be an edit.
     [[nodiscard]] Fingerprint fingerprint() const;
 

@@ -48,7 +48,7 @@ private:
         const bool isNewer = shouldOffer(date, *file, known);
         if (!isNewer && !(unanswered.contains(path) && isUnknownVersion(date, known))) return;
         const auto* synchronised = baseline.find(path);
-        const bool isEdited = synchronised != nullptr && *synchronised != *file;
+        const bool isEdited = synchronised != nullptr && isOtherVersion(*file, *synchronised);
         changes.push_back({.path = path, .local = *file, .remoteDate = date, .bothChanged = isEdited || !isNewer});
     }
 
@@ -74,7 +74,8 @@ bool isUnknownVersion(RemoteDate remote, std::optional<RemoteDate> knownRemote) 
 std::vector<RemoteChange> FTPTransport::newerRemoteFiles(
     const FileMap& baseline, const RemoteDates& knownDates, const Report& report,
     const std::set<std::string, std::less<>>& unanswered) const {
-    const FileMap local = scan(profile, {.checkpoint = [this] { control->check(); }}, baseline);
+    const FileMap local =
+        scan(profile, {.checkpoint = [this] { control->check(); }, .privateItems = privateItems}, baseline);
     if (local.empty()) {
         (void)list(""); // a server that cannot be reached is still to be told
         return {};

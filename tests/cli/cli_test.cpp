@@ -211,6 +211,19 @@ TEST_F(Cli, UnreadableStateEndsEveryCommandAndIsNotTouched) {
     }
 }
 
+TEST_F(Cli, MisspeltStateFolderIsNamedAndNotMade) {
+    const auto misspelt = place.path("stat").string();
+    for (const CliPlace::Arguments& arguments :
+         {CliPlace::Arguments{"profile", "list"}, {"profile", "export"}, {"status"}, {"watch"}, {"scan", "x"}}) {
+        auto all = arguments;
+        all.insert(all.end(), {"--state", misspelt});
+        const auto result = place.run(all);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_TRUE(contains(result.errors, "There is no such state folder: " + misspelt + ".")) << result.errors;
+        EXPECT_FALSE(std::filesystem::exists(misspelt));
+    }
+}
+
 TEST_F(Cli, StateFolderInUseIsNotChangedByASecondProgram) {
     ASSERT_EQ(place.run(addition("x")).status, 0);
     const std::string before = readFile(place.stateFile());

@@ -159,16 +159,21 @@ TEST_F(RunningProgram, ClientsThatMisbehaveDoNotDisturbWatching) {
 }
 
 TEST_F(RunningProgram, PushSendsAllOnceAndNothingTwice) {
+    std::filesystem::create_hard_link(place.passwordFile(), site / "password.txt"); // never to be published
     const auto dry = run({"push", "My website", "--dry-run"});
     EXPECT_EQ(dry.status, 0) << dry.errors;
     EXPECT_TRUE(contains(dry.output, "Would upload images/a.svg (6 bytes)\nWould upload index.html (5 bytes)\n"));
+    EXPECT_TRUE(contains(dry.errors, "Left out, because it holds the password: password.txt")) << dry.errors;
+    EXPECT_FALSE(contains(dry.output, "password"));
     EXPECT_TRUE(readTree(serverSite).empty());
     EXPECT_TRUE(place.saved().baselines.empty());
 
     const auto first = run({"push", "My website"});
     EXPECT_EQ(first.status, 0) << first.errors;
     EXPECT_TRUE(contains(first.output, "Pushed \"My website\": 2 files.\n"));
-    EXPECT_EQ(readTree(serverSite), readTree(site));
+    auto expected = readTree(site);
+    expected.erase("password.txt");
+    EXPECT_EQ(readTree(serverSite), expected);
     const SavedState saved = place.saved();
     EXPECT_EQ(saved.baselines.begin()->second.size(), 2U);
     EXPECT_EQ(saved.remoteDates.value().begin()->second.size(), 2U);
@@ -190,6 +195,21 @@ TEST_F(RunningProgram, PushOverwritesNoWorkOfOthers) {
             contains(refused.errors, " review \"My website\"") || contains(refused.errors, " review 'My website'"));
     }
     EXPECT_EQ(readFile(serverSite / "index.html"), "by somebody else");
+}
+
+TEST_F(RunningProgram, DryRunOfPushEndsAsThePushWould) {
+    for (const auto* unusable : {"excluded\xFF~", "caf\xE9"}) {
+        writeFile(site / unusable, "x");
+        const auto dry = run({"push", "My website", "--dry-run"});
+        const auto real = run({"push", "My website"});
+        EXPECT_EQ(dry.status, *unusable == 'e' ? 0 : 1) << dry.errors;
+        EXPECT_EQ(real.status, dry.status) << real.errors;
+        if (dry.status == 0) continue;
+        for (const auto& result : {dry, real}) {
+            EXPECT_TRUE(contains(result.errors, "): Left out, because its name is not valid UTF-8: caf\\xE9.\n"))
+                << result.errors;
+        }
+    }
 }
 
 TEST_F(RunningProgram, PushNamesWhatWasNotSentAndFails) {
