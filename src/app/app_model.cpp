@@ -33,6 +33,7 @@ AppModel::AppModel(MainContext& mainContext, Options chosen)
     }
     removeStalePrivateFolders();
     try {
+        if (options.storeFailure) std::rethrow_exception(options.storeFailure);
         StateStore opened = options.storeOverride ? *options.storeOverride : StateStore();
         state = opened.load();
         saver.emplace(
