@@ -287,6 +287,7 @@ TEST_F(MainWindowTest, AnAlertThatCameWhileNobodyLookedIsToldWhenTheWindowIsShow
     open();
     ASSERT_NE(dialog(), nullptr);
     ASSERT_TRUE(model->alert());
+    EXPECT_TRUE(model->alert()->find(folder / "state/profiles.json") != std::string::npos) << *model->alert();
     EXPECT_TRUE(shows(QString::fromStdString(*model->alert())));
     window->hide();
     EXPECT_TRUE(model->alert()) << "not read yet";
