@@ -35,6 +35,7 @@ AppModel::AppModel(MainContext& mainContext, Options chosen)
     }
     removeStalePrivateFolders();
     try {
+        if (options.storeFailure) std::rethrow_exception(options.storeFailure);
         StateStore opened = options.storeOverride ? *options.storeOverride : StateStore();
         for (auto& item : opened.privateItems()) privateItems.push_back(std::move(item));
         state = opened.load();

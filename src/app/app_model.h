@@ -51,6 +51,8 @@ public:
     struct Options {
         bool demo = false; // a sample profile; no network, disk or secret store
         std::optional<StateStore> storeOverride = std::nullopt;
+        // Why there is no store to load from, if so: the same as a failure to load.
+        std::exception_ptr storeFailure = nullptr;
         std::map<Uuid, std::string> sessionPasswords = {}; // known already, never stored
         PasswordAccess passwordAccess = {};
         JobWork work = serverWork(); // a demonstration has its own

@@ -66,7 +66,11 @@ std::optional<std::string> StateStore::contents() const {
 
 SavedState StateStore::load() const {
     auto json = contents();
-    return json ? decodeSavedState(*std::move(json)) : SavedState{};
+    try {
+        return json ? decodeSavedState(*std::move(json)) : SavedState{};
+    } catch (const SyncError& error) {
+        throw SyncError((held->path() / fileName).string() + ": " + error.what());
+    }
 }
 
 void StateStore::save(const SavedState& state) const {

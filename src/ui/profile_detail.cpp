@@ -98,7 +98,7 @@ void ProfileDetail::connectModel() {
 
 void ProfileDetail::connectControls() {
     connect(&header->mainSwitch(), &QPushButton::clicked, this, &ProfileDetail::toggle);
-    connect(banners, &DetailBanners::reviewRequested, this, [this] { bridge.model().openReview(id); });
+    connect(banners, &DetailBanners::reviewRequested, this, [this] { Q_EMIT reviewRequested(id); });
     connect(banners, &DetailBanners::retryRequested, this, [this] { bridge.model().retryCheck(id); });
     connect(banners, &DetailBanners::skipRequested, this, [this] { Q_EMIT skipCheckRequested(id); });
     connect(copy, &QPushButton::clicked, this, [this] {
