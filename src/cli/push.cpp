@@ -187,6 +187,8 @@ private:
 ExitCode push(const Surroundings& around, const Request& request) {
     const StateStore store = openState(around.options);
     const InstanceLock held = holdState(store);
+    const Output::NeverWaiting publishing(
+        around.output, Output::NeverWaiting::unlimitedRoom, [&around] { return !around.interrupt.happened(); });
     MainQueue queue;
     AppModel model(queue, {.storeOverride = store, .passwordAccess = {.read = readStoredPassword}, .work = onePass()});
     requireLoaded(model);
