@@ -49,7 +49,6 @@ TEST_F(Cli, WrongCommandLinesEndWithTheUsageCodeAndOneLine) {
         {"review", "x", "--download", "a", "--download-all"},
         {"test", "x", "--password-file", "a", "--password-command", "b"},
         addition("x", {"--from", "y"}),
-        addition("x", {"--port", "twenty"}),
         addition("x", {"--transport", "sftp"}),
         addition("x", {"--transport", ""}),
         addition("x", {"--needs-download"})};
@@ -59,6 +58,27 @@ TEST_F(Cli, WrongCommandLinesEndWithTheUsageCodeAndOneLine) {
         EXPECT_EQ(result.output, "");
         EXPECT_TRUE(result.errors.starts_with("zembrastel-cli: ")) << result.errors;
         EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
+    }
+    struct Case {
+        CliPlace::Arguments arguments;
+        int status;
+        const char* words;
+    };
+    for (const auto& [arguments, status, words] : std::vector<Case>{
+             {addition("x", {"--username", "b"}), 2, "--username was given more than once"},
+             {addition("x", {"--port", "0"}), 2, "--port: must be a number from 1 to 65535, not 0"},
+             {addition("x", {"--remote-folder", ""}), 2, "--remote-folder: must not be empty; / is the top"},
+             {addition("x", {"--sync", "/elsewhere/a"}), 2, "such as images/logo.svg, and not \"/elsewhere/a\""},
+             {{"profile", "add", "--name", "x", "--host", "h", "--username", "u", "--local-folder", "/"},
+              1,
+              "keys and"},
+             {{"profile", "add", "--name", "x", "--host", "h", "--username", "u", "--local-folder",
+               place.home().string()},
+              1,
+              "is or holds your home folder"}}) {
+        const auto result = place.run(arguments);
+        EXPECT_EQ(result.status, status) << words;
+        EXPECT_TRUE(contains(result.errors, words));
     }
     const auto json = place.run({"nosuch", "--json"});
     EXPECT_TRUE(json.errors.starts_with(R"({"event":"error","message":")")) << json.errors;
