@@ -106,6 +106,7 @@ void AppModel::notify(const std::function<void(ModelObserver&)>& tell) const {
 void AppModel::changeStatus(const Uuid& id, const std::function<void(ProfileStatus&)>& change) {
     ProfileStatus& status = statuses[id];
     const std::string before = status.title;
+    status.filesMissing = false; // holds for the status that says so, and no longer
     change(status);
     if (status.title != before) status.progress.reset();
     notify([&id](ModelObserver& observer) { observer.statusChanged(id); });
@@ -225,7 +226,15 @@ AppModel::Assignment AppModel::assign(const Profile& profile) {
         .retryWait = std::make_shared<RetryWait>()};
 }
 
-void AppModel::start(const Uuid& id) {
+void AppModel::start(const Uuid& id) { start(id, false); }
+
+void AppModel::forgetMissingFiles(const Uuid& id) {
+    if (!status(id).filesMissing) return;
+    stopJob(id);
+    start(id, true);
+}
+
+void AppModel::start(const Uuid& id, bool filesMayBeGone) {
     const Profile* found = profile(id);
     if (running(id) || found == nullptr) return;
     try {
@@ -235,6 +244,7 @@ void AppModel::start(const Uuid& id) {
         return;
     }
     Assignment work = assign(*found);
+    work.filesMayBeGone = filesMayBeGone;
     jobs.insert_or_assign(
         id, Job{.generation = work.generation, .task = {}, .control = work.control, .retryWait = work.retryWait});
     failures.erase(id);
@@ -327,7 +337,8 @@ void AppModel::launchWorker(const Assignment& work) {
             .initialBaseline = files,
             .events = eventSink(work.profile.id, work.generation, stop),
             .clock = options.clock,
-            .retryWait = work.retryWait};
+            .retryWait = work.retryWait,
+            .filesMayBeGone = work.filesMayBeGone};
         jobWork.watch(worker, stop);
     });
     if (!running(id)) return;

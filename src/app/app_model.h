@@ -119,6 +119,10 @@ public:
     // due. A start that is refused shows in the status.
     void start(const Uuid& id);
 
+    // The user says that the files which status().filesMissing is about are gone: the profile starts anew, and they no
+    // longer count as synchronised. Those that are there again by then stay. Without that status nothing happens.
+    void forgetMissingFiles(const Uuid& id);
+
     // Starts every enabled profile.
     void startEnabled();
 
@@ -183,6 +187,7 @@ private:
         Uuid generation;
         std::shared_ptr<TransferControl> control;
         std::shared_ptr<RetryWait> retryWait;
+        bool filesMayBeGone = false;
     };
 
     // Core.
@@ -197,6 +202,7 @@ private:
     void notify(const std::function<void(ModelObserver&)>& tell) const;
 
     // Jobs.
+    void start(const Uuid& id, bool filesMayBeGone);
     void checkStartable(const Profile& profile) const;
     void refuseStart(const Uuid& id, const std::string& message);
     [[nodiscard]] Assignment assign(const Profile& profile);

@@ -22,13 +22,14 @@ inline constexpr std::int64_t controlVersion = 1;
 
 struct ControlRequest {
     enum class Kind {
-        show,   // the window
-        status, // of the profiles, or of all without any: Status for each
-        follow, // the same, then every Status and Activity as it comes
-        pause,  // the profiles: Changed for each that was not paused already
-        resume, // the same
-        review, // of one profile, once its server has been checked: Review
-        decide  // the review of that revision: Activity while it is carried out, then Outcome for each file
+        show,       // the window
+        status,     // of the profiles, or of all without any: Status for each
+        follow,     // the same, then every Status and Activity as it comes
+        pause,      // the profiles: Changed for each that was not paused already
+        resume,     // the same
+        review,     // of one profile, once its server has been checked: Review
+        decide,     // the review of that revision: Activity while it is carried out, then Outcome for each file
+        forgetFiles // of the profiles that wait for missing files: Changed for each
     };
 
     Kind kind = Kind::status;

@@ -53,6 +53,7 @@ private:
     void report(Client client, const ControlRequest& request);
     void changeEach(Client client, const ControlRequest& request);
     void decide(Client client, const ControlRequest& request);
+    void forgetFiles(Client client, const ControlRequest& request);
     void forget(Client client);
 
     void statusChanged(const Uuid& id) override;

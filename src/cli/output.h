@@ -63,8 +63,8 @@ public:
     void live(std::string_view subject, std::string_view text);
     [[nodiscard]] bool isLive() const { return liveLine.possible(); }
 
-    // Why results were lost, if they were. A reader that has gone wanted no more: that is no failure. This and unheard()
-    // are not called while a NeverWaiting lives.
+    // Why results were lost, if they were. A reader that has gone wanted no more: that is no failure. This and
+    // unheard() are not called while a NeverWaiting lives.
     [[nodiscard]] const std::error_code& failure() const { return lost; }
 
     // Has the reader gone? Then a command that only tells has nothing left to do.

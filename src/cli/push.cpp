@@ -105,6 +105,7 @@ public:
             refuseFor(review->second.changes, profile, model.profiles(), around);
         }
         const ProfileStatus& status = model.status(profile.id);
+        interrupted = !ended;
         std::string failure = ended ? (status.failed ? status.detail : report.failure) : "It was interrupted.";
         model.shutdown();
         if (failure.empty()) failure = report.failure; // of the save
@@ -136,14 +137,20 @@ private:
                 failure.empty() ? "They were changed again meanwhile." : failure,
                 " Not sent: " + counted(unsent.size(), "file") + ".");
         }
+        if (failure == missingFilesProblem(profile.localFolder)) {
+            const std::string name = unambiguousName(model.profiles(), profile);
+            throw unfinished(
+                failure, " If you deleted the files: " + commandLine(around.options, "forget-files", name));
+        }
         if (!failure.empty()) throw unfinished(failure, "");
         tellDone();
     }
 
     [[nodiscard]] CommandError unfinished(const std::string& failure, const std::string& consequence) const {
         return {
-            exitCodeOf(failure), "Cannot push all of " + inQuotes(profile.name) + " (" + serverName(profile)
-                                     + "): " + sentence(failure) + consequence};
+            interrupted ? ExitCode::interrupted : exitCodeOf(failure), "Cannot push all of " + inQuotes(profile.name)
+                                                                           + " (" + serverName(profile)
+                                                                           + "): " + sentence(failure) + consequence};
     }
 
     void tellUnsent(const std::string& path) {
@@ -182,6 +189,7 @@ private:
     const Profile& profile;
     const Surroundings& around;
     PushReport report;
+    bool interrupted = false;
 };
 
 ExitCode push(const Surroundings& around, const Request& request) {
@@ -247,7 +255,7 @@ void addPush(CLI::App& parent, Command& chosen) {
     command->footer("First the server is compared with what was last synchronised: where files are newer there,\n"
                     "nothing is uploaded, and push ends with 3 (see review). Then what two looks at the folder,\n"
                     "two seconds apart, found the same is uploaded. Nothing is tried again: push names what was\n"
-                    "not sent and ends with 1, or with 5 where the server refused the login.\n\n"
+                    "not sent and ends with 1, with 5 where the server refused the login, or with 8 after Ctrl-C.\n\n"
                     "Example:\n"
                     "  make site && zembrastel-cli push \"My website\" --password-file ~/.ftp-password");
     command->callback([&chosen, request] {

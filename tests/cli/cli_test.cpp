@@ -186,8 +186,7 @@ TEST_F(Cli, RefusedProfileLeavesTheSavedStateUntouched) {
     const std::vector<Refused> refused{
         {addition(" x "), "already"},
         {addition("y", {"--id", place.saved().profiles.front().id.text()}), "is that of \"x\""},
-        {addition("y", {"--port", "0"}), "Enter the port separately."},
-        {addition("y", {"--remote-folder", ""}), "Enter a remote folder"},
+        {addition("y", {"--remote-folder", ".."}), "Enter a remote folder"},
         {addition(""), "Enter a name, server, username and local folder."},
         {{"profile", "add", "--name", "y", "--host", "h", "--username", "u", "--local-folder", "/nonexistent"},
          "Choose an existing local folder."},
@@ -317,7 +316,7 @@ TEST_F(Cli, InterruptEndsAPasswordCommandThatNeverWould) {
         int signal;
         int status;
     };
-    for (const auto& [name, signal, status] : {Case{"test", SIGINT, 1}, {"review", SIGTERM, 1}, {"watch", SIGHUP, 0}}) {
+    for (const auto& [name, signal, status] : {Case{"test", SIGINT, 8}, {"review", SIGTERM, 8}, {"watch", SIGHUP, 0}}) {
         Program program = place.start({name, "x", "--password-command", command});
         ASSERT_TRUE(eventually([&] { return std::filesystem::exists(started); }));
         const pid_t child = std::stoi(readFile(started));
