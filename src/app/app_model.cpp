@@ -110,6 +110,7 @@ void AppModel::notify(const std::function<void(ModelObserver&)>& tell) const {
 void AppModel::changeStatus(const Uuid& id, const std::function<void(ProfileStatus&)>& change) {
     ProfileStatus& status = statuses[id];
     const std::string before = status.title;
+    status.filesMissing = false; // holds for the status that says so, and no longer
     change(status);
     if (status.title != before) status.progress.reset();
     notify([&id](ModelObserver& observer) { observer.statusChanged(id); });
@@ -224,7 +225,13 @@ Job& AppModel::openJob(const Profile& profile) {
     return jobs.emplace(profile.id, Job(profile)).first->second;
 }
 
-void AppModel::startWith(const Uuid& id, const Earlier& earlier) {
+void AppModel::forgetMissingFiles(const Uuid& id) {
+    if (!status(id).filesMissing) return;
+    stopJob(id);
+    startWith(id, std::nullopt, true);
+}
+
+void AppModel::startWith(const Uuid& id, const Earlier& earlier, bool filesMayBeGone) {
     const Profile* found = profile(id);
     if (running(id) || found == nullptr) return;
     try {
@@ -233,7 +240,9 @@ void AppModel::startWith(const Uuid& id, const Earlier& earlier) {
         refuseStart(id, error.what());
         return;
     }
-    const Uuid generation = openJob(*found).work().generation;
+    Job& job = openJob(*found);
+    if (filesMayBeGone) job.letFilesBeGone();
+    const Uuid generation = job.work().generation;
     publishReview(id);
     changeStatus(id, [](ProfileStatus& status) {
         status.active = true;
@@ -319,7 +328,8 @@ void AppModel::launchWorker(const Uuid& id) {
                     .events = eventSink(work.profile.id, work.generation, stop),
                     .clock = options.clock,
                     .retryWait = work.retryWait,
-                    .privateItems = privateItems};
+                    .privateItems = privateItems,
+                    .filesMayBeGone = work.filesMayBeGone};
                 jobWork.watch(worker, stop);
             });
         };

@@ -123,6 +123,10 @@ public:
     // due. Drops a postponed review. A start that is refused shows in the status.
     void start(const Uuid& id);
 
+    // The user says that the files which status().filesMissing is about are gone: the profile starts anew, and they no
+    // longer count as synchronised. Those that are there again by then stay. Without that status nothing happens.
+    void forgetMissingFiles(const Uuid& id);
+
     // Starts every enabled profile.
     void startEnabled();
 
@@ -208,7 +212,7 @@ private:
     // Jobs.
     void checkStartable(const Profile& profile) const;
     void refuseStart(const Uuid& id, const std::string& message);
-    void startWith(const Uuid& id, const Earlier& earlier);
+    void startWith(const Uuid& id, const Earlier& earlier, bool filesMayBeGone = false);
     void resumeWith(const Uuid& id, const Earlier& earlier);
     Job& openJob(const Profile& profile);
     [[nodiscard]] bool step(const Uuid& id, const std::function<bool(Job&)>& take);

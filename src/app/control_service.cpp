@@ -83,6 +83,8 @@ void ControlService::carryOut(Client client, const ControlRequest& request) {
         return answerSoon();
     case ControlRequest::Kind::decide:
         return decide(client, request);
+    case ControlRequest::Kind::forgetFiles:
+        return forgetFiles(client, request);
     }
 }
 
@@ -164,6 +166,15 @@ void ControlService::decide(Client client, const ControlRequest& request) {
         refuse(answer::Failed::Reason::refused, model.alert().value_or(""));
     }
     answerSoon();
+}
+
+void ControlService::forgetFiles(Client client, const ControlRequest& request) {
+    for (const auto& id : request.profiles) {
+        if (!model.status(id).filesMissing) continue;
+        model.forgetMissingFiles(id);
+        send(client, answer::Changed{id});
+    }
+    end(client);
 }
 
 void ControlService::forget(Client client) {

@@ -28,6 +28,7 @@ struct Assignment {
     Uuid generation = Uuid::random(); // results of another one are dropped
     std::shared_ptr<TransferControl> control = std::make_shared<TransferControl>();
     std::shared_ptr<RetryWait> retryWait = std::make_shared<RetryWait>();
+    bool filesMayBeGone = false; // see SyncWorker
 };
 
 class Job {
@@ -80,6 +81,9 @@ public:
 
     // Why no upload starts; nullptr in any other state.
     [[nodiscard]] const std::string* failure() const;
+
+    // The user says that the files of an empty local folder are gone.
+    void letFilesBeGone() { assignment.filesMayBeGone = true; }
 
     // Keeps the password for the tasks.
     [[nodiscard]] bool takePassword(std::string password);

@@ -1,6 +1,7 @@
 // The server check before watching starts, and the review of what it finds.
 #include "app/app_model.h"
 #include "model/error.h"
+#include "platform/text.h"
 #include "sync/progress_meter.h"
 #include "sync/sync_worker.h"
 #include "transport/ftp_transport.h"
@@ -112,7 +113,7 @@ void AppModel::failedCheck(const std::string& message, const Uuid& id, bool will
     if (!step(id, [&](Job& job) { return willRetry ? job.failCheck(message) : job.failDownload(message); })) return;
     changeStatus(id, [&](ProfileStatus& status) {
         status.title = "Server check needs attention";
-        status.detail = message
+        status.detail = sentence(message)
                         + (willRetry ? " Uploads remain paused; the check will retry automatically."
                                      : " Uploads remain paused. Retry the server check to review the latest versions.");
         status.failed = true;

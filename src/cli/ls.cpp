@@ -7,6 +7,7 @@
 #include "cli/state_folder.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 
 namespace zembrastel {
 namespace {
@@ -37,6 +38,7 @@ ExitCode listFolder(const Surroundings& around, const Request& request) {
     const std::string aim = folder.empty() ? "list the remote folder" : "list the remote folder " + inQuotes(folder);
     std::vector<RemoteEntry> entries;
     callServer(profile, around, aim, [&](const FTPTransport& server) { entries = server.list(folder); });
+    std::ranges::stable_sort(entries, [](const auto& a, const auto& b) { return compareNames(a.name, b.name) < 0; });
     for (const auto& entry : entries) {
         if (around.output.json()) {
             showAsJson(entry, folder, around.output);

@@ -111,6 +111,7 @@ public:
             refuseFor(review->second.changes, profile, model.profiles(), around);
         }
         const ProfileStatus& status = model.status(profile.id);
+        interrupted = !ended;
         std::string failure = ended ? (status.failed ? status.detail : report.failure) : "It was interrupted.";
         model.shutdown();
         if (failure.empty()) failure = report.failure; // of the save
@@ -135,16 +136,27 @@ private:
             unsent =
                 changedPaths(scan(profile, {.privateItems = privateItems(around.options)}), model.baseline(profile.id));
         } catch (const std::exception& error) {
-            throw unfinished(profile, failure.empty() ? describe(error) : failure);
+            throw unfinished(failure.empty() ? describe(error) : failure);
         }
         for (const auto& path : unsent) tellUnsent(path);
         if (!unsent.empty()) {
             throw unfinished(
-                profile, failure.empty() ? "They were changed again meanwhile." : failure,
+                failure.empty() ? "They were changed again meanwhile." : failure,
                 " Not sent: " + counted(unsent.size(), "file") + ".");
         }
-        if (!failure.empty()) throw unfinished(profile, failure);
+        if (failure == missingFilesProblem(profile.localFolder)) {
+            const std::string name = unambiguousName(model.profiles(), profile);
+            throw unfinished(
+                failure, " If you deleted the files: " + commandLine(around.options, "forget-files", name));
+        }
+        if (!failure.empty()) throw unfinished(failure);
         tellDone();
+    }
+
+    [[nodiscard]] CommandError unfinished(const std::string& failure, const std::string& consequence = "") const {
+        auto error = zembrastel::unfinished(profile, failure, consequence);
+        if (interrupted) error.code = ExitCode::interrupted;
+        return error;
     }
 
     void tellUnsent(const std::string& path) {
@@ -183,11 +195,14 @@ private:
     const Profile& profile;
     const Surroundings& around;
     PushReport report;
+    bool interrupted = false;
 };
 
 ExitCode push(const Surroundings& around, const Request& request) {
     const StateStore store = openState(around.options);
     const InstanceLock held = holdState(store);
+    const Output::NeverWaiting publishing(
+        around.output, Output::NeverWaiting::unlimitedRoom, [&around] { return !around.interrupt.happened(); });
     MainQueue queue;
     AppModel model(
         queue, {.storeOverride = store,
@@ -251,7 +266,7 @@ void addPush(CLI::App& parent, Command& chosen) {
     command->footer("First the server is compared with what was last synchronised: where files are newer there,\n"
                     "nothing is uploaded, and push ends with 3 (see review). Then what two looks at the folder,\n"
                     "two seconds apart, found the same is uploaded. Nothing is tried again: push names what was\n"
-                    "not sent and ends with 1, or with 5 where the server refused the login.\n\n"
+                    "not sent and ends with 1, with 5 where the server refused the login, or with 8 after Ctrl-C.\n\n"
                     "Example:\n"
                     "  make site && zembrastel-cli push \"My website\" --password-file ~/.ftp-password");
     command->callback([&chosen, request] {

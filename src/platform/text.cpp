@@ -272,6 +272,12 @@ std::string_view trimmed(std::string_view text) { return trimmedOf(text, isWhite
 
 std::string_view trimmedBlanks(std::string_view text) { return trimmedOf(text, isBlank); }
 
+std::string sentence(std::string_view text) {
+    std::string result(trimmed(text));
+    const bool ended = !result.empty() && std::string_view(".!?").find(result.back()) != std::string_view::npos;
+    return ended ? result : result + ".";
+}
+
 std::vector<std::string_view> nonEmptyLines(std::string_view text) {
     std::vector<std::string_view> lines;
     while (!text.empty()) {

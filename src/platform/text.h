@@ -36,6 +36,9 @@ namespace zembrastel {
 // Without the tabs and blanks (U+0009 and Unicode category Zs: no line break) at both ends. A view into `text`.
 [[nodiscard]] std::string_view trimmedBlanks(std::string_view text);
 
+// `text` without white space at its ends, and with a full stop unless it ends a sentence already.
+[[nodiscard]] std::string sentence(std::string_view text);
+
 // The lines of `text`, ended by any of the line breaks above, without the empty ones. Views into `text`.
 [[nodiscard]] std::vector<std::string_view> nonEmptyLines(std::string_view text);
 

@@ -212,6 +212,54 @@ TEST_F(RunningProgram, DryRunOfPushEndsAsThePushWould) {
     }
 }
 
+TEST_F(RunningProgram, UnreadOutputHoldsUpNoUpload) {
+    for (const char name : {'a', 'b', 'c', 'd', 'e', 'f'}) writeFile(site / std::string(200, name), "1");
+    place.wrapper = {
+        "/usr/bin/python3", "-c",
+        "import fcntl, os, sys; fcntl.fcntl(1, fcntl.F_SETPIPE_SZ, 4096); os.execv(sys.argv[1], sys.argv[1:])"};
+    Program watch = startWatch();
+    EXPECT_TRUE(eventually([this] { return readTree(serverSite) == readTree(site); }, limit));
+    const auto asked = std::chrono::steady_clock::now();
+    end(watch);
+    EXPECT_LT(std::chrono::steady_clock::now() - asked, 5s);
+}
+
+TEST_F(RunningProgram, StoppedProgramIsToldOfInsteadOfWaitedFor) {
+    Program watch = startWatch();
+    readUntilWatching(watch);
+    ::kill(watch.pid(), SIGSTOP);
+    Program status = place.start({"status"});
+    EXPECT_EQ(place.run({"resume", "My website"}).status, 7);
+    EXPECT_TRUE(contains(place.errors(), "(process " + std::to_string(watch.pid()) + ") has not answered"));
+    EXPECT_EQ(status.wait(), 7);
+    ::kill(watch.pid(), SIGCONT);
+    EXPECT_EQ(place.run({"status"}).status, 0);
+    end(watch);
+}
+
+TEST_F(RunningProgram, EmptyFolderIsForgottenOnlyWhenTheUserSaysSo) {
+    pushAll();
+    const auto known = [this] {
+        std::size_t files = 0;
+        for (const auto& [id, baseline] : place.saved().baselines) files += baseline.size();
+        return files;
+    };
+    EXPECT_TRUE(contains(place.run({"forget-files", "My website"}).output, "Nothing to forget"));
+    std::filesystem::rename(site, place.path("away"));
+    std::filesystem::create_directory(site);
+    const auto push = run({"push", "My website"});
+    EXPECT_EQ(push.status, 1);
+    EXPECT_TRUE(contains(push.errors, "None of the synchronised files is there"));
+    EXPECT_TRUE(contains(push.errors, " forget-files "));
+    Program watch = startWatch();
+    readUntil(watch, R"("filesMissing":true)");
+    EXPECT_EQ(known(), 2U);
+    EXPECT_TRUE(contains(place.run({"forget-files", "My website"}).output, "Forgot the missing files"));
+    EXPECT_TRUE(eventually([&] { return known() == 0; }));
+    end(watch);
+    EXPECT_EQ(readTree(serverSite), readTree(place.path("away")));
+}
+
 TEST_F(RunningProgram, PushNamesWhatWasNotSentAndFails) {
     pushAll();
     // Nobody but this user can write there.
