@@ -106,8 +106,8 @@ public:
         const Uuid& id, const std::string& password, std::function<void(std::optional<std::string> failure)> done);
 
     // Throws what save() would refuse this profile for, with nothing changed.
-    void checkSavable(const Profile& changed, const std::optional<Profile>& opened = std::nullopt) const {
-        (void)savable(changed, opened);
+    void checkSavable(const Profile& changed) const {
+        (void)savable(changed);
     }
 
     // A demonstration touches no network, disk or secret store.
@@ -152,13 +152,9 @@ public:
     // becomes what counts as synchronised. A change of the sync contents has them downloaded again before watching
     // resumes. Throws SyncError with nothing changed, or, when saving alone failed, with the change in force and the
     // profile stopped.
-    //
-    // `opened`, which an editor of an existing profile gives, is the profile as it was when the editor opened. Then a
-    // profile that was removed or edited meanwhile is refused, and what else has changed of it (`enabled`,
-    // `needsDownload`) stays as it is now where the editor left it alone.
     void save(
         Profile changed, const std::optional<std::string>& password,
-        std::optional<FileMap> initialBaseline = std::nullopt, const std::optional<Profile>& opened = std::nullopt);
+        std::optional<FileMap> initialBaseline = std::nullopt);
 
     // Forgets a profile with its password; all files stay. The password goes first, however long the secret store
     // takes. Where that fails `alert` says so and nothing changes; where saving alone fails, the profile is gone.
@@ -254,8 +250,7 @@ private:
     void recordRemoteDate(const std::string& path, RemoteDate date, const Uuid& id);
 
     // Profile operations.
-    [[nodiscard]] Profile savable(Profile changed, const std::optional<Profile>& opened) const;
-    [[nodiscard]] Profile withoutStaleFields(Profile changed, const Profile& opened) const;
+    [[nodiscard]] Profile savable(Profile changed) const;
     void forgetProfile(const Uuid& id);
     void keepSharedScope(const Profile& old, const Profile& changed);
 

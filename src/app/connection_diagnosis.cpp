@@ -18,7 +18,7 @@ constexpr const char* chooseImplicit =
     "In the profile choose FTPS (implicit TLS) for this port, or FTPS (TLS) with port 21. Ask the hoster which kind of "
     "FTPS the server has, and at which port.";
 
-Finding refusedCertificate(const Profile& profile, const Conversation& answer) {
+Finding refusedCertificate(const Profile& profile, const Transcript& answer) {
     const std::string& words = answer.failure;
     const std::string line = words.substr(0, words.find('\n'));
     if (contains(words, "expired")) {
@@ -38,7 +38,7 @@ Finding refusedCertificate(const Profile& profile, const Conversation& answer) {
         "without: anybody could pass for the server and read the password.");
 }
 
-Finding refusedLogin(const Profile& profile, const Conversation& answer) {
+Finding refusedLogin(const Profile& profile, const Transcript& answer) {
     const std::string words = asciiLowercase(refusal(answer));
     if (tellsOfTooMany(answer)) return turnedAway(answer);
     if (profile.transport == TransferProtocol::ftp && containsAny(words, {"tls", "ssl", "encrypt", "secure"})) {
@@ -51,7 +51,7 @@ Finding refusedLogin(const Profile& profile, const Conversation& answer) {
         "whether the FTP account is active, and whether it may be used from your address.");
 }
 
-bool loggedIn(const Conversation& answer) {
+bool loggedIn(const Transcript& answer) {
     return answer.succeeded
            || std::ranges::any_of(answer.replies, [](const auto& reply) { return reply.starts_with("230"); });
 }
@@ -69,7 +69,7 @@ int curlCode(std::string_view failure) {
     return code;
 }
 
-bool tellsOfTooMany(const Conversation& answer) {
+bool tellsOfTooMany(const Transcript& answer) {
     return std::ranges::any_of(answer.replies, [](const std::string& reply) {
         const std::string words = asciiLowercase(reply);
         return (reply.starts_with('4') || reply.starts_with('5'))
@@ -79,7 +79,7 @@ bool tellsOfTooMany(const Conversation& answer) {
     });
 }
 
-Finding unreached(const Profile& profile, const Conversation& answer) {
+Finding unreached(const Profile& profile, const Transcript& answer) {
     switch (curlCode(answer.failure)) {
     case 6:
         return wrong(
@@ -99,7 +99,7 @@ Finding unreached(const Profile& profile, const Conversation& answer) {
     }
 }
 
-Finding turnedAway(const Conversation& answer) {
+Finding turnedAway(const Transcript& answer) {
     if (tellsOfTooMany(answer)) {
         return wrong(
             "connections", "The server takes no further connection: there are too many." + said(answer),
@@ -112,7 +112,7 @@ Finding turnedAway(const Conversation& answer) {
         "Try again later. Ask the hoster why the server turns connections from your address away.");
 }
 
-std::optional<Finding> refusedBeforeLogin(const Profile& profile, const Conversation& answer) {
+std::optional<Finding> refusedBeforeLogin(const Profile& profile, const Transcript& answer) {
     const int code = curlCode(answer.failure);
     if (loggedIn(answer)) return std::nullopt;
     if (code == 60) return refusedCertificate(profile, answer);

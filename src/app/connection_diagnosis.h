@@ -15,15 +15,15 @@ namespace zembrastel {
 [[nodiscard]] int curlCode(std::string_view failure);
 
 // Of a conversation in which nobody answered at the port.
-[[nodiscard]] Finding unreached(const Profile& profile, const Conversation& answer);
+[[nodiscard]] Finding unreached(const Profile& profile, const Transcript& answer);
 
 // Why there was a connection and no login; nothing where there was one.
-[[nodiscard]] std::optional<Finding> refusedBeforeLogin(const Profile& profile, const Conversation& answer);
+[[nodiscard]] std::optional<Finding> refusedBeforeLogin(const Profile& profile, const Transcript& answer);
 
 // Did the server refuse because there are too many connections already?
-[[nodiscard]] bool tellsOfTooMany(const Conversation& answer);
+[[nodiscard]] bool tellsOfTooMany(const Transcript& answer);
 
 // Of a server that hangs up, for that reason or another.
-[[nodiscard]] Finding turnedAway(const Conversation& answer);
+[[nodiscard]] Finding turnedAway(const Transcript& answer);
 
 } // namespace zembrastel

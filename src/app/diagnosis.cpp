@@ -39,7 +39,7 @@ private:
     void add(Finding finding) { findings.push_back(std::move(finding)); }
 
     [[nodiscard]] bool connection() {
-        const Conversation& answer = seen.mlsd.answer;
+        const Transcript& answer = seen.mlsd.answer;
         if (!answer.connected && !answer.succeeded) {
             const Finding failure = unreached(profile, answer);
             if (failure.subject != "address") address();
@@ -86,7 +86,7 @@ private:
             add(fine("folder", "The folder " + profile.remoteFolder + " can be opened."));
             return true;
         }
-        const Conversation& answer = seen.list ? seen.list->answer : seen.mlsd.answer;
+        const Transcript& answer = seen.list ? seen.list->answer : seen.mlsd.answer;
         if (tellsOfTooMany(answer)) {
             add(turnedAway(answer));
             return false;
@@ -298,7 +298,7 @@ private:
         }
     }
 
-    void replacement(const Conversation& second) {
+    void replacement(const Transcript& second) {
         if (second.succeeded) {
             add(fine("replacement", "It was replaced by a second upload in the same way."));
         } else if (contains(second.failure, "RNTO")) {

@@ -40,14 +40,14 @@ Finding wrong(std::string subject, std::string text, std::string remedy) {
 }
 
 // That of the question for UTF-8 names, which many servers do not know, is none.
-std::string refusal(const Conversation& answer) {
+std::string refusal(const Transcript& answer) {
     for (auto reply = answer.replies.rbegin(); reply != answer.replies.rend(); ++reply) {
         if (isRefusal(*reply) && !containsAny(*reply, {"OPTS", "UTF8"})) return *reply;
     }
     return "";
 }
 
-std::string said(const Conversation& answer) {
+std::string said(const Transcript& answer) {
     const std::string words = refusal(answer);
     if (!words.empty()) return " It says: " + words;
     return answer.failure.empty() ? "" : " " + answer.failure.substr(0, answer.failure.find('\n'));

@@ -35,10 +35,10 @@ struct Finding {
 [[nodiscard]] Finding wrong(std::string subject, std::string text, std::string remedy);
 
 // The last reply by which the server refused something; empty where there was none.
-[[nodiscard]] std::string refusal(const Conversation& answer);
+[[nodiscard]] std::string refusal(const Transcript& answer);
 
 // The server's words of refusal, else curl's, as the end of a sentence.
-[[nodiscard]] std::string said(const Conversation& answer);
+[[nodiscard]] std::string said(const Transcript& answer);
 
 [[nodiscard]] bool contains(std::string_view text, std::string_view words);
 [[nodiscard]] bool containsAny(std::string_view text, std::initializer_list<std::string_view> words);

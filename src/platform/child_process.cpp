@@ -19,9 +19,7 @@
 namespace zembrastel {
 namespace {
 
-// Of the numbers that the child's descriptors have: three streams, a file, and the end of a pipe.
-constexpr int lowestFree = 5;
-constexpr int handedOver = 3;
+constexpr int firstHandedOver = STDERR_FILENO + 1;
 
 // What is under way in the background gives way to what somebody looks at: with a hundred children on two processors,
 // work for the window waited for up to 0.2 s while they were its equals, and 0.02 to 0.06 s since. More than this would
@@ -54,14 +52,40 @@ void giveWay(pid_t process) {
     (void)::setpriority(PRIO_PROCESS, static_cast<id_t>(process), std::max(own, leastNiceness));
 }
 
-class SpawnActions {
+// Which descriptors of this program the child gets, numbered 0, 1, 2 ... in their order.
+class GivenDescriptors {
 public:
-    SpawnActions() { posix_spawn_file_actions_init(&actions); }
-    SpawnActions(const SpawnActions&) = delete;
-    SpawnActions& operator=(const SpawnActions&) = delete;
-    ~SpawnActions() { posix_spawn_file_actions_destroy(&actions); }
+    explicit GivenDescriptors(const std::vector<int>& given) {
+        posix_spawn_file_actions_init(&actions);
+        const int count = static_cast<int>(given.size());
+        for (int number = 0; number < count; ++number) {
+            int from = given[static_cast<std::size_t>(number)];
+            // One of a number that the child uses would be overwritten before it is given on. With a standard stream
+            // closed, any descriptor may have such a number.
+            if (from >= 0 && from < count) {
+                const auto& copy = copies.emplace_back(::fcntl(from, F_DUPFD_CLOEXEC, count));
+                if (copy) from = copy.get();
+            }
+            posix_spawn_file_actions_adddup2(&actions, from, number);
+        }
+        posix_spawn_file_actions_addclosefrom_np(&actions, count);
+    }
+    GivenDescriptors(const GivenDescriptors&) = delete;
+    GivenDescriptors& operator=(const GivenDescriptors&) = delete;
+    ~GivenDescriptors() { posix_spawn_file_actions_destroy(&actions); }
     posix_spawn_file_actions_t actions{};
+
+private:
+    std::vector<Descriptor> copies;
 };
+
+std::vector<char*> pointersTo(std::vector<std::string>& texts) {
+    std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
+    for (auto& text : texts) pointers.push_back(text.data());
+    pointers.push_back(nullptr);
+    return pointers;
+}
 
 class SpawnAttributes {
 public:
@@ -138,24 +162,19 @@ ChildProcess::~ChildProcess() {
 void ChildProcess::start() {
     Pipe configuration(command.executable);
     Pipe lifeline(command.executable);
-    // Out of the way of the numbers given out below.
-    lifeline.reading = Descriptor(::fcntl(lifeline.reading.get(), F_DUPFD_CLOEXEC, lowestFree));
-    if (!lifeline.reading) throwFileError("fcntl", command.executable);
-    SpawnActions spawn;
-    posix_spawn_file_actions_adddup2(&spawn.actions, configuration.reading.get(), STDIN_FILENO);
-    posix_spawn_file_actions_adddup2(&spawn.actions, command.output, STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&spawn.actions, command.errors, STDERR_FILENO);
-    int firstUnused = STDERR_FILENO + 1;
-    if (command.file >= 0) posix_spawn_file_actions_adddup2(&spawn.actions, command.file, firstUnused++);
-    posix_spawn_file_actions_adddup2(&spawn.actions, lifeline.reading.get(), firstUnused++);
-    posix_spawn_file_actions_addclosefrom_np(&spawn.actions, firstUnused);
-
-    std::vector<char*> arguments{command.executable.data()};
-    for (auto& argument : command.arguments) arguments.push_back(argument.data());
-    arguments.push_back(nullptr);
+    std::vector<int> given{configuration.reading.get(), command.output, command.errors};
+    given.insert(given.end(), command.files.begin(), command.files.end());
+    given.push_back(lifeline.reading.get());
+    const GivenDescriptors descriptors(given);
+    std::vector<std::string> words{command.executable};
+    words.insert(words.end(), command.arguments.begin(), command.arguments.end());
+    const auto arguments = pointersTo(words);
+    std::vector<char*> environment;
+    if (command.environment) environment = pointersTo(*command.environment);
     const SpawnAttributes how;
-    const int failed =
-        ::posix_spawn(&process, command.executable.c_str(), &spawn.actions, &how.attributes, arguments.data(), environ);
+    const int failed = ::posix_spawn(
+        &process, command.executable.c_str(), &descriptors.actions, &how.attributes, arguments.data(),
+        command.environment ? environment.data() : environ);
     if (failed != 0) {
         process = -1;
         throwFileError("posix_spawn", command.executable, failed);
@@ -200,18 +219,22 @@ bool ChildProcess::wait(std::chrono::milliseconds atMost) const {
     return ::waitid(P_PID, static_cast<id_t>(process), &ended, WEXITED | WNOWAIT | WNOHANG) != 0 || ended.si_pid != 0;
 }
 
-std::optional<std::uint64_t> ChildProcess::filePosition() const {
+std::string ChildProcess::filePathOf(std::size_t file) {
+    return "/dev/fd/" + std::to_string(static_cast<std::size_t>(firstHandedOver) + file);
+}
+
+std::optional<std::uint64_t> ChildProcess::filePosition(std::size_t file) const {
     const std::filesystem::path own = "/proc/" + std::to_string(process);
-    const std::string handed = std::to_string(handedOver);
-    struct stat file {};
-    if (::stat((own / "fd" / handed).c_str(), &file) != 0) return std::nullopt;
+    const std::string handed = std::to_string(static_cast<std::size_t>(firstHandedOver) + file);
+    struct stat given {};
+    if (::stat((own / "fd" / handed).c_str(), &given) != 0) return std::nullopt;
     std::error_code ended; // the child may be gone at any step
     for (std::filesystem::directory_iterator each(own / "fd", ended), last; !ended && each != last;
          each.increment(ended)) {
         struct stat opened {};
         const auto number = each->path().filename();
         if (number == handed || ::stat(each->path().c_str(), &opened) != 0) continue;
-        if (opened.st_ino != file.st_ino || opened.st_dev != file.st_dev) continue;
+        if (opened.st_ino != given.st_ino || opened.st_dev != given.st_dev) continue;
         return readPosition(own / "fdinfo" / number);
     }
     return std::nullopt;

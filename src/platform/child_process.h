@@ -3,7 +3,7 @@
 // Identity; owned by the thread that runs it. Only terminate() may come from another thread, and only between start()
 // and collect(): until collect() the kernel keeps the id reserved, so a request to end can never hit a stranger.
 //
-// The child gets the three standard streams, the file that is handed over to it, the end of a pipe by which it is
+// The child gets the three standard streams, the files that are handed over to it, the end of a pipe by which it is
 // killed should this program be killed, and no other descriptor; default signal handling; a process group of its
 // own, so that Ctrl-C in a terminal reaches it only through this program; and less of a busy processor than others.
 #pragma once
@@ -25,17 +25,21 @@ public:
     struct Command {
         std::string executable; // absolute path
         std::vector<std::string> arguments = {};
-        int output = -1; // borrowed until start() returned: the child's standard output
-        int errors = -1; // likewise its standard error
-        int file = -1;   // likewise a file that the child finds at `filePath`, where there is one
+        int output = -1;             // borrowed until start() returned: the child's standard output
+        int errors = -1;             // likewise its standard error
+        std::vector<int> files = {}; // likewise files that the child finds at filePathOf(0), filePathOf(1) ...
+
+        // "NAME=value", all that the child gets. Nothing: this program's own environment.
+        std::optional<std::vector<std::string>> environment = std::nullopt;
 
         // No file that the child writes may become longer than this: SIGXFSZ ends it. In force before the child has
         // read its input, not from its first moment.
         std::optional<std::uint64_t> mostWritten = std::nullopt;
     };
 
-    // Names the one file that was handed over and no other, whatever happens to the name it had.
+    // Name files that were handed over and no others, whatever happens to the names they had. `filePath` is the first.
     static constexpr const char* filePath = "/dev/fd/3";
+    [[nodiscard]] static std::string filePathOf(std::size_t file);
 
     struct Exit {
         bool exited = false; // false when a signal ended it
@@ -61,10 +65,10 @@ public:
     // The same, for no longer than `atMost`, or a little less. False when the child still runs.
     [[nodiscard]] bool wait(std::chrono::milliseconds atMost) const;
 
-    // How far the child has come in the file that was handed over to it, reading or writing by a descriptor that it
-    // opened at `filePath` itself. Nothing while it has none, and where the system does not tell. Between start() and
-    // collect().
-    [[nodiscard]] std::optional<std::uint64_t> filePosition() const;
+    // How far the child has come in a file that was handed over to it, reading or writing by a descriptor that it
+    // opened at filePathOf(file) itself. Nothing while it has none, and where the system does not say. Between start()
+    // and collect().
+    [[nodiscard]] std::optional<std::uint64_t> filePosition(std::size_t file = 0) const;
 
     // The exit of a child that wait() has seen end. From here on the child is gone.
     Exit collect();

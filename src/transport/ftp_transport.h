@@ -16,6 +16,7 @@
 #include "transport/curl_configuration.h"
 #include "transport/remote_change.h"
 #include "transport/remote_entry.h"
+#include "transport/server_traits.h"
 #include "transport/transfer_control.h"
 #include "transport/transfer_observer.h"
 
@@ -34,8 +35,8 @@ namespace zembrastel {
 
 class ChildProcess;
 
-// One run of curl as a conversation, for finding out what is wrong with a server.
-struct Conversation {
+// One run of curl with all that was said in it, for finding out what is wrong with a server.
+struct Transcript {
     bool succeeded = false;
     bool connected = false;             // did anybody answer at the host's port?
     std::string output{};               // what curl wrote to its standard output, where it succeeded
@@ -52,20 +53,22 @@ struct FTPTransport {
     std::shared_ptr<TransferControl> control;
     TransferObserver* observer = nullptr;    // borrowed; nothing is looked at for nobody
     std::vector<PrivateItem> privateItems{}; // in the local folder, of no concern to the server
+    std::shared_ptr<ServerTraits> traits = std::make_shared<ServerTraits>(); // of the profile's server
 
     // Tells how many bytes of a local file curl has read or written.
     using Position = std::function<std::optional<std::uint64_t>(const ChildProcess& curl)>;
 
-    // One run of curl: the options that every operation has, then `options`. Returns what curl wrote to its standard
-    // output. The one local file that curl may read or write is the open `localFile`, which the options call
-    // ChildProcess::filePath: curl is given no path of the local side, so nobody can put a link into one. What
-    // `position` tells goes to the observer. A file that would become longer than `mostWritten` fails the run.
+    // One run of curl, a conversation of one block: the options that every operation has, then `options`. Returns what
+    // curl wrote to its standard output. The one local file that curl may read or write is the open `localFile`, which
+    // the options call ChildProcess::filePath: curl is given no path of the local side, so nobody can put a link into
+    // one. What `position` tells goes to the observer. A file that would become longer than `mostWritten` fails the
+    // run.
     std::string run(
         std::string_view path, bool directory, const std::vector<TransferOption>& options, int localFile = -1,
         const Position& position = {}, std::optional<std::uint64_t> mostWritten = std::nullopt) const;
 
-    // The same run, with all that was said in it. A failure is part of the conversation and not thrown.
-    [[nodiscard]] Conversation converse(
+    // The same run, with all that was said in it. A failure is part of the transcript and not thrown.
+    [[nodiscard]] Transcript transcribe(
         std::string_view path, bool directory, std::vector<TransferOption> options, int localFile = -1) const;
 
     // The entries of one remote folder, in the server's order: those of MLSD that LIST shows as well, with MLSD's
@@ -99,9 +102,9 @@ struct FTPTransport {
     // The number of entries in the profile's remote folder. Reads only.
     [[nodiscard]] std::size_t test() const;
 
-    // Sends the version of the local file that has this fingerprint, under a temporary name that is renamed over the
-    // live file once it is complete. Missing remote folders are made. A failure at any moment leaves the live file as
-    // it was; a temporary file may stay on the server.
+    // Sends the version of the local file that has this fingerprint and puts it in the place of the live one, whatever
+    // that is: see publishing.h. Missing remote folders are made. A failure at any moment leaves the live file as it
+    // was; a temporary file may stay on the server, until a later upload removes it.
     void upload(const std::string& path, const Fingerprint& fingerprint) const;
 
     // Where the file or folder of this path is, or would be. Throws SyncError when the path is not safe or a symbolic
@@ -132,8 +135,6 @@ struct FTPTransport {
         const std::set<std::string, std::less<>>& unanswered = {}) const;
 };
 
-// What has curl send the handed-over file under the temporary name, and then give it its own, replacing what has it.
-[[nodiscard]] std::vector<TransferOption> uploadOptions(const std::string& temporary, const std::string& name);
 
 // Throws the SyncError for a folder `depth` levels below the remote one, when that is too deep.
 void checkFolderDepth(int depth);

@@ -20,7 +20,7 @@ namespace {
 using Parser = std::vector<RemoteEntry> (*)(std::string_view);
 
 SeenListing listedBy(const FTPTransport& transport, const std::vector<TransferOption>& options, Parser parse) {
-    SeenListing seen{.answer = transport.converse("", true, options)};
+    SeenListing seen{.answer = transport.transcribe("", true, options)};
     if (!seen.answer.succeeded || !isValidUtf8(seen.answer.output) || isCutShort(seen.answer.output)) return seen;
     try {
         seen.entries = parse(seen.answer.output);
@@ -31,7 +31,7 @@ SeenListing listedBy(const FTPTransport& transport, const std::vector<TransferOp
 }
 
 SeenDate dateOf(const FTPTransport& transport, const std::string& path) {
-    SeenDate seen{.path = path, .answer = transport.converse(path, false, {{"head"}})};
+    SeenDate seen{.path = path, .answer = transport.transcribe(path, false, {{"head"}})};
     const auto& text = seen.answer.output;
     const auto value = isValidUtf8(text) ? findLastModified(text) : std::nullopt;
     if (const auto date = value ? parseHttpDate(*value) : std::nullopt) seen.date = toRemoteDate(*date);
@@ -46,11 +46,21 @@ const RemoteEntry* firstFile(const ServerObservations& seen) {
 }
 
 // Would LIST be asked in vain, and perhaps wait as long again?
-bool isOver(const Conversation& answer) {
+bool isOver(const Transcript& answer) {
     if (answer.succeeded) return false;
     const bool loggedIn =
         std::ranges::any_of(answer.replies, [](const auto& reply) { return reply.starts_with("230"); });
     return !loggedIn || answer.failure.starts_with("curl: (9)") || answer.failure.starts_with("curl: (28)");
+}
+
+// What has curl send the handed-over file under the temporary name, and then give it its own, replacing what has it.
+std::vector<TransferOption> uploadOptions(const std::string& temporary, const std::string& name) {
+    // The renames are sent in the file's own remote folder once the transfer is complete, and only then.
+    return {
+        {"ftp-create-dirs"},
+        {"upload-file", ChildProcess::filePath},
+        {"quote", "-RNFR " + temporary},
+        {"quote", "-RNTO " + name}};
 }
 
 class TestUpload {
@@ -74,7 +84,7 @@ public:
         } else if (seen.first.failure.starts_with("curl: (25)")) {
             const std::string plain = "zembrastel-" + id + ".probe";
             report("Uploading a test file without a dot before its name: " + plain);
-            seen.plainName = transport.converse(plain, false, {{"upload-file", ChildProcess::filePath}}, file.get());
+            seen.plainName = transport.transcribe(plain, false, {{"upload-file", ChildProcess::filePath}}, file.get());
             if (seen.plainName->succeeded) mustDelete(plain);
         }
         report("Deleting the test file");
@@ -85,9 +95,9 @@ public:
     }
 
 private:
-    Conversation upload() {
+    Transcript upload() {
         const std::string temporary = temporaryName();
-        auto answer = transport.converse(temporary, false, uploadOptions(temporary, seen.name), file.get());
+        auto answer = transport.transcribe(temporary, false, uploadOptions(temporary, seen.name), file.get());
         // Where the renaming was refused the file is there; where the transfer was, part of it may be.
         if (!answer.succeeded) made.emplace_back(temporary, answer.failure.starts_with("curl: (21)"));
         return answer;
@@ -104,7 +114,7 @@ private:
     void mustDelete(const std::string& name) { made.emplace_back(name, true); }
 
     [[nodiscard]] bool remove(const std::string& name) const {
-        return transport.converse("", true, {{"head"}, {"quote", "-DELE " + name}}).succeeded;
+        return transport.transcribe("", true, {{"head"}, {"quote", "-DELE " + name}}).succeeded;
     }
 
     const FTPTransport& transport;

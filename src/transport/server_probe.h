@@ -16,26 +16,26 @@
 namespace zembrastel {
 
 struct SeenListing {
-    Conversation answer;
+    Transcript answer;
     std::optional<std::vector<RemoteEntry>> entries = std::nullopt; // nothing when it failed or cannot be read
 };
 
 struct SeenDate {
     std::string path;
-    Conversation answer;
+    Transcript answer;
     std::optional<RemoteDate> date = std::nullopt;
 };
 
 // Of a test file that was uploaded, renamed, uploaded again over itself, and deleted.
 struct SeenUpload {
-    std::chrono::system_clock::time_point at;             // when the first upload had ended
-    std::string name;                                     // of the test file
-    Conversation first;                                   // under a temporary name, then renamed
-    std::optional<Conversation> second = std::nullopt;    // the same over what is there; only after a first
-    std::optional<Conversation> plainName = std::nullopt; // without a leading dot; only when the first was refused
-    std::optional<SeenDate> date = std::nullopt;          // of the test file
-    std::optional<bool> listed = std::nullopt;            // did LIST show it?
-    std::vector<std::string> left = {};                   // what could not be deleted, in the remote folder
+    std::chrono::system_clock::time_point at;           // when the first upload had ended
+    std::string name;                                   // of the test file
+    Transcript first;                                   // under a temporary name, then renamed
+    std::optional<Transcript> second = std::nullopt;    // the same over what is there; only after a first
+    std::optional<Transcript> plainName = std::nullopt; // without a leading dot; only when the first was refused
+    std::optional<SeenDate> date = std::nullopt;        // of the test file
+    std::optional<bool> listed = std::nullopt;          // did LIST show it?
+    std::vector<std::string> left = {};                 // what could not be deleted, in the remote folder
 };
 
 struct ServerObservations {

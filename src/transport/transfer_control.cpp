@@ -5,16 +5,20 @@
 
 namespace zembrastel {
 
-void TransferControl::launch(ChildProcess& child) {
+void TransferControl::launch(ChildProcess& child, AtStop atStop) {
     const std::lock_guard guard(lock);
     if (stopped) throw Cancelled();
     child.start();
-    process = &child;
+    if (atStop == AtStop::ends) process = &child;
 }
 
 void TransferControl::check() const {
+    if (isStopped()) throw Cancelled();
+}
+
+bool TransferControl::isStopped() const {
     const std::lock_guard guard(lock);
-    if (stopped) throw Cancelled();
+    return stopped;
 }
 
 void TransferControl::cancel() {

@@ -12,14 +12,23 @@ class ChildProcess;
 
 class TransferControl {
 public:
+    // What a stop does to a child that runs.
+    enum class AtStop {
+        ends,    // it is asked to end
+        lastsOut // its thread watches isStopped() and gives it a little time
+    };
+
     // Starts `child` and remembers it until clear(). Throws Cancelled, starting nothing, once the control is stopped;
     // a failed start is thrown as ChildProcess::start() throws it.
-    void launch(ChildProcess& child);
+    void launch(ChildProcess& child, AtStop atStop = AtStop::ends);
 
     // Throws Cancelled once the control is stopped. Called between the steps of every long loop.
     void check() const;
 
-    // Stops the control for good and asks a running child to end. Returns without waiting for it.
+    [[nodiscard]] bool isStopped() const;
+
+    // Stops the control for good and asks a running child to end, unless that lasts out. Returns without waiting for
+    // it.
     void cancel();
 
     // Forgets the child, which must still be uncollected.
@@ -27,7 +36,7 @@ public:
 
 private:
     mutable std::mutex lock;
-    ChildProcess* process = nullptr;
+    ChildProcess* process = nullptr; // that a stop ends
     bool stopped = false;
 };
 

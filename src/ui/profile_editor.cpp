@@ -371,7 +371,7 @@ bool ProfileEditor::refuse(const Profile& wanted) {
     Objection objection = objectionTo(model.isDemo() ? withExistingFolder(wanted) : wanted);
     if (objection.message.empty()) {
         try {
-            model.checkSavable(wanted, original);
+            model.checkSavable(wanted);
             return false;
         } catch (const std::exception& error) {
             // All that is left to object to is another profile's hold on the folder.
@@ -412,7 +412,7 @@ void ProfileEditor::finishSaving(const std::optional<std::string>& password) {
     showState();
     try {
         if (password) model.keepForSession(wanted.id, *password);
-        model.save(wanted, std::nullopt, std::nullopt, original);
+        model.save(wanted, std::nullopt);
     } catch (const std::exception& error) {
         busy = false;
         showState();

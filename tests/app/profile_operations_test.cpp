@@ -78,23 +78,6 @@ TEST_F(ProfileOperations, RefusedSaveChangesNothing) {
     EXPECT_EQ(edited(), before.profiles.front());
 }
 
-TEST_F(ProfileOperations, EditorLeftOpenUndoesNothingDoneMeanwhile) {
-    withProfile();
-    const std::optional<Profile> opened = edited();
-    Profile changed = *opened;
-    changed.name = "Renamed";
-    model->resume(id());
-    model->save(changed, std::nullopt, std::nullopt, opened);
-    EXPECT_EQ(edited().name, "Renamed");
-    EXPECT_TRUE(edited().enabled) << "resumed while the editor was open";
-    const auto refusal = [&] { return testing::failureOf([&] { model->save(changed, "x", std::nullopt, opened); }); };
-    EXPECT_EQ(refusal(), "This profile was changed meanwhile. Nothing was saved. Open it again to change it.");
-    model->remove(id());
-    ASSERT_TRUE(runUntil([&] { return model->profiles().empty(); }));
-    EXPECT_EQ(refusal(), "This profile was removed meanwhile. Nothing was saved.");
-    EXPECT_TRUE(model->profiles().empty() && storedPasswords->empty());
-}
-
 TEST_F(ProfileOperations, ChangesMadeWhilePausedGoUpAfterResuming) {
     syncTwoFolders();
     model->toggle(id());

@@ -102,7 +102,7 @@ TEST_F(ChildProcessTest, PlaceInTheHandedFileIsTheChildsOwnAndWaitingForItEndsIn
     const Descriptor file(::open((folder.path() / "file").c_str(), O_RDWR | O_CLOEXEC));
     ASSERT_EQ(::lseek(file.get(), 900, SEEK_SET), 900); // this program's place is nobody's business
     auto command = shell("read start; exec 9< /dev/fd/3; head -c 300 <&9 >/dev/null; echo; exec sleep 60");
-    command.file = file.get();
+    command.files = {file.get()};
     ChildProcess child(command);
     child.start();
     EXPECT_FALSE(child.filePosition());
@@ -185,7 +185,7 @@ TEST_F(ChildProcessTest, FileThatIsHandedOverIsWrittenThoughItsNameHasBecomeALin
     testing::writeFile(folder.path() / "secret", "untouched");
     std::filesystem::create_symlink(folder.path() / "secret", file);
     auto command = shell(std::string("echo here > ") + ChildProcess::filePath);
-    command.file = handedOver.get();
+    command.files = {handedOver.get()};
     ChildProcess child(command);
     child.start();
     child.wait();

@@ -6,6 +6,7 @@
 #include "support/ftp_server.h"
 #include "support/temporary_folder.h"
 #include "transport/ftp_transport.h"
+#include "transport/publishing.h"
 
 #include <filesystem>
 #include <memory>
@@ -24,6 +25,11 @@ public:
 
     // A transport with the profile as it is now, and a fresh control.
     [[nodiscard]] FTPTransport transport() const;
+
+    // The file in its present version, to be published whatever is on the server.
+    [[nodiscard]] FileToPublish toPublish(const std::string& path) const {
+        return {.path = path, .fingerprint = fingerprint(path)};
+    }
 
     // The files below the local folder, without the backups; the backups alone, by path below their own folder.
     [[nodiscard]] FileTree files() const;

@@ -269,11 +269,10 @@ private:
     void decideLate() { decideOn(RemoteReview(last)); }
 
     void edit() {
-        const std::optional<Profile> opened = *model->profile(profile.id);
-        Profile changed = *opened;
-        changed.name = "Site " + std::to_string(random() % 100);
         pump();
-        model->save(changed, std::nullopt, std::nullopt, opened);
+        Profile changed = *model->profile(profile.id);
+        changed.name = "Site " + std::to_string(random() % 100);
+        model->save(changed, std::nullopt);
     }
 
     // A new program, or another profile, goes by the dates alone.

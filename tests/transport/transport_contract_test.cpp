@@ -9,6 +9,7 @@
 #include <array>
 #include <chrono>
 #include <gtest/gtest.h>
+#include <map>
 #include <optional>
 #include <set>
 #include <sys/stat.h>
@@ -92,6 +93,53 @@ TEST_P(TransportContract, UploadMakesFoldersReplacesInOneStepAndLeavesNothingBeh
     EXPECT_EQ(onServer("site/empty"), "second");
     EXPECT_TRUE(testing::leftoverPartFiles(server->root()).empty());
     EXPECT_EQ(testing::readTree(server->root()).size(), 3U);
+}
+
+TEST_P(TransportContract, BatchReplacesOnlyVersionsThatWereSeen) {
+    FileTree files;
+    const int many = options.tls == Tls::none ? 70 : 10; // some servers with TLS take one login for each
+    for (int n = 0; n < many; ++n) files["deep/er/" + std::to_string(n)] = testing::randomBytes(100 + n, n);
+    files.insert({{"new", "1"}, {"same", "22"}, {"edited", "333"}, {"appeared", "4444"}, {awkwardName, "5"}});
+    for (const auto* path : {"same", "edited", "appeared"}) putDated(std::string("site/") + path, "theirs", moment);
+    const LocalSite site(*server, files);
+    const auto transport = site.transport();
+    const ServerVersion seen{.modified = toRemoteDate(moment), .size = 6};
+    std::vector<FileToPublish> asked;
+    for (const auto& [path, content] : files) asked.push_back(site.toPublish(path));
+    const auto lastSeen = [&asked](const std::string& path) -> LastSeen& {
+        return std::ranges::find(asked, path, &FileToPublish::path)->lastSeen;
+    };
+    lastSeen("same") = seen;
+    lastSeen("edited") = ServerVersion{.modified = seen.modified - std::chrono::hours(1), .size = 6};
+    lastSeen("appeared") = KnownAbsent{};
+    lastSeen("new") = KnownAbsent{};
+    std::map<std::string, std::optional<ServerVersion>> announced;
+    std::map<std::string, std::optional<ServerVersion>> published;
+    std::map<std::string, std::optional<ServerVersion>> kept;
+    const bool whole = publish(
+        transport, asked,
+        {.goingLive =
+             [&](const std::vector<CompleteCopy>& copies) {
+                 for (const auto& [file, version] : copies) announced[file.path] = version;
+             },
+         .published = [&](const CompleteCopy& copy) { published[copy.file.path] = copy.version; },
+         .failed = [](const auto& file, const auto& why) { ADD_FAILURE() << file.path << ": " << why.message; },
+         .notReplaced = [&](const auto& file, const auto& found) { kept[file.path] = found; },
+         .sizesUnconfirmed = [] { ADD_FAILURE() << "sizes unconfirmed"; }});
+    EXPECT_TRUE(whole);
+    EXPECT_EQ(announced, published);
+    EXPECT_EQ(published.size(), files.size() - 2);
+    EXPECT_EQ(kept, (std::map<std::string, std::optional<ServerVersion>>{{"edited", seen}, {"appeared", seen}}));
+    for (const auto& [path, version] : published) EXPECT_EQ(onServer("site/" + path), files.at(path)) << path;
+    for (const auto* path : {"edited", "appeared"}) EXPECT_EQ(onServer(std::string("site/") + path), "theirs");
+    for (const auto* path : {"new", "deep/er/9"}) {
+        ASSERT_TRUE(published.at(path)) << path;
+        EXPECT_EQ(published.at(path)->modified, transport.modificationDate(path)) << path;
+        EXPECT_EQ(published.at(path)->size, files.at(path).size()) << path;
+    }
+    EXPECT_FALSE(testing::leftoverPartFiles(server->root()).empty()) << "of the files that were not replaced";
+    transport.upload("new", site.fingerprint("new"));
+    EXPECT_TRUE(testing::leftoverPartFiles(server->root()).empty());
 }
 
 TEST_P(TransportContract, InitialDownloadTakesWhatIsMissingOrNewerAndKeepsTheRest) {
