@@ -10,7 +10,9 @@
 #include "tree.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <array>
+#include <cstdint>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -47,8 +49,8 @@ void upload(const Site& site, std::size_t count, const std::string& file) {
     }
 }
 
-void list(const Site& site, const TreeShape& shape) {
-    for (std::size_t number = 0; number < shape.folders(); ++number) {
+void list(const Site& site, const TreeShape& shape, std::size_t most) {
+    for (std::size_t number = 0; number < std::min(most, shape.folders()); ++number) {
         const std::string path = shape.folder(number);
         site.talk(path, true, {{"request", "MLSD"}});
         site.talk(path, true, {});
@@ -78,14 +80,16 @@ void addBareListings(CLI::App& parent) {
     struct Options {
         std::string stateFolder;
         std::size_t files = 0;
+        std::size_t most = SIZE_MAX;
     };
     auto* const command = parent.add_subcommand("bare-listings", "The curl runs of a comparison");
     const auto options = std::make_shared<Options>();
     command->add_option("FOLDER", options->stateFolder, "The state folder")->required();
     command->add_option("--files", options->files, "As many as the server's folder was made with")->required();
+    command->add_option("--most", options->most, "End after so many folders");
     command->callback([options] {
         const Site site(options->stateFolder);
-        printTimeOf([&] { list(site, TreeShape(options->files)); });
+        printTimeOf([&] { list(site, TreeShape(options->files), options->most); });
     });
 }
 

@@ -31,8 +31,13 @@ class Sizes:
         self.few_rounds = 1 if quick else max(1, (rounds + 1) // 2)  # of what takes long
         self.fewest_rounds = 1 if quick else max(1, rounds // 2)  # of what takes longest
         self.many_rounds = 3 if quick else 3 * rounds
-        self.uploads = 3 if quick else 200
+        self.uploads = 5 if quick else 1000
+        self.bare_uploads = 2 if quick else 50  # of a curl for each step, which takes minutes for all
+        self.distant_uploads = 10 if quick else 100  # over a long line, in 5 folders
+        self.batch = 5 if quick else 60  # goes live together
+        self.downloads = 5 if quick else 1000
         self.check_files = 36 if quick else 6000  # in 500 folders
+        self.bare_folders = 3 if quick else 100
         self.staged_bytes = 10_000_000 if quick else 1_000_000_000
         self.lines = 1000 if quick else 100_000
         self.idle_profiles, self.idle_files, self.idle_seconds = (2, 120, 2.5) if quick else (10, 10_000, 14)
@@ -75,8 +80,11 @@ class Bench:
             sys.exit(f"Another run is measuring in {scratch}.")
         self.work = self.fresh("work")
         os.makedirs(self.path("temporary"))
-        self.environment = {**os.environ, "LC_ALL": "C.UTF-8", "TMPDIR": self.path("temporary")}
-        self.served = None
+        subprocess.run([os.path.join(SUPPORT, "make_certificates"), self.path("certificates")], check=True)
+        self.authority = self.path("certificates", "ca.pem")
+        self.environment = {**os.environ, "LC_ALL": "C.UTF-8", "TMPDIR": self.path("temporary"),
+                            "CURL_CA_BUNDLE": self.authority}
+        self.running = {}  # servers
         self.desktop = None  # of desktop_rows
 
     def binary(self, name):
@@ -125,16 +133,18 @@ class Bench:
         shutil.rmtree(os.path.join(folder, "new"), ignore_errors=True)  # of a run that was killed
         return folder
 
-    def state(self, name, *locals_, remote="/site", options=()):
+    def state(self, name, *locals_, remote="/site", server=None, options=()):
         """A state folder in which all files of the local folders are published, or as the options say."""
         folder = self.fresh(os.path.join("work", name))
-        self.measure("state", folder, "--local", *locals_, "--port", self.server().port, "--remote", remote, *options)
+        server = server or self.server()
+        self.measure("state", folder, "--local", *locals_, "--host", server.host, "--port", server.port, "--username",
+                     server.user, "--remote", remote, *(["--tls"] if server.tls else []), *options)
         return folder
 
-    def server(self):
-        if self.served is None:
-            self.served = Server(self)
-        return self.served
+    def server(self, *how):
+        if how not in self.running:
+            self.running[how] = Server(self, len(self.running), *how)
+        return self.running[how]
 
     def watch(self, state, profiles):
         """zembrastel-cli watch, once all its profiles poll."""
@@ -142,30 +152,59 @@ class Bench:
 
 
 class Server:
-    """A real FTP server on loopback, which serves the folder `root`."""
+    """A real FTP server on loopback, which serves the folder `root`, without TLS or with explicit TLS.
 
-    def __init__(self, bench):
-        # The quickest of those that know MLSD: what the server takes, it takes from both sides of a ratio.
-        kind = "proftpd"
-        self.kind = kind
-        self.root = bench.path("server")
+    proftpd is the quickest of those that know MLSD: what the server takes, it takes from both sides of a ratio. With
+    TLS it requires that a session is reused, and so does vsftpd. Behind a relay it is so many milliseconds away, there
+    and back.
+    """
+
+    def __init__(self, bench, number, kind="proftpd", tls=False, round_trip=0):
+        self.kind, self.tls = kind, tls
+        self.user = "anonymous" if kind == "vsftpd" else "web"
+        self.root = bench.path(f"server-{number}")
         os.makedirs(self.root)
         os.chmod(bench.path(), 0o755)
-        process = subprocess.Popen([os.path.join(SUPPORT, "ftp_server.py"), kind, "--servers", bench.servers,
-                                    "--show-hidden", self.root],
-                                   stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
-        bench.ends.callback(self.stop, process)
-        self.port = process.stdout.readline().strip()
-        login = process.stdout.readline().strip()
-        if not self.port:
-            raise RuntimeError("the server did not start")
+        options = ["--tls", "explicit", "--cert", bench.path("certificates", "server.pem")] if tls else []
+        if round_trip:
+            orders, self.port, first, last = self.start(bench, 3, "relay.py", "--delay", str(round_trip / 2))
+            options += ["--passive", first, last]
+        _, port, login = self.start(bench, 2, "ftp_server.py", kind, "--servers", bench.servers, "--show-hidden",
+                                    *options, self.root)
+        self.host = "127.0.0.1"
+        if round_trip:
+            self.host = "127.0.0.2"
+            orders.write(f"server {port}\n")
+            orders.flush()
+        else:
+            self.port = port
         self.prefix = "" if login == "/" else login
+
+    @staticmethod
+    def start(bench, lines, program, *arguments):
+        """Its standard input, which ends it, and the first lines of what it prints."""
+        process = subprocess.Popen([os.path.join(SUPPORT, program), *arguments], stdin=subprocess.PIPE,
+                                   stdout=subprocess.PIPE, text=True)
+        bench.ends.callback(Server.stop, process)
+        printed = [process.stdout.readline().strip() for _ in range(lines)]
+        if not all(printed):
+            raise RuntimeError(f"{program} did not start")
+        return process.stdin, *printed
 
     @staticmethod
     def stop(process):
         process.stdin.close()
         process.stdout.close()
         process.wait()
+
+    def lftp(self, bench, command, temporary_names=True):
+        """The words that have lftp do that through one connection."""
+        settings = {"cmd:fail-exit": "yes", "net:max-retries": "1", "net:connection-limit": "1",
+                    "xfer:use-temp-file": "yes" if temporary_names else "no", "ftp:ssl-allow": str(self.tls).lower(),
+                    "ftp:ssl-force": str(self.tls).lower(), "ssl:ca-file": bench.authority}
+        steps = [f"set {name} {value}" for name, value in settings.items()]
+        steps += [f"open ftp://{self.user}:{PASSWORD}@{self.host}:{self.port}", command]
+        return ["lftp", "-c", "; ".join(steps)]
 
     def remote(self, folder="site"):
         """How a client names the folder; made anew, empty, and open to the server's user."""

@@ -12,8 +12,8 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     using namespace zembrastel::bench;
     for (auto* const add :
-         {addTree, addState, addPasswords, addScan, addPoll, addSave, addLoad, addUpload, addCheck, addBareUploads,
-          addBareListings, addStage, addParse, addTime}) {
+         {addTree, addState, addPasswords, addScan, addPoll, addSave, addLoad, addUpload, addCheck, addDownload,
+          addBareUploads, addBareListings, addStage, addParse, addTime}) {
         add(app);
     }
     try {

@@ -91,52 +91,168 @@ def state(bench):
                 note=f"{1000 * median_of(loads, 'own'):.0f} ms")
 
 
-def upload(bench, local, count, name, options=()):
-    """One sample of the whole program uploading `count` new files of 4 KB from the folder."""
-    folder = bench.state(name, local, remote=bench.server().remote(), options=options)
+def make_files(folder, count, folders=1, size=4096):
+    """As the uploads make them in "new"."""
+    for number in range(count):
+        parent = os.path.join(folder, "new", "" if folders == 1 else str(number % folders))
+        os.makedirs(parent, exist_ok=True)
+        with open(os.path.join(parent, f"new-{number}.html"), "wb") as file:
+            file.write(b"x" * size)
+
+
+def upload(bench, local, count, server=None, folders=1):
+    """One sample of the whole program uploading so many new files of 4 KB from the folder."""
+    server = server or bench.server()
+    state = bench.state("uploading", local, remote=server.remote(), server=server)
     try:
-        return bench.measure("upload", folder, "--count", count, "--bytes", 4096)
+        return bench.measure("upload", state, "--count", count, "--bytes", 4096, "--folders", folders)
     finally:
         shutil.rmtree(os.path.join(local, "new"), ignore_errors=True)
 
 
-def bare_upload(bench, local, count):
+def bare_upload(bench, count, server=None):
+    """The same as once: a curl for each file and another for its date."""
+    server = server or bench.server()
     file = bench.path("file")
     with open(file, "wb") as made:
         made.write(b"x" * 4096)
-    folder = bench.state("bare", local, remote=bench.server().remote())
-    return bench.measure("bare-uploads", folder, file, "--count", count)
+    state = bench.state("bare", bench.fresh("work/nothing"), remote=server.remote(), server=server)
+    taken = bench.measure("bare-uploads", state, file, "--count", count)
+    return {**taken, "each": taken["wall"] / count}
+
+
+def live_files(server):
+    for folder, _, names in os.walk(os.path.join(server.root, "site")):
+        yield from (os.path.join(folder, name) for name in names if not name.startswith("."))
+
+
+def went_live(server):
+    """The times, in order: a rename changes the inode's ctime."""
+    return sorted(os.stat(file).st_ctime_ns / 1e9 for file in live_files(server))
+
+
+def lftp_upload(bench, count, server, folders=1):
+    local = bench.fresh("work/lftp-local")
+    make_files(local, count, folders)
+    taken = bench.measure("time", "--", *server.lftp(bench, f"mirror --reverse --no-perms {local} {server.remote()}"))
+    if len(list(live_files(server))) != count:
+        raise RuntimeError("lftp has not sent every file")
+    return taken
+
+
+def each(samples, count):
+    return [{**sample, "each": sample["wall"] / count} for sample in samples]
 
 
 def uploads(bench):
-    count, sizes = bench.sizes.uploads, bench.sizes
+    count, bare_count, sizes = bench.sizes.uploads, bench.sizes.bare_uploads, bench.sizes
     empty, full = bench.fresh("work/empty"), bench.tree(sizes.small)
-    into_full, into_empty, bare = alternate(
-        sizes.few_rounds, lambda: upload(bench, full, count, "full"), lambda: upload(bench, empty, count, "uploading"),
-        lambda: bare_upload(bench, empty, count))
-    text = f"{count} uploads"
-    save = bench.measure("save", bench.state("saved", full), "--rounds", 3)
-    saving = statistics.median(save["wall"]) * median_of(into_full, "saves") / median_of(into_full, "wall")
+    text = f"{count_text(count)} uploads"
+    for kind, tls, bare_target, lftp_target in (("proftpd", False, 0.12, 3.0), ("proftpd", True, 0.08, 1.2),
+                                                ("vsftpd", True, 0.08, 1.2)):
+        server = bench.server(kind, tls)
+        mine, lftp, bare = alternate(sizes.few_rounds, lambda: upload(bench, empty, count, server),
+                                     lambda: lftp_upload(bench, count, server),
+                                     lambda: bare_upload(bench, bare_count, server))
+        name, how = f"{kind} TLS" if tls else kind, f"{kind}, {'TLS' if tls else 'plain'}"
+        yield ratio(f"uploads {name}", f"{text}, {how} / two curls each, one for the date", bare_target,
+                    each(mine, count), bare, "each",
+                    note=f"elapsed, per file of 4 KB; {bare_count} files by curl; {median_of(mine, 'wall'):.2f} s")
+        yield ratio(f"uploads {name} lftp", f"{text}, {how} / lftp mirror -R", lftp_target, mine, lftp, "wall",
+                    note=f"elapsed, with temporary names; lftp {median_of(lftp, 'wall'):.2f} s")
+    into_full, into_empty = alternate(sizes.few_rounds, lambda: upload(bench, full, count),
+                                      lambda: upload(bench, empty, count))
     yield ratio("uploads full", f"{text}, {count_text(sizes.small)} entries / empty state", 1.15, into_full, into_empty,
-                "wall", note=f"elapsed; {median_of(into_full, 'saves'):.0f} saves, {100 * saving:.0f} % of the time")
-    yield ratio("uploads", f"{text}, everything included / bare curl runs", 1.10, into_empty, bare, "wall",
-                note=f"elapsed; {1000 * median_of(into_empty, 'wall') / count:.1f} ms each")
-    yield ratio("uploads processor", "the program's own processor time / curl's", 0.05, into_empty, into_empty, "own",
-                "children", note=f"{100 * median_of(into_full, 'own') / median_of(into_full, 'children'):.0f} % with "
-                                 f"{count_text(sizes.small)} entries")
+                "wall", note=f"elapsed; {median_of(into_full, 'saves'):.0f} saves")
+    yield ratio("uploads processor", f"the program's own processor time in {text} / curl's", 0.5, into_empty,
+                into_empty, "own", "children",
+                note=f"{100 * median_of(into_full, 'own') / median_of(into_full, 'children'):.0f} % with "
+                     f"{count_text(sizes.small)} entries")
+
+
+def distant_uploads(bench):
+    count, folders, round_trip = bench.sizes.distant_uploads, 5, 20
+    server, empty = bench.server("proftpd", False, round_trip), bench.fresh("work/empty")
+    mine, lftp = alternate(bench.sizes.few_rounds, lambda: upload(bench, empty, count, server, folders),
+                           lambda: lftp_upload(bench, count, server, folders))
+    yield ratio("distant uploads", f"{count} uploads in {folders} folders, {round_trip} ms away / lftp mirror -R", 1.5,
+                mine, lftp, "wall", note=f"elapsed; {median_of(mine, 'wall'):.1f} and "
+                                              f"{median_of(lftp, 'wall'):.1f} s")
+
+
+def edit(bench):
+    """One published file that is edited, from the look that finds it stable until the server has renamed it."""
+    server = bench.server()
+
+    def edited():
+        local, remote = bench.fresh("work/edited"), server.remote()
+        make_files(local, 1, size=4095)
+        shutil.copytree(os.path.join(local, "new"), os.path.join(server.root, "site/new"))
+        state = bench.state("editing", local, remote=remote)
+        taken = bench.measure("upload", state, "--count", 1, "--bytes", 4096)
+        return {"live": went_live(server)[0] - taken["began"], **taken}
+
+    mine, bare = alternate(bench.sizes.many_rounds, edited, lambda: bare_upload(bench, 1))
+    yield ratio("edit", "one edited file, from stable to live / two curls", 1.1, mine, bare, "live", "wall",
+                note=f"elapsed; {1000 * median_of(mine, 'live'):.0f} ms, with all that follows "
+                     f"{1000 * median_of(mine, 'wall'):.0f} ms")
+
+
+def batch(bench):
+    count, server, empty = bench.sizes.batch, bench.server(), bench.fresh("work/empty")
+
+    def spread():
+        upload(bench, empty, count)
+        times = went_live(server)
+        if len(times) != count:
+            raise RuntimeError("not every file went live")
+        return times[-1] - times[0]
+
+    samples, = alternate(bench.sizes.rounds, spread)
+    yield Row("batch", f"from the first rename to the last of {count} files", statistics.median(samples), "s", 0.2,
+              {"samples": samples})
 
 
 def check(bench):
     # The server serves the very files that are local, so it has every folder and nothing newer.
-    local = os.path.join(bench.server().root, "site")
-    remote = bench.server().remote()
-    bench.measure("tree", local, "--files", bench.sizes.check_files)
-    folder = bench.state("check", local, remote=remote)
-    checks, bare = alternate(bench.sizes.fewest_rounds, lambda: bench.measure("check", folder),
-                             lambda: bench.measure("bare-listings", folder, "--files", bench.sizes.check_files))
-    folders = checks[0]["folders"]
-    yield ratio("check", f"server check of {folders} folders / two bare listings each", 1.05, checks, bare, "wall",
-                note=f"elapsed; {1000 * median_of(checks, 'wall') / folders:.1f} ms a folder")
+    sizes, server = bench.sizes, bench.server()
+    remote, local = server.remote(), os.path.join(server.root, "site")
+    bench.measure("tree", local, "--files", sizes.check_files)
+    state = bench.state("check", local, remote=remote)
+    folders = (sizes.check_files + 11) // 12
+    checks, bare, lftp = alternate(
+        sizes.few_rounds, lambda: bench.measure("check", state),
+        lambda: bench.measure("bare-listings", state, "--files", sizes.check_files, "--most", sizes.bare_folders),
+        lambda: bench.measure("time", "--", *server.lftp(bench, f"mirror --dry-run --no-perms {remote} {local}")))
+    text = f"server check of {folders} folders"
+    yield ratio("check", f"{text} / two bare listings each", 0.12, each(checks, folders),
+                each(bare, sizes.bare_folders), "each",
+                note=f"elapsed, per folder; {sizes.bare_folders} folders by curl; "
+                     f"{1000 * median_of(checks, 'wall') / folders:.2f} ms a folder")
+    yield ratio("check lftp", f"{text} / lftp mirror --dry-run", 3.0, checks, lftp, "wall",
+                note=f"elapsed; lftp {median_of(lftp, 'wall'):.2f} s")
+
+
+def first_download(bench):
+    count, server = bench.sizes.downloads, bench.server("proftpd", True)
+    remote = server.remote()
+    make_files(os.path.join(server.root, "site"), count)
+
+    def download():
+        local = bench.fresh("work/downloaded")
+        state = bench.state("downloading", local, remote=remote, server=server, options=["--needs-download"])
+        taken = bench.measure("download", state)
+        if taken["files"] != count:
+            raise RuntimeError("not every file came")
+        return taken
+
+    def by_lftp():
+        local = bench.fresh("work/downloaded")
+        return bench.measure("time", "--", *server.lftp(bench, f"mirror --no-perms {remote} {local}"))
+
+    mine, lftp = alternate(bench.sizes.few_rounds, download, by_lftp)
+    yield ratio("first download", f"first download of {count_text(count)} files, TLS / lftp mirror", 3.0, mine, lftp,
+                "wall", note=f"elapsed; {median_of(mine, 'wall'):.2f} and {median_of(lftp, 'wall'):.2f} s")
 
 
 def staging(bench):
@@ -212,4 +328,5 @@ def main_thread(bench):
 
 
 SUBJECTS = {function.__name__.replace("_", " "): function
-            for function in (files, rules, watch, state, uploads, check, staging, listings, idle, start, main_thread)}
+            for function in (files, rules, watch, state, uploads, distant_uploads, edit, batch, check,
+                         first_download, staging, listings, idle, start, main_thread)}

@@ -15,23 +15,29 @@ namespace {
 struct Options {
     std::string folder;
     std::vector<std::string> localFolders;
+    std::string host = "127.0.0.1";
     std::int64_t port = 21;
+    std::string username = "web";
+    bool tls = false;
     std::string remoteFolder = "/";
     bool enabled = false;
     bool nothingPublished = false;
+    bool needsDownload = false;
 };
 
 Profile profileOf(const Options& options, std::size_t index) {
     const std::string number = std::to_string(index + 1);
     Profile profile;
     profile.name = "Site " + number;
-    profile.host = "127.0.0.1";
+    profile.host = options.host;
     profile.port = options.port;
-    profile.transport = TransferProtocol::ftp;
-    profile.username = "web";
+    profile.transport = options.tls ? TransferProtocol::ftps : TransferProtocol::ftp;
+    profile.username = options.username;
     profile.remoteFolder = options.remoteFolder + (options.localFolders.size() > 1 ? "/" + number : "");
     profile.localFolder = options.localFolders[index];
     profile.enabled = options.enabled;
+    profile.needsDownload = options.needsDownload;
+    if (options.needsDownload) profile.initialDownloadSelection = DownloadSelection::everything();
     return profile;
 }
 
@@ -59,10 +65,14 @@ void addState(CLI::App& parent) {
     const auto options = std::make_shared<Options>();
     command->add_option("FOLDER", options->folder, "The state folder")->required();
     command->add_option("--local", options->localFolders)->required();
+    command->add_option("--host", options->host);
     command->add_option("--port", options->port);
+    command->add_option("--username", options->username);
+    command->add_flag("--tls", options->tls, "Explicit");
     command->add_option("--remote", options->remoteFolder, "Followed by a number where there are several");
     command->add_flag("--enabled", options->enabled);
     command->add_flag("--nothing-published", options->nothingPublished);
+    command->add_flag("--needs-download", options->needsDownload);
     command->callback([options] { printTimeOf([&] { makeState(*options); }); });
 }
 

@@ -16,6 +16,7 @@ void addSave(CLI::App& parent);
 void addLoad(CLI::App& parent);
 void addUpload(CLI::App& parent);
 void addCheck(CLI::App& parent);
+void addDownload(CLI::App& parent);
 void addBareUploads(CLI::App& parent);
 void addBareListings(CLI::App& parent);
 void addStage(CLI::App& parent);

@@ -21,6 +21,7 @@ struct Options {
     std::string stateFolder;
     std::size_t count = 200;
     std::size_t bytes = 4096;
+    std::size_t folders = 1;
     std::size_t most = 0;
 };
 
@@ -104,9 +105,10 @@ private:
     const std::function<void()> then;
 };
 
-void makeFiles(const std::filesystem::path& folder, const Options& options) {
-    std::filesystem::create_directory(folder);
+void makeFiles(const std::filesystem::path& top, const Options& options) {
     for (std::size_t i = 0; i < options.count; ++i) {
+        const auto folder = options.folders == 1 ? top : top / std::to_string(i % options.folders);
+        std::filesystem::create_directories(folder);
         std::ofstream(folder / ("new-" + std::to_string(i) + ".html")) << std::string(options.bytes, 'x');
     }
 }
@@ -126,11 +128,13 @@ void measure(const Options& options) {
     queue.runUntil([&] { return pauses.done.load(); }, patience);
     model.shutdown();
     const Moment end = now();
+    const std::chrono::duration<double> today = systemClock().now().time_since_epoch();
     const std::size_t wanted = options.most != 0 ? options.most : options.count;
     if (pauses.failed || watch.uploaded < wanted) throw std::runtime_error("uploads failed: " + watch.title);
     Figures()
         .since(pauses.begin, end)
         .set("uploads", static_cast<double>(watch.uploaded))
+        .set("began", today.count() - (end.wall - pauses.begin.wall))
         .set("saves", static_cast<double>(saves.count()))
         .print();
 }
@@ -143,6 +147,7 @@ void addUpload(CLI::App& parent) {
     command->add_option("FOLDER", options->stateFolder, "The state folder")->required();
     command->add_option("--count", options->count, "Files to make in the folder \"new\"; none uploads what is there");
     command->add_option("--bytes", options->bytes, "In each of them");
+    command->add_option("--folders", options->folders, "Folders in \"new\" to spread them over; one is \"new\" itself");
     command->add_option("--most", options->most, "End after so many uploads");
     command->callback([options] { measure(*options); });
 }

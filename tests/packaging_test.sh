@@ -85,6 +85,7 @@ completions_name_what_the_program_has() {
     diff <(commands profile | sort) <("complete_in_$shell" profile "" | sort) || fail "$shell: commands of profile"
     "complete_in_$shell" review --down | grep -qx -e --download-all || fail "$shell: options"
     "complete_in_$shell" watch "" | grep -qxE 'My(\\)? website' || fail "$shell: profiles"
+    "complete_in_$shell" --state "$XDG_DATA_HOME"/Zembrastel watch "" | grep -qxE 'My(\\)? website' || fail "$shell: --state"
     "complete_in_$shell" pause other "" | grep -qxE 'My(\\)? website' || fail "$shell: a second profile"
   done
 }

@@ -4,8 +4,13 @@
 function __zembrastel_cli_chain
     set -l help (zembrastel-cli --help)
     set -l chain
+    set -l option
     for word in (commandline -opc)[2..]
-        if printf '%s\n' $help | __zembrastel_cli_commands | string match -q -- "$word"\t'*'
+        if test -n "$option" # its value
+            set option
+        else if printf '%s\n' $help | string match -qr -- "^  $word [A-Z]"
+            set option $word
+        else if printf '%s\n' $help | __zembrastel_cli_commands | string match -q -- "$word"\t'*'
             set -a chain $word
             set help (zembrastel-cli $chain --help)
         end
@@ -18,8 +23,16 @@ function __zembrastel_cli_commands
     sed -n '/^Commands:$/,/^$/s/^  \([a-z][a-z-]*\)  *\(.*\)/\1\t\2/p'
 end
 
+# The --state option that was typed, with its value.
+function __zembrastel_cli_state
+    set -l words (commandline -opc)
+    set -l at (contains -i -- --state $words)
+    and test (count $words) -gt $at
+    and printf '%s\n' --state $words[(math $at + 1)]
+end
+
 function __zembrastel_cli_profiles
-    zembrastel-cli --json profile list 2>/dev/null | sed -n 's/.*"name":"\(\([^"\\\\]\|\\\\.\)*\)".*/\1/p'
+    zembrastel-cli (__zembrastel_cli_state) --json profile list 2>/dev/null | sed -n 's/.*"name":"\(\([^"\\\\]\|\\\\.\)*\)".*/\1/p'
 end
 
 function __zembrastel_cli_words

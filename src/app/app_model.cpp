@@ -35,14 +35,17 @@ std::string loadFailure(const std::exception& error) {
 
 AppModel::AppModel(MainContext& mainContext, Options chosen)
     : context(mainContext), options(std::move(chosen)), jobWork(options.demo ? demoWork(options.clock) : options.work),
-      passwords(options.sessionPasswords), passwordCalls(mainContext), tasks(mainContext) {
+      passwords(options.sessionPasswords), privateItems(options.privateItems), passwordCalls(mainContext),
+      tasks(mainContext) {
     if (options.demo) {
         addSampleProfile();
         return;
     }
     removeStalePrivateFolders();
     try {
+        if (options.storeFailure) std::rethrow_exception(options.storeFailure);
         StateStore opened = options.storeOverride ? *options.storeOverride : StateStore();
+        for (auto& item : opened.privateItems()) privateItems.push_back(std::move(item));
         state = opened.load();
         stateFolder = opened.folder();
         saver.emplace(
@@ -120,6 +123,7 @@ void AppModel::notify(const std::function<void(ModelObserver&)>& tell) const {
 void AppModel::changeStatus(const Uuid& id, const std::function<void(ProfileStatus&)>& change) {
     ProfileStatus& status = statuses[id];
     const std::string before = status.title;
+    status.filesMissing = false; // holds for the status that says so, and no longer
     change(status);
     if (status.title != before) status.progress.reset();
     notify([&id](ModelObserver& observer) { observer.statusChanged(id); });
@@ -235,7 +239,13 @@ Job& AppModel::openJob(const Profile& profile) {
     return jobs.emplace(profile.id, Job(profile, traits)).first->second;
 }
 
-void AppModel::startWith(const Uuid& id, const Earlier& earlier) {
+void AppModel::forgetMissingFiles(const Uuid& id) {
+    if (!status(id).filesMissing) return;
+    stopJob(id);
+    startWith(id, std::nullopt, true);
+}
+
+void AppModel::startWith(const Uuid& id, const Earlier& earlier, bool filesMayBeGone) {
     const Profile* found = profile(id);
     if (running(id) || found == nullptr) return;
     try {
@@ -244,7 +254,9 @@ void AppModel::startWith(const Uuid& id, const Earlier& earlier) {
         refuseStart(id, error.what());
         return;
     }
-    const Uuid generation = openJob(*found).work().generation;
+    Job& job = openJob(*found);
+    if (filesMayBeGone) job.letFilesBeGone();
+    const Uuid generation = job.work().generation;
     publishReview(id);
     changeStatus(id, [](ProfileStatus& status) {
         status.active = true;
@@ -335,7 +347,9 @@ void AppModel::launchWorker(const Uuid& id) {
                     .seen = work.seen,
                     .recordedDates = dates,
                     .mayReplaceUnseen = work.checkSkipped,
-                    .journal = journal};
+                    .journal = journal,
+                    .privateItems = privateItems,
+                    .filesMayBeGone = work.filesMayBeGone};
                 jobWork.watch(worker, stop);
             });
         };

@@ -16,6 +16,7 @@
 #include "app/remote_review.h"
 #include "app/state_saver.h"
 #include "model/password_store.h"
+#include "model/private_item.h"
 #include "model/profile.h"
 #include "model/publish_journal.h"
 #include "model/saved_state.h"
@@ -55,10 +56,14 @@ public:
     struct Options {
         bool demo = false; // a sample profile; no network, disk or secret store
         std::optional<StateStore> storeOverride = std::nullopt;
+        // Why there is no store to load from, if so: the same as a failure to load.
+        std::exception_ptr storeFailure = nullptr;
         std::map<Uuid, std::string> sessionPasswords = {}; // known already, never stored
         PasswordAccess passwordAccess = {};
         JobWork work = serverWork(); // a demonstration has its own
         Clock& clock = systemClock();
+        // Never published, beside what the saved state itself has to keep private.
+        std::vector<PrivateItem> privateItems = {};
         // False ends a job where its worker would start: for a program that only checks and reviews.
         bool watches = true;
     };
@@ -106,9 +111,7 @@ public:
         const Uuid& id, const std::string& password, std::function<void(std::optional<std::string> failure)> done);
 
     // Throws what save() would refuse this profile for, with nothing changed.
-    void checkSavable(const Profile& changed, const std::optional<Profile>& opened = std::nullopt) const {
-        (void)savable(changed, opened);
-    }
+    void checkSavable(const Profile& changed) const { (void)savable(changed); }
 
     // A demonstration touches no network, disk or secret store.
     [[nodiscard]] bool isDemo() const { return options.demo; }
@@ -122,6 +125,10 @@ public:
     // Starts watching: the password is read, then the server is checked, or the initial download begins where one is
     // due. Drops a postponed review. A start that is refused shows in the status.
     void start(const Uuid& id);
+
+    // The user says that the files which status().filesMissing is about are gone: the profile starts anew, and they no
+    // longer count as synchronised. Those that are there again by then stay. Without that status nothing happens.
+    void forgetMissingFiles(const Uuid& id);
 
     // Starts every enabled profile.
     void startEnabled();
@@ -148,13 +155,9 @@ public:
     // becomes what counts as synchronised. A change of the sync contents has them downloaded again before watching
     // resumes. Throws SyncError with nothing changed, or, when saving alone failed, with the change in force and the
     // profile stopped.
-    //
-    // `opened`, which an editor of an existing profile gives, is the profile as it was when the editor opened. Then a
-    // profile that was removed or edited meanwhile is refused, and what else has changed of it (`enabled`,
-    // `needsDownload`) stays as it is now where the editor left it alone.
     void save(
         Profile changed, const std::optional<std::string>& password,
-        std::optional<FileMap> initialBaseline = std::nullopt, const std::optional<Profile>& opened = std::nullopt);
+        std::optional<FileMap> initialBaseline = std::nullopt);
 
     // Forgets a profile with its password; all files stay. The password goes first, however long the secret store
     // takes. Where that fails `alert` says so and nothing changes; where saving alone fails, the profile is gone.
@@ -209,7 +212,7 @@ private:
     // Jobs.
     void checkStartable(const Profile& profile) const;
     void refuseStart(const Uuid& id, const std::string& message);
-    void startWith(const Uuid& id, const Earlier& earlier);
+    void startWith(const Uuid& id, const Earlier& earlier, bool filesMayBeGone = false);
     void resumeWith(const Uuid& id, const Earlier& earlier);
     Job& openJob(const Profile& profile);
     [[nodiscard]] bool step(const Uuid& id, const std::function<bool(Job&)>& take);
@@ -254,8 +257,7 @@ private:
     void recordRemoteDate(const std::string& path, RemoteDate date, const Uuid& id);
 
     // Profile operations.
-    [[nodiscard]] Profile savable(Profile changed, const std::optional<Profile>& opened) const;
-    [[nodiscard]] Profile withoutStaleFields(Profile changed, const Profile& opened) const;
+    [[nodiscard]] Profile savable(Profile changed) const;
     void forgetProfile(const Uuid& id);
     void forgetServer(const Uuid& id);
     void keepSharedScope(const Profile& old, const Profile& changed);
@@ -279,6 +281,7 @@ private:
     std::map<Uuid, PathSet> unanswered;
     std::map<Uuid, std::shared_ptr<ServerTraits>> serverTraits;
     std::map<Uuid, std::string> passwords;
+    std::vector<PrivateItem> privateItems; // see Options
     // Watched by what is posted to the main context, which may come when the model has gone.
     std::shared_ptr<AppModel*> self = std::make_shared<AppModel*>(this);
     PasswordCalls passwordCalls;

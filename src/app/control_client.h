@@ -27,6 +27,12 @@ public:
     // Ends next() for good. Any thread.
     void end() const { connection.end(); }
 
+    // Whether next() met the end: the other program has gone, or end() was called.
+    [[nodiscard]] bool isOver() const { return connection.isOver(); }
+
+    // The other program's process; nothing where the system does not tell.
+    [[nodiscard]] std::optional<int> process() const { return connection.process(); }
+
 private:
     explicit ControlClient(LocalConnection opened) : connection(std::move(opened)) {}
 

@@ -42,6 +42,7 @@ void eachField(Maybe<ProfileStatus> auto& status, const auto& visit) {
     visit("detail", status.detail);
     visit("active", status.active);
     visit("failed", status.failed);
+    visit("filesMissing", status.filesMissing);
     visit("uploaded", status.uploaded);
     visit("pending", status.pending);
     visit("lastUpload", status.lastUpload);
@@ -103,8 +104,8 @@ void eachField(Maybe<answer::Done> auto& told, const auto& visit) { visit("revie
 template <class T>
 inline constexpr std::array<const char*, 0> words{};
 template <>
-constexpr std::array words<ControlRequest::Kind>{"show",   "status", "follow", "pause",
-                                                 "resume", "review", "decide", "retry"};
+constexpr std::array words<ControlRequest::Kind>{"show",   "status", "follow", "pause",      "resume",
+                                                 "review", "decide", "retry",  "forgetFiles"};
 template <>
 constexpr std::array words<answer::Failed::Reason>{"notUnderstood", "noWindow", "noProfile",   "refused", "paused",
                                                    "needsDownload", "server",   "otherReview", "notSaved"};

@@ -22,14 +22,15 @@ inline constexpr std::int64_t controlVersion = 1;
 
 struct ControlRequest {
     enum class Kind {
-        show,   // the window
-        status, // of the profiles, or of all without any: Status for each
-        follow, // the same, then every Status and Activity as it comes
-        pause,  // the profiles: Changed for each that was not paused already
-        resume, // the same
-        review, // of one profile, once its server has been checked: Review
-        decide, // the review of that revision: Activity while it is carried out, then Outcome for each file
-        retry   // the failed server checks of the profiles: Changed for each that had failed
+        show,       // the window
+        status,     // of the profiles, or of all without any: Status for each
+        follow,     // the same, then every Status and Activity as it comes
+        pause,      // the profiles: Changed for each that was not paused already
+        resume,     // the same
+        review,     // of one profile, once its server has been checked: Review
+        decide,     // the review of that revision: Activity while it is carried out, then Outcome for each file
+        retry,      // the failed server checks of the profiles: Changed for each that had failed
+        forgetFiles // of the profiles that wait for missing files: Changed for each
     };
 
     Kind kind = Kind::status;

@@ -83,6 +83,8 @@ void ControlService::carryOut(Client client, const ControlRequest& request) {
         return answerSoon();
     case ControlRequest::Kind::decide:
         return decide(client, request);
+    case ControlRequest::Kind::forgetFiles:
+        return forgetFiles(client, request);
     }
 }
 
@@ -113,16 +115,15 @@ void ControlService::changeEach(Client client, const ControlRequest& request) {
     for (const auto& id : request.profiles) {
         const auto isSo = [&] { return !model.running(id) && !model.profile(id)->enabled; };
         const auto isOn = [&] { return model.running(id) && model.profile(id)->enabled; };
-        const bool retries = !pauses && isOn() && hasFailedCheck(model, id);
+        const bool retries = !pauses && hasFailedCheck(model, id);
         if (!retries && (pauses ? isSo() : isOn())) continue;
         try {
-            if (retries) {
-                model.retryCheck(id);
-            } else if (pauses) {
+            if (pauses) {
                 pausedHere.insert(id);
                 model.pause(id);
             } else {
                 pausedHere.erase(id);
+                if (retries) model.retryCheck(id);
                 model.resume(id);
             }
         } catch (const std::exception& error) {
@@ -165,6 +166,15 @@ void ControlService::decide(Client client, const ControlRequest& request) {
         refuse(answer::Failed::Reason::refused, model.alert().value_or(""));
     }
     answerSoon();
+}
+
+void ControlService::forgetFiles(Client client, const ControlRequest& request) {
+    for (const auto& id : request.profiles) {
+        if (!model.status(id).filesMissing) continue;
+        model.forgetMissingFiles(id);
+        send(client, answer::Changed{id});
+    }
+    end(client);
 }
 
 void ControlService::forget(Client client) {

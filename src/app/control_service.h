@@ -54,6 +54,7 @@ private:
     void changeEach(Client client, const ControlRequest& request);
     void retryEach(Client client, const ControlRequest& request);
     void decide(Client client, const ControlRequest& request);
+    void forgetFiles(Client client, const ControlRequest& request);
     void forget(Client client);
 
     void statusChanged(const Uuid& id) override;

@@ -31,8 +31,9 @@ struct Assignment {
     std::shared_ptr<TransferControl> control = std::make_shared<TransferControl>();
     std::shared_ptr<RetryWait> retryWait = std::make_shared<RetryWait>();
     std::shared_ptr<ServerTraits> traits = std::make_shared<ServerTraits>();
-    ServerVersions seen = {};  // by the server check
-    bool checkSkipped = false; // by the user
+    ServerVersions seen = {};    // by the server check
+    bool checkSkipped = false;   // by the user
+    bool filesMayBeGone = false; // see SyncWorker
 };
 
 class Job {
@@ -88,6 +89,9 @@ public:
 
     // Why no upload starts; nullptr in any other state.
     [[nodiscard]] const std::string* failure() const;
+
+    // The user says that the files of an empty local folder are gone.
+    void letFilesBeGone() { assignment.filesMayBeGone = true; }
 
     // Keeps the password for the tasks.
     [[nodiscard]] bool takePassword(std::string password);

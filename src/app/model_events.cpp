@@ -21,6 +21,7 @@ void AppModel::apply(const event::Status& event, const Uuid& id) {
         status.title = event.title;
         status.detail = event.detail;
         status.pending = event.pending;
+        status.filesMissing = event.filesMissing;
         status.failed = event.title.starts_with("Retrying") || event.title == "Waiting to retry";
     });
 }

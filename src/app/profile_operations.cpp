@@ -33,24 +33,8 @@ void AppModel::keepSharedScope(const Profile& old, const Profile& changed) {
     }
 }
 
-// An editor's profile without what it holds of the past: what the model itself has changed since it opened.
-Profile AppModel::withoutStaleFields(Profile changed, const Profile& opened) const {
-    const Profile* stored = profile(opened.id);
-    if (stored == nullptr) throw SyncError("This profile was removed meanwhile. Nothing was saved.");
-    Profile expected = opened;
-    expected.enabled = stored->enabled;
-    expected.needsDownload = stored->needsDownload;
-    if (expected != *stored) {
-        throw SyncError("This profile was changed meanwhile. Nothing was saved. Open it again to change it.");
-    }
-    if (changed.enabled == opened.enabled) changed.enabled = stored->enabled;
-    if (changed.needsDownload == opened.needsDownload) changed.needsDownload = stored->needsDownload;
-    return changed;
-}
-
 // The profile as it is saved: valid, and with what a change of its sync contents entails.
-Profile AppModel::savable(Profile changed, const std::optional<Profile>& opened) const {
-    if (opened) changed = withoutStaleFields(std::move(changed), *opened);
+Profile AppModel::savable(Profile changed) const {
     const Profile* old = profile(changed.id);
     if (old != nullptr && differsInScope(*old, changed)) {
         changed.initialDownloadSelection = changed.effectiveSyncSelection();
@@ -69,12 +53,11 @@ Profile AppModel::savable(Profile changed, const std::optional<Profile>& opened)
 }
 
 void AppModel::save(
-    Profile changed, const std::optional<std::string>& password, std::optional<FileMap> initialBaseline,
-    const std::optional<Profile>& opened) {
+    Profile changed, const std::optional<std::string>& password, std::optional<FileMap> initialBaseline) {
     Profile* stored = find(changed.id);
     const std::optional<Profile> old = stored == nullptr ? std::nullopt : std::optional(*stored);
     const bool scopeEdited = old && differsInScope(*old, changed);
-    changed = savable(std::move(changed), opened);
+    changed = savable(std::move(changed));
     const bool placeEdited = old && differsInPlace(*old, changed);
     if (password && !options.demo) {
         options.passwordAccess.save(*password, changed.id);

@@ -29,6 +29,8 @@ struct ProfileStatus {
     std::string detail = "Changes will wait until you start watching.";
     bool active = false;
     bool failed = false;
+    // None of the synchronised files was found: the profile waits for them, or for AppModel::forgetMissingFiles().
+    bool filesMissing = false;
     std::int64_t uploaded = 0; // files, since launch
     std::int64_t pending = 0;  // files
     std::optional<std::chrono::system_clock::time_point> lastUpload;

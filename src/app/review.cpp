@@ -1,6 +1,7 @@
 // The server check before watching starts, and the review of what it finds.
 #include "app/app_model.h"
 #include "model/error.h"
+#include "platform/text.h"
 #include "sync/progress_meter.h"
 #include "sync/sync_worker.h"
 #include "transport/ftp_transport.h"
@@ -11,12 +12,14 @@
 namespace zembrastel {
 namespace {
 
-FTPTransport transportFor(const Assignment& work, ProgressMeter& meter) {
+FTPTransport transportFor(
+    const Assignment& work, ProgressMeter& meter, const std::vector<PrivateItem>& privateItems = {}) {
     return {
         .profile = work.profile,
         .password = work.password,
         .control = work.control,
         .observer = &meter,
+        .privateItems = privateItems,
         .traits = work.traits};
 }
 
@@ -56,7 +59,7 @@ void AppModel::startCheck(const Uuid& id, const Earlier& earlier) {
         while (!stop.stop_requested()) {
             try {
                 meter.begin(TransferProgress::Work::comparing);
-                const auto check = jobWork.check(transportFor(work, meter), record, stop);
+                const auto check = jobWork.check(transportFor(work, meter, privateItems), record, stop);
                 work.control->check();
                 found(check);
                 return;
@@ -120,7 +123,7 @@ void AppModel::failedCheck(const std::string& message, const Uuid& id, bool will
     if (!step(id, [&](Job& job) { return willRetry ? job.failCheck(message) : job.failDownload(message); })) return;
     changeStatus(id, [&](ProfileStatus& status) {
         status.title = "Server check needs attention";
-        status.detail = message
+        status.detail = sentence(message)
                         + (willRetry ? " Uploads remain paused; the check will retry automatically."
                                      : " Uploads remain paused. Retry the server check to review the latest versions.");
         status.failed = true;

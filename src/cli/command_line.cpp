@@ -4,6 +4,7 @@
 #include "cli/check.h"
 #include "cli/command.h"
 #include "cli/doctor.h"
+#include "cli/forget_files.h"
 #include "cli/help_text.h"
 #include "cli/ls.h"
 #include "cli/option_texts.h"
@@ -46,7 +47,9 @@ constexpr const char* footer = "zembrastel-cli COMMAND --help tells more about a
                                "  3  a review is waiting: files are newer on the server\n"
                                "  4  the state folder is in use by another running program\n"
                                "  5  the server refused the login\n"
-                               "  6  no program keeps profiles published now\n\n"
+                               "  6  no program keeps profiles published now\n"
+                               "  7  the running program does not answer\n"
+                               "  8  interrupted before the work was done\n\n"
                                "Examples:\n"
                                "  zembrastel-cli profile add --name \"My website\" --host ftp.example.com \\\n"
                                "    --username web --remote-folder /public_html --local-folder ~/website\n"
@@ -99,6 +102,7 @@ public:
         addStatusCommand(app, chosen);
         addPause(app, chosen);
         addResume(app, chosen);
+        addForgetFiles(app, chosen);
         addBackups(app, chosen);
         addRestore(app, chosen);
         addDoctor(app, chosen);
@@ -139,7 +143,14 @@ private:
             return app.got_subcommand("profile") ? "Say which profile command: " + commandsOf("profile") + "."
                                                  : "Say which command: " + commandsOf("") + ".";
         }
-        return sentence(error.what());
+        return sentence(repetition(error.what()).value_or(error.what()));
+    }
+
+    // Of an option that is not to be repeated.
+    static std::optional<std::string> repetition(const std::string& complaint) {
+        const auto end = complaint.find(": At Most 1 required but received ");
+        if (end == std::string::npos) return std::nullopt;
+        return complaint.substr(0, end) + " was given more than once; give it once";
     }
 
     // "add, list or set": those of the command of that name, or of the program.
@@ -185,7 +196,7 @@ ExitCode runCommandLine(int argumentCount, char** arguments, Interrupt& interrup
         return error.code;
     } catch (const Cancelled&) {
         output.error("Interrupted.");
-        return ExitCode::failed;
+        return ExitCode::interrupted;
     } catch (const std::exception& error) {
         output.error(describe(error));
         return ExitCode::failed;

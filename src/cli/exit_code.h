@@ -15,7 +15,9 @@ enum class ExitCode {
     reviewWaiting = 3, // newer server files wait for a decision
     stateInUse = 4,    // another running program holds the state folder
     refused = 5,       // the server refused the login
-    notRunning = 6     // no program runs on the state folder, or it has ended
+    notRunning = 6,    // no program runs on the state folder, or it has ended
+    notAnswering = 7,  // the running program does not answer
+    interrupted = 8    // by Ctrl-C or a signal, before the work was done
 };
 
 // Ends the command. The message is one sentence or more for the user.

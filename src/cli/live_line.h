@@ -1,6 +1,6 @@
 // The last line of a terminal, which is written over and over while something takes long.
 //
-// Identity; used on the main thread alone. It is there only for somebody who looks: on a terminal that can erase a line
+// Identity; used on one thread at a time. It is there only for somebody who looks: on a terminal that can erase a line
 // (standard output, or else standard error), and never with JSON lines. What else goes to the terminal is put between
 // hide() and show(). A line that cannot be written is dropped.
 #pragma once
@@ -30,6 +30,9 @@ public:
     // Takes the line from the terminal, and puts it there again.
     void hide();
     void show();
+
+    // Leaves what is on the terminal there: for one that takes nothing more.
+    void abandon() { shown = false; }
 
 private:
     [[nodiscard]] std::size_t columns() const;

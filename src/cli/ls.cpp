@@ -7,6 +7,7 @@
 #include "cli/state_folder.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 
 namespace zembrastel {
 namespace {
@@ -31,12 +32,13 @@ void showAsText(const RemoteEntry& entry, Output& output) {
 }
 
 ExitCode listFolder(const Surroundings& around, const Request& request) {
-    const auto profiles = loadProfiles(around.options);
+    const auto profiles = loadState(around.options).profiles;
     const Profile& profile = chooseProfile(profiles, request.name);
     const std::string folder = relativePath(request.path);
     const std::string aim = folder.empty() ? "list the remote folder" : "list the remote folder " + inQuotes(folder);
     std::vector<RemoteEntry> entries;
     callServer(profile, around, aim, [&](const FTPTransport& server) { entries = server.list(folder); });
+    std::ranges::stable_sort(entries, [](const auto& a, const auto& b) { return compareNames(a.name, b.name) < 0; });
     for (const auto& entry : entries) {
         if (around.output.json()) {
             showAsJson(entry, folder, around.output);

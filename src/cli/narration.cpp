@@ -17,10 +17,12 @@ std::optional<std::string> Narration::status(const ProfileStatus& status) {
     pending = status.pending;
     if (!worthTelling) return std::nullopt;
 
-    const bool told = !failure.empty() && detail.starts_with(failure);
+    // The detail makes a sentence of it.
+    const std::string toldPart = failure.empty() ? "" : sentence(failure);
+    const bool told = !failure.empty() && detail.starts_with(toldPart);
     if (!told) justDetailed = detail;
     std::string line = title;
-    if (const auto rest = oneLine(told ? detail.substr(failure.size()) : detail); !rest.empty()) line += ": " + rest;
+    if (const auto rest = oneLine(told ? detail.substr(toldPart.size()) : detail); !rest.empty()) line += ": " + rest;
     if (pending > 0) line += " (" + std::to_string(pending) + " pending)";
     return line;
 }

@@ -6,10 +6,12 @@
 namespace zembrastel {
 
 // Refuses an empty text, such as that of a shell variable that is not set.
-[[nodiscard]] inline CLI::Validator notEmpty() {
-    return {
-        [](const std::string& text) { return text.empty() ? std::string("must not be empty") : std::string(); }, ""};
+[[nodiscard]] inline CLI::Validator notEmpty(const std::string& complaint = "must not be empty") {
+    return {[complaint](const std::string& text) { return text.empty() ? complaint : std::string(); }, ""};
 }
+
+// Refuses what is no TCP port.
+[[nodiscard]] CLI::Validator portNumber();
 
 // A repeatable option that takes one text each time.
 inline void takeOneEach(CLI::Option& option) { option.take_all()->expected(1, -1)->allow_extra_args(false); }

@@ -54,12 +54,6 @@ std::string formatted(SystemTime time, ToCalendar toCalendar, const char* format
 
 std::string oneLine(std::string_view text) { return printable(folded(withoutCertificateAdvice(text))); }
 
-std::string sentence(std::string_view text) {
-    std::string result(trimmed(text));
-    const bool ended = !result.empty() && std::string_view(".!?").find(result.back()) != std::string_view::npos;
-    return ended ? result : result + ".";
-}
-
 std::string inQuotes(std::string_view name) { return '"' + oneLine(name) + '"'; }
 
 std::string counted(std::uint64_t number, std::string_view singular) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "model/remote_date.h"
+#include "platform/text.h"
 
 #include <chrono>
 #include <cstdint>
@@ -15,9 +16,6 @@ namespace zembrastel {
 // On one line: every run of white space and line breaks is one blank, and what a terminal could take for a command is
 // spelled out.
 [[nodiscard]] std::string oneLine(std::string_view text);
-
-// Ends with a full stop, or whatever ends a sentence already.
-[[nodiscard]] std::string sentence(std::string_view text);
 
 // The name between double quotes, on one line.
 [[nodiscard]] std::string inQuotes(std::string_view name);

@@ -63,6 +63,7 @@ ExitCode addProfile(const Surroundings& around, const Request& request) {
     const Profile asked = request.from.empty() ? profileFrom(request.options) : profileFromFile(request.from);
     EditableState state(around);
     const Profile profile = validProfile(asked);
+    requireOwnFolder(profile.localFolder);
     requireNew(profile, state.model().profiles());
     const auto password = newPassword(profile, request.from.empty(), around);
     try {

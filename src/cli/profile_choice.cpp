@@ -2,6 +2,7 @@
 
 #include "cli/exit_code.h"
 #include "cli/presentation.h"
+#include "platform/text.h"
 
 #include <algorithm>
 
@@ -45,8 +46,9 @@ const Profile& chooseProfile(const std::vector<Profile>& profiles, const std::st
 
 std::string unambiguousName(const std::vector<Profile>& profiles, const Profile& profile) {
     const bool alone = profilesNamed(profiles, profile.name).size() == 1;
-    // A name that looks like an id could be that of another profile.
-    return alone && !Uuid::parse(profile.name) ? profile.name : profile.id.text();
+    // A name that looks like an id could be that of another profile, and one with invisible characters cannot be typed.
+    const bool typable = printable(profile.name) == profile.name;
+    return alone && typable && !Uuid::parse(profile.name) ? profile.name : profile.id.text();
 }
 
 std::string serverName(const Profile& profile) {

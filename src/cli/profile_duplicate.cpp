@@ -62,8 +62,8 @@ void addProfileDuplicate(CLI::App& parent, Command& chosen) {
         ->type_name("")
         ->check(notEmpty());
     command->add_flag("--with-password", request->withPassword, "Store the original's password for the copy as well");
-    command->footer("The copy knows of no upload or download of the original: its first watch compares with the\n"
-                    "server and uploads what differs.");
+    command->footer("The copy knows of no upload or download of the original: its first watch or push uploads\n"
+                    "every file. Files that are newer on the server wait for a review first.");
     command->callback([&chosen, request] {
         chosen = [request](const Surroundings& around) { return duplicateProfile(around, *request); };
     });

@@ -19,7 +19,8 @@ std::vector<CLI::Option*> addProfileFields(CLI::App& command, ProfileOptions& op
     };
     field("--name", options.name, "NAME", "What to call the profile");
     field("--host", options.host, "HOST", "The FTP server: a host name or IPv4 address");
-    field("--port", options.port, "PORT", "Its port, when not the usual one: 21, or 990 for implicit");
+    field("--port", options.port, "PORT", "Its port, when not the usual one: 21, or 990 for implicit")
+        ->check(portNumber());
     field(
         "--transport", options.transport, "KIND",
         "ftps (encrypted, the default), ftp (not encrypted)\nor implicit (FTPS of the old kind)")
@@ -28,7 +29,8 @@ std::vector<CLI::Option*> addProfileFields(CLI::App& command, ProfileOptions& op
     field(
         "--remote-folder", options.remoteFolder, "PATH",
         "The site's folder on the server (default /public_html).\nWithout a leading \"/\" it starts in the login "
-        "folder");
+        "folder")
+        ->check(notEmpty("must not be empty; / is the top of the server"));
     field("--local-folder", options.localFolder, "PATH", "The folder here that is to be published");
     list(
         "--exclude", options.exclude, "RULE",

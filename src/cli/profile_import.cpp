@@ -58,7 +58,10 @@ void applyFolders(ProfilesFound& found, const Request& request) {
     }
     Profile& profile = found.candidates.front().profile;
     if (!request.localFolder.empty()) profile.localFolder = std::filesystem::absolute(request.localFolder).string();
-    if (!request.remoteFolder.empty()) profile.remoteFolder = request.remoteFolder;
+    if (request.remoteFolder.empty()) return;
+    profile.remoteFolder = request.remoteFolder;
+    std::erase_if(
+        found.candidates.front().notes, [](const std::string& note) { return note.ends_with(rootTakenNote); });
 }
 
 // One run of the command.
@@ -71,6 +74,7 @@ public:
         if (request.withoutPasswords) candidate.password.reset();
         try {
             const Profile profile = importable(candidate.profile, state.model().profiles());
+            requireOwnFolder(profile.localFolder);
             if (!request.onlyLooks) state.add(profile, candidate.password);
             ++taken;
             tell(profile, candidate);

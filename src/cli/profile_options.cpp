@@ -18,16 +18,26 @@ TransferProtocol protocolFrom(const std::string& text) {
     throw CommandError(ExitCode::usage, "--transport is ftps, ftp or implicit, not " + inQuotes(text) + ".");
 }
 
-void addRules(DownloadSelection& selection, const std::vector<std::string>& paths, bool chosen, const char* option) {
+// "/" is everything. Another path that starts with "/" is one of the local folder's.
+std::string selectedPath(const std::string& typed, const std::string& localFolder, const std::string& option) {
+    std::filesystem::path path = relativePath(typed);
+    if (typed.starts_with('/') && !path.empty() && !localFolder.empty()) {
+        path = std::filesystem::path(typed).lexically_normal().lexically_relative(
+            std::filesystem::path(localFolder).lexically_normal());
+    }
+    const std::string below = relativePath(path.string());
+    const auto components = splitNonEmpty(below, '/');
+    if (std::ranges::find(components, "..") == components.end()) return below;
+    throw CommandError(
+        ExitCode::usage, option + " takes a path as seen from the profile's folder, such as images/logo.svg, and not "
+                             + inQuotes(typed) + ".");
+}
+
+void addRules(
+    DownloadSelection& selection, const std::vector<std::string>& paths, bool chosen, const std::string& option,
+    const std::string& localFolder) {
     for (const auto& typed : paths) {
-        const std::string path = relativePath(typed);
-        const auto components = splitNonEmpty(path, '/');
-        if (std::ranges::find(components, "..") != components.end()) {
-            throw CommandError(
-                ExitCode::usage, std::string(option)
-                                     + " takes a path below the profile's folders, without \"..\", and not "
-                                     + inQuotes(typed) + ".");
-        }
+        const std::string path = selectedPath(typed, localFolder, option);
         if (const auto [rule, isNew] = selection.rules.emplace(path, chosen); !isNew && rule->second != chosen) {
             throw CommandError(ExitCode::usage, "The path " + inQuotes(typed) + " is both chosen and left out.");
         }
@@ -35,11 +45,12 @@ void addRules(DownloadSelection& selection, const std::vector<std::string>& path
 }
 
 std::optional<DownloadSelection> selectionFrom(
-    const std::vector<std::string>& chosen, const std::vector<std::string>& leftOut, const std::string& option) {
+    const std::vector<std::string>& chosen, const std::vector<std::string>& leftOut, const std::string& option,
+    const std::string& localFolder) {
     if (chosen.empty() && leftOut.empty()) return std::nullopt;
     DownloadSelection selection;
-    addRules(selection, chosen, true, ("--" + option).c_str());
-    addRules(selection, leftOut, false, ("--no-" + option).c_str());
+    addRules(selection, chosen, true, "--" + option, localFolder);
+    addRules(selection, leftOut, false, "--no-" + option, localFolder);
     // Who only says what to leave out means to have the rest.
     if (chosen.empty()) selection.rules.emplace("", true);
     return selection;
@@ -76,8 +87,11 @@ Profile changedProfile(Profile profile, const ProfileOptions& options) {
     profile.exclusions = changedExclusions(profile.exclusions, options);
     if (options.enabled || options.disabled) profile.enabled = options.enabled;
     if (options.needsDownload) profile.needsDownload = true;
-    if (auto chosen = selectionFrom(options.sync, options.noSync, "sync")) profile.syncSelection = std::move(chosen);
-    if (auto chosen = selectionFrom(options.download, options.noDownload, "download")) {
+    const std::string& folder = profile.localFolder;
+    if (auto chosen = selectionFrom(options.sync, options.noSync, "sync", folder)) {
+        profile.syncSelection = std::move(chosen);
+    }
+    if (auto chosen = selectionFrom(options.download, options.noDownload, "download", folder)) {
         profile.initialDownloadSelection = std::move(chosen);
     }
     return profile;

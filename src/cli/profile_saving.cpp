@@ -3,11 +3,12 @@
 #include "cli/presentation.h"
 #include "cli/state_folder.h"
 #include "model/error.h"
+#include "platform/standard_paths.h"
 
 namespace zembrastel {
 
 EditableState::EditableState(const Surroundings& around, std::function<void(const Uuid&)> removePassword)
-    : store(openState(around.options)), held(holdState(store)),
+    : store(openOrMakeState(around.options)), held(holdState(store)),
       profiles(
           queue, {.storeOverride = store,
                   .passwordAccess =
@@ -40,6 +41,18 @@ Profile validProfile(const Profile& profile) {
     } catch (const SyncError& error) {
         throw CommandError(ExitCode::failed, sentence(error.what()) + " Nothing was changed.");
     }
+}
+
+void requireOwnFolder(const std::string& localFolder) {
+    std::error_code unknown; // a home folder that is not there is in no other folder
+    const auto home = std::filesystem::canonical(homeFolder(), unknown);
+    const auto folder = std::filesystem::path(localFolder).lexically_normal();
+    const bool holdsHome = !unknown && !folder.empty() && *home.lexically_relative(folder).begin() != "..";
+    if (!holdsHome && folder != "/") return;
+    throw CommandError(
+        ExitCode::failed, "The local folder " + oneLine(localFolder)
+                              + " is or holds your home folder, with keys and passwords that must not be published. "
+                                "Nothing was changed; name the site's own folder.");
 }
 
 void requireNew(const Profile& profile, const std::vector<Profile>& others) {

@@ -37,6 +37,9 @@ private:
 // The profile as it is saved.
 [[nodiscard]] Profile validProfile(const Profile& profile);
 
+// Refuses the user's home folder and every folder above it: they are no site, and hold keys and passwords.
+void requireOwnFolder(const std::string& localFolder);
+
 // Of these profiles none may have the id or the name of the new one.
 void requireNew(const Profile& profile, const std::vector<Profile>& others);
 

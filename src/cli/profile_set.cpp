@@ -57,6 +57,7 @@ ExitCode setProfile(const Surroundings& around, const Request& request) {
     const Profile before = chooseProfile(state.model().profiles(), request.name);
     const Profile changed = changedProfile(before, request.options);
     requireOwnName(changed, state.model().profiles());
+    if (changed.localFolder != before.localFolder) requireOwnFolder(validProfile(changed).localFolder);
     const auto password = newPassword(changed, request, around);
     try {
         state.change(changed, password);

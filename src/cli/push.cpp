@@ -87,6 +87,12 @@ void requirePushable(const Profile& profile) {
                                      + reviewCommand(around.options, unambiguousName(profiles, profile)));
 }
 
+CommandError unfinished(const Profile& profile, const std::string& failure, const std::string& consequence = "") {
+    return {
+        exitCodeOf(failure), "Cannot push all of " + inQuotes(profile.name) + " (" + serverName(profile)
+                                 + "): " + sentence(failure) + consequence};
+}
+
 // One run of the command.
 class Push {
 public:
@@ -105,6 +111,7 @@ public:
             refuseFor(review->second.changes, profile, model.profiles(), around);
         }
         const ProfileStatus& status = model.status(profile.id);
+        interrupted = !ended;
         std::string failure = ended ? (status.failed ? status.detail : report.failure) : "It was interrupted.";
         model.shutdown();
         if (failure.empty()) failure = report.failure; // of the save
@@ -126,9 +133,10 @@ private:
     void verify(const std::string& failure) {
         std::vector<std::string> unsent;
         try {
-            unsent = changedPaths(scan(profile), model.baseline(profile.id));
+            unsent =
+                changedPaths(scan(profile, {.privateItems = privateItems(around.options)}), model.baseline(profile.id));
         } catch (const std::exception& error) {
-            throw unfinished(failure.empty() ? describe(error) : failure, "");
+            throw unfinished(failure.empty() ? describe(error) : failure);
         }
         for (const auto& path : unsent) tellUnsent(path);
         if (!unsent.empty()) {
@@ -136,14 +144,19 @@ private:
                 failure.empty() ? "They were changed again meanwhile." : failure,
                 " Not sent: " + counted(unsent.size(), "file") + ".");
         }
-        if (!failure.empty()) throw unfinished(failure, "");
+        if (failure == missingFilesProblem(profile.localFolder)) {
+            const std::string name = unambiguousName(model.profiles(), profile);
+            throw unfinished(
+                failure, " If you deleted the files: " + commandLine(around.options, "forget-files", name));
+        }
+        if (!failure.empty()) throw unfinished(failure);
         tellDone();
     }
 
-    [[nodiscard]] CommandError unfinished(const std::string& failure, const std::string& consequence) const {
-        return {
-            exitCodeOf(failure), "Cannot push all of " + inQuotes(profile.name) + " (" + serverName(profile)
-                                     + "): " + sentence(failure) + consequence};
+    [[nodiscard]] CommandError unfinished(const std::string& failure, const std::string& consequence = "") const {
+        auto error = zembrastel::unfinished(profile, failure, consequence);
+        if (interrupted) error.code = ExitCode::interrupted;
+        return error;
     }
 
     void tellUnsent(const std::string& path) {
@@ -182,13 +195,20 @@ private:
     const Profile& profile;
     const Surroundings& around;
     PushReport report;
+    bool interrupted = false;
 };
 
 ExitCode push(const Surroundings& around, const Request& request) {
     const StateStore store = openState(around.options);
     const InstanceLock held = holdState(store);
+    const Output::NeverWaiting publishing(
+        around.output, Output::NeverWaiting::unlimitedRoom, [&around] { return !around.interrupt.happened(); });
     MainQueue queue;
-    AppModel model(queue, {.storeOverride = store, .passwordAccess = {.read = readStoredPassword}, .work = onePass()});
+    AppModel model(
+        queue, {.storeOverride = store,
+                .passwordAccess = {.read = readStoredPassword},
+                .work = onePass(),
+                .privateItems = privateItems(around.options)});
     requireLoaded(model);
     const Profile profile = chooseProfile(model.profiles(), request.name);
     requirePushable(profile);
@@ -215,7 +235,7 @@ ExitCode showWhatWouldGo(const Surroundings& around, const Request& request) {
         newer = server.newerRemoteFiles({baseline, dates}, [](const std::string&) {}).changes;
     });
     if (!newer.empty()) refuseFor(newer, profile, state.profiles, around);
-    const FileMap files = scanFolder(profile, around);
+    const auto [files, leftOut] = scanFolder(profile, around);
     const auto paths = changedPaths(files, baseline);
     for (const auto& path : paths) {
         const auto bytes = static_cast<std::uint64_t>(files.at(path).size);
@@ -231,6 +251,7 @@ ExitCode showWhatWouldGo(const Surroundings& around, const Request& request) {
             paths.empty() ? "Nothing to push: the server has all of " + inQuotes(profile.name) + "."
                           : "To push: " + counted(paths.size(), "file") + ". Nothing was uploaded.");
     }
+    if (!leftOut.empty()) throw unfinished(profile, leftOut.back()); // as the push itself would end
     return ExitCode::done;
 }
 
@@ -245,7 +266,7 @@ void addPush(CLI::App& parent, Command& chosen) {
     command->footer("First the server is compared with what was last synchronised: where files are newer there,\n"
                     "nothing is uploaded, and push ends with 3 (see review). Then what two looks at the folder,\n"
                     "two seconds apart, found the same is uploaded. Nothing is tried again: push names what was\n"
-                    "not sent and ends with 1, or with 5 where the server refused the login.\n\n"
+                    "not sent and ends with 1, with 5 where the server refused the login, or with 8 after Ctrl-C.\n\n"
                     "Example:\n"
                     "  make site && zembrastel-cli push \"My website\" --password-file ~/.ftp-password");
     command->callback([&chosen, request] {

@@ -20,7 +20,7 @@ std::string describeChange(const RemoteChange& change) {
            + dateAndTime(localTime(change)) + (change.bothChanged ? ", changed on both sides" : "");
 }
 
-std::string reviewCommand(const GlobalOptions& options, const std::string& profileName) {
+std::string commandLine(const GlobalOptions& options, const char* name, const std::string& profileName) {
     std::string command = shellQuoted(options.program);
     const auto add = [&command](const char* option, const std::string& value) {
         if (!value.empty()) command += std::string(" ") + option + " " + shellQuoted(value);
@@ -28,7 +28,11 @@ std::string reviewCommand(const GlobalOptions& options, const std::string& profi
     add("--state", options.stateFolder);
     add("--password-file", options.passwordFile);
     add("--password-command", options.passwordCommand);
-    return command + " review " + shellQuoted(profileName);
+    return command + " " + name + " " + shellQuoted(profileName);
+}
+
+std::string reviewCommand(const GlobalOptions& options, const std::string& profileName) {
+    return commandLine(options, "review", profileName);
 }
 
 void addReview(JsonLine& object, const Profile& profile, const std::vector<RemoteChange>& changes, Clock& clock) {

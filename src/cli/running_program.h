@@ -26,6 +26,9 @@ public:
 
     using Take = std::function<void(const ControlAnswer& answer)>;
 
+    // Both wait as long as the other program is at work on the request, but end the command when it does not respond at
+    // all for ten seconds: it was stopped, or hangs.
+
     // Hands all answers to `take`. The failure that the request ended with, but for those that are no business of the
     // command's: they end it.
     std::optional<answer::Failed> ask(const ControlRequest& request, Interrupt& interrupt, const Take& take);
@@ -40,9 +43,14 @@ public:
     void end();
 
 private:
-    explicit RunningProgram(ControlClient connected) : client(std::move(connected)) {}
+    RunningProgram(ControlClient connected, std::filesystem::path folder)
+        : client(std::move(connected)), stateFolder(std::move(folder)) {}
+
+    [[nodiscard]] std::optional<ControlAnswer> nextAnswer(const ControlRequest& request, Interrupt& interrupt);
+    void requireResponse(const ControlRequest& request, Interrupt& interrupt) const;
 
     ControlClient client;
+    std::filesystem::path stateFolder;
     bool ended = false;
     bool waits = false;
 };

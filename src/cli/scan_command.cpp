@@ -63,7 +63,7 @@ ExitCode scanProfile(const Surroundings& around, const std::string& name) {
     const SavedState state = loadState(around.options);
     const Profile& profile = chooseProfile(state.profiles, name);
     const auto saved = state.baselines.find(profile.id);
-    const FileMap files = scanFolder(profile, around);
+    const FileMap files = scanFolder(profile, around).files;
     const auto found = differences(files, saved == state.baselines.end() ? FileMap{} : saved->second);
     const auto show = around.output.json() ? showAsJson : showAsText;
     show(profile, files, found, around.output);
@@ -72,14 +72,23 @@ ExitCode scanProfile(const Surroundings& around, const std::string& name) {
 
 } // namespace
 
-FileMap scanFolder(const Profile& profile, const Surroundings& around) {
+ScannedFolder scanFolder(const Profile& profile, const Surroundings& around) {
     const auto control = std::make_shared<TransferControl>();
     const auto interruptible = around.interrupt.during([control] { control->cancel(); });
-    const auto reportUnusable = [&around](std::string_view path, NameFault fault) {
-        around.output.warning(leftOutLine(fault, path));
+    ScannedFolder scanned;
+    const auto reportUnusable = [&](std::string_view path, NameFault fault) {
+        around.output.warning(scanned.leftOut.emplace_back(leftOutLine(fault, path)));
     };
     try {
-        return scan(profile, {.checkpoint = [control] { control->check(); }, .unusableName = reportUnusable});
+        scanned.files = scan(
+            profile, {.checkpoint = [control] { control->check(); },
+                      .unusableName = reportUnusable,
+                      .privateItems = privateItems(around.options),
+                      .keptPrivate =
+                          [&around](std::string_view path, const PrivateItem& item) {
+                              around.output.note(leftOutText(path, item));
+                          }});
+        return scanned;
     } catch (const Cancelled&) {
         throw;
     } catch (const std::exception& error) {
@@ -92,6 +101,7 @@ FileMap scanFolder(const Profile& profile, const Surroundings& around) {
 LocalDifferences differences(const FileMap& current, const FileMap& baseline) {
     LocalDifferences found;
     current.forEachDifference(baseline, [&](std::string_view path, const Fingerprint* now, const Fingerprint* before) {
+        if (now != nullptr && before != nullptr && !isOtherVersion(*now, *before)) return;
         auto& kind = now == nullptr ? found.deleted : before == nullptr ? found.added : found.changed;
         kind.emplace_back(path);
     });

@@ -19,8 +19,13 @@ struct LocalDifferences {
 
 [[nodiscard]] LocalDifferences differences(const FileMap& current, const FileMap& baseline);
 
+struct ScannedFolder {
+    FileMap files;
+    std::vector<std::string> leftOut; // sentences: what cannot be published, of which the user was warned
+};
+
 // The profile's folder as it is now; an interrupt is thrown as Cancelled.
-[[nodiscard]] FileMap scanFolder(const Profile& profile, const Surroundings& around);
+[[nodiscard]] ScannedFolder scanFolder(const Profile& profile, const Surroundings& around);
 
 void addScan(CLI::App& parent, Command& chosen);
 

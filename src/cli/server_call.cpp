@@ -3,6 +3,7 @@
 #include "cli/password_source.h"
 #include "cli/presentation.h"
 #include "cli/profile_choice.h"
+#include "cli/state_folder.h"
 #include "model/error.h"
 
 #include <algorithm>
@@ -43,7 +44,11 @@ void callServer(
     const Profile& profile, const Surroundings& around, const std::string& aim,
     const std::function<void(const FTPTransport&)>& talk) {
     const auto control = std::make_shared<TransferControl>();
-    const FTPTransport transport{.profile = profile, .password = passwordFor(profile, around), .control = control};
+    const FTPTransport transport{
+        .profile = profile,
+        .password = passwordFor(profile, around),
+        .control = control,
+        .privateItems = privateItems(around.options)};
     const auto interruptible = around.interrupt.during([control] { control->cancel(); });
     try {
         talk(transport);

@@ -8,33 +8,56 @@ namespace {
 
 [[noreturn]] void failLoading(const std::exception& error) { throw CommandError(ExitCode::failed, loadFailure(error)); }
 
+std::optional<std::filesystem::path> namedFolder(const GlobalOptions& options) {
+    if (options.stateFolder.empty()) return std::nullopt;
+    return std::filesystem::absolute(options.stateFolder);
+}
+
+void requireNamedFolder(const GlobalOptions& options) {
+    const auto named = namedFolder(options);
+    std::error_code failed;
+    if (!named || std::filesystem::exists(*named, failed) || failed)
+        return; // another failure is told when it is opened
+    throw CommandError(
+        ExitCode::failed, "There is no such state folder: " + named->string() + ". Check what --state names.");
+}
+
 } // namespace
 
 StateStore openState(const GlobalOptions& options) {
+    requireNamedFolder(options);
+    return openOrMakeState(options);
+}
+
+StateStore openOrMakeState(const GlobalOptions& options) {
     try {
-        if (options.stateFolder.empty()) return StateStore();
-        return StateStore(std::filesystem::absolute(options.stateFolder));
+        return StateStore(namedFolder(options));
     } catch (const std::exception& error) {
         failLoading(error);
     }
 }
 
 SavedState loadState(const GlobalOptions& options) {
-    const StateStore store = openState(options);
+    requireNamedFolder(options);
     try {
-        return store.load();
+        const auto store = StateStore::find(namedFolder(options));
+        return store ? store->load() : SavedState{};
     } catch (const std::exception& error) {
         failLoading(error);
     }
 }
 
-std::vector<Profile> loadProfiles(const GlobalOptions& options) {
-    const StateStore store = openState(options);
+std::vector<PrivateItem> privateItems(const GlobalOptions& options) {
+    std::vector<PrivateItem> items;
     try {
-        return store.loadProfiles();
-    } catch (const std::exception& error) {
-        failLoading(error);
+        if (const auto store = StateStore::find(namedFolder(options))) items = store->privateItems();
+    } catch (const std::filesystem::filesystem_error&) {
+        // Gone meanwhile.
     }
+    if (!options.passwordFile.empty()) {
+        items.push_back({.path = std::filesystem::absolute(options.passwordFile), .reason = "it holds the password"});
+    }
+    return items;
 }
 
 InstanceLock holdState(const StateStore& store) {

@@ -10,11 +10,18 @@
 
 namespace zembrastel {
 
+// For commands that work on saved profiles. A folder that --state names must exist: a misspelt name would otherwise
+// read as "no profiles".
 [[nodiscard]] StateStore openState(const GlobalOptions& options);
 
-// For commands that only look: another program may be running meanwhile.
+// For commands that may save the first profile: makes the folder.
+[[nodiscard]] StateStore openOrMakeState(const GlobalOptions& options);
+
+// For commands that only look: makes and changes nothing, and another program may be running meanwhile.
 [[nodiscard]] SavedState loadState(const GlobalOptions& options);
-[[nodiscard]] std::vector<Profile> loadProfiles(const GlobalOptions& options); // which is quicker
+
+// What must not be published of what the command line names: the state folder and the password file.
+[[nodiscard]] std::vector<PrivateItem> privateItems(const GlobalOptions& options);
 
 // Keeps other programs from the state folder for as long as it lives. ExitCode::stateInUse when one is running.
 [[nodiscard]] InstanceLock holdState(const StateStore& store);

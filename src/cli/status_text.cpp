@@ -25,7 +25,7 @@ Tone toneOf(const answer::Status& told) {
 
 void addStatus(JsonLine& object, const ProfileStatus& status) {
     object.text("title", status.title).text("detail", status.detail);
-    object.flag("active", status.active).flag("failed", status.failed);
+    object.flag("active", status.active).flag("failed", status.failed).flag("filesMissing", status.filesMissing);
     object.number("uploaded", countOf(status.uploaded)).number("pending", countOf(status.pending));
     if (status.lastUpload) object.text("lastUpload", universalTime(*status.lastUpload));
 }
@@ -36,6 +36,7 @@ std::vector<std::string> statusLines(const answer::Status& told) {
         oneLine(told.name) + "  " + inColour(oneLine(status.title), toneOf(told), STDOUT_FILENO)};
     if (!status.detail.empty()) lines.push_back(line("detail", oneLine(status.detail)));
     if (status.pending > 0) lines.push_back(line("pending", counted(countOf(status.pending), "file")));
+    if (status.filesMissing) lines.push_back(line("missing", "if you deleted the files: forget-files"));
     if (told.newerOnServer > 0) {
         lines.push_back(line("review", counted(countOf(told.newerOnServer), "file") + " newer on the server"));
     }

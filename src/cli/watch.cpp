@@ -58,8 +58,12 @@ void watchUntilInterrupted(
 ExitCode watch(const Surroundings& around, const std::vector<std::string>& names) {
     const StateStore store = openState(around.options);
     const InstanceLock held = holdState(store);
+    const Output::NeverWaiting publishing(around.output, Output::NeverWaiting::usualRoom);
     MainQueue queue;
-    AppModel model(queue, {.storeOverride = store, .passwordAccess = {.read = readStoredPassword}});
+    AppModel model(
+        queue, {.storeOverride = store,
+                .passwordAccess = {.read = readStoredPassword},
+                .privateItems = privateItems(around.options)});
     requireLoaded(model);
     const auto profiles = chosenProfiles(model.profiles(), names);
     try {

@@ -24,6 +24,7 @@ void WatchReport::statusChanged(const Uuid& id) {
     const ProfileStatus& status = model.status(id);
     if (!around.output.json()) {
         if (const auto line = narrations[id].status(status)) tell(*profile, *line);
+        tellMissing(*profile, status.filesMissing);
         return;
     }
     // The model repeats it at every look at the folder.
@@ -35,6 +36,17 @@ void WatchReport::statusChanged(const Uuid& id) {
     JsonLine object("status");
     addStatus(begin(object, *profile), status);
     around.output.line(object);
+}
+
+// How to go on without the files, once.
+void WatchReport::tellMissing(const Profile& profile, bool missing) {
+    if (!missing) {
+        missingTold.erase(profile.id);
+    } else if (missingTold.insert(profile.id).second) {
+        const std::string name = unambiguousName(model.profiles(), profile);
+        around.output.line(
+            "  If you deleted the files, in another terminal: " + commandLine(around.options, "forget-files", name));
+    }
 }
 
 void WatchReport::activityLogged(const Uuid& id, const Activity& activity) {

@@ -25,6 +25,7 @@ public:
 
 private:
     void tell(const Profile& profile, const std::string& text);
+    void tellMissing(const Profile& profile, bool missing);
     void tellReview(const Profile& profile, const std::vector<RemoteChange>& changes);
     [[nodiscard]] JsonLine& begin(JsonLine& object, const Profile& profile) const;
 
@@ -34,6 +35,7 @@ private:
     std::map<Uuid, Narration> narrations;
     std::map<Uuid, std::string> lastStatus;
     std::set<Uuid> reviewsTold;
+    std::set<Uuid> missingTold;
 };
 
 } // namespace zembrastel

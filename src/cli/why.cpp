@@ -4,6 +4,7 @@
 #include "cli/profile_choice.h"
 #include "cli/profile_path.h"
 #include "cli/state_folder.h"
+#include "model/name_fault.h"
 #include "platform/text.h"
 
 #include <CLI/CLI.hpp>
@@ -47,8 +48,10 @@ std::optional<Answer> unreadable(const Profile& profile, const std::string& path
         relative += (relative.empty() ? "" : "/") + std::string(component);
         std::error_code failed;
         const auto type = fs::symlink_status(way, failed).type();
-        if (!isValidUtf8(component)) {
-            return Answer{.reason = "name", .decider = relative, .sentence = "Its name is not valid UTF-8."};
+        auto fault = nameFault(component);
+        if (!fault && type == fs::file_type::directory && isTooDeep(relative)) fault = NameFault::tooDeep;
+        if (fault) {
+            return Answer{.reason = "name", .decider = relative, .sentence = leftOutReason(*fault)};
         }
         if (type == fs::file_type::symlink) {
             return Answer{
@@ -94,7 +97,7 @@ Answer answerFor(const Profile& profile, const std::string& path) {
 }
 
 ExitCode explain(const Surroundings& around, const Request& request) {
-    const auto profiles = loadProfiles(around.options);
+    const auto profiles = loadState(around.options).profiles;
     const Profile& profile = chooseProfile(profiles, request.name);
     const std::string path = pathInProfile(profile, request.path);
     const Answer answer = answerFor(profile, path);

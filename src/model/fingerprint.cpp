@@ -1,26 +1,32 @@
 #include "model/fingerprint.h"
 
+#include "platform/files.h"
+#include "platform/folder.h"
+
 #include <cerrno>
 #include <sys/stat.h>
-#include <system_error>
 
 namespace zembrastel {
 
 Fingerprint Fingerprint::read(const std::filesystem::path& file) {
-    struct stat attributes {};
-    if (lstat(file.c_str(), &attributes) != 0) {
-        throw std::filesystem::filesystem_error("lstat", file, std::error_code(errno, std::system_category()));
-    }
-    return of(attributes);
+    const auto parent = file.parent_path();
+    const Folder folder = Folder::openThroughLinks(parent.empty() ? "." : parent);
+    const auto attributes = folder.attributes(file.filename());
+    if (!attributes) throwFileError("stat", file, ENOENT);
+    return of(folder, *attributes);
 }
 
-Fingerprint Fingerprint::of(const struct stat& attributes) {
+Fingerprint Fingerprint::of(const Folder& folder, const struct stat& attributes) {
+    return of(inodeNumbersAt(folder.descriptor()), attributes);
+}
+
+Fingerprint Fingerprint::of(InodeNumbers numbers, const struct stat& attributes) {
     constexpr double nanosecond = 1e-9;
     return {
         .size = attributes.st_size,
         .modified = static_cast<double>(attributes.st_mtim.tv_sec)
                     + static_cast<double>(attributes.st_mtim.tv_nsec) * nanosecond,
-        .inode = attributes.st_ino};
+        .inode = numbers == InodeNumbers::lasting ? attributes.st_ino : 0};
 }
 
 } // namespace zembrastel

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "model/path_map.h"
+#include "platform/inode_numbers.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -10,20 +11,30 @@ struct stat;
 
 namespace zembrastel {
 
+class Folder;
+
 // Equal fingerprints mean an unchanged file; a file replaced by one of the same size and time has another inode.
 struct Fingerprint {
     std::int64_t size = 0;   // bytes
     double modified = 0;     // seconds since 1970-01-01 00:00:00 UTC, as fine as the file system keeps it
-    std::uint64_t inode = 0; // file serial number
+    std::uint64_t inode = 0; // file serial number; 0 where the file system has none that lasts
 
     // The fingerprint of the item itself, never of what a link points at. Throws std::filesystem::filesystem_error.
     [[nodiscard]] static Fingerprint read(const std::filesystem::path& file);
 
-    // The fingerprint in attributes that were read already.
-    [[nodiscard]] static Fingerprint of(const struct stat& attributes);
+    // The fingerprint in attributes that were read already, of an item in the folder.
+    [[nodiscard]] static Fingerprint of(const Folder& folder, const struct stat& attributes);
+    [[nodiscard]] static Fingerprint of(InodeNumbers numbers, const struct stat& attributes);
 
     friend bool operator==(const Fingerprint&, const Fingerprint&) = default;
 };
+
+// Is what is there now another version than the one that was recorded? Where inode numbers do not last there is none
+// now, and the one that was recorded, by an older release or on another disk, does not count.
+[[nodiscard]] constexpr bool isOtherVersion(const Fingerprint& now, const Fingerprint& recorded) {
+    return now.size != recorded.size || now.modified != recorded.modified
+           || (now.inode != 0 && now.inode != recorded.inode);
+}
 
 // Relative path to fingerprint.
 using FileMap = PathMap<Fingerprint>;

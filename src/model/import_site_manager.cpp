@@ -127,8 +127,8 @@ void readFolders(const pugi::xml_node& site, ProfileCandidate& candidate) {
     if (!folder) folder = remoteFolderIn(remote, true);
     if (!folder) {
         candidate.notes.emplace_back(
-            remote.empty() ? "The site names no remote folder; \"/\" is taken."
-                           : "The site's remote folder cannot be read; \"/\" is taken.");
+            remote.empty() ? "The site names no remote folder; " + std::string(rootTakenNote)
+                           : "The site's remote folder cannot be read; " + std::string(rootTakenNote));
     }
     candidate.profile.remoteFolder = folder.value_or("/");
     const std::string local = textOf(site, "LocalDir");

@@ -93,7 +93,7 @@ void readIgnored(const Connection& connection, ProfileCandidate& candidate) {
 void readFolders(const Connection& connection, const std::filesystem::path& file, ProfileCandidate& candidate) {
     const std::string remote = withoutDots(connection.text("remotePath"));
     candidate.profile.remoteFolder = remote.empty() ? "/" : remote;
-    if (remote.empty()) candidate.notes.emplace_back("It names no remote folder; \"/\" is taken.");
+    if (remote.empty()) candidate.notes.emplace_back("It names no remote folder; " + std::string(rootTakenNote));
     const auto around = std::filesystem::absolute(file).parent_path();
     if (around.filename() == ".vscode") {
         auto folder = (around.parent_path() / connection.text("context")).lexically_normal();

@@ -2,6 +2,7 @@
 
 #include "platform/text.h"
 
+#include <algorithm>
 #include <climits>
 
 namespace zembrastel {
@@ -28,6 +29,14 @@ std::optional<NameFault> nameFault(std::string_view name) {
     if (containsControl(name)) return NameFault::control;
     if (name.size() > NAME_MAX) return NameFault::tooLong;
     return std::nullopt;
+}
+
+bool isTooDeep(std::string_view folder) { return std::ranges::count(folder, '/') + 1 >= mostFolderLevels; }
+
+std::string leftOutReason(NameFault fault) {
+    std::string sentence = std::string(reason(fault)) + ".";
+    sentence.front() = 'I';
+    return sentence;
 }
 
 std::string leftOutLine(NameFault fault, std::string_view path) {

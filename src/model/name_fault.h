@@ -23,6 +23,12 @@ enum class NameFault {
 // Of one path component; of its characters and its length alone.
 [[nodiscard]] std::optional<NameFault> nameFault(std::string_view name);
 
+// Is the folder of this path, "/" between its components, too deep?
+[[nodiscard]] bool isTooDeep(std::string_view folder);
+
+// A sentence: "Its name is not valid UTF-8."
+[[nodiscard]] std::string leftOutReason(NameFault fault);
+
 // "Left out, because …: " and the path.
 [[nodiscard]] std::string leftOutLine(NameFault fault, std::string_view path);
 

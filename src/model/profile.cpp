@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::string_view nul("\0", 1);
 
-void require(bool condition, const char* request) {
+void require(bool condition, const std::string& request) {
     if (!condition) throw SyncError(request);
 }
 
@@ -33,6 +33,17 @@ bool isRemoteFolder(std::string_view folder) {
     const auto leadsAstray = [](std::string_view component) { return component == "." || component == ".."; };
     return !folder.empty() && !containsLineBreak(folder) && !containsNul(folder)
            && std::ranges::none_of(components, leadsAstray);
+}
+
+// Can all that the user typed be saved? One text that cannot would keep the whole saved state from being written.
+bool hasValidTexts(const Profile& profile) {
+    const auto hasValidRules = [](const std::optional<DownloadSelection>& selection) {
+        return !selection
+               || std::ranges::all_of(selection->rules, [](const auto& rule) { return isValidUtf8(rule.first); });
+    };
+    return isValidUtf8(profile.name) && isValidUtf8(profile.host) && isValidUtf8(profile.username)
+           && isValidUtf8(profile.remoteFolder) && isValidUtf8(profile.exclusions.text())
+           && hasValidRules(profile.initialDownloadSelection) && hasValidRules(profile.syncSelection);
 }
 
 // The real path of an existing folder, or nothing.
@@ -83,6 +94,12 @@ Profile Profile::validated() const {
     auto resolved = realFolder(localFolder);
     require(resolved.has_value(), "Choose an existing local folder.");
     copy.localFolder = std::move(*resolved);
+    require(
+        isValidUtf8(copy.localFolder), "The local folder cannot be used, because its path is not valid UTF-8: "
+                                           + printable(copy.localFolder) + ". Rename the folder or choose another.");
+    require(
+        hasValidTexts(copy), "The name, the server, the username, the remote folder, the exclusions and the selected "
+                             "paths must be valid UTF-8.");
     return copy;
 }
 

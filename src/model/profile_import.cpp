@@ -6,6 +6,9 @@
 #include "platform/text.h"
 
 #include <algorithm>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
 
 namespace zembrastel {
 namespace {
@@ -29,6 +32,21 @@ bool looksLikeXml(std::string_view bytes) {
     return text == "<" || bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF"); // these are UTF-16
 }
 
+// Each name is tried once with each number, however many sites have it.
+void makeNamesUnique(std::vector<ProfileCandidate>& candidates) {
+    std::unordered_set<std::string> taken;
+    std::unordered_map<std::string, int> nextNumbers;
+    for (auto& candidate : candidates) {
+        std::string& name = candidate.profile.name;
+        if (taken.insert(name).second) continue;
+        const std::string wanted = name;
+        int& number = nextNumbers.try_emplace(wanted, 2).first->second;
+        do {
+            name = wanted + ' ' + std::to_string(number++);
+        } while (!taken.insert(name).second);
+    }
+}
+
 void refuseLarge(std::uintmax_t size) {
     if (size > largestImport) throw SyncError("it is larger than 4 MB, which no such file is");
 }
@@ -48,11 +66,7 @@ ProfilesFound findProfiles(std::string_view bytes, const std::filesystem::path& 
     ProfilesFound found = looksLikeXml(bytes)      ? profilesFromSiteManager(bytes)
                           : looksLikeExport(bytes) ? profilesFromExport(bytes)
                                                    : profilesFromWorkspace(bytes, file);
-    std::vector<std::string> names;
-    for (auto& candidate : found.candidates) {
-        candidate.profile.name = unusedName(candidate.profile.name, names);
-        names.push_back(candidate.profile.name);
-    }
+    makeNamesUnique(found.candidates);
     return found;
 }
 

@@ -23,6 +23,9 @@ struct ProfileCandidate {
     std::vector<std::string> notes; // sentences: what could not be taken over as it stands
 };
 
+// Ends the note about a remote folder that the source does not tell.
+inline constexpr std::string_view rootTakenNote = "\"/\" is taken.";
+
 struct SkippedProfile {
     std::string name;
     std::string reason; // a sentence

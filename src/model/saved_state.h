@@ -30,10 +30,6 @@ struct SavedState {
 // has room for 64 bytes more: readFile() leaves that.
 [[nodiscard]] SavedState decodeSavedState(std::string json);
 
-// The saved state's profiles alone. Errors as above; what else the state holds is passed over, damaged or not, which
-// takes a fraction of the time.
-[[nodiscard]] std::vector<Profile> decodeProfiles(std::string json);
-
 // Profiles on their way to another machine, without passwords. A later form has a higher version.
 struct ProfileExport {
     static constexpr std::int64_t currentVersion = 1;

@@ -5,6 +5,8 @@
 
 #include <charconv>
 #include <cstdint>
+#include <rapidjson/memorystream.h>
+#include <rapidjson/reader.h>
 #include <simdjson.h>
 #include <system_error>
 #include <utility>
@@ -45,12 +47,14 @@ struct Malformed {
     simdjson::error_code error;
 };
 
-// What there is in a saved state for those who want no more.
-struct ProfilesAlone {
-    std::vector<Profile> profiles;
-};
-
-void eachField(ProfilesAlone& state, const auto& visit) { visit("profiles", state.profiles); }
+// Is it one value that follows all rules of JSON? Of any depth: nothing recurses.
+bool isJson(std::string_view text) {
+    constexpr unsigned rules = rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag;
+    rapidjson::MemoryStream stream(text.data(), text.size());
+    rapidjson::BaseReaderHandler<> nothing;
+    const bool followed = !rapidjson::Reader().Parse<rules>(stream, nothing).IsError();
+    return followed && stream.Tell() == text.size(); // a NUL would pass for the end
+}
 
 template <class T>
 T valid(simdjson::simdjson_result<T>&& result) {
@@ -89,7 +93,12 @@ std::optional<std::string_view> plainKey(simdjson::ondemand::field& field) {
     return *end == '"' ? std::optional(std::string_view(begin, static_cast<std::size_t>(end - begin))) : std::nullopt;
 }
 
-// Calls `visit(key, value)` for each member. What is not read of a value is passed over, however deep it is.
+// Passes over a value of which nothing is wanted. The parser itself would only count its brackets.
+void pass(Value value) {
+    if (!isJson(valid(simdjson::to_json_string(value)))) throw Malformed{simdjson::TAPE_ERROR};
+}
+
+// Calls `visit(key, value)` for each member.
 void eachMember(Object&& object, const auto& visit) {
     for (auto member : object) {
         auto field = valid(std::move(member));
@@ -135,7 +144,18 @@ public:
 
     static void read(Value value, std::int64_t& target) { readNumber(value, value.get_int64(), target); }
     static void read(Value value, std::uint64_t& target) { readNumber(value, value.get_uint64(), target); }
-    static void read(Value value, double& target) { readNumber(value, value.get_double(), target); }
+    // The parser reads some numbers of more than 19 digits wrong. None that was written here has so many.
+    static void read(Value value, double& target) {
+        constexpr std::size_t longest = 19;
+        const std::string_view token = value.raw_json_token(); // and the blanks behind it
+        if (token.size() <= longest) {
+            readNumber(value, value.get_double(), target);
+            return;
+        }
+        const auto parsed = std::from_chars(token.data(), token.data() + token.size(), target);
+        if (parsed.ec == std::errc::invalid_argument || !isJson(token)) throw Misfit{mismatch(target)};
+        if (parsed.ec != std::errc()) throw Misfit{"is out of range"};
+    }
 
     static void read(Value value, RemoteDate& target) {
         double seconds = 0;
@@ -164,13 +184,16 @@ public:
         unsigned seen = 0; // one bit a field, in order
         eachMember(wanted(value.get_object(), record), [&](std::string_view key, Value member) {
             unsigned bit = 1;
+            bool known = false;
             eachField(record, [&](std::string_view name, auto& field) {
                 if (name == key) {
                     readMember(name, member, field);
                     seen |= bit;
+                    known = true;
                 }
                 bit <<= 1U;
             });
+            if (!known) pass(member);
         });
         eachField(record, [&seen](std::string_view name, auto& field) {
             const bool optional = Optional<std::remove_reference_t<decltype(field)>>;
@@ -269,10 +292,6 @@ T decodeRecord(std::string json, const char* name) {
 } // namespace
 
 SavedState decodeSavedState(std::string json) { return decodeRecord<SavedState>(std::move(json), "the saved state"); }
-
-std::vector<Profile> decodeProfiles(std::string json) {
-    return decodeRecord<ProfilesAlone>(std::move(json), "the saved state").profiles;
-}
 
 ProfileExport decodeProfileExport(std::string json) {
     auto exported = decodeRecord<ProfileExport>(std::move(json), "the export");

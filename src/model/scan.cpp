@@ -9,6 +9,8 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
+#include <optional>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace zembrastel {
@@ -30,48 +32,116 @@ std::filesystem::path readableRoot(const std::string& localFolder) {
 
 std::optional<NameFault> faultOf(const WalkEntry& entry) {
     if (const auto fault = nameFault(entry.name)) return fault;
-    // The path of the first folder that is too deep has one component more than the path of its parent.
-    const bool tooDeep = entry.kind == EntryKind::folder && std::ranges::count(entry.path, '/') >= mostFolderLevels - 1;
+    const bool tooDeep = entry.kind == EntryKind::folder && isTooDeep(entry.path);
     return tooDeep ? std::optional(NameFault::tooDeep) : std::nullopt;
 }
+// The private items that there are at this moment.
+class PrivateItems {
+public:
+    explicit PrivateItems(const std::vector<PrivateItem>& items) {
+        for (const auto& item : items) {
+            struct stat attributes {};
+            std::error_code gone;
+            const auto real = std::filesystem::canonical(item.path, gone);
+            if (gone || ::stat(real.c_str(), &attributes) != 0) continue;
+            found.push_back(
+                {.item = &item,
+                 .device = attributes.st_dev,
+                 .inode = attributes.st_ino,
+                 .folderName = S_ISDIR(attributes.st_mode) ? asciiLowercase(real.filename().string()) : ""});
+        }
+    }
+
+    // nullptr for another file.
+    [[nodiscard]] const PrivateItem* find(const struct stat& attributes) const {
+        const auto is = [&attributes](const Found& one) {
+            return one.inode == attributes.st_ino && one.device == attributes.st_dev;
+        };
+        const auto match = std::ranges::find_if(found, is);
+        return match == found.end() ? nullptr : match->item;
+    }
+
+    // nullptr for another folder. Folders have no other names to look out for, so that few need a look; their letters
+    // may be written in another case where the file system does not care.
+    [[nodiscard]] const PrivateItem* findFolder(const WalkEntry& entry) const {
+        const auto isNamed = [&entry](const Found& one) {
+            return one.folderName.size() == entry.name.size() && one.folderName == asciiLowercase(entry.name);
+        };
+        return std::ranges::any_of(found, isNamed) ? find(entry.attributes()) : nullptr;
+    }
+
+private:
+    struct Found {
+        const PrivateItem* item;
+        dev_t device;
+        ino_t inode;
+        std::string folderName; // in lower case; empty for a file
+    };
+
+    std::vector<Found> found;
+};
 
 class Scan {
 public:
     Scan(const Profile& scanned, const ScanHooks& scanHooks, const FileMap& before)
-        : recorder(before), profile(scanned), hooks(scanHooks), selection(scanned.effectiveSyncSelection()) {}
+        : recorder(before), profile(scanned), hooks(scanHooks), selection(scanned.effectiveSyncSelection()),
+          privateItems(scanHooks.privateItems) {}
 
     // Whether to enter the entry, should it be a folder.
     bool visit(const WalkEntry& entry) {
         constexpr unsigned entriesBetweenChecks = 256;
         if (visited++ % entriesBetweenChecks == 0) hooks.checkpoint();
         if (entry.kind != EntryKind::folder && entry.kind != EntryKind::file) return false;
-        if (const auto fault = faultOf(entry)) {
-            hooks.unusableName(entry.path, *fault);
-            return false;
-        }
         // Parents were accepted on the way down.
         if (profile.exclusions.matchEntry(entry.path)) {
             hooks.excluded(entry.path);
             return false;
         }
-        if (entry.kind == EntryKind::folder) return !selection || selection->shouldVisit(entry.path);
-        if (selection && !selection->includes(entry.path)) return false;
+        const bool folder = entry.kind == EntryKind::folder;
+        if (selection && !(folder ? selection->shouldVisit(entry.path) : selection->includes(entry.path))) return false;
+        if (const auto fault = faultOf(entry)) {
+            hooks.unusableName(entry.path, *fault);
+            return false;
+        }
+        if (folder) return !keptPrivate(entry, privateItems.findFolder(entry));
         const struct stat attributes = entry.attributes();
         // It may have been replaced by something else since the folder was read.
-        if (S_ISREG(attributes.st_mode)) recorder.add(entry.name, Fingerprint::of(attributes));
+        if (!S_ISREG(attributes.st_mode) || keptPrivate(entry, privateItems.find(attributes))) return false;
+        recorder.add(entry.name, Fingerprint::of(numbersFor(entry, attributes), attributes));
         return false;
     }
 
     FileMap::Recorder recorder;
 
 private:
+    bool keptPrivate(const WalkEntry& entry, const PrivateItem* item) const {
+        if (item != nullptr) hooks.keptPrivate(entry.path, *item);
+        return item != nullptr;
+    }
+
+    // Asked once for all files that come after one another on the same device.
+    InodeNumbers numbersFor(const WalkEntry& entry, const struct stat& attributes) {
+        if (!numbers || attributes.st_dev != device) {
+            numbers = entry.inodeNumbers();
+            device = attributes.st_dev;
+        }
+        return *numbers;
+    }
+
     const Profile& profile;
     const ScanHooks& hooks;
     const std::optional<DownloadSelection>& selection;
+    const PrivateItems privateItems;
+    std::optional<InodeNumbers> numbers;
+    dev_t device = 0;
     unsigned visited = 0;
 };
 
 } // namespace
+
+std::string leftOutText(std::string_view path, const PrivateItem& item) {
+    return "Left out, because " + item.reason + ": " + printable(path);
+}
 
 FileMap scan(const Profile& profile, const ScanHooks& hooks, const FileMap& before) {
     const auto root = readableRoot(profile.localFolder);

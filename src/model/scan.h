@@ -5,20 +5,27 @@
 
 #include "model/fingerprint.h"
 #include "model/name_fault.h"
+#include "model/private_item.h"
 #include "model/profile.h"
 #include "platform/folder.h"
 
 #include <functional>
 #include <string_view>
+#include <vector>
 
 namespace zembrastel {
 
 struct ScanHooks {
     // Called every few entries; what it throws ends the scan. For stopping.
     std::function<void()> checkpoint = [] {};
-    // Called with each path that cannot be saved or sent, because of its name or its depth, and is left out with all it
-    // holds.
+    // Called with each path that cannot be saved or sent, because of its name or its depth, where rules and selection
+    // would have it published. It is left out with all it holds.
     std::function<void(std::string_view path, NameFault fault)> unusableName = [](std::string_view, NameFault) {};
+    // Left out, folders with all they hold, under whatever name they stand in the folder.
+    std::vector<PrivateItem> privateItems{};
+    // Called with each place of one of them where rules and selection would have it published.
+    std::function<void(std::string_view path, const PrivateItem& item)> keptPrivate = [](std::string_view,
+                                                                                         const PrivateItem&) {};
     // Called with each path that the exclusions leave out, with all it holds.
     std::function<void(std::string_view path)> excluded = [](std::string_view) {};
     // Called with what the folder is mounted on, before anything in it is looked at.

@@ -1,35 +1,99 @@
 #include "model/state_store.h"
 
+#include "model/error.h"
+#include "platform/directory_walk.h"
 #include "platform/files.h"
-#include "platform/folder.h"
 #include "platform/standard_paths.h"
+
+#include <array>
+#include <cerrno>
+#include <fcntl.h>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace zembrastel {
 namespace {
 
 constexpr const char* fileName = "profiles.json";
+constexpr const char* lockName = "lock"; // see instance_lock.h
+
+std::filesystem::path namedOrOwn(std::optional<std::filesystem::path> folder) {
+    return folder ? *std::move(folder) : dataFolder() / "Zembrastel";
+}
+
+// The file itself and what was left of a write of it, the lock, the socket, journals (publish_journal.h).
+bool isOwnName(std::string_view name) {
+    return name.starts_with(fileName) || name == lockName || name == "socket" || name.starts_with("publishing-");
+}
 
 } // namespace
 
-StateStore::StateStore(std::optional<std::filesystem::path> folder)
-    : stateFolder(folder ? *std::move(folder) : dataFolder() / "Zembrastel") {
+StateStore::StateStore(std::filesystem::path named, Folder opened)
+    : stateFolder(std::move(named)), held(std::make_shared<const Folder>(std::move(opened))) {}
+
+StateStore::StateStore(std::optional<std::filesystem::path> folder) : stateFolder(namedOrOwn(std::move(folder))) {
     makePrivateFolders(stateFolder);
-    realFolder = std::filesystem::canonical(stateFolder);
-    removeStaleWrites(realFolder / fileName);
+    held = std::make_shared<const Folder>(Folder::open(std::filesystem::canonical(stateFolder)));
+    keepToOwner();
+    removeStaleWrites(held->path() / fileName);
+}
+
+std::optional<StateStore> StateStore::find(std::optional<std::filesystem::path> folder) {
+    auto named = namedOrOwn(std::move(folder));
+    if (!std::filesystem::exists(named)) return std::nullopt;
+    auto real = std::filesystem::canonical(named);
+    return StateStore(std::move(named), Folder::open(real));
+}
+
+void StateStore::keepToOwner() const {
+    const auto attributes = held->attributes(".");
+    if (!attributes || attributes->st_uid != ::geteuid() || (attributes->st_mode & ACCESSPERMS) == S_IRWXU) return;
+    bool sharedWithOthers = false;
+    visitItems(*held, [&](const WalkEntry& entry) { sharedWithOthers = sharedWithOthers || !isOwnName(entry.name); });
+    // On a file system without modes there is nothing to do.
+    if (!sharedWithOthers) (void)::fchmod(held->descriptor(), S_IRWXU);
+}
+
+std::optional<std::string> StateStore::contents() const {
+    const auto path = held->path() / fileName;
+    // Not blocking: it may be a FIFO that nobody writes to.
+    const Descriptor file(::openat(held->descriptor(), fileName, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    if (!file && errno == ENOENT) return std::nullopt;
+    struct stat attributes {};
+    if (!file || ::fstat(file.get(), &attributes) != 0) throwFileError("open", path);
+    if (!S_ISREG(attributes.st_mode)) throw SyncError(path.string() + ": It is not a file");
+    return readContents(file.get(), path);
 }
 
 SavedState StateStore::load() const {
-    auto json = readFile(realFolder / fileName);
-    return json ? decodeSavedState(*std::move(json)) : SavedState{};
-}
-
-std::vector<Profile> StateStore::loadProfiles() const {
-    auto json = readFile(realFolder / fileName);
-    return json ? decodeProfiles(*std::move(json)) : std::vector<Profile>();
+    auto json = contents();
+    try {
+        return json ? decodeSavedState(*std::move(json)) : SavedState{};
+    } catch (const SyncError& error) {
+        throw SyncError((held->path() / fileName).string() + ": " + error.what());
+    }
 }
 
 void StateStore::save(const SavedState& state) const {
-    writeAtomically(Folder::open(realFolder), fileName, encode(state));
+    struct stat now {};
+    const auto locked = held->attributes(".");
+    if (::lstat(held->path().c_str(), &now) != 0 || !locked || now.st_dev != locked->st_dev
+        || now.st_ino != locked->st_ino) {
+        throw SyncError(
+            "The state folder " + stateFolder.string()
+            + " was moved away or replaced while the program ran. Nothing is saved until it is back, or the program is "
+              "started again");
+    }
+    writeAtomically(*held, fileName, encode(state));
+}
+
+std::vector<PrivateItem> StateStore::privateItems() const {
+    constexpr const char* reason = "it is the state folder of this program";
+    std::vector<PrivateItem> items{{.path = held->path(), .reason = reason}};
+    // The folder may be the local folder itself.
+    for (const auto* name : {fileName, lockName}) items.push_back({.path = held->path() / name, .reason = reason});
+    return items;
 }
 
 } // namespace zembrastel

@@ -73,7 +73,7 @@ private:
         const std::size_t prefix = path.size();
         while (true) {
             const ssize_t size = ::getdents64(level.folder.get(), buffer->bytes.data(), bufferSize);
-            if (size < 0) throwFileError("read", root / path);
+            if (size < 0) throwFileError("read", root / path.substr(0, level.pathLength)); // not the last item's path
             if (size == 0) break;
             for (ssize_t offset = 0; offset < size;) {
                 const auto* entry = reinterpret_cast<const dirent64*>(buffer->bytes.data() + offset);

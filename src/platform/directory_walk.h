@@ -3,6 +3,8 @@
 // Blocks its thread. Cost: one getdents64 pass a folder, and no look at an item unless the visitor asks for it.
 #pragma once
 
+#include "platform/inode_numbers.h"
+
 #include <filesystem>
 #include <functional>
 #include <string_view>
@@ -28,6 +30,9 @@ public:
 
     // The item's own attributes. Throws std::filesystem::filesystem_error, also when the item has gone meanwhile.
     [[nodiscard]] struct stat attributes() const;
+
+    // Of the file system that the item's folder is on.
+    [[nodiscard]] InodeNumbers inodeNumbers() const { return inodeNumbersAt(parent); }
 
 private:
     int parent;

@@ -85,7 +85,11 @@ void throwFileError(const char* operation, const std::filesystem::path& file) {
 void makePrivateFolders(const std::filesystem::path& folder) {
     if (folder.empty() || std::filesystem::is_directory(folder)) return;
     makePrivateFolders(folder.parent_path());
-    if (::mkdir(folder.c_str(), S_IRWXU) == 0) return;
+    if (::mkdir(folder.c_str(), S_IRWXU) == 0) {
+        // The process's umask may have taken away what the owner needs.
+        if (::chmod(folder.c_str(), S_IRWXU) != 0) throwFileError("chmod", folder);
+        return;
+    }
     const int errorNumber = errno;
     if (errorNumber == EEXIST && std::filesystem::is_directory(folder)) return; // a trailing "/", or another program
     throwFileError("mkdir", folder, errorNumber);
@@ -113,9 +117,11 @@ void writeAtomically(const Folder& folder, const std::string& name, std::string_
 
 void removeStaleWrites(const std::filesystem::path& file) {
     const std::string prefix = file.filename().string() + ".";
-    std::error_code ignored; // a leftover that cannot be looked at or removed does no harm
-    for (const auto& entry : std::filesystem::directory_iterator(file.parent_path(), ignored)) {
-        const std::string name = entry.path().filename().string();
+    std::error_code unreadable; // a leftover that cannot be looked at or removed does no harm
+    std::error_code ignored;
+    for (std::filesystem::directory_iterator entry(file.parent_path(), unreadable), end; !unreadable && entry != end;
+         entry.increment(unreadable)) {
+        const std::string name = entry->path().filename().string();
         if (name.size() < prefix.size() + writeSuffix.size() || !name.starts_with(prefix)
             || !name.ends_with(writeSuffix)) {
             continue;
@@ -123,9 +129,9 @@ void removeStaleWrites(const std::filesystem::path& file) {
         const std::string_view middle =
             std::string_view(name).substr(prefix.size(), name.size() - prefix.size() - writeSuffix.size());
         if (!Uuid::parse(middle)) continue;
-        const auto written = std::filesystem::last_write_time(entry.path(), ignored);
+        const auto written = std::filesystem::last_write_time(entry->path(), ignored);
         if (ignored || std::filesystem::file_time_type::clock::now() - written < std::chrono::hours(1)) continue;
-        std::filesystem::remove(entry.path(), ignored);
+        std::filesystem::remove(entry->path(), ignored);
     }
 }
 

@@ -17,7 +17,8 @@ class Folder;
 [[noreturn]] void throwFileError(const char* operation, const std::filesystem::path& file);
 [[noreturn]] void throwFileError(const char* operation, const std::filesystem::path& file, int errorNumber);
 
-// Makes the folder and its missing parents for the owner alone (0700). What exists is left as it is.
+// Makes the folder and its missing parents for the owner alone (0700), whatever the umask. What exists is left as it
+// is.
 void makePrivateFolders(const std::filesystem::path& folder);
 
 // Replaces the file in one step, for the owner alone (0600). The bytes go to a new file beside it, are flushed to the
@@ -27,7 +28,8 @@ void writeAtomically(const std::filesystem::path& file, std::string_view bytes);
 // The same for the file of that name in an open folder, which nobody can swap for another meanwhile.
 void writeAtomically(const Folder& folder, const std::string& name, std::string_view bytes);
 
-// Removes what writeAtomically left beside `file` in a run that was killed, once it is over an hour old.
+// Removes what writeAtomically left beside `file` in a run that was killed, once it is over an hour old. What cannot be
+// read or removed stays, without an error.
 void removeStaleWrites(const std::filesystem::path& file);
 
 // The file's bytes, with room for 64 more, which parsers that read by blocks ask for. Nothing when there is no such

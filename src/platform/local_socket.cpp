@@ -40,10 +40,16 @@ sockaddr_un addressIn(const Descriptor& folder, const std::string& name) {
 
 Descriptor makeSocket(int flags) { return Descriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | flags, 0)); }
 
-bool isOwnUsers(const Descriptor& socket) {
+std::optional<ucred> otherSide(const Descriptor& socket) {
     ucred other{};
     socklen_t size = sizeof other;
-    return ::getsockopt(socket.get(), SOL_SOCKET, SO_PEERCRED, &other, &size) == 0 && other.uid == ::geteuid();
+    if (::getsockopt(socket.get(), SOL_SOCKET, SO_PEERCRED, &other, &size) != 0) return std::nullopt;
+    return other;
+}
+
+bool isOwnUsers(const Descriptor& socket) {
+    const auto other = otherSide(socket);
+    return other && other->uid == ::geteuid();
 }
 
 bool isPassing(int error) { return error == EAGAIN || error == EINTR; }
@@ -259,13 +265,20 @@ std::optional<std::string> LocalConnection::readLine(std::optional<std::chrono::
         const int limit = atMost ? static_cast<int>(rest.count()) : -1;
         pollfd waiting{.fd = socket.get(), .events = POLLIN, .revents = 0};
         const int ready = ::poll(&waiting, 1, limit);
-        if (ready < 0 && errno != EINTR) return std::nullopt;
+        over = ready < 0 && errno != EINTR;
+        if (over) return std::nullopt;
         if (ready <= 0) continue;
         const ssize_t size = ::recv(socket.get(), piece.data(), piece.size(), MSG_DONTWAIT);
         if (size < 0 && isPassing(errno)) continue;
-        if (size <= 0) return std::nullopt;
+        over = size <= 0;
+        if (over) return std::nullopt;
         input.append(piece.data(), static_cast<std::size_t>(size));
     }
+}
+
+std::optional<int> LocalConnection::process() const {
+    const auto other = otherSide(socket);
+    return other && other->pid > 0 ? std::optional(static_cast<int>(other->pid)) : std::nullopt;
 }
 
 void LocalConnection::end() const { ::shutdown(socket.get(), SHUT_RDWR); }

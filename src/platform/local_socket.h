@@ -66,7 +66,6 @@ private:
         bool ended = false;
     };
 
-    void listen(const std::filesystem::path& folder, const std::string& name);
     void serve();
     [[nodiscard]] bool waitForEvents();
     void accept();
@@ -107,12 +106,19 @@ public:
     // Ends readLine() for good, now or when it is next called. Any thread.
     void end() const;
 
+    // Whether readLine() met the end: nothing more will come.
+    [[nodiscard]] bool isOver() const { return over; }
+
+    // The process that made the other side's socket; nothing where the system does not tell.
+    [[nodiscard]] std::optional<int> process() const;
+
 private:
     explicit LocalConnection(Descriptor connected) : socket(std::move(connected)) {}
 
     Descriptor socket;
     std::string input;
     std::size_t searched = 0; // bytes of the input without a line feed
+    bool over = false;
 };
 
 } // namespace zembrastel

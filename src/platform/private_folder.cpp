@@ -32,7 +32,11 @@ bool isStale(const std::filesystem::path& folder) {
 Folder makePrivateFolder() {
     const auto parent = Folder::openThroughLinks(temporaryFolder());
     const auto name = std::string(prefix) + Uuid::random().text();
-    if (::mkdirat(parent.descriptor(), name.c_str(), S_IRWXU) != 0) throwFileError("mkdir", parent.path() / name);
+    // The process's umask may take away what the owner needs.
+    if (::mkdirat(parent.descriptor(), name.c_str(), S_IRWXU) != 0
+        || ::fchmodat(parent.descriptor(), name.c_str(), S_IRWXU, 0) != 0) {
+        throwFileError("mkdir", parent.path() / name);
+    }
     try {
         auto made = parent.enter(name);
         if (!made) throwFileError("open", parent.path() / name, ENOENT);
@@ -69,9 +73,11 @@ PrivateFolder::~PrivateFolder() {
 }
 
 void removeStalePrivateFolders() {
-    std::error_code ignored; // another program may be removing the same things
-    for (const auto& entry : std::filesystem::directory_iterator(temporaryFolder(), ignored)) {
-        if (isStale(entry.path())) std::filesystem::remove_all(entry.path(), ignored);
+    std::error_code unreadable; // another program may be removing the same things
+    std::error_code ignored;
+    for (std::filesystem::directory_iterator entry(temporaryFolder(), unreadable), end; !unreadable && entry != end;
+         entry.increment(unreadable)) {
+        if (isStale(entry->path())) std::filesystem::remove_all(entry->path(), ignored);
     }
 }
 

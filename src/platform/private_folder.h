@@ -26,7 +26,7 @@ private:
 };
 
 // Removes the folders that runs of this user left behind when they were killed: those over an hour old, which is
-// longer than any transfer may take.
+// longer than any transfer may take. What cannot be read or removed stays, without an error.
 void removeStalePrivateFolders();
 
 } // namespace zembrastel

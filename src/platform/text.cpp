@@ -67,6 +67,17 @@ bool isDigit(UChar32 c) {
 
 bool isControl(UChar32 c) { return c < 0x20 || (c >= 0x7F && c < 0xA0); }
 
+// Does it change how its neighbours are shown, or make two texts look the same, without a shape of its own? Overrides
+// of the writing direction, separators of lines, joiners, fillers and tags do. Not the selectors of an emoji's form.
+bool isInvisible(UChar32 c) {
+    if (c < 0xA0) return false;
+    const auto type = u_charType(c);
+    if (type == U_LINE_SEPARATOR || type == U_PARAGRAPH_SEPARATOR) return true;
+    if (type == U_FORMAT_CHAR) return u_hasBinaryProperty(c, UCHAR_PREPENDED_CONCATENATION_MARK) == 0;
+    return u_hasBinaryProperty(c, UCHAR_DEFAULT_IGNORABLE_CODE_POINT) != 0
+           && u_hasBinaryProperty(c, UCHAR_VARIATION_SELECTOR) == 0;
+}
+
 // Eight bytes of text at a time, in no particular order.
 using Word = std::uint64_t;
 
@@ -261,6 +272,12 @@ std::string_view trimmed(std::string_view text) { return trimmedOf(text, isWhite
 
 std::string_view trimmedBlanks(std::string_view text) { return trimmedOf(text, isBlank); }
 
+std::string sentence(std::string_view text) {
+    std::string result(trimmed(text));
+    const bool ended = !result.empty() && std::string_view(".!?").find(result.back()) != std::string_view::npos;
+    return ended ? result : result + ".";
+}
+
 std::vector<std::string_view> nonEmptyLines(std::string_view text) {
     std::vector<std::string_view> lines;
     while (!text.empty()) {
@@ -315,7 +332,7 @@ std::string printable(std::string_view text) {
     while (!text.empty()) {
         const CodePoint next = firstCodePoint(text);
         const std::string_view bytes = text.substr(0, next.size);
-        if (isControl(next.value)) { // negative values of invalid bytes among them
+        if (isControl(next.value) || isInvisible(next.value)) { // negative values of invalid bytes among them
             for (const char byte : bytes) appendHex(shown, "\\x", byte);
         } else {
             shown += bytes;

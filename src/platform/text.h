@@ -36,6 +36,9 @@ namespace zembrastel {
 // Without the tabs and blanks (U+0009 and Unicode category Zs: no line break) at both ends. A view into `text`.
 [[nodiscard]] std::string_view trimmedBlanks(std::string_view text);
 
+// `text` without white space at its ends, and with a full stop unless it ends a sentence already.
+[[nodiscard]] std::string sentence(std::string_view text);
+
 // The lines of `text`, ended by any of the line breaks above, without the empty ones. Views into `text`.
 [[nodiscard]] std::vector<std::string_view> nonEmptyLines(std::string_view text);
 
@@ -53,7 +56,8 @@ namespace zembrastel {
 // Every byte outside the unreserved set of RFC 3986 (letters, digits, "-._~") as "%" and two upper-case digits.
 [[nodiscard]] std::string percentEncoded(std::string_view text);
 
-// `text` for a person to read: control characters and invalid bytes as \xHH, all else as it is.
+// `text` for a person to read: control characters, invisible ones (such as those that turn the writing direction) and
+// invalid bytes as \xHH, all else as it is.
 [[nodiscard]] std::string printable(std::string_view text);
 
 // Equal for names that differ only in case or in Unicode normalization form: where file systems ignore these, such

@@ -8,6 +8,7 @@
 #include "transport/ftp_transport.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 #include <set>
 
@@ -121,7 +122,7 @@ private:
         } catch (const Cancelled&) {
             throw;
         } catch (const std::exception& error) {
-            waitToRetry("Waiting to retry", describe(error));
+            waitToRetry("Waiting to retry", describe(error), filesMissing);
             return;
         }
         worker.retryWait->reset();
@@ -130,11 +131,15 @@ private:
 
     FileMap scanFolder() {
         Mount found;
+        filesMissing = false;
         FileMap current = scan(
             worker.profile,
             {.checkpoint = [this] { worker.control->check(); },
              .unusableName =
                  [this](std::string_view path, NameFault fault) { reportOnce(leftOutLine(fault, path), true); },
+             .privateItems = worker.privateItems,
+             .keptPrivate =
+                 [this](std::string_view path, const PrivateItem& item) { reportOnce(leftOutText(path, item), false); },
              .mounted = [&found](const Mount& folder) { found = folder; }},
             previous.empty() ? baseline : previous);
         requireOwnDisk(found, current);
@@ -142,10 +147,15 @@ private:
     }
 
     // A disk that was unmounted is not a site of which every file was deleted; and when it is back, others may have
-    // changed the server meanwhile.
+    // changed the server meanwhile. The first look has no mount to compare with: there an empty folder is enough.
     void requireOwnDisk(const Mount& found, const FileMap& current) {
         const bool other = mount && mount != found;
         const auto isThere = [&current](const auto& file) { return current.contains(file.path); };
+        filesMissing = !mount && current.empty() && !worker.filesMayBeGone && expectsFiles();
+        if (filesMissing) {
+            diskWasAway = true;
+            throw SyncError(missingFilesProblem(worker.profile.localFolder));
+        }
         if (other && !baseline.empty() && std::ranges::none_of(baseline, isThere)) {
             diskWasAway = true;
             throw SyncError("Another disk, or none, is mounted at the local folder: none of the files that were "
@@ -156,6 +166,13 @@ private:
             throw Cancelled();
         }
         mount = found;
+    }
+
+    // Files that the user has since left out of the profile are not found wherever the disk is.
+    [[nodiscard]] bool expectsFiles() const {
+        return std::ranges::any_of(baseline, [this](const auto& file) {
+            return worker.profile.includesInSync(file.path) && !worker.profile.excludes(file.path);
+        });
     }
 
     void reportOnce(const std::string& line, bool error) {
@@ -215,9 +232,10 @@ private:
         worker.events.deliver(event::Baseline{baseline});
     }
 
-    void waitToRetry(const std::string& title, const std::string& problem) {
+    void waitToRetry(const std::string& title, const std::string& problem, bool missing = false) {
         activity(problem, true);
-        status(title, retryDetail(problem, worker.retryWait->delay()), 0);
+        worker.events.deliver(event::Status{
+            .title = title, .detail = retryDetail(problem, worker.retryWait->delay()), .filesMissing = missing});
         if (!worker.retryWait->sleep(worker.clock, stop)) throw Cancelled();
     }
 
@@ -242,6 +260,7 @@ private:
     FileMap previous;
     std::optional<Mount> mount; // that the local folder is on
     bool diskWasAway = false;
+    bool filesMissing = false; // at the latest look
     UploadQueue uploads;
     bool waitingShown = false; // the status says why files wait
     FileMap lookedThrough;     // for names that are alike
@@ -251,7 +270,31 @@ private:
 } // namespace
 
 std::string retryDetail(const std::string& problem, std::chrono::seconds delay) {
-    return problem + " Retrying in " + std::to_string(delay.count()) + " seconds.";
+    return sentence(problem) + " Retrying in " + std::to_string(delay.count()) + " seconds.";
+}
+
+std::string missingFilesProblem(const std::string& localFolder) {
+    return "None of the synchronised files is there: the local folder " + printable(localFolder)
+           + " is empty. Perhaps its disk is not mounted. Nothing is uploaded or forgotten until there are files in it "
+             "again.";
+}
+
+std::string uploadProblem(std::string problem, const std::string& path) {
+    // Failures to reach the server or to log in, by curl's codes for them, are not about a file.
+    constexpr std::array<std::string_view, 7> ofServer{"curl: (6) ",  "curl: (7) ",  "curl: (35) ", "curl: (60) ",
+                                                       "curl: (64) ", "curl: (67) ", "curl: (91) "};
+    if (std::ranges::any_of(ofServer, [&](std::string_view beginning) { return problem.starts_with(beginning); })) {
+        return problem;
+    }
+    // curl counts what came in, which is nothing in an upload.
+    constexpr std::string_view misleading = " with 0 bytes received";
+    const auto received = problem.find(misleading);
+    if (received != std::string::npos) problem.replace(received, misleading.size(), " before the upload was complete");
+    const bool namesIt = problem.ends_with(": " + path) || problem.find('/' + path + ": ") != std::string::npos;
+    if (namesIt) return problem;
+    const bool ended = problem.ends_with('.');
+    if (ended) problem.pop_back();
+    return problem + " (" + path + (ended ? ")." : ")");
 }
 
 event::Status watchingStatus() {
@@ -272,8 +315,8 @@ event::Status downloadingStatus() {
 
 std::vector<std::string> changedPaths(const FileMap& current, const FileMap& baseline) {
     std::vector<std::string> changed;
-    current.forEachDifference(baseline, [&](std::string_view path, const Fingerprint* now, const Fingerprint*) {
-        if (now != nullptr) changed.emplace_back(path);
+    current.forEachDifference(baseline, [&](std::string_view path, const Fingerprint* now, const Fingerprint* then) {
+        if (now != nullptr && (then == nullptr || isOtherVersion(*now, *then))) changed.emplace_back(path);
     });
     std::sort(changed.begin(), changed.end());
     return changed;

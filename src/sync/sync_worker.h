@@ -6,6 +6,7 @@
 #pragma once
 
 #include "model/fingerprint.h"
+#include "model/private_item.h"
 #include "model/profile.h"
 #include "model/publish_journal.h"
 #include "model/remote_date.h"
@@ -38,6 +39,13 @@ inline constexpr int mostLooks = 15; // of one pass
 [[nodiscard]] std::vector<std::string> stablePaths(
     const std::vector<std::string>& changed, const FileMap& current, const FileMap& previous);
 
+// The failure of the upload of this file, which the text names at its end if it does not name it yet; that of reaching
+// the server stays as it is.
+[[nodiscard]] std::string uploadProblem(std::string problem, const std::string& path);
+
+// What the user reads when the local folder is empty and the baseline is not.
+[[nodiscard]] std::string missingFilesProblem(const std::string& localFolder);
+
 // The status of a worker at rest, and with changed files that wait, go up, or come down at first.
 [[nodiscard]] event::Status watchingStatus();
 [[nodiscard]] event::Status queuedStatus(std::int64_t pending);
@@ -59,6 +67,10 @@ struct SyncWorker {
     RemoteDates recordedDates = {};
     bool mayReplaceUnseen = false;
     std::optional<PublishJournal> journal = std::nullopt; // of what is about to go live
+    std::vector<PrivateItem> privateItems{};              // never published
+    // The user says that the files are gone. Without that, a worker that finds the local folder empty at its first look
+    // waits and keeps the baseline: perhaps the folder's disk is not mounted.
+    bool filesMayBeGone = false;
 
     // Returns when the worker was stopped, by the token or through the control, when an initial download is due without
     // a selection, and when the local folder's disk is back: what became of the server meanwhile has to be looked at

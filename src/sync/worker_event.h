@@ -23,6 +23,8 @@ struct Status {
     std::string title;
     std::string detail;
     std::int64_t pending = 0; // changed files
+    // The worker found none of the files that count as synchronised, and waits: see SyncWorker::filesMayBeGone.
+    bool filesMissing = false;
 };
 
 // A line for the activity log.

@@ -153,7 +153,7 @@ Restored restoreBackup(const std::string& localFolder, const Backup& backup, con
         if (!local.parent->install(staged.name(), local.name)) refuseChanged(backup.path);
         return {.now = now};
     }
-    const auto replaced = Fingerprint::of(*current);
+    const auto replaced = Fingerprint::of(*local.parent, *current);
     const auto kept = makeBackup(localFolder, local, control);
     control.check();
     const auto now = staged.fingerprint();

@@ -84,7 +84,7 @@ bool differs(RemoteDate a, RemoteDate b) {
 
 bool isThere(const LocalPlace& place, const Fingerprint& version) {
     const auto item = place.attributes();
-    return item && Fingerprint::of(*item) == version;
+    return item && Fingerprint::of(*place.parent, *item) == version;
 }
 
 // Is this what curl says of a file, or of its folder, that the server has no more?
@@ -184,7 +184,7 @@ private:
         if (!item) {
             downloadMissing(local.path, entry.size);
         } else if (S_ISREG(item->st_mode)) {
-            updateOlder(local.path, Fingerprint::of(*item), entry);
+            updateOlder(local.path, Fingerprint::of(*local.parent, *item), entry);
         } else {
             keepDifferentType(local);
         }

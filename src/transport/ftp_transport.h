@@ -10,6 +10,7 @@
 
 #include "model/fingerprint.h"
 #include "model/name_fault.h"
+#include "model/private_item.h"
 #include "model/profile.h"
 #include "transport/alike_names.h"
 #include "transport/curl_configuration.h"
@@ -51,7 +52,8 @@ struct FTPTransport {
     Profile profile;
     std::string password;
     std::shared_ptr<TransferControl> control;
-    TransferObserver* observer = nullptr; // borrowed; nothing is looked at for nobody
+    TransferObserver* observer = nullptr;    // borrowed; nothing is looked at for nobody
+    std::vector<PrivateItem> privateItems{}; // in the local folder, of no concern to the server
     std::shared_ptr<ServerTraits> traits = std::make_shared<ServerTraits>(); // of the profile's server
 
     // Tells how many bytes of a local file curl has read or written.
@@ -136,7 +138,6 @@ struct FTPTransport {
     // changed meanwhile. Fetches the file.
     [[nodiscard]] bool hasContentsOf(const std::string& path, const Fingerprint& local) const;
 };
-
 
 // Throws the SyncError for a folder `depth` levels below the remote one, when that is too deep.
 void checkFolderDepth(int depth);

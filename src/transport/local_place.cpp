@@ -83,7 +83,7 @@ std::optional<struct stat> LocalPlace::attributes() const {
 Fingerprint LocalPlace::fingerprint() const {
     const auto item = attributes();
     if (!item) throwFileError("stat", url, ENOENT);
-    return Fingerprint::of(*item);
+    return Fingerprint::of(*parent, *item);
 }
 
 std::string temporaryName(std::string_view suffix) {

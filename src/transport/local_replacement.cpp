@@ -121,7 +121,7 @@ StagedFile::StagedFile(const Folder& into, std::pair<std::string, Descriptor> ma
     : folder(into), temporary(std::move(made.first)), file(std::move(made.second)) {}
 
 StagedFile::~StagedFile() {
-    if (!kept) folder.remove(temporary);
+    if (!exchanged) folder.remove(temporary);
 }
 
 void StagedFile::settleLike(int original) const {
@@ -153,11 +153,12 @@ bool StagedFile::exchangeWith(const std::string& place) {
     std::string displaced = temporaryName(displacedSuffix);
     folder.replace(temporary, folder, displaced);
     temporary = std::move(displaced);
-    return folder.exchange(temporary, place);
+    exchanged = folder.exchange(temporary, place);
+    return exchanged;
 }
 
 Fingerprint StagedFile::fingerprint() const {
-    return Fingerprint::of(attributesOf(file.get(), folder.path() / temporary));
+    return Fingerprint::of(folder, attributesOf(file.get(), folder.path() / temporary));
 }
 
 LocalPlace makeBackup(const std::string& localFolder, const LocalPlace& original, const TransferControl& control) {
@@ -182,8 +183,8 @@ bool replaceKeeping(
     StagedFile& staged, const LocalPlace& local, const Fingerprint& version, const LocalPlace& backup,
     const std::string& localFolder) {
     const Folder& folder = *local.parent;
-    const auto isVersion = [&version](const std::optional<struct stat>& item) {
-        return item && Fingerprint::of(*item) == version;
+    const auto isVersion = [&](const std::optional<struct stat>& item) {
+        return item && Fingerprint::of(folder, *item) == version;
     };
     if (!isVersion(local.attributes())) return false;
     staged.settleLike(folder.openForReading(local.name).get());
@@ -193,16 +194,17 @@ bool replaceKeeping(
         return true;
     }
     if (isVersion(folder.attributes(staged.name()))) {
+        bool moved = false;
         try {
-            (void)becomesBackup(folder, staged.name(), backup);
+            moved = becomesBackup(folder, staged.name(), backup);
         } catch (const std::filesystem::filesystem_error&) {
             // The copy that was made before is the backup then.
         }
+        if (!moved) folder.remove(staged.name());
         return true;
     }
     // An edit slipped in between the look and the exchange. Until it is back, the temporary name is the only one it
     // has.
-    staged.keep();
     putBack(folder, staged.name(), local.name, attributesOf(staged.descriptor(), local.url).st_ino);
     moveToBackup(localFolder, folder, staged.name(), local.path);
     return false;

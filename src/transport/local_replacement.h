@@ -41,15 +41,16 @@ public:
     // The same with the permission bits that any program's new file gets here.
     void settleAsNew() const;
 
+    // Of what is in it now.
+    [[nodiscard]] struct stat attributes() const;
+
     // Of what is in it now. Read before the file is installed: what stands in the place afterwards may be an edit.
     [[nodiscard]] Fingerprint fingerprint() const;
 
-    // Swaps it with the file of that name in one step. False, with nothing swapped, where the file system cannot.
-    // Whatever happens next, even a kill, what stood there is under name() then, which is that of a displaced file.
+    // Swaps it with the file of that name in one step. False, with nothing swapped, where the file system cannot. What
+    // stood there is then under name(), which has become that of a displaced file, and is no longer removed: it may be
+    // the only copy of an edit.
     [[nodiscard]] bool exchangeWith(const std::string& place);
-
-    // Leaves the file of that name where it is.
-    void keep() { kept = true; }
 
     [[nodiscard]] const std::string& name() const { return temporary; }
 
@@ -62,7 +63,7 @@ private:
     const Folder& folder; // borrowed
     std::string temporary;
     const Descriptor file;
-    bool kept = false;
+    bool exchanged = false;
 };
 
 // Copies the file, with its date and all that copyAttributes keeps, to a new backup place.

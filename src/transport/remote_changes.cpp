@@ -106,7 +106,7 @@ private:
             {.path = path,
              .local = here,
              .remoteDate = version.modified,
-             .bothChanged = isUnanswered || (record.local != nullptr && *record.local != here)});
+             .bothChanged = isUnanswered || (record.local != nullptr && isOtherVersion(here, *record.local))});
     }
 
     // Own uploads, and decisions, of which it is not certain that they were saved.
@@ -121,7 +121,7 @@ private:
         const auto* known = recorded.knownDates.find(path);
         if (known == nullptr || *known != version.modified) found.recognised.dates.set(path, version.modified);
         const auto* before = recorded.baseline.find(path);
-        if (synchronised == nullptr || (before != nullptr && *before == *synchronised)) return;
+        if (synchronised == nullptr || (before != nullptr && !isOtherVersion(*synchronised, *before))) return;
         found.recognised.files.set(path, *synchronised);
     }
 
@@ -152,7 +152,8 @@ bool isUnknownVersion(RemoteDate remote, std::optional<RemoteDate> knownRemote) 
 }
 
 ServerCheck FTPTransport::newerRemoteFiles(const ServerRecord& recorded, const Report& report) const {
-    const FileMap local = scan(profile, {.checkpoint = [this] { control->check(); }}, recorded.baseline);
+    const FileMap local =
+        scan(profile, {.checkpoint = [this] { control->check(); }, .privateItems = privateItems}, recorded.baseline);
     if (local.empty()) {
         (void)list(""); // a server that cannot be reached is still to be told
         return {};

@@ -41,7 +41,7 @@ std::chrono::seconds commonShift(const std::vector<Seconds>& differences) {
 bool differsFromRecord(
     const ServerVersion& found, const Fingerprint& local, const RecordedFile& recorded, std::chrono::seconds shift) {
     if (recorded.remoteDate != nullptr && !equal(found.modified - shift, *recorded.remoteDate)) return true;
-    const bool unchangedHere = recorded.local != nullptr && *recorded.local == local;
+    const bool unchangedHere = recorded.local != nullptr && !isOtherVersion(local, *recorded.local);
     return unchangedHere && found.size && *found.size != static_cast<std::uint64_t>(local.size);
 }
 

@@ -17,7 +17,7 @@ bool copyVersion(
     const Descriptor from = source.parent->openForReading(source.name);
     struct stat opened {};
     if (::fstat(from.get(), &opened) != 0) throwFileError("stat", source.url);
-    if (Fingerprint::of(opened) != version) return false;
+    if (Fingerprint::of(*source.parent, opened) != version) return false;
     try {
         copyContents(from.get(), staged, source.url, [&control] { control.check(); });
     } catch (const std::filesystem::filesystem_error& error) {

@@ -76,7 +76,6 @@ QLayout* BackupsSheet::makeTools() {
 
 QWidget* BackupsSheet::makeFoot() {
     auto* const close = new PushButton(tr("Close"), ButtonKind::primary);
-    close->setDefault(true);
     connect(close, &QPushButton::clicked, this, &QDialog::reject);
     return makeSheetFoot({close});
 }

@@ -28,6 +28,7 @@ ConfirmDialog::ConfirmDialog(const QString& title, const QString& message, const
     layout->setSpacing(0);
     layout->addWidget(makeBody(title, message), 1);
     layout->addWidget(makeFooter(confirmText));
+    dismissButton->setDefault(true); // only inside its dialog does that take effect
     dismissButton->setFocus();
     const int width = scaledToText(dialogWidth);
     setFixedSize(width, layout->heightForWidth(width));
@@ -56,7 +57,6 @@ QWidget* ConfirmDialog::makeFooter(const QString& confirmText) {
     layout->addStretch(1);
     const bool asks = !confirmText.isEmpty();
     auto* const dismiss = new PushButton(asks ? tr("Cancel") : tr("OK"));
-    dismiss->setDefault(true);
     connect(dismiss, &QPushButton::clicked, this, &QDialog::reject);
     layout->addWidget(dismiss);
     if (asks) {

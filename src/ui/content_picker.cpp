@@ -76,7 +76,6 @@ QWidget* RemoteDownloadPicker::makeFoot() {
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
     auto* const confirm =
         new PushButton(syncMode ? tr("Use sync selection") : tr("Use selection"), ButtonKind::primary);
-    confirm->setDefault(true);
     connect(confirm, &QPushButton::clicked, this, [this] {
         apply(selection());
         accept();

@@ -13,23 +13,27 @@ namespace zembrastel {
 DetailBanners::DetailBanners(QWidget* parent)
     : QWidget(parent), review(new PushButton(tr("Review newer server files…"), ButtonKind::primary)),
       retry(new PushButton(tr("Retry server check"), ButtonKind::primary)),
-      skip(new PushButton(tr("Start without checking…"))), message(new WrapLabel(QString())),
-      reviewBanner(makeReviewBanner()), failureBanner(makeFailureBanner()) {
+      skip(new PushButton(tr("Start without checking…"))), forget(new PushButton(tr("Forget the missing files"))),
+      message(new WrapLabel(QString())), reviewBanner(makeReviewBanner()), failureBanner(makeFailureBanner()),
+      missingBanner(makeMissingBanner()) {
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(reviewBanner);
     layout->addWidget(failureBanner);
+    layout->addWidget(missingBanner);
     connect(review, &QPushButton::clicked, this, &DetailBanners::reviewRequested);
     connect(retry, &QPushButton::clicked, this, &DetailBanners::retryRequested);
     connect(skip, &QPushButton::clicked, this, &DetailBanners::skipRequested);
-    setWaiting(false, std::nullopt);
+    connect(forget, &QPushButton::clicked, this, &DetailBanners::forgetRequested);
+    setWaiting(false, std::nullopt, false);
 }
 
-void DetailBanners::setWaiting(bool reviewWaits, const std::optional<std::string>& checkFailure) {
+void DetailBanners::setWaiting(bool reviewWaits, const std::optional<std::string>& checkFailure, bool filesMissing) {
     message->setWrappedText(QString::fromStdString(checkFailure.value_or(std::string())));
     reviewBanner->setVisible(reviewWaits);
     failureBanner->setVisible(!reviewWaits && checkFailure.has_value());
-    setVisible(reviewWaits || checkFailure.has_value());
+    missingBanner->setVisible(filesMissing);
+    setVisible(reviewWaits || checkFailure.has_value() || filesMissing);
 }
 
 QFrame* DetailBanners::makeReviewBanner() {
@@ -61,6 +65,19 @@ QFrame* DetailBanners::makeFailureBanner() {
     layout->addWidget(new SymbolView("exclamationmark.triangle", &Colours::warn), 0, 0, Qt::AlignTop);
     layout->addWidget(message, 0, 1);
     layout->addLayout(actions, 1, 1);
+    return banner;
+}
+
+QFrame* DetailBanners::makeMissingBanner() {
+    QFrame* const banner = makeSurface(Surface::warningBanner);
+    auto* const layout = new QHBoxLayout(banner);
+    layout->setContentsMargins(readingMargins(16, 12, 12, 12));
+    layout->setSpacing(12);
+    layout->addWidget(new SymbolView("exclamationmark.triangle", &Colours::warn));
+    layout->addWidget(
+        new WrapLabel(tr("The local folder is empty. If you deleted its files, forget them; on the server they stay.")),
+        1);
+    layout->addWidget(forget);
     return banner;
 }
 

@@ -71,6 +71,19 @@ Objection objectionTo(const Profile& draft) {
     return objection;
 }
 
+Profile withEdits(Profile saved, const Profile& original, const Profile& draft) {
+    const auto takeIfEdited = [&](auto field) {
+        if (draft.*field != original.*field) saved.*field = draft.*field;
+    };
+    const auto takeEdited = [&](auto... fields) { (takeIfEdited(fields), ...); };
+    takeEdited(
+        &Profile::name, &Profile::host, &Profile::port, &Profile::transport, &Profile::username, &Profile::remoteFolder,
+        &Profile::localFolder, &Profile::exclusions, &Profile::initialDownloadSelection, &Profile::syncSelection);
+    saved.enabled = draft.enabled;
+    saved.needsDownload = draft.needsDownload;
+    return saved;
+}
+
 bool asksForContents(const SavingState& state) { return state.downloadFirst && !state.contentsChosen; }
 
 QString savingLabel(const SavingState& state) {

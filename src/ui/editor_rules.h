@@ -24,6 +24,10 @@ struct Objection {
 // Of several fields that earn the same message the first counts.
 [[nodiscard]] Objection objectionTo(const Profile& draft);
 
+// The saved profile as it is now, with what the user changed since the editor was opened on `original`. `draft` is what
+// the fields hold; its options count in any case, as the fields follow them until the user has chosen.
+[[nodiscard]] Profile withEdits(Profile saved, const Profile& original, const Profile& draft);
+
 struct SavingState {
     bool busy = false;
     bool isNew = false;

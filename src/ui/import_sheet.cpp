@@ -106,7 +106,6 @@ QWidget* ImportSheet::makeFoot() {
     connect(take, &QPushButton::clicked, this, &ImportSheet::importTicked);
     buttons->addWidget(take);
     layout->addLayout(buttons);
-    take->setDefault(true);
     return foot;
 }
 
@@ -115,6 +114,7 @@ void ImportSheet::read(const std::filesystem::path& file) {
     strip->clear();
     rows->show({});
     showState();
+    setFocus(); // else a button would get it from the list, and Enter with it
     const auto deliver = [weak = std::weak_ptr(self)](const Reading& result) {
         if (const auto alive = weak.lock()) (*alive)->showFound(result);
     };
@@ -139,6 +139,7 @@ void ImportSheet::showFound(const Reading& result) {
         strip->showFailure(tr("There are no profiles in this file."));
     }
     showState();
+    list->setFocus();
 }
 
 void ImportSheet::showState() {
@@ -181,6 +182,7 @@ void ImportSheet::importTicked() {
 void ImportSheet::importNext() {
     busy = !waiting.empty();
     showState();
+    if (busy) setFocus();
     if (waiting.empty()) {
         end();
         return;
@@ -239,6 +241,7 @@ void ImportSheet::fail(const std::string& message) {
     waiting.clear();
     busy = false;
     showState();
+    list->setFocus();
     strip->showFailure(shown(message));
 }
 

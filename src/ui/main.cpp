@@ -7,6 +7,7 @@
 #include "model/error.h"
 #include "platform/core_dumps.h"
 #include "platform/instance_lock.h"
+#include "ui/application_start.h"
 #include "ui/bus_activation.h"
 #include "ui/desktop_options.h"
 #include "ui/keyring_access.h"
@@ -15,12 +16,14 @@
 #include "ui/system_appearance.h"
 #include "ui/termination.h"
 
-#include <QApplication>
 #include <QIcon>
 
 #include <csignal>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
+#include <memory>
+#include <optional>
 
 namespace zembrastel {
 namespace {
@@ -33,23 +36,37 @@ std::optional<LoginEntry> loginEntry(const DesktopOptions& options) {
     return LoginEntry("org.zembrastel.Zembrastel", "Zembrastel", std::move(command));
 }
 
-int runDesktop(const DesktopOptions& options, Termination& termination, int argc, char** argv) {
-    AppModel::Options modelOptions{.demo = options.demo, .passwordAccess = keyringAccess()};
-    std::filesystem::path stateFolder;
+// The state folder with its lock, or why this program cannot have it, which the user then reads in the window.
+struct HeldState {
+    std::optional<StateStore> store;
     std::optional<InstanceLock> lock;
-    if (!options.demo) {
-        modelOptions.storeOverride = StateStore(options.stateFolder);
-        stateFolder = modelOptions.storeOverride->folder();
-        lock = InstanceLock::acquire(stateFolder);
-        if (!lock) {
-            if (askToShow(stateFolder)) return 0;
-            throw SyncError(
-                "The state folder " + stateFolder.string()
-                + " is in use by another running program. Stop that program first, or name another folder with "
-                  "--state.");
-        }
+    std::exception_ptr failure;
+
+    [[nodiscard]] bool isInUse() const { return store && !lock && !failure; }
+};
+
+HeldState holdState(const DesktopOptions& options) {
+    HeldState held;
+    try {
+        held.store.emplace(options.stateFolder);
+        held.lock = InstanceLock::acquire(held.store->folder());
+    } catch (const std::exception&) {
+        held.failure = std::current_exception();
     }
-    QApplication application(argc, argv);
+    return held;
+}
+
+int runDesktop(const DesktopOptions& options, Termination& termination, int argc, char** argv) {
+    HeldState held;
+    if (!options.demo) held = holdState(options);
+    if (held.isInUse()) {
+        const std::filesystem::path& folder = held.store->folder();
+        if (askToShow(folder)) return 0;
+        held.failure = std::make_exception_ptr(SyncError(
+            "The state folder " + folder.string()
+            + " is in use by another running program. Stop that program, then quit Zembrastel and start it again"));
+    }
+    const auto application = startApplication(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Zembrastel"));
     QApplication::setDesktopFileName(QStringLiteral("org.zembrastel.Zembrastel"));
     QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("org.zembrastel.Zembrastel")));
@@ -57,19 +74,23 @@ int runDesktop(const DesktopOptions& options, Termination& termination, int argc
     const SystemAppearance appearance;
     followSystemAppearance(appearance);
     QtMainContext context;
-    AppModel model(context, std::move(modelOptions));
+    AppModel model(
+        context, {.demo = options.demo,
+                  .storeOverride = held.store,
+                  .storeFailure = held.failure,
+                  .passwordAccess = keyringAccess()});
     const RetryOnWake retryOnWake(context, model);
     Shell shell(model, context, loginEntry(options));
     std::optional<ControlService> control;
     std::optional<BusActivation> activation;
-    if (lock) {
-        control.emplace(model, context, stateFolder, [&shell] { shell.showWindow(); });
+    if (held.lock) {
+        control.emplace(model, context, held.store->folder(), [&shell] { shell.showWindow(); });
         if (!options.stateFolder) {
             QObject::connect(&activation.emplace(), &BusActivation::showRequested, &shell, &Shell::showWindow);
         }
     }
     termination.whenAsked([] { QApplication::quit(); });
-    if (!options.background) shell.showWindow();
+    if (!options.background || model.alert()) shell.showWindow();
     model.startEnabled();
     const int result = QApplication::exec();
     model.shutdown();

@@ -1,9 +1,12 @@
 #include "ui/main_window.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCloseEvent>
 #include <QHBoxLayout>
 #include <QScreen>
+
+#include <utility>
 
 namespace zembrastel {
 namespace {
@@ -59,6 +62,7 @@ void MainWindow::connectParts() {
     connect(&sidebar->quitButton(), &QPushButton::clicked, this, &MainWindow::quitRequested);
     connect(&welcome->createButton(), &QPushButton::clicked, this, [this] { hooks.newProfile(); });
     connect(&welcome->importButton(), &QPushButton::clicked, this, [this] { hooks.importProfiles(); });
+    connect(detail, &ProfileDetail::reviewRequested, this, &MainWindow::openReview);
     connect(detail, &ProfileDetail::editContentsRequested, this, [this](const Uuid& id) { hooks.editContents(id); });
     connect(detail, &ProfileDetail::backupsRequested, this, [this](const Uuid& id) { hooks.showBackups(id); });
     connect(detail, &ProfileDetail::skipCheckRequested, this, &MainWindow::askToSkipCheck);
@@ -99,6 +103,11 @@ void MainWindow::editSelectedContents() {
     if (selected && bridge.model().profile(*selected) != nullptr) hooks.editContents(*selected);
 }
 
+void MainWindow::openReview(const Uuid& id) {
+    if (bridge.model().reviews().contains(id)) reviewAskedFor = id;
+    bridge.model().openReview(id);
+}
+
 void MainWindow::showSelected() {
     const auto& selected = bridge.model().selection();
     const auto& profiles = bridge.model().profiles();
@@ -120,8 +129,32 @@ void MainWindow::showWaiting() {
 void MainWindow::showPresentedReview() {
     const auto& review = bridge.model().presentedReview();
     if (!reviewWaits || !review || !isVisible()) return;
+    const bool askedFor = std::exchange(reviewAskedFor, std::nullopt) == review->id;
+    if (QWidget* const other = inUse()) {
+        other->installEventFilter(this); // until it is out of the way
+        return;
+    }
     reviewWaits = false;
-    hooks.showReview(*review);
+    const RemoteReview shown = *review;
+    bridge.model().select(shown.id);
+    hooks.showReview(shown, askedFor);
+}
+
+// What the user works with, so that a sheet over it would take what is typed there.
+QWidget* MainWindow::inUse() const {
+    if (QWidget* const menu = QApplication::activePopupWidget()) return menu;
+    if (QWidget* const dialog = QApplication::activeModalWidget()) return dialog;
+    QWidget* const focused = isActiveWindow() ? focusWidget() : nullptr;
+    const bool isTextField = focused != nullptr && focused->testAttribute(Qt::WA_InputMethodEnabled);
+    return isTextField ? focused : nullptr;
+}
+
+bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::Hide || event->type() == QEvent::FocusOut) {
+        watched->removeEventFilter(this);
+        QMetaObject::invokeMethod(this, &MainWindow::showPresentedReview, Qt::QueuedConnection);
+    }
+    return QMainWindow::eventFilter(watched, event);
 }
 
 void MainWindow::showAlert() {

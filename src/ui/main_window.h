@@ -16,6 +16,7 @@
 #include <QStackedWidget>
 
 #include <functional>
+#include <optional>
 
 namespace zembrastel {
 
@@ -29,8 +30,9 @@ public:
         std::function<void(const Uuid&)> editProfile = [](const Uuid&) {};
         std::function<void(const Uuid&)> editContents = [](const Uuid&) {};
         std::function<void(const Uuid&)> showBackups = [](const Uuid&) {};
-        // A review that is to be decided now. That it no longer is, the bridge tells.
-        std::function<void(const RemoteReview&)> showReview = [](const RemoteReview&) {};
+        // A review that is to be decided now, either because the user has asked for it or because it was found. The
+        // bridge tells when it no longer is.
+        std::function<void(const RemoteReview&, bool askedFor)> showReview = [](const RemoteReview&, bool) {};
     };
 
     // The bridge must outlive the window.
@@ -44,6 +46,9 @@ public:
     // "New Sync Profile…", and the contents of the selected profile, as a menu or another program asks for them.
     void createProfile();
     void editSelectedContents();
+
+    // The review of a profile, which the user has asked for.
+    void openReview(const Uuid& id);
 
     // For entries of whoever puts the program together, below the window's own.
     [[nodiscard]] WindowMenu& menu() const { return sidebar->menu(); }
@@ -63,6 +68,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void makeLayout();
@@ -71,6 +77,7 @@ private:
     void showSelected();
     void showWaiting();
     void showPresentedReview();
+    [[nodiscard]] QWidget* inUse() const;
     void showAlert();
     void askToRemove(const Uuid& id);
     void askToSkipCheck(const Uuid& id);
@@ -82,7 +89,8 @@ private:
     WelcomePage* welcome;
     QStackedWidget* pages;
     QPointer<ConfirmDialog> alertDialog;
-    bool reviewWaits = true; // for the window to be shown
+    bool reviewWaits = true; // to be shown
+    std::optional<Uuid> reviewAskedFor;
 };
 
 } // namespace zembrastel

@@ -1,5 +1,7 @@
 #include "ui/notifier.h"
 
+#include "ui/foreign_text.h"
+
 #include <QApplication>
 
 #include <algorithm>
@@ -82,21 +84,21 @@ void Notifier::tellReview(const QString& key, const Profile& profile) {
     const QString count =
         files == 1 ? tr("1 file is newer on the server.") : tr("%1 files are newer on the server.").arg(files);
     desktop.show(
-        key, {.title = tr("%1: newer files on the server").arg(text(profile.name)),
+        key, {.title = tr("%1: newer files on the server").arg(onOneLine(text(profile.name))),
               .text = count + u' ' + tr("Uploads are paused until you choose which versions to keep."),
               .action = tr("Review")});
 }
 
 void Notifier::tellFailure(const QString& key, const Profile& profile) {
     desktop.show(
-        key, {.title = tr("%1 cannot be kept up to date").arg(text(profile.name)),
+        key, {.title = tr("%1 cannot be kept up to date").arg(onOneLine(text(profile.name))),
               .text = text(bridge.model().status(profile.id).detail),
               .action = tr("Show")});
 }
 
 void Notifier::tellRecovery(const QString& key, const Profile& profile) {
     desktop.show(
-        key, {.title = tr("%1 is kept up to date again").arg(text(profile.name)),
+        key, {.title = tr("%1 is kept up to date again").arg(onOneLine(text(profile.name))),
               .text = tr("What had failed works again."),
               .action = tr("Show")});
 }

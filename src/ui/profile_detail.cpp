@@ -98,9 +98,10 @@ void ProfileDetail::connectModel() {
 
 void ProfileDetail::connectControls() {
     connect(&header->mainSwitch(), &QPushButton::clicked, this, &ProfileDetail::toggle);
-    connect(banners, &DetailBanners::reviewRequested, this, [this] { bridge.model().openReview(id); });
+    connect(banners, &DetailBanners::reviewRequested, this, [this] { Q_EMIT reviewRequested(id); });
     connect(banners, &DetailBanners::retryRequested, this, [this] { bridge.model().retryCheck(id); });
     connect(banners, &DetailBanners::skipRequested, this, [this] { Q_EMIT skipCheckRequested(id); });
+    connect(banners, &DetailBanners::forgetRequested, this, [this] { bridge.model().forgetMissingFiles(id); });
     connect(copy, &QPushButton::clicked, this, [this] {
         copyDetails(bridge, id, [button = QPointer(copy)] {
             if (button) button->setLabel(tr("Details copied"));
@@ -152,7 +153,7 @@ void ProfileDetail::refreshStatus() {
     statusLine->setStatus(status, running);
     progress->setProgress(status.progress);
     counters->setStatus(status);
-    offerDetails();
+    refreshBanners();
 }
 
 void ProfileDetail::refreshActivity() { activity->setActivity(bridge.model().status(id).activity); }
@@ -162,7 +163,8 @@ void ProfileDetail::refreshBanners() {
     const auto failure = failures.find(id);
     banners->setWaiting(
         bridge.model().reviews().contains(id),
-        failure == failures.end() ? std::nullopt : std::optional(failure->second));
+        failure == failures.end() ? std::nullopt : std::optional(failure->second),
+        bridge.model().status(id).filesMissing);
     offerDetails();
 }
 

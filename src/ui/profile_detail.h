@@ -31,6 +31,7 @@ public:
     [[nodiscard]] QList<QWidget*> controls() const;
 
 Q_SIGNALS:
+    void reviewRequested(const zembrastel::Uuid& id);
     void skipCheckRequested(const zembrastel::Uuid& id);
     void editContentsRequested(const zembrastel::Uuid& id);
     void backupsRequested(const zembrastel::Uuid& id);

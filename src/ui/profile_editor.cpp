@@ -226,17 +226,29 @@ void ProfileEditor::openSyncContentsOnce() {
 
 // What the model itself changes meanwhile, an initial download that has ended for one, must not be undone by saving.
 void ProfileEditor::followModel() {
-    const Profile* now = original && !busy ? model.profile(original->id) : nullptr;
-    if (now == nullptr) return;
-    contents->followOptions(*now);
+    if (!original || !isVisible()) return;
+    if (const Profile* const now = model.profile(original->id)) {
+        contents->followOptions(*now);
+        showState();
+    } else if (!busy) {
+        becomeNew();
+    }
+}
+
+void ProfileEditor::becomeNew() {
+    original.reset();
+    strip->showFailure(
+        tr("This profile was removed meanwhile. Nothing that you entered is lost: create a new profile from it, or "
+           "cancel."));
     showState();
 }
 
 Profile ProfileEditor::draft() const {
-    Profile now = selections;
-    connection->writeTo(now);
-    contents->writeTo(now);
-    return now;
+    Profile fields = selections;
+    connection->writeTo(fields);
+    contents->writeTo(fields);
+    const Profile* const now = original ? model.profile(original->id) : nullptr;
+    return now == nullptr ? fields : withEdits(*now, *original, fields);
 }
 
 void ProfileEditor::forgetMessage() {
@@ -266,7 +278,7 @@ SavingState ProfileEditor::savingState() const {
         .busy = busy,
         .isNew = !original,
         .downloadFirst = contents->downloadFirst(),
-        .contentsChosen = hasDownloadContents(selections)};
+        .contentsChosen = hasDownloadContents(draft())};
 }
 
 void ProfileEditor::showState() {
@@ -276,7 +288,7 @@ void ProfileEditor::showState() {
     testButton->setBusy(test.running());
     testButton->setEnabled(loaded && !busy && !test.running() && !model.isDemo());
     testButton->setToolTip(model.isDemo() ? notInDemo() : QString());
-    contents->showSelections(selections);
+    contents->showSelections(draft());
 }
 
 void ProfileEditor::testConnection() {
@@ -339,7 +351,7 @@ void ProfileEditor::save() {
     const Profile wanted = draft();
     if (refuse(wanted)) return;
     if (!mustStorePassword()) {
-        finishSaving(wanted, std::nullopt);
+        finishSaving(std::nullopt);
         return;
     }
     busy = true;
@@ -349,8 +361,8 @@ void ProfileEditor::save() {
     const std::string password = connection->password();
     model.storePassword(
         wanted.id, password,
-        [self = QPointer<ProfileEditor>(this), wanted, password](const std::optional<std::string>& failure) {
-            if (self) self->passwordStored(wanted, password, failure);
+        [self = QPointer<ProfileEditor>(this), password](const std::optional<std::string>& failure) {
+            if (self) self->passwordStored(password, failure);
         });
 }
 
@@ -359,7 +371,7 @@ bool ProfileEditor::refuse(const Profile& wanted) {
     Objection objection = objectionTo(model.isDemo() ? withExistingFolder(wanted) : wanted);
     if (objection.message.empty()) {
         try {
-            model.checkSavable(wanted, original);
+            model.checkSavable(wanted);
             return false;
         } catch (const std::exception& error) {
             // All that is left to object to is another profile's hold on the folder.
@@ -373,14 +385,17 @@ bool ProfileEditor::refuse(const Profile& wanted) {
 // A password that is not known, or not changed, stays as it is stored.
 bool ProfileEditor::mustStorePassword() const { return !original || connection->password() != savedPassword; }
 
-void ProfileEditor::passwordStored(
-    const Profile& wanted, const std::string& password, const std::optional<std::string>& failure) {
+void ProfileEditor::passwordStored(const std::string& password, const std::optional<std::string>& failure) {
     busy = false;
     showState();
     if (!isVisible()) return; // closed while the secret store was waiting
+    if (original && model.profile(original->id) == nullptr) {
+        becomeNew();
+        return;
+    }
     if (!failure) {
         savedPassword = password;
-        finishSaving(wanted, password);
+        finishSaving(password);
         return;
     }
     const QString remedy =
@@ -388,15 +403,16 @@ void ProfileEditor::passwordStored(
            "also go on without it and enter the password again next time.");
     strip->showFailure(
         shown(*failure) + u' ' + remedy, tr("Keep the password for this session only"),
-        [this, wanted, password] { finishSaving(wanted, password); });
+        [this, password] { finishSaving(password); });
 }
 
-void ProfileEditor::finishSaving(const Profile& wanted, const std::optional<std::string>& password) {
+void ProfileEditor::finishSaving(const std::optional<std::string>& password) {
+    const Profile wanted = draft();
     busy = true;
     showState();
     try {
         if (password) model.keepForSession(wanted.id, *password);
-        model.save(wanted, std::nullopt, std::nullopt, original);
+        model.save(wanted, std::nullopt);
     } catch (const std::exception& error) {
         busy = false;
         showState();

@@ -1,7 +1,9 @@
 // The sheet in which a sync profile is created or edited.
 //
 // It works on a draft of its own: the model hears of it when it is saved, and a sheet that is closed otherwise leaves
-// nothing behind. Server and secret store are waited for elsewhere, never on the main thread. Show it with open().
+// nothing behind. What else changes in the saved profile meanwhile stays changed. If the profile is removed meanwhile,
+// the sheet says so and goes on as one for a new profile, with all that was entered. Server and secret store are waited
+// for elsewhere, never on the main thread. Show it with open().
 #pragma once
 
 #include "ui/connection_test.h"
@@ -65,6 +67,7 @@ private:
     void loadPassword();
     void passwordKnown(const std::string& password);
     void followModel();
+    void becomeNew();
     void openSyncContentsOnce();
 
     void forgetMessage();
@@ -81,13 +84,13 @@ private:
     void save();
     [[nodiscard]] bool refuse(const Profile& wanted);
     [[nodiscard]] bool mustStorePassword() const;
-    void passwordStored(const Profile& wanted, const std::string& password, const std::optional<std::string>& failure);
-    void finishSaving(const Profile& wanted, const std::optional<std::string>& password);
+    void passwordStored(const std::string& password, const std::optional<std::string>& failure);
+    void finishSaving(const std::optional<std::string>& password);
 
     ModelBridge& bridge;
     AppModel& model;
     std::optional<Profile> original; // nothing for a new profile
-    Profile selections;              // the draft, of which the fields hold all but the selections
+    Profile selections;              // as chosen here; of the rest only the id counts
     std::string savedPassword;
     bool loaded = false; // the saved password is known, or known not to be had
     bool busy = false;   // saving

@@ -27,6 +27,7 @@ public:
     // The text as it is read, with "&" for itself and no mnemonic.
     void setLabel(const QString& label);
     void setKind(ButtonKind chosen);
+    [[nodiscard]] bool isFilled() const { return kind == ButtonKind::primary; }
     // In the colour that suits the kind. The empty name takes it away.
     void setSymbol(std::string_view name);
     // 40 points high instead of 32.

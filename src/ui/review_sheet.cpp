@@ -1,12 +1,16 @@
 #include "ui/review_sheet.h"
 
+#include "ui/foreign_text.h"
 #include "ui/review_view.h"
 #include "ui/sheet_layout.h"
 #include "ui/text_style.h"
 
+#include <QApplication>
+#include <QEvent>
 #include <QScreen>
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace zembrastel {
@@ -16,6 +20,7 @@ constexpr QSize defaultSize(680, 480);
 constexpr QSize smallestSize(560, 400);
 constexpr int mostRowsWithoutScrolling = 6;
 constexpr int listInset = 3;
+constexpr std::chrono::seconds pauseInTyping{1};
 
 } // namespace
 
@@ -37,17 +42,44 @@ RemoteChangesView::RemoteChangesView(ModelBridge& bridge, RemoteReview toDecide,
     connect(&bridge, &ModelBridge::presentedReviewChanged, this, &RemoteChangesView::closeWhenOver);
     showCount();
     list->setFocus();
+    typing.setSingleShot(true);
+    typing.setInterval(pauseInTyping);
+    connect(&typing, &QTimer::timeout, this, [this] {
+        if (focusWidget() == this) list->setFocus();
+    });
+}
+
+void RemoteChangesView::openByItself() {
+    setAttribute(Qt::WA_ShowWithoutActivating, QApplication::activeWindow() == nullptr);
+    typing.start();
+    open();
+    setFocus(); // so that keys come to event()
+}
+
+bool RemoteChangesView::event(QEvent* event) {
+    const bool isKey = event->type() == QEvent::KeyPress || event->type() == QEvent::ShortcutOverride;
+    if (!isKey || !typing.isActive()) return QDialog::event(event);
+    typing.start();
+    event->accept();
+    return true;
 }
 
 const PathSet& RemoteChangesView::selected() const { return rows->selected(); }
 
 QLayout* RemoteChangesView::makeHead() {
     return makeSheetHead(
-        *this, "arrow.down.doc", tr("Newer files on the server"),
+        *this, "arrow.down.doc", title(),
         {tr("Uploads are paused. Choose the server versions to download before watching resumes. Downloading replaces "
             "those local files and keeps backups in .zembrastel-backups inside your local folder."),
          tr("Unticked files keep their local versions. Pending local edits may upload and replace server copies when "
             "watching resumes.")});
+}
+
+QString RemoteChangesView::title() const {
+    const Profile* const profile = model.profile(review.id);
+    const QString heading = tr("Newer files on the server");
+    if (profile == nullptr) return heading;
+    return tr("%1 – %2").arg(heading, onOneLine(QString::fromStdString(profile->name)));
 }
 
 QLayout* RemoteChangesView::makeTools() {
@@ -63,7 +95,6 @@ QWidget* RemoteChangesView::makeFoot() {
     auto* const pause = new PushButton(tr("Stay paused"));
     connect(pause, &QPushButton::clicked, this, &RemoteChangesView::reject);
     confirm = new PushButton(QString(), ButtonKind::primary);
-    confirm->setDefault(true);
     connect(confirm, &QPushButton::clicked, this, &RemoteChangesView::decide);
     return makeSheetFoot({pause, confirm});
 }

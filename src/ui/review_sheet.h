@@ -1,5 +1,5 @@
-// The sheet that has the user decide on files that are newer on the server: which of them to download, and then to
-// watch again, or to stay paused.
+// The sheet in which the user decides on one profile's files that are newer on the server: which of them to download,
+// and then to watch again, or to stay paused.
 //
 // Main thread; show it with open(). It lives as long as the model presents its review: when that ends, by a decision
 // here or by anything else, it closes by itself. Closing it in another way is the same as "Stay paused". Whoever made
@@ -13,6 +13,7 @@
 
 #include <QDialog>
 #include <QLabel>
+#include <QTimer>
 
 #include <cstddef>
 
@@ -33,10 +34,18 @@ public:
     [[nodiscard]] const Uuid& profileId() const { return review.id; }
     [[nodiscard]] const PathSet& selected() const;
 
+    // Opens the sheet where the user may just be typing something else: until no key was pressed for a second, keys do
+    // nothing here.
+    void openByItself();
+
     void reject() override;
+
+protected:
+    bool event(QEvent* event) override;
 
 private:
     [[nodiscard]] QLayout* makeHead();
+    [[nodiscard]] QString title() const;
     [[nodiscard]] QLayout* makeTools();
     [[nodiscard]] QWidget* makeFoot();
     void fitHeight();
@@ -50,6 +59,7 @@ private:
     ReviewView* list = nullptr;
     QLabel* count = nullptr;
     PushButton* confirm = nullptr;
+    QTimer typing; // runs while a key may be meant for something else
 };
 
 } // namespace zembrastel

@@ -72,6 +72,8 @@ void layOutSheet(QDialog& sheet, QLayout* head, QLayout* tools, QWidget* card, Q
     layout->setSpacing(0);
     layout->addLayout(body, 1);
     layout->addWidget(foot);
+    // Only now: Qt makes a button the default of the dialog that it is in at that moment.
+    for (auto* const button : foot->findChildren<PushButton*>()) button->setDefault(button->isFilled());
 }
 
 } // namespace zembrastel

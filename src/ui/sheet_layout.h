@@ -29,6 +29,7 @@ namespace zembrastel {
 
 [[nodiscard]] QWidget* makeSheetFoot(std::initializer_list<PushButton*> buttons);
 
+// The filled button at the foot becomes what Enter presses.
 void layOutSheet(QDialog& sheet, QLayout* head, QLayout* tools, QWidget* card, QWidget* foot);
 
 } // namespace zembrastel

@@ -34,8 +34,9 @@ Shell::Shell(AppModel& model, MainContext& mainContext, std::optional<LoginEntry
          .editProfile = [this](const Uuid& id) { openEditor(id, false); },
          .editContents = [this](const Uuid& id) { openEditor(id, true); },
          .showBackups = [this](const Uuid& id) { showBackups(id); },
-         .showReview = [this](const RemoteReview& review) { showReview(review); }});
-    connect(&window, &MainWindow::closed, this, &Shell::tellThatSyncingGoesOn);
+         .showReview = [this](const RemoteReview& review, bool askedFor) { showReview(review, askedFor); }});
+    // Queued, since quitting closes the window too: nothing more is handled then.
+    connect(&window, &MainWindow::closed, this, &Shell::tellThatSyncingGoesOn, Qt::QueuedConnection);
     connect(&tray, &TrayItem::openRequested, this, &Shell::showWindow);
     connect(&tray, &TrayItem::failed, this, [this](const QString& message) {
         window.tellFailure(message);
@@ -93,7 +94,7 @@ void Shell::showProfile(const Uuid& id) {
     AppModel& model = bridge.model();
     model.select(id);
     const bool presented = model.presentedReview() && model.presentedReview()->id == id;
-    if (model.reviews().contains(id) && !presented) model.openReview(id);
+    if (model.reviews().contains(id) && !presented) window.openReview(id);
     showWindow();
 }
 
@@ -128,10 +129,10 @@ void Shell::showBackups(const Uuid& id) {
     sheet->open();
 }
 
-void Shell::showReview(const RemoteReview& review) {
+void Shell::showReview(const RemoteReview& review, bool askedFor) {
     auto* const sheet = new RemoteChangesView(bridge, review, &window);
     sheet->setAttribute(Qt::WA_DeleteOnClose);
-    sheet->open();
+    askedFor ? sheet->open() : sheet->openByItself();
 }
 
 void Shell::tellThatSyncingGoesOn() {

@@ -39,7 +39,7 @@ private:
         ProfileEditor& editor, const Profile& draft, const std::string& password, bool syncMode,
         const DownloadSelection& current, std::function<void(const DownloadSelection& chosen)> apply);
     void showBackups(const Uuid& id);
-    void showReview(const RemoteReview& review);
+    void showReview(const RemoteReview& review, bool askedFor);
     void tellThatSyncingGoesOn();
 
     MainContext& context;

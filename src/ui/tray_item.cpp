@@ -2,6 +2,7 @@
 
 #include "app/progress_text.h"
 #include "model/error.h"
+#include "ui/foreign_text.h"
 #include "ui/symbol_icon.h"
 #include "ui/theme.h"
 
@@ -79,7 +80,7 @@ QString TrayItem::toolTip() const {
         const auto& progress = bridge.model().status(profile.id).progress;
         if (!progress) continue;
         const QString text = QString::fromStdString(shortProgressText(*progress));
-        lines << tr("%1: %2").arg(QString::fromStdString(profile.name), text);
+        lines << withoutMarkup(tr("%1: %2").arg(QString::fromStdString(profile.name), text));
     }
     return lines.join(QLatin1Char('\n'));
 }
@@ -111,7 +112,8 @@ std::vector<TrayItem::Entry> TrayItem::profileEntries() const {
     std::vector<Entry> found;
     for (const auto& profile : model.profiles()) {
         // On the bus the first "&" and every single "_" mark a letter for the keyboard; no other "&" means anything.
-        const QString name = QString::fromStdString(profile.name).replace(QLatin1Char('_'), QLatin1String("__"));
+        const QString name =
+            onOneLine(QString::fromStdString(profile.name)).replace(QLatin1Char('_'), QLatin1String("__"));
         const QString label = (model.running(profile.id) ? tr("Pause %1") : tr("Start %1")).arg(name);
         found.push_back({profile.id, QLatin1Char('&') + label});
     }

@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <future>
+#include <pthread.h>
 #include <thread>
 #include <unistd.h>
 
@@ -214,12 +215,35 @@ TEST_F(JobLifecycle, PasswordThatArrivesLateStartsNothingThatWasStoppedMeanwhile
     model->start(unknown.id);
     model->startWithoutCheck(unknown.id);
     model->stopJob(unknown.id);
-    bool answered = false;
+    std::string answered;
     model->withPassword(
-        unknown.id, [&](const std::string&) { answered = true; }, [](const std::string&) {});
+        unknown.id, [&](const std::string& password) { answered = password; }, [](const std::string&) {});
+    model->keepForSession(unknown.id, "typed meanwhile");
     answer.set_value();
-    ASSERT_TRUE(runUntil([&] { return answered; }));
+    ASSERT_TRUE(runUntil([&] { return !answered.empty(); }));
+    EXPECT_EQ(answered, "typed meanwhile");
     EXPECT_FALSE(model->running(unknown.id));
+}
+
+TEST_F(JobLifecycle, ThreadThatCannotBeHadForThePasswordIsTold) {
+    restart();
+    auto unknown = site.profile;
+    unknown.id = Uuid::random();
+    model->save(unknown, std::nullopt);
+    pthread_attr_t usual;
+    pthread_attr_t unbounded;
+    ASSERT_EQ(::pthread_getattr_default_np(&usual), 0);
+    ASSERT_EQ(::pthread_getattr_default_np(&unbounded), 0);
+    ASSERT_EQ(::pthread_attr_setstacksize(&unbounded, std::size_t(1) << 46), 0); // more than there are addresses
+    ASSERT_EQ(::pthread_setattr_default_np(&unbounded), 0);
+    model->start(unknown.id);
+    ASSERT_EQ(::pthread_setattr_default_np(&usual), 0);
+    ASSERT_TRUE(runUntil([&] { return model->status(unknown.id).failed; }));
+    EXPECT_TRUE(model->status(unknown.id).detail.starts_with("The secret store cannot be asked now: "))
+        << model->status(unknown.id).detail;
+    model->start(unknown.id); // asks again
+    EXPECT_TRUE(runUntil([&] { return model->status(unknown.id).failed; }));
+    EXPECT_FALSE(model->status(unknown.id).detail.starts_with("The secret store cannot be asked now: "));
 }
 
 TEST_F(JobLifecycle, EveryJobCanBeStoppedAndReplacedAndLeavesNoThread) {
@@ -271,9 +295,14 @@ TEST_F(JobLifecycle, StateThatCannotBeSavedIsToldAndSavedOnceItCan) {
     const auto file = stateFolder / "state/profiles.json";
     fs::rename(file, stateFolder / "aside");
     fs::create_directories(file / "in the way");
+    auto enabled = site.profile;
+    enabled.enabled = true;
+    EXPECT_THROW(model->save(enabled, std::nullopt), std::exception);
+    EXPECT_FALSE(model->running(id())) << "with settings that the next start would not find";
+    EXPECT_TRUE(model->status(id()).failed);
     model->start(id());
-    ASSERT_TRUE(reaches("Needs attention"));
-    EXPECT_TRUE(model->status(id()).detail.starts_with("Could not save sync state: ")) << model->status(id()).detail;
+    ASSERT_TRUE(runUntil([&] { return model->status(id()).detail.starts_with("Could not save sync state: "); }));
+    EXPECT_EQ(model->status(id()).title, "Needs attention");
     EXPECT_EQ(onServer("a"), "1");
     fs::remove_all(file);
     testing::writeFile(site / "b", "2");

@@ -157,6 +157,8 @@ TEST_F(CliWithServer, ReviewOfAProfileThatWasNeverDownloadedIsRefused) {
 TEST_F(CliWithServer, TestAndLsShowTheServerAndChangeNothing) {
     server->put("site/index.html", "x");
     server->put("site/[a]/[b]", "y");
+    server->put("site/[a]/page10", "y");
+    server->put("site/[a]/page9", "y");
     const auto test = run({"test", "My website"});
     EXPECT_EQ(test.status, 0) << test.errors;
     EXPECT_EQ(
@@ -166,6 +168,7 @@ TEST_F(CliWithServer, TestAndLsShowTheServerAndChangeNothing) {
     EXPECT_TRUE(contains(listed.output, "  [a]/\n"));
     EXPECT_TRUE(contains(listed.output, "  index.html\n"));
     EXPECT_TRUE(contains(run({"ls", "My website", "[a]", "--json"}).output, R"("path":"[a]/[b]","name":"[b]")"));
+    EXPECT_TRUE(run({"ls", "My website", "[a]"}).output.ends_with("  page10\n")); // after page9, as in a file manager
     EXPECT_EQ(run({"ls", "My website", "nosuch"}).status, 1);
 }
 

@@ -49,7 +49,6 @@ TEST_F(Cli, WrongCommandLinesEndWithTheUsageCodeAndOneLine) {
         {"review", "x", "--download", "a", "--download-all"},
         {"test", "x", "--password-file", "a", "--password-command", "b"},
         addition("x", {"--from", "y"}),
-        addition("x", {"--port", "twenty"}),
         addition("x", {"--transport", "sftp"}),
         addition("x", {"--transport", ""}),
         addition("x", {"--needs-download"})};
@@ -59,6 +58,27 @@ TEST_F(Cli, WrongCommandLinesEndWithTheUsageCodeAndOneLine) {
         EXPECT_EQ(result.output, "");
         EXPECT_TRUE(result.errors.starts_with("zembrastel-cli: ")) << result.errors;
         EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
+    }
+    struct Case {
+        CliPlace::Arguments arguments;
+        int status;
+        const char* words;
+    };
+    for (const auto& [arguments, status, words] : std::vector<Case>{
+             {addition("x", {"--username", "b"}), 2, "--username was given more than once"},
+             {addition("x", {"--port", "0"}), 2, "--port: must be a number from 1 to 65535, not 0"},
+             {addition("x", {"--remote-folder", ""}), 2, "--remote-folder: must not be empty; / is the top"},
+             {addition("x", {"--sync", "/elsewhere/a"}), 2, "such as images/logo.svg, and not \"/elsewhere/a\""},
+             {{"profile", "add", "--name", "x", "--host", "h", "--username", "u", "--local-folder", "/"},
+              1,
+              "keys and"},
+             {{"profile", "add", "--name", "x", "--host", "h", "--username", "u", "--local-folder",
+               place.home().string()},
+              1,
+              "is or holds your home folder"}}) {
+        const auto result = place.run(arguments);
+        EXPECT_EQ(result.status, status) << words;
+        EXPECT_TRUE(contains(result.errors, words));
     }
     const auto json = place.run({"nosuch", "--json"});
     EXPECT_TRUE(json.errors.starts_with(R"({"event":"error","message":")")) << json.errors;
@@ -166,8 +186,7 @@ TEST_F(Cli, RefusedProfileLeavesTheSavedStateUntouched) {
     const std::vector<Refused> refused{
         {addition(" x "), "already"},
         {addition("y", {"--id", place.saved().profiles.front().id.text()}), "is that of \"x\""},
-        {addition("y", {"--port", "0"}), "Enter the port separately."},
-        {addition("y", {"--remote-folder", ""}), "Enter a remote folder"},
+        {addition("y", {"--remote-folder", ".."}), "Enter a remote folder"},
         {addition(""), "Enter a name, server, username and local folder."},
         {{"profile", "add", "--name", "y", "--host", "h", "--username", "u", "--local-folder", "/nonexistent"},
          "Choose an existing local folder."},
@@ -208,6 +227,19 @@ TEST_F(Cli, UnreadableStateEndsEveryCommandAndIsNotTouched) {
         EXPECT_TRUE(result.errors.starts_with("zembrastel-cli: Could not load saved profiles: ")) << result.errors;
         EXPECT_TRUE(contains(result.errors, ". Your saved file has been left untouched."));
         EXPECT_EQ(readFile(place.stateFile()), broken);
+    }
+}
+
+TEST_F(Cli, MisspeltStateFolderIsNamedAndNotMade) {
+    const auto misspelt = place.path("stat").string();
+    for (const CliPlace::Arguments& arguments :
+         {CliPlace::Arguments{"profile", "list"}, {"profile", "export"}, {"status"}, {"watch"}, {"scan", "x"}}) {
+        auto all = arguments;
+        all.insert(all.end(), {"--state", misspelt});
+        const auto result = place.run(all);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_TRUE(contains(result.errors, "There is no such state folder: " + misspelt + ".")) << result.errors;
+        EXPECT_FALSE(std::filesystem::exists(misspelt));
     }
 }
 
@@ -297,7 +329,7 @@ TEST_F(Cli, InterruptEndsAPasswordCommandThatNeverWould) {
         int signal;
         int status;
     };
-    for (const auto& [name, signal, status] : {Case{"test", SIGINT, 1}, {"review", SIGTERM, 1}, {"watch", SIGHUP, 0}}) {
+    for (const auto& [name, signal, status] : {Case{"test", SIGINT, 8}, {"review", SIGTERM, 8}, {"watch", SIGHUP, 0}}) {
         Program program = place.start({name, "x", "--password-command", command});
         ASSERT_TRUE(eventually([&] { return std::filesystem::exists(started); }));
         const pid_t child = std::stoi(readFile(started));

@@ -49,17 +49,17 @@ TEST(Narration, FailureThatComesAsActivityAndStatusIsReadOnceAtEveryAttempt) {
     Story story;
     for (const std::string seconds : {"5", "10"}) {
         story.activity("curl: (7) Failed to\nconnect", true);
-        story.status("Waiting to retry", "curl: (7) Failed to\nconnect Retrying in " + seconds + " seconds.");
+        story.status("Waiting to retry", "curl: (7) Failed to\nconnect. Retrying in " + seconds + " seconds.");
     }
     for (int attempt = 0; attempt < 3; ++attempt) {
-        story.status("Server check needs attention", "curl: (6) No host Uploads remain paused.");
+        story.status("Server check needs attention", "curl: (6) No host. Uploads remain paused.");
         story.activity("curl: (6) No host", true);
     }
     EXPECT_EQ(
         story.lines, (Lines{
                          "error: curl: (7) Failed to connect", "Waiting to retry: Retrying in 5 seconds.",
                          "error: curl: (7) Failed to connect", "Waiting to retry: Retrying in 10 seconds.",
-                         "Server check needs attention: curl: (6) No host Uploads remain paused.",
+                         "Server check needs attention: curl: (6) No host. Uploads remain paused.",
                          "error: curl: (6) No host", "error: curl: (6) No host"}));
 }
 

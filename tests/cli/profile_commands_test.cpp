@@ -75,7 +75,6 @@ TEST_F(ProfileCommands, RefusedChangeLeavesTheSavedStateUntouched) {
     const std::vector<std::pair<CliPlace::Arguments, std::string>> refused{
         {{"set", "x", "--name", "y"}, "There is a profile \"y\" already."},
         {{"set", "x", "--name", ""}, "Enter a name"},
-        {{"set", "x", "--port", "0"}, "Enter the port separately."},
         {{"set", "x", "--host", "new", "--password-command", "echo hush"}, "Keychain: "},
         {{"duplicate", "x", "y"}, "There is a profile \"y\" already."},
         {{"duplicate", "x", "--with-password"}, "Keychain: "},

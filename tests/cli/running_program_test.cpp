@@ -2,6 +2,7 @@
 #include "server_fixture.h"
 
 #include "app/control_client.h"
+#include "app/remote_review.h"
 #include "platform/instance_lock.h"
 #include "platform/local_socket.h"
 #include "support/wait_for.h"
@@ -94,6 +95,51 @@ TEST_F(RunningProgram, ItsReviewIsDecidedAsOneOfItsOwn) {
     end(watch);
 }
 
+TEST_F(RunningProgram, DecisionOnAnEarlierReviewOverwritesNothing) {
+    pushAll();
+    changeOnServer("index.html", "by somebody else", 60s);
+    Program watch = startWatch();
+    readUntil(watch, R"("title":"Review remote changes")");
+    const Uuid id = place.saved().profiles.front().id;
+    const auto ask = [&](const ControlRequest& request) {
+        auto program = ControlClient::connect(place.state());
+        EXPECT_TRUE(program && program->ask(request));
+        return program->next(limit).value();
+    };
+    const auto seen = std::get<answer::Review>(ask({.kind = ControlRequest::Kind::review, .profiles = {id}}));
+    EXPECT_EQ(place.run({"pause", "My website"}).status, 0);
+    writeFile(site / "images/a.svg", "mine");
+    changeOnServer("images/a.svg", "by somebody else", 120s);
+    EXPECT_EQ(place.run({"resume", "My website"}).status, 0);
+    const auto late =
+        ask({.kind = ControlRequest::Kind::decide, .profiles = {id}, .revision = seen.revision, .downloadAll = true});
+    EXPECT_EQ(std::get<answer::Failed>(late).text, outdatedDecision);
+    const auto review = place.run({"review", "My website"});
+    EXPECT_EQ(review.status, 3) << review.errors;
+    EXPECT_TRUE(contains(review.output, "2 files newer on the server:"));
+    EXPECT_EQ(readFile(serverSite / "images/a.svg"), "by somebody else");
+    EXPECT_EQ(readFile(site / "index.html"), "hello");
+    end(watch);
+}
+
+TEST_F(RunningProgram, FailedReviewDownloadIsRetriedFromATerminal) {
+    pushAll();
+    changeOnServer("index.html", "by somebody else", 60s);
+    Program watch = startWatch();
+    for (const char* again : {"resume", "review", "check"}) {
+        readUntil(watch, R"("title":"Review remote changes")");
+        server->stop();
+        EXPECT_EQ(place.run({"review", "My website", "--download-all"}).status, 1);
+        server->restart();
+        EXPECT_EQ(run({again, "My website"}).status, std::string(again) == "resume" ? 0 : 3) << place.errors();
+    }
+    readUntil(watch, R"("title":"Review remote changes")");
+    const auto decided = place.run({"review", "My website", "--download-all"});
+    EXPECT_EQ(decided.status, 0) << decided.errors;
+    EXPECT_EQ(readFile(site / "index.html"), "by somebody else");
+    end(watch);
+}
+
 TEST_F(RunningProgram, ClientsThatMisbehaveDoNotDisturbWatching) {
     Program watch = startWatch();
     readUntilWatching(watch);
@@ -113,16 +159,21 @@ TEST_F(RunningProgram, ClientsThatMisbehaveDoNotDisturbWatching) {
 }
 
 TEST_F(RunningProgram, PushSendsAllOnceAndNothingTwice) {
+    std::filesystem::create_hard_link(place.passwordFile(), site / "password.txt"); // never to be published
     const auto dry = run({"push", "My website", "--dry-run"});
     EXPECT_EQ(dry.status, 0) << dry.errors;
     EXPECT_TRUE(contains(dry.output, "Would upload images/a.svg (6 bytes)\nWould upload index.html (5 bytes)\n"));
+    EXPECT_TRUE(contains(dry.errors, "Left out, because it holds the password: password.txt")) << dry.errors;
+    EXPECT_FALSE(contains(dry.output, "password"));
     EXPECT_TRUE(readTree(serverSite).empty());
     EXPECT_TRUE(place.saved().baselines.empty());
 
     const auto first = run({"push", "My website"});
     EXPECT_EQ(first.status, 0) << first.errors;
     EXPECT_TRUE(contains(first.output, "Pushed \"My website\": 2 files.\n"));
-    EXPECT_EQ(readTree(serverSite), readTree(site));
+    auto expected = readTree(site);
+    expected.erase("password.txt");
+    EXPECT_EQ(readTree(serverSite), expected);
     const SavedState saved = place.saved();
     EXPECT_EQ(saved.baselines.begin()->second.size(), 2U);
     EXPECT_EQ(saved.remoteDates.value().begin()->second.size(), 2U);
@@ -144,6 +195,69 @@ TEST_F(RunningProgram, PushOverwritesNoWorkOfOthers) {
             contains(refused.errors, " review \"My website\"") || contains(refused.errors, " review 'My website'"));
     }
     EXPECT_EQ(readFile(serverSite / "index.html"), "by somebody else");
+}
+
+TEST_F(RunningProgram, DryRunOfPushEndsAsThePushWould) {
+    for (const auto* unusable : {"excluded\xFF~", "caf\xE9"}) {
+        writeFile(site / unusable, "x");
+        const auto dry = run({"push", "My website", "--dry-run"});
+        const auto real = run({"push", "My website"});
+        EXPECT_EQ(dry.status, *unusable == 'e' ? 0 : 1) << dry.errors;
+        EXPECT_EQ(real.status, dry.status) << real.errors;
+        if (dry.status == 0) continue;
+        for (const auto& result : {dry, real}) {
+            EXPECT_TRUE(contains(result.errors, "): Left out, because its name is not valid UTF-8: caf\\xE9.\n"))
+                << result.errors;
+        }
+    }
+}
+
+TEST_F(RunningProgram, UnreadOutputHoldsUpNoUpload) {
+    for (const char name : {'a', 'b', 'c', 'd', 'e', 'f'}) writeFile(site / std::string(200, name), "1");
+    place.wrapper = {
+        "/usr/bin/python3", "-c",
+        "import fcntl, os, sys; fcntl.fcntl(1, fcntl.F_SETPIPE_SZ, 4096); os.execv(sys.argv[1], sys.argv[1:])"};
+    Program watch = startWatch();
+    EXPECT_TRUE(eventually([this] { return readTree(serverSite) == readTree(site); }, limit));
+    const auto asked = std::chrono::steady_clock::now();
+    end(watch);
+    EXPECT_LT(std::chrono::steady_clock::now() - asked, 5s);
+}
+
+TEST_F(RunningProgram, StoppedProgramIsToldOfInsteadOfWaitedFor) {
+    Program watch = startWatch();
+    readUntilWatching(watch);
+    ::kill(watch.pid(), SIGSTOP);
+    Program status = place.start({"status"});
+    EXPECT_EQ(place.run({"resume", "My website"}).status, 7);
+    EXPECT_TRUE(contains(place.errors(), "(process " + std::to_string(watch.pid()) + ") has not answered"));
+    EXPECT_EQ(status.wait(), 7);
+    ::kill(watch.pid(), SIGCONT);
+    EXPECT_EQ(place.run({"status"}).status, 0);
+    end(watch);
+}
+
+TEST_F(RunningProgram, EmptyFolderIsForgottenOnlyWhenTheUserSaysSo) {
+    pushAll();
+    const auto known = [this] {
+        std::size_t files = 0;
+        for (const auto& [id, baseline] : place.saved().baselines) files += baseline.size();
+        return files;
+    };
+    EXPECT_TRUE(contains(place.run({"forget-files", "My website"}).output, "Nothing to forget"));
+    std::filesystem::rename(site, place.path("away"));
+    std::filesystem::create_directory(site);
+    const auto push = run({"push", "My website"});
+    EXPECT_EQ(push.status, 1);
+    EXPECT_TRUE(contains(push.errors, "None of the synchronised files is there"));
+    EXPECT_TRUE(contains(push.errors, " forget-files "));
+    Program watch = startWatch();
+    readUntil(watch, R"("filesMissing":true)");
+    EXPECT_EQ(known(), 2U);
+    EXPECT_TRUE(contains(place.run({"forget-files", "My website"}).output, "Forgot the missing files"));
+    EXPECT_TRUE(eventually([&] { return known() == 0; }));
+    end(watch);
+    EXPECT_EQ(readTree(serverSite), readTree(place.path("away")));
 }
 
 TEST_F(RunningProgram, PushNamesWhatWasNotSentAndFails) {

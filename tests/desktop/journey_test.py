@@ -35,10 +35,10 @@ class JourneyTest(DesktopTest):
         picker.press_button("Use selection")
 
     def decide_review(self, program):
-        review = program.window("Newer files on the server")
+        review = program.window("Newer files on the server – Site")
         review.find("label", "1 of 1 selected")
         review.press_button("Download 1 & start watching")
-        program.wait_until_closed("Newer files on the server")
+        program.wait_until_closed("Newer files on the server – Site")
 
     def test_site_is_published_reviewed_and_given_up(self):
         site = Site(self.desktop)

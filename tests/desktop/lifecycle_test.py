@@ -5,7 +5,7 @@ import signal
 import subprocess
 
 from bus import PATIENCE, call, has_owner, wait_until
-from desktop import COMMAND_LINE, Site, read, write
+from desktop import COMMAND_LINE, PROGRAM, Site, read, write
 from desktop_case import AT_ONCE, DesktopTest, main
 
 OLD, NEW = b"old" * 1000, b"new!" * 256 * 1024  # the new one takes eight seconds to upload
@@ -61,6 +61,34 @@ class LifecycleTest(DesktopTest):
         self.assertEqual(refused.returncode, 4, refused.stderr)
         self.assertEqual(program.end(signal.SIGTERM), 0)
         self.assertEqual(self.run_command_line("scan", "Site").returncode, 0)
+
+    @staticmethod
+    def dialogs(program):
+        return [window for window in program.windows() if window.role() == "dialog"]
+
+    def test_state_that_cannot_be_had_is_told_in_the_window(self):
+        site = Site(self.desktop)
+        site.add_profile()
+        state = self.desktop.path(".local/share/Zembrastel")
+        self.desktop.spawn("command line", [COMMAND_LINE, "watch"])
+        wait_until(lambda: self.run_command_line("status").returncode == 0, "the command line watches")
+        write(self.desktop.folder, "file", b"in the way")
+        in_the_way = self.desktop.path("file")
+        for told, arguments in ((f"The state folder {state} is in use by another running program. Stop that program, "
+                                 "then quit Zembrastel and start it again.", ("--background",)),
+                                (f"{in_the_way}: ", ("--state", in_the_way + "/state"))):
+            program = self.start(*arguments)
+            alert, = wait_until(lambda: self.dialogs(program), "it is told")
+            alert.find("label", f"Could not load saved profiles: {told}", str.startswith)
+            self.assertEqual(program.end(signal.SIGTERM), 0)
+
+    def test_without_a_display_one_line_says_so(self):
+        for display in (None, ":4711"):
+            environment = dict(self.desktop.environment, DISPLAY=display or "")
+            ended = subprocess.run([PROGRAM, "--demo"], env=environment, capture_output=True, text=True, check=False)
+            self.assertEqual(ended.returncode, 1, ended.stderr)
+            self.assertRegex(ended.stderr, "^zembrastel: Cannot open a window: .*[.]\n$")
+            self.assertIn(display or "DISPLAY", ended.stderr)
 
     def test_command_line_pauses_and_resumes_in_the_window(self):
         Site(self.desktop).add_profile()

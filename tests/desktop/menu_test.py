@@ -88,7 +88,7 @@ class NotificationTest(DesktopTest):
                                "keep.")
         self.assertEqual(program.windows(), [])
         self.notifications.act(number)
-        program.window("Newer files on the server").press_button("Download 1 & start watching")
+        program.window("Newer files on the server – Tea & cake").press_button("Download 1 & start watching")
         wait_until(lambda: not self.notifications.shown, "the notification goes")
         self.assertEqual(self.notifications.count, 1)
 
@@ -115,6 +115,11 @@ class NotificationTest(DesktopTest):
         item = self.tray.item()
         self.close_and_reopen(program, item)
         choose(program, *NOTIFICATIONS)
+        self.quit(program, item)  # with the window open, which is no first close
+
+        program = self.start()
+        program.window()
+        item = self.tray.item()
         self.close_and_reopen(program, item)
         wait_until(lambda: self.notifications.shown, "a notification is shown")
         self.close_and_reopen(program, item)

@@ -77,6 +77,16 @@ TEST(ProfileImport, SitesArriveAsTheyWereAndOthersAreSkippedWithTheReason) {
     EXPECT_EQ(all.skipped[1].reason, "It uses neither FTP nor FTPS.");
 }
 
+TEST(ProfileImport, ManySitesOfOneNameAreReadInTimeThatGrowsWithThem) {
+    std::string sites;
+    constexpr int count = 20'000; // some minutes, if each name were compared with all others
+    for (int site = 0; site < count; ++site) sites += "<Server><Host>h</Host><Name>x</Name></Server>";
+    const auto all = findProfiles("<FileZilla3><Servers>" + sites + "</Servers></FileZilla3>", "sites.xml");
+    ASSERT_EQ(all.candidates.size(), static_cast<std::size_t>(count));
+    EXPECT_EQ(all.candidates.front().profile.name, "x");
+    EXPECT_EQ(all.candidates.back().profile.name, "x " + std::to_string(count));
+}
+
 TEST(ProfileImport, RemoteFolderIsNeverAnotherThanTheSites) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {"", "/"},

@@ -65,6 +65,25 @@ TEST_F(ProfileValidation, EveryBrokenFieldIsNamedBeforeTheServerSeesIt) {
         Texts{folder / "missing", folder / "file", folder / "file/x", folder.path().string() + "\0x"s});
 }
 
+TEST_F(ProfileValidation, TextThatStopsEverySaveIsRefused) {
+    const auto real = folder.path().string() + "/caf\xE9";
+    std::filesystem::create_directory(real);
+    std::filesystem::create_directory_symlink(real, folder / "link");
+    expectEach(
+        "The local folder cannot be used, because its path is not valid UTF-8: " + folder.path().string()
+            + "/caf\\xE9. Rename the folder or choose another.",
+        &Profile::localFolder, Texts{real, folder / "link"});
+    const auto badText = "The name, the server, the username, the remote folder, the exclusions and the selected paths "
+                         "must be valid UTF-8.";
+    for (const auto field : {&Profile::name, &Profile::host, &Profile::username, &Profile::remoteFolder}) {
+        expectEach(badText, field, Texts{"a\xFF", "\xED\xA0\x80"});
+    }
+    expectEach(badText, &Profile::exclusions, std::vector{Exclusions("*.\xE9")});
+    for (const auto field : {&Profile::initialDownloadSelection, &Profile::syncSelection}) {
+        expectEach(badText, field, std::vector{DownloadSelection{.rules = {{"caf\xE9", true}}}});
+    }
+}
+
 TEST_F(ProfileValidation, TheFirstBrokenRuleIsTheOneReported) {
     Profile profile;
     profile.host = "a b";

@@ -170,6 +170,31 @@ TEST(SavedState, HostileTextIsRefusedWithoutHarm) {
     }
 }
 
+TEST(SavedState, LongNumbersKeepTheirValue) {
+    for (const auto& [token, value] : std::vector<std::pair<std::string, double>>{
+             {"0.43748024600589513616", 0.43748024600589513616},
+             {"-0.00043748024600589513616", -0.00043748024600589513616},
+             {"1700000000.12345678901234567890", 1700000000.12345678901234567890},
+             {"0." + std::string(400, '0') + "1e401", 1},
+             {"12345678901234567890123  ", 12345678901234567890123.0}}) {
+        const auto files = decodeSavedState(replaced(savedJson(), "1.5", token)).baselines.at(id);
+        EXPECT_EQ(files.at("a/b").modified, value) << token;
+    }
+    for (const auto* token :
+         {"01700000000.1234567890", "1700000000.1234567890.", "-.43748024600589513616", "1700000000000000000000x",
+          "\"1700000000.12345678901\""}) {
+        EXPECT_TRUE(complaint(replaced(savedJson(), "1.5", token)).ends_with(" is not a number")) << token;
+    }
+}
+
+TEST(SavedState, MalformedJsonIsRefusedUnderUnknownKeysToo) {
+    for (const auto* unknown :
+         {"[1,]", "{\"a\" 1}", "{1:2}", "[}", "[1 2]", "tru", "nulll", "01", "1.", "-", "+1", "[.5]", "\"\\q\"",
+          "{\"a\":[\"\\u12\"]}", "[1,,2]", "{,}", "'a'", "[NaN]"}) {
+        EXPECT_NE(complaint(replaced(savedJson(), "}", std::string(R"(,"x":)") + unknown + "}")), "") << unknown;
+    }
+}
+
 TEST(SavedState, EveryCharacterSurvivesWhereverItStandsInAName) {
     SavedState state;
     for (std::size_t place = 0; place < 17; ++place) {

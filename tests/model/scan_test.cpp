@@ -8,6 +8,7 @@
 #include <set>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace zembrastel {
 namespace {
@@ -51,10 +52,10 @@ TEST_F(ScanTest, SpecialItemsNeverReachTheServerAndHiddenFilesDo) {
 }
 
 TEST_F(ScanTest, UnchosenFoldersAreNotEntered) {
-    writeTree(root, {{"a/b/c.txt", "x"}, {"secret/\xff", "x"}});
+    writeTree(root, {{"a/b/c.txt", "x"}, {"secret/x~", "x"}});
     profile.initialDownloadSelection = DownloadSelection{.rules = {{"a/b/c.txt", true}}};
-    const auto entered = [](std::string_view path, NameFault) { ADD_FAILURE() << path; };
-    EXPECT_EQ(paths({.unusableName = entered}), Paths{"a/b/c.txt"});
+    const auto entered = [](std::string_view path) { ADD_FAILURE() << path; };
+    EXPECT_EQ(paths({.excluded = entered}), Paths{"a/b/c.txt"});
 }
 
 TEST_F(ScanTest, FingerprintTellsVersionsApartToTheNanosecond) {
@@ -76,6 +77,8 @@ TEST_F(ScanTest, NameThatCannotBeSentIsLeftOutAndTold) {
         root, {{"good\x7f", "x"},
                {"caf\xe9/inside", "x"},
                {"bad\xff", "x"},
+               {"excluded\xff~", "x"},
+               {".git/\xff", "x"},
                {"line\nbreak", "x"},
                {"line\u2028break", "x"},
                {"tab\t/inside", "x"},
@@ -90,6 +93,50 @@ TEST_F(ScanTest, NameThatCannotBeSentIsLeftOutAndTold) {
         told, (Paths{
                   notUtf8 + "caf\\xE9", notUtf8 + "bad\\xFF", control + "line\\x0Abreak", control + "line\u2028break",
                   control + "tab\\x09", "Left out, because it is nested more than 128 levels deep: " + parent + "d"}));
+TEST_F(ScanTest, PasswordFileAndStateFolderAreNeverPublished) {
+    writeTree(root, {{"page", "x"}, {"secret.txt", "pw"}, {"a/State/profiles.json", "x"}, {"b/state/page", "x"}});
+    fs::create_hard_link(root / "secret.txt", root / "a/copy");
+    fs::create_symlink(root / "secret.txt", folder / "link");
+    Paths told;
+    const ScanHooks hooks{
+        .privateItems =
+            {{.path = folder / "link", .reason = "it holds a password"},
+             {.path = root / "a/State", .reason = "it is private"},
+             {.path = folder / "missing", .reason = ""}},
+        .keptPrivate = [&](std::string_view path, const PrivateItem& item) { told.insert(leftOutText(path, item)); }};
+    EXPECT_EQ(paths(hooks), (Paths{"page", "b/state/page"}));
+    EXPECT_EQ(
+        told, (Paths{
+                  "Left out, because it holds a password: secret.txt", "Left out, because it holds a password: a/copy",
+                  "Left out, because it is private: a/State"}));
+    // As editors save it: another file takes the name.
+    testing::writeFile(root / "new", "pw2");
+    fs::rename(root / "new", root / "secret.txt");
+    EXPECT_FALSE(paths(hooks).contains("secret.txt"));
+}
+
+TEST(Fingerprint, OnlyLastingInodeNumbersTellVersionsApart) {
+    // ext, XFS, btrfs, NFS, SMB, overlay; FAT, exFAT, FUSE, shared folders of VirtualBox
+    for (const auto type : std::vector<std::int64_t>{0xEF53, 0x58465342, 0x9123683E, 0x6969, 0xFE534D42, 0x794C7630}) {
+        EXPECT_EQ(inodeNumbersOf(type), InodeNumbers::lasting) << std::hex << type;
+    }
+    for (const auto type : std::vector<std::int64_t>{0x4D44, 0x2011BAB0, 0x65735546, 0x786F4256}) {
+        EXPECT_EQ(inodeNumbersOf(type), InodeNumbers::passing) << std::hex << type;
+    }
+    struct stat attributes {};
+    attributes.st_size = 7;
+    attributes.st_ino = 5;
+    const auto lasting = Fingerprint::of(InodeNumbers::lasting, attributes);
+    const auto passing = Fingerprint::of(InodeNumbers::passing, attributes);
+    EXPECT_EQ(lasting, (Fingerprint{.size = 7, .inode = 5}));
+    EXPECT_EQ(passing, (Fingerprint{.size = 7}));
+    EXPECT_FALSE(isOtherVersion(passing, lasting)) << "recorded before the numbers were known not to last";
+    EXPECT_FALSE(isOtherVersion(passing, passing));
+    EXPECT_FALSE(isOtherVersion(lasting, lasting));
+    EXPECT_TRUE(isOtherVersion(lasting, passing)) << "moved to another disk";
+    EXPECT_TRUE(isOtherVersion(lasting, {.size = 7, .inode = 6})) << "replaced by one of equal size and time";
+    EXPECT_TRUE(isOtherVersion(passing, {.size = 8}));
+    EXPECT_TRUE(isOtherVersion(passing, {.size = 7, .modified = 1}));
 }
 
 TEST_F(ScanTest, UnavailableFolderIsAnErrorAndNeverAnEmptyResult) {

@@ -2,9 +2,11 @@
 
 #include "model/error.h"
 #include "support/file_tree.h"
+#include "support/local_site.h"
 #include "support/temporary_folder.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 namespace zembrastel {
 namespace {
@@ -61,11 +63,50 @@ TEST_F(StateStoreFiles, AFileThatCannotBeUnderstoodOrReplacedIsLeftAsItWas) {
         EXPECT_EQ(readFile(file), bytes);
     }
     fs::remove(file);
+    ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0); // which would keep a reader waiting
+    EXPECT_EQ(testing::failureOf([&] { return store.load(); }), file.string() + ": It is not a file");
+    fs::remove(file);
     testing::writeFile(file / "kept", "x");
-    EXPECT_THROW((void)store.load(), fs::filesystem_error);
+    EXPECT_THROW((void)store.load(), SyncError);
     EXPECT_THROW(store.save(stateNamed("two")), fs::filesystem_error);
     EXPECT_TRUE(fs::exists(file / "kept"));
     EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1);
+}
+
+TEST_F(StateStoreFiles, FolderIsKeptToItsOwnerUnlessItHoldsMore) {
+    fs::permissions(folder, fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec);
+    store.save(stateNamed("one"));
+    EXPECT_TRUE(StateStore::find(folder));
+    EXPECT_NE(mode(folder), fs::perms::owner_all) << "changed by a look";
+    EXPECT_EQ(StateStore(folder).load(), store.load());
+    EXPECT_EQ(mode(folder), fs::perms::owner_all);
+    testing::writeFile(temporary / "site/index.html", "x");
+    const auto before = mode(temporary / "site");
+    (void)StateStore(temporary / "site");
+    EXPECT_EQ(mode(temporary / "site"), before);
+    const auto umaskBefore = ::umask(0277);
+    (void)StateStore(temporary / "a/b");
+    ::umask(umaskBefore);
+    for (const auto* made : {"a", "a/b"}) EXPECT_EQ(mode(temporary / made), fs::perms::owner_all) << made;
+}
+
+TEST_F(StateStoreFiles, LookingAtAFolderThatIsNotThereMakesNone) {
+    EXPECT_FALSE(StateStore::find(temporary / "misspelt"));
+    EXPECT_FALSE(fs::exists(temporary / "misspelt"));
+}
+
+TEST_F(StateStoreFiles, AnotherFolderPutInItsPlaceIsNotWrittenTo) {
+    store.save(stateNamed("one"));
+    fs::rename(folder, temporary / "elsewhere");
+    EXPECT_THROW(store.save(stateNamed("two")), SyncError);
+    fs::create_directory(folder);
+    EXPECT_THROW(store.save(stateNamed("two")), SyncError);
+    EXPECT_TRUE(fs::is_empty(folder));
+    EXPECT_EQ(StateStore(temporary / "elsewhere").load().profiles.front().name, "one");
+    fs::remove(folder);
+    fs::rename(temporary / "elsewhere", folder);
+    store.save(stateNamed("two"));
+    EXPECT_EQ(store.load().profiles.front().name, "two");
 }
 
 TEST_F(StateStoreFiles, AFolderThatCannotBeMadeIsReportedAtOnce) {

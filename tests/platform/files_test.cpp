@@ -40,6 +40,15 @@ TEST_F(FilesTest, AtomicWriteIsOwnerOnlyWholeAndLeavesNothingBeside) {
     EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 1);
 }
 
+TEST_F(FilesTest, WorkingFolderAndLockAreUsableWhateverTheUmask) {
+    const mode_t before = ::umask(0277);
+    const PrivateFolder working;
+    const auto lock = InstanceLock::acquire(working.path());
+    ::umask(before);
+    EXPECT_EQ(permissions(working.path()), 0700U);
+    EXPECT_EQ(permissions(working.path() / "lock"), 0600U);
+}
+
 TEST_F(FilesTest, OnlyOwnOldLeftoversOfWritesAreRemoved) {
     const auto file = folder.path() / "state";
     const auto old = folder.path() / ("state." + Uuid::random().text() + ".part");
@@ -100,6 +109,10 @@ TEST_F(FilesTest, SecondProgramOnAStateFolderIsToldAndALockGoesWithItsHolder) {
         const auto first = InstanceLock::acquire(folder.path());
         ASSERT_TRUE(first);
         EXPECT_FALSE(InstanceLock::acquire(folder.path()));
+        fs::remove(folder / "lock");
+        EXPECT_FALSE(InstanceLock::acquire(folder.path())) << "with a lock file of its own";
+        fs::create_directory(folder / "another");
+        EXPECT_TRUE(InstanceLock::acquire(folder / "another"));
     }
     EXPECT_TRUE(InstanceLock::acquire(folder.path()));
 }

@@ -57,6 +57,12 @@ TEST(Text, CuttingTextLosesNoPieceThatMatters) {
 TEST(Text, EncodingLeavesNothingThatAUrlOrAScreenWouldActOn) {
     EXPECT_EQ(percentEncoded("aZ09-._~ #?%/\u00E9\x7F\0"sv), "aZ09-._~%20%23%3F%25%2F%C3%A9%7F%00");
     EXPECT_EQ(printable("caf\u00E9 \U0001F600 \\x"), "caf\u00E9 \U0001F600 \\x");
+    EXPECT_EQ(printable("\u2764\uFE0F \u0601\u0627 \u05D0"), "\u2764\uFE0F \u0601\u0627 \u05D0");
+    for (const auto* hidden :
+         {"\u202E", "\u2066", "\u200F", "\u061C", "\u200D", "\u00AD", "\uFEFF", "\u3164", "\uFFF9", "\u2029",
+          "\U000E0041"}) {
+        EXPECT_TRUE(printable(hidden).starts_with("\\x")) << printable(hidden);
+    }
     EXPECT_EQ(printable("a\x1B[2J\n\x7F\u009Bz\0\xFF caf\xE9"sv), "a\\x1B[2J\\x0A\\x7F\\xC2\\x9Bz\\x00\\xFF caf\\xE9");
     EXPECT_EQ(asciiLowercase("AZ=D\u0130R\u00C9"), "az=d\u0130r\u00C9");
 }

@@ -86,7 +86,8 @@ protected:
             .control = control,
             .initialBaseline = baseline,
             .events = sink,
-            .clock = used};
+            .clock = used,
+            .filesMayBeGone = filesMayBeGone};
     }
 
     // In place of the fixture's own from here on.
@@ -113,7 +114,8 @@ protected:
     LocalSite site{server};
     testing::FakeClock clock;
     bool once = false; // one pass instead of watching
-    FileMap baseline;  // as a model would keep it: carried from run to run
+    bool filesMayBeGone = false;
+    FileMap baseline; // as a model would keep it: carried from run to run
     std::vector<std::string> events;
     std::vector<std::chrono::seconds> waits;
 };
@@ -181,6 +183,72 @@ TEST_F(SyncWorkerTest, LocalDeletionIsForgottenAndTheServerCopyStays) {
     run(2);
     EXPECT_EQ(events, (std::vector<std::string>{watching, "baseline of 1", watching}));
     EXPECT_EQ(onServer("a"), "1");
+}
+
+TEST_F(SyncWorkerTest, EmptyFolderAtTheStartForgetsNothing) {
+    const auto empty = [this] {
+        for (const char* name : {"a", "b"}) fs::remove(site / name);
+    };
+    const auto fill = [this] { testing::writeTree(site.root(), {{"a", "1"}, {"b", "2"}}); };
+    fill();
+    run(2);
+    const FileMap known = baseline;
+    empty();
+    run(4, [&](std::size_t sleep) {
+        if (sleep == 3) fill();
+    });
+    const std::string problem = "None of the synchronised files is there: the local folder " + site.root().string();
+    EXPECT_TRUE(events.front().starts_with("error: " + problem)) << events.front();
+    EXPECT_TRUE(events[1].starts_with("Waiting to retry | " + problem)) << events[1];
+    EXPECT_EQ(events.back(), "folder returned"); // others may have changed the server meanwhile
+    EXPECT_EQ(waits, (std::vector<std::chrono::seconds>{5s, 10s, 20s}));
+
+    empty();
+    once = true;
+    run(5);
+    EXPECT_TRUE(events.back().starts_with("pass ended: None of the synchronised files is there")) << events.back();
+    EXPECT_EQ(baseline, known);
+
+    once = false;
+    struct Case {
+        const char* what;
+        std::function<void()> make;
+    };
+    for (const auto& [what, make] : std::vector<Case>{
+             {"the user says so", [&] { filesMayBeGone = true; }},
+             {"no file may be there",
+              [&] {
+                  filesMayBeGone = false;
+                  site.profile.exclusions = Exclusions("a\nb");
+              }},
+             {"another file is there", [&] { testing::writeFile(site / "other", "1"); }}}) {
+        make();
+        baseline = known;
+        run(1);
+        EXPECT_EQ(count("baseline of 0"), 1U) << what;
+        site.profile.exclusions = Exclusions();
+    }
+    EXPECT_EQ(onServer("a"), "1");
+}
+
+TEST(UploadProblem, NamesTheFileButNotForALostServer) {
+    struct Case {
+        const char* failure;
+        const char* told;
+    };
+    for (const auto& [failure, told] :
+         {Case{"curl: (25) Failed FTP upload: 553", "curl: (25) Failed FTP upload: 553 (a/x)"},
+          Case{
+              "curl: (28) Operation timed out after 600001 milliseconds with 0 bytes received",
+              "curl: (28) Operation timed out after 600001 milliseconds before the upload was complete (a/x)"},
+          Case{
+              "File changed before uploading; it will be retried.",
+              "File changed before uploading; it will be retried (a/x)."},
+          Case{"/site/a/x: Permission denied", "/site/a/x: Permission denied"},
+          Case{"curl: (67) Access denied: 530", "curl: (67) Access denied: 530"}}) {
+        EXPECT_EQ(uploadProblem(failure, "a/x"), told);
+    }
+    EXPECT_EQ(retryDetail("No such file or directory", 5s), "No such file or directory. Retrying in 5 seconds.");
 }
 
 TEST_F(SyncWorkerTest, UnreachableServerIsTriedAtGrowingIntervalsUntilItIsBack) {

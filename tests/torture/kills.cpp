@@ -10,16 +10,14 @@
 #include "model/saved_state.h"
 #include "model/state_store.h"
 #include "support/ftp_server.h"
-#include "support/process_figures.h"
 #include "support/wait_for.h"
+#include "torture/program_run.h"
 #include "torture/seeded_run.h"
 
 #include <algorithm>
-#include <condition_variable>
 #include <csignal>
 #include <cstdio>
 #include <future>
-#include <mutex>
 #include <random>
 #include <set>
 #include <stdexcept>
@@ -31,7 +29,6 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
-constexpr auto limit = 60s; // for what must happen in the end
 constexpr std::size_t pathsInUse = 12;
 constexpr int killsBetweenRests = 5;
 constexpr int rateKiB = 1000; // so that there is something to meet in mid transfer
@@ -58,92 +55,6 @@ struct Counts {
         leftOnServer += other.leftOnServer;
         rests += other.rests;
     }
-};
-
-// The program at work; what it tells is taken down as it comes.
-class Run {
-public:
-    Run(const CliPlace& place, const CliPlace::Arguments& arguments) : program(place.start(arguments)) {
-        program.closeInput();
-        reader = std::jthread([this] { read(); });
-    }
-    Run(const Run&) = delete;
-    Run& operator=(const Run&) = delete;
-    ~Run() { program.kill(); } // or the reader would go on after a failure
-
-    // Waits until so many lines with this in them were told, or one with one of the words, or it has ended. False when
-    // it has.
-    bool waitForLines(std::size_t count, const std::string& marker, const std::vector<std::string>& words) {
-        std::unique_lock lock(mutex);
-        const auto marked = [&](const std::string& line) { return line.find(marker) != std::string::npos; };
-        const auto enough = [&] {
-            return ended || std::cmp_greater_equal(std::ranges::count_if(lines, marked), count) || contains(words);
-        };
-        if (!more.wait_for(lock, limit, enough)) throw std::runtime_error("the program does not go on");
-        return !ended;
-    }
-
-    bool tells(const std::string& words) {
-        const std::scoped_lock lock(mutex);
-        return contains({words});
-    }
-
-    // Stops it first, so that its children can be told and cannot become others. Nothing when it has ended by itself.
-    std::optional<std::vector<pid_t>> kill(bool childrenToo) {
-        if (!program.suspend()) return std::nullopt;
-        const auto children = childrenOf(program.pid());
-        if (childrenToo) {
-            for (const pid_t child : children) ::kill(child, SIGKILL);
-        }
-        program.kill();
-        return children;
-    }
-
-    // Its exit status; all its lines are there then.
-    int wait() {
-        reader.join();
-        return program.wait();
-    }
-
-    int stop() {
-        ::kill(program.pid(), SIGTERM);
-        return wait();
-    }
-
-    [[nodiscard]] std::vector<std::string> told() {
-        const std::scoped_lock lock(mutex);
-        return lines;
-    }
-
-private:
-    void read() {
-        try {
-            while (true) {
-                std::string text = program.readLine(limit * 10);
-                const std::scoped_lock lock(mutex);
-                lines.push_back(std::move(text));
-                more.notify_all();
-            }
-        } catch (const std::runtime_error&) {
-            const std::scoped_lock lock(mutex);
-            ended = true;
-            more.notify_all();
-        }
-    }
-
-    [[nodiscard]] bool contains(const std::vector<std::string>& words) const {
-        return std::ranges::any_of(lines, [&](const std::string& line) {
-            return std::ranges::any_of(
-                words, [&](const std::string& word) { return line.find(word) != std::string::npos; });
-        });
-    }
-
-    std::mutex mutex;
-    std::condition_variable more;
-    std::vector<std::string> lines;
-    bool ended = false;
-    Program program;
-    std::jthread reader;
 };
 
 const std::string watching = "Watching: Local changes";
@@ -247,7 +158,7 @@ private:
         const auto delay =
             std::chrono::microseconds(upTo(static_cast<std::size_t>(std::chrono::microseconds(longest).count())));
         const bool alone = upTo(1) == 0;
-        Run program(place, arguments);
+        ProgramRun program(place, arguments);
         program.waitForLines(lines, atTransfer ? "loading" : "", {watching, reviewWaits});
         if (watches && program.tells(reviewWaits)) { // nothing goes on that a kill could meet
             finish(program);
@@ -261,7 +172,7 @@ private:
             ++counts.kills[task];
             counts.alone += alone ? 1 : 0;
             counts.inTransfer += children->empty() ? 0 : 1;
-            requireGone(*children);
+            requireTransfersEnded(*children, server);
         }
         verify(program.told(), !children);
         if (task == "new profiles" && !children) require(status == 0 && hasProfile(added), "a new profile is missing");
@@ -269,27 +180,9 @@ private:
     }
 
     // Ends the program as a user does; all that it told is on the disk then.
-    void finish(Run& program) {
+    void finish(ProgramRun& program) {
         require(program.stop() == 0, "the program did not end well");
         verify(program.told(), true);
-    }
-
-    // A transfer does not outlive the program by more than a moment, nor its sessions with the server, which may still
-    // be about to do the last thing that they were asked for.
-    void requireGone(const std::vector<pid_t>& children) {
-        for (const pid_t child : children) {
-            const auto gone = [child] { return !fs::exists(processFolder(child)); };
-            require(eventually(gone), "a transfer goes on without the program");
-        }
-        const auto idle = [this] {
-            try {
-                return std::ranges::all_of(
-                    childrenOf(*server.launcher()), [](pid_t listener) { return childrenOf(listener).empty(); });
-            } catch (const fs::filesystem_error&) { // one ends while it is looked at
-                return false;
-            }
-        };
-        require(eventually(idle, limit), "a session goes on without its transfer");
     }
 
     // What stands on both sides before the program runs.
@@ -425,7 +318,7 @@ private:
             state = load();
             return !forgotten(told);
         };
-        if (!eventually(saved, limit)) requireKnown(told);
+        if (!eventually(saved, ProgramRun::limit)) requireKnown(told);
     }
 
     void requireKnown(const std::vector<std::string>& told) {
@@ -437,7 +330,7 @@ private:
     void rest() {
         for (bool reviewed = true; reviewed;) {
             remember();
-            Run program(place, command({"watch", name}));
+            ProgramRun program(place, command({"watch", name}));
             require(program.waitForLines(SIZE_MAX, "", {watching, reviewWaits}), "watching ended: " + place.errors());
             reviewed = !program.tells(watching);
             requireSaved(program.told());

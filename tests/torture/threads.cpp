@@ -10,6 +10,7 @@
 #include "support/process_figures.h"
 #include "support/unsteady_servers.h"
 #include "support/wait_for.h"
+#include "torture/hasty_clock.h"
 #include "torture/seeded_run.h"
 
 #include <algorithm>
@@ -36,18 +37,8 @@ using Random = std::mt19937_64;
 constexpr std::size_t places = 6;
 constexpr std::size_t pathsInUse = 8;
 constexpr auto hangsAfter = 60s;
-constexpr int hurry = 40; // polls and pauses are so many times shorter
 
 std::string pathOf(std::size_t number) { return (number % 3 == 0 ? "deep/" : "") + ("page " + std::to_string(number)); }
-
-class HastyClock final : public Clock {
-public:
-    std::chrono::system_clock::time_point now() const override { return systemClock().now(); }
-    std::chrono::steady_clock::time_point steadyNow() const override { return systemClock().steadyNow(); }
-    bool sleep(const std::stop_token& stop, std::chrono::nanoseconds duration) override {
-        return systemClock().sleep(stop, duration / hurry);
-    }
-};
 
 // A secret store that takes its time and fails now and then.
 class SlowKeyring {
@@ -375,7 +366,7 @@ private:
     TemporaryFolder folder;
     UnsteadyServers servers;
     SlowKeyring keyring;
-    HastyClock clock;
+    HastyClock clock{40};
     MainQueue queue;
     std::vector<Profile> profiles; // as last seen; the model has them or not
     std::unique_ptr<AppModel> model;

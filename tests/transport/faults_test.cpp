@@ -66,6 +66,15 @@ TEST(ListingFaults, ServersThatListBadlyAreReadAsFarAsTheyCanBeTrusted) {
         "Unix/Windows LIST.");
 }
 
+TEST(ListingFaults, ListingWithoutEndIsRefused) {
+    const testing::TemporaryFolder folder;
+    testing::writeFile(folder / "listing", "type=file;size=7; x\r\n");
+    const auto server = oddServer({"--endless", "--listing", folder / "listing"});
+    EXPECT_EQ(
+        failureOf([&] { return LocalSite(server).transport().list(""); }),
+        "The server's directory listing is too long.");
+}
+
 TEST(ListingFaults, DateThatTheServerDoesNotGiveIsNeverInvented) {
     const std::string missing =
         "The server did not provide a modification date for a. Uploads remain paused until you choose how to proceed.";

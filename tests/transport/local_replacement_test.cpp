@@ -113,22 +113,22 @@ TEST_F(Replacing, EditBetweenTwoStepsStaysInPlace) {
         int error; // that a file system has which cannot
         std::multiset<std::string> kept;
     };
-    for (const auto& [at, error, versions] : std::vector<Case>{
+    for (const auto& one : std::vector<Case>{
              {Call::copy, 0, {"/dir/page: seen"}},
              {Call::exchange, 0, {"/dir/page: new", "/dir/page: seen"}}, // the new one stood there for a moment
              {Call::exchange, EINVAL, {"/dir/page: seen"}}}) {
         testing::writeFile(site / "dir/page", "seen");
         onCall = [&, edited = false](Call call) mutable {
-            if (call != at) return 0;
+            if (call != one.at) return 0;
             if (!std::exchange(edited, true)) {
                 testing::writeFile(site / "draft", "edited");
                 fs::rename(site / "draft", site / "dir/page");
             }
-            return error;
+            return one.error;
         };
         EXPECT_FALSE(replace());
         onCall = nullptr;
-        EXPECT_EQ(kept(), versions);
+        EXPECT_EQ(kept(), one.kept);
         fs::remove_all(site / backupFolder);
         EXPECT_EQ(testing::readTree(site), (FileTree{{"dir/page", "edited"}}));
     }
@@ -214,19 +214,19 @@ TEST(FirstDownload, FileThatAppearsMeanwhileIsKept) {
         int linkError, renameError;
         std::vector<std::optional<Call>> appearsAt;
     };
-    for (const auto& [able, linkError, renameError, moments] : std::vector<Case>{
+    for (const auto& one : std::vector<Case>{
              {"links", 0, 0, {std::nullopt, Call::link}},
              {"renames", EPERM, 0, {std::nullopt, Call::renameNew}},
              {"neither", EPERM, EINVAL, {std::nullopt, Call::renameNew, Call::date}}}) {
-        for (const auto& appears : moments) {
-            SCOPED_TRACE(able + (appears ? ", a file appears" : ""));
+        for (const auto& appears : one.appearsAt) {
+            SCOPED_TRACE(one.able + (appears ? ", a file appears" : ""));
             const LocalSite site(server);
             onCall = [&](Call call) {
                 if (call == appears) {
                     testing::writeFile(site / "draft", "mine");
                     fs::rename(site / "draft", site / "page");
                 }
-                return call == Call::link ? linkError : call == Call::renameNew ? renameError : 0;
+                return call == Call::link ? one.linkError : call == Call::renameNew ? one.renameError : 0;
             };
             std::string report;
             std::size_t installed = 0;

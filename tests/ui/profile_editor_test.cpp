@@ -20,6 +20,7 @@
 #include <latch>
 #include <map>
 #include <memory>
+#include <semaphore>
 
 using namespace zembrastel;
 using zembrastel::testing::FtpServer;
@@ -159,6 +160,19 @@ TEST(EditorRules, EachObjectionPointsAtTheFieldThatHasToChange) {
         EXPECT_EQ(objection.field, field) << objection.message;
         EXPECT_NE(objection.message, "");
     }
+}
+
+TEST(EditorRules, UntouchedFieldsKeepLaterChanges) {
+    const Profile original;
+    Profile saved = original;
+    saved.host = saved.username = "changed elsewhere";
+    Profile draft = original;
+    draft.username = draft.name = "edited";
+    draft.enabled = true;
+    Profile merged = saved;
+    merged.username = merged.name = "edited";
+    merged.enabled = true;
+    EXPECT_EQ(withEdits(saved, original, draft), merged);
 }
 
 TEST(EditorRules, TheSavingButtonNeverPromisesWhatItDoesNotDo) {
@@ -371,6 +385,38 @@ TEST_F(ProfileEditorTest, WhatTheModelChangesMeanwhileIsNotUndone) {
     model->toggle(before.id);
     model->toggle(before.id);
     EXPECT_FALSE(button(startLabel).isChecked());
+}
+
+TEST_F(ProfileEditorTest, ChangesDuringKeyringPromptAreKept) {
+    std::counting_semaphore<> answers(0);
+    passwords.save = [&](const std::string&, const Uuid&) { answers.acquire(); };
+    passwords.remove = [&](const Uuid&) { answers.acquire(); };
+    const Uuid id = savedProfile().id;
+    const auto saveAs = [&](const QString& name) {
+        openEditor(id);
+        ASSERT_TRUE(waitFor([this] { return line("Password").isEnabled(); }));
+        type("Profile name", name);
+        type("Password", name);
+        button("Save changes").click();
+    };
+    saveAs(QStringLiteral("Renamed"));
+    model->toggle(id);
+    answers.release();
+    ASSERT_TRUE(waitFor([this] { return !editor->isVisible(); }));
+    EXPECT_EQ(model->profile(id)->name, "Renamed");
+    EXPECT_TRUE(model->profile(id)->enabled);
+
+    model->remove(id);
+    saveAs(QStringLiteral("Kept"));
+    answers.release(2);
+    ASSERT_TRUE(waitFor([this] { return !message().isEmpty(); }));
+    EXPECT_TRUE(message().startsWith(QStringLiteral("This profile was removed meanwhile."))) << message().toStdString();
+    EXPECT_TRUE(model->profiles().empty());
+    EXPECT_EQ(line("Profile name").text(), QStringLiteral("Kept"));
+    button("Create profile").click();
+    answers.release();
+    ASSERT_TRUE(waitFor([this] { return !editor->isVisible(); }));
+    EXPECT_EQ(model->profiles().front().name, "Kept");
 }
 
 TEST_F(ProfileEditorTest, EveryControlHasANameAndCanBeReachedWithTheTabKey) {

@@ -29,7 +29,7 @@ class ProgressTest : public ::testing::Test {
 protected:
     ProgressTest() {
         Profile profile;
-        profile.name = "Site & shop";
+        profile.name = "<b>Site & shop\u202e\n!";
         profile.host = "127.0.0.1";
         profile.username = "user";
         profile.localFolder = folder.path().string();
@@ -140,7 +140,9 @@ TEST_F(ProgressTest, BarComesAfterASecondMovesNothingAndGoesWithTheTransfer) {
     EXPECT_EQ(accessible->text(QAccessible::Description), label().text());
     EXPECT_EQ(accessible->valueInterface()->currentValue().toInt(), 50);
     const TrayItem tray(*bridge, QDBusConnection(QStringLiteral("no bus")));
-    EXPECT_EQ(tray.toolTip(), QStringLiteral("Zembrastel\nSite & shop: 40.0 of 80 MB, 3 of 17 files"));
+    EXPECT_EQ(
+        tray.toolTip(), QStringLiteral("Zembrastel\n\u2039b\u203aSite \uff06 shop !: 40.0 of 80 MB, 3 of 17 files"))
+        << "a desktop could read the name as markup, or its end as a line of its own";
 
     steps.release();
     ASSERT_TRUE(waitFor([this] { return model->status(id).title == "Watching"; }));

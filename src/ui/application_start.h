@@ -1,0 +1,16 @@
+// Makes Qt's application, which needs a display to show windows on.
+//
+// Main thread, once.
+#pragma once
+
+#include <QApplication>
+
+#include <memory>
+
+namespace zembrastel {
+
+// Where no window can be opened, ends the program with exit code 1 and one line on standard error; Qt by itself would
+// abort. What Qt says otherwise goes where it usually does. `argc` and `argv` must outlive the application.
+[[nodiscard]] std::unique_ptr<QApplication> startApplication(int& argc, char** argv);
+
+} // namespace zembrastel

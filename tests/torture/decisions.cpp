@@ -1,0 +1,350 @@
+// Decisions at the wrong moment: a user who starts, pauses, decides late or on another review, edits, removes and
+// quits, while a colleague changes the server. There is never more than one worker, none beside a check, and no server
+// file is replaced that stood in a review nobody has answered. In the end every profile can be brought to watching.
+//
+// The seed repeats what is asked; when threads run it cannot repeat.
+#include "app/app_model.h"
+#include "app/main_queue.h"
+#include "support/file_tree.h"
+#include "support/ftp_server.h"
+#include "support/temporary_folder.h"
+#include "torture/require.h"
+#include "torture/seeded_run.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <list>
+#include <map>
+#include <mutex>
+#include <random>
+
+namespace zembrastel::testing {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+constexpr std::array<const char*, 4> paths{"a", "b", "deep/c", "deep/d"};
+
+// Polls and retries come at once, and do not keep the machine busy.
+class HastyClock final : public Clock {
+public:
+    std::chrono::system_clock::time_point now() const override { return systemClock().now(); }
+    std::chrono::steady_clock::time_point steadyNow() const override { return systemClock().steadyNow(); }
+    bool sleep(const std::stop_token& stop, std::chrono::nanoseconds duration) override {
+        return systemClock().sleep(stop, duration / 200);
+    }
+};
+
+// Which checks and workers are at it. One that was told to stop may take a moment to end.
+class Shifts {
+public:
+    [[nodiscard]] JobWork counted(const JobWork& work) {
+        return {
+            .check =
+                [this, check = work.check](
+                    const FTPTransport& server, const FileMap& baseline, const RemoteDates& dates,
+                    const PathSet& unanswered, const std::stop_token& stop) {
+                    const Shift shift(*this, stop);
+                    return check(server, baseline, dates, unanswered, stop);
+                },
+            .watch =
+                [this, watch = work.watch](const SyncWorker& worker, const std::stop_token& stop) {
+                    const Shift shift(*this, stop);
+                    watch(worker, stop);
+                }};
+    }
+
+    [[nodiscard]] bool overlapped() const {
+        const std::lock_guard lock(mutex);
+        return found;
+    }
+
+private:
+    struct Shift {
+        Shift(Shifts& joined, const std::stop_token& stop) : shifts(joined) {
+            const std::lock_guard lock(shifts.mutex);
+            const auto goesOn = [](const std::stop_token& other) { return !other.stop_requested(); };
+            shifts.found = shifts.found || (goesOn(stop) && std::ranges::any_of(shifts.all, goesOn));
+            place = shifts.all.insert(shifts.all.end(), stop);
+        }
+        Shift(const Shift&) = delete;
+        Shift& operator=(const Shift&) = delete;
+        ~Shift() {
+            const std::lock_guard lock(shifts.mutex);
+            shifts.all.erase(place);
+        }
+
+        Shifts& shifts;
+        std::list<std::stop_token>::iterator place;
+    };
+
+    mutable std::mutex mutex;
+    std::list<std::stop_token> all;
+    bool found = false;
+};
+
+class Sequence final : private ModelObserver {
+public:
+    Sequence(FtpServer& used, std::uint64_t seed) : server(used), random(seed) {
+        fs::remove_all(server.root() / "site");
+        fs::create_directory(server.root() / "site");
+        server.handOver();
+        for (const auto* path : paths) editLocally(path);
+        profile = profileFor(server, folder / "site", server.remoteFolder("site"));
+        profile.name = "Site";
+        open();
+        model->save(profile, std::nullopt);
+        model->resume(profile.id);
+        settle();
+    }
+
+    void play() {
+        using Step = void (Sequence::*)();
+        constexpr std::array<Step, 16> steps{
+            &Sequence::colleagueEdits,  &Sequence::colleagueEdits, &Sequence::colleagueEdits, &Sequence::editSomething,
+            &Sequence::removeSomething, &Sequence::pause,          &Sequence::resume,         &Sequence::resume,
+            &Sequence::stayPaused,      &Sequence::stayPaused,     &Sequence::decide,         &Sequence::decideLate,
+            &Sequence::decideLate,      &Sequence::retry,          &Sequence::edit,           &Sequence::quitOrRemove};
+        for (std::size_t count = 20 + random() % 20; count > 0; --count) {
+            (this->*steps.at(random() % steps.size()))();
+            pump();
+        }
+        settle();
+    }
+
+    std::size_t reviews = 0;
+    std::size_t outdated = 0;
+    std::size_t uploads = 0;
+
+private:
+    [[nodiscard]] fs::path local(const std::string& path) const { return folder / "site" / path; }
+    [[nodiscard]] fs::path remote(const std::string& path) const { return server.root() / "site" / path; }
+    [[nodiscard]] const RemoteReview* review() const {
+        const auto found = model->reviews().find(profile.id);
+        return found == model->reviews().end() ? nullptr : &found->second;
+    }
+    [[nodiscard]] std::string somePath() { return paths.at(random() % paths.size()); }
+
+    void open() {
+        AppModel::Options options{.storeOverride = StateStore(folder / "state"), .clock = clock};
+        options.work = shifts.counted(serverWork());
+        options.passwordAccess = {
+            .save = [](const auto&...) {},
+            .read = [password = server.password()](const Uuid&) { return password; },
+            .remove = [](const Uuid&) {}};
+        model = std::make_unique<AppModel>(queue, std::move(options));
+        model->observe(*this);
+    }
+
+    void pump() {
+        (void)queue.runUntil([] { return false; }, std::chrono::milliseconds(random() % 3 == 0 ? random() % 120 : 1));
+        verify();
+    }
+
+    void verify() const {
+        require(!shifts.overlapped(), "two workers, or a worker beside a check");
+        for (const auto& [path, version] : unanswered) {
+            require(
+                readFile(remote(path)) == version,
+                path + " was replaced on the server while a review of it was not answered");
+        }
+    }
+
+    // By retrying and deciding alone, whatever came before.
+    void settle() {
+        model->resume(profile.id);
+        const auto isSettled = [this] {
+            verify();
+            if (review() != nullptr) decide();
+            if (model->checkFailures().contains(profile.id)) model->retryCheck(profile.id);
+            return model->watching(profile.id) && model->status(profile.id).title == "Watching";
+        };
+        if (queue.runUntil(isSettled, 60s)) return;
+        std::string lines;
+        for (const auto& line : model->status(profile.id).activity) lines += "\n  " + line.text;
+        throw std::runtime_error("does not come to watching: " + model->status(profile.id).title + lines);
+    }
+
+    // What a review shows is not to be replaced on the server before it is answered.
+    void reviewChanged(const Uuid&) override {
+        if (review() == nullptr) return;
+        last = *review();
+        for (const auto& change : last.changes) {
+            if (fs::exists(local(change.path))) unanswered[change.path] = readFile(remote(change.path));
+        }
+        ++reviews;
+    }
+
+    void activityLogged(const Uuid& id, const Activity& activity) override {
+        constexpr std::string_view downloaded = "Downloaded newer server copy: ";
+        const std::string& text = activity.text;
+        if (text.starts_with("Uploaded ")) {
+            require(model->watching(id), "an upload outside watching");
+            ++uploads;
+        }
+        // The decision on a postponed review counts only now.
+        if (text.starts_with("The same files are newer")) answer(postponed.first, postponed.second);
+        if (!text.starts_with(downloaded)) return;
+        unanswered.erase(text.substr(downloaded.size(), text.find(" (") - downloaded.size()));
+    }
+
+    void colleagueEdits() {
+        const std::string path = somePath();
+        // In one step: a check must not see it with a date of before.
+        server.put("incoming", "colleague " + std::to_string(++versions));
+        touch(server.root() / "incoming", later += 1h);
+        if (fs::create_directories(remote(path).parent_path())) server.handOver();
+        fs::rename(server.root() / "incoming", remote(path));
+        if (unanswered.contains(path)) unanswered[path] = readFile(remote(path));
+    }
+
+    void editLocally(const std::string& path) { writeFile(local(path), "local " + std::to_string(++versions)); }
+
+    // Half of the time with a date after the colleague's.
+    void editSomething() {
+        const std::string path = somePath();
+        editLocally(path);
+        if (random() % 2 == 0) touch(local(path), later += 1h);
+    }
+
+    // What is not here any more is no longer compared.
+    void removeSomething() {
+        const std::string path = somePath();
+        fs::remove(local(path));
+        unanswered.erase(path);
+    }
+
+    void pause() { model->pause(profile.id); }
+    void resume() { model->resume(profile.id); }
+    void retry() {
+        if (random() % 4 == 0) {
+            server.stop();
+            pump();
+            server.restart();
+        }
+        if (model->running(profile.id)) model->retryCheck(profile.id);
+    }
+    void stayPaused() {
+        if (review() != nullptr) model->pauseReview(profile.id, review()->reviewId);
+    }
+
+    // What is kept is answered; what is downloaded, when it is here.
+    void answer(const RemoteReview& decided, const PathSet& downloads) {
+        for (const auto& change : decided.changes) {
+            if (!downloads.contains(change.path)) unanswered.erase(change.path);
+        }
+    }
+
+    void decideOn(const RemoteReview& decided) {
+        PathSet downloads;
+        for (const auto& change : decided.changes) {
+            if (random() % 2 == 0) downloads.insert(change.path);
+        }
+        const bool isWaiting =
+            review() != nullptr && review()->reviewId == decided.reviewId && model->running(profile.id);
+        const auto before = unanswered;
+        if (isWaiting) { // uploads may begin before the call returns
+            answer(decided, downloads);
+        }
+        switch (model->resolveReview(decided.id, decided.reviewId, downloads)) {
+        case Decision::accepted:
+            // A postponed decision is carried out only if the server is as it was.
+            if (!isWaiting) postponed = {decided, downloads};
+            break;
+        case Decision::outdated:
+            require(!isWaiting, "a decision on the review that waits was refused");
+            ++outdated;
+            [[fallthrough]];
+        case Decision::refused:
+            unanswered = before;
+        }
+    }
+
+    void decide() {
+        if (review() != nullptr) decideOn(RemoteReview(*review()));
+    }
+    void decideLate() { decideOn(RemoteReview(last)); }
+
+    void edit() {
+        pump();
+        Profile changed = *model->profile(profile.id);
+        changed.name = "Site " + std::to_string(random() % 100);
+        model->save(changed, std::nullopt);
+    }
+
+    // A new program, or another profile, goes by the dates alone.
+    void quitOrRemove() {
+        if (random() % 2 == 0) {
+            model.reset();
+            open();
+            model->startEnabled();
+        } else {
+            const Uuid removed = profile.id;
+            model->remove(removed);
+            require(queue.runUntil([&] { return model->profile(removed) == nullptr; }, 30s), "is not removed");
+            profile.id = Uuid::random();
+            model->save(profile, std::nullopt);
+        }
+        std::erase_if(unanswered, [this](const auto& entry) {
+            const auto& path = entry.first;
+            if (!fs::exists(local(path))) return true;
+            return fs::last_write_time(local(path)) + 2s > fs::last_write_time(remote(path));
+        });
+    }
+
+    FtpServer& server;
+    std::mt19937_64 random;
+    TemporaryFolder folder;
+    HastyClock clock;
+    MainQueue queue;
+    Shifts shifts;
+    Profile profile;
+    std::map<std::string, std::string, std::less<>> unanswered; // path to the server's version
+    RemoteReview last;
+    std::pair<RemoteReview, PathSet> postponed; // the last decision on such a review
+    std::chrono::system_clock::time_point later =
+        std::chrono::ceil<std::chrono::seconds>(std::chrono::system_clock::now());
+    std::size_t versions = 0;
+    std::unique_ptr<AppModel> model;
+};
+
+int tortured(int count, char** arguments) {
+    SeededRun torture("Decides on reviews at the wrong moment.");
+    int sequences = 1000;
+    int seconds = 3600;
+    torture.options.add_option("--sequences", sequences, "how many");
+    torture.options.add_option("--seconds", seconds, "how long at most");
+    const TemporaryFolder temporary;
+    ::setenv("TMPDIR", temporary.path().c_str(), 1);
+    return torture.run(count, arguments, [&](std::uint64_t seed) {
+        FtpServer server(FtpServer::Kind::proftpd);
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+        std::size_t reviews = 0;
+        std::size_t outdated = 0;
+        std::size_t uploads = 0;
+        int done = 0;
+        for (; done < sequences && std::chrono::steady_clock::now() < end; ++done) {
+            const std::uint64_t own = seed + static_cast<std::uint64_t>(done);
+            try {
+                Sequence sequence(server, own);
+                sequence.play();
+                reviews += sequence.reviews;
+                outdated += sequence.outdated;
+                uploads += sequence.uploads;
+            } catch (const std::exception& error) {
+                throw std::runtime_error("sequence of seed " + std::to_string(own) + ": " + error.what());
+            }
+        }
+        std::printf(
+            "%d sequences: %zu reviews shown, %zu decisions too late, %zu uploads; nothing replaced unanswered\n", done,
+            reviews, outdated, uploads);
+    });
+}
+
+} // namespace
+} // namespace zembrastel::testing
+
+int main(int count, char** arguments) { return zembrastel::testing::tortured(count, arguments); }
