@@ -4,6 +4,7 @@
 #include "platform/directory_walk.h"
 #include "platform/files.h"
 #include "platform/folder.h"
+#include "platform/text.h"
 
 #include <algorithm>
 #include <cerrno>

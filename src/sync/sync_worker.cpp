@@ -2,13 +2,13 @@
 
 #include "model/error.h"
 #include "model/scan.h"
+#include "platform/text.h"
 #include "sync/progress_meter.h"
 #include "sync/upload_queue.h"
 #include "transport/alike_names.h"
 #include "transport/ftp_transport.h"
 
 #include <algorithm>
-#include <array>
 #include <optional>
 #include <set>
 
@@ -277,24 +277,6 @@ std::string missingFilesProblem(const std::string& localFolder) {
     return "None of the synchronised files is there: the local folder " + printable(localFolder)
            + " is empty. Perhaps its disk is not mounted. Nothing is uploaded or forgotten until there are files in it "
              "again.";
-}
-
-std::string uploadProblem(std::string problem, const std::string& path) {
-    // Failures to reach the server or to log in, by curl's codes for them, are not about a file.
-    constexpr std::array<std::string_view, 7> ofServer{"curl: (6) ",  "curl: (7) ",  "curl: (35) ", "curl: (60) ",
-                                                       "curl: (64) ", "curl: (67) ", "curl: (91) "};
-    if (std::ranges::any_of(ofServer, [&](std::string_view beginning) { return problem.starts_with(beginning); })) {
-        return problem;
-    }
-    // curl counts what came in, which is nothing in an upload.
-    constexpr std::string_view misleading = " with 0 bytes received";
-    const auto received = problem.find(misleading);
-    if (received != std::string::npos) problem.replace(received, misleading.size(), " before the upload was complete");
-    const bool namesIt = problem.ends_with(": " + path) || problem.find('/' + path + ": ") != std::string::npos;
-    if (namesIt) return problem;
-    const bool ended = problem.ends_with('.');
-    if (ended) problem.pop_back();
-    return problem + " (" + path + (ended ? ")." : ")");
 }
 
 event::Status watchingStatus() {

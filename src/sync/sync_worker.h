@@ -39,10 +39,6 @@ inline constexpr int mostLooks = 15; // of one pass
 [[nodiscard]] std::vector<std::string> stablePaths(
     const std::vector<std::string>& changed, const FileMap& current, const FileMap& previous);
 
-// The failure of the upload of this file, which the text names at its end if it does not name it yet; that of reaching
-// the server stays as it is.
-[[nodiscard]] std::string uploadProblem(std::string problem, const std::string& path);
-
 // What the user reads when the local folder is empty and the baseline is not.
 [[nodiscard]] std::string missingFilesProblem(const std::string& localFolder);
 

@@ -11,15 +11,6 @@
 namespace zembrastel {
 namespace {
 
-// The failure of the upload of this file, which the text names at its end if it does not name it yet.
-std::string uploadProblem(std::string problem, const std::string& path) {
-    const bool namesIt = problem.ends_with(": " + path) || problem.find('/' + path + ": ") != std::string::npos;
-    if (namesIt) return problem;
-    const bool ended = problem.ends_with('.');
-    if (ended) problem.pop_back();
-    return problem + " (" + path + (ended ? ")." : ")");
-}
-
 constexpr std::chrono::minutes longestWrite{2};
 constexpr int maxDateQueries = 3; // for one file: some servers report no dates
 
@@ -29,6 +20,18 @@ UploadQueue::UploadQueue(
     const SyncWorker& started, const FTPTransport& used, ProgressMeter& counter, FileMap& synchronised)
     : worker(started), transport(used), meter(counter), baseline(synchronised), known(started.seen),
       journal(started.journal) {}
+
+std::string uploadProblem(std::string problem, const std::string& path) {
+    // curl counts what came in, which is nothing in an upload.
+    constexpr std::string_view misleading = " with 0 bytes received";
+    const auto received = problem.find(misleading);
+    if (received != std::string::npos) problem.replace(received, misleading.size(), " before the upload was complete");
+    const bool namesIt = problem.ends_with(": " + path) || problem.find('/' + path + ": ") != std::string::npos;
+    if (namesIt) return problem;
+    const bool ended = problem.ends_with('.');
+    if (ended) problem.pop_back();
+    return problem + " (" + path + (ended ? ")." : ")");
+}
 
 std::vector<std::string> UploadQueue::ready(const std::vector<std::string>& stable, const FileMap& current) {
     std::vector<std::string> paths;
@@ -141,11 +144,11 @@ void UploadQueue::published(const CompleteCopy& copy) {
 }
 
 void UploadQueue::failed(const FileToPublish& file, const PublishFailure& failure) {
-    const std::string problem = uploadProblem(failure.message, file.path);
     if (failure.kind == PublishFailure::Kind::server) {
         serverFailure = failure.message;
         return;
     }
+    const std::string problem = uploadProblem(failure.message, file.path);
     retries.failed(file.path, file.fingerprint, problem, worker.clock.steadyNow());
     activity(problem, true);
 }

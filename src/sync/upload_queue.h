@@ -23,6 +23,9 @@
 
 namespace zembrastel {
 
+// What the user reads when the upload of this file failed: the text names the file at its end if it does not name it yet.
+[[nodiscard]] std::string uploadProblem(std::string problem, const std::string& path);
+
 class UploadQueue {
 public:
     // All are borrowed for as long as the object lives. `baseline` is changed by what goes up.
