@@ -32,7 +32,7 @@ void showAsText(const RemoteEntry& entry, Output& output) {
 }
 
 ExitCode listFolder(const Surroundings& around, const Request& request) {
-    const auto profiles = loadState(around.options).profiles;
+    const auto profiles = loadProfiles(around.options);
     const Profile& profile = chooseProfile(profiles, request.name);
     const std::string folder = relativePath(request.path);
     const std::string aim = folder.empty() ? "list the remote folder" : "list the remote folder " + inQuotes(folder);

@@ -18,7 +18,7 @@ struct Request {
 };
 
 ExitCode exportProfiles(const Surroundings& around, const Request& request) {
-    const auto profiles = loadState(around.options).profiles;
+    const auto profiles = loadProfiles(around.options);
     ProfileExport exported;
     for (const auto& name : request.names) exported.profiles.push_back(chooseProfile(profiles, name));
     if (request.names.empty()) exported.profiles = profiles;

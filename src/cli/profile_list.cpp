@@ -31,7 +31,7 @@ void show(const Profile& profile, Output& output) {
 }
 
 ExitCode listProfiles(const Surroundings& around) {
-    const auto profiles = loadState(around.options).profiles;
+    const auto profiles = loadProfiles(around.options);
     for (const auto& profile : profiles) {
         if (around.output.json()) {
             around.output.line(asJsonLine("profile", encode(profile)));

@@ -22,6 +22,17 @@ void requireNamedFolder(const GlobalOptions& options) {
         ExitCode::failed, "There is no such state folder: " + named->string() + ". Check what --state names.");
 }
 
+template <class Loaded>
+Loaded loadBy(Loaded (StateStore::*load)() const, const GlobalOptions& options) {
+    requireNamedFolder(options);
+    try {
+        const auto store = StateStore::find(namedFolder(options));
+        return store ? ((*store).*load)() : Loaded{};
+    } catch (const std::exception& error) {
+        failLoading(error);
+    }
+}
+
 } // namespace
 
 StateStore openState(const GlobalOptions& options) {
@@ -37,15 +48,9 @@ StateStore openOrMakeState(const GlobalOptions& options) {
     }
 }
 
-SavedState loadState(const GlobalOptions& options) {
-    requireNamedFolder(options);
-    try {
-        const auto store = StateStore::find(namedFolder(options));
-        return store ? store->load() : SavedState{};
-    } catch (const std::exception& error) {
-        failLoading(error);
-    }
-}
+SavedState loadState(const GlobalOptions& options) { return loadBy(&StateStore::load, options); }
+
+std::vector<Profile> loadProfiles(const GlobalOptions& options) { return loadBy(&StateStore::loadProfiles, options); }
 
 std::vector<PrivateItem> privateItems(const GlobalOptions& options) {
     std::vector<PrivateItem> items;

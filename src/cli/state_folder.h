@@ -19,6 +19,7 @@ namespace zembrastel {
 
 // For commands that only look: makes and changes nothing, and another program may be running meanwhile.
 [[nodiscard]] SavedState loadState(const GlobalOptions& options);
+[[nodiscard]] std::vector<Profile> loadProfiles(const GlobalOptions& options); // which is quicker
 
 // What must not be published of what the command line names: the state folder and the password file.
 [[nodiscard]] std::vector<PrivateItem> privateItems(const GlobalOptions& options);

@@ -10,7 +10,7 @@ namespace zembrastel {
 namespace {
 
 ExitCode testConnection(const Surroundings& around, const std::string& name) {
-    const auto profiles = loadState(around.options).profiles;
+    const auto profiles = loadProfiles(around.options);
     const Profile& profile = chooseProfile(profiles, name);
     std::size_t items = 0;
     callServer(

@@ -97,7 +97,7 @@ Answer answerFor(const Profile& profile, const std::string& path) {
 }
 
 ExitCode explain(const Surroundings& around, const Request& request) {
-    const auto profiles = loadState(around.options).profiles;
+    const auto profiles = loadProfiles(around.options);
     const Profile& profile = chooseProfile(profiles, request.name);
     const std::string path = pathInProfile(profile, request.path);
     const Answer answer = answerFor(profile, path);

@@ -30,6 +30,10 @@ struct SavedState {
 // has room for 64 bytes more: readFile() leaves that.
 [[nodiscard]] SavedState decodeSavedState(std::string json);
 
+// The saved state's profiles alone, without building the rest, which takes part of the time. Errors as above: the same
+// texts are refused.
+[[nodiscard]] std::vector<Profile> decodeProfiles(std::string json);
+
 // Profiles on their way to another machine, without passwords. A later form has a higher version.
 struct ProfileExport {
     static constexpr std::int64_t currentVersion = 1;

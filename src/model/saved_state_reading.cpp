@@ -3,6 +3,7 @@
 #include "model/saved_state.h"
 #include "model/saved_state_fields.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <rapidjson/memorystream.h>
@@ -54,6 +55,23 @@ bool isJson(std::string_view text) {
     rapidjson::BaseReaderHandler<> nothing;
     const bool followed = !rapidjson::Reader().Parse<rules>(stream, nothing).IsError();
     return followed && stream.Tell() == text.size(); // a NUL would pass for the end
+}
+
+// Stands for a map of which nothing is wanted but that it is one.
+template <class T>
+struct Checked {};
+
+// A saved state for those who want its profiles alone. All that is required of a saved state is required here.
+struct ProfilesOfState {
+    std::vector<Profile> profiles;
+    std::map<Uuid, Checked<Fingerprint>> baselines;
+    std::optional<std::map<Uuid, Checked<RemoteDate>>> remoteDates;
+};
+
+void eachField(ProfilesOfState& state, const auto& visit) {
+    visit("profiles", state.profiles);
+    visit("baselines", state.baselines);
+    visit("remoteDates", state.remoteDates);
 }
 
 template <class T>
@@ -224,6 +242,17 @@ public:
         map = entries.finish();
     }
 
+    // The same entries as of the map itself are refused.
+    template <class T>
+    static void read(Value value, Checked<T>& map) {
+        T entry{};
+        eachMember(wanted(value.get_object(), map), [&entry](std::string_view key, Value member) {
+            // A path that could be too deep is as long as that.
+            if (key.size() > mostPathLevels) checkPathLevels(static_cast<std::size_t>(std::ranges::count(key, '/')));
+            readMember(key, member, entry);
+        });
+    }
+
     template <class T>
     static void read(Value value, std::map<Uuid, T>& map) {
         map.clear();
@@ -292,6 +321,10 @@ T decodeRecord(std::string json, const char* name) {
 } // namespace
 
 SavedState decodeSavedState(std::string json) { return decodeRecord<SavedState>(std::move(json), "the saved state"); }
+
+std::vector<Profile> decodeProfiles(std::string json) {
+    return decodeRecord<ProfilesOfState>(std::move(json), "the saved state").profiles;
+}
 
 ProfileExport decodeProfileExport(std::string json) {
     auto exported = decodeRecord<ProfileExport>(std::move(json), "the export");

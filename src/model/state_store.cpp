@@ -75,6 +75,11 @@ SavedState StateStore::load() const {
     }
 }
 
+std::vector<Profile> StateStore::loadProfiles() const {
+    auto json = contents();
+    return json ? decodeProfiles(*std::move(json)) : std::vector<Profile>();
+}
+
 void StateStore::save(const SavedState& state) const {
     struct stat now {};
     const auto locked = held->attributes(".");

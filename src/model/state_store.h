@@ -29,6 +29,9 @@ public:
     // thrown as a std::filesystem::filesystem_error or SyncError and never touched.
     [[nodiscard]] SavedState load() const;
 
+    // The profiles alone, for who needs no more. The same files are refused.
+    [[nodiscard]] std::vector<Profile> loadProfiles() const;
+
     // Writes the whole file in one step, for the owner alone (0600): a reader, or a run after a crash, sees the old or
     // the new file entire. Throws SyncError or std::filesystem::filesystem_error; the old file is then still there.
     // Refuses when another folder, or none, is now where the folder was. Any thread, one at a time.

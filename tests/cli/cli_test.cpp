@@ -231,15 +231,13 @@ TEST_F(Cli, UnreadableStateEndsEveryCommandAndIsNotTouched) {
 }
 
 TEST_F(Cli, MisspeltStateFolderIsNamedAndNotMade) {
-    const auto misspelt = place.path("stat").string();
+    std::filesystem::remove(place.state());
     for (const CliPlace::Arguments& arguments :
          {CliPlace::Arguments{"profile", "list"}, {"profile", "export"}, {"status"}, {"watch"}, {"scan", "x"}}) {
-        auto all = arguments;
-        all.insert(all.end(), {"--state", misspelt});
-        const auto result = place.run(all);
+        const auto result = place.run(arguments);
         EXPECT_EQ(result.status, 1);
-        EXPECT_TRUE(contains(result.errors, "There is no such state folder: " + misspelt + ".")) << result.errors;
-        EXPECT_FALSE(std::filesystem::exists(misspelt));
+        EXPECT_TRUE(contains(result.errors, "There is no such state folder: " + place.state().string() + ". Check"));
+        EXPECT_FALSE(std::filesystem::exists(place.state()));
     }
 }
 

@@ -30,8 +30,11 @@ std::string replaced(std::string text, const std::string& part, const std::strin
     return text.replace(at, part.size(), by);
 }
 
+// Which must be the same for those who read the profiles alone.
 std::string complaint(const std::string& json) {
-    return testing::failureOf([&] { return decodeSavedState(json); });
+    const auto whole = testing::failureOf([&] { return decodeSavedState(json); });
+    EXPECT_EQ(testing::failureOf([&] { return decodeProfiles(json); }), whole);
+    return whole;
 }
 
 TEST(SavedState, NothingTheUserSetIsLostBetweenRuns) {

@@ -103,11 +103,12 @@ public:
 
     void play() {
         using Step = void (Sequence::*)();
-        constexpr std::array<Step, 16> steps{
-            &Sequence::colleagueEdits,  &Sequence::colleagueEdits, &Sequence::colleagueEdits, &Sequence::editSomething,
-            &Sequence::removeSomething, &Sequence::pause,          &Sequence::resume,         &Sequence::resume,
-            &Sequence::stayPaused,      &Sequence::stayPaused,     &Sequence::decide,         &Sequence::decideLate,
-            &Sequence::decideLate,      &Sequence::retry,          &Sequence::edit,           &Sequence::quitOrRemove};
+        constexpr std::array<Step, 20> steps{
+            &Sequence::editUnderReview, &Sequence::editUnderReview, &Sequence::await,          &Sequence::await,
+            &Sequence::colleagueEdits,  &Sequence::colleagueEdits,  &Sequence::colleagueEdits, &Sequence::editSomething,
+            &Sequence::removeSomething, &Sequence::pause,           &Sequence::resume,         &Sequence::resume,
+            &Sequence::stayPaused,      &Sequence::stayPaused,      &Sequence::decide,         &Sequence::decideLate,
+            &Sequence::decideLate,      &Sequence::retry,           &Sequence::edit,           &Sequence::quitOrRemove};
         for (std::size_t count = 20 + random() % 20; count > 0; --count) {
             (this->*steps.at(random() % steps.size()))();
             pump();
@@ -116,7 +117,9 @@ public:
     }
 
     std::size_t reviews = 0;
+    std::size_t accepted = 0;
     std::size_t outdated = 0;
+    std::size_t mistaken = 0; // while another review waited
     std::size_t uploads = 0;
 
 private:
@@ -171,11 +174,13 @@ private:
     // What a review shows is not to be replaced on the server before it is answered.
     void reviewChanged(const Uuid&) override {
         if (review() == nullptr) return;
-        last = *review();
-        for (const auto& change : last.changes) {
+        if (past.empty() || past.back().reviewId != review()->reviewId) {
+            past.push_back(*review());
+            ++reviews;
+        }
+        for (const auto& change : review()->changes) {
             if (fs::exists(local(change.path))) unanswered[change.path] = readFile(remote(change.path));
         }
-        ++reviews;
     }
 
     void activityLogged(const Uuid& id, const Activity& activity) override {
@@ -210,6 +215,18 @@ private:
         if (random() % 2 == 0) touch(local(path), later += 1h);
     }
 
+    // With a date after the server's, so that by the dates alone it would go up.
+    void editUnderReview() {
+        if (review() == nullptr) return;
+        const std::string path = review()->changes[random() % review()->changes.size()].path;
+        editLocally(path);
+        touch(local(path), later += 1h);
+        decideLate();
+        if (random() % 2 == 0) pause();
+        resume();
+        await();
+    }
+
     // What is not here any more is no longer compared.
     void removeSomething() {
         const std::string path = somePath();
@@ -219,6 +236,10 @@ private:
 
     void pause() { model->pause(profile.id); }
     void resume() { model->resume(profile.id); }
+    void await() {
+        (void)queue.runUntil(
+            [this] { return review() != nullptr || model->watching(profile.id) || !model->running(profile.id); }, 2s);
+    }
     void retry() {
         if (random() % 4 == 0) {
             server.stop();
@@ -243,20 +264,22 @@ private:
         for (const auto& change : decided.changes) {
             if (random() % 2 == 0) downloads.insert(change.path);
         }
-        const bool isWaiting =
-            review() != nullptr && review()->reviewId == decided.reviewId && model->running(profile.id);
+        const bool isCurrent = review() != nullptr && review()->reviewId == decided.reviewId;
+        const bool isWaiting = isCurrent && model->running(profile.id);
         const auto before = unanswered;
         if (isWaiting) { // uploads may begin before the call returns
             answer(decided, downloads);
         }
         switch (model->resolveReview(decided.id, decided.reviewId, downloads)) {
         case Decision::accepted:
+            require(isCurrent, "a decision on another review was accepted");
+            ++accepted;
             // A postponed decision is carried out only if the server is as it was.
             if (!isWaiting) postponed = {decided, downloads};
             break;
         case Decision::outdated:
-            require(!isWaiting, "a decision on the review that waits was refused");
-            ++outdated;
+            require(!isCurrent, "a decision on the review that waits was refused");
+            ++(review() != nullptr && model->running(profile.id) ? mistaken : outdated);
             [[fallthrough]];
         case Decision::refused:
             unanswered = before;
@@ -266,7 +289,9 @@ private:
     void decide() {
         if (review() != nullptr) decideOn(RemoteReview(*review()));
     }
-    void decideLate() { decideOn(RemoteReview(last)); }
+    void decideLate() {
+        if (!past.empty()) decideOn(RemoteReview(past[random() % past.size()]));
+    }
 
     void edit() {
         pump();
@@ -303,7 +328,7 @@ private:
     Shifts shifts;
     Profile profile;
     std::map<std::string, std::string, std::less<>> unanswered; // path to the server's version
-    RemoteReview last;
+    std::vector<RemoteReview> past;
     std::pair<RemoteReview, PathSet> postponed; // the last decision on such a review
     std::chrono::system_clock::time_point later =
         std::chrono::ceil<std::chrono::seconds>(std::chrono::system_clock::now());
@@ -323,7 +348,9 @@ int tortured(int count, char** arguments) {
         FtpServer server(FtpServer::Kind::proftpd);
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
         std::size_t reviews = 0;
+        std::size_t accepted = 0;
         std::size_t outdated = 0;
+        std::size_t mistaken = 0;
         std::size_t uploads = 0;
         int done = 0;
         for (; done < sequences && std::chrono::steady_clock::now() < end; ++done) {
@@ -332,15 +359,19 @@ int tortured(int count, char** arguments) {
                 Sequence sequence(server, own);
                 sequence.play();
                 reviews += sequence.reviews;
+                accepted += sequence.accepted;
                 outdated += sequence.outdated;
+                mistaken += sequence.mistaken;
                 uploads += sequence.uploads;
             } catch (const std::exception& error) {
                 throw std::runtime_error("sequence of seed " + std::to_string(own) + ": " + error.what());
             }
         }
         std::printf(
-            "%d sequences: %zu reviews shown, %zu decisions too late, %zu uploads; nothing replaced unanswered\n", done,
-            reviews, outdated, uploads);
+            "%d sequences: %zu reviews shown, %zu decisions accepted, %zu too late, %zu while another review waited; "
+            "%zu "
+            "uploads; nothing replaced unanswered\n",
+            done, reviews, accepted, outdated, mistaken, uploads);
     });
 }
 
