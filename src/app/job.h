@@ -73,7 +73,8 @@ public:
     using StartTask = std::function<std::stop_source()>;
 
     // What is known of the profile's server outlives the job.
-    Job(const Profile& profile, std::shared_ptr<ServerTraits> traits) : assignment(profile) {
+    explicit Job(const Profile& profile, std::shared_ptr<ServerTraits> traits = std::make_shared<ServerTraits>())
+        : assignment(profile) {
         assignment.traits = std::move(traits);
     }
 

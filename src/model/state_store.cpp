@@ -66,19 +66,19 @@ std::optional<std::string> StateStore::contents() const {
     return readContents(file.get(), path);
 }
 
-SavedState StateStore::load() const {
+template <class Decoded>
+Decoded StateStore::read(Decoded (*decode)(std::string json)) const {
     auto json = contents();
     try {
-        return json ? decodeSavedState(*std::move(json)) : SavedState{};
+        return json ? decode(*std::move(json)) : Decoded{};
     } catch (const SyncError& error) {
         throw SyncError((held->path() / fileName).string() + ": " + error.what());
     }
 }
 
-std::vector<Profile> StateStore::loadProfiles() const {
-    auto json = contents();
-    return json ? decodeProfiles(*std::move(json)) : std::vector<Profile>();
-}
+SavedState StateStore::load() const { return read(decodeSavedState); }
+
+std::vector<Profile> StateStore::loadProfiles() const { return read(decodeProfiles); }
 
 void StateStore::save(const SavedState& state) const {
     struct stat now {};

@@ -46,6 +46,9 @@ private:
     StateStore(std::filesystem::path named, Folder opened);
     void keepToOwner() const;
     [[nodiscard]] std::optional<std::string> contents() const;
+    // An empty value where there is no file. What is wrong with its contents names the file.
+    template <class Decoded>
+    [[nodiscard]] Decoded read(Decoded (*decode)(std::string json)) const;
 
     std::filesystem::path stateFolder;
     std::shared_ptr<const Folder> held; // open: while it is, no other folder can have its inode number

@@ -29,13 +29,13 @@ struct ServerRecord {
 
 struct ServerCheck {
     // The local files whose server version the user has to decide about.
-    std::vector<RemoteChange> changes;
+    std::vector<RemoteChange> changes = {};
     // The version that each file with a local counterpart has on the server.
-    ServerVersions seen;
+    ServerVersions seen = {};
     // What is to be recorded without a question: local files that the server has in the same version though that was
     // not recorded (own uploads of a program that was killed, and equal contents), and dates that the server reports
     // otherwise since its clock or time zone changed. There are more dates than files.
-    AnnouncedFiles recognised;
+    AnnouncedFiles recognised = {};
 };
 
 } // namespace zembrastel

@@ -27,8 +27,7 @@ protected:
     void startWith(std::function<void(const SyncWorker&)> watch) {
         withProfile();
         JobWork work{
-            .check = [](const auto&, const auto&, const auto&, const auto&,
-                        const auto&) { return std::vector<RemoteChange>(); },
+            .check = [](const auto&...) { return ServerCheck(); },
             .watch =
                 [watch = std::move(watch)](const SyncWorker& worker, const std::stop_token&) {
                     try {

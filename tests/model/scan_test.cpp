@@ -93,6 +93,8 @@ TEST_F(ScanTest, NameThatCannotBeSentIsLeftOutAndTold) {
         told, (Paths{
                   notUtf8 + "caf\\xE9", notUtf8 + "bad\\xFF", control + "line\\x0Abreak", control + "line\u2028break",
                   control + "tab\\x09", "Left out, because it is nested more than 128 levels deep: " + parent + "d"}));
+}
+
 TEST_F(ScanTest, PasswordFileAndStateFolderAreNeverPublished) {
     writeTree(root, {{"page", "x"}, {"secret.txt", "pw"}, {"a/State/profiles.json", "x"}, {"b/state/page", "x"}});
     fs::create_hard_link(root / "secret.txt", root / "a/copy");

@@ -115,11 +115,11 @@ Uuid SampleSites::id(const std::string& name) const {
 JobWork SampleSites::work() {
     return {
         .check =
-            [this](const FTPTransport&, const FileMap&, const RemoteDates&, const PathSet&, const std::stop_token&) {
+            [this](const FTPTransport&, const ServerRecord&, const std::stop_token&) {
                 const auto played = current;
                 if (played->failure) throw SyncError(*played->failure);
                 clock.set(played->checked);
-                return played->changes;
+                return ServerCheck{.changes = played->changes};
             },
         .watch =
             [this](const SyncWorker& worker, const std::stop_token&) {

@@ -35,6 +35,11 @@ struct ToText {
     std::string operator()(const event::RemoteDate& date) const { return "date of " + date.path; }
     std::string operator()(const event::DownloadFinished&) const { return "download finished"; }
     std::string operator()(const event::FolderReturned&) const { return "folder returned"; }
+    std::string operator()(const event::ServerChanged& event) const {
+        std::string text = "server changed";
+        for (const auto& path : event.paths) text += " " + path;
+        return text;
+    }
     std::string operator()(const event::PassEnded& ended) const {
         return "pass ended: " + ended.failure.value_or("well");
     }

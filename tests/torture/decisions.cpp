@@ -45,10 +45,9 @@ public:
         return {
             .check =
                 [this, check = work.check](
-                    const FTPTransport& server, const FileMap& baseline, const RemoteDates& dates,
-                    const PathSet& unanswered, const std::stop_token& stop) {
+                    const FTPTransport& server, const ServerRecord& recorded, const std::stop_token& stop) {
                     const Shift shift(*this, stop);
-                    return check(server, baseline, dates, unanswered, stop);
+                    return check(server, recorded, stop);
                 },
             .watch =
                 [this, watch = work.watch](const SyncWorker& worker, const std::stop_token& stop) {

@@ -339,15 +339,19 @@ public:
         if (found == model->reviews().end()) return std::nullopt;
         Review review{.seen = reviewSeen, .paths = {}};
         for (const auto& change : found->second.changes) review.paths.insert(change.path);
+        reviewId = found->second.reviewId;
         return review;
     }
 
-    void decide(const Paths& downloaded, const Paths&) override { model->resolveReview(id, downloaded); }
+    void decide(const Paths& downloaded, const Paths&) override {
+        (void)model->resolveReview(id, reviewId, downloaded);
+    }
 
 private:
     void reviewChanged(const Uuid&) override { reviewSeen = rightNow(); }
 
     const CliPlace& place;
+    Uuid reviewId = Uuid::random(); // of the one that was looked at last
     const Uuid id;
     const std::string password;
     HastyClock clock{8};

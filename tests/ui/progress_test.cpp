@@ -40,8 +40,7 @@ protected:
                          .storeOverride = store,
                          .sessionPasswords = {{profile.id, "secret"}},
                          .work = {
-                             .check = [](const auto&, const auto&, const auto&, const auto&,
-                                         const auto&) { return std::vector<RemoteChange>(); },
+                             .check = [](const auto&...) { return ServerCheck(); },
                              .watch = [this](const SyncWorker& worker, const std::stop_token&) { send(worker); }},
                          .clock = clock});
         bridge = std::make_unique<ModelBridge>(*model);

@@ -77,9 +77,9 @@ protected:
              .remove = [](const Uuid&) {}},
          .work = {
              .check =
-                 [](const auto&, const auto&, const auto&, const auto&) {
-                     return std::vector{
-                         RemoteChange{.path = "page", .local = {}, .remoteDate = RemoteDate(std::chrono::seconds(1))}};
+                 [](const auto&...) {
+                     return ServerCheck{
+                         .changes = {{.path = "page", .local = {}, .remoteDate = RemoteDate(std::chrono::seconds(1))}}};
                  },
              .watch = [](const auto&, const auto&) {}}}};
 };
