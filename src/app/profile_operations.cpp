@@ -4,6 +4,7 @@
 #include "model/error.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace zembrastel {
 namespace {
@@ -92,6 +93,13 @@ void AppModel::save(
         throw;
     }
     settle();
+}
+
+void AppModel::saveTogether(const std::function<void()>& changes) {
+    savesLater = true;
+    changes();
+    savesLater = false;
+    if (std::exchange(saveIsDue, false)) persist();
 }
 
 void AppModel::toggle(const Uuid& id) {
