@@ -159,6 +159,10 @@ public:
         Profile changed, const std::optional<std::string>& password,
         std::optional<FileMap> initialBaseline = std::nullopt);
 
+    // Has the calls of save() that `changes` makes written together, once it has returned: each write is one of the
+    // whole state. Throws what save() would when writing fails, with the changes in force. `changes` throws nothing.
+    void saveTogether(const std::function<void()>& changes);
+
     // Forgets a profile with its password; all files stay. The password goes first, however long the secret store
     // takes. Where that fails `alert` says so and nothing changes; where saving alone fails, the profile is gone.
     void remove(const Uuid& id);
@@ -267,6 +271,8 @@ private:
     const JobWork jobWork;
     std::set<ModelObserver*> observers;
     SavedState state;
+    bool savesLater = false; // see saveTogether()
+    bool saveIsDue = false;
     std::optional<StateSaver> saver; // nothing when the saved state could not be loaded
     std::optional<std::filesystem::path> stateFolder;
     std::map<Uuid, ProfileStatus> statuses;

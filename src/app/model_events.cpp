@@ -114,7 +114,11 @@ void AppModel::countFileDone(const Uuid& id) {
 void AppModel::persist() {
     if (options.demo) return;
     if (!saver) throw SyncError(noStore);
-    saver->save();
+    if (savesLater) {
+        saveIsDue = true;
+    } else {
+        saver->save();
+    }
 }
 
 void AppModel::persistFor(const Uuid& id) {

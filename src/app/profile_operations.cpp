@@ -4,6 +4,7 @@
 #include "model/error.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace zembrastel {
 namespace {
@@ -101,6 +102,13 @@ void AppModel::save(
         status.title = empty ? "Nothing selected" : unstarted.title;
         status.detail = empty ? "Choose files or folders in Edit sync contents to resume syncing." : unstarted.detail;
     });
+}
+
+void AppModel::saveTogether(const std::function<void()>& changes) {
+    savesLater = true;
+    changes();
+    savesLater = false;
+    if (std::exchange(saveIsDue, false)) persist();
 }
 
 void AppModel::toggle(const Uuid& id) {

@@ -11,6 +11,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <functional>
 
 namespace zembrastel {
 namespace {
@@ -70,21 +71,17 @@ public:
     Import(EditableState& changed, const Request& asked, const Surroundings& surroundings)
         : state(changed), request(asked), output(surroundings.output) {}
 
-    void take(ProfileCandidate candidate) {
-        if (request.withoutPasswords) candidate.password.reset();
+    // All are saved in one step, and told of after it.
+    void takeAll(std::vector<ProfileCandidate>& candidates) {
         try {
-            const Profile profile = importable(candidate.profile, state.model().profiles());
-            requireOwnFolder(profile.localFolder);
-            if (!request.onlyLooks) state.add(profile, candidate.password);
-            ++taken;
-            tell(profile, candidate);
-        } catch (const LocalFolderWanted& error) {
-            skip(
-                {.name = candidate.profile.name,
-                 .reason = std::string(error.what()) + " --only NAME --local-folder PATH names one."});
+            state.model().saveTogether([&] {
+                for (auto& candidate : candidates) take(candidate);
+            });
         } catch (const std::exception& error) {
-            skip({.name = candidate.profile.name, .reason = sentence(describe(error))});
+            for (const auto& id : passwordsOf) removeStored(id);
+            throw CommandError(ExitCode::failed, "Nothing was imported: " + sentence(describe(error)));
         }
+        for (const auto& tellOne : told) tellOne();
     }
 
     void skip(const SkippedProfile& skipped) {
@@ -98,6 +95,35 @@ public:
     std::size_t taken = 0;
 
 private:
+    void take(ProfileCandidate& candidate) {
+        if (request.withoutPasswords) candidate.password.reset();
+        try {
+            const Profile profile = importable(candidate.profile, state.model().profiles());
+            requireOwnFolder(profile.localFolder);
+            if (!request.onlyLooks) state.add(profile, candidate.password);
+            if (!request.onlyLooks && candidate.password) passwordsOf.push_back(profile.id);
+            ++taken;
+            told.emplace_back([this, profile, &candidate] { tell(profile, candidate); });
+        } catch (const LocalFolderWanted& error) {
+            skipLater(candidate, std::string(error.what()) + " --only NAME --local-folder PATH names one.");
+        } catch (const std::exception& error) {
+            skipLater(candidate, sentence(describe(error)));
+        }
+    }
+
+    void skipLater(const ProfileCandidate& candidate, const std::string& reason) {
+        told.emplace_back(
+            [this, skipped = SkippedProfile{.name = candidate.profile.name, .reason = reason}] { skip(skipped); });
+    }
+
+    static void removeStored(const Uuid& id) {
+        try {
+            PasswordStore::remove(id);
+        } catch (const SyncError&) {
+            // What failed first is what the user is told.
+        }
+    }
+
     void tell(const Profile& profile, const ProfileCandidate& candidate) {
         if (output.json()) {
             JsonLine object(request.onlyLooks ? "importable" : "imported");
@@ -120,6 +146,8 @@ private:
     EditableState& state;
     const Request& request;
     Output& output;
+    std::vector<Uuid> passwordsOf; // the profiles whose password was stored
+    std::vector<std::function<void()>> told;
 };
 
 ExitCode importProfiles(const Surroundings& around, const Request& request) {
@@ -128,7 +156,7 @@ ExitCode importProfiles(const Surroundings& around, const Request& request) {
     applyFolders(found, request);
     EditableState state(around);
     Import import(state, request, around);
-    for (auto& candidate : found.candidates) import.take(std::move(candidate));
+    import.takeAll(found.candidates);
     for (const auto& skipped : found.skipped) import.skip(skipped);
     if (import.taken == 0) {
         throw CommandError(ExitCode::failed, "Nothing was imported from " + inQuotes(request.file) + ".");
