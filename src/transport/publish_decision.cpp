@@ -59,6 +59,12 @@ FailureScope scopeOf(int curlCode, std::string_view message, bool tls) {
     return std::ranges::find(ofOneFile, curlCode) != ofOneFile.end() ? FailureScope::file : FailureScope::server;
 }
 
+bool isBeforeLogin(int curlCode) {
+    // No address, no connection, and TLS or the login refused.
+    constexpr std::array codes{5, 6, 7, 35, 60, 64, 67, 90};
+    return std::ranges::find(codes, curlCode) != codes.end();
+}
+
 std::size_t batchLength(std::span<const std::uint64_t> sizes) {
     constexpr std::size_t mostFiles = 64;
     constexpr std::uint64_t mostBytes = std::uint64_t{64} << 20;

@@ -54,6 +54,9 @@ enum class FailureScope {
 };
 [[nodiscard]] FailureScope scopeOf(int curlCode, std::string_view message, bool tls);
 
+// Has a conversation that failed so at its first block never been let in?
+[[nodiscard]] bool isBeforeLogin(int curlCode);
+
 // How many of the first files go together: 64 of at most 64 MB, or one that is larger. `sizes` is not empty.
 [[nodiscard]] std::size_t batchLength(std::span<const std::uint64_t> sizes);
 

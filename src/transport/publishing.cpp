@@ -186,14 +186,17 @@ private:
     std::vector<Step> steps{};
 };
 
-// What is known when the file was asked about in every way that there is: the more favourable answer counts, since
-// servers have reasons of many kinds to answer badly in one of the ways.
+// What is known when the ways of asking are taken together: the more favourable answer counts, since servers have
+// reasons of many kinds to answer badly in one of them. That a copy is absent takes both: some servers refuse every
+// SIZE.
 void combine(Item& item) {
     item.copy = {};
     item.live = {};
+    std::size_t absent = 0;
     for (const auto way : everyWay) {
         const auto& [copy, live] = item.by(way);
-        const bool better = copy && copy->presence != RemoteFacts::Presence::unknown
+        if (copy && copy->presence == RemoteFacts::Presence::absent) ++absent;
+        const bool better = copy && copy->presence == RemoteFacts::Presence::present
                             && (item.copy.presence != RemoteFacts::Presence::present
                                 || (item.copy.size != item.size() && copy->size == item.size()));
         if (better) item.copy = *copy;
@@ -201,6 +204,7 @@ void combine(Item& item) {
         const bool unknown = item.live.presence == RemoteFacts::Presence::unknown;
         if (unknown || isOtherThan(item.lastSeen, item.live)) item.live = *live;
     }
+    if (absent == everyWay.size()) item.copy.presence = RemoteFacts::Presence::absent;
 }
 
 // A renaming of which the end was not seen has taken place.
@@ -274,9 +278,7 @@ private:
             chosen = all({Stage::toSend});
             if (chosen.empty()) return;
             if (traits.login() == ServerTraits::Login::oneTransfer) chosen.resize(1);
-            for (std::size_t i = 0; i < chosen.size(); ++i) {
-                send(dialogue, *chosen[i], i + 1 < chosen.size() ? chosen[i + 1] : nullptr);
-            }
+            for (auto* item : chosen) send(dialogue, *item);
         }
         question(dialogue, chosen);
         hold(dialogue, TransferControl::AtStop::ends);
@@ -296,9 +298,10 @@ private:
         }
     }
 
-    void send(Dialogue& dialogue, Item& item, Item* next) {
+    void send(Dialogue& dialogue, Item& item) {
         abandon(item);
         item.temporary = temporaryName();
+        item.perhapsOnServer = true; // even if the conversation breaks off: curl is ahead of what was seen of it
         item.answers = {};
         dialogue.add(
             {.path = childPath(item.folder, item.temporary),
@@ -311,12 +314,9 @@ private:
                     fail(item, outcome.message);
                 }
             },
-            [this, &item, next] {
+            [this, &item] {
                 sending = &item;
                 ++item.sends;
-                // curl begins with the next one before this program knows.
-                item.perhapsOnServer = true;
-                if (next != nullptr) next->perhapsOnServer = true;
                 if (transport.observer != nullptr) transport.observer->fileBegins(item.file.path, item.size());
                 if (events.sending) events.sending(item.file);
             });
@@ -379,9 +379,9 @@ private:
                 for (auto* item : listed) {
                     const auto copy = listing.find(item->temporary);
                     item->by(Way::listing) = {.copy = copy, .live = listing.find(item->name)};
-                    // A listing that leaves out what is certainly there may leave out other files, too.
+                    // A listing without the copy that was just sent may leave out other files, too.
                     if (item->stage == Stage::sent && copy.presence == RemoteFacts::Presence::absent) {
-                        item->by(Way::listing) = {.copy = RemoteFacts{}, .live = RemoteFacts{}};
+                        item->by(Way::listing).live = RemoteFacts{};
                     }
                 }
             });
@@ -543,6 +543,9 @@ private:
     // Ends the work unless another conversation may get further.
     void breakDown(const Dialogue& dialogue) {
         auto* item = std::exchange(sending, nullptr);
+        if (!dialogue.progressed && isBeforeLogin(dialogue.broken->code)) {
+            for (auto* each : all({Stage::toSend})) each->perhapsOnServer = false;
+        }
         const bool tlsTooOld =
             dialogue.login == ServerTraits::Login::manyWithTls12 && dialogue.broken->code == tlsFailed;
         if (dialogue.scope == FailureScope::furtherData || tlsTooOld) {

@@ -51,7 +51,9 @@ bool ServerTraits::firstUnconfirmed() {
 }
 
 void ServerTraits::leave(const Profile& profile, Leftover file) {
+    constexpr std::size_t most = 1000; // of a server that is never reached again
     const std::lock_guard guard(lock);
+    if (left.size() == most) left.erase(left.begin());
     left.push_back({.place = placeOf(profile), .file = std::move(file)});
 }
 
