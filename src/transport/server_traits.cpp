@@ -67,9 +67,10 @@ std::vector<ServerTraits::Leftover> ServerTraits::leftovers(const Profile& profi
     return found;
 }
 
-void ServerTraits::cleared(const Leftover& gone) {
+void ServerTraits::triedToRemove(const Leftover& tried, bool removed) {
+    constexpr int enough = 3;
     const std::lock_guard guard(lock);
-    std::erase_if(left, [&gone](const Left& each) { return each.file == gone; });
+    std::erase_if(left, [&](Left& each) { return each.file == tried && (removed || ++each.tries == enough); });
 }
 
 } // namespace zembrastel
