@@ -1,6 +1,7 @@
 #include "cli/process_setup.h"
 
 #include "platform/core_dumps.h"
+#include "platform/file_limits.h"
 
 #include <csignal>
 #include <fcntl.h>
@@ -15,6 +16,7 @@ void prepareProcess() {
         if (::fcntl(stream, F_GETFD) < 0) ::open("/dev/null", O_RDWR);
     }
     forbidCoreDumps();
+    prepareFileLimits();
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGCHLD, SIG_DFL);
 }

@@ -38,13 +38,16 @@ bool wentLive(std::uint64_t sent, const RemoteFacts& copy, const RemoteFacts& be
     return before.presence != Presence::present || !after.modified || before.modified != after.modified;
 }
 
-FailureScope scopeOf(int curlCode, std::string_view message, bool tls) {
+FailureScope scopeOf(int curlCode, std::string_view message, DataConnection data) {
     constexpr int partialFile = 18;
     constexpr int uploadFailed = 25;
-    if (tls && (curlCode == partialFile || curlCode == uploadFailed)
-        && (message.ends_with(" 425") || message.ends_with(" 522"))) {
+    constexpr std::array brokenOff{partialFile, 55, 56};
+    const bool refused = message.ends_with(" 425") || message.ends_with(" 522");
+    const bool broken = std::ranges::find(brokenOff, curlCode) != brokenOff.end();
+    if (data != DataConnection::first && refused && (curlCode == partialFile || curlCode == uploadFailed)) {
         return FailureScope::furtherData;
     }
+    if (data == DataConnection::furtherTls13 && broken) return FailureScope::furtherData;
     constexpr std::array ofOneFile{
         3,            // a name that cannot be in a URL
         9,            // no such folder, or none that may be entered
@@ -57,6 +60,12 @@ FailureScope scopeOf(int curlCode, std::string_view message, bool tls) {
         78,           // no such file
     };
     return std::ranges::find(ofOneFile, curlCode) != ofOneFile.end() ? FailureScope::file : FailureScope::server;
+}
+
+bool isBeforeLogin(int curlCode) {
+    // No address, no connection, and TLS or the login refused.
+    constexpr std::array codes{5, 6, 7, 35, 60, 64, 67, 90};
+    return std::ranges::find(codes, curlCode) != codes.end();
 }
 
 std::size_t batchLength(std::span<const std::uint64_t> sizes) {

@@ -52,7 +52,17 @@ enum class FailureScope {
     server,      // the connection, the login or the server as a whole
     furtherData, // a further data connection of the same login
 };
-[[nodiscard]] FailureScope scopeOf(int curlCode, std::string_view message, bool tls);
+// Of which data connection the failure is, and how sure that makes it that the server refused it for being a further
+// one.
+enum class DataConnection {
+    first,       // or not protected
+    further,     // a refusal is known by its words alone
+    furtherTls13 // a refusal may also show as a broken connection
+};
+[[nodiscard]] FailureScope scopeOf(int curlCode, std::string_view message, DataConnection data);
+
+// Has a conversation that failed so at its first block never been let in?
+[[nodiscard]] bool isBeforeLogin(int curlCode);
 
 // How many of the first files go together: 64 of at most 64 MB, or one that is larger. `sizes` is not empty.
 [[nodiscard]] std::size_t batchLength(std::span<const std::uint64_t> sizes);

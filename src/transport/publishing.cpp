@@ -13,6 +13,8 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <functional>
 #include <map>
 #include <span>
 #include <utility>
@@ -20,7 +22,6 @@
 namespace zembrastel {
 namespace {
 
-constexpr int noSuchFile = 78;
 constexpr int tlsFailed = 35;
 
 // Of sends and of renames of one file, before it counts as failed.
@@ -78,13 +79,63 @@ struct Item {
 
 using Items = std::vector<Item*>;
 
-RemoteFacts factsOf(const BlockOutcome& outcome) {
-    if (outcome.code == noSuchFile) return {.presence = RemoteFacts::Presence::absent};
-    if (!outcome.succeeded() || !isValidUtf8(outcome.output)) return {};
-    RemoteFacts facts{.presence = RemoteFacts::Presence::present, .size = findContentLength(outcome.output)};
-    const auto value = findLastModified(outcome.output);
-    if (const auto date = value ? parseHttpDate(*value) : std::nullopt) facts.modified = toRemoteDate(*date);
-    return facts;
+// The server's replies to the last commands of a block, of which each has one: "213 20200101123456".
+class Replies {
+public:
+    Replies(const BlockOutcome& outcome, std::size_t commands) {
+        if (!outcome.succeeded()) return;
+        for (const auto line : split(outcome.output, '\n')) {
+            constexpr std::size_t codeLength = 3;
+            // Of a reply of several lines the last one has a blank there.
+            const bool last = line.size() > codeLength && line[codeLength] == ' '
+                              && std::all_of(line.begin(), line.begin() + codeLength, isDigit);
+            if (last) lines.emplace_back(trimmed(line));
+        }
+        if (lines.size() < commands) lines.clear();
+        lines.erase(lines.begin(), lines.end() - static_cast<std::ptrdiff_t>(std::min(commands, lines.size())));
+    }
+
+    // What follows the code in the reply of this number; nothing for a reply of another code.
+    [[nodiscard]] std::optional<std::string_view> after(std::string_view code, std::size_t number) const {
+        if (number >= lines.size() || !lines[number].starts_with(code)) return std::nullopt;
+        return trimmed(std::string_view(lines[number]).substr(code.size()));
+    }
+
+    // What the replies to MDTM and SIZE, of which the first has this number, say of a file.
+    [[nodiscard]] RemoteFacts facts(std::size_t number) const {
+        const auto date = after("213", number);
+        const auto size = after("213", number + 1);
+        if (!date && !size) {
+            const bool absent = after("550", number) || after("550", number + 1);
+            return {.presence = absent ? RemoteFacts::Presence::absent : RemoteFacts::Presence::unknown};
+        }
+        RemoteFacts found{.presence = RemoteFacts::Presence::present};
+        if (date) found.modified = parseFTPDate(*date);
+        std::uint64_t bytes = 0;
+        if (size && std::from_chars(size->data(), size->data() + size->size(), bytes).ec == std::errc()) {
+            found.size = bytes;
+        }
+        return found;
+    }
+
+private:
+    static bool isDigit(char byte) { return byte >= '0' && byte <= '9'; }
+
+    std::vector<std::string> lines;
+};
+
+// A question for the facts of one file, and what is done with the answer.
+struct Question {
+    std::string name;
+    std::function<void(const RemoteFacts& facts)> answered;
+};
+
+// Commands in a folder, with the server's replies as output. One that is refused does not keep the next from being
+// sent.
+TransferBlock commandsIn(const std::string& folder, const std::vector<std::string>& commands) {
+    TransferBlock block{.path = folder, .directory = true, .options = {{"head"}, {"dump-header", "-"}}};
+    for (const auto& command : commands) block.options.push_back({"quote", "-*" + command});
+    return block;
 }
 
 std::optional<ServerVersion> versionOf(const RemoteFacts& facts) {
@@ -136,8 +187,10 @@ public:
         if (login == ServerTraits::Login::manyWithTls12 && transport.profile.transport != TransferProtocol::ftp) {
             block.options.push_back({"tls-max", "1.2"});
         }
+        const bool data = std::ranges::any_of(
+            block.options, [](const auto& option) { return option.key == "upload-file" || option.key == "request"; });
         plan.blocks.push_back(std::move(block));
-        steps.push_back({.begins = std::move(begins), .ended = std::move(ended)});
+        steps.push_back({.begins = std::move(begins), .ended = std::move(ended), .data = data});
     }
 
     // Has curl work through it. An end that is a failure of the server and not of a file is not passed on: the
@@ -166,11 +219,20 @@ private:
     struct Step {
         std::function<void()> begins;
         Ended ended;
+        bool data; // over a data connection
     };
+
+    [[nodiscard]] DataConnection connectionOf(std::size_t block) const {
+        const auto end = steps.begin() + static_cast<std::ptrdiff_t>(block);
+        const bool further =
+            steps[block].data && std::any_of(steps.begin(), end, [](const Step& step) { return step.data; });
+        if (transport.profile.transport == TransferProtocol::ftp || !further) return DataConnection::first;
+        return login == ServerTraits::Login::manyTransfers ? DataConnection::furtherTls13 : DataConnection::further;
+    }
 
     bool take(std::size_t block, const BlockOutcome& outcome) {
         if (!outcome.succeeded()) {
-            scope = scopeOf(outcome.code, outcome.message, transport.profile.transport != TransferProtocol::ftp);
+            scope = scopeOf(outcome.code, outcome.message, connectionOf(block));
             if (scope != FailureScope::file) {
                 broken = outcome;
                 return false;
@@ -186,14 +248,17 @@ private:
     std::vector<Step> steps{};
 };
 
-// What is known when the file was asked about in every way that there is: the more favourable answer counts, since
-// servers have reasons of many kinds to answer badly in one of the ways.
+// What is known when the ways of asking are taken together: the more favourable answer counts, since servers have
+// reasons of many kinds to answer badly in one of them. That a copy is absent takes both: some servers refuse every
+// SIZE.
 void combine(Item& item) {
     item.copy = {};
     item.live = {};
+    std::size_t absent = 0;
     for (const auto way : everyWay) {
         const auto& [copy, live] = item.by(way);
-        const bool better = copy && copy->presence != RemoteFacts::Presence::unknown
+        if (copy && copy->presence == RemoteFacts::Presence::absent) ++absent;
+        const bool better = copy && copy->presence == RemoteFacts::Presence::present
                             && (item.copy.presence != RemoteFacts::Presence::present
                                 || (item.copy.size != item.size() && copy->size == item.size()));
         if (better) item.copy = *copy;
@@ -201,6 +266,7 @@ void combine(Item& item) {
         const bool unknown = item.live.presence == RemoteFacts::Presence::unknown;
         if (unknown || isOtherThan(item.lastSeen, item.live)) item.live = *live;
     }
+    if (absent == everyWay.size()) item.copy.presence = RemoteFacts::Presence::absent;
 }
 
 // A renaming of which the end was not seen has taken place.
@@ -274,31 +340,33 @@ private:
             chosen = all({Stage::toSend});
             if (chosen.empty()) return;
             if (traits.login() == ServerTraits::Login::oneTransfer) chosen.resize(1);
-            for (std::size_t i = 0; i < chosen.size(); ++i) {
-                send(dialogue, *chosen[i], i + 1 < chosen.size() ? chosen[i + 1] : nullptr);
-            }
+            for (auto* item : chosen) send(dialogue, *item);
+            planned = chosen;
         }
         question(dialogue, chosen);
         hold(dialogue, TransferControl::AtStop::ends);
         if (dialogue.broken) breakDown(dialogue);
+        planned.clear();
     }
 
     void removeLeftovers(Dialogue& dialogue) {
         std::map<std::string, std::vector<ServerTraits::Leftover>> byFolder;
         for (auto& left : traits.leftovers(transport.profile)) byFolder[left.folder].push_back(left);
         for (const auto& [folder, files] : byFolder) {
-            TransferBlock block{.path = folder, .directory = true, .options = {{"head"}}};
-            // One that is not there any more does not keep the next from being removed.
-            for (const auto& file : files) block.options.push_back({"quote", "-*DELE " + file.name});
-            dialogue.add(std::move(block), [this, gone = files](const BlockOutcome&) {
-                for (const auto& file : gone) traits.cleared(file);
+            std::vector<std::string> commands;
+            for (const auto& file : files) commands.push_back("DELE " + file.name);
+            dialogue.add(commandsIn(folder, commands), [this, tried = files](const BlockOutcome& outcome) {
+                const Replies replies(outcome, tried.size());
+                for (std::size_t i = 0; i < tried.size(); ++i)
+                    traits.triedToRemove(tried[i], bool(replies.after("250", i)));
             });
         }
     }
 
-    void send(Dialogue& dialogue, Item& item, Item* next) {
+    void send(Dialogue& dialogue, Item& item) {
         abandon(item);
         item.temporary = temporaryName();
+        item.perhapsOnServer = true; // even if the conversation breaks off: curl is ahead of what was seen of it
         item.answers = {};
         dialogue.add(
             {.path = childPath(item.folder, item.temporary),
@@ -311,12 +379,9 @@ private:
                     fail(item, outcome.message);
                 }
             },
-            [this, &item, next] {
+            [this, &item] {
                 sending = &item;
                 ++item.sends;
-                // curl begins with the next one before this program knows.
-                item.perhapsOnServer = true;
-                if (next != nullptr) next->perhapsOnServer = true;
                 if (transport.observer != nullptr) transport.observer->fileBegins(item.file.path, item.size());
                 if (events.sending) events.sending(item.file);
             });
@@ -328,11 +393,16 @@ private:
         for (auto* item : asked) byFolder[item->folder].push_back(item);
         for (const auto& [folder, within] : byFolder) {
             Items listed;
+            std::vector<Question> questions;
             for (auto* item : within) {
                 const auto way = nextWay(*item, within.size());
                 if (way == Way::listing) listed.push_back(item);
-                if (way == Way::single) askSingly(dialogue, *item);
+                if (way != Way::single) continue;
+                auto& answer = item->by(Way::single);
+                questions.push_back({item->temporary, [&answer](const RemoteFacts& facts) { answer.copy = facts; }});
+                questions.push_back({item->name, [&answer](const RemoteFacts& facts) { answer.live = facts; }});
             }
+            askSingly(dialogue, folder, questions);
             if (!listed.empty()) askByListing(dialogue, folder, listed);
         }
     }
@@ -359,15 +429,18 @@ private:
         return single ? Way::listing : Way::single;
     }
 
-    static void askSingly(Dialogue& dialogue, Item& item) {
-        const auto ask = [&](const std::string& name, std::optional<RemoteFacts>& answer) {
-            if (answer) return;
-            dialogue.add(
-                {.path = childPath(item.folder, name), .options = {{"head"}}},
-                [&answer](const BlockOutcome& outcome) { answer = factsOf(outcome); });
-        };
-        ask(item.temporary, item.by(Way::single).copy);
-        ask(item.name, item.by(Way::single).live);
+    // By commands of its own, which take half of the round trips of curl's "head".
+    static void askSingly(Dialogue& dialogue, const std::string& folder, const std::vector<Question>& questions) {
+        if (questions.empty()) return;
+        std::vector<std::string> commands{"TYPE I"}; // some servers give no sizes of texts
+        for (const auto& question : questions) {
+            commands.push_back("MDTM " + question.name);
+            commands.push_back("SIZE " + question.name);
+        }
+        dialogue.add(commandsIn(folder, commands), [questions](const BlockOutcome& outcome) {
+            const Replies replies(outcome, 2 * questions.size());
+            for (std::size_t i = 0; i < questions.size(); ++i) questions[i].answered(replies.facts(2 * i));
+        });
     }
 
     void askByListing(Dialogue& dialogue, const std::string& folder, const Items& listed) {
@@ -379,9 +452,9 @@ private:
                 for (auto* item : listed) {
                     const auto copy = listing.find(item->temporary);
                     item->by(Way::listing) = {.copy = copy, .live = listing.find(item->name)};
-                    // A listing that leaves out what is certainly there may leave out other files, too.
+                    // A listing without the copy that was just sent may leave out other files, too.
                     if (item->stage == Stage::sent && copy.presence == RemoteFacts::Presence::absent) {
-                        item->by(Way::listing) = {.copy = RemoteFacts{}, .live = RemoteFacts{}};
+                        item->by(Way::listing).live = RemoteFacts{};
                     }
                 }
             });
@@ -486,11 +559,11 @@ private:
                     });
                 continue;
             }
+            std::vector<Question> questions;
             for (auto* item : within) {
-                dialogue.add({.path = item->file.path, .options = {{"head"}}}, [item](const BlockOutcome& outcome) {
-                    item->after = factsOf(outcome);
-                });
+                questions.push_back({item->name, [item](const RemoteFacts& facts) { item->after = facts; }});
             }
+            askSingly(dialogue, folder, questions);
         }
     }
 
@@ -543,6 +616,9 @@ private:
     // Ends the work unless another conversation may get further.
     void breakDown(const Dialogue& dialogue) {
         auto* item = std::exchange(sending, nullptr);
+        if (!dialogue.progressed && isBeforeLogin(dialogue.broken->code)) {
+            for (auto* each : planned) each->perhapsOnServer = false;
+        }
         const bool tlsTooOld =
             dialogue.login == ServerTraits::Login::manyWithTls12 && dialogue.broken->code == tlsFailed;
         if (dialogue.scope == FailureScope::furtherData || tlsTooOld) {
@@ -554,7 +630,10 @@ private:
             if (open == items.end()) return;
             item = &*open;
         }
-        if (dialogue.progressed && item->sends < mostAttempts && item->renames < mostAttempts) return;
+        barren = dialogue.progressed ? 0 : barren + 1;
+        // What was sent already is worth a second try.
+        const bool worthATry = barren == 0 || (barren == 1 && planned.empty() && !isBeforeLogin(dialogue.broken->code));
+        if (worthATry && item->sends < mostAttempts && item->renames < mostAttempts) return;
         goesOn = false;
         fail(*item, dialogue.broken->message, PublishFailure::Kind::server);
     }
@@ -565,7 +644,9 @@ private:
     const PrivateFolder staging;
     std::vector<Descriptor> stagedCopies;
     std::vector<Item> items;
+    Items planned; // to be sent in the conversation under way
     Item* sending = nullptr;
+    int barren = 0; // conversations in which nothing was learnt, since one in which something was
     bool goesOn = true;
 };
 

@@ -51,7 +51,9 @@ bool ServerTraits::firstUnconfirmed() {
 }
 
 void ServerTraits::leave(const Profile& profile, Leftover file) {
+    constexpr std::size_t most = 1000; // of a server that is never reached again
     const std::lock_guard guard(lock);
+    if (left.size() == most) left.erase(left.begin());
     left.push_back({.place = placeOf(profile), .file = std::move(file)});
 }
 
@@ -65,9 +67,10 @@ std::vector<ServerTraits::Leftover> ServerTraits::leftovers(const Profile& profi
     return found;
 }
 
-void ServerTraits::cleared(const Leftover& gone) {
+void ServerTraits::triedToRemove(const Leftover& tried, bool removed) {
+    constexpr int enough = 3;
     const std::lock_guard guard(lock);
-    std::erase_if(left, [&gone](const Left& each) { return each.file == gone; });
+    std::erase_if(left, [&](Left& each) { return each.file == tried && (removed || ++each.tries == enough); });
 }
 
 } // namespace zembrastel

@@ -46,12 +46,16 @@ public:
 
     // Those in the remote folder that the profile has now.
     [[nodiscard]] std::vector<Leftover> leftovers(const Profile& profile) const;
-    void cleared(const Leftover& gone);
+
+    // It was removed, or there was none of that name. The latter counts only when it came more than once: a server may
+    // still be making the file of a connection that was given up.
+    void triedToRemove(const Leftover& tried, bool removed);
 
 private:
     struct Left {
         std::string place; // of the remote folder
         Leftover file;
+        int tries = 0;
     };
 
     mutable std::mutex lock;

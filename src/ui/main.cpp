@@ -6,6 +6,7 @@
 #include "checks/built_in_checks.h"
 #include "model/error.h"
 #include "platform/core_dumps.h"
+#include "platform/file_limits.h"
 #include "platform/instance_lock.h"
 #include "ui/application_start.h"
 #include "ui/bus_activation.h"
@@ -102,6 +103,7 @@ int runDesktop(const DesktopOptions& options, Termination& termination, int argc
 
 int main(int argc, char** argv) {
     zembrastel::forbidCoreDumps(); // they would hold passwords
+    zembrastel::prepareFileLimits();
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGCHLD, SIG_DFL); // a parent's SIG_IGN would hide how transfers end
     if (const auto checks = zembrastel::checksAskedFor(argc, argv)) {

@@ -178,6 +178,32 @@ TEST_F(ChildProcessTest, ChildOfAProgramThatIsKilledDoesNotGoOn) {
     prctl(PR_SET_CHILD_SUBREAPER, 0);
 }
 
+TEST_F(ChildProcessTest, ClosedStandardStreamsConfuseNoChild) {
+    const pid_t program = fork();
+    if (program == 0) {
+        for (const int stream : {0, 1, 2}) ::close(stream);
+        const auto first = output("first"); // 0
+        const auto second = output("second");
+        ChildProcess child(
+            {.executable = "/bin/sh",
+             .arguments = {"-c", "cat; echo words >&2; echo more >/dev/fd/4"},
+             .output = second.get(),
+             .errors = first.get(),
+             .files = {first.get(), second.get()},
+             .environment = {{"A=B"}}});
+        child.start();
+        const bool taken = child.writeInput("input\n");
+        child.closeInput();
+        child.wait();
+        ::_exit(taken ? child.collect().code : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(program, &status, 0), program);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(written("second"), "more\n"); // opened anew, it is written from its beginning
+    EXPECT_EQ(written("first"), "words\n");
+}
+
 TEST_F(ChildProcessTest, FileThatIsHandedOverIsWrittenThoughItsNameHasBecomeALink) {
     const auto handedOver = output("file");
     const auto file = folder.path() / "file";

@@ -6,7 +6,7 @@ SIGTERM. Login is web / s3cret unless told otherwise. Any user may run it.
 
 STAGE is where something odd happens: a command (USER PASS PWD CWD EPSV PASV TYPE LIST MLSD MDTM SIZE RETR STOR RNFR
 RNTO MKD QUIT), "greeting" (in place of the first reply), "data" (in a transfer, after 64 KiB) or "done" (after
-the data of an upload, in place of the reply to it).
+the data of an upload, in place of the reply to it), "renamed" (after RNTO was done, in place of the reply to it).
 
 With --break a test says while the server runs what is to go wrong next. Its FILE holds a number and a way to break:
 "close", "reset", "stall" or the text of a reply. Counted from when FILE appeared, the step of that number breaks so,
@@ -66,8 +66,11 @@ def parse_arguments():
     add("--hold", metavar="FILE", help='every transfer, and with it the server, waits there ("data") while FILE exists')
     add("--only", metavar="GLOB", help="--reply, --hang and --drop at a command only when the last component of its "
         "argument matches")
-    add("--times", type=int, metavar="N", help="only N occasions are odd; --reply, --final, --hang, --drop, "
-        "--drop-data and --cut count together")
+    add("--lie", choices=["truncate", "alter", "vanish"], help='success is reported, but: "truncate" an upload loses '
+        'its last byte; "alter" a renamed file gains one; "vanish" a renamed file and its target are gone')
+    add("--times", type=int, metavar="N", help="only N occasions are odd; --reply, --final, --hang, --drop, --drop-data, "
+        "--cut and --lie count together")
+    add("--after", type=int, default=0, metavar="N", help="the first N occasions are not odd")
     add("--break", dest="breaking", metavar="FILE", help="where it is said what breaks next: see above")
     add("--log", metavar="FILE", help="write each command with its argument, one a line, as it arrives")
     options = parser.parse_args()
@@ -85,9 +88,13 @@ class Occasions:
     """Counts the occasions for something odd and says which of them are."""
 
     def __init__(self):
+        self.spared = options.after
         self.left = options.times
 
     def take(self):
+        if self.spared > 0:
+            self.spared -= 1
+            return False
         if self.left is None:
             return True
         self.left -= 1
@@ -169,6 +176,13 @@ class Files(AbstractedFS):
         if options.no_replace and os.path.lexists(target):
             raise FileExistsError(17, "File exists")
         super().rename(source, target)
+        if is_odd(options.lie, "alter"):
+            attributes = os.stat(target)
+            with open(target, "ab") as file:
+                file.write(b"!")
+            os.utime(target, ns=(attributes.st_atime_ns, attributes.st_mtime_ns))
+        elif is_odd(options.lie, "vanish"):
+            os.unlink(target)
 
 
 class Given:
@@ -213,6 +227,17 @@ class OddControl:
             text = b"".join(iter(data.more, b"")) if isproducer else data
             data, isproducer = text[:-3], False
         super().push_dtp_data(data, isproducer, file, cmd)
+
+    def on_file_received(self, file):
+        if is_odd(options.lie, "truncate"):
+            os.truncate(file, os.path.getsize(file) - 1)
+
+    def ftp_RNTO(self, path):
+        self.is_renaming = True
+        super().ftp_RNTO(path)
+        self.is_renaming = False
+
+    is_renaming = False
 
     def ftp_RETR(self, file):
         if options.endless and options.every_file:
@@ -299,6 +324,9 @@ class OddControl:
         ends_upload = text.startswith("226") and self.data_channel is not None and self.data_channel.receive
         if ends_upload and options.final and occasions.take():
             text = options.final
+        if self.is_renaming and text.startswith("250") and is_odd(options.drop, "renamed"):
+            self.close()
+            return
         super().respond(text + self.given, *arguments, **named)
 
     def handle(self):

@@ -1,5 +1,6 @@
 // What servers, networks and other programs do wrong, and what must then still be as it was.
 #include "model/error.h"
+#include "platform/child_process.h"
 #include "platform/files.h"
 #include "support/certificates.h"
 #include "support/local_site.h"
@@ -8,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <fcntl.h>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <sstream>
@@ -182,9 +184,8 @@ TEST_P(BrokenUpload, LeavesTheLiveFileAsItWasAndTheNextAttemptSucceeds) {
 INSTANTIATE_TEST_SUITE_P(
     Faults, BrokenUpload,
     ::testing::Values(
-        Words{"--drop", "data"}, Words{"--drop-data", "data"}, Words{"--drop", "done"}, Words{"--drop", "RNFR"},
-        Words{"--drop", "RNTO"}, Words{"--final", "552 Disk full"}, Words{"--reply", "STOR=553 Not allowed"},
-        Words{"--reply", "RNTO=550 Exists"}));
+        Words{"--drop", "data"}, Words{"--drop-data", "data"}, Words{"--final", "552 Disk full"},
+        Words{"--reply", "STOR=553 Not allowed"}));
 
 // The children of this process that run curl.
 std::vector<fs::path> runningCurls() {
@@ -210,43 +211,68 @@ std::string bytesOf(const fs::path& file) {
     return bytes.str();
 }
 
-TEST(Cancelling, EndsAHangingUploadAtOnceWithNoTraceOfThePasswordOrTheWork) {
+std::vector<std::string> wordsOf(const fs::path& file) {
+    std::vector<std::string> words;
+    std::istringstream bytes(bytesOf(file));
+    for (std::string word; std::getline(bytes, word, '\0');) words.push_back(word);
+    return words;
+}
+
+// What another program of the user could see while curl runs, and what the user's other programs could make it do.
+TEST(Cancelling, EndsAHangingTransferAtOnceWithNoTraceOfThePasswordOrTheWork) {
     testing::TemporaryFolder temporary;
     ::setenv("TMPDIR", temporary.path().c_str(), 1);
-    FtpServer server = oddServer({"--hang", "STOR"});
+    ::setenv("SSLKEYLOGFILE", (temporary / "keys").c_str(), 1);
+    const testing::TemporaryFolder logs;
+    FtpServer server = oddServer({"--hang", "STOR", "--echo", "--log", logs / "log"});
     server.put("site/page", "old");
     const LocalSite site(server, {{"page", "new"}});
-    const auto transport = site.transport();
-    bool cancelled = false;
-    std::jthread worker([&] {
-        try {
-            transport.upload("page", site.fingerprint("page"));
-        } catch (const Cancelled&) {
-            cancelled = true;
+    for (const bool diagnosing : {false, true}) {
+        const auto transport = site.transport();
+        const Descriptor file(::open((site / "page").c_str(), O_RDONLY | O_CLOEXEC));
+        bool cancelled = false;
+        std::jthread worker([&] {
+            try {
+                if (diagnosing) {
+                    (void)transport.transcribe("x", false, {{"upload-file", ChildProcess::filePath}}, file.get());
+                } else {
+                    transport.upload("page", site.fingerprint("page"));
+                }
+            } catch (const Cancelled&) {
+                cancelled = true;
+            }
+        });
+        EXPECT_TRUE(
+            testing::eventually([&] { return readFile(logs / "log").value_or("").find("STOR") != std::string::npos; }));
+        fs::remove(logs / "log");
+        const auto curls = runningCurls();
+        EXPECT_EQ(curls.size(), 1U);
+        for (const auto& curl : curls) {
+            // Without the first of them the user's own settings of curl would count.
+            EXPECT_EQ(wordsOf(curl / "cmdline"), (Words{"/usr/bin/curl", "--disable", "--config", "-"}));
+            const auto environment = wordsOf(curl / "environ");
+            EXPECT_TRUE(std::ranges::none_of(environment, [](const auto& variable) {
+                return variable.starts_with("SSLKEYLOGFILE=") || variable.find("s3cret") != std::string::npos;
+            }));
+            EXPECT_NE(std::ranges::find(environment, "TMPDIR=" + temporary.path().string()), environment.end());
         }
-    });
-    std::vector<fs::path> curls;
-    EXPECT_TRUE(testing::eventually([&curls] { return (curls = runningCurls()).size() == 1; }));
-    for (const auto& curl : curls) {
-        for (const auto* place : {"cmdline", "environ"}) {
-            EXPECT_EQ(bytesOf(curl / place).find("s3cret"), std::string::npos) << place;
+        for (const auto& [path, content] : testing::readTree(temporary.path())) {
+            EXPECT_EQ(content.find("s3cret"), std::string::npos) << path;
         }
+        const auto asked = std::chrono::steady_clock::now();
+        transport.control->cancel();
+        worker.join();
+        EXPECT_LT(std::chrono::steady_clock::now() - asked, testing::atOnce);
+        EXPECT_TRUE(cancelled);
+        EXPECT_TRUE(runningCurls().empty());
+        for (const auto& item : fs::directory_iterator(temporary.path())) {
+            EXPECT_TRUE(item.path().filename().string().starts_with("zembrastel-test-"))
+                << item.path() << " was left behind";
+        }
+        EXPECT_EQ(testing::readFile(server.root() / "site/page"), "old");
+        EXPECT_THROW((void)transport.test(), Cancelled) << "a stopped control starts nothing more";
     }
-    for (const auto& [path, content] : testing::readTree(temporary.path())) {
-        EXPECT_EQ(content.find("s3cret"), std::string::npos) << path;
-    }
-    const auto asked = std::chrono::steady_clock::now();
-    transport.control->cancel();
-    worker.join();
-    EXPECT_LT(std::chrono::steady_clock::now() - asked, testing::atOnce);
-    EXPECT_TRUE(cancelled);
-    EXPECT_TRUE(runningCurls().empty());
-    for (const auto& item : fs::directory_iterator(temporary.path())) {
-        EXPECT_TRUE(item.path().filename().string().starts_with("zembrastel-test-"))
-            << item.path() << " was left behind";
-    }
-    EXPECT_EQ(testing::readFile(server.root() / "site/page"), "old");
-    EXPECT_THROW((void)transport.test(), Cancelled) << "a stopped control starts nothing more";
+    ::unsetenv("SSLKEYLOGFILE");
     ::unsetenv("TMPDIR");
 }
 

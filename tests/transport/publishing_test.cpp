@@ -1,0 +1,337 @@
+// What a server, a line or a colleague does to files on their way to the place of the live ones.
+#include "transport/publishing.h"
+
+#include "platform/files.h"
+#include "support/certificates.h"
+#include "support/local_site.h"
+#include "support/relay.h"
+#include "support/wait_for.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <map>
+#include <thread>
+
+namespace zembrastel {
+namespace {
+
+using testing::FileTree;
+using testing::FtpServer;
+using testing::LocalSite;
+using Kind = FtpServer::Kind;
+using Tls = FtpServer::Tls;
+using Words = std::vector<std::string>;
+using Presence = RemoteFacts::Presence;
+
+constexpr auto moment = std::chrono::sys_days(std::chrono::year(2020) / 1 / 1);
+
+RemoteDate at(int second) { return toRemoteDate(moment + std::chrono::seconds(second)); }
+
+RemoteFacts there(std::optional<std::uint64_t> size, std::optional<RemoteDate> modified) {
+    return {.presence = Presence::present, .modified = modified, .size = size};
+}
+
+const RemoteFacts unknown{};
+const RemoteFacts absent{.presence = Presence::absent};
+
+TEST(PublishDecision, NothingUnseenOrIncompleteGoesLive) {
+    struct Case {
+        const char* what;
+        RemoteFacts copy;
+        LastSeen lastSeen;
+        RemoteFacts live;
+        Verdict expected;
+    };
+    const RemoteFacts whole = there(9, at(0));
+    const LastSeen seen = ServerVersion{.modified = at(0), .size = 5};
+    const LastSeen undated = ServerVersion{.modified = at(0)};
+    for (const auto& [what, copy, lastSeen, live, expected] : std::vector<Case>{
+             {"new file", whole, KnownAbsent{}, absent, Verdict::publish},
+             {"the version last seen", whole, seen, there(5, at(0)), Verdict::publish},
+             {"deleted on the server", whole, seen, absent, Verdict::publish},
+             {"nothing known", whole, NothingKnown{}, there(7, at(9)), Verdict::publish},
+             {"server says nothing of the live file", whole, seen, unknown, Verdict::publish},
+             {"server gives no date", whole, seen, there(5, std::nullopt), Verdict::publish},
+             {"size never seen", whole, undated, there(7, at(0)), Verdict::publish},
+             {"present, but no facts", whole, KnownAbsent{}, there({}, {}), Verdict::publish},
+             {"other size, same second", whole, seen, there(6, at(0)), Verdict::keepLive},
+             {"same size, next second", whole, seen, there(5, at(1)), Verdict::keepLive},
+             {"older than the one last seen", whole, seen, there(5, at(-5)), Verdict::keepLive},
+             {"appeared meanwhile", whole, KnownAbsent{}, there(0, at(0)), Verdict::keepLive},
+             {"changed, and the copy is torn", there(8, at(0)), seen, there(6, at(0)), Verdict::keepLive},
+             {"torn copy", there(8, at(0)), seen, there(5, at(0)), Verdict::sendAgain},
+             {"altered copy", there(10, at(0)), NothingKnown{}, absent, Verdict::sendAgain},
+             {"copy gone", absent, KnownAbsent{}, absent, Verdict::sendAgain},
+             {"no sizes", there({}, at(0)), KnownAbsent{}, absent, Verdict::publishUnconfirmed},
+             {"nothing said of the copy", unknown, seen, unknown, Verdict::publishUnconfirmed},
+         }) {
+        EXPECT_EQ(verdict(9, copy, lastSeen, live), expected) << what;
+    }
+}
+
+TEST(PublishDecision, RenamingThatDidNotHappenIsNoticed) {
+    struct Case {
+        const char* what;
+        RemoteFacts before;
+        RemoteFacts after;
+        bool live;
+    };
+    for (const auto& [what, before, after, live] : std::vector<Case>{
+             {"as sent", there(5, at(0)), there(9, at(10)), true},
+             {"first version", absent, there(9, at(10)), true},
+             {"date of the renaming", there(9, at(0)), there(9, at(12)), true},
+             {"no dates", there(9, std::nullopt), there(9, std::nullopt), true},
+             {"no answer", absent, unknown, true},
+             {"old version still there", there(9, at(0)), there(9, at(0)), false},
+             {"other size", absent, there(8, at(10)), false},
+             {"gone", there(5, at(0)), absent, false},
+         }) {
+        EXPECT_EQ(wentLive(9, there(9, at(10)), before, after), live) << what;
+    }
+}
+
+TEST(PublishDecision, BatchesStayWithinTheDisk) {
+    constexpr std::uint64_t mb = 1 << 20;
+    const std::vector<std::uint64_t> many(100, 10);
+    EXPECT_EQ(batchLength(many), 64U);
+    for (const auto& [sizes, length] : std::vector<std::pair<std::vector<std::uint64_t>, std::size_t>>{
+             {{1}, 1}, {{100 * mb, 1}, 1}, {{1, 100 * mb}, 1}, {{32 * mb, 32 * mb, 1}, 2}, {{40 * mb, 30 * mb}, 1}}) {
+        EXPECT_EQ(batchLength(sizes), length);
+    }
+}
+
+// What became of each file, in the order of the events.
+struct Story {
+    std::map<std::string, int> sent;
+    std::map<std::string, int> published;
+    std::map<std::string, std::string> failed;
+    std::map<std::string, int> kept;
+    int unconfirmed = 0;
+    bool whole = false;
+
+    PublishEvents events() {
+        return {
+            .sending = [this](const FileToPublish& file) { ++sent[file.path]; },
+            .published = [this](const CompleteCopy& copy) { ++published[copy.file.path]; },
+            .failed = [this](const auto& file, const PublishFailure& why) { failed[file.path] = why.message; },
+            .notReplaced = [this](const FileToPublish& file, const auto&) { ++kept[file.path]; },
+            .sizesUnconfirmed = [this] { ++unconfirmed; }};
+    }
+
+    [[nodiscard]] int sends() const {
+        int sum = 0;
+        for (const auto& [path, count] : sent) sum += count;
+        return sum;
+    }
+};
+
+Story tell(const FTPTransport& transport, const LocalSite& site) {
+    std::vector<FileToPublish> files;
+    for (const auto& [path, content] : site.files()) files.push_back(site.toPublish(path));
+    Story story;
+    story.whole = publish(transport, files, story.events());
+    return story;
+}
+
+TEST(LyingServer, UploadIsSentAgainAndNeverBelieved) {
+    struct Lie {
+        Words how;
+        std::string told;
+        std::string live; // what a server that goes on lying has in the end
+    };
+    for (const auto& [how, told, live] : std::vector<Lie>{
+             {{"--lie", "truncate"},
+              "The server stored 8 bytes of page, which has 9. The live file was not replaced; the upload will be "
+              "retried.",
+              "old"},
+             {{"--reply", "RNTO=250 Done"}, "The server confirmed the renaming of the uploaded page, but", "old"},
+             {{"--lie", "alter"}, "The server confirmed the renaming of the uploaded page, but", "new words!"},
+             {{"--lie", "vanish"}, "The server confirmed the renaming of the uploaded page, but", ""},
+         }) {
+        for (const bool once : {true, false}) {
+            SCOPED_TRACE(::testing::PrintToString(how) + (once ? " once" : ""));
+            auto extra = how;
+            if (once) extra.emplace_back("--times=1");
+            FtpServer server(Kind::odd, {.extra = extra});
+            server.put("site/page", "old");
+            const LocalSite site(server, {{"page", "new words"}});
+            auto file = site.toPublish("page");
+            const auto transport = site.transport();
+            const auto [modified, size] = transport.facts("page");
+            file.lastSeen = ServerVersion{.modified = modified, .size = size};
+            Story story;
+            (void)publish(transport, {file}, story.events());
+            if (once && story.failed.empty()) {
+                EXPECT_EQ(story.published["page"], 1);
+                EXPECT_EQ(testing::readFile(server.root() / "site/page"), "new words");
+                EXPECT_TRUE(testing::leftoverPartFiles(server.root()).size() <= 1);
+            } else {
+                EXPECT_TRUE(story.failed["page"].starts_with(told)) << story.failed["page"];
+                EXPECT_EQ(testing::readPublished(server.root())["site/page"], live);
+                EXPECT_LE(story.sends(), 3);
+            }
+            EXPECT_TRUE(story.kept.empty()) << "no edit of somebody else's";
+        }
+    }
+}
+
+class CutLine : public ::testing::TestWithParam<std::tuple<Kind, Tls>> {};
+
+TEST_P(CutLine, TornUploadNeverGoesLive) {
+    const auto [kind, tls] = GetParam();
+    if (const auto reason = FtpServer::unavailable(kind, tls)) GTEST_SKIP() << *reason;
+    const testing::ScopedTrust trust(testing::certificates().ca);
+    testing::Relay relay;
+    FtpServer server(kind, {.tls = tls, .passive = relay.passivePorts()});
+    relay.connectTo(server);
+    server.put("site/page", "old");
+    const auto content = testing::randomBytes(300'000);
+    LocalSite site(server, {{"page", content}});
+    site.profile = relay.profileFor(server, site.root(), site.profile.remoteFolder);
+    const auto transport = site.transport();
+    relay.cut({.bytes = 98'304, .times = testing::Relay::everyTime});
+    const auto torn = tell(transport, site);
+    EXPECT_EQ(torn.failed.size(), 1U);
+    EXPECT_EQ(testing::readFile(server.root() / "site/page"), "old");
+    EXPECT_GE(relay.cuts(), 1U);
+    relay.cutNothing();
+    EXPECT_EQ(tell(transport, site).published.size(), 1U);
+    EXPECT_EQ(testing::readTree(server.root()), (FileTree{{"site/page", content}}));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    On, CutLine,
+    ::testing::Values(
+        std::tuple(Kind::proftpd, Tls::none), std::tuple(Kind::vsftpd, Tls::none),
+        std::tuple(Kind::pureftpd, Tls::none), std::tuple(Kind::proftpd, Tls::explicitTls),
+        std::tuple(Kind::pureftpd, Tls::explicitTls)),
+    [](const auto& tested) {
+        return FtpServer::name(std::get<0>(tested.param)) + (std::get<1>(tested.param) == Tls::none ? "Plain" : "Tls");
+    });
+
+// A connection that is lost in the middle of a batch, and a server that ends long sessions.
+TEST(LostConnection, NothingIsLostReportedTwiceOrSentForEver) {
+    struct Loss {
+        Words how;
+        int moreSends; // than files
+    };
+    constexpr int many = 12;
+    for (const auto& [how, moreSends] : std::vector<Loss>{
+             {{"--drop", "STOR", "--after", "5"}, 1},
+             {{"--drop", "done", "--after", "5"}, 1},
+             {{"--drop", "MLSD"}, 0},
+             {{"--drop", "RNFR", "--after", "5"}, 0},
+             {{"--drop", "RNTO", "--after", "5"}, 0},
+             {{"--drop", "renamed", "--after", "5"}, 0},
+             {{"--reply", "STOR=421 Too many files", "--after", "5"}, 1},
+             {{"--reply", "RNFR=421 Too many renames", "--after", "5"}, 0},
+             {{"--no", "MLSD", "--drop", "MDTM", "--after", "5"}, 0},
+         }) {
+        SCOPED_TRACE(::testing::PrintToString(how));
+        auto extra = how;
+        extra.emplace_back("--times=1");
+        FtpServer server(Kind::odd, {.extra = extra});
+        FileTree files;
+        for (int n = 0; n < many; ++n) files["page" + std::to_string(n)] = testing::randomBytes(50, n);
+        const LocalSite site(server, files);
+        const auto transport = site.transport();
+        const auto story = tell(transport, site);
+        EXPECT_TRUE(story.whole) << ::testing::PrintToString(story.failed);
+        EXPECT_EQ(story.published.size(), files.size());
+        for (const auto& [path, times] : story.published) EXPECT_EQ(times, 1) << path;
+        EXPECT_EQ(story.sends(), many + moreSends);
+        EXPECT_EQ(testing::readPublished(server.root() / "site"), files);
+        transport.upload("page0", site.fingerprint("page0"));
+        EXPECT_TRUE(testing::leftoverPartFiles(server.root()).empty());
+    }
+}
+
+TEST(LostConnection, BatchEndsWhereTheServerFails) {
+    FtpServer server(Kind::odd, {.extra = {"--drop", "STOR", "--after", "2"}});
+    const LocalSite site(server, {{"a", "1"}, {"b", "2"}, {"c", "3"}, {"d", "4"}});
+    const auto story = tell(site.transport(), site);
+    EXPECT_FALSE(story.whole);
+    EXPECT_EQ(story.published, (std::map<std::string, int>{{"a", 1}, {"b", 1}}));
+    ASSERT_EQ(story.failed.size(), 1U);
+    EXPECT_EQ(story.failed.begin()->first, "c");
+    EXPECT_EQ(testing::readPublished(server.root()), (FileTree{{"site/a", "1"}, {"site/b", "2"}}));
+}
+
+TEST(WeakServer, SizesAreConfirmedInAnyWayThereIs) {
+    struct Weakness {
+        Words how;
+        int unconfirmed;
+    };
+    for (const auto& [how, unconfirmed] : std::vector<Weakness>{
+             {{"--no", "MLSD"}, 0},
+             {{"--no", "SIZE"}, 0},
+             {{"--reply", "SIZE=550 No"}, 0},
+             {{"--no", "MDTM"}, 0},
+             {{"--no", "SIZE", "--no", "MLSD"}, 1},
+             {{"--reply", "SIZE=550 No", "--no", "MLSD"}, 1},
+             {{"--mlsd-add", "type=file; ../escape"}, 0},
+         }) {
+        SCOPED_TRACE(::testing::PrintToString(how));
+        FtpServer server(Kind::odd, {.extra = how});
+        const FileTree files{{"a", "1"}, {"b", "22"}, {"c", "333"}, {"d/e", "4444"}};
+        const LocalSite site(server, files);
+        server.put("site/a", "old");
+        const auto transport = site.transport();
+        auto story = tell(transport, site);
+        EXPECT_EQ(story.published.size(), files.size()) << ::testing::PrintToString(story.failed);
+        EXPECT_EQ(story.sends(), 4);
+        EXPECT_EQ(story.unconfirmed, unconfirmed);
+        EXPECT_EQ(tell(transport, site).unconfirmed, 0) << "reported once";
+        EXPECT_EQ(testing::readTree(server.root() / "site"), files);
+    }
+}
+
+// A file that cannot go up is no reason for others to wait.
+TEST(RefusedFile, OthersArePublished) {
+    FtpServer server(Kind::odd, {.extra = {"--reply", "RNTO=550 Not this one", "--only", "b"}});
+    const LocalSite site(server, {{"a", "1"}, {"b", "2"}, {"c", "3"}});
+    testing::writeFile(site / "folder", "a file");
+    server.put("site/folder/x", "a folder there");
+    const auto story = tell(site.transport(), site);
+    EXPECT_TRUE(story.whole);
+    EXPECT_EQ(story.published.size(), 2U);
+    EXPECT_EQ(story.failed.at("b"), "curl: (21) QUOT string not accepted: RNTO b");
+    EXPECT_TRUE(story.failed.contains("folder"));
+}
+
+TEST(Stop, StepThatPutsFilesInPlaceIsFinished) {
+    const testing::TemporaryFolder logs;
+    FtpServer server(Kind::odd, {.extra = {"--delay", "0.05", "--log", logs / "log"}});
+    const LocalSite site(server, {{"a", "1"}, {"b", "2"}});
+    const auto transport = site.transport();
+    std::jthread canceller([&] {
+        EXPECT_TRUE(
+            testing::eventually([&] { return readFile(logs / "log").value_or("").find("RNFR") != std::string::npos; }));
+        transport.control->cancel();
+    });
+    Story story;
+    EXPECT_THROW((void)publish(transport, {site.toPublish("a"), site.toPublish("b")}, story.events()), Cancelled);
+    canceller.join();
+    EXPECT_EQ(story.published.size(), 2U);
+    EXPECT_EQ(testing::readTree(server.root() / "site"), site.files());
+}
+
+TEST(Stop, HangingStepThatPutsFilesInPlaceEndsSoon) {
+    const testing::TemporaryFolder logs;
+    FtpServer server(Kind::odd, {.extra = {"--hang", "RNTO", "--log", logs / "log"}});
+    const LocalSite site(server, {{"a", "1"}});
+    const auto transport = site.transport();
+    std::chrono::steady_clock::time_point asked;
+    std::jthread canceller([&] {
+        EXPECT_TRUE(
+            testing::eventually([&] { return readFile(logs / "log").value_or("").find("RNFR") != std::string::npos; }));
+        asked = std::chrono::steady_clock::now();
+        transport.control->cancel();
+    });
+    EXPECT_THROW(transport.upload("a", site.fingerprint("a")), Cancelled);
+    canceller.join();
+    EXPECT_LT(std::chrono::steady_clock::now() - asked, testing::atOnce);
+}
+
+} // namespace
+} // namespace zembrastel
