@@ -75,8 +75,8 @@ bool UploadQueue::isBeingWritten(const std::string& path) {
 LastSeen UploadQueue::lastSeen(const std::string& path) const {
     if (undated.contains(path)) return NothingKnown{};
     if (const auto* version = known.find(path)) return *version;
-    if (const auto* date = worker.recordedDates.find(path)) return ServerVersion{.modified = *date};
     if (worker.mayReplaceUnseen) return NothingKnown{};
+    if (const auto* date = worker.recordedDates.find(path)) return ServerVersion{.modified = *date};
     return KnownAbsent{};
 }
 

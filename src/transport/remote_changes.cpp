@@ -75,12 +75,19 @@ private:
         }
     }
 
+    // Of the files that have their recorded size.
     [[nodiscard]] std::vector<std::chrono::duration<double>> differences() const {
         std::vector<std::chrono::duration<double>> all;
         for (const auto& [path, version] : found.seen) {
-            if (const auto* date = recorded.knownDates.find(path)) all.push_back(version.modified - *date);
+            const auto* date = recorded.knownDates.find(path);
+            if (date != nullptr && hasRecordedSize(path, version)) all.push_back(version.modified - *date);
         }
         return all;
+    }
+
+    [[nodiscard]] bool hasRecordedSize(const std::string& path, const ServerVersion& version) const {
+        const auto* file = recorded.baseline.find(path);
+        return file != nullptr && version.size == static_cast<std::uint64_t>(file->size);
     }
 
     void decide(const std::string& path, const ServerVersion& version, std::chrono::seconds shift) {
@@ -88,6 +95,7 @@ private:
             recognise(path, version, isLocalVersion(*announced) ? announced : nullptr);
             return;
         }
+        if (!hasRecordedSize(path, version)) shift = {};
         const Fingerprint& here = local.at(path);
         const auto* known = recorded.knownDates.find(path);
         const RecordedFile record{.local = recorded.baseline.find(path), .remoteDate = known};

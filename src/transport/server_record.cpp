@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <map>
 
 namespace zembrastel {
 namespace {
@@ -27,15 +26,13 @@ std::optional<std::chrono::seconds> zoneShift(Seconds difference) {
 } // namespace
 
 std::chrono::seconds commonShift(const std::vector<Seconds>& differences) {
-    std::map<std::chrono::seconds, std::size_t> counts;
-    for (const auto difference : differences) {
-        if (const auto shift = zoneShift(difference)) ++counts[*shift];
-    }
-    const auto most =
-        std::ranges::max_element(counts, {}, [](const auto& shiftAndCount) { return shiftAndCount.second; });
-    constexpr std::size_t agreeing = 2;
-    if (most == counts.end() || most->second < agreeing || 2 * most->second <= differences.size()) return {};
-    return most->first;
+    constexpr std::size_t enough = 3;
+    if (differences.size() < enough) return {};
+    const auto shift = zoneShift(differences.front());
+    const bool isCommon = shift && std::ranges::all_of(differences, [&shift](Seconds difference) {
+                              return zoneShift(difference) == shift;
+                          });
+    return isCommon ? *shift : std::chrono::seconds(0);
 }
 
 bool differsFromRecord(

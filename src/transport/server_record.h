@@ -20,10 +20,11 @@ struct RecordedFile {
     const RemoteDate* remoteDate = nullptr; // the server's date, of that or of a version that the user has seen since
 };
 
-// How far the dates that the server reports have moved since they were recorded, where most files moved alike: a change
-// of the server's clock or time zone, which changed no file. `differences` are found minus recorded, one a file. Zones
-// differ by multiples of 15 minutes, so any other common difference is a real change of all files. At least two files
-// have to agree. Zero where there is no shift.
+// How far the dates that the server reports have moved since they were recorded, where all files moved alike: a change
+// of the server's clock or time zone, which changed no file. `differences` are found minus recorded, one for each file
+// that still has its recorded size. Zones differ by multiples of 15 minutes, so any other common difference is a real
+// change of all files. Zero where there is no shift, and for fewer than three files, which somebody may have touched
+// together.
 [[nodiscard]] std::chrono::seconds commonShift(const std::vector<std::chrono::duration<double>>& differences);
 
 // Is `found` another version than the recorded one? Either its date, less the shift, differs by more than a second from

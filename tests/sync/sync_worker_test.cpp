@@ -93,6 +93,8 @@ protected:
             .initialBaseline = baseline,
             .events = sink,
             .clock = used,
+            .seen = seen,
+            .recordedDates = dates,
             .filesMayBeGone = filesMayBeGone};
     }
 
@@ -107,6 +109,7 @@ protected:
         if (const auto* uploaded = std::get_if<event::Uploaded>(&event))
             baseline.set(uploaded->path, uploaded->fingerprint);
         if (const auto* got = std::get_if<event::Downloaded>(&event)) baseline.set(got->path, got->fingerprint);
+        if (const auto* date = std::get_if<event::RemoteDate>(&event)) dates.set(date->path, date->date);
         events.push_back(std::visit(ToText{}, event));
     }
 
@@ -121,7 +124,9 @@ protected:
     testing::FakeClock clock;
     bool once = false; // one pass instead of watching
     bool filesMayBeGone = false;
-    FileMap baseline; // as a model would keep it: carried from run to run
+    FileMap baseline;    // as a model would keep it: carried from run to run
+    RemoteDates dates;   // likewise
+    ServerVersions seen; // by a server check
     std::vector<std::string> events;
     std::vector<std::chrono::seconds> waits;
 };
@@ -131,7 +136,7 @@ TEST_F(SyncWorkerTest, SettledFilesGoUpOnceInOrderAndAreKnownAfterARestart) {
     run(3);
     EXPECT_EQ(
         events, (std::vector<std::string>{
-                    queued(2), queued(2), "Uploading | a/x | 2", "uploaded a/x", "date of a/x", "Uploading | b | 2",
+                    queued(2), queued(2), "Uploading | a/x | 2", "Uploading | b | 2", "uploaded a/x", "date of a/x",
                     "uploaded b", "date of b", watching}));
     EXPECT_EQ(waits, (std::vector<std::chrono::seconds>{2s, 2s, 2s}));
     EXPECT_EQ(testing::readTree(server.root() / "site"), site.files());
@@ -331,6 +336,7 @@ TEST_F(SyncWorkerTest, ServerLostInTheMiddleOfALargeUploadLeavesTheLiveFileAndTh
     testing::writeFile(site / "video", "");
     fs::resize_file(site / "video", size); // sparse: quick to make
     const auto video = held.root() / "site/video";
+    seen.set("video", site.transport().findVersion("video").value());
     std::jthread breaker([&] {
         EXPECT_TRUE(testing::eventually([&] {
             const auto parts = testing::leftoverPartFiles(held.root());
