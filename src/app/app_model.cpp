@@ -356,6 +356,7 @@ void AppModel::launchWorker(const Uuid& id) {
         return downloads ? job.downloadInitially(start) : job.watch(start);
     });
     if (!begun) return;
+    disputed.erase(id);
     changeStatus(id, [](ProfileStatus& status) {
         status.active = true;
         status.failed = false;

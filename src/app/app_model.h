@@ -285,6 +285,7 @@ private:
     // Paths of the last review that were neither kept nor downloaded since. The next check offers them whatever the
     // dates of the local files are: an edit of the local file must not overwrite what nobody has decided on.
     std::map<Uuid, PathSet> unanswered;
+    std::map<Uuid, PathSet> disputed; // by the last worker: see event::ServerChanged
     std::map<Uuid, std::shared_ptr<ServerTraits>> serverTraits;
     std::map<Uuid, std::string> passwords;
     std::vector<PrivateItem> privateItems; // see Options

@@ -80,6 +80,7 @@ void AppModel::apply(const event::ServerChanged& event, const Uuid& id) {
         true);
     stopJob(id);
     unanswered[id].insert(event.paths.begin(), event.paths.end());
+    disputed[id] = event.paths;
     start(id);
 }
 

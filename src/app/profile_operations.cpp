@@ -173,6 +173,7 @@ void AppModel::remove(const Uuid& id) {
 void AppModel::forgetServer(const Uuid& id) {
     if (state.remoteDates) state.remoteDates->erase(id);
     unanswered.erase(id);
+    disputed.erase(id);
     serverTraits.erase(id);
     if (const auto journal = journalOf(id)) journal->remove();
 }

@@ -51,7 +51,11 @@ void AppModel::startCheck(const Uuid& id, const Earlier& earlier) {
     const auto failed = [this, id, generation](const std::string& message) {
         context.post(onlyIfCurrent(id, generation, [this, id, message] { failedCheck(message, id, true); }));
     };
-    const ServerRecord recorded{.baseline = baseline(id), .knownDates = remoteDates(id), .unanswered = unanswered[id]};
+    const ServerRecord recorded{
+        .baseline = baseline(id),
+        .knownDates = remoteDates(id),
+        .unanswered = unanswered[id],
+        .disputed = disputed[id]};
     const auto body = [this, work = jobs.at(id).work(), found, failed, record = recorded,
                        journal = journalOf(id)](const std::stop_token& stop) mutable {
         ProgressMeter meter(options.clock, eventSink(work.profile.id, work.generation, stop).progress);

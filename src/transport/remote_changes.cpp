@@ -100,9 +100,9 @@ private:
         const auto* known = recorded.knownDates.find(path);
         const RecordedFile record{.local = recorded.baseline.find(path), .remoteDate = known};
         const bool isUnanswered = recorded.unanswered.contains(path);
-        const auto offeredSince = known == nullptr ? std::nullopt : std::optional(*known + shift);
-        if (!isUnanswered && !shouldOffer(version.modified, here, offeredSince)
-            && !differsFromRecord(version, here, record, shift)) {
+        const bool isNewer =
+            shouldOffer(version.modified, here, known == nullptr ? std::nullopt : std::optional(*known + shift));
+        if (!isUnanswered && !isNewer && !differsFromRecord(version, here, record, shift)) {
             if (known != nullptr && shift.count() != 0) recognise(path, version, nullptr);
             return;
         }
@@ -114,7 +114,8 @@ private:
             {.path = path,
              .local = here,
              .remoteDate = version.modified,
-             .bothChanged = isUnanswered || (record.local != nullptr && isOtherVersion(here, *record.local))});
+             .bothChanged = recorded.disputed.contains(path) || (isUnanswered && !isNewer)
+                            || (record.local != nullptr && isOtherVersion(here, *record.local))});
     }
 
     // Own uploads, and decisions, of which it is not certain that they were saved.

@@ -25,6 +25,8 @@ struct ServerRecord {
     // Files that were offered before and not decided on, and files that an upload did not replace because the server's
     // version was not the one last seen. They are offered even where the rules would not offer them.
     std::set<std::string, std::less<>> unanswered = {};
+    // Those of them that an upload did not replace: the local file changed too, whatever the baseline says.
+    std::set<std::string, std::less<>> disputed = {};
 };
 
 struct ServerCheck {

@@ -75,7 +75,9 @@ protected:
 
     // What a review writes that downloads a file in about two seconds. `environment` comes before the command.
     [[nodiscard]] CliResult review(const std::string& environment, const CliPlace::Arguments& more, bool onTerminal) {
-        server.put("site/" + path, randomBytes(size));
+        auto content = randomBytes(size);
+        content.front() = static_cast<char>('0' + reviews); // a file of equal content is not offered
+        server.put("site/" + path, content);
         touch(
             server.root() / "site" / path,
             std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()) + std::chrono::hours(++reviews));

@@ -268,8 +268,8 @@ TEST_F(RunningProgram, PushNamesWhatWasNotSentAndFails) {
     writeTree(site, {{"locked/page", "1"}, {"index.html", "sent before it"}, {"zzz", "1"}});
     const auto failed = run({"push", "My website"});
     EXPECT_EQ(failed.status, 1);
-    EXPECT_TRUE(contains(failed.output, "Uploaded index.html\nNot sent: locked/page\nNot sent: zzz\n"));
-    EXPECT_TRUE(contains(failed.errors, "Not sent: 2 files."));
+    EXPECT_TRUE(contains(failed.output, "Uploaded index.html\nUploaded zzz\nNot sent: locked/page\n"));
+    EXPECT_TRUE(contains(failed.errors, "(locked/page). Not sent: 1 file."));
     EXPECT_TRUE(isOneLine(failed.errors)) << failed.errors;
 
     place.savePassword("wrong");

@@ -141,7 +141,8 @@ private:
             .control = transport.control,
             .initialBaseline = {},
             .events = {.deliver = take, .post = take},
-            .clock = clock};
+            .clock = clock,
+            .mayReplaceUnseen = true};
         worker.run(stop.get_token());
         return live ? Outcome::live : Outcome::stopped;
     }
