@@ -100,6 +100,7 @@ private:
                     say("150 go on");
                     swallowData();
                 }
+                if (line == "MLSD") (void)data.accept(); // refused below, but curl has connected already
                 say(replyTo(line.substr(0, line.find(' '))));
             }
         }
@@ -116,6 +117,7 @@ private:
         if (command == "PWD") return "257 \"/\"";
         if (command == "EPSV") return "229 there (|||" + std::to_string(data.port) + "|)";
         if (command == "RNFR") return "350 and then";
+        if (command == "MLSD") return "502 not here";
         return command == "STOR" ? "226 stored" : "250 done";
     }
 
