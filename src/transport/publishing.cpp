@@ -14,6 +14,8 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <chrono>
+#include <ctime>
 #include <functional>
 #include <map>
 #include <span>
@@ -26,6 +28,17 @@ constexpr int tlsFailed = 35;
 
 // Of sends and of renames of one file, before it counts as failed.
 constexpr int mostAttempts = 3;
+
+// From the answer about the live files to the renames. A machine that is always slower goes on after some times.
+constexpr std::chrono::milliseconds longestTrust{700};
+constexpr int maxTimesTooOld = 3;
+
+// Goes on while the machine is suspended.
+std::chrono::nanoseconds sinceBoot() {
+    timespec now{};
+    ::clock_gettime(CLOCK_BOOTTIME, &now);
+    return std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec);
+}
 
 // In one folder; from here on one listing answers sooner than questions about each.
 constexpr std::size_t worthAListing = 3;
@@ -400,7 +413,10 @@ private:
                 if (way != Way::single) continue;
                 auto& answer = item->by(Way::single);
                 questions.push_back({item->temporary, [&answer](const RemoteFacts& facts) { answer.copy = facts; }});
-                questions.push_back({item->name, [&answer](const RemoteFacts& facts) { answer.live = facts; }});
+                questions.push_back({item->name, [this, &answer](const RemoteFacts& facts) {
+                                         answer.live = facts;
+                                         answered = sinceBoot();
+                                     }});
             }
             askSingly(dialogue, folder, questions);
             if (!listed.empty()) askByListing(dialogue, folder, listed);
@@ -448,6 +464,7 @@ private:
             {.path = folder, .directory = true, .options = {{"request", "MLSD"}}},
             [this, listed](const BlockOutcome& outcome) {
                 const Listing listing(outcome);
+                answered = sinceBoot();
                 if (!listing.isReadable()) traits.lacksMLSD();
                 for (auto* item : listed) {
                     const auto copy = listing.find(item->temporary);
@@ -517,12 +534,24 @@ private:
             for (const auto* item : chosen) copies.push_back({.file = item->file, .version = versionOf(item->copy)});
             events.goingLive(copies);
         }
+        if (askAgain(chosen)) return;
         Dialogue dialogue(transport, traits.login());
         for (auto* item : chosen) rename(dialogue, *item);
         verifyLive(dialogue, chosen);
         hold(dialogue, TransferControl::AtStop::lastsOut);
         for (auto* item : all({Stage::renamed})) settle(*item);
         if (dialogue.broken) breakDown(dialogue);
+    }
+
+    // No live file is replaced on the strength of an old answer: the machine may have been suspended since, or its disk
+    // slow with what `goingLive` writes.
+    [[nodiscard]] bool askAgain(const Items& chosen) {
+        if (sinceBoot() - answered <= longestTrust || timesTooOld++ == maxTimesTooOld) return false;
+        for (auto* item : chosen) {
+            item->answers = {};
+            item->stage = Stage::sent;
+        }
+        return true;
     }
 
     void rename(Dialogue& dialogue, Item& item) {
@@ -646,7 +675,9 @@ private:
     std::vector<Item> items;
     Items planned; // to be sent in the conversation under way
     Item* sending = nullptr;
-    int barren = 0; // conversations in which nothing was learnt, since one in which something was
+    std::chrono::nanoseconds answered{}; // when the server last said what is live
+    int timesTooOld = 0;                 // that answer
+    int barren = 0;                      // conversations in which nothing was learnt, since one in which something was
     bool goesOn = true;
 };
 

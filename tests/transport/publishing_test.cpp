@@ -299,6 +299,25 @@ TEST(RefusedFile, OthersArePublished) {
     EXPECT_TRUE(story.failed.contains("folder"));
 }
 
+// As after a suspension of the machine, or with a slow disk.
+TEST(LateStep, EditBeforeItIsNotReplaced) {
+    FtpServer server(Kind::odd);
+    const LocalSite site(server, {{"a", "mine"}});
+    server.put("site/a", "old");
+    const auto transport = site.transport();
+    auto file = site.toPublish("a");
+    file.lastSeen = transport.findVersion("a").value();
+    Story story;
+    auto events = story.events();
+    events.goingLive = [&](const auto&) {
+        server.put("site/a", "a colleague's");
+        std::this_thread::sleep_for(std::chrono::milliseconds(800));
+    };
+    EXPECT_TRUE(publish(transport, {file}, events));
+    EXPECT_EQ(story.kept.size(), 1U);
+    EXPECT_EQ(testing::readFile(server.root() / "site/a"), "a colleague's");
+}
+
 TEST(Stop, StepThatPutsFilesInPlaceIsFinished) {
     const testing::TemporaryFolder logs;
     FtpServer server(Kind::odd, {.extra = {"--delay", "0.05", "--log", logs / "log"}});
