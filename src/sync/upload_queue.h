@@ -23,7 +23,8 @@
 
 namespace zembrastel {
 
-// What the user reads when the upload of this file failed: the text names the file at its end if it does not name it yet.
+// What the user reads when the upload of this file failed: the text names the file at its end if it does not name it
+// yet.
 [[nodiscard]] std::string uploadProblem(std::string problem, const std::string& path);
 
 class UploadQueue {

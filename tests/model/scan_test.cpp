@@ -91,8 +91,9 @@ TEST_F(ScanTest, NameThatCannotBeSentIsLeftOutAndTold) {
     const std::string control = "Left out, because its name has a control character or a line break: ";
     EXPECT_EQ(
         told, (Paths{
-                  notUtf8 + "caf\\xE9", notUtf8 + "bad\\xFF", control + "line\\x0Abreak", control + "line\\xE2\\x80\\xA8break",
-                  control + "tab\\x09", "Left out, because it is nested more than 128 levels deep: " + parent + "d"}));
+                  notUtf8 + "caf\\xE9", notUtf8 + "bad\\xFF", control + "line\\x0Abreak",
+                  control + "line\\xE2\\x80\\xA8break", control + "tab\\x09",
+                  "Left out, because it is nested more than 128 levels deep: " + parent + "d"}));
 }
 
 TEST_F(ScanTest, PasswordFileAndStateFolderAreNeverPublished) {
