@@ -248,7 +248,7 @@ private:
     void startCheck(const Uuid& id, const Earlier& earlier);
     void finishCheck(const ServerCheck& check, const Uuid& id, const Earlier& earlier);
     void recordRecognised(const AnnouncedFiles& recognised, const Uuid& id);
-    void acknowledge(const RemoteChange& kept, const Uuid& id);
+    void acknowledgeSize(const RemoteChange& kept, const Uuid& id);
     void askForDecision(const Uuid& id);
     void failedCheck(const std::string& message, const Uuid& id, bool willRetry);
     void showNextReview();

@@ -249,11 +249,13 @@ Decision AppModel::carryOut(const Uuid& id, const PathSet& downloads) {
     const std::vector<RemoteChange> changes = jobs.at(id).review()->changes;
     const auto dates = state.remoteDates;
     std::vector<RemoteChange> approved;
+    std::vector<RemoteChange> kept;
     for (const auto& change : changes) {
         if (downloads.contains(change.path)) {
             approved.push_back(change);
         } else {
-            acknowledge(change, id);
+            recordRemoteDate(change.path, change.remoteDate, id);
+            kept.push_back(change);
         }
     }
     try {
@@ -263,6 +265,7 @@ Decision AppModel::carryOut(const Uuid& id, const PathSet& downloads) {
         setAlert(describe(error));
         return Decision::refused;
     }
+    for (const auto& change : kept) acknowledgeSize(change, id);
     unanswered[id] = pathsOf(approved);
     if (approved.empty()) {
         launchWorker(id);
@@ -272,9 +275,9 @@ Decision AppModel::carryOut(const Uuid& id, const PathSet& downloads) {
     return Decision::accepted;
 }
 
-// The user keeps the local file: this version on the server is not offered again.
-void AppModel::acknowledge(const RemoteChange& kept, const Uuid& id) {
-    recordRemoteDate(kept.path, kept.remoteDate, id);
+// The user keeps the local file, and this version on the server is not offered again. Its date is recorded; its size is
+// remembered only once the decision is saved.
+void AppModel::acknowledgeSize(const RemoteChange& kept, const Uuid& id) {
     const auto* version = jobs.at(id).work().seen.find(kept.path);
     const auto* synchronised = baseline(id).find(kept.path);
     const bool differsInSize =
