@@ -247,6 +247,7 @@ private:
     // Server check and review.
     void startCheck(const Uuid& id, const Earlier& earlier);
     void finishCheck(const ServerCheck& check, const Uuid& id, const Earlier& earlier);
+    void rememberComparison(const Uuid& id);
     void recordRecognised(const AnnouncedFiles& recognised, const Uuid& id);
     void acknowledgeSize(const RemoteChange& kept, const Uuid& id);
     void askForDecision(const Uuid& id);

@@ -1,5 +1,6 @@
 // The server check before watching starts, and the review of what it finds.
 #include "app/app_model.h"
+#include "app/record_of.h"
 #include "model/error.h"
 #include "platform/text.h"
 #include "sync/progress_meter.h"
@@ -51,12 +52,10 @@ void AppModel::startCheck(const Uuid& id, const Earlier& earlier) {
     const auto failed = [this, id, generation](const std::string& message) {
         context.post(onlyIfCurrent(id, generation, [this, id, message] { failedCheck(message, id, true); }));
     };
-    const ServerRecord recorded{
-        .baseline = baseline(id),
-        .knownDates = remoteDates(id),
-        .unanswered = unanswered[id],
-        .disputed = disputed[id]};
-    const auto body = [this, work = jobs.at(id).work(), found, failed, record = recorded,
+    ServerRecord recorded = recordOf(state, id);
+    recorded.unanswered = unanswered[id];
+    recorded.disputed = disputed[id];
+    const auto body = [this, work = jobs.at(id).work(), found, failed, record = std::move(recorded),
                        journal = journalOf(id)](const std::stop_token& stop) mutable {
         ProgressMeter meter(options.clock, eventSink(work.profile.id, work.generation, stop).progress);
         if (journal) record.announced = journal->read();
@@ -84,6 +83,7 @@ void AppModel::finishCheck(const ServerCheck& check, const Uuid& id, const Earli
     jobs.at(id).keepSeen(check.seen);
     unanswered[id] = pathsOf(changes);
     if (changes.empty()) {
+        rememberComparison(id);
         launchWorker(id);
         return;
     }
@@ -108,6 +108,12 @@ void AppModel::recordRecognised(const AnnouncedFiles& recognised, const Uuid& id
     if (!paths.empty())
         log(id, "The same on the server and here, so recorded without a question: " + listedPaths(paths));
     saveSoon(id);
+}
+
+// A file of which nothing is recorded is another matter at the next comparison. See ServerRecord::wasCompared.
+void AppModel::rememberComparison(const Uuid& id) {
+    if (!state.remoteDates) state.remoteDates.emplace();
+    if (state.remoteDates->try_emplace(id).second) saveSoon(id);
 }
 
 void AppModel::askForDecision(const Uuid& id) {
@@ -280,9 +286,9 @@ Decision AppModel::carryOut(const Uuid& id, const PathSet& downloads) {
 void AppModel::acknowledgeSize(const RemoteChange& kept, const Uuid& id) {
     const auto* version = jobs.at(id).work().seen.find(kept.path);
     const auto* synchronised = baseline(id).find(kept.path);
-    const bool differsInSize =
-        version != nullptr && version->size && *version->size != static_cast<std::uint64_t>(kept.local.size);
-    if (!differsInSize || synchronised == nullptr || *synchronised != kept.local) return;
+    const bool differsInSize = version != nullptr && version->size && synchronised != nullptr
+                               && *version->size != static_cast<std::uint64_t>(synchronised->size);
+    if (!differsInSize) return;
     // The recorded date alone would not keep the size from being noticed.
     auto journal = journalOf(id);
     if (!journal) return;

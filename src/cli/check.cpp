@@ -12,12 +12,6 @@
 namespace zembrastel {
 namespace {
 
-template <class Map>
-typename Map::mapped_type of(const Map& all, const Uuid& id) {
-    const auto found = all.find(id);
-    return found == all.end() ? typename Map::mapped_type{} : found->second;
-}
-
 void showAsText(const std::vector<RemoteChange>& changes, const std::string& command, Output& output) {
     if (changes.empty()) {
         output.line("Nothing is newer on the server.");
@@ -50,9 +44,8 @@ ExitCode checkServer(const Surroundings& around, const std::string& name) {
     callServer(
         profile, around, "compare the local folder " + oneLine(profile.localFolder) + " with the server",
         [&](const FTPTransport& server) {
-            const auto dates = state.remoteDates ? of(*state.remoteDates, profile.id) : RemoteDates{};
             changes =
-                server.newerRemoteFiles({of(state.baselines, profile.id), dates}, [](const std::string&) {}).changes;
+                server.newerRemoteFiles(recordOf(state, profile.id, around.options), [](const std::string&) {}).changes;
         });
     retryInProgram(profile, around);
     if (around.output.json()) {

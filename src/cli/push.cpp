@@ -217,26 +217,19 @@ ExitCode push(const Surroundings& around, const Request& request) {
     return ExitCode::done;
 }
 
-template <class Map>
-typename Map::mapped_type of(const Map& all, const Uuid& id) {
-    const auto found = all.find(id);
-    return found == all.end() ? typename Map::mapped_type{} : found->second;
-}
-
 // What push would send; another program may hold the state folder meanwhile.
 ExitCode showWhatWouldGo(const Surroundings& around, const Request& request) {
     const SavedState state = loadState(around.options);
     const Profile& profile = chooseProfile(state.profiles, request.name);
     requirePushable(profile);
-    const FileMap baseline = of(state.baselines, profile.id);
+    const ServerRecord record = recordOf(state, profile.id, around.options);
     std::vector<RemoteChange> newer;
     callServer(profile, around, checkAim(profile), [&](const FTPTransport& server) {
-        const auto dates = state.remoteDates ? of(*state.remoteDates, profile.id) : RemoteDates{};
-        newer = server.newerRemoteFiles({baseline, dates}, [](const std::string&) {}).changes;
+        newer = server.newerRemoteFiles(record, [](const std::string&) {}).changes;
     });
     if (!newer.empty()) refuseFor(newer, profile, state.profiles, around);
     const auto [files, leftOut] = scanFolder(profile, around);
-    const auto paths = changedPaths(files, baseline);
+    const auto paths = changedPaths(files, record.baseline);
     for (const auto& path : paths) {
         const auto bytes = static_cast<std::uint64_t>(files.at(path).size);
         if (around.output.json()) {

@@ -1,7 +1,9 @@
 #include "cli/state_folder.h"
 
+#include "app/record_of.h"
 #include "cli/presentation.h"
 #include "model/error.h"
+#include "model/publish_journal.h"
 
 namespace zembrastel {
 namespace {
@@ -51,6 +53,14 @@ StateStore openOrMakeState(const GlobalOptions& options) {
 SavedState loadState(const GlobalOptions& options) { return loadBy(&StateStore::load, options); }
 
 std::vector<Profile> loadProfiles(const GlobalOptions& options) { return loadBy(&StateStore::loadProfiles, options); }
+
+ServerRecord recordOf(const SavedState& state, const Uuid& profile, const GlobalOptions& options) {
+    ServerRecord record = recordOf(state, profile);
+    if (const auto store = StateStore::find(namedFolder(options))) {
+        record.announced = PublishJournal(store->folder(), profile).read();
+    }
+    return record;
+}
 
 std::vector<PrivateItem> privateItems(const GlobalOptions& options) {
     std::vector<PrivateItem> items;

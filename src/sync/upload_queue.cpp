@@ -106,10 +106,7 @@ void UploadQueue::send(const std::vector<std::string>& paths, const FileMap& cur
                     false);
             }};
     const bool reachedAll = publish(transport, files, events);
-    if (!disputed.empty()) {
-        worker.events.deliver(event::ServerChanged{.paths = std::move(disputed)});
-        throw Cancelled();
-    }
+    reportDisputed();
     if (!reachedAll) throw SyncError(std::exchange(serverFailure, std::nullopt).value_or("Transfer failed."));
 }
 
@@ -157,7 +154,12 @@ void UploadQueue::queryMissingDates() {
     for (auto file = undated.begin(); file != undated.end();) {
         auto& [path, queries] = *file;
         const auto version = queries < maxDateQueries ? transport.findVersion(path) : std::nullopt;
-        if (version) {
+        const auto* uploaded = baseline.find(path);
+        if (version && version->size && uploaded != nullptr
+            && *version->size != static_cast<std::uint64_t>(uploaded->size)) {
+            disputed.insert(path); // replaced by somebody else since
+            file = undated.erase(file);
+        } else if (version) {
             known.set(path, *version);
             worker.events.deliver(event::RemoteDate{.path = path, .date = version->modified});
             file = undated.erase(file);
@@ -166,6 +168,13 @@ void UploadQueue::queryMissingDates() {
             ++file;
         }
     }
+    reportDisputed();
+}
+
+void UploadQueue::reportDisputed() {
+    if (disputed.empty()) return;
+    worker.events.deliver(event::ServerChanged{.paths = std::move(disputed)});
+    throw Cancelled();
 }
 
 std::optional<UploadQueue::Waiting> UploadQueue::failure() const {

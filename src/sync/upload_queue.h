@@ -46,7 +46,8 @@ public:
     // after event::ServerChanged, when a file was not replaced because the server's is another one than the last seen.
     void send(const std::vector<std::string>& paths, const FileMap& current, std::int64_t pending);
 
-    // Asks again for the server's dates that were missing when their files went live.
+    // Asks again for the server's dates that were missing when their files went live. Throws Cancelled after
+    // event::ServerChanged, when the server has a file of another size than was uploaded.
     void queryMissingDates();
 
     // Why a file waits, for the user, and how long it still does: the first one in the order of paths. Nullopt when no
@@ -66,6 +67,7 @@ public:
 private:
     [[nodiscard]] LastSeen lastSeen(const std::string& path) const;
     [[nodiscard]] bool isBeingWritten(const std::string& path);
+    void reportDisputed();
     void announce(const std::vector<CompleteCopy>& copies);
     void published(const CompleteCopy& copy);
     void failed(const FileToPublish& file, const PublishFailure& failure);

@@ -99,11 +99,12 @@ private:
         const Fingerprint& here = local.at(path);
         const auto* known = recorded.knownDates.find(path);
         const RecordedFile record{.local = recorded.baseline.find(path), .remoteDate = known};
+        const bool appeared = recorded.wasCompared && record.local == nullptr && known == nullptr;
         const bool isUnanswered = recorded.unanswered.contains(path);
         const bool isNewer =
             shouldOffer(version.modified, here, known == nullptr ? std::nullopt : std::optional(*known + shift));
-        if (!isUnanswered && !isNewer && !differsFromRecord(version, here, record, shift)) {
-            if (known != nullptr && shift.count() != 0) recognise(path, version, nullptr);
+        if (!appeared && !isUnanswered && !isNewer && !differsFromRecord(version, record, shift)) {
+            if (known == nullptr || shift.count() != 0) recognise(path, version, nullptr);
             return;
         }
         if (isEqual(path, here, version)) {
@@ -114,7 +115,7 @@ private:
             {.path = path,
              .local = here,
              .remoteDate = version.modified,
-             .bothChanged = recorded.disputed.contains(path) || (isUnanswered && !isNewer)
+             .bothChanged = appeared || recorded.disputed.contains(path) || (isUnanswered && !isNewer)
                             || (record.local != nullptr && isOtherVersion(here, *record.local))});
     }
 

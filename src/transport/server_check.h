@@ -19,6 +19,9 @@ namespace zembrastel {
 struct ServerRecord {
     FileMap baseline = {};       // each local file as last uploaded or downloaded
     RemoteDates knownDates = {}; // the server's dates that were recorded with uploads and decisions
+    // Was the server compared before? Then a file of which nothing is recorded, on both sides, appeared on the server
+    // since. Before that, the newer side of such a file is the right one.
+    bool wasCompared = false;
     // Versions of the server's files that are this program's own uploads, or that the user has decided about, whether
     // or not that was saved.
     AnnouncedFiles announced = {};

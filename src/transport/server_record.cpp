@@ -35,11 +35,9 @@ std::chrono::seconds commonShift(const std::vector<Seconds>& differences) {
     return isCommon ? *shift : std::chrono::seconds(0);
 }
 
-bool differsFromRecord(
-    const ServerVersion& found, const Fingerprint& local, const RecordedFile& recorded, std::chrono::seconds shift) {
+bool differsFromRecord(const ServerVersion& found, const RecordedFile& recorded, std::chrono::seconds shift) {
     if (recorded.remoteDate != nullptr && !equal(found.modified - shift, *recorded.remoteDate)) return true;
-    const bool unchangedHere = recorded.local != nullptr && !isOtherVersion(local, *recorded.local);
-    return unchangedHere && found.size && *found.size != static_cast<std::uint64_t>(local.size);
+    return recorded.local != nullptr && found.size && *found.size != static_cast<std::uint64_t>(recorded.local->size);
 }
 
 bool isVersion(const ServerVersion& found, RemoteDate modified, std::uint64_t size) {

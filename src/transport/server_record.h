@@ -28,9 +28,9 @@ struct RecordedFile {
 [[nodiscard]] std::chrono::seconds commonShift(const std::vector<std::chrono::duration<double>>& differences);
 
 // Is `found` another version than the recorded one? Either its date, less the shift, differs by more than a second from
-// the recorded date, or the local file is still the recorded one and the server's file has another size.
+// the recorded date, or its size differs from that of the recorded local file. False where nothing is recorded.
 [[nodiscard]] bool differsFromRecord(
-    const ServerVersion& found, const Fingerprint& local, const RecordedFile& recorded, std::chrono::seconds shift);
+    const ServerVersion& found, const RecordedFile& recorded, std::chrono::seconds shift);
 
 // Is it the version that was recorded or announced with this date and size?
 [[nodiscard]] bool isVersion(const ServerVersion& found, RemoteDate modified, std::uint64_t size);

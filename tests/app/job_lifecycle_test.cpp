@@ -305,6 +305,7 @@ TEST_F(JobLifecycle, StateThatCannotBeSavedIsToldAndSavedOnceItCan) {
     EXPECT_FALSE(model->running(id())) << "with settings that the next start would not find";
     EXPECT_TRUE(model->status(id()).failed);
     model->start(id());
+    ASSERT_TRUE(uploads(1));
     ASSERT_TRUE(runUntil([&] { return model->status(id()).detail.starts_with("Could not save sync state: "); }));
     EXPECT_EQ(model->status(id()).title, "Needs attention");
     EXPECT_EQ(onServer("a"), "1");
