@@ -249,7 +249,7 @@ private:
     void finishCheck(const ServerCheck& check, const Uuid& id, const Earlier& earlier);
     void rememberComparison(const Uuid& id);
     void recordRecognised(const AnnouncedFiles& recognised, const Uuid& id);
-    void acknowledgeSize(const RemoteChange& kept, const Uuid& id);
+    void acknowledgeSizes(const std::vector<RemoteChange>& kept, const Uuid& id);
     void askForDecision(const Uuid& id);
     void failedCheck(const std::string& message, const Uuid& id, bool willRetry);
     void showNextReview();

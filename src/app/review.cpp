@@ -271,7 +271,7 @@ Decision AppModel::carryOut(const Uuid& id, const PathSet& downloads) {
         setAlert(describe(error));
         return Decision::refused;
     }
-    for (const auto& change : kept) acknowledgeSize(change, id);
+    acknowledgeSizes(kept, id);
     unanswered[id] = pathsOf(approved);
     if (approved.empty()) {
         launchWorker(id);
@@ -281,20 +281,21 @@ Decision AppModel::carryOut(const Uuid& id, const PathSet& downloads) {
     return Decision::accepted;
 }
 
-// The user keeps the local file, and this version on the server is not offered again. Its date is recorded; its size is
-// remembered only once the decision is saved.
-void AppModel::acknowledgeSize(const RemoteChange& kept, const Uuid& id) {
-    const auto* version = jobs.at(id).work().seen.find(kept.path);
-    const auto* synchronised = baseline(id).find(kept.path);
-    const bool differsInSize = version != nullptr && version->size && synchronised != nullptr
-                               && *version->size != static_cast<std::uint64_t>(synchronised->size);
-    if (!differsInSize) return;
-    // The recorded date alone would not keep the size from being noticed.
+// The user keeps the local files, and these versions on the server are not offered again. Their dates are recorded, and
+// saved by now; the sizes distinguish them from edits within the same second.
+void AppModel::acknowledgeSizes(const std::vector<RemoteChange>& kept, const Uuid& id) {
     auto journal = journalOf(id);
     if (!journal) return;
-    const Fingerprint ofServer{.size = static_cast<std::int64_t>(*version->size)};
+    AnnouncedFiles decided;
+    for (const auto& change : kept) {
+        const auto* version = jobs.at(id).work().seen.find(change.path);
+        if (version == nullptr || !version->size) continue;
+        decided.files.set(change.path, {.size = static_cast<std::int64_t>(*version->size)});
+        decided.dates.set(change.path, change.remoteDate);
+    }
+    if (decided.dates.empty()) return;
     try {
-        journal->announce({.files = {{kept.path, ofServer}}, .dates = {{kept.path, kept.remoteDate}}});
+        journal->announce(decided);
     } catch (const std::filesystem::filesystem_error&) {
         // The price is that the next start asks once more.
     }

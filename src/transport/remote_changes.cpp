@@ -98,7 +98,8 @@ private:
         if (!hasRecordedSize(path, version)) shift = {};
         const Fingerprint& here = local.at(path);
         const auto* known = recorded.knownDates.find(path);
-        const RecordedFile record{.local = recorded.baseline.find(path), .remoteDate = known};
+        const RecordedFile record{
+            .local = recorded.baseline.find(path), .remoteDate = known, .announced = announcedWith(path, known)};
         const bool appeared = recorded.wasCompared && record.local == nullptr && known == nullptr;
         const bool isUnanswered = recorded.unanswered.contains(path);
         const bool isNewer =
@@ -125,6 +126,11 @@ private:
         const auto* date = recorded.announced.dates.find(path);
         if (file == nullptr || date == nullptr) return nullptr;
         return isVersion(version, *date, static_cast<std::uint64_t>(file->size)) ? file : nullptr;
+    }
+
+    [[nodiscard]] const Fingerprint* announcedWith(const std::string& path, const RemoteDate* known) const {
+        const auto* date = recorded.announced.dates.find(path);
+        return known != nullptr && date != nullptr && *date == *known ? recorded.announced.files.find(path) : nullptr;
     }
 
     void recognise(const std::string& path, const ServerVersion& version, const Fingerprint* synchronised) {

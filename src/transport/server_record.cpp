@@ -37,7 +37,11 @@ std::chrono::seconds commonShift(const std::vector<Seconds>& differences) {
 
 bool differsFromRecord(const ServerVersion& found, const RecordedFile& recorded, std::chrono::seconds shift) {
     if (recorded.remoteDate != nullptr && !equal(found.modified - shift, *recorded.remoteDate)) return true;
-    return recorded.local != nullptr && found.size && *found.size != static_cast<std::uint64_t>(recorded.local->size);
+    if (!found.size || (recorded.local == nullptr && recorded.announced == nullptr)) return false;
+    const auto hasSize = [&found](const Fingerprint* file) {
+        return file != nullptr && *found.size == static_cast<std::uint64_t>(file->size);
+    };
+    return !hasSize(recorded.local) && !hasSize(recorded.announced);
 }
 
 bool isVersion(const ServerVersion& found, RemoteDate modified, std::uint64_t size) {

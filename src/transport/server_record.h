@@ -18,6 +18,7 @@ namespace zembrastel {
 struct RecordedFile {
     const Fingerprint* local = nullptr;     // the local version that was uploaded or downloaded
     const RemoteDate* remoteDate = nullptr; // the server's date, of that or of a version that the user has seen since
+    const Fingerprint* announced = nullptr; // of the size of a version with that date
 };
 
 // How far the dates that the server reports have moved since they were recorded, where all files moved alike: a change
@@ -28,7 +29,7 @@ struct RecordedFile {
 [[nodiscard]] std::chrono::seconds commonShift(const std::vector<std::chrono::duration<double>>& differences);
 
 // Is `found` another version than the recorded one? Either its date, less the shift, differs by more than a second from
-// the recorded date, or its size differs from that of the recorded local file. False where nothing is recorded.
+// the recorded date, or its size is none that is recorded. False where nothing is recorded.
 [[nodiscard]] bool differsFromRecord(
     const ServerVersion& found, const RecordedFile& recorded, std::chrono::seconds shift);
 

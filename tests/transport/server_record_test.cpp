@@ -12,9 +12,10 @@ const RemoteDate recordedDate = toRemoteDate(std::chrono::sys_days(std::chrono::
 
 TEST(ServerRecord, EditsAreToldFromTheRecordedVersion) {
     const Fingerprint uploaded{.size = 10};
+    const Fingerprint chosen{.size = 99};
     const RecordedFile whole{.local = &uploaded, .remoteDate = &recordedDate};
     const RecordedFile undated{.local = &uploaded};
-    const RecordedFile decided{.remoteDate = &recordedDate};
+    const RecordedFile decided{.remoteDate = &recordedDate, .announced = &chosen};
     struct {
         const char* what;
         ServerVersion found;
@@ -33,6 +34,7 @@ TEST(ServerRecord, EditsAreToldFromTheRecordedVersion) {
         {"an edit where no date was recorded", {recordedDate, 11}, undated, 0s, true},
         {"no edit where no date was recorded", {recordedDate, 10}, undated, 0s, false},
         {"a version that the user has decided on", {recordedDate, 99}, decided, 0s, false},
+        {"an edit within the second of such a version", {recordedDate + 1s, 98}, decided, 0s, true},
         {"nothing recorded", {recordedDate, 10}, {}, 0s, false},
     };
     for (const auto& each : cases) {
