@@ -106,7 +106,8 @@ public:
         transport.control->check();
         profile.validateDownloadSelection();
         checkFolderDepth(depth);
-        ListedFolder listed{.path = path, .entries = transport.list(path, itemsIn(path))};
+        ListedFolder listed{.path = path, .entries = transport.list(path)};
+        transport.nameAsLocal(path, listed.entries, itemsIn(path));
         if (leadsBack(listed, above, [this](const std::string& far) { return transport.listIfThere(far); })) {
             report("Left out, because on the server it leads back to a folder above it: " + printable(path));
             return;

@@ -73,15 +73,16 @@ struct FTPTransport {
         std::string_view path, bool directory, std::vector<TransferOption> options, int localFile = -1) const;
 
     // The entries of one remote folder, in the server's order: those of MLSD that LIST shows as well, with MLSD's
-    // dates, or where the server has no MLSD those of LIST, without dates. Each name once. A listing that ends in the
-    // middle of a line is asked for once more, and then refused.
+    // dates, or where the server has no MLSD those of LIST, without dates. Each name once. How listings that were cut
+    // are recognised, and how many folders are listed with one login: see remote_queries.h.
     [[nodiscard]] std::vector<RemoteEntry> list(std::string_view path) const;
 
-    // The same, where an entry has the name of the local item that it is alike to (alike_names.h), if the server finds
-    // its own item under that name. Then an upload of the local item would replace it.
-    [[nodiscard]] std::vector<RemoteEntry> list(std::string_view path, const std::vector<LocalItem>& local) const;
+    // Gives entries of this folder the name of the local item that they are alike to (alike_names.h), if the server
+    // finds its own item under that name. Then an upload of the local item would replace it.
+    void nameAsLocal(
+        std::string_view path, std::vector<RemoteEntry>& entries, const std::vector<LocalItem>& local) const;
 
-    // As the first; nothing where the server has no such folder.
+    // As list(); nothing where the server has no such folder.
     [[nodiscard]] std::optional<std::vector<RemoteEntry>> listIfThere(std::string_view path) const;
 
     // Has the server a file that it finds under this very path, however it spells the name in its listing?

@@ -385,9 +385,10 @@ TEST(ListingFaults, ListingThatWasCutIsNeverTakenForWhole) {
         bool dated = true;
     };
     for (const auto& [oddity, failure, dated] : std::vector<Case>{
-             {{"--times=1"}},
-             {{"--times=2"}, "", false},
-             {{"--times=2", "--no=MLSD"}, cut},
+             {{"--times=2"}},
+             {{"--times=3"}, "", false},
+             {{"--times=3", "--no=MLSD"}, "", false},
+             {{"--times=4", "--no=MLSD"}, cut},
              {{}, cut},
          }) {
         auto arguments = oddity;
