@@ -124,9 +124,16 @@ struct FTPTransport {
     // `report` gets a line for each step, `installed` each file written: both are called on this thread.
     void downloadTree(const std::string& path, int depth, const Report& report, const Installed& installed) const;
 
-    // Replaces one local file by the server's newer version, with the old one as a backup under .zembrastel-backups,
-    // and returns the new local fingerprint. Throws ChangedMeanwhile, with the local file as it was, when either side
-    // changed or vanished since the comparison.
+    // Replaces local files by the server's newer versions, with the old ones as backups under .zembrastel-backups: many
+    // with one login, each as soon as it is there. One of which either side changed or vanished since the comparison is
+    // left as it was and refused; any other failure ends the call. Both are called on this thread, once for each file.
+    struct ReplaceEvents {
+        std::function<void(const RemoteChange& change, const Fingerprint& installed)> replaced;
+        std::function<void(const RemoteChange& change, const ChangedMeanwhile& refusal)> refused;
+    };
+    void replaceLocal(const std::vector<RemoteChange>& changes, const ReplaceEvents& events) const;
+
+    // The same for one file: returns the new local fingerprint, or throws ChangedMeanwhile.
     Fingerprint replaceLocal(const RemoteChange& change) const;
 
     // Compares the scanned local files with the server and changes nothing on either side: see ServerCheck. Its changes

@@ -51,7 +51,7 @@ void FTPTransport::nameAsLocal(
 }
 
 FTPTransport::FileFacts FTPTransport::facts(std::string_view path) const {
-    return resultOf(factsOfFiles(*this, {std::string(path)}).front());
+    return readFacts(resultOf(askAboutFiles(*this, {std::string(path)}).front()), path);
 }
 
 std::optional<ServerVersion> FTPTransport::findVersion(std::string_view path) const {
@@ -66,7 +66,7 @@ std::optional<ServerVersion> FTPTransport::findVersion(std::string_view path) co
 RemoteDate FTPTransport::modificationDate(std::string_view path) const { return facts(path).modified; }
 
 std::optional<std::uint64_t> FTPTransport::size(std::string_view path) const {
-    return findContentLength(run(path, false, {{"head"}}));
+    return findContentLength(resultOf(askAboutFiles(*this, {std::string(path)}).front()));
 }
 
 std::optional<std::vector<RemoteEntry>> FTPTransport::listIfThere(std::string_view path) const {
@@ -74,7 +74,7 @@ std::optional<std::vector<RemoteEntry>> FTPTransport::listIfThere(std::string_vi
 }
 
 bool FTPTransport::hasFile(std::string_view path) const {
-    return unlessAbsent(noSuchFile, [&] { return run(path, false, {{"head"}}); }).has_value();
+    return unlessAbsent(noSuchFile, [&] { return size(path); }).has_value();
 }
 
 std::size_t FTPTransport::test() const { return list("").size(); }

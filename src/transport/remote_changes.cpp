@@ -85,9 +85,9 @@ private:
     }
 
     void findDates() {
-        const auto all = factsOfFiles(transport, undated);
-        for (std::size_t i = 0; i < all.size(); ++i) {
-            const auto facts = resultOf(all[i]);
+        const auto answers = askAboutFiles(transport, undated);
+        for (std::size_t i = 0; i < answers.size(); ++i) {
+            const auto facts = readFacts(resultOf(answers[i]), undated[i]);
             found.seen.set(undated[i], {.modified = facts.modified, .size = facts.size ? facts.size : listedSizes[i]});
         }
     }
@@ -98,10 +98,14 @@ private:
         for (const auto& path : recorded.unanswered) {
             if (!found.seen.contains(path) && local.contains(path)) unseen.push_back(path);
         }
-        const auto all = factsOfFiles(transport, unseen);
-        for (std::size_t i = 0; i < all.size(); ++i) {
-            const auto* facts = std::get_if<FTPTransport::FileFacts>(&all[i]);
-            if (facts != nullptr) found.seen.set(unseen[i], {.modified = facts->modified, .size = facts->size});
+        const auto answers = askAboutFiles(transport, unseen);
+        for (std::size_t i = 0; i < answers.size(); ++i) {
+            try {
+                const auto facts = readFacts(resultOf(answers[i]), unseen[i]);
+                found.seen.set(unseen[i], {.modified = facts.modified, .size = facts.size});
+            } catch (const SyncError&) {
+                // It is not there, or the server does not say its date.
+            }
         }
     }
 

@@ -183,29 +183,28 @@ FTPTransport::FileFacts readFacts(const std::string& output, std::string_view pa
         + ". Uploads remain paused until you choose how to proceed.");
 }
 
-std::vector<FactsOfFile> factsOfFiles(const FTPTransport& transport, const std::vector<std::string>& paths) {
+std::vector<AnswerAboutFile> askAboutFiles(const FTPTransport& transport, const std::vector<std::string>& paths) {
     struct Asked {
-        std::string path;
-        std::optional<FactsOfFile> facts{};
+        const std::string& path;
+        std::optional<AnswerAboutFile> answer{};
     };
     std::vector<Asked> files;
     files.reserve(paths.size());
     for (const auto& path : paths) files.push_back({path});
     askAbout(transport, files, [](Dialogue& dialogue, Asked& file) -> std::size_t {
-        if (file.facts) return 0;
+        if (file.answer) return 0;
         dialogue.add(factsBlock(file.path), [&file](const BlockOutcome& outcome) {
-            try {
-                if (!outcome.succeeded()) throw SyncError(outcome.message);
-                file.facts = readFacts(outcome.output, file.path);
-            } catch (const SyncError& error) {
-                file.facts = QueryFailure{error.what()};
+            if (outcome.succeeded()) {
+                file.answer = outcome.output;
+            } else {
+                file.answer = QueryFailure{outcome.message};
             }
         });
         return 1;
     });
-    std::vector<FactsOfFile> all;
+    std::vector<AnswerAboutFile> all;
     all.reserve(files.size());
-    for (auto& file : files) all.push_back(std::move(*file.facts));
+    for (auto& file : files) all.push_back(std::move(*file.answer));
     return all;
 }
 

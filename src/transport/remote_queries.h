@@ -59,13 +59,15 @@ private:
     bool hasMLSD = true;
 };
 
-using FactsOfFile = std::variant<FTPTransport::FileFacts, QueryFailure>;
+// What curl's "head" prints of a file.
+using AnswerAboutFile = std::variant<std::string, QueryFailure>;
 
-// The date and size of each file, in the order of the paths: see FTPTransport::facts().
-[[nodiscard]] std::vector<FactsOfFile> factsOfFiles(
+// In the order of the paths.
+[[nodiscard]] std::vector<AnswerAboutFile> askAboutFiles(
     const FTPTransport& transport, const std::vector<std::string>& paths);
 
-// The block that asks for them, and what its output says. Throws SyncError where the date is missing or unreadable.
+// The block that asks about one file, and what its output says. Throws SyncError where the date is missing or
+// unreadable.
 [[nodiscard]] TransferBlock factsBlock(const std::string& path);
 [[nodiscard]] FTPTransport::FileFacts readFacts(const std::string& output, std::string_view path);
 

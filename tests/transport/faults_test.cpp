@@ -296,7 +296,10 @@ protected:
     std::string replaceWhile(const std::function<void()>& edit) {
         testing::writeFile(hold, "");
         std::jthread editor([&] {
-            EXPECT_TRUE(testing::eventually([&] { return !testing::leftoverPartFiles(site.root()).empty(); }));
+            EXPECT_TRUE(testing::eventually([&] {
+                const auto parts = testing::leftoverPartFiles(site.root());
+                return !parts.empty() && fs::file_size(site / parts.front()) > 0;
+            }));
             edit();
             fs::remove(hold);
         });
