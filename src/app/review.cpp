@@ -315,17 +315,18 @@ void AppModel::startReviewDownload(const Uuid& id, const std::vector<RemoteChang
             meter.begin(TransferProgress::Work::downloading, approved.size());
             const auto transport = transportFor(work, meter);
             PathSet leftOut;
-            for (const auto& change : approved) {
-                work.control->check();
-                try {
-                    const Fingerprint installed = transport.replaceLocal(change);
-                    onMain([this, id, change, installed] { recordDownload(id, change, installed); });
-                } catch (const ChangedMeanwhile& refusal) {
-                    leftOut.insert(change.path);
-                    onMain([this, id, message = describe(refusal)] { log(id, message, true); });
-                }
-                meter.fileDone();
-            }
+            transport.replaceLocal(
+                approved, {.replaced =
+                               [&](const RemoteChange& change, const Fingerprint& installed) {
+                                   onMain([this, id, change, installed] { recordDownload(id, change, installed); });
+                                   meter.fileDone();
+                               },
+                           .refused =
+                               [&](const RemoteChange& change, const ChangedMeanwhile& refusal) {
+                                   leftOut.insert(change.path);
+                                   onMain([this, id, message = describe(refusal)] { log(id, message, true); });
+                                   meter.fileDone();
+                               }});
             onMain([this, id, leftOut] { finishReviewDownload(id, leftOut); });
         } catch (const Cancelled&) {
             // Stopped: what was replaced is recorded, the rest is as it was.

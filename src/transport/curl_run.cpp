@@ -3,25 +3,15 @@
 #include "platform/child_process.h"
 #include "platform/text.h"
 #include "transport/conversation.h"
+#include "transport/disk_refusal.h"
 #include "transport/ftp_transport.h"
 
-#include <cerrno>
 #include <optional>
-#include <sys/stat.h>
-#include <system_error>
-#include <unistd.h>
 
 namespace zembrastel {
 namespace {
 
 constexpr int curlCouldNotWrite = 23; // and does not say why
-
-// Why the file takes no more, as the system says; nothing when it does.
-std::optional<int> fullness(int file) {
-    struct stat attributes {};
-    if (::fstat(file, &attributes) != 0 || ::pwrite(file, "", 1, attributes.st_size) == 1) return std::nullopt;
-    return errno;
-}
 
 // What follows `beginning` in the line, without the line's end; nothing for another line.
 std::optional<std::string_view> after(std::string_view beginning, std::string_view line) {
@@ -78,7 +68,7 @@ std::string FTPTransport::run(
     auto done = holdOne(*this, path, directory, options, localFile, look, mostWritten);
     if (done.succeeded()) return std::move(done.output);
     if (done.code == curlCouldNotWrite && localFile >= 0) {
-        if (const auto full = fullness(localFile)) done.message += ": " + std::system_category().message(*full);
+        if (const auto why = whyNotWritten(localFile); !why.empty()) done.message += ": " + why;
     }
     throw SyncError(done.message);
 }

@@ -23,11 +23,11 @@ std::string repeatedFar(std::string_view above, std::string_view below) {
     return far;
 }
 
-bool leadsBack(const ListedFolder& folder, const std::deque<ListedFolder>& above, const ListIfThere& list) {
+bool leadsBack(const ListedFolder& folder, std::span<const ListedFolder* const> above, const ListIfThere& list) {
     if (folder.entries.empty()) return false;
-    return std::any_of(above.rbegin(), above.rend(), [&](const ListedFolder& ancestor) {
-        if (!listAlike(ancestor.entries, folder.entries)) return false;
-        const auto far = list(repeatedFar(ancestor.path, folder.path));
+    return std::any_of(above.rbegin(), above.rend(), [&](const ListedFolder* ancestor) {
+        if (!listAlike(ancestor->entries, folder.entries)) return false;
+        const auto far = list(repeatedFar(ancestor->path, folder.path));
         return far && listAlike(*far, folder.entries);
     });
 }

@@ -5,9 +5,9 @@
 
 #include "transport/remote_entry.h"
 
-#include <deque>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,7 +30,8 @@ using ListIfThere = std::function<std::optional<std::vector<RemoteEntry>>(const 
 // Is `folder` one of those above it once more? It is where it lists exactly as that one does, and where the same way
 // down, repeated far beyond what people make, still leads to such a folder. One copy of a folder within itself, or a
 // few, are no loop. `list` is called only for a folder that lists as one above it.
+// Those above are in their order, the topmost first.
 [[nodiscard]] bool leadsBack(
-    const ListedFolder& folder, const std::deque<ListedFolder>& above, const ListIfThere& list);
+    const ListedFolder& folder, std::span<const ListedFolder* const> above, const ListIfThere& list);
 
 } // namespace zembrastel

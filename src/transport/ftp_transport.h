@@ -73,15 +73,16 @@ struct FTPTransport {
         std::string_view path, bool directory, std::vector<TransferOption> options, int localFile = -1) const;
 
     // The entries of one remote folder, in the server's order: those of MLSD that LIST shows as well, with MLSD's
-    // dates, or where the server has no MLSD those of LIST, without dates. Each name once. A listing that ends in the
-    // middle of a line is asked for once more, and then refused.
+    // dates, or where the server has no MLSD those of LIST, without dates. Each name once. How listings that were cut
+    // are recognised, and how many folders are listed with one login: see remote_queries.h.
     [[nodiscard]] std::vector<RemoteEntry> list(std::string_view path) const;
 
-    // The same, where an entry has the name of the local item that it is alike to (alike_names.h), if the server finds
-    // its own item under that name. Then an upload of the local item would replace it.
-    [[nodiscard]] std::vector<RemoteEntry> list(std::string_view path, const std::vector<LocalItem>& local) const;
+    // Gives entries of this folder the name of the local item that they are alike to (alike_names.h), if the server
+    // finds its own item under that name. Then an upload of the local item would replace it.
+    void nameAsLocal(
+        std::string_view path, std::vector<RemoteEntry>& entries, const std::vector<LocalItem>& local) const;
 
-    // As the first; nothing where the server has no such folder.
+    // As list(); nothing where the server has no such folder.
     [[nodiscard]] std::optional<std::vector<RemoteEntry>> listIfThere(std::string_view path) const;
 
     // Has the server a file that it finds under this very path, however it spells the name in its listing?
@@ -123,9 +124,16 @@ struct FTPTransport {
     // `report` gets a line for each step, `installed` each file written: both are called on this thread.
     void downloadTree(const std::string& path, int depth, const Report& report, const Installed& installed) const;
 
-    // Replaces one local file by the server's newer version, with the old one as a backup under .zembrastel-backups,
-    // and returns the new local fingerprint. Throws ChangedMeanwhile, with the local file as it was, when either side
-    // changed or vanished since the comparison.
+    // Replaces local files by the server's newer versions, with the old ones as backups under .zembrastel-backups: many
+    // with one login, each as soon as it is there. One of which either side changed or vanished since the comparison is
+    // left as it was and refused; any other failure ends the call. Both are called on this thread, once for each file.
+    struct ReplaceEvents {
+        std::function<void(const RemoteChange& change, const Fingerprint& installed)> replaced;
+        std::function<void(const RemoteChange& change, const ChangedMeanwhile& refusal)> refused;
+    };
+    void replaceLocal(const std::vector<RemoteChange>& changes, const ReplaceEvents& events) const;
+
+    // The same for one file: returns the new local fingerprint, or throws ChangedMeanwhile.
     Fingerprint replaceLocal(const RemoteChange& change) const;
 
     // Compares the scanned local files with the server and changes nothing on either side: see ServerCheck. Its changes

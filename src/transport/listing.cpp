@@ -1,7 +1,9 @@
 #include "model/error.h"
-#include "platform/text.h"
 #include "transport/ftp_transport.h"
 #include "transport/listing_parsers.h"
+#include "transport/remote_queries.h"
+
+#include <utility>
 
 namespace zembrastel {
 namespace {
@@ -20,38 +22,6 @@ auto unlessAbsent(const char* words, Ask ask) -> std::optional<decltype(ask())> 
     }
 }
 
-// The text of the whole listing. A connection that was lost is not always an error: some servers report success.
-std::string wholeListing(
-    const FTPTransport& transport, std::string_view path, const std::vector<TransferOption>& options) {
-    for (const bool last : {false, true}) {
-        std::string text = transport.run(path, true, options);
-        if (!isCutShort(text)) return text;
-        if (last) break;
-    }
-    const std::string folder = path.empty() ? "the remote folder" : std::string(path);
-    throw SyncError("The server sent only a part of the directory listing of " + folder + ". None of it is used.");
-}
-
-// Nothing when the server has no MLSD, or one that cannot be read. Throws Cancelled alone.
-std::optional<std::vector<RemoteEntry>> listMLSD(const FTPTransport& transport, std::string_view path) {
-    try {
-        const std::string text = wholeListing(transport, path, {{"request", "MLSD"}});
-        if (isValidUtf8(text)) return parseMLSD(text);
-    } catch (const Cancelled&) {
-        throw;
-    } catch (const std::exception&) {
-        // LIST is asked next; what it says is the failure to report.
-    }
-    transport.control->check();
-    return std::nullopt;
-}
-
-std::vector<RemoteEntry> listLIST(const FTPTransport& transport, std::string_view path) {
-    const std::string text = wholeListing(transport, path, {});
-    if (!isValidUtf8(text)) throw SyncError("The server's filenames are not UTF-8.");
-    return parseLIST(text);
-}
-
 } // namespace
 
 std::string childPath(std::string_view path, std::string_view name) {
@@ -65,44 +35,23 @@ void checkFolderDepth(int depth) {
 }
 
 std::vector<RemoteEntry> FTPTransport::list(std::string_view path) const {
-    auto entries = listMLSD(*this, path);
-    if (!entries) {
-        entries = listLIST(*this, path);
-        keepShown(*entries, *entries);
-        return std::move(*entries);
-    }
-    try {
-        keepShown(*entries, listLIST(*this, path));
-    } catch (const Cancelled&) {
-        throw;
-    } catch (const std::exception&) {
-        // MLSD alone is enough where LIST cannot confirm it.
-        keepShown(*entries, *entries);
-    }
-    return std::move(*entries);
+    std::vector<RemoteEntry> entries;
+    FolderLister(*this).list(
+        {std::string(path)}, [&](std::size_t, ListedEntries listed) { entries = resultOf(std::move(listed)); });
+    return entries;
 }
 
-std::vector<RemoteEntry> FTPTransport::list(std::string_view path, const std::vector<LocalItem>& local) const {
-    auto entries = list(path);
+void FTPTransport::nameAsLocal(
+    std::string_view path, std::vector<RemoteEntry>& entries, const std::vector<LocalItem>& local) const {
     for (const auto& [index, name] : alikeItems(entries, local)) {
         const auto localPath = childPath(path, name);
         const bool isSame = entries[index].directory ? listIfThere(localPath).has_value() : hasFile(localPath);
         if (isSame) entries[index].name = name;
     }
-    return entries;
 }
 
 FTPTransport::FileFacts FTPTransport::facts(std::string_view path) const {
-    const std::string text = run(path, false, {{"head"}});
-    if (const auto value = isValidUtf8(text) ? findLastModified(text) : std::nullopt) {
-        if (const auto date = parseHttpDate(*value)) {
-            return {.modified = toRemoteDate(*date), .size = findContentLength(text)};
-        }
-        throw SyncError("The server returned an unreadable modification date for " + std::string(path) + ".");
-    }
-    throw SyncError(
-        "The server did not provide a modification date for " + std::string(path)
-        + ". Uploads remain paused until you choose how to proceed.");
+    return readFacts(resultOf(askAboutFiles(*this, {std::string(path)}).front()), path);
 }
 
 std::optional<ServerVersion> FTPTransport::findVersion(std::string_view path) const {
@@ -117,7 +66,7 @@ std::optional<ServerVersion> FTPTransport::findVersion(std::string_view path) co
 RemoteDate FTPTransport::modificationDate(std::string_view path) const { return facts(path).modified; }
 
 std::optional<std::uint64_t> FTPTransport::size(std::string_view path) const {
-    return findContentLength(run(path, false, {{"head"}}));
+    return findContentLength(resultOf(askAboutFiles(*this, {std::string(path)}).front()));
 }
 
 std::optional<std::vector<RemoteEntry>> FTPTransport::listIfThere(std::string_view path) const {
@@ -125,7 +74,7 @@ std::optional<std::vector<RemoteEntry>> FTPTransport::listIfThere(std::string_vi
 }
 
 bool FTPTransport::hasFile(std::string_view path) const {
-    return unlessAbsent(noSuchFile, [&] { return run(path, false, {{"head"}}); }).has_value();
+    return unlessAbsent(noSuchFile, [&] { return size(path); }).has_value();
 }
 
 std::size_t FTPTransport::test() const { return list("").size(); }

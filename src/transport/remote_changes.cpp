@@ -5,11 +5,14 @@
 #include "platform/text.h"
 #include "transport/ftp_transport.h"
 #include "transport/local_place.h"
+#include "transport/remote_queries.h"
 #include "transport/server_record.h"
 
 #include <algorithm>
 #include <chrono>
 #include <sys/stat.h>
+#include <variant>
+#include <vector>
 
 namespace zembrastel {
 namespace {
@@ -26,7 +29,7 @@ public:
         : transport(used), local(scanned), recorded(record), report(line) {}
 
     ServerCheck run() {
-        walk("", 0);
+        walk();
         findUnanswered();
         const auto shift = commonShift(differences());
         for (const auto& [path, version] : found.seen) {
@@ -40,38 +43,69 @@ public:
     }
 
 private:
-    void walk(const std::string& path, int depth) {
-        transport.control->check();
-        checkFolderDepth(depth);
+    // All folders of one depth after another: what is on one level is asked for together.
+    void walk() {
+        FolderLister lister(transport);
+        std::vector<std::string> level{""};
+        for (int depth = 0; !level.empty(); ++depth) {
+            checkFolderDepth(depth);
+            std::vector<std::string> below;
+            lister.list(level, [&](std::size_t folder, ListedEntries listed) {
+                transport.control->check();
+                look(level[folder], resultOf(std::move(listed)), below);
+            });
+            level = std::move(below);
+        }
+        findDates();
+    }
+
+    void look(const std::string& path, std::vector<RemoteEntry> entries, std::vector<std::string>& below) {
         report(path.empty() ? "Comparing the remote folder" : "Comparing " + path);
-        const auto entries = transport.list(path, localItems(local, path));
+        transport.nameAsLocal(path, entries, localItems(local, path));
         if (transport.observer != nullptr) transport.observer->folderListed(0); // which of them count, is seen below
         for (const auto& entry : entries) {
-            const std::string relative = childPath(path, entry.name);
+            std::string relative = childPath(path, entry.name);
             if (transport.profile.exclusions.matchEntry(relative)) continue;
             if (!entry.directory) {
-                if (local.contains(relative)) note(relative, entry);
+                if (local.contains(relative)) note(std::move(relative), entry);
             } else if (local.containsFolder(relative)) {
-                walk(relative, depth + 1);
+                below.push_back(std::move(relative));
             }
         }
     }
 
-    void note(const std::string& path, const RemoteEntry& entry) {
+    void note(std::string path, const RemoteEntry& entry) {
         if (transport.observer != nullptr) transport.observer->fileDone();
         if (entry.modified) {
             found.seen.set(path, {.modified = *entry.modified, .size = entry.size});
         } else {
-            const auto facts = transport.facts(path);
-            found.seen.set(path, {.modified = facts.modified, .size = facts.size ? facts.size : entry.size});
+            undated.push_back(std::move(path));
+            listedSizes.push_back(entry.size);
+        }
+    }
+
+    void findDates() {
+        const auto answers = askAboutFiles(transport, undated);
+        for (std::size_t i = 0; i < answers.size(); ++i) {
+            const auto facts = readFacts(resultOf(answers[i]), undated[i]);
+            found.seen.set(undated[i], {.modified = facts.modified, .size = facts.size ? facts.size : listedSizes[i]});
         }
     }
 
     // A listing may hide a file that is there.
     void findUnanswered() {
+        std::vector<std::string> unseen;
         for (const auto& path : recorded.unanswered) {
-            if (found.seen.contains(path) || !local.contains(path)) continue;
-            if (const auto version = transport.findVersion(path)) found.seen.set(path, *version);
+            if (!found.seen.contains(path) && local.contains(path)) unseen.push_back(path);
+        }
+        const auto answers = askAboutFiles(transport, unseen);
+        for (std::size_t i = 0; i < answers.size(); ++i) {
+            try {
+                const auto facts = readFacts(resultOf(answers[i]), unseen[i]);
+                found.seen.set(unseen[i], {.modified = facts.modified, .size = facts.size});
+            } catch (const SyncError&) {
+                // It is not there, or the server does not say its date.
+            }
         }
     }
 
@@ -153,6 +187,8 @@ private:
     const ServerRecord& recorded;
     const FTPTransport::Report& report;
     std::uint64_t toFetch = std::uint64_t{32} << 20; // bytes, to compare contents
+    std::vector<std::string> undated;                // files of which the listings give no date
+    std::vector<std::optional<std::uint64_t>> listedSizes;
     ServerCheck found;
 };
 

@@ -60,13 +60,15 @@ TEST(FolderLoop, OnlyAWayThatNeverEndsIsALoop) {
         ADD_FAILURE() << path;
         return std::nullopt;
     };
-    EXPECT_TRUE(leadsBack(copy, {top}, goesOn));
-    EXPECT_FALSE(leadsBack(copy, {top}, ends));
-    EXPECT_FALSE(leadsBack(copy, {top}, changes));
+    const std::vector above{&top};
+    EXPECT_TRUE(leadsBack(copy, above, goesOn));
+    EXPECT_FALSE(leadsBack(copy, above, ends));
+    EXPECT_FALSE(leadsBack(copy, above, changes));
     auto larger = copy;
     larger.entries.back().size = 1;
-    EXPECT_FALSE(leadsBack(larger, {top}, unasked));
-    EXPECT_FALSE(leadsBack({.path = "a", .entries = {}}, {{.path = "", .entries = {}}}, unasked));
+    EXPECT_FALSE(leadsBack(larger, above, unasked));
+    const ListedFolder empty{.path = "", .entries = {}};
+    EXPECT_FALSE(leadsBack({.path = "a", .entries = {}}, std::vector{&empty}, unasked));
 }
 
 } // namespace

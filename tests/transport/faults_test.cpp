@@ -296,7 +296,10 @@ protected:
     std::string replaceWhile(const std::function<void()>& edit) {
         testing::writeFile(hold, "");
         std::jthread editor([&] {
-            EXPECT_TRUE(testing::eventually([&] { return !testing::leftoverPartFiles(site.root()).empty(); }));
+            EXPECT_TRUE(testing::eventually([&] {
+                const auto parts = testing::leftoverPartFiles(site.root());
+                return !parts.empty() && fs::file_size(site / parts.front()) > 0;
+            }));
             edit();
             fs::remove(hold);
         });
@@ -385,9 +388,10 @@ TEST(ListingFaults, ListingThatWasCutIsNeverTakenForWhole) {
         bool dated = true;
     };
     for (const auto& [oddity, failure, dated] : std::vector<Case>{
-             {{"--times=1"}},
-             {{"--times=2"}, "", false},
-             {{"--times=2", "--no=MLSD"}, cut},
+             {{"--times=2"}},
+             {{"--times=3"}, "", false},
+             {{"--times=3", "--no=MLSD"}, "", false},
+             {{"--times=4", "--no=MLSD"}, cut},
              {{}, cut},
          }) {
         auto arguments = oddity;

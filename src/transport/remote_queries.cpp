@@ -1,0 +1,211 @@
+#include "transport/remote_queries.h"
+
+#include "platform/text.h"
+#include "transport/dialogue.h"
+#include "transport/listing_parsers.h"
+#include "transport/persistence.h"
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <span>
+
+namespace zembrastel {
+namespace {
+
+using Entries = std::vector<RemoteEntry>;
+
+// In one conversation. It bounds the text that curl is given.
+constexpr std::size_t mostBlocks = 300;
+
+constexpr int partialTransfer = 18;
+constexpr int refusedTransfer = 19;
+
+std::string cutMessage(const std::string& path) {
+    const std::string folder = path.empty() ? "the remote folder" : path;
+    return "The server sent only a part of the directory listing of " + folder + ". None of it is used.";
+}
+
+bool isUnknownCommand(const BlockOutcome& outcome) {
+    return outcome.code == refusedTransfer && (outcome.message.ends_with(" 500") || outcome.message.ends_with(" 502"));
+}
+
+// One listing of a folder, as far as the server has answered.
+struct Answer {
+    bool byMLSD = false;
+    int cuts = 0;
+    bool settled = false;
+    bool isCut = false;
+    std::optional<Entries> entries = {}; // all, or of a cut listing those of the whole lines
+    std::string failure = {};            // where there are no entries
+
+    [[nodiscard]] bool isWhole() const { return entries && !isCut; }
+
+    void take(const BlockOutcome& outcome, const std::string& path) {
+        constexpr int mostCuts = 2;
+        const bool cut = outcome.succeeded() ? isCutShort(outcome.output) : outcome.code == partialTransfer;
+        if (cut && ++cuts < mostCuts) return;
+        settled = true;
+        isCut = cut;
+        entries.reset();
+        failure = cut ? cutMessage(path) : outcome.message;
+        if (!outcome.succeeded()) return;
+        try {
+            if (!isValidUtf8(outcome.output)) throw SyncError("The server's filenames are not UTF-8.");
+            const std::string_view text(outcome.output);
+            const auto lines = text.substr(0, text.rfind('\n') + 1); // of an empty text none
+            entries = byMLSD ? parseMLSD(lines) : parseLIST(lines);
+        } catch (const SyncError& error) {
+            if (!cut) failure = error.what();
+        }
+    }
+};
+
+// Is every name of `a` that a listing has to show in `b`?
+bool shows(const Entries& b, const Entries& a) {
+    std::vector<std::string_view> names;
+    names.reserve(b.size());
+    for (const auto& entry : b) names.push_back(entry.name);
+    std::ranges::sort(names);
+    return std::ranges::all_of(a, [&names](const RemoteEntry& entry) {
+        return entry.name.starts_with('.') || std::ranges::binary_search(names, entry.name);
+    });
+}
+
+struct AskedFolder {
+    std::string path;
+    // The first one has the dates, where there are any; the second one confirms it.
+    std::array<Answer, 2> answers{};
+    bool askedAgain = false;
+
+    // Whether no further answer is needed.
+    [[nodiscard]] bool settle() {
+        if (!std::ranges::all_of(answers, &Answer::settled)) return false;
+        const auto& [first, second] = answers;
+        const bool agree = !first.isWhole() || !second.isWhole()
+                           || (shows(*first.entries, *second.entries) && shows(*second.entries, *first.entries));
+        if (agree || askedAgain) return true;
+        askedAgain = true;
+        for (auto& answer : answers) answer = {.byMLSD = answer.byMLSD};
+        return false;
+    }
+
+    [[nodiscard]] ListedEntries result() {
+        auto& [first, second] = answers;
+        if (!first.isWhole()) {
+            if (!second.isWhole()) return QueryFailure{second.failure};
+            keepShown(*second.entries, *second.entries);
+            return std::move(*second.entries);
+        }
+        // Some servers end no LIST with a line break. What such a listing shows must be in the other one all the same.
+        if (second.isCut && second.entries && !shows(*first.entries, *second.entries)) {
+            return QueryFailure{second.failure};
+        }
+        // Where LIST cannot confirm it, MLSD is enough.
+        keepShown(*first.entries, second.isWhole() ? *second.entries : *first.entries);
+        return std::move(*first.entries);
+    }
+};
+
+// Has the server answer all of `items`: `plan` adds the blocks for one, or none when nothing is left to ask about it.
+template <class Item, class Plan>
+void askAbout(const FTPTransport& transport, std::vector<Item>& items, const Plan& plan) {
+    Persistence persistence(*transport.traits);
+    for (;;) {
+        Dialogue dialogue(transport, transport.traits->login());
+        std::size_t blocks = 0;
+        for (auto& item : items) {
+            if (blocks >= mostBlocks) break;
+            blocks += plan(dialogue, item);
+        }
+        if (dialogue.isEmpty()) return;
+        dialogue.hold({}, TransferControl::AtStop::ends, {});
+        if (dialogue.broken) persistence.brokeOff(dialogue, dialogue.progressed);
+    }
+}
+
+} // namespace
+
+void FolderLister::list(const std::vector<std::string>& paths, const Take& take) {
+    constexpr std::size_t mostTogether = 150;
+    for (std::size_t done = 0; done < paths.size();) {
+        const auto count = std::min(mostTogether, paths.size() - done);
+        for (auto& listed : listTogether(std::span(paths).subspan(done, count))) take(done++, std::move(listed));
+    }
+}
+
+std::vector<ListedEntries> FolderLister::listTogether(std::span<const std::string> paths) {
+    std::vector<AskedFolder> folders;
+    folders.reserve(paths.size());
+    for (const auto& path : paths) {
+        folders.push_back({.path = path});
+        folders.back().answers.front().byMLSD = hasMLSD;
+    }
+    const auto ask = [this](Dialogue& dialogue, AskedFolder& folder, Answer& answer) {
+        TransferBlock block{.path = folder.path, .directory = true};
+        if (answer.byMLSD) block.options.push_back({"request", "MLSD"});
+        dialogue.add(std::move(block), [this, &folder, &answer](const BlockOutcome& outcome) {
+            answer.take(outcome, folder.path);
+            if (!answer.byMLSD || !isUnknownCommand(outcome)) return;
+            hasMLSD = false;
+            answer = {}; // LIST twice then
+        });
+    };
+    askAbout(transport, folders, [&](Dialogue& dialogue, AskedFolder& folder) -> std::size_t {
+        if (folder.settle()) return 0;
+        std::size_t blocks = 0;
+        for (auto& answer : folder.answers) {
+            if (answer.settled) continue;
+            // One transfer of data is all that such a login allows.
+            if (dialogue.login == ServerTraits::Login::oneTransfer && !dialogue.isEmpty()) break;
+            ask(dialogue, folder, answer);
+            ++blocks;
+        }
+        return blocks;
+    });
+    std::vector<ListedEntries> listed;
+    listed.reserve(folders.size());
+    std::ranges::transform(folders, std::back_inserter(listed), &AskedFolder::result);
+    return listed;
+}
+
+TransferBlock factsBlock(const std::string& path) { return {.path = path, .options = {{"head"}}}; }
+
+FTPTransport::FileFacts readFacts(const std::string& output, std::string_view path) {
+    if (const auto value = isValidUtf8(output) ? findLastModified(output) : std::nullopt) {
+        if (const auto date = parseHttpDate(*value)) {
+            return {.modified = toRemoteDate(*date), .size = findContentLength(output)};
+        }
+        throw SyncError("The server returned an unreadable modification date for " + std::string(path) + ".");
+    }
+    throw SyncError(
+        "The server did not provide a modification date for " + std::string(path)
+        + ". Uploads remain paused until you choose how to proceed.");
+}
+
+std::vector<AnswerAboutFile> askAboutFiles(const FTPTransport& transport, const std::vector<std::string>& paths) {
+    struct Asked {
+        const std::string& path;
+        std::optional<AnswerAboutFile> answer{};
+    };
+    std::vector<Asked> files;
+    files.reserve(paths.size());
+    for (const auto& path : paths) files.push_back({path});
+    askAbout(transport, files, [](Dialogue& dialogue, Asked& file) -> std::size_t {
+        if (file.answer) return 0;
+        dialogue.add(factsBlock(file.path), [&file](const BlockOutcome& outcome) {
+            if (outcome.succeeded()) {
+                file.answer = outcome.output;
+            } else {
+                file.answer = QueryFailure{outcome.message};
+            }
+        });
+        return 1;
+    });
+    std::vector<AnswerAboutFile> all;
+    all.reserve(files.size());
+    for (auto& file : files) all.push_back(std::move(*file.answer));
+    return all;
+}
+
+} // namespace zembrastel
