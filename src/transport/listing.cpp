@@ -39,8 +39,9 @@ std::optional<std::vector<RemoteEntry>> listMLSD(const FTPTransport& transport, 
         if (isValidUtf8(text)) return parseMLSD(text);
     } catch (const Cancelled&) {
         throw;
-    } catch (const std::exception&) {
+    } catch (const std::exception& error) {
         // LIST is asked next; what it says is the failure to report.
+        transport.traits->learnFromFailedMLSD(error.what());
     }
     transport.control->check();
     return std::nullopt;

@@ -144,7 +144,10 @@ void Inquiry::askByListing(Dialogue& dialogue, const std::string& folder, const 
     dialogue.add(listingOf(folder), [this, listed](const BlockOutcome& outcome) {
         const Listing found(outcome);
         answered = sinceBoot();
-        if (!found.isReadable() && !found.isCut()) traits.lacksMLSD();
+        if (!found.isReadable() && !found.isCut()) {
+            traits.lacksMLSD();
+            traits.learnFromFailedMLSD(outcome.message);
+        }
         for (auto* item : listed) {
             const auto copy = found.find(item->temporary);
             item->by(Way::listing) = {.copy = copy, .live = found.find(item->name)};

@@ -39,6 +39,14 @@ void ServerTraits::lacksMLSD() {
     mlsd = false;
 }
 
+void ServerTraits::learnFromFailedMLSD(std::string_view message) {
+    if (!message.ends_with("response: 500") && !message.ends_with("response: 502")) return;
+    const std::lock_guard guard(lock);
+    mlsd = false;
+    // The two are of one standard.
+    if (listsSingly == Mlst::untried) listsSingly = Mlst::missing;
+}
+
 bool ServerTraits::confirmsSizes() const {
     const std::lock_guard guard(lock);
     return sizes;

@@ -38,6 +38,9 @@ public:
     [[nodiscard]] bool hasMLSD() const;
     void lacksMLSD();
 
+    // The failure of a MLSD, in curl's words: the server may not know the command.
+    void learnFromFailedMLSD(std::string_view message);
+
     // The facts of a single file in one reply (RFC 3659, 7), with date and size.
     enum class Mlst { untried, works, missing };
     [[nodiscard]] Mlst mlst() const;
