@@ -270,9 +270,9 @@ TEST(WeakServer, SizesAreConfirmedInAnyWayThereIs) {
              {{"--no", "MDTM"}, 0},
              {{"--no", "MLST", "--no", "SIZE"}, 0},
              {{"--no", "MLST", "--no", "MDTM"}, 0},
-             {{"--no", "SIZE", "--reply", "MLSD=550 No"}, 0},
-             {{"--no", "SIZE", "--no", "MLSD"}, 1},
-             {{"--reply", "SIZE=550 No", "--no", "MLSD"}, 1},
+             {{"--no", "SIZE", "--no", "MLSD"}, 0},
+             {{"--no", "SIZE", "--no", "MLSD", "--no", "MLST"}, 1},
+             {{"--reply", "SIZE=550 No", "--no", "MLSD", "--no", "MLST"}, 1},
              {{"--mlsd-add", "type=file; ../escape"}, 0},
          }) {
         SCOPED_TRACE(::testing::PrintToString(how));
