@@ -1,14 +1,13 @@
 // The copy of a file that is made before it is sent.
 #include "measure.h"
 #include "model/fingerprint.h"
-#include "platform/files.h"
 #include "platform/private_folder.h"
 #include "subjects.h"
 #include "transport/local_place.h"
+#include "transport/staged_copy.h"
 #include "transport/transfer_control.h"
 
 #include <CLI/CLI.hpp>
-#include <sys/stat.h>
 
 namespace zembrastel::bench {
 
@@ -24,12 +23,10 @@ void addStage(CLI::App& parent) {
     command->callback([options] {
         const TransferControl control;
         const Moment begin = now();
-        const auto source = LocalPlace::resolve(options->folder, options->name);
-        const Descriptor from = source.parent->openForReading(source.name);
+        const auto version = LocalPlace::resolve(options->folder, options->name).fingerprint();
         const PrivateFolder staging;
-        const Descriptor staged = staging.folder().create("upload", S_IRUSR | S_IWUSR);
-        copyContents(from.get(), staged.get(), source.url, [&control] { control.check(); });
-        Figures().since(begin).set("bytes", static_cast<double>(source.fingerprint().size)).print();
+        const Descriptor staged = stageCopy(options->folder, options->name, version, staging, "upload", control);
+        Figures().since(begin).set("bytes", static_cast<double>(version.size)).print();
     });
 }
 

@@ -235,7 +235,12 @@ void AppModel::start(const Uuid& id) { startWith(id, std::nullopt); }
 Job& AppModel::openJob(const Profile& profile) {
     assert(!jobs.contains(profile.id));
     postponed.erase(profile.id);
-    auto& traits = serverTraits.try_emplace(profile.id, std::make_shared<ServerTraits>()).first->second;
+    auto& traits = serverTraits[profile.id];
+    if (!traits && stateFolder) {
+        traits = std::make_shared<ServerTraits>(TemporaryJournal(*stateFolder, profile.id));
+    } else if (!traits) {
+        traits = std::make_shared<ServerTraits>();
+    }
     return jobs.emplace(profile.id, Job(profile, traits)).first->second;
 }
 

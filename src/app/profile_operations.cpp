@@ -180,6 +180,7 @@ void AppModel::forgetServer(const Uuid& id) {
 
 void AppModel::forgetProfile(const Uuid& id) {
     stopJob(id);
+    if (stateFolder) TemporaryJournal(*stateFolder, id).remove();
     std::erase_if(state.profiles, [&id](const Profile& candidate) { return candidate.id == id; });
     state.baselines.erase(id);
     statuses.erase(id);

@@ -64,13 +64,11 @@ struct Stream {
 
     // Takes what is there. Closes the stream at its end.
     void read() {
-        constexpr std::size_t atOnce = 65536;
         while (reading) {
-            const auto before = text.size();
-            text.resize(before + atOnce);
-            const ssize_t size = ::read(reading.get(), text.data() + before, atOnce);
-            text.resize(before + static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+            std::array<char, 16384> piece; // not set to zero each time: it is read into often
+            const ssize_t size = ::read(reading.get(), piece.data(), piece.size());
             if (size > 0) {
+                text.append(piece.data(), static_cast<std::size_t>(size));
                 if (text.size() > mostBlockOutput) return;
                 continue;
             }

@@ -20,6 +20,7 @@
 #include "transport/server_traits.h"
 #include "transport/transfer_control.h"
 #include "transport/transfer_observer.h"
+#include "transport/upload_limits.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -55,6 +56,7 @@ struct FTPTransport {
     TransferObserver* observer = nullptr;    // borrowed; nothing is looked at for nobody
     std::vector<PrivateItem> privateItems{}; // in the local folder, of no concern to the server
     std::shared_ptr<ServerTraits> traits = std::make_shared<ServerTraits>(); // of the profile's server
+    UploadLimits limits{};
 
     // Tells how many bytes of a local file curl has read or written.
     using Position = std::function<std::optional<std::uint64_t>(const ChildProcess& curl)>;

@@ -191,6 +191,15 @@ int number(std::string_view digits) {
     return value;
 }
 
+// Of "0755".
+std::optional<unsigned> permissionBits(std::string_view octal) {
+    unsigned mode = 0;
+    const auto* const end = octal.data() + octal.size();
+    const auto [last, error] = std::from_chars(octal.data(), end, mode, 8);
+    if (error != std::errc() || last != end) return std::nullopt;
+    return mode & 0777U;
+}
+
 } // namespace
 
 std::vector<RemoteEntry> parseMLSD(std::string_view text) {
@@ -211,11 +220,14 @@ std::vector<RemoteEntry> parseMLSD(std::string_view text) {
         const std::optional<std::string_view> modify = findFact(facts, modifyKey);
         constexpr std::string_view sizeKey = "size=";
         const std::optional<std::string_view> size = findFact(facts, sizeKey);
+        constexpr std::string_view modeKey = "unix.mode=";
+        const std::optional<std::string_view> mode = findFact(facts, modeKey);
         entries.push_back(
             {.name = std::string(name),
              .directory = directory,
              .modified = modify ? parseFTPDate(modify->substr(modifyKey.size())) : std::nullopt,
-             .size = size ? byteCount(size->substr(sizeKey.size())) : std::nullopt});
+             .size = size ? byteCount(size->substr(sizeKey.size())) : std::nullopt,
+             .mode = mode ? permissionBits(mode->substr(modeKey.size())) : std::nullopt});
     });
     return entries;
 }

@@ -26,6 +26,7 @@ struct RemoteFacts {
     Presence presence = Presence::unknown;
     std::optional<RemoteDate> modified = std::nullopt;
     std::optional<std::uint64_t> size = std::nullopt;
+    std::optional<unsigned> mode = std::nullopt; // permission bits
 };
 
 // Is the file on the server another one than the one last seen? What the server does not say, counts for equal: dates

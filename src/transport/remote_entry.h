@@ -20,6 +20,8 @@ struct RemoteEntry {
     // compared with what the server says of the file itself.
     std::optional<std::uint64_t> size = std::nullopt;
 
+    std::optional<unsigned> mode = std::nullopt; // permission bits, where the listing shows them (UNIX.mode)
+
     friend bool operator==(const RemoteEntry& a, const RemoteEntry& b) {
         return a.name == b.name && a.directory == b.directory && a.modified == b.modified && a.localOnly == b.localOnly;
     }

@@ -147,6 +147,7 @@ std::vector<ListedEntries> FolderLister::listTogether(std::span<const std::strin
         dialogue.add(std::move(block), [this, &folder, &answer](const BlockOutcome& outcome) {
             answer.take(outcome, folder.path);
             if (!answer.byMLSD || !isUnknownCommand(outcome)) return;
+            transport.traits->learnFromFailedMLSD(outcome.message);
             hasMLSD = false;
             answer = {}; // LIST twice then
         });

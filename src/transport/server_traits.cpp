@@ -12,6 +12,10 @@ std::string placeOf(const Profile& profile) { return profile.username + '@' + ur
 
 } // namespace
 
+ServerTraits::ServerTraits(TemporaryJournal used) : journal(std::move(used)) {
+    for (auto& entry : journal->read()) addLeft(std::move(entry));
+}
+
 ServerTraits::Login ServerTraits::login() const {
     const std::lock_guard guard(lock);
     return use;
@@ -35,6 +39,14 @@ void ServerTraits::lacksMLSD() {
     mlsd = false;
 }
 
+void ServerTraits::learnFromFailedMLSD(std::string_view message) {
+    if (!message.ends_with("response: 500") && !message.ends_with("response: 502")) return;
+    const std::lock_guard guard(lock);
+    mlsd = false;
+    // The two are of one standard.
+    if (listsSingly == Mlst::untried) listsSingly = Mlst::missing;
+}
+
 bool ServerTraits::confirmsSizes() const {
     const std::lock_guard guard(lock);
     return sizes;
@@ -50,19 +62,65 @@ bool ServerTraits::firstUnconfirmed() {
     return !std::exchange(unconfirmed, true);
 }
 
-void ServerTraits::leave(const Profile& profile, Leftover file) {
-    constexpr std::size_t most = 1000; // of a server that is never reached again
+ServerTraits::Mlst ServerTraits::mlst() const {
     const std::lock_guard guard(lock);
-    if (left.size() == most) left.erase(left.begin());
-    left.push_back({.place = placeOf(profile), .file = std::move(file)});
+    return listsSingly;
+}
+
+void ServerTraits::learnMlst(Mlst learnt) {
+    const std::lock_guard guard(lock);
+    listsSingly = learnt;
+}
+
+bool ServerTraits::appends() const {
+    const std::lock_guard guard(lock);
+    return appendsFiles;
+}
+
+void ServerTraits::refusedToAppend() {
+    const std::lock_guard guard(lock);
+    appendsFiles = false;
+}
+
+bool ServerTraits::changesModes() const {
+    const std::lock_guard guard(lock);
+    return modes;
+}
+
+void ServerTraits::refusedToChangeModes() {
+    const std::lock_guard guard(lock);
+    modes = false;
+}
+
+void ServerTraits::announce(const Profile& profile, const std::vector<Leftover>& files) {
+    const std::string place = placeOf(profile);
+    std::vector<TemporaryJournal::Entry> entries;
+    for (const auto& file : files) entries.push_back({.place = place, .file = file});
+    const std::lock_guard guard(lock);
+    sent.insert(sent.end(), entries.begin(), entries.end());
+    if (journal) journal->add(entries);
+}
+
+void ServerTraits::isGone(const Profile& profile, const Leftover& file) {
+    const TemporaryJournal::Entry entry{.place = placeOf(profile), .file = file};
+    const std::lock_guard guard(lock);
+    std::erase(sent, entry);
+    if (sent.empty()) writeJournal();
+}
+
+void ServerTraits::leave(const Profile& profile, Leftover file) {
+    TemporaryJournal::Entry entry{.place = placeOf(profile), .file = std::move(file)};
+    const std::lock_guard guard(lock);
+    std::erase(sent, entry);
+    addLeft(std::move(entry));
 }
 
 std::vector<ServerTraits::Leftover> ServerTraits::leftovers(const Profile& profile) const {
     const std::string place = placeOf(profile);
     const std::lock_guard guard(lock);
     std::vector<Leftover> found;
-    for (const auto& each : left) {
-        if (each.place == place) found.push_back(each.file);
+    for (const auto& [entry, tries] : left) {
+        if (entry.place == place) found.push_back(entry.file);
     }
     return found;
 }
@@ -70,7 +128,42 @@ std::vector<ServerTraits::Leftover> ServerTraits::leftovers(const Profile& profi
 void ServerTraits::triedToRemove(const Leftover& tried, bool removed) {
     constexpr int enough = 3;
     const std::lock_guard guard(lock);
-    std::erase_if(left, [&](Left& each) { return each.file == tried && (removed || ++each.tries == enough); });
+    std::erase_if(left, [&](Left& each) { return each.entry.file == tried && (removed || ++each.tries == enough); });
+    if (sent.empty()) writeJournal();
+}
+
+void ServerTraits::keep(const Profile& profile, const std::string& path, Beginning beginning) {
+    const std::lock_guard guard(lock);
+    kept.push_back({.place = placeOf(profile), .path = path, .beginning = std::move(beginning)});
+}
+
+std::optional<ServerTraits::Beginning> ServerTraits::continues(
+    const Profile& profile, const std::string& path, const Fingerprint& version) {
+    const std::string place = placeOf(profile);
+    const std::lock_guard guard(lock);
+    const auto found =
+        std::ranges::find_if(kept, [&](const Kept& each) { return each.place == place && each.path == path; });
+    if (found == kept.end()) return std::nullopt;
+    Beginning beginning = std::move(found->beginning);
+    kept.erase(found);
+    if (beginning.version == version) return beginning;
+    TemporaryJournal::Entry entry{.place = place, .file = std::move(beginning.file)};
+    std::erase(sent, entry);
+    addLeft(std::move(entry));
+    return std::nullopt;
+}
+
+void ServerTraits::addLeft(TemporaryJournal::Entry entry) {
+    constexpr std::size_t most = 1000; // of a server that is never reached again
+    if (left.size() == most) left.erase(left.begin());
+    left.push_back({.entry = std::move(entry)});
+}
+
+void ServerTraits::writeJournal() {
+    if (!journal) return;
+    std::vector<TemporaryJournal::Entry> entries = sent;
+    for (const auto& each : left) entries.push_back(each.entry);
+    journal->replace(entries);
 }
 
 } // namespace zembrastel

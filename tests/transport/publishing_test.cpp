@@ -225,6 +225,7 @@ TEST(LostConnection, NothingIsLostReportedTwiceOrSentForEver) {
              {{"--drop", "renamed", "--after", "5"}, 0},
              {{"--reply", "STOR=421 Too many files", "--after", "5"}, 1},
              {{"--reply", "RNFR=421 Too many renames", "--after", "5"}, 0},
+             {{"--reply", "MLSD=550 No", "--drop", "MLST", "--after", "5"}, 0},
              {{"--no", "MLSD", "--drop", "MDTM", "--after", "5"}, 0},
          }) {
         SCOPED_TRACE(::testing::PrintToString(how));
@@ -267,8 +268,11 @@ TEST(WeakServer, SizesAreConfirmedInAnyWayThereIs) {
              {{"--no", "SIZE"}, 0},
              {{"--reply", "SIZE=550 No"}, 0},
              {{"--no", "MDTM"}, 0},
-             {{"--no", "SIZE", "--no", "MLSD"}, 1},
-             {{"--reply", "SIZE=550 No", "--no", "MLSD"}, 1},
+             {{"--no", "MLST", "--no", "SIZE"}, 0},
+             {{"--no", "MLST", "--no", "MDTM"}, 0},
+             {{"--no", "SIZE", "--no", "MLSD"}, 0},
+             {{"--no", "SIZE", "--no", "MLSD", "--no", "MLST"}, 1},
+             {{"--reply", "SIZE=550 No", "--no", "MLSD", "--no", "MLST"}, 1},
              {{"--mlsd-add", "type=file; ../escape"}, 0},
          }) {
         SCOPED_TRACE(::testing::PrintToString(how));
@@ -297,6 +301,176 @@ TEST(RefusedFile, OthersArePublished) {
     EXPECT_EQ(story.published.size(), 2U);
     EXPECT_EQ(story.failed.at("b"), "curl: (21) QUOT string not accepted: RNTO b");
     EXPECT_TRUE(story.failed.contains("folder"));
+}
+
+TEST(RefusedRenaming, OthersOfItsFolderGoLive) {
+    const testing::TemporaryFolder logs;
+    FtpServer server(Kind::odd, {.extra = {"--reply", "RNTO=550 No", "--only", "page3", "--log", logs / "log"}});
+    FileTree files;
+    for (int n = 0; n < 6; ++n) files["page" + std::to_string(n)] = testing::randomBytes(50, n);
+    const LocalSite site(server, files);
+    const auto story = tell(site.transport(), site);
+    files.erase("page3");
+    EXPECT_EQ(testing::readPublished(server.root() / "site"), files);
+    EXPECT_EQ(story.published.size(), files.size());
+    EXPECT_EQ(story.failed.at("page3"), "curl: (21) QUOT string not accepted: RNTO page3");
+    EXPECT_EQ(story.sends(), 6);
+}
+
+TEST(FileMode, ScriptStaysExecutable) {
+    if (const auto reason = FtpServer::unavailable(Kind::proftpd, Tls::none)) GTEST_SKIP() << *reason;
+    FtpServer server(Kind::proftpd);
+    FileTree files;
+    for (const auto* name : {"one/run.cgi", "many/run.cgi", "many/1", "many/2", "many/3"}) files[name] = "new";
+    const LocalSite site(server, files);
+    const auto modeOf = [&](const std::string& path) {
+        return std::filesystem::status(server.root() / "site" / path).permissions();
+    };
+    for (const auto* script : {"one/run.cgi", "many/run.cgi"}) {
+        server.put(std::string("site/") + script, "old");
+        std::filesystem::permissions(server.root() / "site" / script, std::filesystem::perms{0751});
+    }
+    EXPECT_EQ(tell(site.transport(), site).published.size(), files.size());
+    EXPECT_EQ(testing::readTree(server.root() / "site"), files);
+    for (const auto* script : {"one/run.cgi", "many/run.cgi"}) {
+        EXPECT_EQ(modeOf(script), std::filesystem::perms{0751}) << script;
+    }
+    EXPECT_EQ(modeOf("many/1"), std::filesystem::perms{0644});
+}
+
+constexpr std::uint64_t kB = 1000;
+constexpr UploadLimits small{
+    .run = std::chrono::seconds(2), .largestPart = 256 * kB, .firstPart = 64 * kB, .worthContinuing = 64 * kB};
+
+std::size_t countOf(const std::string& text, const std::string& word) {
+    std::size_t count = 0;
+    for (auto at = text.find(word); at != std::string::npos; at = text.find(word, at + 1)) ++count;
+    return count;
+}
+
+TEST(LargeFile, PartsAreLongWhereTheLineIsFast) {
+    const UploadLimits usual;
+    constexpr std::uint64_t mb = 1 << 20;
+    using std::chrono::seconds;
+    EXPECT_EQ(nextPart(usual, 0, seconds(0)), 16 * mb);
+    EXPECT_EQ(nextPart(usual, 16 * mb, seconds(8)), 64 * mb);   // 2 MB/s
+    EXPECT_EQ(nextPart(usual, 16 * mb, seconds(240)), 10 * mb); // 150 s of the 600 s of a run
+    EXPECT_EQ(nextPart(usual, 1000, seconds(600)), mb / 4);
+}
+
+TEST(LargeFile, OneRunIsNotEnoughAndOthersGoFirst) {
+    const testing::TemporaryFolder logs;
+    FtpServer server(Kind::odd, {.extra = {"--rate", "100000", "--log", logs / "log"}});
+    const FileTree files{{"a", testing::randomBytes(350 * kB)}, {"b", "small"}};
+    const LocalSite site(server, files);
+    auto transport = site.transport();
+    transport.limits = small;
+    std::vector<std::string> order;
+    Story story;
+    auto events = story.events();
+    events.published = [&](const CompleteCopy& copy) { order.push_back(copy.file.path); };
+    EXPECT_TRUE(publish(transport, {site.toPublish("a"), site.toPublish("b")}, events));
+    EXPECT_EQ(order, (std::vector<std::string>{"b", "a"}));
+    EXPECT_EQ(testing::readTree(server.root() / "site"), files);
+    EXPECT_GE(countOf(readFile(logs / "log").value_or(""), "APPE"), 2U);
+}
+
+TEST(LargeFile, GoesWholeWhereNothingCanBeAppended) {
+    FtpServer server(Kind::odd, {.extra = {"--reply", "APPE=451 Append not permitted"}});
+    const FileTree files{{"a", testing::randomBytes(800 * kB)}};
+    const LocalSite site(server, files);
+    auto transport = site.transport();
+    transport.limits = small;
+    for (int round = 0; round < 2; ++round) EXPECT_EQ(tell(transport, site).published.size(), 1U);
+    EXPECT_EQ(testing::readTree(server.root() / "site"), files);
+}
+
+class LongUpload : public ::testing::TestWithParam<std::tuple<Kind, Tls>> {};
+
+// Whatever is lost on the way, and also when the line is dead for a while.
+TEST_P(LongUpload, ContinuesWhereItBrokeOff) {
+    const auto [kind, tls] = GetParam();
+    if (const auto reason = FtpServer::unavailable(kind, tls)) GTEST_SKIP() << *reason;
+    const testing::ScopedTrust trust(testing::certificates().ca);
+    testing::Relay relay;
+    FtpServer server(kind, {.tls = tls, .passive = relay.passivePorts()});
+    relay.connectTo(server);
+    server.put("site/page", "old");
+    const auto content = testing::randomBytes(1200 * kB);
+    LocalSite site(server, {{"page", content}});
+    site.profile = relay.profileFor(server, site.root(), site.profile.remoteFolder);
+    auto transport = site.transport();
+    transport.limits = small;
+    Story torn;
+    auto events = torn.events();
+    events.sending = [&](const FileToPublish&) {
+        if (++torn.sent["page"] == 3) relay.cut({.times = testing::Relay::everyTime});
+    };
+    EXPECT_FALSE(publish(transport, {site.toPublish("page")}, events));
+    const auto before = testing::leftoverPartFiles(server.root());
+    ASSERT_EQ(before.size(), 1U);
+    EXPECT_EQ(testing::readFile(server.root() / "site/page"), "old");
+    relay.cut({.bytes = 100'000, .times = 2});
+    const auto story = tell(transport, site);
+    EXPECT_EQ(story.published.size(), 1U) << ::testing::PrintToString(story.failed);
+    EXPECT_EQ(testing::readTree(server.root()), (FileTree{{"site/page", content}}));
+    EXPECT_GE(relay.cuts(), 3U);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    On, LongUpload,
+    ::testing::Values(
+        std::tuple(Kind::vsftpd, Tls::none), std::tuple(Kind::pureftpd, Tls::none),
+        std::tuple(Kind::pureftpd, Tls::explicitTls)),
+    [](const auto& tested) {
+        return FtpServer::name(std::get<0>(tested.param)) + (std::get<1>(tested.param) == Tls::none ? "Plain" : "Tls");
+    });
+
+// Bytes of a broken connection that arrive late.
+TEST(BrokenUpload, ForeignBytesAreNeverContinued) {
+    FtpServer server(Kind::odd);
+    const LocalSite site(server, {{"page", testing::randomBytes(300 * kB)}});
+    auto transport = site.transport();
+    transport.limits = small;
+    const std::string name = ".zembrastel-0B1D9E8C-3C2C-4F4D-9B6E-0A5C3F0C9D11.part";
+    server.put("site/" + name, testing::randomBytes(100 * kB, 7));
+    transport.traits->keep(
+        site.profile, "page",
+        {.version = site.fingerprint("page"), .file = {.folder = "", .name = name}, .confirmed = 0, .most = 100 * kB});
+    EXPECT_EQ(tell(transport, site).published.size(), 1U);
+    EXPECT_EQ(testing::readPublished(server.root() / "site"), site.files());
+}
+
+TEST(KilledProgram, ItsTemporaryFilesAreRemoved) {
+    const testing::TemporaryFolder state;
+    FtpServer server(Kind::odd, {.extra = {"--hang", "data", "--times=1"}});
+    const LocalSite site(server, {{"folder/a", testing::randomBytes(200 * kB)}, {"b", "1"}});
+    const TemporaryJournal journal(state.path(), site.profile.id);
+    auto transport = site.transport();
+    transport.traits = std::make_shared<ServerTraits>(journal);
+    std::jthread canceller([&] {
+        EXPECT_TRUE(testing::eventually([&] { return !testing::leftoverPartFiles(server.root()).empty(); }));
+        EXPECT_EQ(journal.read().size(), 1U) << "in time";
+        transport.control->cancel();
+    });
+    EXPECT_THROW(transport.upload("folder/a", site.fingerprint("folder/a")), Cancelled);
+    canceller.join();
+    auto next = site.transport();
+    next.traits = std::make_shared<ServerTraits>(journal);
+    next.upload("b", site.fingerprint("b"));
+    EXPECT_TRUE(testing::leftoverPartFiles(server.root()).empty());
+    EXPECT_TRUE(std::filesystem::is_empty(state.path()));
+}
+
+TEST(Staging, FileWithoutRoomHurtsNoOthers) {
+    FtpServer server(Kind::odd);
+    const LocalSite site(server, {{"a", ""}, {"b", "1"}});
+    std::filesystem::resize_file(site / "a", std::uintmax_t{1} << 42);
+    Story story;
+    EXPECT_TRUE(publish(site.transport(), {site.toPublish("a"), site.toPublish("b")}, story.events()));
+    EXPECT_EQ(story.published.size(), 1U);
+    EXPECT_TRUE(story.failed.at("a").starts_with("There is no room for a copy of a to upload from: it has 4194304 MB"))
+        << story.failed.at("a");
 }
 
 // As after a suspension of the machine, or with a slow disk.
