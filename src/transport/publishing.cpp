@@ -388,6 +388,7 @@ private:
                 sending = nullptr;
                 if (outcome.succeeded()) {
                     item.stage = Stage::sent;
+                    if (transport.observer != nullptr) transport.observer->fileMoved(item.size());
                 } else {
                     fail(item, outcome.message);
                 }
