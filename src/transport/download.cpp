@@ -1,4 +1,5 @@
 #include "model/error.h"
+#include "model/private_items.h"
 #include "platform/child_process.h"
 #include "platform/directory_walk.h"
 #include "platform/folder.h"
@@ -100,7 +101,8 @@ public:
         const FTPTransport::Installed& fileInstalled)
         : transport(downloader), profile(downloader.profile), report(reportLine), installed(fileInstalled),
           selection(
-              profile.initialDownloadSelection ? profile.initialDownloadSelection : profile.effectiveSyncSelection()) {}
+              profile.initialDownloadSelection ? profile.initialDownloadSelection : profile.effectiveSyncSelection()),
+          privateItems(downloader.privateItems) {}
 
     void folder(const std::string& path, int depth) {
         transport.control->check();
@@ -152,8 +154,7 @@ private:
             if (const auto fault = faultOf(*entry, depth)) {
                 report(leftOutLine(*fault, path));
             } else {
-                const auto local = LocalPlace::resolve(profile.localFolder, path);
-                entry->directory ? subfolder(local, depth) : file(local, *entry);
+                take(path, *entry, depth);
             }
             if (!entry->directory && transport.observer != nullptr) transport.observer->fileDone();
         }
@@ -168,6 +169,20 @@ private:
     [[nodiscard]] bool isWanted(const std::string& path, const RemoteEntry& entry) const {
         if (profile.exclusions.matchEntry(path)) return false;
         return !selection || (entry.directory ? selection->shouldVisit(path) : selection->includes(path));
+    }
+
+    void take(const std::string& path, const RemoteEntry& entry, int depth) {
+        const auto local = LocalPlace::resolve(profile.localFolder, path);
+        if (const auto* item = privateAt(local)) {
+            report(leftOutText(path, *item));
+        } else {
+            entry.directory ? subfolder(local, depth) : file(local, entry);
+        }
+    }
+
+    [[nodiscard]] const PrivateItem* privateAt(const LocalPlace& local) const {
+        const auto item = local.attributes();
+        return item ? privateItems.find(*item) : privateItems.findMissing(local.url);
     }
 
     void subfolder(const LocalPlace& local, int depth) {
@@ -224,6 +239,7 @@ private:
     const FTPTransport::Report& report;
     const FTPTransport::Installed& installed;
     const std::optional<DownloadSelection> selection;
+    const PrivateItems privateItems;
     std::deque<ListedFolder> above; // those that hold the folder at hand
 };
 
