@@ -180,6 +180,19 @@ void AppModel::storePassword(
         });
 }
 
+void AppModel::removeStrayPassword(const Uuid& id) {
+    if (options.demo || profile(id) != nullptr) return;
+    passwordCalls.ask(
+        [removePassword = options.passwordAccess.remove, id] {
+            removePassword(id);
+            return std::string();
+        },
+        [weak = std::weak_ptr(self)](const PasswordCalls::Result& result) {
+            const auto alive = weak.lock();
+            if (alive && result.failure) (*alive)->setAlert(*result.failure);
+        });
+}
+
 bool AppModel::watching(const Uuid& id) const {
     const auto job = jobs.find(id);
     return job != jobs.end() && (job->second.is<Job::Watching>() || job->second.is<Job::InitialDownload>());

@@ -110,6 +110,10 @@ public:
     void storePassword(
         const Uuid& id, const std::string& password, std::function<void(std::optional<std::string> failure)> done);
 
+    // Removes what was stored for a profile that does not exist, such as one that was removed while the secret store
+    // waited. Where that fails, `alert` says so.
+    void removeStrayPassword(const Uuid& id);
+
     // Throws what save() would refuse this profile for, with nothing changed.
     void checkSavable(const Profile& changed) const { (void)savable(changed); }
 
@@ -144,7 +148,7 @@ public:
     void shutdown();
 
     // The user's pause and resume, of which the next start of the program knows. What is so already, running or at
-    // rest, stays. Throw when the change could not be saved; it is in force all the same.
+    // rest, stays. Throw when the change could not be saved; it is in force all the same, and saving is tried again.
     void pause(const Uuid& id);
     void resume(const Uuid& id);
 

@@ -37,6 +37,25 @@ void eachField(Maybe<ControlRequest> auto& request, const auto& visit) {
     visit("download", request.download);
 }
 
+void eachField(Maybe<TransferProgress::File> auto& file, const auto& visit) {
+    visit("path", file.path);
+    visit("bytes", file.bytes);
+    visit("size", file.size);
+    visit("rate", file.rate);
+    visit("left", file.left);
+}
+
+void eachField(Maybe<TransferProgress> auto& progress, const auto& visit) {
+    visit("work", progress.work);
+    visit("file", progress.file);
+    visit("filesDone", progress.filesDone);
+    visit("filesQueued", progress.filesQueued);
+    visit("folders", progress.folders);
+    visit("bytes", progress.bytes);
+    visit("bytesQueued", progress.bytesQueued);
+    visit("rate", progress.rate);
+}
+
 void eachField(Maybe<ProfileStatus> auto& status, const auto& visit) {
     visit("title", status.title);
     visit("detail", status.detail);
@@ -46,6 +65,7 @@ void eachField(Maybe<ProfileStatus> auto& status, const auto& visit) {
     visit("uploaded", status.uploaded);
     visit("pending", status.pending);
     visit("lastUpload", status.lastUpload);
+    visit("progress", status.progress);
 }
 
 void eachField(Maybe<answer::Status> auto& told, const auto& visit) {
@@ -109,6 +129,8 @@ constexpr std::array words<ControlRequest::Kind>{"show",   "status", "follow", "
 template <>
 constexpr std::array words<answer::Failed::Reason>{"notUnderstood", "noWindow", "noProfile",   "refused", "paused",
                                                    "needsDownload", "server",   "otherReview", "notSaved"};
+template <>
+constexpr std::array words<TransferProgress::Work>{"uploading", "downloading", "comparing"};
 constexpr std::array answerWords{"status", "activity", "changed", "review", "outcome", "failed", "done"};
 static_assert(answerWords.size() == std::variant_size_v<ControlAnswer>);
 
@@ -122,6 +144,8 @@ void write(Writer& writer, const std::string& value) {
 }
 void write(Writer& writer, bool value) { writer.Bool(value); }
 void write(Writer& writer, std::int64_t value) { writer.Int64(value); }
+void write(Writer& writer, std::uint64_t value) { writer.Uint64(value); }
+void write(Writer& writer, std::chrono::seconds value) { writer.Int64(value.count()); }
 void write(Writer& writer, double value) { writer.Double(value); }
 void write(Writer& writer, const Uuid& value) { write(writer, value.text()); }
 void write(Writer& writer, const Time& value) { writer.Int64(value.time_since_epoch().count()); }
@@ -191,6 +215,12 @@ void readNumber(const Json& json, Number& value) {
     require(parsed.ec == std::errc() && parsed.ptr == end);
 }
 void read(const Json& json, std::int64_t& value) { readNumber(json, value); }
+void read(const Json& json, std::uint64_t& value) { readNumber(json, value); }
+void read(const Json& json, std::chrono::seconds& value) {
+    std::int64_t count = 0;
+    read(json, count);
+    value = std::chrono::seconds(count);
+}
 void read(const Json& json, double& value) {
     readNumber(json, value);
     require(std::isfinite(value));

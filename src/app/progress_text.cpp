@@ -45,14 +45,14 @@ std::string withUnit(double bytes) {
 }
 
 // "12.4 of 80 MB"
-std::string amount(const TransferProgress::File& file) {
-    const auto bytes = static_cast<double>(file.bytes);
-    if (!file.size) return withUnit(bytes);
-    const auto size = static_cast<double>(*file.size);
-    const Unit unit = unitOf(size);
-    std::string whole = inUnit(size, unit);
+std::string amount(std::uint64_t bytes, std::optional<std::uint64_t> size) {
+    const auto through = static_cast<double>(bytes);
+    if (!size) return withUnit(through);
+    const auto all = static_cast<double>(*size);
+    const Unit unit = unitOf(all);
+    std::string whole = inUnit(all, unit);
     if (whole.ends_with(".0")) whole.resize(whole.size() - 2);
-    return inUnit(bytes, unit) + " of " + whole + ' ' + unit.name;
+    return inUnit(through, unit) + " of " + whole + ' ' + unit.name;
 }
 
 std::string counted(std::uint64_t number, std::string_view singular) {
@@ -84,7 +84,7 @@ std::string fileText(const TransferProgress& progress) {
     const auto& file = *progress.file;
     // What is left is the server's to do, and takes as long as it takes.
     if (isSent(progress)) return withUnit(static_cast<double>(file.bytes)) + " sent, waiting for the server";
-    std::string text = amount(file);
+    std::string text = amount(file.bytes, file.size);
     // Nothing that moves has no rate worth the name, and the numbers beside it say so.
     if (file.rate && *file.rate >= 1) text += ", " + rateText(*file.rate);
     if (file.left) text += ", " + leftText(*file.left);
@@ -107,6 +107,13 @@ std::string countText(const TransferProgress& progress) {
     return progress.filesQueued > 1 ? filesOf(progress) + " done" : "";
 }
 
+// "3.1 of 45 MB sent, 310 kB/s": of all files.
+std::string bytesText(const TransferProgress& progress) {
+    if (!progress.bytesQueued || progress.bytes == 0) return "";
+    std::string text = amount(progress.bytes, progress.bytesQueued) + " sent";
+    return progress.rate && *progress.rate >= 1 ? text + ", " + rateText(*progress.rate) : text;
+}
+
 std::string joined(std::string text, std::string_view separator, std::string_view rest) {
     if (!text.empty() && !rest.empty()) text += separator;
     return text.append(rest);
@@ -115,7 +122,9 @@ std::string joined(std::string text, std::string_view separator, std::string_vie
 } // namespace
 
 std::string progressText(const TransferProgress& progress) {
-    return joined(progress.file ? fileText(progress) : "", " — ", countText(progress));
+    if (progress.file) return joined(fileText(progress), " — ", countText(progress));
+    const std::string count = countText(progress);
+    return count.empty() ? "" : joined(count, ", ", bytesText(progress));
 }
 
 std::string shortProgressText(const TransferProgress& progress) {
@@ -123,7 +132,8 @@ std::string shortProgressText(const TransferProgress& progress) {
         return counted(progress.filesDone, "file") + ", " + counted(progress.folders, "folder");
     }
     const bool several = progress.folders > 0 || progress.filesQueued > 1;
-    return joined(progress.file ? amount(*progress.file) : "", ", ", several ? filesOf(progress) : "");
+    return joined(
+        progress.file ? amount(progress.file->bytes, progress.file->size) : "", ", ", several ? filesOf(progress) : "");
 }
 
 std::optional<double> fileFraction(const TransferProgress& progress) {

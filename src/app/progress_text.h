@@ -10,7 +10,8 @@
 
 namespace zembrastel {
 
-// "12.4 of 80 MB, 3.1 MB/s, about 20 seconds left — 3 of 17 files done".
+// "12.4 of 80 MB, 3.1 MB/s, about 20 seconds left — 3 of 17 files done"; without a file that takes long, of all files:
+// "12 of 640 files done, 3.1 of 45 MB sent, 310 kB/s".
 [[nodiscard]] std::string progressText(const TransferProgress& progress);
 
 // What fits into a corner: "12.4 of 80 MB, 3 of 17 files".

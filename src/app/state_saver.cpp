@@ -30,10 +30,12 @@ void StateSaver::save() {
     try {
         store.save(state);
     } catch (...) {
-        if (!waiting.empty()) retryLater();
+        refused = true;
+        retryLater();
         throw;
     }
     waiting.clear();
+    refused = false;
     retryDelay = firstRetryDelay;
     rest(clock.steadyNow() - began);
 }
@@ -49,11 +51,11 @@ void StateSaver::saveSoon(const Uuid& profile) {
 }
 
 void StateSaver::flush() {
-    if (waiting.empty() && !writing.valid()) return;
+    if (waiting.empty() && !writing.valid() && !refused) return;
     try {
         save();
     } catch (const std::exception& error) {
-        failed(waiting, describe(error));
+        tellFailed(error);
     }
 }
 
@@ -63,7 +65,7 @@ void StateSaver::forget(const Uuid& profile) {
 }
 
 void StateSaver::startWrite() {
-    if (waiting.empty() || writing.valid()) return;
+    if ((waiting.empty() && !refused) || writing.valid()) return;
     written.swap(waiting);
     auto write = [this, began = clock.steadyNow(), snapshot = state, turn = ++turns, weak = std::weak_ptr(self)] {
         // Posted however the write ends, and before it is over: a saver that goes waits for all of this.
@@ -96,6 +98,7 @@ void StateSaver::finishWrite() {
         return;
     }
     written.clear();
+    refused = false;
     retryDelay = firstRetryDelay;
     if (!waiting.empty()) scheduleWrite();
 }
@@ -104,7 +107,12 @@ void StateSaver::failedWrite(const std::exception& error) {
     waiting.merge(written);
     written.clear();
     retryLater();
-    failed(waiting, describe(error));
+    tellFailed(error);
+}
+
+// What the user wanted saved needs no telling: the exception has told it.
+void StateSaver::tellFailed(const std::exception& error) const {
+    if (!waiting.empty()) failed(waiting, describe(error));
 }
 
 // Tries again by itself: it may be long until something else is reported, and nobody tells when the disk is well again.

@@ -36,8 +36,8 @@ public:
     // Waits for the write under way.
     ~StateSaver() = default;
 
-    // Saves before it returns. Throws what StateStore::save() throws; what was reported before is then tried again
-    // later.
+    // Saves before it returns. Throws what StateStore::save() throws; that is then tried again later, with what was
+    // reported before.
     void save();
 
     // Saves what was reported for a profile, now or a little later.
@@ -57,6 +57,7 @@ private:
     void scheduleWrite();
     void rest(Duration afterWrite);
     void failedWrite(const std::exception& error);
+    void tellFailed(const std::exception& error) const;
     void retryLater();
 
     MainContext& context;
@@ -71,6 +72,7 @@ private:
     std::chrono::steady_clock::time_point nextWrite{};
     std::chrono::seconds retryDelay; // after the next failure
     bool retrying = false;
+    bool refused = false; // save() failed since the last write that succeeded
     // Watched by what is posted to the main context, which may come when the saver has gone.
     std::shared_ptr<bool> self = std::make_shared<bool>();
     std::future<Duration> writing; // last, so that the thread has ended before what it uses goes

@@ -33,14 +33,14 @@ JsonLine& JsonLine::flag(std::string_view key, bool value) {
 std::string JsonLine::finished() {
     number("version", jsonVersion);
     writer.EndObject();
-    return {buffer.GetString(), buffer.GetSize()};
+    return printableJson({buffer.GetString(), buffer.GetSize()});
 }
 
 std::string asJsonLine(std::string_view event, std::string_view object) {
     JsonLine line(event);
     std::string text = line.finished();
     const auto version = text.rfind(',');
-    text.insert(version + 1, std::string(object.substr(1, object.size() - 2)) + ",");
+    text.insert(version + 1, printableJson(object.substr(1, object.size() - 2)) + ",");
     return text;
 }
 

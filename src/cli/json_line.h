@@ -39,7 +39,7 @@ public:
         return *this;
     }
 
-    // Ends the object. Without a line feed.
+    // Ends the object. Without a line feed, and without control characters or invisible ones: they are \uXXXX.
     [[nodiscard]] std::string finished();
 
 private:

@@ -6,6 +6,7 @@
 #include "cli/state_folder.h"
 #include "model/error.h"
 #include "platform/files.h"
+#include "platform/text.h"
 
 #include <CLI/CLI.hpp>
 
@@ -22,7 +23,7 @@ ExitCode exportProfiles(const Surroundings& around, const Request& request) {
     ProfileExport exported;
     for (const auto& name : request.names) exported.profiles.push_back(chooseProfile(profiles, name));
     if (request.names.empty()) exported.profiles = profiles;
-    const std::string json = encode(exported);
+    const std::string json = printableJson(encode(exported));
     if (request.file.empty()) {
         around.output.line(json);
         return ExitCode::done;

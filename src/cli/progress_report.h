@@ -1,4 +1,5 @@
-// Shows on the live line how far the model's work has come.
+// Tells how far the model's work has come: on the live line where there is one, and where it is asked for in lines of
+// their own.
 //
 // Observes the model on the main context, for one command.
 #pragma once
@@ -7,24 +8,41 @@
 #include "cli/observing.h"
 #include "cli/output.h"
 
+#include <chrono>
+
 namespace zembrastel {
 
 class ProgressReport final : public ModelObserver {
 public:
+    enum class Lines {
+        none,
+        // Where there is no live line, for a command about one profile: at most one line in ten seconds, or one JSON
+        // line in a second.
+        whereNotLive
+    };
+
     // Both outlive the report.
-    ProgressReport(AppModel& observed, Output& where) : model(observed), output(where), observing(observed, *this) {}
+    ProgressReport(AppModel& observed, Output& where, Lines wanted = Lines::none)
+        : model(observed), output(where), lines(wanted), observing(observed, *this) {}
     ProgressReport(const ProgressReport&) = delete;
     ProgressReport& operator=(const ProgressReport&) = delete;
     ~ProgressReport() override { output.live("", ""); }
 
-    void progressChanged(const Uuid&) override { show(); }
-    void statusChanged(const Uuid&) override { show(); }
+    void progressChanged(const Uuid& id) override { show(id); }
+    void statusChanged(const Uuid& id) override { show(id); }
 
 private:
-    void show();
+    using Time = std::chrono::steady_clock::time_point;
+
+    void show(const Uuid& id);
+    void showLive();
+    void tell(const Profile& profile, const TransferProgress& progress);
 
     const AppModel& model;
     Output& output;
+    const Lines lines;
+    Clock& clock = systemClock();
+    Time lastLine = clock.steadyNow();
     const Observing observing;
 };
 

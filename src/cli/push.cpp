@@ -5,6 +5,7 @@
 #include "cli/password_source.h"
 #include "cli/presentation.h"
 #include "cli/profile_choice.h"
+#include "cli/progress_report.h"
 #include "cli/review_text.h"
 #include "cli/scan_command.h"
 #include "cli/server_call.h"
@@ -101,6 +102,7 @@ public:
 
     void run() {
         const Observing observing(model, report);
+        const ProgressReport progress(model, around.output, ProgressReport::Lines::whereNotLive);
         const bool ended = runToEnd();
         const auto failedCheck = model.checkFailures().find(profile.id);
         if (failedCheck != model.checkFailures().end()) {

@@ -1,5 +1,6 @@
 #include "cli/status_text.h"
 
+#include "app/progress_text.h"
 #include "cli/colour.h"
 #include "cli/presentation.h"
 
@@ -35,6 +36,7 @@ std::vector<std::string> statusLines(const answer::Status& told) {
     std::vector<std::string> lines{
         oneLine(told.name) + "  " + inColour(oneLine(status.title), toneOf(told), STDOUT_FILENO)};
     if (!status.detail.empty()) lines.push_back(line("detail", oneLine(status.detail)));
+    if (status.progress) lines.push_back(line("progress", progressText(*status.progress)));
     if (status.pending > 0) lines.push_back(line("pending", counted(countOf(status.pending), "file")));
     if (status.filesMissing) lines.push_back(line("missing", "if you deleted the files: forget-files"));
     if (told.newerOnServer > 0) {

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
+#include <cstring>
 #include <rapidjson/memorystream.h>
 #include <rapidjson/reader.h>
 #include <simdjson.h>
@@ -106,9 +107,10 @@ std::string_view unicode(simdjson::simdjson_result<std::string_view>&& result) {
 // The key as it stands in the text, which saves copying the many keys that have nothing escaped in them.
 std::optional<std::string_view> plainKey(simdjson::ondemand::field& field) {
     const char* const begin = field.key().raw();
-    const char* end = begin;
-    while (*end != '"' && *end != '\\') ++end; // the parser has found the quotation mark that ends it
-    return *end == '"' ? std::optional(std::string_view(begin, static_cast<std::size_t>(end - begin))) : std::nullopt;
+    const auto* const end =
+        static_cast<const char*>(::rawmemchr(begin, '"')); // the parser has found the one that ends it
+    const auto length = static_cast<std::size_t>(end - begin);
+    return std::memchr(begin, '\\', length) == nullptr ? std::optional(std::string_view(begin, length)) : std::nullopt;
 }
 
 // Passes over a value of which nothing is wanted. The parser itself would only count its brackets.

@@ -1,6 +1,7 @@
 #include "model/scan.h"
 
 #include "model/error.h"
+#include "model/private_items.h"
 #include "platform/directory_walk.h"
 #include "platform/files.h"
 #include "platform/folder.h"
@@ -36,51 +37,6 @@ std::optional<NameFault> faultOf(const WalkEntry& entry) {
     const bool tooDeep = entry.kind == EntryKind::folder && isTooDeep(entry.path);
     return tooDeep ? std::optional(NameFault::tooDeep) : std::nullopt;
 }
-// The private items that there are at this moment.
-class PrivateItems {
-public:
-    explicit PrivateItems(const std::vector<PrivateItem>& items) {
-        for (const auto& item : items) {
-            struct stat attributes {};
-            std::error_code gone;
-            const auto real = std::filesystem::canonical(item.path, gone);
-            if (gone || ::stat(real.c_str(), &attributes) != 0) continue;
-            found.push_back(
-                {.item = &item,
-                 .device = attributes.st_dev,
-                 .inode = attributes.st_ino,
-                 .folderName = S_ISDIR(attributes.st_mode) ? asciiLowercase(real.filename().string()) : ""});
-        }
-    }
-
-    // nullptr for another file.
-    [[nodiscard]] const PrivateItem* find(const struct stat& attributes) const {
-        const auto is = [&attributes](const Found& one) {
-            return one.inode == attributes.st_ino && one.device == attributes.st_dev;
-        };
-        const auto match = std::ranges::find_if(found, is);
-        return match == found.end() ? nullptr : match->item;
-    }
-
-    // nullptr for another folder. Folders have no other names to look out for, so that few need a look; their letters
-    // may be written in another case where the file system does not care.
-    [[nodiscard]] const PrivateItem* findFolder(const WalkEntry& entry) const {
-        const auto isNamed = [&entry](const Found& one) {
-            return one.folderName.size() == entry.name.size() && one.folderName == asciiLowercase(entry.name);
-        };
-        return std::ranges::any_of(found, isNamed) ? find(entry.attributes()) : nullptr;
-    }
-
-private:
-    struct Found {
-        const PrivateItem* item;
-        dev_t device;
-        ino_t inode;
-        std::string folderName; // in lower case; empty for a file
-    };
-
-    std::vector<Found> found;
-};
 
 class Scan {
 public:
@@ -104,7 +60,8 @@ public:
             hooks.unusableName(entry.path, *fault);
             return false;
         }
-        if (folder) return !keptPrivate(entry, privateItems.findFolder(entry));
+        if (folder)
+            return !privateItems.mayBeFolder(entry.name) || !keptPrivate(entry, privateItems.find(entry.attributes()));
         const struct stat attributes = entry.attributes();
         // It may have been replaced by something else since the folder was read.
         if (!S_ISREG(attributes.st_mode) || keptPrivate(entry, privateItems.find(attributes))) return false;

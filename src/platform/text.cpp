@@ -218,6 +218,23 @@ void appendHex(std::string& text, std::string_view prefix, char byte) {
     text += hexDigits[value & 0x0F];
 }
 
+// `spell(shown, bytes, codePoint)` adds what stands for a character that is not to be shown as it is.
+std::string withHiddenSpelledOut(std::string_view text, const auto& spell) {
+    std::string shown;
+    shown.reserve(text.size());
+    while (!text.empty()) {
+        const CodePoint next = firstCodePoint(text);
+        const std::string_view bytes = text.substr(0, next.size);
+        if (isControl(next.value) || isInvisible(next.value)) { // negative values of invalid bytes among them
+            spell(shown, bytes, next.value);
+        } else {
+            shown += bytes;
+        }
+        text.remove_prefix(next.size);
+    }
+    return shown;
+}
+
 void require(UErrorCode status, const char* what) {
     if (U_FAILURE(status) != 0) throw std::runtime_error(std::string(what) + ": " + u_errorName(status));
 }
@@ -327,19 +344,19 @@ std::string percentEncoded(std::string_view text) {
 }
 
 std::string printable(std::string_view text) {
-    std::string shown;
-    shown.reserve(text.size());
-    while (!text.empty()) {
-        const CodePoint next = firstCodePoint(text);
-        const std::string_view bytes = text.substr(0, next.size);
-        if (isControl(next.value) || isInvisible(next.value)) { // negative values of invalid bytes among them
-            for (const char byte : bytes) appendHex(shown, "\\x", byte);
-        } else {
-            shown += bytes;
+    return withHiddenSpelledOut(text, [](std::string& shown, std::string_view bytes, UChar32) {
+        for (const char byte : bytes) appendHex(shown, "\\x", byte);
+    });
+}
+
+std::string printableJson(std::string_view json) {
+    return withHiddenSpelledOut(json, [](std::string& shown, std::string_view, UChar32 c) {
+        const icu::UnicodeString units(c); // two beyond U+FFFF
+        for (std::int32_t i = 0; i < units.length(); ++i) {
+            appendHex(shown, "\\u", static_cast<char>(units[i] >> 8));
+            appendHex(shown, "", static_cast<char>(units[i] & 0xFF));
         }
-        text.remove_prefix(next.size);
-    }
-    return shown;
+    });
 }
 
 std::string foldedName(std::string_view name) {

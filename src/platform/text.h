@@ -60,6 +60,9 @@ namespace zembrastel {
 // invalid bytes as \xHH, all else as it is.
 [[nodiscard]] std::string printable(std::string_view text);
 
+// JSON text of the same meaning, in which what printable() spells out is \uXXXX. It must be valid.
+[[nodiscard]] std::string printableJson(std::string_view json);
+
 // Equal for names that differ only in case or in Unicode normalization form: where file systems ignore these, such
 // names are one file. The text must be valid UTF-8.
 [[nodiscard]] std::string foldedName(std::string_view name);

@@ -1,16 +1,26 @@
 #include "sync/progress_meter.h"
 
 namespace zembrastel {
+namespace {
+
+// Of several files: between two batches of them nothing is sent for a moment.
+constexpr std::chrono::seconds memoryForAll{15};
+
+} // namespace
 
 void ProgressMeter::begin(TransferProgress::Work work, std::uint64_t filesQueued) {
     now = {.work = work, .filesQueued = filesQueued};
     begun = clock.steadyNow();
     lastTold.reset();
+    bytesBefore = 0;
+    rateOfAll = TransferRate(memoryForAll);
+    rateOfAll.add(begun, 0);
 }
 
 void ProgressMeter::setFiles(std::uint64_t done, std::uint64_t queued) {
     now.filesDone = done;
     now.filesQueued = queued;
+    if (queued > 1) tellCounts();
 }
 
 void ProgressMeter::folderListed(std::uint64_t files) {
@@ -29,13 +39,17 @@ void ProgressMeter::fileBegins(const std::string& filePath, std::optional<std::u
     now.file.reset();
     path = filePath;
     size = fileSize;
-    rate = {};
+    rate = TransferRate();
+    bytesBefore = now.bytes;
     fileBegun = clock.steadyNow();
 }
 
 void ProgressMeter::fileMoved(std::uint64_t bytes) {
     const Time time = clock.steadyNow();
     rate.add(time, bytes);
+    now.bytes = bytesBefore + bytes;
+    rateOfAll.add(time, now.bytes);
+    now.rate = rateOfAll.perSecond();
     if (time - fileBegun < firstShown) return;
     // A size that was passed was no size of this file.
     if (size && bytes > *size) size.reset();

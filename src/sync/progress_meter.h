@@ -1,7 +1,8 @@
 // Makes what a transport tells of its work into reports of progress, few enough to be shown.
 //
-// Identity; used on the thread of the work. Nothing is reported of work that is over within a second, and after that at
-// most one report comes in an observationInterval; what a report leaves out is in the next one.
+// Identity; used on the thread of the work. Nothing is reported of work that is over within a second. After that at
+// most one report comes in an observationInterval, and one at the end of a file that was reported; what a report leaves
+// out is in the next one.
 #pragma once
 
 #include "platform/clock.h"
@@ -31,6 +32,9 @@ public:
     // Where the files are not counted by what the transport tells: so many of so many are done.
     void setFiles(std::uint64_t done, std::uint64_t queued);
 
+    // So many bytes are still to be moved.
+    void expectBytes(std::uint64_t toCome) { now.bytesQueued = now.bytes + toCome; }
+
     void folderListed(std::uint64_t files) override;
     void fileDone() override;
     void fileBegins(const std::string& path, std::optional<std::uint64_t> size) override;
@@ -52,6 +56,8 @@ private:
     std::optional<std::uint64_t> size;
     Time fileBegun{};
     TransferRate rate;
+    std::uint64_t bytesBefore = 0; // of all files before it
+    TransferRate rateOfAll;
 };
 
 } // namespace zembrastel

@@ -32,6 +32,7 @@ public:
               .password = started.password,
               .control = started.control,
               .observer = started.events.progress ? &meter : nullptr,
+              .privateItems = started.privateItems,
               .traits = started.traits},
           baseline(started.initialBaseline), uploads(started, transport, meter, baseline) {}
 

@@ -63,7 +63,7 @@ struct SyncWorker {
     RemoteDates recordedDates = {};
     bool mayReplaceUnseen = false;
     std::optional<PublishJournal> journal = std::nullopt; // of what is about to go live
-    std::vector<PrivateItem> privateItems{};              // never published
+    std::vector<PrivateItem> privateItems{};              // neither published nor replaced
     // The user says that the files are gone. Without that, a worker that finds the local folder empty at its first look
     // waits and keeps the baseline: perhaps the folder's disk is not mounted.
     bool filesMayBeGone = false;

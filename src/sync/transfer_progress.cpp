@@ -7,7 +7,6 @@ namespace {
 
 using Seconds = std::chrono::duration<double>;
 
-constexpr Seconds memory{3};
 constexpr Seconds watchedLongEnough{3};
 constexpr std::chrono::hours longestTold{24};
 

@@ -31,16 +31,22 @@ struct TransferProgress {
     // may be more to come.
     std::uint64_t filesQueued = 0;
     std::uint64_t folders = 0; // listed so far
+    // Of all files: what went through, how much there is to move where that is known, and the rate.
+    std::uint64_t bytes = 0;
+    std::optional<std::uint64_t> bytesQueued = std::nullopt;
+    std::optional<double> rate = std::nullopt; // bytes a second
 
     friend bool operator==(const TransferProgress&, const TransferProgress&) = default;
 };
 
-// The rate of one file's transfer: an exponential moving average over about three seconds of what went through between
-// two looks. What went before the first look does not count: connecting takes its time, and a system takes the first
-// megabytes of an upload at once, long before they are on the wire.
+// The rate of a transfer, of one file or of several: an exponential moving average over about `memory` of what went
+// through between two looks. What went before the first look does not count: connecting takes its time, and a system
+// takes the first megabytes of an upload at once, long before they are on the wire.
 class TransferRate {
 public:
     using Time = std::chrono::steady_clock::time_point;
+
+    explicit TransferRate(std::chrono::seconds over = std::chrono::seconds(3)) : memory(over) {}
 
     void add(Time time, std::uint64_t bytes);
 
@@ -52,6 +58,7 @@ public:
     [[nodiscard]] std::optional<std::chrono::seconds> left(std::uint64_t bytesToCome) const;
 
 private:
+    std::chrono::duration<double> memory;
     std::optional<Time> first;
     Time last{};
     std::uint64_t seen = 0;

@@ -14,6 +14,12 @@ namespace {
 constexpr std::chrono::minutes longestWrite{2};
 constexpr int maxDateQueries = 3; // for one file: some servers report no dates
 
+std::uint64_t bytesOf(const std::vector<FileToPublish>& files) {
+    std::uint64_t bytes = 0;
+    for (const auto& file : files) bytes += static_cast<std::uint64_t>(file.fingerprint.size);
+    return bytes;
+}
+
 } // namespace
 
 UploadQueue::UploadQueue(
@@ -86,7 +92,9 @@ void UploadQueue::send(const std::vector<std::string>& paths, const FileMap& cur
     for (const auto& path : paths) {
         files.push_back({.path = path, .fingerprint = current.at(path), .lastSeen = lastSeen(path)});
     }
-    const auto inBurst = doneInBurst + static_cast<std::size_t>(pending);
+    if (doneInBurst == 0) meter.begin(TransferProgress::Work::uploading);
+    meter.expectBytes(bytesOf(files));
+    const auto inBurst = doneInBurst + files.size();
     const PublishEvents events{
         .sending =
             [&](const FileToPublish& file) {
@@ -108,6 +116,7 @@ void UploadQueue::send(const std::vector<std::string>& paths, const FileMap& cur
     const bool reachedAll = publish(transport, files, events);
     reportDisputed();
     if (!reachedAll) throw SyncError(std::exchange(serverFailure, std::nullopt).value_or("Transfer failed."));
+    doneInBurst = 0;
 }
 
 void UploadQueue::announce(const std::vector<CompleteCopy>& copies) {

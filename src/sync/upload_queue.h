@@ -61,7 +61,8 @@ public:
     // Files that are not among the changed ones any more wait for nothing.
     void keepFailuresOf(const std::vector<std::string>& changed);
 
-    // How many files were published since none waited.
+    // How many files are live of those that send() was given, after a failure of the server in the calls before as
+    // well.
     std::size_t doneInBurst = 0;
 
 private:

@@ -1,4 +1,5 @@
 #include "model/error.h"
+#include "model/private_items.h"
 #include "platform/directory_walk.h"
 #include "platform/folder.h"
 #include "platform/text.h"
@@ -199,7 +200,8 @@ public:
         const FTPTransport::Installed& fileInstalled)
         : transport(downloader), profile(downloader.profile), report(reportLine), installed(fileInstalled),
           selection(
-              profile.initialDownloadSelection ? profile.initialDownloadSelection : profile.effectiveSyncSelection()) {}
+              profile.initialDownloadSelection ? profile.initialDownloadSelection : profile.effectiveSyncSelection()),
+          privateItems(downloader.privateItems) {}
 
     void run(const std::string& path, int depth) {
         transport.control->check();
@@ -237,10 +239,23 @@ private:
             if (const auto fault = faultOf(entry, node.depth)) {
                 say(leftOutLine(*fault, below), !entry.directory);
             } else {
-                const auto local = LocalPlace::resolve(profile.localFolder, below);
-                entry.directory ? subfolder(local) : file(local, entry);
+                take(below, entry);
             }
         }
+    }
+
+    void take(const std::string& path, const RemoteEntry& entry) {
+        const auto local = LocalPlace::resolve(profile.localFolder, path);
+        if (const auto* item = privateAt(local)) {
+            say(leftOutText(path, *item), !entry.directory);
+        } else {
+            entry.directory ? subfolder(local) : file(local, entry);
+        }
+    }
+
+    [[nodiscard]] const PrivateItem* privateAt(const LocalPlace& local) const {
+        const auto item = local.attributes();
+        return item ? privateItems.find(*item) : privateItems.findMissing(local.url);
     }
 
     void makeFolder(const std::string& path) const {
@@ -409,6 +424,7 @@ private:
     const FTPTransport::Report& report;
     const FTPTransport::Installed& installed;
     const std::optional<DownloadSelection> selection;
+    const PrivateItems privateItems;
     RemoteTree tree{
         transport, [this](const Node& node, const RemoteEntry& entry) { return isWanted(node, entry); },
         [this](const Node& node, const RemoteEntry& entry) { return isEntered(node, entry); }};

@@ -54,7 +54,7 @@ struct FTPTransport {
     std::string password;
     std::shared_ptr<TransferControl> control;
     TransferObserver* observer = nullptr;    // borrowed; nothing is looked at for nobody
-    std::vector<PrivateItem> privateItems{}; // in the local folder, of no concern to the server
+    std::vector<PrivateItem> privateItems{}; // neither compared with the server's nor replaced by them
     std::shared_ptr<ServerTraits> traits = std::make_shared<ServerTraits>(); // of the profile's server
     UploadLimits limits{};
 
@@ -122,8 +122,9 @@ struct FTPTransport {
     // The initial download of the chosen contents below `path`, which is `depth` levels below the remote folder.
     // Installs what is missing locally and replaces, with a backup, what is older than the server's; keeps all else.
     // What no local file can be made of is left out: names that cannot be transferred, folders that are too deep or
-    // lead back to one above them. A local item is the server's if the server finds its own under the local name.
-    // `report` gets a line for each step, `installed` each file written: both are called on this thread.
+    // lead back to one above them; and what would come to stand in the place of a private item, or inside one. A local
+    // item is the server's if the server finds its own under the local name. `report` gets a line for each step,
+    // `installed` each file written: both are called on this thread.
     void downloadTree(const std::string& path, int depth, const Report& report, const Installed& installed) const;
 
     // Replaces local files by the server's newer versions, with the old ones as backups under .zembrastel-backups: many

@@ -207,6 +207,7 @@ void Batch::sendingEnds(Item& item, const BlockOutcome& outcome) {
     if (outcome.succeeded()) {
         item.partTook = Time::now() - item.partBegan;
         item.stage = Stage::sent;
+        if (transport.observer != nullptr) transport.observer->fileMoved(item.confirmed + item.part);
     } else if (outcome.code == noSuchFolder && isFolderThere(item)) {
         item.levelByLevel = true;
         --item.sends;

@@ -27,7 +27,8 @@ public:
     // A file is about to be sent or fetched. Its size in bytes, where that is known.
     virtual void fileBegins(const std::string& path, std::optional<std::uint64_t> size) = 0;
 
-    // So many bytes of it are through. Called once an observationInterval while the file is in transfer.
+    // So many bytes of it are through. Called once an observationInterval while the file is in transfer, and at the end
+    // of an upload.
     virtual void fileMoved(std::uint64_t bytes) = 0;
 };
 

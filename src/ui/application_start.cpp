@@ -1,7 +1,13 @@
 #include "ui/application_start.h"
 
+#include <chrono>
+#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
+#include <mutex>
+#include <optional>
+#include <stop_token>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -22,22 +28,47 @@ QString whyNoWindow() {
                           : said().front().second.section(u'\n', 0, 0).trimmed();
 }
 
+[[noreturn]] void endWithoutWindow(const char* reason) {
+    std::fprintf(
+        stderr, "zembrastel: Cannot open a window: %s. Start it in a desktop session, or use zembrastel-cli.\n",
+        reason);
+    std::_Exit(1); // Qt is half made: nothing of it can be taken down in order
+}
+
 void takeMessage(QtMsgType type, const QMessageLogContext&, const QString& text) {
     if (type != QtFatalMsg) {
         said().emplace_back(type, text);
         return;
     }
-    std::fprintf(
-        stderr, "zembrastel: Cannot open a window: %s. Start it in a desktop session, or use zembrastel-cli.\n",
-        qUtf8Printable(whyNoWindow()));
-    std::_Exit(1); // Qt is half made: nothing of it can be taken down in order
+    endWithoutWindow(qUtf8Printable(whyNoWindow()));
 }
+
+// Ends the program unless it is destroyed in time. A display that accepts the connection and says nothing more would
+// hold it for ever.
+class Patience {
+public:
+    Patience() : thread([this](const std::stop_token& stop) { wait(stop); }) {}
+
+private:
+    void wait(const std::stop_token& stop) {
+        std::unique_lock lock(mutex);
+        if (never.wait_for(lock, stop, longest, [] { return false; }) || stop.stop_requested()) return;
+        endWithoutWindow("the display has not answered for 20 seconds");
+    }
+
+    static constexpr std::chrono::seconds longest{20};
+    std::mutex mutex;
+    std::condition_variable_any never;
+    std::jthread thread;
+};
 
 } // namespace
 
 std::unique_ptr<QApplication> startApplication(int& argc, char** argv) {
     const QtMessageHandler usual = qInstallMessageHandler(takeMessage);
+    auto patience = std::make_optional<Patience>();
     auto application = std::make_unique<QApplication>(argc, argv);
+    patience.reset();
     qInstallMessageHandler(usual);
     for (const auto& [type, text] : std::exchange(said(), {})) usual(type, QMessageLogContext(), text);
     return application;

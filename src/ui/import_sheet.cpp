@@ -175,6 +175,7 @@ void ImportSheet::importTicked() {
     if (busy) return;
     const auto ticked = rows->tickedRows();
     waiting.assign(ticked.begin(), ticked.end());
+    others = model.profiles();
     strip->clear();
     importNext();
 }
@@ -184,14 +185,14 @@ void ImportSheet::importNext() {
     showState();
     if (busy) setFocus();
     if (waiting.empty()) {
-        end();
+        if (saveAll()) end();
         return;
     }
     const int row = waiting.front();
     waiting.pop_front();
     const ProfileCandidate& candidate = rows->line(row).candidate;
     try {
-        const Profile profile = importable(candidate.profile, model.profiles());
+        const Profile profile = importable(candidate.profile, others);
         // Before the password is stored, so that a profile that cannot be saved leaves none behind.
         model.checkSavable(profile);
         if (!candidate.password) {
@@ -200,11 +201,16 @@ void ImportSheet::importNext() {
         }
         model.storePassword(
             profile.id, *candidate.password,
-            [guard = QPointer<ImportSheet>(this), row, profile](const std::optional<std::string>& failure) {
-                if (guard && guard->isVisible()) guard->passwordStored(row, profile, failure);
+            [guard = QPointer<ImportSheet>(this), &model = model, row,
+             profile](const std::optional<std::string>& failure) {
+                if (guard && guard->isVisible()) {
+                    guard->passwordStored(row, profile, failure);
+                } else if (!failure) {
+                    model.removeStrayPassword(profile.id);
+                }
             });
     } catch (const std::exception& error) {
-        fail(describe(error));
+        (void)fail(describe(error));
     }
 }
 
@@ -213,7 +219,7 @@ void ImportSheet::passwordStored(int row, const Profile& profile, const std::opt
         finish(row, profile);
         return;
     }
-    fail(*failure);
+    if (!fail(*failure)) return;
     strip->showFailure(
         strip->message() + u' ' + tr("Unlock the desktop's keyring and import again, or go on without it."),
         tr("Keep the password for this session only"), [this, row, profile] {
@@ -223,22 +229,48 @@ void ImportSheet::passwordStored(int row, const Profile& profile, const std::opt
 }
 
 void ImportSheet::finish(int row, const Profile& profile) {
-    try {
-        const auto& password = rows->line(row).candidate.password;
-        if (password) model.keepForSession(profile.id, *password);
-        model.save(profile, std::nullopt);
-    } catch (const std::exception& error) {
-        fail(describe(error));
-        return;
-    }
-    if (!first) first = profile.id;
-    rows->setDone(row);
+    const auto& password = rows->line(row).candidate.password;
+    if (password) model.keepForSession(profile.id, *password);
+    others.push_back(profile);
+    ready.emplace(row, profile);
     importNext();
 }
 
-// The others stay ticked, to be imported when the button is pressed again.
-void ImportSheet::fail(const std::string& message) {
+// With one write, however many they are. False when that failed, which the sheet then says.
+bool ImportSheet::saveAll() {
+    const auto saved = std::exchange(ready, {});
+    std::optional<std::string> failure;
+    const auto saveEach = [&] {
+        for (const auto& [row, profile] : saved) {
+            try {
+                model.save(profile, std::nullopt);
+            } catch (const std::exception& error) {
+                failure = describe(error);
+                continue;
+            }
+            if (!first) first = profile.id;
+            rows->setDone(row);
+        }
+    };
+    try {
+        model.saveTogether(saveEach);
+    } catch (const std::exception& error) {
+        failure = describe(error);
+    }
+    if (failure) showFailure(*failure);
+    return !failure;
+}
+
+// What needed nothing more is saved; the others stay ticked, to be imported when the button is pressed again. False
+// when saving failed, which the sheet then says instead.
+bool ImportSheet::fail(const std::string& message) {
     waiting.clear();
+    if (!saveAll()) return false;
+    showFailure(message);
+    return true;
+}
+
+void ImportSheet::showFailure(const std::string& message) {
     busy = false;
     showState();
     list->setFocus();
@@ -252,6 +284,7 @@ void ImportSheet::end() {
 
 // What was imported before something failed stays, and is what the user wants to see.
 void ImportSheet::reject() {
+    if (!saveAll()) return;
     if (first) model.select(first);
     QDialog::reject();
 }

@@ -16,8 +16,10 @@
 #include <deque>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace zembrastel {
 
@@ -50,7 +52,9 @@ private:
     void importNext();
     void passwordStored(int row, const Profile& profile, const std::optional<std::string>& failure);
     void finish(int row, const Profile& profile);
-    void fail(const std::string& message);
+    [[nodiscard]] bool saveAll();
+    [[nodiscard]] bool fail(const std::string& message);
+    void showFailure(const std::string& message);
     void end();
 
     AppModel& model;
@@ -58,8 +62,10 @@ private:
     BackgroundTasks tasks;
     std::shared_ptr<ImportSheet*> self; // watched by what a thread posts
     bool busy = true;
-    std::deque<int> waiting;   // rows to be imported
-    std::optional<Uuid> first; // that was imported
+    std::deque<int> waiting;      // rows to be imported
+    std::vector<Profile> others;  // that each of them must differ from
+    std::map<int, Profile> ready; // those with all that they need, to be saved together
+    std::optional<Uuid> first;    // that was imported
     ImportRows* rows = nullptr;
     ImportView* list = nullptr;
     QLabel* count = nullptr;

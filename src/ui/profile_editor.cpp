@@ -361,8 +361,10 @@ void ProfileEditor::save() {
     const std::string password = connection->password();
     model.storePassword(
         wanted.id, password,
-        [self = QPointer<ProfileEditor>(this), password](const std::optional<std::string>& failure) {
+        [self = QPointer<ProfileEditor>(this), &model = model, id = wanted.id,
+         password](const std::optional<std::string>& failure) {
             if (self) self->passwordStored(password, failure);
+            if (!failure) model.removeStrayPassword(id);
         });
 }
 

@@ -103,6 +103,20 @@ TEST_F(Control, PauseAndResumeAreTheProgramsOwnAndSaidOnce) {
     EXPECT_EQ(failure(ask({.kind = Kind::pause, .profiles = {Uuid::random()}})), Reason::noProfile);
 }
 
+TEST(ControlMessages, ProgressArrivesWhole) {
+    const TransferProgress progress{
+        .work = TransferProgress::Work::downloading,
+        .file = TransferProgress::File{.path = "a", .bytes = 1, .size = 2, .rate = 0.1, .left = std::chrono::hours(1)},
+        .filesDone = 3,
+        .filesQueued = 4,
+        .folders = 5,
+        .bytes = 6,
+        .bytesQueued = UINT64_MAX};
+    answer::Status told;
+    told.status.progress = progress;
+    EXPECT_EQ(std::get<answer::Status>(decodeControlAnswer(encode(told))).status.progress, progress);
+}
+
 TEST_F(Control, DecisionFromOutsideIsCarriedOutAndToldToItsEnd) {
     changeOnServerWhileClosed();
     const auto review = only<answer::Review>(ask({.kind = Kind::review, .profiles = {id()}})); // waits for the check

@@ -127,6 +127,12 @@ TEST_F(ProfileOperations, StoringAPasswordBlocksNothingAndIsDoneInOrder) {
     ASSERT_TRUE(runUntil([&] { return told.size() == 3; }));
     EXPECT_EQ(told, (std::vector<std::string>{"stored", "first", "Keychain: locked."}));
 
+    (*storedPasswords)[id()] = "of a profile that is there";
+    model->removeStrayPassword(id());
+    model->removeStrayPassword(other);
+    ASSERT_TRUE(runUntil([&] { return storedPasswords->size() == 1; }));
+    EXPECT_TRUE(storedPasswords->contains(id()));
+
     model->storePassword(other, "late", note);
     model.reset();
     ASSERT_TRUE(testing::workOff(queue));

@@ -58,5 +58,16 @@ TEST_F(StateSaverTest, ReportThatCouldNotBeWrittenIsToldAndSavedWhenThatIsPossib
     EXPECT_EQ(failures.size(), 1U);
 }
 
+TEST_F(StateSaverTest, RefusedSaveOfTheUserIsMadeUpForQuietly) {
+    const auto file = folder / "state/profiles.json";
+    std::filesystem::create_directories(file / "in the way");
+    state.profiles.front().enabled = false;
+    EXPECT_THROW(saver.save(), std::exception);
+    std::filesystem::remove_all(file);
+    ASSERT_TRUE(queue.runUntil([&] { return std::filesystem::exists(file); }, std::chrono::seconds(30)));
+    EXPECT_EQ(store.load(), state);
+    EXPECT_TRUE(failures.empty());
+}
+
 } // namespace
 } // namespace zembrastel::testing

@@ -158,6 +158,13 @@ protected:
         end(watch);
     }
 
+    void exerciseSlowServer() {
+        FtpServer slow(FtpServer::Kind::odd, {.extra = {"--rate", "700000"}});
+        saveProfile(slow, "/");
+        writeFile(site / "video", randomBytes(3'000'000));
+        runAndTake({"push", "My website"});
+    }
+
     Document document = readDocument();
     std::set<std::string> events; // that were seen
 };
@@ -189,6 +196,7 @@ TEST_F(JsonDocument, EveryCommandPrintsWhatIsDocumentedAndNothingElse) {
     writeTree(site, {{"locked/page", "1"}});
     runAndTake({"push", "My website"}, 1);
     runAndTake({"forget-files", "My website"});
+    exerciseSlowServer();
     events.insert("unprinted"); // printed by a thread that waits for a reader: see printer_test.cpp
 
     std::set<std::string> all;

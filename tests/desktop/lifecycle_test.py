@@ -2,6 +2,7 @@
 """How the program starts, is started again, and ends."""
 import os
 import signal
+import socket
 import subprocess
 
 from bus import PATIENCE, call, has_owner, wait_until
@@ -83,12 +84,16 @@ class LifecycleTest(DesktopTest):
             self.assertEqual(program.end(signal.SIGTERM), 0)
 
     def test_without_a_display_one_line_says_so(self):
-        for display in (None, ":4711"):
+        silent = socket.socket(socket.AF_UNIX) # accepts connections and never answers
+        self.addCleanup(silent.close)
+        silent.bind("\0/tmp/.X11-unix/X4712")
+        silent.listen()
+        for display in (None, ":4711", ":4712"):
             environment = dict(self.desktop.environment, DISPLAY=display or "")
             ended = subprocess.run([PROGRAM, "--demo"], env=environment, capture_output=True, text=True, check=False)
             self.assertEqual(ended.returncode, 1, ended.stderr)
             self.assertRegex(ended.stderr, "^zembrastel: Cannot open a window: .*[.]\n$")
-            self.assertIn(display or "DISPLAY", ended.stderr)
+            self.assertIn("not answered" if display == ":4712" else display or "DISPLAY", ended.stderr)
 
     def test_command_line_pauses_and_resumes_in_the_window(self):
         Site(self.desktop).add_profile()

@@ -64,6 +64,9 @@ TEST(Text, EncodingLeavesNothingThatAUrlOrAScreenWouldActOn) {
         EXPECT_TRUE(printable(hidden).starts_with("\\x")) << printable(hidden);
     }
     EXPECT_EQ(printable("a\x1B[2J\n\x7F\u009Bz\0\xFF caf\xE9"sv), "a\\x1B[2J\\x0A\\x7F\\xC2\\x9Bz\\x00\\xFF caf\\xE9");
+    EXPECT_EQ(
+        printableJson("{\"caf\u00E9\":\"\u202E\x7F\U000E0041 \u2764\uFE0F\"}"),
+        "{\"caf\u00E9\":\"\\u202E\\u007F\\uDB40\\uDC41 \u2764\uFE0F\"}");
     EXPECT_EQ(asciiLowercase("AZ=D\u0130R\u00C9"), "az=d\u0130r\u00C9");
 }
 

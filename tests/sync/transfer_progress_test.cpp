@@ -4,6 +4,7 @@
 #include "sync/progress_meter.h"
 #include "sync/sync_worker.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <optional>
 #include <span>
@@ -186,15 +187,42 @@ TEST_F(WorkerProgress, DownloadFromASlowServerIsSeenGrowing) {
     EXPECT_EQ(told.back().folders, 2U);
 }
 
-TEST_F(WorkerProgress, ManySmallFilesAreNotToldOfAtAll) {
-    FtpServer server(FtpServer::Kind::vsftpd);
-    LocalSite site(server);
+// Each look at it takes 50 milliseconds.
+class HastyClock final : public testing::FakeClock {
+public:
+    [[nodiscard]] std::chrono::steady_clock::time_point steadyNow() const override {
+        return FakeClock::steadyNow() + ++looks * 50ms;
+    }
+
+private:
+    mutable int looks = 0;
+};
+
+TEST_F(WorkerProgress, SmallFilesCountOnceTheyAreLive) {
     constexpr std::size_t count = 200;
-    for (std::size_t i = 0; i < count; ++i) testing::writeFile(site / ("page" + std::to_string(i)), "x");
-    testing::FakeClock standing; // however long a busy machine takes for one
-    run(site, standing, 3);
-    EXPECT_EQ(toldAtEnd.size(), count);
-    EXPECT_TRUE(told.empty());
+    for (const bool slow : {false, true}) {
+        FtpServer server(FtpServer::Kind::vsftpd);
+        LocalSite site(server);
+        for (std::size_t i = 0; i < count; ++i) testing::writeFile(site / ("page" + std::to_string(i)), "four");
+        testing::FakeClock standing; // however long a busy machine takes
+        HastyClock hasty;
+        told.clear();
+        toldAtEnd.clear();
+        run(site, slow ? hasty : standing, 3);
+        EXPECT_EQ(toldAtEnd.size(), count);
+        EXPECT_EQ(told.empty(), !slow) << "over within a second";
+        std::uint64_t bytes = 0;
+        for (std::size_t i = 0; i < told.size(); ++i) {
+            EXPECT_EQ(told[i].filesDone, static_cast<std::size_t>(std::ranges::count_if(toldAtEnd, [i](auto before) {
+                          return before <= i;
+                      })));
+            EXPECT_EQ(told[i].filesQueued, count);
+            EXPECT_EQ(told[i].bytesQueued, 4 * count);
+            EXPECT_GE(told[i].bytes, std::max<std::uint64_t>(bytes, 4 * told[i].filesDone));
+            EXPECT_LE(bytes = told[i].bytes, 4 * count);
+            EXPECT_FALSE(told[i].file);
+        }
+    }
 }
 
 } // namespace

@@ -353,6 +353,26 @@ TEST(LocalFaults, LinksAreNeverFollowedInEitherDirection) {
         "The local folder has been replaced by a symbolic link.");
 }
 
+TEST(LocalFaults, DownloadSparesPasswordsAndTheStateFolder) {
+    FtpServer server = oddServer();
+    const LocalSite site(server, {{"password", "mine"}, {"state/profiles.json", "mine"}});
+    testing::touch(site / "password", std::chrono::sys_days(std::chrono::year(2020) / 1 / 1));
+    for (const char* path : {"password", "planned", "state/profiles.json", "state/more", "page"}) {
+        server.put(std::string("site/") + path, "the server's");
+    }
+    auto transport = site.transport();
+    for (const char* path : {"password", "planned", "state"}) {
+        transport.privateItems.push_back({.path = site / path, .reason = "it is private"});
+    }
+    Words lines;
+    transport.downloadTree(
+        "", 0, [&](const std::string& line) { lines.push_back(line); }, ignore);
+    EXPECT_EQ(
+        site.files(), (FileTree{{"page", "the server's"}, {"password", "mine"}, {"state/profiles.json", "mine"}}));
+    EXPECT_EQ(std::ranges::count(lines, "Left out, because it is private: planned"), 1);
+    EXPECT_EQ(lines.size(), 4U) << "and Downloading page";
+}
+
 TEST(LocalFaults, OnlyTheVersionThatWasDecidedOnIsEverSent) {
     FtpServer server = oddServer();
     server.put("site/page", "old");

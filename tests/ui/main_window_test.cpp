@@ -393,6 +393,25 @@ TEST_F(MainWindowTest, TheWholeOfALongLogCanBeReachedInTheSmallestWindow) {
     EXPECT_GT(seen.y(), 0);
 }
 
+TEST_F(MainWindowTest, MissingFilesAreForgottenAtAClick) {
+    open();
+    const Uuid id = addProfile("Site");
+    model->save(*model->profile(id), std::nullopt, FileMap{{"index.html", {.size = 5}}});
+    const auto startUnchecked = [&] {
+        ASSERT_TRUE(waitFor([&] { return model->checkFailures().contains(id); })); // there is no server
+        model->startWithoutCheck(id);
+    };
+    model->start(id);
+    startUnchecked();
+    const auto forget = QStringLiteral("Forget the missing files");
+    ASSERT_TRUE(waitFor([&] { return find(forget) != nullptr; }));
+    EXPECT_EQ(model->baseline(id).size(), 1U);
+    click(forget);
+    startUnchecked();
+    EXPECT_TRUE(waitFor([&] { return model->baseline(id).empty(); }));
+    EXPECT_EQ(find(forget), nullptr);
+}
+
 TEST(DetailBanners, AReviewIsNotHiddenBehindAFailureOfTheCheck) {
     DetailBanners banners;
     banners.setWaiting(true, "curl: (28) Timeout was reached");
