@@ -13,6 +13,7 @@
 #include <chrono>
 #include <csignal>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace zembrastel::testing {
@@ -21,8 +22,16 @@ namespace {
 using namespace std::chrono_literals;
 
 TEST_F(CliWithServer, EditIsLiveSoonAndNothingIsLeftBehind) {
+    const auto leftover = place.temporary() / ("zembrastel-" + Uuid::random().text()); // of a killed run
+    std::filesystem::create_directory(leftover);
+    std::filesystem::last_write_time(leftover, std::filesystem::file_time_type::clock::now() - 2h);
+    writeFile(place.home() / ".curlrc", "proxy = http://127.0.0.1:1\n");
+    place.wrapper = {"/usr/bin/env", "--ignore-signal=CHLD"}; // as a parent may have it
     Program program = startWatch();
     readUntilWatching(program);
+    rlimit dump{};
+    EXPECT_EQ(::prlimit(program.pid(), RLIMIT_CORE, nullptr, &dump), 0);
+    EXPECT_LE(dump.rlim_max, 1U) << "it would hold the password";
     writeFile(site / "index.html", "edited");
     readUntil(program, "Uploaded index.html");
     EXPECT_EQ(readTree(serverSite), readTree(site));

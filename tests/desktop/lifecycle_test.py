@@ -36,6 +36,7 @@ class LifecycleTest(DesktopTest):
         program = self.start("--background")
         wait_until(program.root, "the program is up")
         self.assertEqual(program.windows(), [])
+        self.assertRegex(read(f"/proc/{program.process.pid}", "limits"), b"Max core file size +[01] +[01] ")
         self.assertEqual(self.start().exit_status(), 0)
         program.window()
         self.assertEqual(program.end(signal.SIGINT), 0)

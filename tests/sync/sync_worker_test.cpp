@@ -8,7 +8,22 @@
 #include <algorithm>
 #include <chrono>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
 #include <thread>
+#include <unistd.h>
+
+namespace {
+
+unsigned otherMount = 0; // set while another disk, or none, is mounted at the local folder
+
+} // namespace
+
+extern "C" int statx(int folder, const char* path, int flags, unsigned mask, struct statx* told) noexcept {
+    const long result = ::syscall(SYS_statx, folder, path, flags, mask, told);
+    told->stx_mnt_id += otherMount;
+    return static_cast<int>(result);
+}
 
 namespace zembrastel {
 namespace {
@@ -240,6 +255,25 @@ TEST_F(SyncWorkerTest, EmptyFolderAtTheStartForgetsNothing) {
         site.profile.exclusions = Exclusions();
     }
     EXPECT_EQ(onServer("a"), "1");
+}
+
+TEST_F(SyncWorkerTest, UnmountedDiskIsNoDeletion) {
+    testing::writeTree(site.root(), {{"a", "1"}});
+    run(4, [&](std::size_t sleep) {
+        if (sleep == 2) {
+            otherMount = 1;
+            fs::rename(site / "a", site.root().string() + ".away");
+        } else if (sleep == 3) {
+            otherMount = 0;
+            fs::rename(site.root().string() + ".away", site / "a");
+        }
+    });
+    EXPECT_EQ(
+        count("error: Another disk, or none, is mounted at the local folder: none of the files that were synchronised "
+              "is in it. The server is left as it is."),
+        1U);
+    EXPECT_EQ(events.back(), "folder returned"); // others may have changed the server meanwhile
+    EXPECT_TRUE(baseline.contains("a"));
 }
 
 TEST(UploadProblem, NamesTheFileOnce) {
