@@ -25,7 +25,7 @@ TEST_F(CliWithServer, EditIsLiveSoonAndNothingIsLeftBehind) {
     const auto leftover = place.temporary() / ("zembrastel-" + Uuid::random().text()); // of a killed run
     std::filesystem::create_directory(leftover);
     std::filesystem::last_write_time(leftover, std::filesystem::file_time_type::clock::now() - 2h);
-    writeFile(place.home() / ".curlrc", "proxy = http://127.0.0.1:1\n");
+    writeFile(place.home() / ".curlrc", "interface = 192.0.2.1\n");
     place.wrapper = {"/usr/bin/env", "--ignore-signal=CHLD"}; // as a parent may have it
     Program program = startWatch();
     readUntilWatching(program);

@@ -165,28 +165,6 @@ TEST(ConnectionFaults, AwkwardLoginsArriveUnchanged) {
     EXPECT_EQ(site.transport().test(), 1U);
 }
 
-class BrokenUpload : public ::testing::TestWithParam<Words> {};
-
-TEST_P(BrokenUpload, LeavesTheLiveFileAsItWasAndTheNextAttemptSucceeds) {
-    auto oddity = GetParam();
-    oddity.emplace_back("--times=1");
-    FtpServer server = oddServer(oddity);
-    server.put("site/page", "old");
-    const auto content = testing::randomBytes(400'000);
-    const LocalSite site(server, {{"page", content}});
-    const auto upload = [&] { site.transport().upload("page", site.fingerprint("page")); };
-    EXPECT_NE(failureOf(upload), "");
-    EXPECT_EQ(testing::readFile(server.root() / "site/page"), "old");
-    EXPECT_EQ(failureOf(upload), "");
-    EXPECT_EQ(testing::readFile(server.root() / "site/page"), content);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Faults, BrokenUpload,
-    ::testing::Values(
-        Words{"--drop", "data"}, Words{"--drop-data", "data"}, Words{"--final", "552 Disk full"},
-        Words{"--reply", "STOR=553 Not allowed"}));
-
 // The children of this process that run curl.
 std::vector<fs::path> runningCurls() {
     std::vector<fs::path> found;
