@@ -40,18 +40,6 @@ TEST_F(CliWithServer, EditIsLiveSoonAndNothingIsLeftBehind) {
     EXPECT_TRUE(leftoverPartFiles(serverSite).empty());
 }
 
-TEST_F(CliWithServer, RestartWithNothingChangedUploadsNothing) {
-    Program first = startWatch();
-    EXPECT_TRUE(contains(readUntilWatching(first), "Uploaded images/a.svg"));
-    end(first, SIGINT);
-    EXPECT_TRUE(contains(run({"scan", "My website"}).output, "Nothing to upload."));
-
-    Program second = startWatch();
-    const std::string told = readUntilWatching(second);
-    EXPECT_FALSE(contains(told, "Upload")) << told;
-    end(second, SIGHUP);
-}
-
 TEST_F(CliWithServer, ReaderWhoGoesAwayDoesNotEndTheSyncing) {
     // The pipe to `true` breaks at once.
     const CliPlace::Arguments watch = withPassword({"--state", place.state().string(), "watch", "My website"});
@@ -120,26 +108,6 @@ TEST_F(CliWithServer, KeptRevisionIsNeverOfferedAgainButALaterOneIs) {
     EXPECT_EQ(run({"review", "My website", "--list"}).status, 0);
     changeOnServer("index.html", "once more", 120s);
     EXPECT_EQ(run({"review", "My website", "--list"}).status, 3);
-}
-
-TEST_F(CliWithServer, DownloadedFileEqualsTheServersAndIsNotUploadedBack) {
-    changeOnServer("index.html", "by somebody else", 60s);
-    changeOnServer("images/a.svg", "other", 60s);
-    const auto result = run({"review", "My website", "--download", "./index.html"});
-    EXPECT_EQ(result.status, 0) << result.errors;
-    EXPECT_TRUE(contains(result.output, "Downloaded newer server copy: index.html"));
-    EXPECT_TRUE(contains(result.output, "Kept local copy: images/a.svg"));
-    EXPECT_EQ(readFile(site / "index.html"), "by somebody else");
-    EXPECT_EQ(readFile(site / "images/a.svg"), "<svg/>");
-    const auto backups = readTree(site / ".zembrastel-backups");
-    ASSERT_EQ(backups.size(), 1U);
-    EXPECT_EQ(backups.begin()->second, "hello");
-
-    Program program = startWatch();
-    const std::string told = readUntilWatching(program);
-    end(program, SIGINT);
-    EXPECT_FALSE(contains(told, "Uploaded index.html"));
-    EXPECT_TRUE(contains(told, "Uploaded images/a.svg"));
 }
 
 TEST_F(CliWithServer, DecisionOnAFileThatIsNotOfferedDecidesNothing) {
@@ -236,28 +204,6 @@ TEST_F(CliWithServer, PasswordThatWasAddedIsFoundAgainInTheSecretStore) {
     EXPECT_EQ(result.status, 0) << result.output;
     EXPECT_TRUE(contains(result.output, "Connected. "));
     EXPECT_FALSE(contains(readFile(empty.stateFile()), server->password()));
-}
-
-TEST_F(CliWithServer, ImportedSiteConnectsWithNoOtherStep) {
-    const CliPlace empty;
-    const Profile profile = profileFor(*server, site, server->remoteFolder("site"));
-    writeFile(
-        empty.path("sftp.json"), R"({"protocol": "ftp", "name": "imported", "host": ")" + profile.host
-                                     + R"(", "port": )" + std::to_string(profile.port) + R"(, "username": ")"
-                                     + profile.username + R"(", "password": ")" + server->password()
-                                     + R"(", "remotePath": ")" + profile.remoteFolder + "\"} // mine");
-    const auto import =
-        empty.shellCommand({"profile", "import", empty.path("sftp.json").string(), "--local-folder", site.string()});
-    const auto result = empty.runInShellWithSecretService(
-        import + " && " + empty.shellCommand({"test", "imported"}) + " && "
-        + empty.shellCommand({"profile", "remove", "imported", "--yes"}) + " && "
-        + empty.shellCommand({"profile", "list"}));
-    EXPECT_EQ(result.status, 0) << result.errors;
-    EXPECT_TRUE(contains(result.output, "Imported \"imported\""));
-    EXPECT_TRUE(contains(result.output, "Connected. "));
-    EXPECT_TRUE(contains(result.output, "Removed \"imported\""));
-    EXPECT_TRUE(contains(result.errors, "There are no profiles yet"));
-    EXPECT_FALSE(contains(result.output + result.errors, server->password()));
 }
 
 // What base64 makes of a text, wherever in a longer one it stands: the part that its neighbours do not change.

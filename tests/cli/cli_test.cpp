@@ -85,16 +85,6 @@ TEST_F(Cli, WrongCommandLinesEndWithTheUsageCodeAndOneLine) {
     EXPECT_FALSE(std::filesystem::exists(place.stateFile()));
 }
 
-TEST_F(Cli, HelpAndVersionComeOnStandardOutput) {
-    for (const CliPlace::Arguments& asked :
-         {CliPlace::Arguments{"--help"}, {"review", "--help"}, {"profile", "add", "-h"}, {"--version"}}) {
-        const auto result = place.run(asked);
-        EXPECT_EQ(result.status, 0);
-        EXPECT_NE(result.output, "");
-        EXPECT_EQ(result.errors, "");
-    }
-}
-
 TEST_F(Cli, EveryFieldOfAProfileArrivesInTheSavedState) {
     const auto result = place.run(
         {"profile",
