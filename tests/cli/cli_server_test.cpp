@@ -131,24 +131,6 @@ TEST_F(CliWithServer, ReviewOfAProfileThatWasNeverDownloadedIsRefused) {
     EXPECT_TRUE(contains(result.errors, "still has its initial download to do; run watch first"));
 }
 
-TEST_F(CliWithServer, TestAndLsShowTheServerAndChangeNothing) {
-    server->put("site/index.html", "x");
-    server->put("site/[a]/[b]", "y");
-    server->put("site/[a]/page10", "y");
-    server->put("site/[a]/page9", "y");
-    const auto test = run({"test", "My website"});
-    EXPECT_EQ(test.status, 0) << test.errors;
-    EXPECT_EQ(
-        test.output,
-        "Connected. The remote folder is readable (2 items). Upload permission is checked when a file uploads.\n");
-    const auto listed = run({"ls", "My website"});
-    EXPECT_TRUE(contains(listed.output, "  [a]/\n"));
-    EXPECT_TRUE(contains(listed.output, "  index.html\n"));
-    EXPECT_TRUE(contains(run({"ls", "My website", "[a]", "--json"}).output, R"("path":"[a]/[b]","name":"[b]")"));
-    EXPECT_TRUE(run({"ls", "My website", "[a]"}).output.ends_with("  page10\n")); // after page9, as in a file manager
-    EXPECT_EQ(run({"ls", "My website", "nosuch"}).status, 1);
-}
-
 TEST_F(CliWithServer, RefusedLoginHasItsOwnCodeInEveryCommandThatEnds) {
     for (const CliPlace::Arguments& arguments :
          {CliPlace::Arguments{"test", "My website"}, {"ls", "My website"}, {"review", "My website"}}) {
@@ -190,20 +172,6 @@ TEST_F(CliWithServer, EveryFailureIsOneLineWithCurlsWords) {
             EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
         }
     }
-}
-
-TEST_F(CliWithServer, PasswordThatWasAddedIsFoundAgainInTheSecretStore) {
-    const CliPlace empty;
-    const Profile profile = profileFor(*server, site, server->remoteFolder("site"));
-    const auto add = empty.shellCommand(
-        {"profile", "add", "--name", "stored", "--host", profile.host, "--port", std::to_string(profile.port),
-         "--transport", "ftp", "--username", profile.username, "--remote-folder", profile.remoteFolder,
-         "--local-folder", site.string(), "--password-file", place.passwordFile().string(), "--enabled"});
-    const auto test = empty.shellCommand({"test", "stored"});
-    const auto result = empty.runInShellWithSecretService(add + " && " + test);
-    EXPECT_EQ(result.status, 0) << result.output;
-    EXPECT_TRUE(contains(result.output, "Connected. "));
-    EXPECT_FALSE(contains(readFile(empty.stateFile()), server->password()));
 }
 
 // What base64 makes of a text, wherever in a longer one it stands: the part that its neighbours do not change.

@@ -360,34 +360,6 @@ TEST_F(SyncWorkerTest, NameThatCannotBeSentIsToldOnceAndHoldsNothingUp) {
     EXPECT_EQ(count("uploaded page"), 1U);
 }
 
-TEST_F(SyncWorkerTest, ServerLostInTheMiddleOfALargeUploadLeavesTheLiveFileAndTheRetryCompletes) {
-    constexpr std::size_t size = 100 << 20;
-    const testing::TemporaryFolder folder;
-    testing::writeFile(folder / "hold", "");
-    FtpServer held(FtpServer::Kind::odd, {.extra = {"--hold", folder / "hold"}});
-    held.put("site/video", "old");
-    useServer(held);
-    testing::writeFile(site / "video", "");
-    fs::resize_file(site / "video", size); // sparse: quick to make
-    const auto video = held.root() / "site/video";
-    seen.set("video", site.transport().findVersion("video").value());
-    std::jthread breaker([&] {
-        EXPECT_TRUE(testing::eventually([&] {
-            const auto parts = testing::leftoverPartFiles(held.root());
-            return !parts.empty() && fs::file_size(held.root() / parts.front()) > 0;
-        }));
-        held.stop();
-        fs::remove(folder / "hold");
-    });
-    run(7, [&](std::size_t sleep) {
-        if (sleep == 2) breaker.join();
-        EXPECT_EQ(fs::file_size(video), sleep < 7 ? 3 : size);
-        if (sleep == 6) held.restart();
-    });
-    EXPECT_EQ(waits, (std::vector<std::chrono::seconds>{2s, 5s, 10s, 20s, 40s, 60s, 2s}));
-    EXPECT_EQ(count("uploaded video"), 1U);
-}
-
 // A sleep of the worker takes minutes on it, so that only a stop can end one soon.
 class SlowClock final : public testing::FakeClock {
 public:
