@@ -25,13 +25,15 @@ TEST_F(CliWithServer, EditIsLiveSoonAndNothingIsLeftBehind) {
     const auto leftover = place.temporary() / ("zembrastel-" + Uuid::random().text()); // of a killed run
     std::filesystem::create_directory(leftover);
     std::filesystem::last_write_time(leftover, std::filesystem::file_time_type::clock::now() - 2h);
-    writeFile(place.home() / ".curlrc", "interface = 192.0.2.1\n");
     place.wrapper = {"/usr/bin/env", "--ignore-signal=CHLD"}; // as a parent may have it
     Program program = startWatch();
     readUntilWatching(program);
     rlimit dump{};
     EXPECT_EQ(::prlimit(program.pid(), RLIMIT_CORE, nullptr, &dump), 0);
     EXPECT_LE(dump.rlim_max, 1U) << "it would hold the password";
+    const auto status = zembrastel::readFile(processFolder(program.pid()) / "status").value();
+    const auto ignored = std::stoull(status.substr(status.find("SigIgn:") + 7), nullptr, 16);
+    EXPECT_EQ(ignored >> (SIGCHLD - 1) & 1U, 0U) << "it would not learn how transfers end";
     writeFile(site / "index.html", "edited");
     readUntil(program, "Uploaded index.html");
     EXPECT_EQ(readTree(serverSite), readTree(site));

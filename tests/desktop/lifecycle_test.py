@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """How the program starts, is started again, and ends."""
 import os
+import re
 import signal
 import subprocess
 
@@ -37,6 +38,8 @@ class LifecycleTest(DesktopTest):
         wait_until(program.root, "the program is up")
         self.assertEqual(program.windows(), [])
         self.assertRegex(read(f"/proc/{program.process.pid}", "limits"), b"Max core file size +[01] +[01] ")
+        ignored = re.search(rb"SigIgn:\s*(\w+)", read(f"/proc/{program.process.pid}", "status"))[1]
+        self.assertFalse(int(ignored, 16) >> (signal.SIGCHLD - 1) & 1, "it would not learn how transfers end")
         self.assertEqual(self.start().exit_status(), 0)
         program.window()
         self.assertEqual(program.end(signal.SIGINT), 0)

@@ -96,7 +96,7 @@ def start_unit(context):
 
 
 NOT_RUN = [
-    (r"scripts/(setup|test|torture|fuzz|package|screenshots|lint|format)\b", script,
+    (r"scripts/(setup|test|faults|torture|fuzz|package|screenshots|lint|format)\b", script,
      "installs packages, builds, or runs for minutes"),
     (r"scripts/try\b", script, "builds; scripts/test runs it to the end"),
     (r"bench/(run|curves|plot)\b", script, "builds, and measures for minutes"),

@@ -44,8 +44,7 @@ public:
         : random(seed), server(kind, {.rateKiB = rateKiB}), local(place.path("site")), remote(server.root() / "site") {
         for (const auto& folder : {local, remote}) fs::create_directory(folder);
         server.handOver();
-        writeFile(place.path("password"), server.password());
-        fs::permissions(place.path("password"), fs::perms::owner_read);
+        place.savePassword(server.password());
         Profile profile = profileFor(server, local, server.remoteFolder("site"));
         profile.name = name;
         id = profile.id;
@@ -72,7 +71,7 @@ private:
     std::string anyContent() { return randomBytes(upTo(1) == 0 ? upTo(600'000) : upTo(20'000), random()); }
 
     [[nodiscard]] CliPlace::Arguments command(CliPlace::Arguments words) const {
-        words.insert(words.end(), {"--password-file", place.path("password").string()});
+        words.insert(words.end(), {"--password-file", place.passwordFile().string()});
         return words;
     }
 

@@ -90,8 +90,7 @@ public:
     Site() {
         for (const auto& folder : {local, disk, remote}) fs::create_directory(folder);
         server.handOver();
-        writeFile(place.path("password"), server.password());
-        fs::permissions(place.path("password"), fs::perms::owner_read);
+        place.savePassword(server.password());
         profile = profileFor(server, local, server.remoteFolder("site"));
         profile.name = name;
     }
@@ -154,7 +153,7 @@ public:
         if (!fs::exists(place.stateFile())) {
             StateStore(place.state()).save({.profiles = {profile}, .baselines = {}, .remoteDates = {}});
         }
-        running.emplace(place, CliPlace::Arguments{"watch", name, "--password-file", place.path("password").string()});
+        running.emplace(place, CliPlace::Arguments{"watch", name, "--password-file", place.passwordFile().string()});
     }
 
     [[nodiscard]] pid_t pid() const { return running->program.pid(); }
@@ -194,7 +193,7 @@ public:
         require(fs::is_empty(place.temporary()), "left in the temporary folder");
         require(withoutBackups(readTree(local)) == expected, "a local file is lost, or changed, or left behind");
         require(readPublished(remote) == expected, "the two sides differ in the end");
-        const auto known = place.run({"review", name, "--list", "--password-file", place.path("password").string()});
+        const auto known = place.run({"review", name, "--list", "--password-file", place.passwordFile().string()});
         require(known.status == 0, "what it uploaded itself is offered for review: " + known.output + known.errors);
     }
 
@@ -327,7 +326,7 @@ void unmountAndBack(Site& site, const fs::path& mountPoint, const std::string& t
     site.stop();
     require(readFile(site.remote / "page") == "by a colleague", "a colleague's edit was overwritten");
     const auto taken =
-        site.place.run({"review", name, "--download-all", "--password-file", site.place.path("password").string()});
+        site.place.run({"review", name, "--download-all", "--password-file", site.place.passwordFile().string()});
     require(taken.status == 0, taken.errors);
     require(site.hasBackup("edited elsewhere"), "the local edit is lost");
     site.expected["page"] = "by a colleague";
