@@ -187,22 +187,5 @@ TEST(DoctorOnServers, SettingsThatHarmAreNamed) {
     }
 }
 
-TEST(DoctorOnServers, HiddenFilesAndFutureDatesAreSeenByReadingAlone) {
-    for (const auto kind : {Kind::proftpd, Kind::vsftpd}) {
-        FtpServer server(
-            kind, {.showHidden = false,
-                   .extra = kind == Kind::vsftpd ? Words{"use_localtime=YES"} : Words{},
-                   .environment = {"TZ=Asia/Tokyo"}});
-        server.put("site/.htaccess", "x");
-        server.put("site/page", "x");
-        const Look look(server, LocalSite(server), false);
-        const auto* hidden = findingOf(look.findings, "hiddenFiles");
-        ASSERT_NE(hidden, nullptr);
-        EXPECT_NE(hidden->text.find(".htaccess"), std::string::npos) << hidden->text;
-        EXPECT_EQ(wrongIn(look.findings), kind == Kind::vsftpd ? Words{"clock"} : Words{});
-        EXPECT_TRUE(look.unchanged);
-    }
-}
-
 } // namespace
 } // namespace zembrastel

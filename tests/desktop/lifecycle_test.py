@@ -57,15 +57,6 @@ class LifecycleTest(DesktopTest):
         program.window()
         self.assertEqual(demo.windows(), [])
 
-    def test_command_line_and_program_keep_out_of_each_others_state(self):
-        Site(self.desktop).add_profile()
-        program = self.start()
-        program.window()
-        refused = self.run_command_line("watch")
-        self.assertEqual(refused.returncode, 4, refused.stderr)
-        self.assertEqual(program.end(signal.SIGTERM), 0)
-        self.assertEqual(self.run_command_line("scan", "Site").returncode, 0)
-
     @staticmethod
     def dialogs(program):
         return [window for window in program.windows() if window.role() == "dialog"]

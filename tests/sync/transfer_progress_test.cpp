@@ -173,16 +173,5 @@ TEST_F(WorkerProgress, UploadToASlowServerIsSeenGrowing) {
     EXPECT_TRUE(told.back().file->left || told.back().file->bytes == size);
 }
 
-TEST_F(WorkerProgress, ManySmallFilesAreNotToldOfAtAll) {
-    FtpServer server(FtpServer::Kind::vsftpd);
-    LocalSite site(server);
-    constexpr std::size_t count = 200;
-    for (std::size_t i = 0; i < count; ++i) testing::writeFile(site / ("page" + std::to_string(i)), "x");
-    testing::FakeClock standing; // however long a busy machine takes for one
-    run(site, standing, 3);
-    EXPECT_EQ(toldAtEnd.size(), count);
-    EXPECT_TRUE(told.empty());
-}
-
 } // namespace
 } // namespace zembrastel
