@@ -52,6 +52,12 @@ void exclusions(std::string_view input) {
     // Where a NUL byte stands, a name is compared byte by byte, which fnmatch cannot do.
     if (!holdsNul(input)) promise(excluded == plainReading(text, path), "rules mean what their description says");
 
+    if (const auto cause = rules.cause(path); cause && !cause->reserved) {
+        promise(Exclusions(cause->rule).match(cause->path), "the rule that is named excludes the path that is named");
+    } else if (!cause) {
+        promise(!excluded || join(splitNonEmpty(path, '/'), '/') != path, "what is excluded has a cause");
+    }
+
     // A walk from the top, which asks for one level at a time and enters no excluded folder.
     for (auto slash = path.find('/'); slash != std::string::npos; slash = path.find('/', slash + 1)) {
         if (rules.match(path.substr(0, slash))) return;

@@ -1,7 +1,6 @@
 // What is made of a look at a server: from given observations, and from real servers that are set wrong.
 #include "app/diagnosis.h"
 
-#include "support/certificates.h"
 #include "support/local_site.h"
 
 #include <algorithm>
@@ -185,69 +184,6 @@ TEST(DoctorOnServers, SettingsThatHarmAreNamed) {
         EXPECT_NE(look.said().find(words), std::string::npos) << what << ": " << look.said();
         EXPECT_TRUE(allHelp(look.findings)) << what;
         EXPECT_EQ(look.unchanged, deletes) << what;
-    }
-}
-
-TEST(DoctorOnServers, HiddenFilesAndFutureDatesAreSeenByReadingAlone) {
-    for (const auto kind : {Kind::proftpd, Kind::vsftpd}) {
-        FtpServer server(
-            kind, {.showHidden = false,
-                   .extra = kind == Kind::vsftpd ? Words{"use_localtime=YES"} : Words{},
-                   .environment = {"TZ=Asia/Tokyo"}});
-        server.put("site/.htaccess", "x");
-        server.put("site/page", "x");
-        const Look look(server, LocalSite(server), false);
-        const auto* hidden = findingOf(look.findings, "hiddenFiles");
-        ASSERT_NE(hidden, nullptr);
-        EXPECT_NE(hidden->text.find(".htaccess"), std::string::npos) << hidden->text;
-        EXPECT_EQ(wrongIn(look.findings), kind == Kind::vsftpd ? Words{"clock"} : Words{});
-        EXPECT_TRUE(look.unchanged);
-    }
-}
-
-TEST(DoctorOnServers, WrongPasswordFolderAndCrowdAreToldApart) {
-    {
-        FtpServer server(Kind::proftpd);
-        server.put("site/page", "x");
-        LocalSite site(server);
-        site.password = "wr0ng";
-        const Look look(server, site, true);
-        EXPECT_EQ(wrongIn(look.findings), Words{"login"});
-        site.password = server.password();
-        site.profile.remoteFolder = server.remoteFolder("nowhere");
-        EXPECT_EQ(wrongIn(Look(server, site, true).findings), Words{"folder"});
-    }
-    FtpServer crowded(Kind::odd, {.extra = {"--reply", "PASS=421 There are too many connections from your address."}});
-    EXPECT_EQ(wrongIn(Look(crowded, LocalSite(crowded), true).findings), Words{"connections"});
-}
-
-TEST(DoctorOnServers, UntrustedCertificateAndTheWrongKindOfTlsAreToldApart) {
-    const auto& known = testing::certificates();
-    const auto ftps = TransferProtocol::ftps;
-    const auto implicit = TransferProtocol::implicitTLS;
-    struct Case {
-        Tls offered;
-        TransferProtocol wanted;
-        Words wrong;
-        std::string words;
-        std::filesystem::path certificate = testing::certificates().server;
-        std::filesystem::path trusted = testing::certificates().ca;
-    };
-    for (const auto& [offered, wanted, wrong, words, certificate, trusted] : std::vector<Case>{
-             {Tls::explicitTls, ftps, {}, "trusted"},
-             {Tls::explicitTls, ftps, {"certificate"}, "known authority", known.server, known.otherCa},
-             {Tls::explicitTls, ftps, {"certificate"}, "expired", known.expired},
-             {Tls::implicitTls, implicit, {"certificate"}, "another name", known.wrongHost},
-             {Tls::none, ftps, {"encryption"}, "offers no encryption"},
-             {Tls::none, implicit, {"encryption"}, "does not begin"}}) {
-        const testing::ScopedTrust trust(trusted);
-        FtpServer server(Kind::proftpd, {.tls = offered, .certificate = certificate});
-        server.put("site/page", "x");
-        LocalSite site(server);
-        site.profile.transport = wanted;
-        const Look look(server, site, false);
-        EXPECT_EQ(wrongIn(look.findings), wrong) << words;
-        EXPECT_NE(look.said().find(words), std::string::npos) << words << ": " << look.said();
     }
 }
 

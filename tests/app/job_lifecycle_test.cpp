@@ -128,23 +128,6 @@ TEST_F(JobLifecycle, MachineThatWakesUpDoesNotWaitOutItsRetries) {
     EXPECT_EQ(logged("Watching started."), 1U);
 }
 
-TEST_F(JobLifecycle, InitialDownloadIsFollowedByTheCheckAndWatching) {
-    server.put("site/a", "1");
-    server.put("site/sub/b", "2");
-    restart();
-    site.profile.enabled = true;
-    site.profile.needsDownload = true;
-    site.profile.initialDownloadSelection = DownloadSelection::everything();
-    model->save(site.profile, std::nullopt);
-    ASSERT_TRUE(reaches("Watching"));
-    EXPECT_EQ(testing::readTree(site.root()), (testing::FileTree{{"a", "1"}, {"sub/b", "2"}}));
-    EXPECT_EQ(logged("Starting initial server download."), 1U);
-    EXPECT_EQ(logged("Checking for newer server files before watching resumes."), 1U);
-    EXPECT_FALSE(saved().profiles.front().needsDownload);
-    ASSERT_TRUE(polls(4));
-    EXPECT_EQ(model->status(id()).uploaded, 0);
-}
-
 TEST_F(JobLifecycle, StartThatCannotWorkIsRefusedWithTheReason) {
     withProfile();
     auto other = site.profile;
@@ -278,19 +261,6 @@ TEST_F(JobLifecycle, EveryJobCanBeStoppedAndReplacedAndLeavesNoThread) {
     ASSERT_TRUE(reaches("Watching"));
     model.reset(); // while the worker waits for its event to be taken
     EXPECT_TRUE(testing::eventually([&] { return threadsOfThisProcess() <= threads; }));
-}
-
-TEST_F(JobLifecycle, UnreadableStateIsReportedAndNeverTouched) {
-    testing::writeFile(stateFolder / "state/profiles.json", "{\"profiles\": oops");
-    restart();
-    ASSERT_TRUE(model->alert());
-    EXPECT_TRUE(model->alert()->starts_with("Could not load saved profiles: "));
-    EXPECT_TRUE(model->alert()->ends_with(". Your saved file has been left untouched.")) << *model->alert();
-    EXPECT_EQ(model->alert()->find(".."), std::string::npos);
-    EXPECT_EQ(
-        testing::failureOf([&] { model->save(site.profile, std::nullopt); }),
-        "Profile storage is unavailable. Restart the app after correcting the startup error.");
-    EXPECT_EQ(testing::readFile(stateFolder / "state/profiles.json"), "{\"profiles\": oops");
 }
 
 TEST_F(JobLifecycle, StateThatCannotBeSavedIsToldAndSavedOnceItCan) {

@@ -78,32 +78,6 @@ TEST_F(ProfileOperations, RefusedSaveChangesNothing) {
     EXPECT_EQ(edited(), before.profiles.front());
 }
 
-TEST_F(ProfileOperations, ChangesMadeWhilePausedGoUpAfterResuming) {
-    syncTwoFolders();
-    model->toggle(id());
-    EXPECT_FALSE(model->running(id()));
-    EXPECT_FALSE(saved().profiles.front().enabled);
-    EXPECT_EQ(model->status(id()).detail, "Local changes will upload when you resume.");
-    testing::writeFile(site / "keep/a", "edited while paused");
-    model->toggle(id());
-    EXPECT_TRUE(saved().profiles.front().enabled);
-    ASSERT_TRUE(uploads(3));
-    EXPECT_EQ(onServer("keep/a"), "edited while paused");
-}
-
-TEST_F(ProfileOperations, RemovalForgetsTheProfileAndKeepsEveryFile) {
-    syncTwoFolders();
-    (*storedPasswords)[id()] = "x";
-    const auto files = site.files();
-    model->remove(id());
-    ASSERT_TRUE(runUntil([&] { return model->profiles().empty(); }));
-    EXPECT_FALSE(model->selection());
-    EXPECT_TRUE(storedPasswords->empty());
-    EXPECT_TRUE(saved().profiles.empty() && saved().baselines.empty());
-    EXPECT_EQ(site.files(), files);
-    EXPECT_EQ(testing::readTree(server.root() / "site"), files);
-}
-
 TEST_F(ProfileOperations, StoringAPasswordBlocksNothingAndIsDoneInOrder) {
     std::promise<void> answer;
     passwords.save = [ready = answer.get_future().share(),

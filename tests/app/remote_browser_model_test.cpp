@@ -77,12 +77,6 @@ Texts shown(const RemoteBrowserModel& browser) {
     return lines;
 }
 
-std::chrono::nanoseconds cpuTime(clockid_t clock) {
-    timespec time{};
-    EXPECT_EQ(::clock_gettime(clock, &time), 0);
-    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
-}
-
 // A browser of the folder `site` on one server.
 class Browsing {
 public:
@@ -144,18 +138,6 @@ TEST_F(RemoteBrowser, FoldersOpenOneByOneInFileManagerOrderAndAreListedOnce) {
     EXPECT_TRUE(browser->errors().empty());
 }
 
-TEST_F(RemoteBrowser, ViewHearsOfEveryChange) {
-    put({{"sub/page", ""}});
-    open().load("");
-    browser->load(""); // is under way already
-    ASSERT_TRUE(settles());
-    browser->toggle("sub");
-    ASSERT_TRUE(settles());
-    browser->toggle("sub");
-    EXPECT_EQ(
-        witness.events, (Texts{"folder ", "folder ", "expanded sub", "folder sub", "folder sub", "expanded sub"}));
-}
-
 TEST_F(RemoteBrowser, FailureStaysWithItsFolderAndReopeningTriesAgain) {
     put({{"good/page", ""}, {"lost/page", ""}});
     open().load("");
@@ -174,18 +156,6 @@ TEST_F(RemoteBrowser, FailureStaysWithItsFolderAndReopeningTriesAgain) {
     EXPECT_TRUE(browser->errors().empty());
     ASSERT_TRUE(settles());
     EXPECT_EQ(shown(*browser), (Texts{"good/", " page", "lost/", " page"}));
-}
-
-TEST_F(RemoteBrowser, FolderTooDeepIsRefusedWithoutAnyWait) {
-    std::string deepest = "f";
-    for (int level = 2; level <= 127; ++level) deepest += "/f";
-    open().toggle(deepest + "/f");
-    EXPECT_TRUE(browser->loading().empty());
-    EXPECT_EQ(browser->errors().at(deepest + "/f"), "Maximum folder depth reached.");
-    fs::create_directories(server.root() / "site" / deepest);
-    browser->load(deepest);
-    ASSERT_TRUE(settles());
-    EXPECT_TRUE(browser->children().at(deepest)->empty());
 }
 
 TEST_F(RemoteBrowser, LocalProblemNeverHidesWhatTheServerHas) {
@@ -288,30 +258,6 @@ TEST_F(RemoteBrowser, ResultThatComesTooLateReachesNobody) {
     EXPECT_EQ(shown(*browser), (Texts{"new", "old"}));
     browser.reset();
     context.runAll();
-}
-
-TEST_F(RemoteBrowser, HugeFolderIsPreparedOffTheMainContext) {
-    constexpr int files = 50'000;
-    const auto photo = [](int number) { return "Photo " + std::to_string(number) + ".jpg"; };
-    server.put("photo", "");
-    for (int i = 0; i < files; ++i) { // links, which the disk makes faster than files
-        fs::create_hard_link(server.root() / "photo", server.root() / "site" / photo(i * 7919 % files));
-    }
-    const auto total = cpuTime(CLOCK_PROCESS_CPUTIME_ID);
-    const auto main = cpuTime(CLOCK_THREAD_CPUTIME_ID);
-    open().load("");
-    ASSERT_TRUE(settles());
-    const auto rows = browser->rows();
-    const auto mainTook = cpuTime(CLOCK_THREAD_CPUTIME_ID) - main;
-    const auto totalTook = cpuTime(CLOCK_PROCESS_CPUTIME_ID) - total;
-    ASSERT_EQ(rows.size(), static_cast<std::size_t>(files));
-    for (int i = 0; i < files; i += 4999) EXPECT_EQ(rows[static_cast<std::size_t>(i)].path, photo(i));
-    // Both in one run, so that a slow machine or a sanitizer weighs on both.
-    EXPECT_LT(mainTook * 2, totalTook);
-    RecordProperty("main_us", static_cast<int>(mainTook / 1us));
-    RecordProperty("total_us", static_cast<int>(totalTook / 1us));
-    browser.reset();
-    EXPECT_EQ(rows.back().entry->name, photo(files - 1)); // a row needs no model
 }
 
 } // namespace

@@ -232,28 +232,5 @@ TEST_F(Review, DecisionThatCannotBeSavedIsNone) {
     fs::rename(stateFolder / "aside", stateFolder / "state");
 }
 
-TEST_F(Review, ReviewsOfSeveralProfilesComeUpOneAfterAnotherInOneOrder) {
-    withProfile();
-    std::vector<Uuid> ids;
-    for (int i = 0; i < 2; ++i) {
-        auto profile = site.profile;
-        profile.id = Uuid::random();
-        profile.localFolder = stateFolder / ("local" + std::to_string(i));
-        testing::writeFile(fs::path(profile.localFolder) / "page", "1");
-        ids.push_back(profile.id);
-        (*storedPasswords)[profile.id] = site.password;
-        model->save(profile, std::nullopt);
-    }
-    editOnServer("page", "server edit", 1);
-    std::sort(ids.begin(), ids.end(), [](const Uuid& a, const Uuid& b) { return a.text() < b.text(); });
-    model->start(ids[1]);
-    ASSERT_TRUE(runUntil([&] { return model->presentedReview().has_value(); }));
-    model->start(ids[0]);
-    ASSERT_TRUE(runUntil([&] { return model->reviews().size() == 2; }));
-    EXPECT_EQ(model->presentedReview()->id, ids[1]) << "one that is shown stays";
-    EXPECT_EQ(model->resolveReview(ids[1], model->presentedReview()->reviewId, {}), Decision::accepted);
-    EXPECT_EQ(model->presentedReview()->id, ids[0]);
-}
-
 } // namespace
 } // namespace zembrastel

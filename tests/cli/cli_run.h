@@ -104,6 +104,9 @@ private:
     return (found ? ::testing::AssertionSuccess() : ::testing::AssertionFailure()) << '"' << words << "\" in: " << text;
 }
 
+// A command line as a user types it.
+[[nodiscard]] inline CliPlace::Arguments words(const std::string& typed) { return splitWords(typed).value(); }
+
 [[nodiscard]] inline bool isOneLine(const std::string& text) {
     return text.find('\n') == text.size() - 1 && text.size() > 1;
 }

@@ -10,11 +10,10 @@ using Lines = std::vector<std::string>;
 // Tells a profile's events one after another, as the model would, and keeps what is to be shown.
 class Story {
 public:
-    void status(const std::string& title, const std::string& detail, std::int64_t pending = 0) {
+    void status(const std::string& title, const std::string& detail) {
         ProfileStatus status;
         status.title = title;
         status.detail = detail;
-        status.pending = pending;
         if (const auto line = narration.status(status)) lines.push_back(*line);
     }
 
@@ -27,23 +26,6 @@ public:
 private:
     Narration narration;
 };
-
-TEST(Narration, PollsAreToldOnceAndSoIsEachUpload) {
-    Story story;
-    for (int poll = 0; poll < 1000; ++poll) story.status("Changes queued", "Waiting…", 2);
-    for (const std::string path : {"a", "b"}) {
-        story.status("Uploading", path, 2);
-        story.status("Uploading", path, 1);
-        story.activity("Uploaded " + path);
-    }
-    story.status("Watching", "");
-    for (const int pending : {1, 3}) story.status("Changes queued", "Waiting…", pending);
-    EXPECT_EQ(
-        story.lines, (Lines{
-                         "Changes queued: Waiting… (2 pending)", "Uploading: a (2 pending)", "Uploaded a",
-                         "Uploading: b (2 pending)", "Uploaded b", "Watching", "Changes queued: Waiting… (1 pending)",
-                         "Changes queued: Waiting… (3 pending)"}));
-}
 
 TEST(Narration, FailureThatComesAsActivityAndStatusIsReadOnceAtEveryAttempt) {
     Story story;

@@ -78,17 +78,5 @@ TEST(Printer, DropsNothingWhereEveryLineCounts) {
     pipe.restore();
 }
 
-TEST(Printer, ReaderThatNeverReadsDelaysNoEnd) {
-    SmallPipe pipe;
-    Output output(false);
-    const auto begun = std::chrono::steady_clock::now();
-    {
-        const Room publishing(output, Room::unlimitedRoom);
-        for (int number = 0; number < 5000; ++number) output.line("line");
-    }
-    EXPECT_LT(std::chrono::steady_clock::now() - begun, atOnce);
-    pipe.restore();
-}
-
 } // namespace
 } // namespace zembrastel::testing

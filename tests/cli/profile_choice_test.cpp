@@ -90,13 +90,5 @@ TEST(ProfileOptions, SelectionsAndExclusionsSayWhatTheUserMeant) {
     }
 }
 
-TEST(Scan, DifferencesNameEachFileOnce) {
-    const FileMap baseline{{"changed", {.size = 1}}, {"deleted", {.size = 1}}, {"same", {.size = 1}}};
-    const auto found = differences({{"changed", {.size = 2}}, {"new", {.size = 1}}, {"same", {.size = 1}}}, baseline);
-    EXPECT_EQ(found.added, std::vector<std::string>{"new"});
-    EXPECT_EQ(found.changed, std::vector<std::string>{"changed"});
-    EXPECT_EQ(found.deleted, std::vector<std::string>{"deleted"});
-}
-
 } // namespace
 } // namespace zembrastel::testing

@@ -110,18 +110,6 @@ TEST_F(ProfileCommands, RemovalIsAskedForAndKeepsAllFiles) {
     EXPECT_TRUE(place.saved().profiles.empty());
 }
 
-TEST_F(ProfileCommands, CopyStandsOnItsOwn) {
-    ASSERT_EQ(place.run({"profile", "duplicate", "x"}).status, 0);
-    const auto copy = decodeProfile(place.run({"profile", "duplicate", "x", "--json"}).output);
-    EXPECT_EQ(copy.name, "x copy 2");
-    const SavedState state = place.saved();
-    ASSERT_EQ(state.profiles.size(), 3U);
-    EXPECT_EQ(state.profiles.back(), copy);
-    EXPECT_NE(copy.id, profile.id);
-    EXPECT_FALSE(copy.enabled);
-    EXPECT_FALSE(state.baselines.contains(copy.id));
-}
-
 TEST_F(ProfileCommands, ExportIsImportedElsewhereOnceAndWithoutStarting) {
     const auto file = place.path("export.json");
     ASSERT_EQ(place.run({"profile", "export", "x", "--output", file.string()}).status, 0);

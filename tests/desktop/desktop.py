@@ -228,7 +228,8 @@ class Program:
         if EVENT_TIMES:
             environment |= {"LD_PRELOAD": EVENT_TIMES, "EVENT_TIMES_FILE": self.event_times,
                             "EVENT_TIMES_DISPLAY": str(desktop.server.pid)}
-        self.process = desktop.spawn(self.name, [PROGRAM, *arguments], env=environment)
+        # A parent may ignore the end of its children and allow core dumps.
+        self.process = desktop.spawn(self.name, ["env", "--ignore-signal=CHLD", PROGRAM, *arguments], env=environment)
 
     def exit_status(self, seconds=PATIENCE):
         """Once it has ended."""

@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """How the program starts, is started again, and ends."""
 import os
+import re
 import signal
 import socket
 import subprocess
@@ -37,6 +38,9 @@ class LifecycleTest(DesktopTest):
         program = self.start("--background")
         wait_until(program.root, "the program is up")
         self.assertEqual(program.windows(), [])
+        self.assertRegex(read(f"/proc/{program.process.pid}", "limits"), b"Max core file size +[01] +[01] ")
+        ignored = re.search(rb"SigIgn:\s*(\w+)", read(f"/proc/{program.process.pid}", "status"))[1]
+        self.assertFalse(int(ignored, 16) >> (signal.SIGCHLD - 1) & 1, "it would not learn how transfers end")
         self.assertEqual(self.start().exit_status(), 0)
         program.window()
         self.assertEqual(program.end(signal.SIGINT), 0)
@@ -53,15 +57,6 @@ class LifecycleTest(DesktopTest):
              {})
         program.window()
         self.assertEqual(demo.windows(), [])
-
-    def test_command_line_and_program_keep_out_of_each_others_state(self):
-        Site(self.desktop).add_profile()
-        program = self.start()
-        program.window()
-        refused = self.run_command_line("watch")
-        self.assertEqual(refused.returncode, 4, refused.stderr)
-        self.assertEqual(program.end(signal.SIGTERM), 0)
-        self.assertEqual(self.run_command_line("scan", "Site").returncode, 0)
 
     @staticmethod
     def dialogs(program):

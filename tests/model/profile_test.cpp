@@ -14,8 +14,6 @@ const auto incomplete = "Enter a name, server, username and local folder.";
 const auto badHost = "Use a hostname or IPv4 address without ftp://, a path or a port. Enter the port separately.";
 const auto badUsername = "The FTP username cannot contain a colon or a line break.";
 const auto badRemoteFolder = "Enter a remote folder without . or .. path components.";
-const auto nothingChosen = "Choose the initial download files and folders before starting. Open Edit profile, choose "
-                           "the contents, and save your selection.";
 const auto noLocalFolder = "Choose an existing local folder.";
 
 class ProfileValidation : public ::testing::Test {
@@ -82,29 +80,6 @@ TEST_F(ProfileValidation, TextThatStopsEverySaveIsRefused) {
     for (const auto field : {&Profile::initialDownloadSelection, &Profile::syncSelection}) {
         expectEach(badText, field, std::vector{DownloadSelection{.rules = {{"caf\xE9", true}}}});
     }
-}
-
-TEST_F(ProfileValidation, TheFirstBrokenRuleIsTheOneReported) {
-    Profile profile;
-    profile.host = "a b";
-    profile.username = "a:b";
-    profile.remoteFolder = "..";
-    profile.localFolder = "/nonexistent";
-    profile.needsDownload = true;
-    profile.initialDownloadSelection = DownloadSelection{.rules = {{"a", false}}};
-    EXPECT_EQ(complaint(profile), incomplete);
-    profile.name = good.name;
-    EXPECT_EQ(complaint(profile), badHost);
-    profile.host = good.host;
-    EXPECT_EQ(complaint(profile), badUsername);
-    profile.username = good.username;
-    EXPECT_EQ(complaint(profile), badRemoteFolder);
-    profile.remoteFolder = good.remoteFolder;
-    EXPECT_EQ(complaint(profile), nothingChosen);
-    profile.initialDownloadSelection.reset();
-    EXPECT_EQ(complaint(profile), nothingChosen);
-    profile.initialDownloadSelection = DownloadSelection::everything();
-    EXPECT_EQ(complaint(profile), noLocalFolder);
 }
 
 TEST_F(ProfileValidation, BlanksAndLinksAreResolvedAndNothingElseIsTouched) {

@@ -43,15 +43,6 @@ TEST_F(StateStoreFiles, WhatWasSavedIsThereAtTheNextStartForTheOwnerAlone) {
     EXPECT_EQ(StateStore(folder).load(), state);
 }
 
-TEST_F(StateStoreFiles, AReaderOfTheOldFileNeverSeesHalfOfTheNewOne) {
-    store.save(stateNamed("one"));
-    fs::create_hard_link(file, temporary / "opened");
-    const auto whole = readFile(file);
-    store.save(stateNamed(std::string(100000, 'x')));
-    EXPECT_EQ(readFile(temporary / "opened"), whole);
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1);
-}
-
 TEST_F(StateStoreFiles, AFileThatCannotBeUnderstoodOrReplacedIsLeftAsItWas) {
     const auto state = encode(stateNamed("one"));
     auto otherProtocol = state;

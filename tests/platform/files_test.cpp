@@ -10,7 +10,21 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
+
+namespace {
+
+std::vector<std::string> flushed; // what kind of item, as often as it was flushed
+
+} // namespace
+
+extern "C" int fsync(int item) {
+    struct stat attributes {};
+    ::fstat(item, &attributes);
+    flushed.emplace_back(S_ISDIR(attributes.st_mode) ? "folder" : "file");
+    return static_cast<int>(::syscall(SYS_fsync, item));
+}
 
 namespace zembrastel {
 namespace {
@@ -32,6 +46,7 @@ TEST_F(FilesTest, AtomicWriteIsOwnerOnlyWholeAndLeavesNothingBeside) {
     const auto file = folder.path() / "state";
     const mode_t before = ::umask(0);
     writeAtomically(file, "first");
+    EXPECT_EQ(std::exchange(flushed, {}), (std::vector<std::string>{"file", "folder"})) << "a power cut loses it";
     ::umask(0777);
     writeAtomically(file, std::string(1 << 20, 'b'));
     ::umask(before);

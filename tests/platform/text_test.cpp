@@ -87,18 +87,6 @@ TEST(Text, NamesAndTheirKeysSortAsInAFileManagerWhateverTheLocale) {
     EXPECT_EQ(nameSortKey("a\0b"sv), nameSortKey("ab")) << "as they compare";
 }
 
-TEST(Text, HttpDateIsReadToTheSecondOrNotAtAll) {
-    EXPECT_EQ(parseHttpDate("Thu, 29 Feb 2024 23:59:59 UTC"), sys_seconds(1709251199s));
-    EXPECT_EQ(parseHttpDate("Wed, 31 Dec 1969 23:59:59 GMT"), sys_seconds(-1s));
-    EXPECT_EQ(parseHttpDate("Wed, 01 Jan 2020 12:34:56 PST"), sys_seconds(1577910896s));
-    for (const auto& none : std::vector<std::string>{
-             "", "Wed, 01 Jan 2020 12:34:56", "Wed, 01 Jan 2020 12:34:56 GMT x", "Fri, 30 Feb 2024 12:00:00 GMT",
-             "Wed, 01 Jan 2020 24:00:00 GMT", "Wed, 01 Foo 2020 12:34:56 GMT", "Wed, 01 Jan 2020 12:34:56 \xFF",
-             "2020-01-01T12:34:56Z", std::string(std::size_t{20} << 20, ' ')}) {
-        EXPECT_FALSE(parseHttpDate(none)) << printable(none.substr(0, 100));
-    }
-}
-
 TEST(Text, ThreadsThatReadDatesAndCompareNamesDoNotDisturbEachOther) {
     std::atomic<int> wrong = 0;
     const auto work = [&wrong](int hour) {

@@ -47,7 +47,6 @@ def parse_arguments():
     add("--password", default="s3cret")
     add("--no", action="append", default=[], metavar="COMMAND", help="answer 500 to this command")
     add("--reply", action="append", default=[], metavar="COMMAND=TEXT", help="answer with TEXT, doing nothing")
-    add("--final", metavar="TEXT", help="the reply after the data of an upload, in place of 226")
     add("--no-replace", action="store_true", help="RNTO refuses an existing target")
     add("--list", choices=["unix", "iis", "odd"], default="unix", help="the format of LIST")
     add("--hide", action="append", default=[], metavar="GLOB", help="names that LIST leaves out and MLSD shows")
@@ -62,14 +61,13 @@ def parse_arguments():
     add("--delay", type=float, default=0, metavar="SECONDS", help="wait before the reply to every command")
     add("--hang", metavar="STAGE", help="go silent there, keeping the connection")
     add("--drop", metavar="STAGE", help="close the whole connection there")
-    add("--drop-data", metavar="STAGE", help='close only the data connection there ("data"), then answer 426')
     add("--hold", metavar="FILE", help='every transfer, and with it the server, waits there ("data") while FILE exists')
     add("--only", metavar="GLOB", help="--reply, --hang and --drop at a command only when the last component of its "
         "argument matches")
     add("--lie", choices=["truncate", "alter", "vanish"], help='success is reported, but: "truncate" an upload loses '
         'its last byte; "alter" a renamed file gains one; "vanish" a renamed file and its target are gone')
-    add("--times", type=int, metavar="N", help="only N occasions are odd; --reply, --final, --hang, --drop, --drop-data, "
-        "--cut and --lie count together")
+    add("--times", type=int, metavar="N", help="only N occasions are odd; --reply, --hang, --drop, --cut and --lie "
+        "count together")
     add("--after", type=int, default=0, metavar="N", help="the first N occasions are not odd")
     add("--break", dest="breaking", metavar="FILE", help="where it is said what breaks next: see above")
     add("--log", metavar="FILE", help="write each command with its argument, one a line, as it arrives")
@@ -321,9 +319,6 @@ class OddControl:
             super().push(text)
 
     def respond(self, text, *arguments, **named):
-        ends_upload = text.startswith("226") and self.data_channel is not None and self.data_channel.receive
-        if ends_upload and options.final and occasions.take():
-            text = options.final
         if self.is_renaming and text.startswith("250") and is_odd(options.drop, "renamed"):
             self.close()
             return
@@ -358,9 +353,6 @@ class OddData:
             self.del_channel()  # no longer polled, not closed
         elif is_odd(options.drop, "data"):
             self.cmd_channel.close()
-        elif is_odd(options.drop_data, "data"):
-            self._resp = ("426 Connection closed; transfer aborted.", None)
-            self.close()
         else:
             return False
         return True

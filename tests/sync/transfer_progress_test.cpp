@@ -174,19 +174,6 @@ TEST_F(WorkerProgress, UploadToASlowServerIsSeenGrowing) {
     EXPECT_TRUE(told.back().file->left || told.back().file->bytes == size);
 }
 
-TEST_F(WorkerProgress, DownloadFromASlowServerIsSeenGrowing) {
-    const std::size_t size = 8 * megabyte;
-    FtpServer server(FtpServer::Kind::vsftpd, {.rateKiB = slowKiB});
-    server.put("site/sub/video", testing::randomBytes(size));
-    LocalSite site(server);
-    site.profile.needsDownload = true;
-    site.profile.initialDownloadSelection = DownloadSelection::everything();
-    run(site, running, 1);
-    expectPlausible("sub/video", size, slowRate);
-    EXPECT_EQ(told.back().work, Work::downloading);
-    EXPECT_EQ(told.back().folders, 2U);
-}
-
 // Each look at it takes 50 milliseconds.
 class HastyClock final : public testing::FakeClock {
 public:

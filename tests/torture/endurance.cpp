@@ -8,11 +8,10 @@
 #include "support/process_figures.h"
 #include "support/unsteady_servers.h"
 #include "support/wait_for.h"
+#include "torture/program_run.h"
 #include "torture/seeded_run.h"
 
 #include <algorithm>
-#include <atomic>
-#include <csignal>
 #include <cstdio>
 #include <optional>
 #include <random>
@@ -26,6 +25,7 @@ namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 using Steady = std::chrono::steady_clock;
 
+constexpr const char* uploaded = "  Uploaded ";
 constexpr std::size_t pathsInUse = 12;
 constexpr auto editEvery = 80ms;
 constexpr auto sampleEvery = 1s;
@@ -36,14 +36,8 @@ constexpr auto catchUpWithin = 180s; // longer than the longest pause between tw
 
 struct Sample {
     std::size_t resident = 0; // KiB
-    std::size_t own = 0;      // KiB of it that no file holds
     std::size_t descriptors = 0;
     std::size_t threads = 0;
-};
-
-struct KillInTheEnd {
-    const Program& program;
-    ~KillInTheEnd() { program.kill(); }
 };
 
 class Endurance {
@@ -61,28 +55,25 @@ public:
             writePaths(place);
         }
         StateStore(stand.state()).save(state);
-        writeFile(stand.path("password"), servers.password());
-        fs::permissions(stand.path("password"), fs::perms::owner_read);
+        stand.savePassword(servers.password());
     }
 
     void run(std::chrono::seconds duration) {
-        Program program = stand.start({"watch", "--password-file", stand.path("password").string()});
-        program.closeInput();
-        std::jthread reader([this, &program] { read(program); });
-        const KillInTheEnd killed{program}; // or the reader would go on for ever after a failure
-        require(eventually([&] { return uploads > 0; }, 120s), "nothing is uploaded");
+        ProgramRun program(stand, {"watch", "--password-file", stand.passwordFile().string()});
+        require(program.waitForLines(1, uploaded, {}), "nothing is uploaded");
         servers.unsteady(8s, 8s);
         work(program.pid(), duration);
         servers.steady();
         finish();
         // A file is live a moment before the program knows it; a stop in between leaves it to be compared again.
         if (!eventually([this] { return !forgotten(); })) requireRemembered();
-        ::kill(program.pid(), SIGTERM);
-        reader.join();
-        require(program.wait() == 0, "the program did not end well");
+        require(program.stop() == 0, "the program did not end well");
         require(entriesIn(stand.temporary()) == 0, "temporary folders were left behind");
         requireRemembered();
-        report(duration);
+        const auto told = program.told();
+        report(duration, std::ranges::count_if(told, [](const std::string& line) {
+                   return line.find(uploaded) != line.npos;
+               }));
     }
 
 private:
@@ -105,15 +96,6 @@ private:
         }
     }
 
-    void read(Program& program) {
-        try {
-            while (true) {
-                if (program.readLine(24h).find("  Uploaded ") != std::string::npos) ++uploads;
-            }
-        } catch (const std::runtime_error&) { // it has ended
-        }
-    }
-
     void work(pid_t process, std::chrono::seconds duration) {
         const auto count = places();
         const auto end = Steady::now() + duration;
@@ -125,7 +107,6 @@ private:
             if (Steady::now() >= nextSample) {
                 samples.push_back(
                     {.resident = kibibytesOf(process, "VmRSS"),
-                     .own = kibibytesOf(process, "RssAnon"),
                      .descriptors = descriptorsOf(process),
                      .threads = threadsOf(process)});
                 nextSample += sampleEvery;
@@ -176,7 +157,7 @@ private:
         return std::ranges::min(std::ranges::subrange(first, last), {}, figure).*figure;
     }
 
-    void report(std::chrono::seconds duration) const {
+    void report(std::chrono::seconds duration, std::ptrdiff_t uploads) const {
         std::string figures;
         std::string grown;
         const auto compare = [&](const char* name, std::size_t Sample::*figure) {
@@ -187,13 +168,11 @@ private:
             if (grows && duration >= shortestToJudge) grown += std::string(" ") + name;
         };
         compare("resident KiB", &Sample::resident);
-        compare("of it its own KiB", &Sample::own);
         compare("descriptors", &Sample::descriptors);
         compare("threads", &Sample::threads);
         std::printf(
-            "%zu profiles for %lld s: %zu edits, %zu uploads, a server stopped %zu times%s; all equal in the end\n",
-            places(), static_cast<long long>(duration.count()), edits, uploads.load(), servers.stops(),
-            figures.c_str());
+            "%zu profiles for %lld s: %zu edits, %td uploads, a server stopped %zu times%s; all equal in the end\n",
+            places(), static_cast<long long>(duration.count()), edits, uploads, servers.stops(), figures.c_str());
         require(grown.empty(), "grown by more than a twentieth:" + grown);
     }
 
@@ -201,7 +180,6 @@ private:
     CliPlace stand;
     UnsteadyServers servers;
     std::size_t edits = 0;
-    std::atomic<std::size_t> uploads = 0;
     std::vector<Sample> samples;
 };
 

@@ -17,7 +17,6 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
-#include <future>
 #include <random>
 #include <set>
 #include <stdexcept>
@@ -35,28 +34,6 @@ constexpr int rateKiB = 1000; // so that there is something to meet in mid trans
 constexpr const char* name = "site";
 constexpr std::string_view backupFolder = ".zembrastel-backups/";
 
-struct Counts {
-    std::map<std::string, std::size_t> kills; // by what the program was asked to do
-    std::size_t alone = 0;
-    std::size_t inTransfer = 0; // kills that met a running child
-    std::size_t uploads = 0;
-    std::size_t replaced = 0; // local files, with a backup
-    std::size_t ownOffered = 0;
-    std::size_t leftOnServer = 0;
-    std::size_t rests = 0;
-
-    void add(const Counts& other) {
-        for (const auto& [task, count] : other.kills) kills[task] += count;
-        alone += other.alone;
-        inTransfer += other.inTransfer;
-        uploads += other.uploads;
-        replaced += other.replaced;
-        ownOffered += other.ownOffered;
-        leftOnServer += other.leftOnServer;
-        rests += other.rests;
-    }
-};
-
 const std::string watching = "Watching: Local changes";
 const std::string reviewWaits = "newer on the server:";
 const std::string uploadedWords = "  Uploaded ";
@@ -67,8 +44,7 @@ public:
         : random(seed), server(kind, {.rateKiB = rateKiB}), local(place.path("site")), remote(server.root() / "site") {
         for (const auto& folder : {local, remote}) fs::create_directory(folder);
         server.handOver();
-        writeFile(place.path("password"), server.password());
-        fs::permissions(place.path("password"), fs::perms::owner_read);
+        place.savePassword(server.password());
         Profile profile = profileFor(server, local, server.remoteFolder("site"));
         profile.name = name;
         id = profile.id;
@@ -76,14 +52,12 @@ public:
         state = load();
     }
 
-    Counts kill(std::size_t times) {
+    void kill(std::size_t times) {
         for (std::size_t killed = 0; killed < times;) {
             if (!killOnce()) continue;
             ++killed;
             if (killed % killsBetweenRests == 0 || killed == times) rest();
         }
-        counts.leftOnServer = leftoverPartFiles(remote).size();
-        return counts;
     }
 
 private:
@@ -97,7 +71,7 @@ private:
     std::string anyContent() { return randomBytes(upTo(1) == 0 ? upTo(600'000) : upTo(20'000), random()); }
 
     [[nodiscard]] CliPlace::Arguments command(CliPlace::Arguments words) const {
-        words.insert(words.end(), {"--password-file", place.path("password").string()});
+        words.insert(words.end(), {"--password-file", place.passwordFile().string()});
         return words;
     }
 
@@ -105,12 +79,11 @@ private:
     bool killOnce() {
         if (!state.profiles.front().needsDownload) { // which goes on over all kills
             const auto choice = upTo(9);
-            if (choice < 2) return run("replacements", prepareReview(), 500ms);
-            if (choice == 2) return run("new profiles", prepareProfile(), 40ms);
+            if (choice < 2) return run(prepareReview(), 500ms);
+            if (choice == 2) return run(prepareProfile(), 40ms);
             choice < 5 ? prepareDownload() : edit();
         }
-        const bool fetches = state.profiles.front().needsDownload;
-        return run(fetches ? "downloads" : "uploads", command({"watch", name}), upTo(4) == 0 ? 2500ms : 150ms);
+        return run(command({"watch", name}), upTo(4) == 0 ? 2500ms : 150ms);
     }
 
     void edit() {
@@ -150,7 +123,7 @@ private:
         StateStore(place.state()).save(state);
     }
 
-    bool run(const std::string& task, const CliPlace::Arguments& arguments, std::chrono::milliseconds longest) {
+    bool run(const CliPlace::Arguments& arguments, std::chrono::milliseconds longest) {
         remember();
         const bool watches = arguments.front() == "watch";
         const bool atTransfer = watches && upTo(1) == 0;
@@ -168,14 +141,10 @@ private:
         std::this_thread::sleep_for(delay);
         const auto children = program.kill(!alone);
         const int status = program.wait();
-        if (children) {
-            ++counts.kills[task];
-            counts.alone += alone ? 1 : 0;
-            counts.inTransfer += children->empty() ? 0 : 1;
-            requireTransfersEnded(*children, server);
-        }
+        if (children) requireTransfersEnded(*children, server);
         verify(program.told(), !children);
-        if (task == "new profiles" && !children) require(status == 0 && hasProfile(added), "a new profile is missing");
+        const bool adds = arguments.front() == "profile" && !children;
+        require(!adds || (status == 0 && hasProfile(added)), "a new profile is missing");
         return children.has_value();
     }
 
@@ -198,7 +167,6 @@ private:
         const SavedState before = std::exchange(state, load());
         verifyState(before);
         for (const auto& line : told) {
-            counts.uploads += line.find(uploadedWords) != std::string::npos ? 1 : 0;
             const bool downloaded = line.find("Initial download complete") != std::string::npos;
             require(!downloaded || !state.profiles.front().needsDownload, "the end of the download is forgotten");
         }
@@ -227,7 +195,6 @@ private:
             const auto theirs = remoteBefore.find(path);
             require(theirs != remoteBefore.end() && now.at(path) == theirs->second, "local file is torn: " + path);
             require(hasBackup(now, path, content), "replaced local file has no backup: " + path);
-            ++counts.replaced;
         }
     }
 
@@ -302,11 +269,7 @@ private:
         require(decided.status == 0, "review failed: " + decided.errors);
         verify({}, true);
         for (const auto& [path, content] : remoteBefore) {
-            const auto told = [&](const std::string& line) { return decided.output.find(line) != std::string::npos; };
-            const bool kept = told("Kept local copy: " + path + "\n");
-            const bool offered = kept || told("Downloaded newer server copy: " + path + " (");
-            if (offered && localBefore.contains(path) && localBefore.at(path) == content) ++counts.ownOffered;
-            if (!kept) continue;
+            if (decided.output.find("Kept local copy: " + path + "\n") == std::string::npos) continue;
             require(hasDate(path), "decision is forgotten: " + path);
             writeFile(local / path, anyContent()); // to be sent, or the two sides would stay different
         }
@@ -343,7 +306,6 @@ private:
             require(path.starts_with(backupFolder), "left in the local folder: " + path);
         }
         require(ours == theirs, "the two sides differ in the end" + difference(ours, theirs));
-        ++counts.rests;
     }
 
     static std::string difference(const FileTree& ours, const FileTree& theirs) {
@@ -365,37 +327,17 @@ private:
     std::chrono::seconds future{60};
     FileTree localBefore;
     FileTree remoteBefore;
-    Counts counts;
 };
 
 void killInLanes(std::uint64_t seed, std::size_t rounds, std::size_t lanes) {
-    std::vector<std::future<Counts>> running;
+    std::map<std::string, std::function<void()>> works;
     for (std::size_t lane = 0; lane < lanes; ++lane) {
         const std::size_t share = rounds / lanes + (lane < rounds % lanes ? 1 : 0);
         const auto kind = lane % 2 == 0 ? FtpServer::Kind::proftpd : FtpServer::Kind::vsftpd;
-        running.push_back(std::async(std::launch::async, [=] { return Lane(seed + lane, kind).kill(share); }));
+        works["lane " + std::to_string(lane)] = [=] { Lane(seed + lane, kind).kill(share); };
     }
-    Counts sum;
-    std::string failed;
-    for (std::size_t lane = 0; lane < lanes; ++lane) {
-        try {
-            sum.add(running[lane].get());
-        } catch (const std::exception& error) {
-            failed += "\n  lane " + std::to_string(lane) + ": " + error.what();
-        }
-    }
-    std::string tasks;
-    std::size_t kills = 0;
-    for (const auto& [task, times] : sum.kills) {
-        tasks += (tasks.empty() ? "" : ", ") + task + " " + std::to_string(times);
-        kills += times;
-    }
-    std::printf(
-        "%zu kills (%s), %zu of the program alone, %zu in mid transfer; %zu uploads, %zu local files replaced with a "
-        "backup, %zu own uploads offered for review, %zu temporary files left on the servers, caught up %zu times\n",
-        kills, tasks.c_str(), sum.alone, sum.inTransfer, sum.uploads, sum.replaced, sum.ownOffered, sum.leftOnServer,
-        sum.rests);
-    require(failed.empty(), failed);
+    doAtOnce(works);
+    std::printf("%zu kills: nothing torn or lost, and all caught up\n", rounds);
 }
 
 int tortured(int count, char** arguments) {

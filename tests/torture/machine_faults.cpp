@@ -1,6 +1,6 @@
-// The real program while the machine fails under it: disks full, read-only or taken away, permissions lost, no curl, a
-// suspend. Each time the program must say in words what is wrong, go on by itself once it is not, and lose nothing. And
-// the real program on a disk that can do little.
+// The real program while the machine fails under it: disks full, read-only or taken away, permissions lost. Each time
+// the program must say in words what is wrong, go on by itself once it is not, and lose nothing. And the real program
+// on a disk that can do little.
 //
 // Every case has a thread with mounts of its own, a server, a state folder and a local folder. Where this process may
 // not mount, a line says which cases that left out.
@@ -11,9 +11,8 @@
 #include "support/ftp_server.h"
 #include "support/process_figures.h"
 #include "support/wait_for.h"
-#include "torture/require.h"
+#include "torture/seeded_run.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
@@ -88,11 +87,10 @@ public:
 
 class Site {
 public:
-    explicit Site(bool talks) : verbose(talks) {
+    Site() {
         for (const auto& folder : {local, disk, remote}) fs::create_directory(folder);
         server.handOver();
-        writeFile(place.path("password"), server.password());
-        fs::permissions(place.path("password"), fs::perms::owner_read);
+        place.savePassword(server.password());
         profile = profileFor(server, local, server.remoteFolder("site"));
         profile.name = name;
     }
@@ -155,7 +153,7 @@ public:
         if (!fs::exists(place.stateFile())) {
             StateStore(place.state()).save({.profiles = {profile}, .baselines = {}, .remoteDates = {}});
         }
-        running.emplace(place, CliPlace::Arguments{"watch", name, "--password-file", place.path("password").string()});
+        running.emplace(place, CliPlace::Arguments{"watch", name, "--password-file", place.passwordFile().string()});
     }
 
     [[nodiscard]] pid_t pid() const { return running->program.pid(); }
@@ -173,7 +171,6 @@ public:
                 throw std::runtime_error(
                     "\"" + words + "\" was not told: " + error.what() + ", after:\n" + told + place.errors());
             }
-            if (verbose) std::printf("    %s\n", line.c_str());
             told += line + "\n";
             if (line.find(words) != std::string::npos) return line;
         }
@@ -196,7 +193,7 @@ public:
         require(fs::is_empty(place.temporary()), "left in the temporary folder");
         require(withoutBackups(readTree(local)) == expected, "a local file is lost, or changed, or left behind");
         require(readPublished(remote) == expected, "the two sides differ in the end");
-        const auto known = place.run({"review", name, "--list", "--password-file", place.path("password").string()});
+        const auto known = place.run({"review", name, "--list", "--password-file", place.passwordFile().string()});
         require(known.status == 0, "what it uploaded itself is offered for review: " + known.output + known.errors);
     }
 
@@ -232,7 +229,6 @@ private:
 
     std::optional<Running> running;
     std::vector<std::unique_ptr<Mounted>> mounts; // undone before the folders are removed
-    const bool verbose;
 };
 
 // A fault that meets a program at its work.
@@ -242,7 +238,6 @@ struct Fault {
     std::function<void(Site&)> breaks;
     std::function<void(Site&)> mends;
     std::function<void(Site&)> prepares = [](Site&) {};
-    bool whileStarting = false;
     bool saved = false; // the change was sent, and only its record is missing
 };
 
@@ -256,10 +251,10 @@ void meet(Site& site, const Fault& fault) {
     // The last of it: from then on the program has none of its files open but what it keeps open.
     const auto isSaved = [&site] { return site.hasSavedDate("page") && site.hasSavedDate("folder/other"); };
     require(eventually(isSaved, limit), "the first files were not recorded");
-    fault.whileStarting ? site.stop() : site.suspend();
+    site.suspend();
     site.write("page", randomBytes(100'000));
     fault.breaks(site);
-    fault.whileStarting ? site.start() : site.resume();
+    site.resume();
     site.waitFor(fault.told);
     if (!fault.saved) require(readFile(site.remote / "page") == "old", "something was sent in spite of the fault");
     fault.mends(site);
@@ -331,52 +326,12 @@ void unmountAndBack(Site& site, const fs::path& mountPoint, const std::string& t
     site.stop();
     require(readFile(site.remote / "page") == "by a colleague", "a colleague's edit was overwritten");
     const auto taken =
-        site.place.run({"review", name, "--download-all", "--password-file", site.place.path("password").string()});
+        site.place.run({"review", name, "--download-all", "--password-file", site.place.passwordFile().string()});
     require(taken.status == 0, taken.errors);
     require(site.hasBackup("edited elsewhere"), "the local edit is lost");
     site.expected["page"] = "by a colleague";
     site.start();
     site.waitFor(watching);
-    site.verify();
-}
-
-// The program finds in place of all other programs those of a folder, and these few. Another process copies them: one
-// that a thread forks from this process while it writes them would keep them open, and busy.
-void keepProgramsApart(Site& site) {
-    const auto script = site.place.path("without-ftp");
-    writeFile(
-        script, "#!/bin/sh\necho 'curl: (1) Protocol \"ftp\" not supported or disabled in libcurl' >&2\nexit 1\n");
-    fs::permissions(script, fs::perms::owner_all);
-    for (const fs::path& program : {fs::path("/bin/sh"), fs::path("/usr/bin/curl"), fs::path(script)}) {
-        const std::vector<std::string> copy{"/bin/cp", "-pL", program, site.disk / program.filename()};
-        require(runProgram(copy).status == 0, "cannot copy " + program.string());
-    }
-    site.mountOver("/usr/bin", site.disk);
-}
-
-void takeCurlAway(Site& site) { fs::rename(site.disk / "curl", site.disk / "kept"); }
-void putCurlBack(Site& site) { fs::rename(site.disk / "kept", site.disk / "curl"); }
-
-// The machine sleeps in the middle of an upload; meanwhile the server has given the connection up.
-void suspendAndResume(Site& site, std::chrono::seconds duration) {
-    site.write("page", "old");
-    site.start();
-    site.waitFor(watching);
-    site.write("page", randomBytes(3'000'000));
-    site.waitFor("Uploading: page");
-    require(eventually([&] { return !leftoverPartFiles(site.remote).empty(); }, limit), "the upload does not begin");
-    const auto children = childrenOf(site.pid());
-    require(!children.empty(), "the upload is over too early");
-    for (const pid_t process : children) ::kill(process, SIGSTOP);
-    site.suspend();
-    const auto began = std::chrono::steady_clock::now();
-    site.server.restart();
-    require(readFile(site.remote / "page") == "old", "the live file is torn");
-    std::this_thread::sleep_until(began + duration);
-    site.resume();
-    for (const pid_t process : children) ::kill(process, SIGCONT);
-    site.waitFor("error: curl: (");
-    site.waitFor("Uploaded page");
     site.verify();
 }
 
@@ -396,12 +351,6 @@ const std::vector<Fault> faults{
              Site::makeRoom(site.place.temporary());
          },
      .prepares = [](Site& site) { site.mountSmall(site.place.temporary()); }},
-    {.name = "disk full at the server check",
-     .told = "No space left on device",
-     .breaks = [](Site& site) { Site::fillUp(site.place.temporary()); },
-     .mends = [](Site& site) { Site::makeRoom(site.place.temporary()); },
-     .prepares = [](Site& site) { site.mountSmall(site.place.temporary()); },
-     .whileStarting = true},
     {.name = "temporary folder read-only",
      .told = "Read-only file system",
      .breaks = [](Site& site) { Site::remount(site.place.temporary(), MS_RDONLY); },
@@ -427,11 +376,6 @@ const std::vector<Fault> lostPermissions{
      .mends = [](Site& site) { fs::permissions(site.place.state(), fs::perms::owner_all); },
      .prepares = [](Site& site) { site.obeyPermissions(); },
      .saved = true},
-    {.name = "temporary folder closed",
-     .told = "Permission denied",
-     .breaks = [](Site& site) { fs::permissions(site.place.temporary(), fs::perms::none); },
-     .mends = [](Site& site) { fs::permissions(site.place.temporary(), fs::perms::owner_all); },
-     .prepares = [](Site& site) { site.obeyPermissions(); }},
 };
 
 const std::vector<Fault> downloadFaults{
@@ -449,37 +393,19 @@ const std::vector<Fault> downloadFaults{
      .mends = [](Site& site) { Site::remount(site.local, 0); }},
 };
 
-const std::vector<Fault> curlFaults{
-    {.name = "curl missing",
-     .told = "/usr/bin/curl: No such file or directory",
-     .breaks = takeCurlAway,
-     .mends = putCurlBack,
-     .prepares = keepProgramsApart},
-    {.name = "curl without FTP",
-     .told = "curl: (1) Protocol \"ftp\" not supported or disabled in libcurl",
-     .breaks =
-         [](Site& site) {
-             takeCurlAway(site);
-             fs::rename(site.disk / "without-ftp", site.disk / "curl");
-         },
-     .mends = putCurlBack,
-     .prepares = keepProgramsApart},
-};
-
 struct Case {
     std::string name;
     std::function<void(Site&)> run;
 };
 
-std::vector<Case> chosenCases(bool mounts, std::chrono::seconds suspended) {
+std::vector<Case> chosenCases(bool mounts) {
     std::vector<Case> cases;
     const auto add = [&cases](const Fault& fault) {
         cases.push_back({fault.name, [&fault](Site& site) { meet(site, fault); }});
     };
     std::ranges::for_each(lostPermissions, add);
-    cases.push_back({"suspend", [suspended](Site& site) { suspendAndResume(site, suspended); }});
     if (!mounts) {
-        std::puts("left out, since this process may not mount: full and read-only disks, unmounted folders, curl");
+        std::puts("left out, since this process may not mount: full and read-only disks, unmounted folders");
         return cases;
     }
     std::ranges::for_each(faults, add);
@@ -487,7 +413,6 @@ std::vector<Case> chosenCases(bool mounts, std::chrono::seconds suspended) {
     std::puts("left out, since this sanitizer keeps a file open for writing there: temporary folder read-only");
     std::erase_if(cases, [](const Case& one) { return one.name == "temporary folder read-only"; });
 #endif
-    std::ranges::for_each(curlFaults, add);
     for (const auto& fault : downloadFaults) {
         cases.push_back({fault.name, [&fault](Site& site) { meetDownloading(site, fault); }});
     }
@@ -508,38 +433,23 @@ std::vector<Case> chosenCases(bool mounts, std::chrono::seconds suspended) {
 }
 
 int tortured(int count, char** arguments) {
-    bool verbose = false;
-    int suspended = 3;
     std::string only;
-    CLI::App options{"Fails under the program as machines do."};
-    options.add_option("--suspended", suspended, "seconds of sleep in mid upload");
-    options.add_option("--only", only, "cases whose name has this in it");
-    options.add_flag("--verbose", verbose, "print what the program tells");
-    CLI11_PARSE(options, count, arguments);
-
-    const bool mounts = mayMount();
-    std::map<std::string, std::future<void>> running;
-    for (const auto& chosen : chosenCases(mounts, std::chrono::seconds(suspended))) {
-        if (chosen.name.find(only) == std::string::npos) continue;
-        running[chosen.name] = std::async(std::launch::async, [chosen, mounts, verbose] {
-            if (mounts) keepMountsApart();
-            Site site(verbose);
-            chosen.run(site);
-        });
-    }
-    std::size_t failed = 0;
-    for (auto& [title, end] : running) {
-        try {
-            end.get();
-        } catch (const std::exception& error) {
-            std::printf("FAILED at %s: %s\n", title.c_str(), error.what());
-            ++failed;
+    SeededRun torture("Fails under the program as machines do.");
+    torture.options.add_option("--only", only, "cases whose name has this in it");
+    return torture.run(count, arguments, [&only](std::uint64_t) {
+        const bool mounts = mayMount();
+        std::map<std::string, std::function<void()>> works;
+        for (const auto& chosen : chosenCases(mounts)) {
+            if (chosen.name.find(only) == std::string::npos) continue;
+            works[chosen.name] = [chosen, mounts] {
+                if (mounts) keepMountsApart();
+                Site site;
+                chosen.run(site);
+            };
         }
-    }
-    std::printf(
-        "%zu faults of the machine: %zu told, recovered from, with nothing lost\n", running.size(),
-        running.size() - failed);
-    return failed == 0 ? 0 : 1;
+        doAtOnce(works);
+        std::printf("%zu faults of the machine: told, recovered from, with nothing lost\n", works.size());
+    });
 }
 
 } // namespace

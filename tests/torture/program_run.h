@@ -63,6 +63,8 @@ public:
         return std::nullopt;
     }
 
+    [[nodiscard]] pid_t pid() const { return program.pid(); }
+
     void suspendFor(std::chrono::milliseconds time) const {
         if (program.suspend()) std::this_thread::sleep_for(time);
         program.resume();

@@ -9,10 +9,27 @@
 #include <cstdio>
 #include <exception>
 #include <functional>
+#include <future>
+#include <map>
 #include <random>
 #include <string>
 
 namespace zembrastel::testing {
+
+// Does all of it at once, and throws what the failures among them are, each with the name of its work.
+inline void doAtOnce(const std::map<std::string, std::function<void()>>& works) {
+    std::map<std::string, std::future<void>> running;
+    for (const auto& [name, work] : works) running[name] = std::async(std::launch::async, work);
+    std::string failed;
+    for (auto& [name, end] : running) {
+        try {
+            end.get();
+        } catch (const std::exception& error) {
+            failed += "\n" + name + ": " + error.what();
+        }
+    }
+    require(failed.empty(), failed);
+}
 
 class SeededRun {
 public:

@@ -156,11 +156,9 @@ public:
         const bool clean = eventually([&] { return held() == before; });
         const auto [threads, descriptors, children] = held();
         std::printf(
-            "%zu calls (%zu refused), %zu times quit and reloaded, servers stopped %zu times; %zu events, %zu uploads, "
-            "%zu reviews, %zu failed checks; longest call %lld ms; threads %zu to %zu, descriptors %zu to %zu, "
-            "children %zu to %zu\n",
-            calls, refused, quits, servers.stops(), heard, uploads, reviews, failures,
-            static_cast<long long>(longest.count()), std::get<0>(before), threads, std::get<1>(before), descriptors,
+            "%zu calls, %zu times quit and reloaded, servers stopped %zu times, %zu uploads; threads %zu to %zu, "
+            "descriptors %zu to %zu, children %zu to %zu\n",
+            calls, quits, servers.stops(), uploads, std::get<0>(before), threads, std::get<1>(before), descriptors,
             std::get<2>(before), children);
         require(clean, "something is left of the model");
         for (std::size_t place = 0; place < places; ++place) {
@@ -170,12 +168,9 @@ public:
         }
     }
 
-    void statusChanged(const Uuid& id) override { heard += model->status(id).title.empty() ? 0 : 1; }
     void activityLogged(const Uuid&, const Activity& activity) override {
         uploads += activity.text.starts_with("Uploaded ") ? 1 : 0;
-        reviews += activity.text.ends_with("Waiting for your review.") ? 1 : 0;
     }
-    void reviewChanged(const Uuid& id) override { failures += model->checkFailures().contains(id) ? 1 : 0; }
 
 private:
     using Call = void (Storm::*)(Profile&);
@@ -215,13 +210,11 @@ private:
     // What was shown last is what the next start finds, and no thread or folder outlives the model.
     void quit() {
         watchdog->goesOn("quit");
-        const auto began = Steady::now();
         if (upTo(1) == 0) model->shutdown();
         std::map<Uuid, Published> shown;
         std::vector<Profile> known = model->profiles();
         for (const auto& profile : known) shown.emplace(profile.id, Published(*model, profile.id));
         model.reset();
-        longest = std::max(longest, std::chrono::ceil<std::chrono::milliseconds>(Steady::now() - began));
         auto saved = store().load();
         if (!saved.remoteDates) saved.remoteDates.emplace();
         for (const auto& [id, last] : shown) {
@@ -272,15 +265,13 @@ private:
 
     void call(const char* name, Call chosen, Profile& profile) {
         watchdog->goesOn(name);
-        const auto began = Steady::now();
         ++calls;
         try {
             // A removed one comes back as another, now and then.
             (this->*(model->profile(profile.id) == nullptr && upTo(4) == 0 ? &Storm::save : chosen))(profile);
         } catch (const SyncError&) {
-            ++refused;
+            // Refused.
         }
-        longest = std::max(longest, std::chrono::ceil<std::chrono::milliseconds>(Steady::now() - began));
     }
 
     void pump(std::chrono::milliseconds time) {
@@ -375,13 +366,8 @@ private:
     std::set<Uuid> removing;
     std::set<Uuid> gone;
     std::size_t calls = 0;
-    std::size_t refused = 0;
     std::size_t quits = 0;
-    std::size_t heard = 0;
     std::size_t uploads = 0;
-    std::size_t reviews = 0;
-    std::size_t failures = 0;
-    std::chrono::milliseconds longest{0};
 };
 
 int tortured(int count, char** arguments) {

@@ -2,17 +2,17 @@
 #include "model/error.h"
 #include "platform/child_process.h"
 #include "platform/files.h"
+#include "platform/text.h"
 #include "support/certificates.h"
 #include "support/local_site.h"
+#include "support/process_figures.h"
 #include "support/wait_for.h"
 #include "transport/ftp_transport.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <fcntl.h>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <sstream>
 #include <thread>
 
 namespace zembrastel {
@@ -165,56 +165,22 @@ TEST(ConnectionFaults, AwkwardLoginsArriveUnchanged) {
     EXPECT_EQ(site.transport().test(), 1U);
 }
 
-class BrokenUpload : public ::testing::TestWithParam<Words> {};
-
-TEST_P(BrokenUpload, LeavesTheLiveFileAsItWasAndTheNextAttemptSucceeds) {
-    auto oddity = GetParam();
-    oddity.emplace_back("--times=1");
-    FtpServer server = oddServer(oddity);
-    server.put("site/page", "old");
-    const auto content = testing::randomBytes(400'000);
-    const LocalSite site(server, {{"page", content}});
-    const auto upload = [&] { site.transport().upload("page", site.fingerprint("page")); };
-    EXPECT_NE(failureOf(upload), "");
-    EXPECT_EQ(testing::readFile(server.root() / "site/page"), "old");
-    EXPECT_EQ(failureOf(upload), "");
-    EXPECT_EQ(testing::readFile(server.root() / "site/page"), content);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Faults, BrokenUpload,
-    ::testing::Values(
-        Words{"--drop", "data"}, Words{"--drop-data", "data"}, Words{"--final", "552 Disk full"},
-        Words{"--reply", "STOR=553 Not allowed"}));
-
 // The children of this process that run curl.
 std::vector<fs::path> runningCurls() {
     std::vector<fs::path> found;
-    std::error_code ignored;
-    for (const auto& entry : fs::directory_iterator("/proc")) {
-        std::string stat;
-        std::getline(std::ifstream(entry.path() / "stat"), stat, '\0');
-        const auto name = stat.find("(curl) ");
-        if (name == std::string::npos) continue;
-        std::istringstream fields(stat.substr(name + 7));
-        char state = 0;
-        pid_t parent = 0;
-        fields >> state >> parent;
-        if (parent == ::getpid() && state != 'Z') found.push_back(entry.path());
+    for (const pid_t child : testing::childrenOf(::getpid())) {
+        const auto stat = readFile(testing::processFolder(child) / "stat").value_or("");
+        if (stat.find("(curl) ") != std::string::npos && stat.find("(curl) Z") == std::string::npos) {
+            found.push_back(testing::processFolder(child));
+        }
     }
     return found;
 }
 
-std::string bytesOf(const fs::path& file) {
-    std::ostringstream bytes;
-    bytes << std::ifstream(file, std::ios::binary).rdbuf();
-    return bytes.str();
-}
-
-std::vector<std::string> wordsOf(const fs::path& file) {
-    std::vector<std::string> words;
-    std::istringstream bytes(bytesOf(file));
-    for (std::string word; std::getline(bytes, word, '\0');) words.push_back(word);
+Words wordsOf(const fs::path& file) {
+    const auto bytes = readFile(file).value_or("");
+    Words words;
+    for (const auto word : splitNonEmpty(bytes, '\0')) words.emplace_back(word);
     return words;
 }
 

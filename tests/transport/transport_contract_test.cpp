@@ -1,5 +1,4 @@
-// What holds on every server, without TLS and with both kinds of it, on either version. What differs from server to
-// server is in server_differences_test.cpp.
+// What holds on every server, without TLS and with both kinds of it, on either version.
 #include "support/certificates.h"
 #include "support/local_site.h"
 #include "support/wait_for.h"

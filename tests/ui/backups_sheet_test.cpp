@@ -136,30 +136,6 @@ TEST_F(BackupsSheetTest, SheetThatIsClosedEarlyIsNotTold) {
     QCoreApplication::processEvents();
 }
 
-TEST(CopyDetails, ClipboardHasTheServersWordsAndNoPassword) {
-    const TemporaryFolder folder;
-    QtMainContext context;
-    AppModel model(context, {.storeOverride = StateStore(folder / "state"), .passwordAccess = {.read = [](const Uuid&) {
-                                                                                return std::string("s3cret");
-                                                                            }}});
-    Profile profile;
-    profile.name = "Site s3cret";
-    profile.host = "ftp.example.com";
-    profile.username = "web";
-    fs::create_directory(folder / "site");
-    profile.localFolder = (folder / "site").string();
-    model.save(profile, std::nullopt);
-    ModelBridge bridge(model);
-    bool copied = false;
-    copyDetails(bridge, profile.id, [&copied] { copied = true; });
-    ASSERT_TRUE(waitFor([&copied] { return copied; }));
-    const QString text = QGuiApplication::clipboard()->text();
-    EXPECT_TRUE(text.startsWith("zembrastel ")) << text.toStdString();
-    EXPECT_TRUE(text.contains("ftp.example.com, port 21"));
-    EXPECT_TRUE(text.contains("Profile: Site ••••"));
-    EXPECT_TRUE(text.contains("Status: Paused"));
-}
-
 } // namespace
 } // namespace zembrastel::testing
 

@@ -238,6 +238,7 @@ TEST_F(ProfileEditorTest, ADraftThatIsCancelledLeavesNothingBehind) {
     ASSERT_TRUE(waitFor([this] { return line("Password").isEnabled(); }));
     type("Profile name", QStringLiteral("Other"));
     type("Password", QStringLiteral("new"));
+    EXPECT_EQ(line("Password").echoMode(), QLineEdit::Password);
     QTest::keyClick(&line("Profile name"), Qt::Key_Escape);
     EXPECT_FALSE(editor->isVisible());
     EXPECT_EQ(*model->profile(before.id), before);
