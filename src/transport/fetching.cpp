@@ -269,7 +269,7 @@ private:
     void breakDown(const Dialogue& dialogue, const std::optional<std::uint64_t>& limit) {
         const int code = dialogue.broken->code;
         bool progressed = dialogue.progressed;
-        if (current != nullptr && !current->done) {
+        if (current != nullptr) {
             auto& item = *current;
             if (limit && item.size() >= *limit) {
                 fetchBySize(item);
@@ -302,11 +302,13 @@ private:
 
     void finish(Item& item) {
         item.done = true;
+        current = nullptr;
         events.fetched(item.number);
     }
 
     void fail(Item& item, const std::exception_ptr& why) {
         item.done = true;
+        current = nullptr;
         events.failed(item.number, why);
     }
 

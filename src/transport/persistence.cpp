@@ -14,7 +14,9 @@ void Persistence::brokeOff(const Dialogue& dialogue, bool progressed) {
     const bool tlsTooOld = dialogue.login == ServerTraits::Login::manyWithTls12 && code == tlsFailed;
     if ((dialogue.scope == FailureScope::furtherData || tlsTooOld) && traits.wasRefused(dialogue.login)) return;
     barren = progressed ? 0 : barren + 1;
-    const bool isFinal = code == couldNotWrite || (!progressed && (code == timedOut || isBeforeLogin(code)));
+    // TLS may have failed for a data connection alone.
+    const bool isFinal =
+        code == couldNotWrite || (!progressed && (code == timedOut || (isBeforeLogin(code) && code != tlsFailed)));
     if (isFinal || barren == mostBarren) throw SyncError(dialogue.broken->message);
 }
 

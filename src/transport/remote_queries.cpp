@@ -9,6 +9,7 @@
 #include <array>
 #include <iterator>
 #include <span>
+#include <utility>
 
 namespace zembrastel {
 namespace {
@@ -30,37 +31,6 @@ bool isUnknownCommand(const BlockOutcome& outcome) {
     return outcome.code == refusedTransfer && (outcome.message.ends_with(" 500") || outcome.message.ends_with(" 502"));
 }
 
-// One listing of a folder, as far as the server has answered.
-struct Answer {
-    bool byMLSD = false;
-    int cuts = 0;
-    bool settled = false;
-    bool isCut = false;
-    std::optional<Entries> entries = {}; // all, or of a cut listing those of the whole lines
-    std::string failure = {};            // where there are no entries
-
-    [[nodiscard]] bool isWhole() const { return entries && !isCut; }
-
-    void take(const BlockOutcome& outcome, const std::string& path) {
-        constexpr int mostCuts = 2;
-        const bool cut = outcome.succeeded() ? isCutShort(outcome.output) : outcome.code == partialTransfer;
-        if (cut && ++cuts < mostCuts) return;
-        settled = true;
-        isCut = cut;
-        entries.reset();
-        failure = cut ? cutMessage(path) : outcome.message;
-        if (!outcome.succeeded()) return;
-        try {
-            if (!isValidUtf8(outcome.output)) throw SyncError("The server's filenames are not UTF-8.");
-            const std::string_view text(outcome.output);
-            const auto lines = text.substr(0, text.rfind('\n') + 1); // of an empty text none
-            entries = byMLSD ? parseMLSD(lines) : parseLIST(lines);
-        } catch (const SyncError& error) {
-            if (!cut) failure = error.what();
-        }
-    }
-};
-
 // Is every name of `a` that a listing has to show in `b`?
 bool shows(const Entries& b, const Entries& a) {
     std::vector<std::string_view> names;
@@ -72,22 +42,90 @@ bool shows(const Entries& b, const Entries& a) {
     });
 }
 
+// One listing of a folder, as far as the server has answered.
+struct Answer {
+    bool byMLSD = false;
+    bool isUnknown = false; // the command
+    int cuts = 0;
+    bool settled = false;
+    std::optional<Entries> entries = {}; // all, or of a cut listing those of the whole lines
+    std::string failure = {};            // why it is not whole
+
+    [[nodiscard]] bool isWhole() const { return entries && failure.empty(); }
+
+    void take(const BlockOutcome& outcome, const std::string& path) {
+        const bool cut = outcome.succeeded() ? isCutShort(outcome.output) : outcome.code == partialTransfer;
+        isUnknown = byMLSD && isUnknownCommand(outcome);
+        settled = true;
+        entries.reset();
+        failure = outcome.message;
+        if (outcome.succeeded()) read(outcome.output);
+        if (cut) wasCut(path);
+    }
+
+    // It is asked for once more.
+    void wasCut(const std::string& path) {
+        constexpr int mostCuts = 2;
+        failure = cutMessage(path);
+        settled = ++cuts == mostCuts;
+    }
+
+private:
+    void read(std::string_view text) {
+        try {
+            if (!isValidUtf8(text)) throw SyncError("The server's filenames are not UTF-8.");
+            const auto lines = text.substr(0, text.rfind('\n') + 1); // of an empty text none
+            entries = byMLSD ? parseMLSD(lines) : parseLIST(lines);
+        } catch (const SyncError& error) {
+            failure = error.what();
+        }
+    }
+};
+
+// The names in the server's replies to STAT; nothing where it does not list the folder.
+std::optional<Entries> readStatus(const BlockOutcome& outcome) {
+    if (!outcome.succeeded() || !isValidUtf8(outcome.output)) return std::nullopt;
+    Entries entries;
+    bool lists = false;
+    for (auto line : split(outcome.output, '\n')) {
+        if (line.starts_with(' ')) line.remove_prefix(1);
+        try {
+            for (auto& entry : parseLIST(line)) entries.push_back(std::move(entry));
+            lists = lists || !trimmed(line).empty();
+        } catch (const SyncError&) {
+            // Other words of the server.
+        }
+    }
+    return lists ? std::optional(std::move(entries)) : std::nullopt;
+}
+
 struct AskedFolder {
     std::string path;
     // The first one has the dates, where there are any; the second one confirms it.
     std::array<Answer, 2> answers{};
+    bool needsWitness = false;
+    bool askedWitness = false;
+    std::optional<Entries> witness{}; // what came over the control connection
     bool askedAgain = false;
 
-    // Whether no further answer is needed.
+    // Sees what is still to be asked. True when nothing is.
     [[nodiscard]] bool settle() {
         if (!std::ranges::all_of(answers, &Answer::settled)) return false;
-        const auto& [first, second] = answers;
-        const bool agree = !first.isWhole() || !second.isWhole()
-                           || (shows(*first.entries, *second.entries) && shows(*second.entries, *first.entries));
-        if (agree || askedAgain) return true;
-        askedAgain = true;
-        for (auto& answer : answers) answer = {.byMLSD = answer.byMLSD};
-        return false;
+        if (std::ranges::none_of(answers, &Answer::isWhole) || areSound()) return true;
+        if (!askedWitness) {
+            needsWitness = true;
+            return false;
+        }
+        if (witness) {
+            for (auto& answer : answers) {
+                if (answer.isWhole() && !shows(*answer.entries, *witness)) answer.wasCut(path);
+            }
+        } else if (!std::exchange(askedAgain, true)) {
+            for (auto& answer : answers) {
+                if (answer.isWhole() || answer.isUnknown) answer = {.byMLSD = answer.byMLSD && !answer.isUnknown};
+            }
+        }
+        return std::ranges::all_of(answers, &Answer::settled);
     }
 
     [[nodiscard]] ListedEntries result() {
@@ -98,14 +136,32 @@ struct AskedFolder {
             return std::move(*second.entries);
         }
         // Some servers end no LIST with a line break. What such a listing shows must be in the other one all the same.
-        if (second.isCut && second.entries && !shows(*first.entries, *second.entries)) {
+        if (!second.isWhole() && second.entries && !shows(*first.entries, *second.entries)) {
             return QueryFailure{second.failure};
         }
         // Where LIST cannot confirm it, MLSD is enough.
         keepShown(*first.entries, second.isWhole() ? *second.entries : *first.entries);
         return std::move(*first.entries);
     }
+
+private:
+    // Two listings that show the same were not cut.
+    [[nodiscard]] bool areSound() const {
+        const auto& [first, second] = answers;
+        return first.isWhole() && second.isWhole() && !first.entries->empty() && shows(*first.entries, *second.entries)
+               && shows(*second.entries, *first.entries);
+    }
 };
+
+// A listing over the control connection, which cannot lose its end unseen.
+void askForStatus(Dialogue& dialogue, AskedFolder& folder) {
+    dialogue.add(
+        {.path = folder.path, .directory = true, .options = {{"head"}, {"dump-header", "-"}, {"quote", "-*STAT ."}}},
+        [&folder](const BlockOutcome& outcome) {
+            folder.askedWitness = true;
+            folder.witness = readStatus(outcome);
+        });
+}
 
 // Has the server answer all of `items`: `plan` adds the blocks for one, or none when nothing is left to ask about it.
 template <class Item, class Plan>
@@ -139,27 +195,31 @@ std::vector<ListedEntries> FolderLister::listTogether(std::span<const std::strin
     folders.reserve(paths.size());
     for (const auto& path : paths) {
         folders.push_back({.path = path});
-        folders.back().answers.front().byMLSD = hasMLSD;
+        if (hasMLSD) {
+            folders.back().answers.front().byMLSD = true;
+        } else {
+            folders.back().answers.front() = {.isUnknown = true, .settled = true};
+        }
     }
-    const auto ask = [this](Dialogue& dialogue, AskedFolder& folder, Answer& answer) {
-        TransferBlock block{.path = folder.path, .directory = true};
-        if (answer.byMLSD) block.options.push_back({"request", "MLSD"});
-        dialogue.add(std::move(block), [this, &folder, &answer](const BlockOutcome& outcome) {
-            answer.take(outcome, folder.path);
-            if (!answer.byMLSD || !isUnknownCommand(outcome)) return;
-            transport.traits->learnFromFailedMLSD(outcome.message);
-            hasMLSD = false;
-            answer = {}; // LIST twice then
-        });
-    };
-    askAbout(transport, folders, [&](Dialogue& dialogue, AskedFolder& folder) -> std::size_t {
+    askAbout(transport, folders, [this](Dialogue& dialogue, AskedFolder& folder) -> std::size_t {
         if (folder.settle()) return 0;
+        if (folder.needsWitness && !folder.askedWitness) {
+            askForStatus(dialogue, folder);
+            return 1;
+        }
         std::size_t blocks = 0;
         for (auto& answer : folder.answers) {
             if (answer.settled) continue;
             // One transfer of data is all that such a login allows.
             if (dialogue.login == ServerTraits::Login::oneTransfer && !dialogue.isEmpty()) break;
-            ask(dialogue, folder, answer);
+            TransferBlock block{.path = folder.path, .directory = true};
+            if (answer.byMLSD) block.options.push_back({"request", "MLSD"});
+            dialogue.add(std::move(block), [this, &folder, &answer](const BlockOutcome& outcome) {
+                answer.take(outcome, folder.path);
+                if (!answer.isUnknown) return;
+                hasMLSD = false;
+                transport.traits->learnFromFailedMLSD(outcome.message);
+            });
             ++blocks;
         }
         return blocks;

@@ -37,10 +37,12 @@ template <class Result>
 
 // Lists folders, and remembers from one call to the next whether the server has MLSD.
 //
-// Each folder is listed twice, by MLSD and by LIST, or by LIST both times where the server has no MLSD. A listing that
-// was cut on the way is asked for once more and then not used: one that ends in the middle of a line, and one that
-// lacks what the other shows, since a cut may fall between two lines. Where the second answers differ in the same way,
-// that is how the server lists. Names that begin with a dot do not count, since many servers leave them out of LIST.
+// A data connection that ends early is not always an error, with TLS neither: the client sees an end, and the server
+// has sent everything. So each folder is listed by MLSD and by LIST. Where the two differ, both are empty or there is
+// one alone, STAT asks for the names over the control connection, which cannot lose its end unseen. A listing that was
+// cut is asked for once more and then not used: one that ends in the middle of a line, and one that lacks what STAT
+// shows. Where the server does not list by STAT, the folder is listed twice instead, and its second answers count.
+// Names that begin with a dot prove nothing, since many servers leave them out of LIST.
 class FolderLister {
 public:
     // The transport is borrowed.

@@ -376,8 +376,8 @@ TEST(ListingFaults, ListingThatWasCutIsNeverTakenForWhole) {
     for (const auto& [oddity, failure, dated] : std::vector<Case>{
              {{"--times=2"}},
              {{"--times=3"}, "", false},
-             {{"--times=3", "--no=MLSD"}, "", false},
-             {{"--times=4", "--no=MLSD"}, cut},
+             {{"--times=1", "--no=MLSD"}, "", false},
+             {{"--times=2", "--no=MLSD"}, cut},
              {{}, cut},
          }) {
         auto arguments = oddity;
