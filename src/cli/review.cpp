@@ -25,6 +25,7 @@ struct Request {
     bool list = false;
     bool downloadAll = false;
     bool keepAll = false;
+    bool compareAll = false;
 
     [[nodiscard]] bool decides() const { return downloadAll || keepAll || !download.empty(); }
 };
@@ -325,6 +326,7 @@ ExitCode reviewAlone(const StateStore& store, const Surroundings& around, const 
     if (profile.needsDownload) throw lacksDownload(profile);
     if (const auto given = givenPassword(around)) model.keepForSession(profile.id, *given);
     const ProgressReport progress(model, around.output);
+    if (request.compareAll) model.planResend(profile.id, Resend::everything);
     OwnReview review(model, queue, profile, around);
     return carryOut(review, request, around.output);
 }
@@ -354,6 +356,9 @@ void addReviewCommand(CLI::App& parent, Command& chosen) {
     auto* downloadAll =
         command->add_flag("--download-all", request->downloadAll, "Replace all of them by the server's, with backups");
     auto* keepAll = command->add_flag("--keep-all", request->keepAll, "Keep the local version of all of them");
+    command->add_flag(
+        "--compare-all", request->compareAll,
+        "Review every file that differs on the server, as push --all\nfinds them; what is kept is uploaded next");
     const std::vector<CLI::Option*> choices{list, download, downloadAll, keepAll};
     for (auto* choice : choices) {
         for (auto* other : choices) {

@@ -52,6 +52,16 @@ SavedState loadState(const GlobalOptions& options) { return loadBy(&StateStore::
 
 std::vector<Profile> loadProfiles(const GlobalOptions& options) { return loadBy(&StateStore::loadProfiles, options); }
 
+ServerRecord recordOf(const Profile& profile, const SavedState& state, const GlobalOptions& options) {
+    ServerRecord recorded{.announced = PublishJournal(openState(options).folder(), profile.id).read()};
+    const auto files = state.baselines.find(profile.id);
+    if (files != state.baselines.end()) recorded.baseline = files->second;
+    if (!state.remoteDates) return recorded;
+    const auto dates = state.remoteDates->find(profile.id);
+    if (dates != state.remoteDates->end()) recorded.knownDates = dates->second;
+    return recorded;
+}
+
 std::vector<PrivateItem> privateItems(const GlobalOptions& options) {
     std::vector<PrivateItem> items;
     try {

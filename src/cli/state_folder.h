@@ -7,6 +7,7 @@
 #include "cli/command.h"
 #include "model/state_store.h"
 #include "platform/instance_lock.h"
+#include "transport/server_check.h"
 
 namespace zembrastel {
 
@@ -20,6 +21,9 @@ namespace zembrastel {
 // For commands that only look: makes and changes nothing, and another program may be running meanwhile.
 [[nodiscard]] SavedState loadState(const GlobalOptions& options);
 [[nodiscard]] std::vector<Profile> loadProfiles(const GlobalOptions& options); // which is quicker
+
+// What is recorded of the profile's files, for a comparison with the server.
+[[nodiscard]] ServerRecord recordOf(const Profile& profile, const SavedState& state, const GlobalOptions& options);
 
 // What must not be published of what the command line names: the state folder and the password file.
 [[nodiscard]] std::vector<PrivateItem> privateItems(const GlobalOptions& options);
