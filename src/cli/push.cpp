@@ -78,7 +78,7 @@ void requirePushable(const Profile& profile) {
 // Somebody else's work is not overwritten by a script.
 [[noreturn]] void refuseFor(
     const std::vector<RemoteChange>& changes, const Profile& profile, const std::vector<Profile>& profiles,
-    const Surroundings& around, bool comparedAll) {
+    const Surroundings& around, bool comparedAll, bool sentSome = false) {
     if (around.output.json()) {
         JsonLine object("review");
         addReview(object, profile, changes, systemClock());
@@ -91,10 +91,10 @@ void requirePushable(const Profile& profile) {
     const char* const review = comparedAll ? "review --compare-all" : "review";
     throw CommandError(
         ExitCode::reviewWaiting,
-        std::string(
-            comparedAll ? "Nothing was uploaded, because the server has other versions of files. Decide on them first: "
-                        : "Nothing was uploaded, because files are newer on the server. Decide on them first: ")
-            + commandLine(around.options, review, unambiguousName(profiles, profile)));
+        std::string(sentSome ? "Not everything was uploaded" : "Nothing was uploaded")
+            + (comparedAll ? ", because the server has other versions of files"
+                           : ", because files are newer on the server")
+            + ". Decide on them first: " + commandLine(around.options, review, unambiguousName(profiles, profile)));
 }
 
 CommandError unfinished(const Profile& profile, const std::string& failure, const std::string& consequence = "") {
@@ -107,7 +107,7 @@ CommandError unfinished(const Profile& profile, const std::string& failure, cons
 CommandError lacking(
     const Profile& profile, std::size_t missing, const std::vector<Profile>& profiles, const Surroundings& around) {
     return {
-        ExitCode::failed, missingText(missing) + " though nothing changed here. "
+        ExitCode::failed, missingText(missing) + " and were not sent, because nothing changed here. "
                               + sendMissingHint(around.options, missing, unambiguousName(profiles, profile))};
 }
 
@@ -129,7 +129,8 @@ public:
         }
         const auto review = model.reviews().find(profile.id);
         if (review != model.reviews().end()) {
-            refuseFor(review->second.changes, profile, model.profiles(), around, request.all);
+            refuseFor(
+                review->second.changes, profile, model.profiles(), around, request.all, !report.sentPaths.empty());
         }
         const ProfileStatus& status = model.status(profile.id);
         interrupted = !ended;

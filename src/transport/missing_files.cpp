@@ -1,11 +1,14 @@
 #include "transport/missing_files.h"
 
+#include "platform/text.h"
 #include "transport/conversation.h"
 #include "transport/ftp_transport.h"
+#include "transport/listing_parsers.h"
 #include "transport/publish_decision.h"
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 
 namespace zembrastel {
 namespace {
@@ -20,16 +23,24 @@ Presence presenceBy(const BlockOutcome& outcome) {
 }
 
 // Of the first of these files, as far as the conversation came.
-Answers ask(const FTPTransport& transport, const std::vector<std::string>& paths) {
-    Answers answers;
+void ask(
+    const FTPTransport& transport, const std::vector<std::string>& paths,
+    const std::function<void(const std::string& path, const BlockOutcome& outcome)>& answered) {
+    if (paths.empty()) return;
     TransferPlan plan;
     for (const auto& path : paths) plan.blocks.push_back({.path = path, .options = {{"head"}}});
     const auto ended = [&](std::size_t block, const BlockOutcome& outcome) {
-        answers[paths[block]] = presenceBy(outcome);
+        answered(paths[block], outcome);
         return outcome.succeeded()
                || scopeOf(outcome.code, outcome.message, DataConnection::first) == FailureScope::file;
     };
     converse(transport.profile, transport.password, *transport.control, plan, {.ended = ended});
+}
+
+Answers presenceOf(const FTPTransport& transport, const std::vector<std::string>& paths) {
+    Answers answers;
+    ask(transport, paths,
+        [&answers](const std::string& path, const BlockOutcome& outcome) { answers[path] = presenceBy(outcome); });
     // Of the rest nothing is known.
     for (const auto& path : paths) answers.try_emplace(path, Presence::unknown);
     return answers;
@@ -61,9 +72,22 @@ std::set<std::string, std::less<>> findMissing(
     for (const auto& path : unlisted) {
         if (ofKind.at(mayBeHidden(path) ? 1 : 0)++ < mostAsked) asked.push_back(path);
     }
-    Answers answers = ask(transport, asked);
+    Answers answers = presenceOf(transport, asked);
     if (listed && answers.extract(*listed).mapped() != Presence::present) return {};
     return missingFiles(unlisted, answers);
+}
+
+ServerVersions findHidden(const FTPTransport& transport, const std::vector<std::string>& unlisted) {
+    std::vector<std::string> asked;
+    std::ranges::copy_if(unlisted, std::back_inserter(asked), mayBeHidden);
+    ServerVersions found;
+    ask(transport, asked, [&found](const std::string& path, const BlockOutcome& outcome) {
+        if (!outcome.succeeded() || !isValidUtf8(outcome.output)) return;
+        const auto value = findLastModified(outcome.output);
+        const auto date = value ? parseHttpDate(*value) : std::nullopt;
+        if (date) found.set(path, {.modified = toRemoteDate(*date), .size = findContentLength(outcome.output)});
+    });
+    return found;
 }
 
 } // namespace zembrastel

@@ -1,8 +1,10 @@
-// Which of the files that no listing showed are really not on the server.
+// Files that no listing showed: which of them are really not on the server, and which are hidden there.
 //
 // A listing that lacks a file is no proof: servers hide names that begin with a dot, and leave entries out of long
 // listings without a word. So the server is asked about the files themselves, many with one login.
 #pragma once
+
+#include "model/server_version.h"
 
 #include <functional>
 #include <map>
@@ -33,5 +35,9 @@ using Answers = std::map<std::string, Presence, std::less<>>;
 // Cancelled and the system's errors; a failure of the server only leaves answers out.
 [[nodiscard]] std::set<std::string, std::less<>> findMissing(
     const FTPTransport& transport, const std::vector<std::string>& unlisted, const std::optional<std::string>& listed);
+
+// The versions of those files that the server has although no listing shows them. Asks about each name that may be
+// hidden. Failures as above.
+[[nodiscard]] ServerVersions findHidden(const FTPTransport& transport, const std::vector<std::string>& unlisted);
 
 } // namespace zembrastel

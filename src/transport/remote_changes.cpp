@@ -137,6 +137,11 @@ private:
     // Nothing counts as published. What has equal contents on the server is recorded; of the rest, a version that was
     // recorded or decided on before may be replaced, and any other one is for the user to decide.
     void compareAll(std::chrono::seconds shift) {
+        std::vector<std::string> unseen;
+        for (const auto& [path, fingerprint] : local) {
+            if (!found.seen.contains(path)) unseen.emplace_back(path);
+        }
+        for (const auto& [path, version] : findHidden(transport, unseen)) found.seen.set(path, version);
         const auto equal = filesWithEqualContents(transport, comparable());
         for (const auto& [path, version] : found.seen) {
             const Fingerprint& here = local.at(path);
