@@ -147,6 +147,10 @@ public:
     // all the same.
     void sendAgain(const Uuid& id, Resend what);
 
+    // The user wants the missing files to stay away: they are not reported again, unless they come back and vanish once
+    // more. Throws when that could not be saved; it is in force all the same.
+    void leaveMissing(const Uuid& id);
+
     // Starts every enabled profile.
     void startEnabled();
 

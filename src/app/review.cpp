@@ -5,6 +5,7 @@
 #include "sync/progress_meter.h"
 #include "sync/sync_worker.h"
 #include "transport/ftp_transport.h"
+#include "transport/server_record.h"
 
 #include <algorithm>
 #include <cassert>
@@ -115,8 +116,9 @@ void AppModel::findToSend(const ServerCheck& check, const Uuid& id) {
     } else {
         missing[id] = check.missing;
         if (!check.missing.empty()) {
-            log(id, "Missing on the server: " + listedPaths(check.missing)
-                        + ". Nothing is sent again unless you ask for it.");
+            const auto files = check.missing.size();
+            log(id, std::to_string(files) + (files == 1 ? " file is" : " files are")
+                        + " missing on the server: " + listedPaths(check.missing) + ". Waiting for your choice.");
         }
     }
 }
@@ -235,6 +237,13 @@ void AppModel::sendAgain(const Uuid& id, Resend what) {
     } else {
         resume(id);
     }
+}
+
+void AppModel::leaveMissing(const Uuid& id) {
+    for (const auto& path : missing[id]) recordRemoteDate(path, leftMissing, id);
+    missing.erase(id);
+    publishReview(id);
+    persist();
 }
 
 void AppModel::startWithoutCheck(const Uuid& id) {

@@ -128,8 +128,10 @@ private:
         std::vector<std::string> paths;
         for (const auto& [path, published] : recorded.baseline) {
             const auto* here = local.find(path);
+            const auto* date = recorded.knownDates.find(path);
+            const bool isLeft = !recorded.compareAll && date != nullptr && *date == leftMissing;
             const bool isUnchanged = here != nullptr && !isOtherVersion(*here, published);
-            if (isUnchanged && !found.seen.contains(path)) paths.emplace_back(path);
+            if (isUnchanged && !isLeft && !found.seen.contains(path)) paths.emplace_back(path);
         }
         return paths;
     }
