@@ -107,7 +107,8 @@ CommandError unfinished(const Profile& profile, const std::string& failure, cons
 CommandError lacking(
     const Profile& profile, std::size_t missing, const std::vector<Profile>& profiles, const Surroundings& around) {
     return {
-        ExitCode::failed, missingText(missing) + " and were not sent, because nothing changed here. "
+        ExitCode::failed, missingText(missing) + (missing == 1 ? " and was" : " and were")
+                              + " not sent, because nothing changed here. "
                               + sendMissingHint(around.options, missing, unambiguousName(profiles, profile))};
 }
 
@@ -205,6 +206,7 @@ private:
                 + ". They are live; the next comparison may offer them as newer on the server.");
         }
         if (around.output.json()) {
+            if (lacksFiles) return;
             JsonLine object("pushed");
             object.text("profile", profile.name).text("id", profile.id.text());
             around.output.line(object.number("files", report.sentPaths.size()));

@@ -32,8 +32,8 @@ DetailBanners::DetailBanners(QWidget* parent)
       skip(new PushButton(tr("Start without checking…"))), forget(new PushButton(tr("Forget the missing files"))),
       send(new PushButton(tr("Send again"), ButtonKind::primary)), leave(new PushButton(tr("Leave them"))),
       message(new WrapLabel(QString())), missingHeading(new WrapLabel(QString(), TextStyle::strong)),
-      missingPaths(new WrapLabel(QString(), TextStyle::small, Tone::dim)), reviewBanner(makeReviewBanner()),
-      failureBanner(makeFailureBanner()), missingBanner(makeMissingBanner()),
+      missingText(new WrapLabel(QString())), missingPaths(new WrapLabel(QString(), TextStyle::small, Tone::dim)),
+      reviewBanner(makeReviewBanner()), failureBanner(makeFailureBanner()), missingBanner(makeMissingBanner()),
       serverLacksBanner(makeServerLacksBanner()) {
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -64,6 +64,11 @@ void DetailBanners::setWaiting(
     missingBanner->setVisible(filesMissing);
     const bool waits = reviewWaits || checkFailure.has_value() || filesMissing;
     missingHeading->setWrappedText(missingOnServerText(missingOnServer.size()));
+    const bool isOne = missingOnServer.size() == 1;
+    missingText->setWrappedText(
+        isOne ? tr("It was uploaded before and is gone from the server now. Your local copy is unchanged.")
+              : tr("They were uploaded before and are gone from the server now. Your local copies are unchanged."));
+    leave->setLabel(isOne ? tr("Leave it") : tr("Leave them"));
     missingPaths->setWrappedText(firstPaths(missingOnServer));
     serverLacksBanner->setVisible(!waits && !missingOnServer.empty());
     setVisible(waits || !missingOnServer.empty());
@@ -118,9 +123,9 @@ QFrame* DetailBanners::makeServerLacksBanner() {
     QFrame* const banner = makeSurface(Surface::infoBanner);
     auto* const texts = new QVBoxLayout;
     texts->setSpacing(4);
+    missingHeading->setContentsMargins(0, 2, 0, 0); // level with the symbol
     texts->addWidget(missingHeading);
-    texts->addWidget(new WrapLabel(
-        tr("They were uploaded before and are gone from the server now. Your local copies are unchanged.")));
+    texts->addWidget(missingText);
     texts->addWidget(missingPaths);
     auto* const actions = new QHBoxLayout;
     actions->setSpacing(8);

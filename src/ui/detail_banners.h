@@ -49,6 +49,7 @@ private:
     PushButton* leave;
     WrapLabel* message;
     WrapLabel* missingHeading;
+    WrapLabel* missingText;
     WrapLabel* missingPaths;
     QFrame* reviewBanner;
     QFrame* failureBanner;

@@ -142,6 +142,17 @@ void addMainWindow(const Album& album, ModelBridge& bridge, SampleSites& sites) 
     add("main-smallest", "My website");
 }
 
+void addMissingFiles(const Album& album, ModelBridge& bridge, SampleSites& sites) {
+    MainWindow window(bridge);
+    window.resize(mainSize);
+    window.show();
+    sites.model().select(sites.id("Photo archive"));
+    withoutFocus(window);
+    album.add("main-missing-files", window, mainSize);
+    window.offerToSendAll(sites.id("Photo archive"));
+    addConfirmation(album, "confirm-send-all", window);
+}
+
 void addWelcome(const Album& album, MainContext& context) {
     const testing::TemporaryFolder folder;
     AppModel model(context, {.storeOverride = StateStore(folder.path())});
@@ -339,6 +350,11 @@ void fillAlbum(const Album& album) {
         addBackups(album, context);
         addImport(album, bridge, context);
         addTrayMenu(album, bridge);
+    }
+    sites.loseFiles();
+    for (const Appearance appearance : {Appearance::light, Appearance::dark}) {
+        theme().apply(appearance);
+        addMissingFiles(album, bridge, sites);
     }
 }
 

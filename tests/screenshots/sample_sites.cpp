@@ -119,7 +119,7 @@ JobWork SampleSites::work() {
                 const auto played = current;
                 if (played->failure) throw SyncError(*played->failure);
                 clock.set(played->checked);
-                return ServerCheck{.changes = played->changes};
+                return ServerCheck{.changes = played->changes, .missing = played->missing};
             },
         .watch =
             [this](const SyncWorker& worker, const std::stop_token&) {
@@ -214,6 +214,16 @@ void SampleSites::playCampaign() {
                  "robots.txt", sys_days{2026y / October / 3} + 10h + 20min,
                  sys_days{2026y / November / 21} + 7h + 55min, false)}});
     await([this] { return app->presentedReview().has_value(); });
+}
+
+void SampleSites::loseFiles() {
+    const std::string name = "Photo archive";
+    play(
+        name, {.missing = {"assets/img/banner-old.webp", "blog/2025/summer-sale.html", "news.html", "robots.txt"},
+               .start = today(9h + 41min + 13s),
+               .checked = today(9h + 41min + 15s)});
+    await([&] { return !app->missingOnServer(id(name)).empty() && app->watching(id(name)); });
+    await([&] { return app->status(id(name)).title == watchingStatus().title; });
 }
 
 void SampleSites::playDocumentation() {

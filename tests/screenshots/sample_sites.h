@@ -39,6 +39,10 @@ public:
     explicit SampleSites(MainContext& context);
 
     [[nodiscard]] AppModel& model() { return *app; }
+
+    // Has the paused site start, and find files missing on its server.
+    void loseFiles();
+
     [[nodiscard]] Uuid id(const std::string& name) const;
 
 private:
@@ -50,6 +54,7 @@ private:
 
     // What one site's job finds and does.
     struct Play {
+        PathSet missing{};
         std::chrono::system_clock::time_point start{};
         std::chrono::system_clock::time_point checked{};
         std::vector<RemoteChange> changes{};
