@@ -83,6 +83,12 @@ const ProfileStatus& AppModel::status(const Uuid& id) const {
     return found == statuses.end() ? unstarted : found->second;
 }
 
+const PathSet& AppModel::missingOnServer(const Uuid& id) const {
+    static const PathSet none;
+    const auto found = missing.find(id);
+    return found == missing.end() ? none : found->second;
+}
+
 const FileMap& AppModel::baseline(const Uuid& id) const {
     static const FileMap none;
     const auto found = state.baselines.find(id);
@@ -349,6 +355,7 @@ void AppModel::launchWorker(const Uuid& id) {
         return;
     }
     const bool downloads = jobs.at(id).work().profile.needsDownload;
+    forgetPublished(jobs.at(id).work().toSend, id);
     const bool begun = step(id, [&](Job& job) {
         const auto start = [&] {
             return tasks.start([this, work = job.work(), files = baseline(id), dates = remoteDates(id),
@@ -375,6 +382,7 @@ void AppModel::launchWorker(const Uuid& id) {
     });
     if (!begun) return;
     disputed.erase(id);
+    if (!downloads && !jobs.at(id).work().checkSkipped) resends.erase(id);
     changeStatus(id, [](ProfileStatus& status) {
         status.active = true;
         status.failed = false;

@@ -44,6 +44,12 @@ namespace zembrastel {
 // What the user reads when the saved state could not be loaded.
 [[nodiscard]] std::string loadFailure(const std::exception& error);
 
+// What is sent again although it counts as published.
+enum class Resend {
+    missing,   // what the server does not have
+    everything // all that the server is not known to have with the same contents
+};
+
 class AppModel {
 public:
     // Where passwords are kept. The functions may block, and throw what the user is to read.
@@ -89,6 +95,8 @@ public:
     [[nodiscard]] const std::optional<RemoteReview>& presentedReview() const { return presented; }
     // Why uploads of these profiles do not start: a server check, or a review's download, that failed.
     [[nodiscard]] const std::map<Uuid, std::string>& checkFailures() const { return published.failures; }
+    // Published files that the last server check did not find on the server. They are sent again only on request.
+    [[nodiscard]] const PathSet& missingOnServer(const Uuid& id) const;
     [[nodiscard]] const FileMap& baseline(const Uuid& id) const;
     [[nodiscard]] const RemoteDates& remoteDates(const Uuid& id) const;
 
@@ -133,6 +141,19 @@ public:
     // The user says that the files which status().filesMissing is about are gone: the profile starts anew, and they no
     // longer count as synchronised. Those that are there again by then stay. Without that status nothing happens.
     void forgetMissingFiles(const Uuid& id);
+
+    // Has the next server check that succeeds find out what is to be sent again. It is sent when watching starts, and
+    // nothing is forgotten before. A file on the server that this program has not uploaded there, and that is not
+    // equal, is offered for review first.
+    void planResend(const Uuid& id, Resend what) { resends.insert_or_assign(id, what); }
+
+    // The same at once: starts the profile anew, also a paused one. Throws when that could not be saved; it is in force
+    // all the same.
+    void sendAgain(const Uuid& id, Resend what);
+
+    // The user wants the missing files to stay away: they are not reported again, unless they come back and vanish once
+    // more. Throws when that could not be saved; it is in force all the same.
+    void leaveMissing(const Uuid& id);
 
     // Starts every enabled profile.
     void startEnabled();
@@ -254,6 +275,9 @@ private:
     void rememberComparison(const Uuid& id);
     void recordRecognised(const AnnouncedFiles& recognised, const Uuid& id);
     void acknowledgeSizes(const std::vector<RemoteChange>& kept, const Uuid& id);
+    void findToSend(const ServerCheck& check, const Uuid& id);
+    void forgetPublished(const PathSet& paths, const Uuid& id);
+    [[nodiscard]] bool sendsEverything(const Uuid& id) const;
     void askForDecision(const Uuid& id);
     void failedCheck(const std::string& message, const Uuid& id, bool willRetry);
     void showNextReview();
@@ -291,6 +315,8 @@ private:
     // dates of the local files are: an edit of the local file must not overwrite what nobody has decided on.
     std::map<Uuid, PathSet> unanswered;
     std::map<Uuid, PathSet> disputed; // by the last worker: see event::ServerChanged
+    std::map<Uuid, PathSet> missing;  // see missingOnServer()
+    std::map<Uuid, Resend> resends;   // requested, and not begun
     std::map<Uuid, std::shared_ptr<ServerTraits>> serverTraits;
     std::map<Uuid, std::string> passwords;
     std::vector<PrivateItem> privateItems; // see Options

@@ -74,6 +74,7 @@ void eachField(Maybe<answer::Status> auto& told, const auto& visit) {
     visit("enabled", told.enabled);
     visit("running", told.running);
     visit("newerOnServer", told.newerOnServer);
+    visit("missingOnServer", told.missingOnServer);
     visit("status", told.status);
 }
 
@@ -124,8 +125,8 @@ void eachField(Maybe<answer::Done> auto& told, const auto& visit) { visit("revie
 template <class T>
 inline constexpr std::array<const char*, 0> words{};
 template <>
-constexpr std::array words<ControlRequest::Kind>{"show",   "status", "follow", "pause",      "resume",
-                                                 "review", "decide", "retry",  "forgetFiles"};
+constexpr std::array words<ControlRequest::Kind>{"show",   "status", "follow",      "pause",       "resume", "review",
+                                                 "decide", "retry",  "forgetFiles", "sendMissing", "sendAll"};
 template <>
 constexpr std::array words<answer::Failed::Reason>{"notUnderstood", "noWindow", "noProfile",   "refused", "paused",
                                                    "needsDownload", "server",   "otherReview", "notSaved"};

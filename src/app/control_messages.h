@@ -22,15 +22,17 @@ inline constexpr std::int64_t controlVersion = 1;
 
 struct ControlRequest {
     enum class Kind {
-        show,       // the window
-        status,     // of the profiles, or of all without any: Status for each
-        follow,     // the same, then every Status and Activity as it comes
-        pause,      // the profiles: Changed for each that was not paused already
-        resume,     // the same
-        review,     // of one profile, once its server has been checked: Review
-        decide,     // the review of that revision: Activity while it is carried out, then Outcome for each file
-        retry,      // the failed server checks of the profiles: Changed for each that had failed
-        forgetFiles // of the profiles that wait for missing files: Changed for each
+        show,        // the window
+        status,      // of the profiles, or of all without any: Status for each
+        follow,      // the same, then every Status and Activity as it comes
+        pause,       // the profiles: Changed for each that was not paused already
+        resume,      // the same
+        review,      // of one profile, once its server has been checked: Review
+        decide,      // the review of that revision: Activity while it is carried out, then Outcome for each file
+        retry,       // the failed server checks of the profiles: Changed for each that had failed
+        forgetFiles, // of the profiles that wait for missing files: Changed for each
+        sendMissing, // of one profile, what its server lacks; then, once the server has been checked: Review
+        sendAll      // the same with everything that is not known to be equal there
     };
 
     Kind kind = Kind::status;
@@ -47,8 +49,9 @@ struct Status {
     std::string name;
     bool enabled = false;
     bool running = false;
-    std::int64_t newerOnServer = 0; // files that wait for a decision
-    ProfileStatus status;           // without its activity
+    std::int64_t newerOnServer = 0;   // files that wait for a decision
+    std::int64_t missingOnServer = 0; // published files that the server check did not find there
+    ProfileStatus status;             // without its activity
 };
 
 struct Activity {

@@ -3,6 +3,7 @@
 #include "model/error.h"
 
 #include <algorithm>
+#include <array>
 #include <system_error>
 
 namespace zembrastel {
@@ -85,6 +86,9 @@ void ControlService::carryOut(Client client, const ControlRequest& request) {
         return decide(client, request);
     case ControlRequest::Kind::forgetFiles:
         return forgetFiles(client, request);
+    case ControlRequest::Kind::sendMissing:
+    case ControlRequest::Kind::sendAll:
+        return sendAgain(client, request);
     }
 }
 
@@ -93,7 +97,8 @@ void ControlService::requireProfiles(const ControlRequest& request) const {
     for (const auto& id : request.profiles) {
         if (model.profile(id) == nullptr) refuse(answer::Failed::Reason::noProfile, id.text());
     }
-    const bool ofOne = request.kind == Kind::review || request.kind == Kind::decide;
+    constexpr std::array kindsOfOne{Kind::review, Kind::decide, Kind::sendMissing, Kind::sendAll};
+    const bool ofOne = std::ranges::find(kindsOfOne, request.kind) != kindsOfOne.end();
     if (ofOne && request.profiles.size() != 1) refuse(answer::Failed::Reason::noProfile);
 }
 
@@ -177,6 +182,15 @@ void ControlService::forgetFiles(Client client, const ControlRequest& request) {
     end(client);
 }
 
+void ControlService::sendAgain(Client client, const ControlRequest& request) {
+    const Uuid& id = request.profiles.front();
+    if (!model.running(id)) refuse(answer::Failed::Reason::paused);
+    if (model.profile(id)->needsDownload) refuse(answer::Failed::Reason::needsDownload);
+    model.sendAgain(id, request.kind == ControlRequest::Kind::sendAll ? Resend::everything : Resend::missing);
+    waitings.insert_or_assign(client, Waiting{.profile = id, .decided = {}, .selected = {}});
+    answerSoon();
+}
+
 void ControlService::forget(Client client) {
     followers.erase(client);
     waitings.erase(client);
@@ -190,6 +204,7 @@ answer::Status ControlService::statusOf(const Profile& profile) const {
         .enabled = profile.enabled,
         .running = model.running(profile.id),
         .newerOnServer = review == model.reviews().end() ? 0 : static_cast<std::int64_t>(review->second.changes.size()),
+        .missingOnServer = static_cast<std::int64_t>(model.missingOnServer(profile.id).size()),
         .status = model.status(profile.id)};
     told.status.activity.clear();
     return told;

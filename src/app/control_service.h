@@ -55,6 +55,7 @@ private:
     void retryEach(Client client, const ControlRequest& request);
     void decide(Client client, const ControlRequest& request);
     void forgetFiles(Client client, const ControlRequest& request);
+    void sendAgain(Client client, const ControlRequest& request);
     void forget(Client client);
 
     void statusChanged(const Uuid& id) override;

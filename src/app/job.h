@@ -32,6 +32,7 @@ struct Assignment {
     std::shared_ptr<RetryWait> retryWait = std::make_shared<RetryWait>();
     std::shared_ptr<ServerTraits> traits = std::make_shared<ServerTraits>();
     ServerVersions seen = {};    // by the server check
+    PathSet toSend = {};         // published files that the check found are to be sent again
     bool checkSkipped = false;   // by the user
     bool filesMayBeGone = false; // see SyncWorker
 };
@@ -102,6 +103,9 @@ public:
 
     // Keeps what the check saw, for the worker.
     void keepSeen(ServerVersions versions) { assignment.seen = std::move(versions); }
+
+    // Keeps the published files that are sent again once the worker starts.
+    void keepToSend(PathSet paths) { assignment.toSend = std::move(paths); }
 
     // The user starts the worker without a check.
     void skipCheck() { assignment.checkSkipped = true; }

@@ -38,11 +38,14 @@ void AppModel::apply(const event::Uploaded& event, const Uuid& id) {
     });
     countFileDone(id);
     log(id, "Uploaded " + event.path);
+    if (missing[id].erase(event.path) > 0) publishReview(id);
     saveSoon(id);
 }
 
 void AppModel::apply(const event::Baseline& event, const Uuid& id) {
     state.baselines[id] = event.files;
+    const auto isDeleted = [&event](const std::string& path) { return !event.files.contains(path); };
+    if (std::erase_if(missing[id], isDeleted) > 0) publishReview(id);
     saveSoon(id);
 }
 

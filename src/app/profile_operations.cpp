@@ -9,12 +9,6 @@
 namespace zembrastel {
 namespace {
 
-// Is it another place on a server, of which nothing that was seen of the first one is true?
-bool differsInPlace(const Profile& old, const Profile& changed) {
-    return old.host != changed.host || old.port != changed.port || old.username != changed.username
-           || old.remoteFolder != changed.remoteFolder;
-}
-
 bool differsInScope(const Profile& old, const Profile& changed) {
     return old.effectiveSyncSelection() != changed.effectiveSyncSelection();
 }
@@ -59,7 +53,7 @@ void AppModel::save(
     const std::optional<Profile> old = stored == nullptr ? std::nullopt : std::optional(*stored);
     const bool scopeEdited = old && differsInScope(*old, changed);
     changed = savable(std::move(changed));
-    const bool placeEdited = old && differsInPlace(*old, changed);
+    const bool placeEdited = old && !isSamePlaceOnServer(*old, changed);
     if (password && !options.demo) {
         options.passwordAccess.save(*password, changed.id);
         passwords.insert_or_assign(changed.id, *password);
@@ -174,6 +168,8 @@ void AppModel::forgetServer(const Uuid& id) {
     if (state.remoteDates) state.remoteDates->erase(id);
     unanswered.erase(id);
     disputed.erase(id);
+    missing.erase(id);
+    resends.erase(id);
     serverTraits.erase(id);
     if (const auto journal = journalOf(id)) journal->remove();
 }

@@ -6,6 +6,7 @@
 #include "sync/progress_meter.h"
 #include "sync/sync_worker.h"
 #include "transport/ftp_transport.h"
+#include "transport/server_record.h"
 
 #include <algorithm>
 #include <cassert>
@@ -40,6 +41,7 @@ bool areSameVersions(const std::vector<RemoteChange>& a, const std::vector<Remot
 } // namespace
 
 void AppModel::startCheck(const Uuid& id, const Earlier& earlier) {
+    missing.erase(id);
     changeStatus(id, [](ProfileStatus& status) {
         status.title = "Checking server";
         status.detail = "Comparing server dates before any local changes upload…";
@@ -55,6 +57,7 @@ void AppModel::startCheck(const Uuid& id, const Earlier& earlier) {
     ServerRecord recorded = recordOf(state, id);
     recorded.unanswered = unanswered[id];
     recorded.disputed = disputed[id];
+    recorded.compareAll = sendsEverything(id);
     const auto body = [this, work = jobs.at(id).work(), found, failed, record = std::move(recorded),
                        journal = journalOf(id)](const std::stop_token& stop) mutable {
         ProgressMeter meter(options.clock, eventSink(work.profile.id, work.generation, stop).progress);
@@ -81,6 +84,7 @@ void AppModel::finishCheck(const ServerCheck& check, const Uuid& id, const Earli
     const auto& changes = check.changes;
     recordRecognised(check.recognised, id);
     jobs.at(id).keepSeen(check.seen);
+    findToSend(check, id);
     unanswered[id] = pathsOf(changes);
     if (changes.empty()) {
         rememberComparison(id);
@@ -97,6 +101,34 @@ void AppModel::finishCheck(const ServerCheck& check, const Uuid& id, const Earli
     askForDecision(id);
 }
 
+bool AppModel::sendsEverything(const Uuid& id) const {
+    const auto planned = resends.find(id);
+    return planned != resends.end() && planned->second == Resend::everything;
+}
+
+void AppModel::findToSend(const ServerCheck& check, const Uuid& id) {
+    if (sendsEverything(id)) {
+        jobs.at(id).keepToSend(check.toSend);
+        log(id, "Compared all files with the server. The same there: " + std::to_string(check.recognised.files.size())
+                    + ". To be sent again: " + std::to_string(check.toSend.size()) + ".");
+    } else if (resends.contains(id)) {
+        jobs.at(id).keepToSend(check.missing);
+    } else {
+        missing[id] = check.missing;
+        if (!check.missing.empty()) {
+            const auto files = check.missing.size();
+            log(id, std::to_string(files) + (files == 1 ? " file is" : " files are")
+                        + " missing on the server: " + listedPaths(check.missing) + ". Waiting for your choice.");
+        }
+    }
+}
+
+void AppModel::forgetPublished(const PathSet& paths, const Uuid& id) {
+    if (paths.empty()) return;
+    state.baselines[id].eraseIf([&paths](std::string_view path, const Fingerprint&) { return paths.contains(path); });
+    saveSoon(id);
+}
+
 void AppModel::recordRecognised(const AnnouncedFiles& recognised, const Uuid& id) {
     if (recognised.dates.empty()) return;
     std::set<std::string, std::less<>> paths;
@@ -105,7 +137,7 @@ void AppModel::recordRecognised(const AnnouncedFiles& recognised, const Uuid& id
         paths.insert(path);
     }
     for (const auto& [path, date] : recognised.dates) recordRemoteDate(path, date, id);
-    if (!paths.empty())
+    if (!paths.empty() && !sendsEverything(id))
         log(id, "The same on the server and here, so recorded without a question: " + listedPaths(paths));
     saveSoon(id);
 }
@@ -202,6 +234,24 @@ void AppModel::retryCheck(const Uuid& id) {
     start(id);
 }
 
+void AppModel::sendAgain(const Uuid& id, Resend what) {
+    if (profile(id) == nullptr) return;
+    planResend(id, what);
+    if (running(id)) {
+        stopJob(id);
+        start(id);
+    } else {
+        resume(id);
+    }
+}
+
+void AppModel::leaveMissing(const Uuid& id) {
+    for (const auto& path : missing[id]) recordRemoteDate(path, leftMissing, id);
+    missing.erase(id);
+    publishReview(id);
+    persist();
+}
+
 void AppModel::startWithoutCheck(const Uuid& id) {
     if (profile(id) == nullptr) return;
     const auto generation = [this, id] {
@@ -254,6 +304,7 @@ Decision AppModel::resolveReview(Uuid id, Uuid reviewId, const PathSet& selected
 Decision AppModel::carryOut(const Uuid& id, const PathSet& downloads) {
     const std::vector<RemoteChange> changes = jobs.at(id).review()->changes;
     const auto dates = state.remoteDates;
+    const auto synchronised = baseline(id);
     std::vector<RemoteChange> approved;
     std::vector<RemoteChange> kept;
     for (const auto& change : changes) {
@@ -264,10 +315,12 @@ Decision AppModel::carryOut(const Uuid& id, const PathSet& downloads) {
             kept.push_back(change);
         }
     }
+    if (sendsEverything(id)) forgetPublished(pathsOf(kept), id);
     try {
         persist();
     } catch (const std::exception& error) {
         state.remoteDates = dates; // what is not decided is offered again
+        state.baselines[id] = synchronised;
         setAlert(describe(error));
         return Decision::refused;
     }

@@ -12,13 +12,17 @@
 namespace zembrastel {
 namespace {
 
-void showAsText(const std::vector<RemoteChange>& changes, const std::string& command, Output& output) {
-    if (changes.empty()) {
+void ignore(const std::string&) {}
+
+void showAsText(const ServerCheck& check, const std::string& command, Output& output) {
+    if (check.changes.empty()) {
         output.line("Nothing is newer on the server.");
         return;
     }
-    output.line(counted(changes.size(), "file") + " newer on the server:");
-    for (const auto& change : changes) output.line("  " + describeChange(change));
+    output.line(counted(check.changes.size(), "file") + " newer on the server:");
+    for (const auto& change : check.changes) {
+        output.line("  " + describeChange(change) + describeSizes(change, check.seen));
+    }
     output.note("To decide: " + command);
 }
 
@@ -40,32 +44,37 @@ ExitCode checkServer(const Surroundings& around, const std::string& name) {
         throw CommandError(
             ExitCode::failed, inQuotes(profile.name) + " still has its initial download to do; run watch first.");
     }
-    std::vector<RemoteChange> changes;
+    ServerCheck found;
     callServer(
         profile, around, "compare the local folder " + oneLine(profile.localFolder) + " with the server",
         [&](const FTPTransport& server) {
-            changes =
-                server.newerRemoteFiles(recordOf(state, profile.id, around.options), [](const std::string&) {}).changes;
+            found = server.newerRemoteFiles(recordOf(state, profile.id, around.options), ignore);
         });
     retryInProgram(profile, around);
+    const std::string unambiguous = unambiguousName(state.profiles, profile);
     if (around.output.json()) {
         JsonLine object("review");
-        addReview(object, profile, changes, systemClock());
+        addReview(object, profile, found.changes, systemClock(), found.seen);
         around.output.line(object);
     } else {
-        showAsText(changes, reviewCommand(around.options, unambiguousName(state.profiles, profile)), around.output);
+        showAsText(found, reviewCommand(around.options, unambiguous), around.output);
     }
-    return changes.empty() ? ExitCode::done : ExitCode::reviewWaiting;
+    tellMissing(profile, found.missing, around.output);
+    if (!found.missing.empty()) around.output.note(sendMissingHint(around.options, found.missing.size(), unambiguous));
+    if (!found.changes.empty()) return ExitCode::reviewWaiting;
+    return found.missing.empty() ? ExitCode::done : ExitCode::failed;
 }
 
 } // namespace
 
 void addCheck(CLI::App& parent, Command& chosen) {
-    auto* command = parent.add_subcommand("check", "List the files that are newer on the server; changes nothing");
+    auto* command =
+        parent.add_subcommand("check", "List the files that are newer or missing on the server; changes nothing");
     const auto name = std::make_shared<std::string>();
     command->add_option("NAME", *name, "Name or id of the profile")->required()->type_name("");
-    command->footer("Another program may be running meanwhile. Ends with 3 when there are such files, and with 0\n"
-                    "when there are none; review decides what to do with them.");
+    command->footer("Another program may be running meanwhile. Ends with 3 if files are newer on the server or differ\n"
+                    "there in size: review decides about them. Ends with 1 if uploaded files are missing there and\n"
+                    "none is newer: push --missing sends them again. Otherwise ends with 0.");
     command->callback(
         [&chosen, name] { chosen = [name](const Surroundings& around) { return checkServer(around, *name); }; });
 }

@@ -5,6 +5,7 @@
 #include "cli/profile_choice.h"
 #include "cli/profile_fields.h"
 #include "cli/profile_saving.h"
+#include "cli/review_text.h"
 #include "cli/terminal_question.h"
 #include "model/error.h"
 
@@ -39,12 +40,19 @@ void requireOwnName(const Profile& changed, const std::vector<Profile>& others) 
         "There is a profile " + inQuotes(changed.name) + " already. Nothing was changed; give another --name.");
 }
 
-void report(const Profile& before, const Profile& after, Output& output) {
+void report(const Profile& before, const AppModel& model, const Surroundings& around) {
+    Output& output = around.output;
+    const Profile& after = *model.profile(before.id);
     if (output.json()) {
         output.line(asJsonLine("profile", encode(after)));
         return;
     }
     output.line("Changed " + inQuotes(after.name) + ".");
+    if (!isSamePlaceOnServer(before, after) && !model.baseline(after.id).empty()) {
+        output.note(
+            "Nothing has been sent to the new place yet, and only what changes from now on is. To send everything:");
+        output.note(commandLine(around.options, "push --all", unambiguousName(model.profiles(), after)));
+    }
     if (after.hasEmptySyncSelection()) {
         output.note("Nothing is selected to sync, so it is not enabled.");
     } else if (after.needsDownload && after.effectiveSyncSelection() != before.effectiveSyncSelection()) {
@@ -65,7 +73,7 @@ ExitCode setProfile(const Surroundings& around, const Request& request) {
         throw CommandError(
             ExitCode::failed, "Cannot change the profile " + inQuotes(before.name) + ": " + sentence(describe(error)));
     }
-    report(before, *state.model().profile(before.id), around.output);
+    report(before, state.model(), around);
     return ExitCode::done;
 }
 

@@ -7,6 +7,7 @@
 #include "cli/profile_choice.h"
 #include "cli/progress_report.h"
 #include "cli/review_text.h"
+#include "cli/running_program.h"
 #include "cli/scan_command.h"
 #include "cli/server_call.h"
 #include "cli/state_folder.h"
@@ -24,6 +25,10 @@ namespace {
 struct Request {
     std::string name;
     bool dryRun = false;
+    bool all = false;
+    bool missing = false;
+
+    [[nodiscard]] bool resends() const { return all || missing; }
 };
 
 JsonLine& addFile(JsonLine& object, const Profile& profile, std::string_view path) {
@@ -74,18 +79,23 @@ void requirePushable(const Profile& profile) {
 // Somebody else's work is not overwritten by a script.
 [[noreturn]] void refuseFor(
     const std::vector<RemoteChange>& changes, const Profile& profile, const std::vector<Profile>& profiles,
-    const Surroundings& around) {
+    const Surroundings& around, bool comparedAll, bool sentSome = false) {
     if (around.output.json()) {
         JsonLine object("review");
         addReview(object, profile, changes, systemClock());
         around.output.line(object);
     } else {
-        around.output.line(counted(changes.size(), "file") + " newer on the server:");
+        around.output.line(
+            counted(changes.size(), "file") + (comparedAll ? " different on the server:" : " newer on the server:"));
         for (const auto& change : changes) around.output.line("  " + describeChange(change));
     }
+    const char* const review = comparedAll ? "review --compare-all" : "review";
     throw CommandError(
-        ExitCode::reviewWaiting, "Nothing was uploaded, because files are newer on the server. Decide on them first: "
-                                     + reviewCommand(around.options, unambiguousName(profiles, profile)));
+        ExitCode::reviewWaiting,
+        std::string(sentSome ? "Not everything was uploaded" : "Nothing was uploaded")
+            + (comparedAll ? ", because the server has other versions of files"
+                           : ", because files are newer on the server")
+            + ". Decide on them first: " + commandLine(around.options, review, unambiguousName(profiles, profile)));
 }
 
 CommandError unfinished(const Profile& profile, const std::string& failure, const std::string& consequence = "") {
@@ -94,11 +104,23 @@ CommandError unfinished(const Profile& profile, const std::string& failure, cons
                                  + "): " + sentence(failure) + consequence};
 }
 
+// Nothing is sent again without being asked.
+CommandError lacking(
+    const Profile& profile, std::size_t missing, const std::vector<Profile>& profiles, const Surroundings& around) {
+    return {
+        ExitCode::failed, missingText(missing) + (missing == 1 ? " and was" : " and were")
+                              + " not sent, because nothing changed here. "
+                              + sendMissingHint(around.options, missing, unambiguousName(profiles, profile))};
+}
+
 // One run of the command.
 class Push {
 public:
-    Push(AppModel& used, MainQueue& usedQueue, const Profile& pushed, const Surroundings& surroundings)
-        : model(used), queue(usedQueue), profile(pushed), around(surroundings), report(pushed, surroundings.output) {}
+    Push(
+        AppModel& used, MainQueue& usedQueue, const Profile& pushed, const Surroundings& surroundings,
+        const Request& requested)
+        : model(used), queue(usedQueue), profile(pushed), around(surroundings), request(requested),
+          report(pushed, surroundings.output) {}
 
     void run() {
         const Observing observing(model, report);
@@ -110,7 +132,8 @@ public:
         }
         const auto review = model.reviews().find(profile.id);
         if (review != model.reviews().end()) {
-            refuseFor(review->second.changes, profile, model.profiles(), around);
+            refuseFor(
+                review->second.changes, profile, model.profiles(), around, request.all, !report.sentPaths.empty());
         }
         const ProfileStatus& status = model.status(profile.id);
         interrupted = !ended;
@@ -125,6 +148,7 @@ private:
     bool runToEnd() {
         const Uuid& id = profile.id;
         const auto interruptible = around.interrupt.during([this] { queue.quit(); });
+        if (request.resends()) model.planResend(id, request.all ? Resend::everything : Resend::missing);
         model.start(id);
         return queue.runUntil([this, &id] {
             return model.reviews().contains(id) || model.checkFailures().contains(id) || !model.running(id);
@@ -152,7 +176,10 @@ private:
                 failure, " If you deleted the files: " + commandLine(around.options, "forget-files", name));
         }
         if (!failure.empty()) throw unfinished(failure);
-        tellDone();
+        const PathSet& missing = model.missingOnServer(profile.id);
+        tellMissing(profile, missing, around.output);
+        tellDone(!missing.empty());
+        if (!missing.empty()) throw lacking(profile, missing.size(), model.profiles(), around);
     }
 
     [[nodiscard]] CommandError unfinished(const std::string& failure, const std::string& consequence = "") const {
@@ -170,7 +197,7 @@ private:
         }
     }
 
-    void tellDone() {
+    void tellDone(bool lacksFiles) {
         std::size_t undated = 0;
         for (const auto& path : report.sentPaths) {
             if (!model.remoteDates(profile.id).contains(path)) ++undated;
@@ -181,9 +208,12 @@ private:
                 + ". They are live; the next comparison may offer them as newer on the server.");
         }
         if (around.output.json()) {
+            if (lacksFiles) return;
             JsonLine object("pushed");
             object.text("profile", profile.name).text("id", profile.id.text());
             around.output.line(object.number("files", report.sentPaths.size()));
+        } else if (report.sentPaths.empty() && lacksFiles) {
+            around.output.line("Nothing has changed in " + inQuotes(profile.name) + ".");
         } else if (report.sentPaths.empty()) {
             around.output.line("Nothing to push: the server has all of " + inQuotes(profile.name) + ".");
         } else {
@@ -196,12 +226,12 @@ private:
     MainQueue& queue;
     const Profile& profile;
     const Surroundings& around;
+    const Request& request;
     PushReport report;
     bool interrupted = false;
 };
 
-ExitCode push(const Surroundings& around, const Request& request) {
-    const StateStore store = openState(around.options);
+ExitCode pushAlone(const StateStore& store, const Surroundings& around, const Request& request) {
     const InstanceLock held = holdState(store);
     const Output::NeverWaiting publishing(
         around.output, Output::NeverWaiting::unlimitedRoom, [&around] { return !around.interrupt.happened(); });
@@ -215,8 +245,50 @@ ExitCode push(const Surroundings& around, const Request& request) {
     const Profile profile = chooseProfile(model.profiles(), request.name);
     requirePushable(profile);
     if (const auto given = givenPassword(around)) model.keepForSession(profile.id, *given);
-    Push(model, queue, profile, around).run();
+    Push(model, queue, profile, around, request).run();
     return ExitCode::done;
+}
+
+// Has the running program send the files again. It goes on with that after the answer.
+ExitCode pushInProgram(RunningProgram& program, const Surroundings& around, const Request& request) {
+    const auto profiles = loadProfiles(around.options);
+    const Profile& profile = chooseProfile(profiles, request.name);
+    requirePushable(profile);
+    using Kind = ControlRequest::Kind;
+    std::vector<RemoteChange> changes;
+    const auto failed = program.ask(
+        {.kind = request.all ? Kind::sendAll : Kind::sendMissing, .profiles = {profile.id}}, around.interrupt,
+        [&changes](const ControlAnswer& answer) {
+            if (const auto* review = std::get_if<answer::Review>(&answer)) changes = review->changes;
+        });
+    if (failed && failed->reason == answer::Failed::Reason::server) {
+        throw serverFailure(profile, checkAim(profile), failed->text, "Nothing was uploaded.");
+    }
+    if (failed && failed->reason == answer::Failed::Reason::paused) {
+        throw CommandError(
+            ExitCode::failed, inQuotes(profile.name)
+                                  + " is paused in the running program. Nothing was uploaded; "
+                                    "resume it first.");
+    }
+    if (failed) throw unfinished(profile, failed->text);
+    if (!changes.empty()) refuseFor(changes, profile, profiles, around, false);
+    if (around.output.json()) {
+        JsonLine object("sending");
+        around.output.line(object.text("profile", profile.name).text("id", profile.id.text()));
+    } else {
+        around.output.line(
+            "The running program compared " + inQuotes(profile.name)
+            + " with the server, and now uploads what is to be sent again. To see it: status --follow");
+    }
+    return ExitCode::done;
+}
+
+ExitCode push(const Surroundings& around, const Request& request) {
+    const StateStore store = openState(around.options);
+    if (!request.resends()) return pushAlone(store, around, request);
+    return RunningProgram::askOrHold(
+        store, [&](RunningProgram& program) { return pushInProgram(program, around, request); },
+        [&] { return pushAlone(store, around, request); });
 }
 
 // What push would send; another program may hold the state folder meanwhile.
@@ -224,14 +296,20 @@ ExitCode showWhatWouldGo(const Surroundings& around, const Request& request) {
     const SavedState state = loadState(around.options);
     const Profile& profile = chooseProfile(state.profiles, request.name);
     requirePushable(profile);
-    const ServerRecord record = recordOf(state, profile.id, around.options);
-    std::vector<RemoteChange> newer;
+    ServerRecord recorded = recordOf(state, profile.id, around.options);
+    recorded.compareAll = request.all;
+    ServerCheck found;
     callServer(profile, around, checkAim(profile), [&](const FTPTransport& server) {
-        newer = server.newerRemoteFiles(record, [](const std::string&) {}).changes;
+        found = server.newerRemoteFiles(recorded, [](const std::string&) {});
     });
-    if (!newer.empty()) refuseFor(newer, profile, state.profiles, around);
+    if (!found.changes.empty()) refuseFor(found.changes, profile, state.profiles, around, request.all);
+    const PathSet& sentAgain = request.missing ? found.missing : found.toSend;
+    for (const auto& [path, fingerprint] : found.recognised.files) recorded.baseline.set(path, fingerprint);
+    recorded.baseline.eraseIf([&](std::string_view path, const Fingerprint&) { return sentAgain.contains(path); });
     const auto [files, leftOut] = scanFolder(profile, around);
-    const auto paths = changedPaths(files, record.baseline);
+    const auto paths = changedPaths(files, recorded.baseline);
+    const bool lacksFiles = !request.resends() && !found.missing.empty();
+    if (lacksFiles) tellMissing(profile, found.missing, around.output);
     for (const auto& path : paths) {
         const auto bytes = static_cast<std::uint64_t>(files.at(path).size);
         if (around.output.json()) {
@@ -243,10 +321,12 @@ ExitCode showWhatWouldGo(const Surroundings& around, const Request& request) {
     }
     if (!around.output.json()) {
         around.output.line(
-            paths.empty() ? "Nothing to push: the server has all of " + inQuotes(profile.name) + "."
-                          : "To push: " + counted(paths.size(), "file") + ". Nothing was uploaded.");
+            !paths.empty() ? "To push: " + counted(paths.size(), "file") + ". Nothing was uploaded."
+            : lacksFiles   ? "Nothing has changed in " + inQuotes(profile.name) + "."
+                           : "Nothing to push: the server has all of " + inQuotes(profile.name) + ".");
     }
     if (!leftOut.empty()) throw unfinished(profile, leftOut.back()); // as the push itself would end
+    if (lacksFiles) throw lacking(profile, found.missing.size(), state.profiles, around);
     return ExitCode::done;
 }
 
@@ -258,10 +338,21 @@ void addPush(CLI::App& parent, Command& chosen) {
     command->add_option("NAME", request->name, "Name or id of the profile")->required()->type_name("");
     command->add_flag(
         "--dry-run", request->dryRun, "Only show what would be uploaded; nothing is changed here or on\nthe server");
+    auto* missing = command->add_flag(
+        "--missing", request->missing, "Also send again what was uploaded before and is missing on the\nserver");
+    command
+        ->add_flag(
+            "--all", request->all,
+            "Send everything again that the server is not known to have\nwith the same contents, such as to a new "
+            "remote folder")
+        ->excludes(missing);
     command->footer("First the server is compared with what was last synchronised: where files are newer there,\n"
                     "nothing is uploaded, and push ends with 3 (see review). Then what two looks at the folder,\n"
                     "two seconds apart, found the same is uploaded. Nothing is tried again: push names what was\n"
-                    "not sent and ends with 1, with 5 where the server refused the login, or with 8 after Ctrl-C.\n\n"
+                    "not sent and ends with 1, with 5 where the server refused the login, or with 8 after Ctrl-C.\n"
+                    "Uploaded files that are missing on the server are named, and push ends with 1; they are sent\n"
+                    "again with --missing or --all alone. With these, a program that runs for the profile does it.\n"
+                    "--all compares the contents of up to 32 MB of files, and leaves equal ones alone.\n\n"
                     "Example:\n"
                     "  make site && zembrastel-cli push \"My website\" --password-file ~/.ftp-password");
     command->callback([&chosen, request] {

@@ -25,6 +25,7 @@ struct Request {
     bool list = false;
     bool downloadAll = false;
     bool keepAll = false;
+    bool compareAll = false;
 
     [[nodiscard]] bool decides() const { return downloadAll || keepAll || !download.empty(); }
 };
@@ -79,9 +80,11 @@ public:
             around.output.line("Nothing is newer on the server.");
             return;
         }
-        around.output.line(counted(changes.size(), "file") + " newer on the server:");
+        around.output.line(
+            counted(changes.size(), "file") + (comparesAll ? " different" : " newer") + " on the server:");
         for (const auto& change : changes) around.output.line("  " + describeChange(change));
-        const std::string command = reviewCommand(around.options, unambiguousName(profiles, profile));
+        const std::string command = commandLine(
+            around.options, comparesAll ? "review --compare-all" : "review", unambiguousName(profiles, profile));
         around.output.note("To decide, one of:");
         around.output.note(command + " --download PATH...");
         around.output.note(command + " --download-all");
@@ -132,6 +135,7 @@ protected:
 
     const Profile profile;
     const Surroundings& around;
+    bool comparesAll = false;
     std::vector<std::string> leftOut; // neither kept nor downloaded by the decision
 
 private:
@@ -141,8 +145,12 @@ private:
 // The command's own, while no program runs.
 class OwnReview final : public Review {
 public:
-    OwnReview(AppModel& used, MainQueue& usedQueue, const Profile& reviewed, const Surroundings& surroundings)
-        : Review(used.profiles(), reviewed, surroundings), model(used), queue(usedQueue) {}
+    OwnReview(
+        AppModel& used, MainQueue& usedQueue, const Profile& reviewed, const Surroundings& surroundings, bool ofAll)
+        : Review(used.profiles(), reviewed, surroundings), model(used), queue(usedQueue) {
+        comparesAll = ofAll;
+        if (ofAll) model.planResend(reviewed.id, Resend::everything);
+    }
 
     std::vector<RemoteChange> check() override {
         const Uuid& id = profile.id;
@@ -325,7 +333,7 @@ ExitCode reviewAlone(const StateStore& store, const Surroundings& around, const 
     if (profile.needsDownload) throw lacksDownload(profile);
     if (const auto given = givenPassword(around)) model.keepForSession(profile.id, *given);
     const ProgressReport progress(model, around.output);
-    OwnReview review(model, queue, profile, around);
+    OwnReview review(model, queue, profile, around, request.compareAll);
     return carryOut(review, request, around.output);
 }
 
@@ -354,6 +362,9 @@ void addReviewCommand(CLI::App& parent, Command& chosen) {
     auto* downloadAll =
         command->add_flag("--download-all", request->downloadAll, "Replace all of them by the server's, with backups");
     auto* keepAll = command->add_flag("--keep-all", request->keepAll, "Keep the local version of all of them");
+    command->add_flag(
+        "--compare-all", request->compareAll,
+        "Review every file that differs on the server, as push --all\nfinds them; what is kept is uploaded next");
     const std::vector<CLI::Option*> choices{list, download, downloadAll, keepAll};
     for (auto* choice : choices) {
         for (auto* other : choices) {

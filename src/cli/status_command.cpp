@@ -43,6 +43,7 @@ private:
             begin(object, told.profile, systemClock().now());
             object.flag("enabled", told.enabled).flag("running", told.running);
             object.number("newerOnServer", static_cast<std::uint64_t>(told.newerOnServer));
+            object.number("missingOnServer", static_cast<std::uint64_t>(told.missingOnServer));
             addStatus(object, told.status);
             output.line(object);
         } else if (isFirst) {

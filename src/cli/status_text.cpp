@@ -3,6 +3,7 @@
 #include "app/progress_text.h"
 #include "cli/colour.h"
 #include "cli/presentation.h"
+#include "cli/review_text.h"
 
 #include <unistd.h>
 
@@ -41,6 +42,9 @@ std::vector<std::string> statusLines(const answer::Status& told) {
     if (status.filesMissing) lines.push_back(line("missing", "if you deleted the files: forget-files"));
     if (told.newerOnServer > 0) {
         lines.push_back(line("review", counted(countOf(told.newerOnServer), "file") + " newer on the server"));
+    }
+    if (told.missingOnServer > 0) {
+        lines.push_back(line("missing", missingText(countOf(told.missingOnServer)) + ": push --missing"));
     }
     std::string uploaded = counted(countOf(status.uploaded), "file") + " since the program started";
     if (status.lastUpload) uploaded += ", the last at " + dateAndTime(*status.lastUpload);

@@ -62,6 +62,7 @@ void WatchReport::activityLogged(const Uuid& id, const Activity& activity) {
 }
 
 void WatchReport::reviewChanged(const Uuid& id) {
+    tellMissingOnServer(id);
     const auto review = model.reviews().find(id);
     if (review == model.reviews().end()) {
         reviewsTold.erase(id);
@@ -87,6 +88,18 @@ void WatchReport::tellReview(const Profile& profile, const std::vector<RemoteCha
     }
     const std::string name = unambiguousName(model.profiles(), profile);
     around.output.line("  To decide, in another terminal: " + reviewCommand(around.options, name) + " --list");
+}
+
+// How to have them sent again, once.
+void WatchReport::tellMissingOnServer(const Uuid& id) {
+    const auto files = model.missingOnServer(id).size();
+    const Profile* profile = model.profile(id);
+    if (files == 0) {
+        missingOnServerTold.erase(id);
+    } else if (profile != nullptr && missingOnServerTold.insert(id).second && !around.output.json()) {
+        const std::string name = unambiguousName(model.profiles(), *profile);
+        around.output.line("  " + sendMissingHint(around.options, files, name));
+    }
 }
 
 void WatchReport::alertChanged() {

@@ -26,6 +26,7 @@ public:
 private:
     void tell(const Profile& profile, const std::string& text);
     void tellMissing(const Profile& profile, bool missing);
+    void tellMissingOnServer(const Uuid& id);
     void tellReview(const Profile& profile, const std::vector<RemoteChange>& changes);
     [[nodiscard]] JsonLine& begin(JsonLine& object, const Profile& profile) const;
 
@@ -36,6 +37,7 @@ private:
     std::map<Uuid, std::string> lastStatus;
     std::set<Uuid> reviewsTold;
     std::set<Uuid> missingTold;
+    std::set<Uuid> missingOnServerTold;
 };
 
 } // namespace zembrastel

@@ -132,4 +132,8 @@ bool Profile::visitsForSync(std::string_view folder) const {
     return !selection || selection->shouldVisit(folder);
 }
 
+bool isSamePlaceOnServer(const Profile& a, const Profile& b) {
+    return a.host == b.host && a.port == b.port && a.username == b.username && a.remoteFolder == b.remoteFolder;
+}
+
 } // namespace zembrastel

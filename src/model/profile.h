@@ -67,4 +67,8 @@ struct Profile {
     friend bool operator==(const Profile&, const Profile&) = default;
 };
 
+// Are both the same folder of the same login on a server? If not, nothing that is known of the one is true of the
+// other.
+[[nodiscard]] bool isSamePlaceOnServer(const Profile& a, const Profile& b);
+
 } // namespace zembrastel

@@ -1,16 +1,13 @@
 #include "model/scan.h"
-#include "platform/child_process.h"
-#include "platform/files.h"
-#include "platform/private_folder.h"
 #include "platform/text.h"
+#include "transport/content_comparison.h"
 #include "transport/ftp_transport.h"
-#include "transport/local_place.h"
+#include "transport/missing_files.h"
 #include "transport/remote_queries.h"
 #include "transport/server_record.h"
 
 #include <algorithm>
 #include <chrono>
-#include <sys/stat.h>
 #include <variant>
 #include <vector>
 
@@ -32,9 +29,17 @@ public:
         walk();
         findUnanswered();
         const auto shift = commonShift(differences());
-        for (const auto& [path, version] : found.seen) {
-            transport.control->check();
-            decide(path, version, shift);
+        if (recorded.compareAll) {
+            compareAll(shift);
+        } else {
+            for (const auto& [path, version] : found.seen) {
+                transport.control->check();
+                decide(path, version, shift);
+            }
+            const auto listed = found.seen.begin() == found.seen.end()
+                                    ? std::nullopt
+                                    : std::optional(std::string((*found.seen.begin()).path));
+            found.missing = zembrastel::findMissing(transport, unlisted(), listed);
         }
         std::stable_sort(found.changes.begin(), found.changes.end(), [](const RemoteChange& a, const RemoteChange& b) {
             return compareNames(a.path, b.path) < 0;
@@ -154,6 +159,76 @@ private:
                             || (record.local != nullptr && isOtherVersion(here, *record.local))});
     }
 
+    // Published files, unchanged here since, that no listing showed.
+    [[nodiscard]] std::vector<std::string> unlisted() const {
+        std::vector<std::string> paths;
+        for (const auto& [path, published] : recorded.baseline) {
+            const auto* here = local.find(path);
+            const auto* date = recorded.knownDates.find(path);
+            const bool isLeft = !recorded.compareAll && date != nullptr && *date == leftMissing;
+            const bool isUnchanged = here != nullptr && !isOtherVersion(*here, published);
+            if (isUnchanged && !isLeft && !found.seen.contains(path)) paths.emplace_back(path);
+        }
+        return paths;
+    }
+
+    // Nothing counts as published. What has equal contents on the server is recorded; of the rest, a version that was
+    // recorded or decided on before may be replaced, and any other one is for the user to decide.
+    void compareAll(std::chrono::seconds shift) {
+        std::vector<std::string> unseen;
+        for (const auto& [path, fingerprint] : local) {
+            if (!found.seen.contains(path)) unseen.emplace_back(path);
+        }
+        for (const auto& [path, version] : findHidden(transport, unseen)) found.seen.set(path, version);
+        const auto equal = filesWithEqualContents(transport, comparable());
+        for (const auto& [path, version] : found.seen) {
+            const Fingerprint& here = local.at(path);
+            if (equal.contains(path)) {
+                found.recognised.files.set(path, here);
+                found.recognised.dates.set(path, version.modified);
+            } else if (!isKnownVersion(path, version, shift)) {
+                const auto* published = recorded.baseline.find(path);
+                const bool isNewer = shouldOffer(version.modified, here, std::nullopt);
+                const bool isEdited = published != nullptr && isOtherVersion(here, *published);
+                found.changes.push_back(
+                    {.path = std::string(path),
+                     .local = here,
+                     .remoteDate = version.modified,
+                     .bothChanged = !isNewer || isEdited});
+            } else {
+                found.toSend.emplace(path);
+            }
+        }
+        for (auto& path : unlisted()) found.toSend.insert(std::move(path));
+    }
+
+    // Of equal size on both sides; the small ones first, as far as all may be fetched.
+    [[nodiscard]] std::vector<FileToCompare> comparable() const {
+        std::vector<FileToCompare> files;
+        for (const auto& [path, version] : found.seen) {
+            const Fingerprint& here = local.at(path);
+            if (version.size == static_cast<std::uint64_t>(here.size)) files.push_back({std::string(path), here});
+        }
+        std::ranges::stable_sort(files, {}, [](const FileToCompare& file) { return file.fingerprint.size; });
+        auto left = static_cast<std::int64_t>(toFetch);
+        const auto tooMuch = std::ranges::find_if(
+            files, [&left](const FileToCompare& file) { return (left -= file.fingerprint.size) < 0; });
+        files.erase(tooMuch, files.end());
+        return files;
+    }
+
+    // Uploaded by this program, or acknowledged by the user.
+    [[nodiscard]] bool isKnownVersion(
+        const std::string& path, const ServerVersion& version, std::chrono::seconds shift) const {
+        if (announcedVersion(path, version) != nullptr) return true;
+        const auto* date = recorded.knownDates.find(path);
+        if (date == nullptr || recorded.unanswered.contains(path)) return false;
+        const auto* published = recorded.baseline.find(path);
+        const auto size = published == nullptr ? version.size : static_cast<std::uint64_t>(published->size);
+        if (!hasRecordedSize(path, version)) shift = {};
+        return isVersion(version, *date + shift, size.value_or(0));
+    }
+
     // Own uploads, and decisions, of which it is not certain that they were saved.
     [[nodiscard]] const Fingerprint* announcedVersion(const std::string& path, const ServerVersion& version) const {
         const auto* file = recorded.announced.files.find(path);
@@ -214,14 +289,7 @@ ServerCheck FTPTransport::newerRemoteFiles(const ServerRecord& recorded, const R
 }
 
 bool FTPTransport::hasContentsOf(const std::string& path, const Fingerprint& local) const {
-    const auto place = LocalPlace::resolve(profile.localFolder, path);
-    if (place.fingerprint() != local) return false;
-    const PrivateFolder folder;
-    const Descriptor fetched = folder.folder().create("fetched", S_IRUSR | S_IWUSR);
-    run(path, false, {{"output", ChildProcess::filePath}}, fetched.get());
-    const Descriptor here = place.parent->openForReading(place.name);
-    return readContents(here.get(), place.url) == readContents(fetched.get(), folder.path() / "fetched")
-           && place.fingerprint() == local;
+    return !filesWithEqualContents(*this, {{path, local}}).empty();
 }
 
 } // namespace zembrastel

@@ -30,6 +30,8 @@ struct ServerRecord {
     std::set<std::string, std::less<>> unanswered = {};
     // Those of them that an upload did not replace: the local file changed too, whatever the baseline says.
     std::set<std::string, std::less<>> disputed = {};
+    // Everything is to be sent again: no file counts as published before its contents were compared.
+    bool compareAll = false;
 };
 
 struct ServerCheck {
@@ -41,6 +43,11 @@ struct ServerCheck {
     // not recorded (own uploads of a program that was killed, and equal contents), and dates that the server reports
     // otherwise since its clock or time zone changed. There are more dates than files.
     AnnouncedFiles recognised = {};
+    // Published files, unchanged here since, that the server does not have. Only what it confirmed to be absent.
+    std::set<std::string, std::less<>> missing = {};
+    // With compareAll: published files, unchanged here since, that are to be sent again. The server lacks them, or it
+    // has the recorded version of them and its contents are not known to be the same.
+    std::set<std::string, std::less<>> toSend = {};
 };
 
 } // namespace zembrastel

@@ -14,6 +14,9 @@
 
 namespace zembrastel {
 
+// Recorded in place of a date where the user left a file missing on the server. No version of a file has this date.
+inline constexpr RemoteDate leftMissing{};
+
 // What is known of one file from the last synchronisation. Where a pointer is null, nothing is.
 struct RecordedFile {
     const Fingerprint* local = nullptr;     // the local version that was uploaded or downloaded

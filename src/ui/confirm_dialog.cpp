@@ -17,7 +17,9 @@ constexpr int margin = 24;
 
 } // namespace
 
-ConfirmDialog::ConfirmDialog(const QString& title, const QString& message, const QString& confirmText, QWidget* parent)
+ConfirmDialog::ConfirmDialog(
+    const QString& title, const QString& message, const QString& confirmText, QWidget* parent,
+    const QString& dismissText)
     : QDialog(parent) {
     setWindowTitle(title);
     setWindowModality(Qt::WindowModal);
@@ -27,7 +29,7 @@ ConfirmDialog::ConfirmDialog(const QString& title, const QString& message, const
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addWidget(makeBody(title, message), 1);
-    layout->addWidget(makeFooter(confirmText));
+    layout->addWidget(makeFooter(confirmText, dismissText));
     dismissButton->setDefault(true); // only inside its dialog does that take effect
     dismissButton->setFocus();
     const int width = scaledToText(dialogWidth);
@@ -49,14 +51,14 @@ QWidget* ConfirmDialog::makeBody(const QString& title, const QString& message) {
     return body;
 }
 
-QWidget* ConfirmDialog::makeFooter(const QString& confirmText) {
+QWidget* ConfirmDialog::makeFooter(const QString& confirmText, const QString& dismissText) {
     QFrame* const footer = makeSurface(Surface::footer);
     auto* const layout = new QHBoxLayout(footer);
     layout->setContentsMargins(margin, 12, margin, 12);
     layout->setSpacing(8);
     layout->addStretch(1);
     const bool asks = !confirmText.isEmpty();
-    auto* const dismiss = new PushButton(asks ? tr("Cancel") : tr("OK"));
+    auto* const dismiss = new PushButton(!dismissText.isEmpty() ? dismissText : asks ? tr("Cancel") : tr("OK"));
     connect(dismiss, &QPushButton::clicked, this, &QDialog::reject);
     layout->addWidget(dismiss);
     if (asks) {
@@ -70,8 +72,8 @@ QWidget* ConfirmDialog::makeFooter(const QString& confirmText) {
 
 ConfirmDialog* ConfirmDialog::ask(
     QWidget* parent, const QString& title, const QString& message, const QString& confirmText,
-    std::function<void()> confirmed) {
-    auto* const dialog = new ConfirmDialog(title, message, confirmText, parent);
+    std::function<void()> confirmed, const QString& dismissText) {
+    auto* const dialog = new ConfirmDialog(title, message, confirmText, parent, dismissText);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &QDialog::accepted, dialog, std::move(confirmed));
     dialog->open();

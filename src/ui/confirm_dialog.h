@@ -15,14 +15,16 @@ class ConfirmDialog : public QDialog {
     Q_OBJECT
 
 public:
-    // Cancel has the focus and is what Enter and Escape do; confirming accepts the dialog. Without a text to confirm
-    // with there is "OK" alone.
-    ConfirmDialog(const QString& title, const QString& message, const QString& confirmText, QWidget* parent = nullptr);
+    // Cancel, or what is to stand there instead, has the focus and is what Enter and Escape do; confirming accepts the
+    // dialog. Without a text to confirm with there is "OK" alone.
+    ConfirmDialog(
+        const QString& title, const QString& message, const QString& confirmText, QWidget* parent = nullptr,
+        const QString& dismissText = QString());
 
     // Asks, and calls `confirmed` if the answer is yes.
     static ConfirmDialog* ask(
         QWidget* parent, const QString& title, const QString& message, const QString& confirmText,
-        std::function<void()> confirmed);
+        std::function<void()> confirmed, const QString& dismissText = QString());
 
     // Tells, and calls `closed`, if there is one, once the message was read.
     static ConfirmDialog* tell(
@@ -30,7 +32,7 @@ public:
 
 private:
     [[nodiscard]] QWidget* makeBody(const QString& title, const QString& message);
-    [[nodiscard]] QWidget* makeFooter(const QString& confirmText);
+    [[nodiscard]] QWidget* makeFooter(const QString& confirmText, const QString& dismissText);
 
     QPushButton* dismissButton = nullptr;
 };

@@ -1,5 +1,7 @@
 #include "ui/main_window.h"
 
+#include "model/error.h"
+
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
@@ -58,6 +60,7 @@ void MainWindow::connectParts() {
     });
     connect(&sidebar->list(), &ProfileList::editRequested, this, [this](const Uuid& id) { hooks.editProfile(id); });
     connect(&sidebar->list(), &ProfileList::removeRequested, this, &MainWindow::askToRemove);
+    connect(&sidebar->list(), &ProfileList::sendAllRequested, this, &MainWindow::askToSendAll);
     connect(&sidebar->plus(), &QPushButton::clicked, this, [this] { hooks.newProfile(); });
     connect(&sidebar->quitButton(), &QPushButton::clicked, this, &MainWindow::quitRequested);
     connect(&welcome->createButton(), &QPushButton::clicked, this, [this] { hooks.newProfile(); });
@@ -186,6 +189,33 @@ void MainWindow::askToSkipCheck(const Uuid& id) {
         tr("Queued local edits may overwrite newer server files. Use this only if you want to proceed without a "
            "successful comparison."),
         tr("Start without checking"), [this, id] { bridge.model().startWithoutCheck(id); });
+}
+
+void MainWindow::askToSendAll(const Uuid& id) {
+    ConfirmDialog::ask(
+        this, tr("Send everything again?"),
+        tr("Every file is compared with the server first. Files that are the same there are left alone, and all others "
+           "are uploaded. Where the server has a version that was not uploaded from here, you decide first. A paused "
+           "profile starts watching."),
+        tr("Send everything"), [this, id] { sendAll(id); });
+}
+
+void MainWindow::offerToSendAll(const Uuid& id) {
+    ConfirmDialog::ask(
+        this, tr("Nothing has been sent to the new place yet"),
+        tr("The files that are recorded as uploaded are in the old place. From now on only what changes is uploaded to "
+           "the new one. To upload everything, each file is compared with the server first: files that are the same "
+           "there are left alone, and where the server has another version, you decide first. A paused profile starts "
+           "watching."),
+        tr("Send everything"), [this, id] { sendAll(id); }, tr("Not now"));
+}
+
+void MainWindow::sendAll(const Uuid& id) {
+    try {
+        bridge.model().sendAgain(id, Resend::everything);
+    } catch (const std::exception& error) {
+        tellFailure(QString::fromStdString(describe(error)));
+    }
 }
 
 void MainWindow::resizeEvent(QResizeEvent* event) {

@@ -53,6 +53,9 @@ public:
     // For entries of whoever puts the program together, below the window's own.
     [[nodiscard]] WindowMenu& menu() const { return sidebar->menu(); }
 
+    // The profile was moved to another place on a server: offers to send everything there.
+    void offerToSendAll(const Uuid& id);
+
     // Where no tray offers it: shows a way to quit, which is told by quitRequested().
     void offerQuit(bool offered);
 
@@ -81,6 +84,8 @@ private:
     void showAlert();
     void askToRemove(const Uuid& id);
     void askToSkipCheck(const Uuid& id);
+    void askToSendAll(const Uuid& id);
+    void sendAll(const Uuid& id);
 
     ModelBridge& bridge;
     Hooks hooks;

@@ -101,6 +101,11 @@ void ProfileDetail::connectControls() {
     connect(banners, &DetailBanners::reviewRequested, this, [this] { Q_EMIT reviewRequested(id); });
     connect(banners, &DetailBanners::retryRequested, this, [this] { bridge.model().retryCheck(id); });
     connect(banners, &DetailBanners::skipRequested, this, [this] { Q_EMIT skipCheckRequested(id); });
+    connect(banners, &DetailBanners::sendAgainRequested, this, [this] {
+        saving([this] { bridge.model().sendAgain(id, Resend::missing); });
+    });
+    connect(
+        banners, &DetailBanners::leaveRequested, this, [this] { saving([this] { bridge.model().leaveMissing(id); }); });
     connect(banners, &DetailBanners::forgetRequested, this, [this] { bridge.model().forgetMissingFiles(id); });
     connect(copy, &QPushButton::clicked, this, [this] {
         copyDetails(bridge, id, [button = QPointer(copy)] {
@@ -164,7 +169,8 @@ void ProfileDetail::refreshBanners() {
     banners->setWaiting(
         bridge.model().reviews().contains(id),
         failure == failures.end() ? std::nullopt : std::optional(failure->second),
-        bridge.model().status(id).filesMissing);
+        bridge.model().status(id).filesMissing,
+        bridge.model().watching(id) ? bridge.model().missingOnServer(id) : PathSet());
     offerDetails();
 }
 
@@ -174,8 +180,12 @@ void ProfileDetail::offerDetails() {
 }
 
 void ProfileDetail::toggle() {
+    saving([this] { bridge.model().toggle(id); });
+}
+
+void ProfileDetail::saving(const std::function<void()>& change) {
     try {
-        bridge.model().toggle(id);
+        change();
     } catch (const std::exception& error) {
         Q_EMIT failed(QString::fromStdString(describe(error)));
     }

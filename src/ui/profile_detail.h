@@ -16,6 +16,8 @@
 #include <QScrollArea>
 #include <QTimer>
 
+#include <functional>
+
 namespace zembrastel {
 
 class ProfileDetail : public QWidget {
@@ -52,6 +54,7 @@ private:
     void refreshBanners();
     void offerDetails();
     void toggle();
+    void saving(const std::function<void()>& change);
     void openFolder();
     void fitMargin();
     void awaitTomorrow();

@@ -410,6 +410,8 @@ void ProfileEditor::passwordStored(const std::string& password, const std::optio
 
 void ProfileEditor::finishSaving(const std::optional<std::string>& password) {
     const Profile wanted = draft();
+    const Profile* const saved = model.profile(wanted.id);
+    const std::optional<Profile> before = saved == nullptr ? std::nullopt : std::optional(*saved);
     busy = true;
     showState();
     try {
@@ -423,6 +425,8 @@ void ProfileEditor::finishSaving(const std::optional<std::string>& password) {
         return;
     }
     accept();
+    const bool isMoved = before && !isSamePlaceOnServer(*before, *model.profile(wanted.id));
+    if (isMoved && !model.baseline(wanted.id).empty()) Q_EMIT moved(wanted.id);
 }
 
 } // namespace zembrastel

@@ -50,6 +50,10 @@ public:
 
     void done(int result) override;
 
+Q_SIGNALS:
+    // Saved with another place on a server, while files are recorded as uploaded to the old one.
+    void moved(const zembrastel::Uuid& id);
+
 protected:
     void showEvent(QShowEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;

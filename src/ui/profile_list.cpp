@@ -67,6 +67,10 @@ void ProfileList::showMenu(const QModelIndex& index, const QPoint& globalPositio
     menu->setAttribute(Qt::WA_DeleteOnClose);
     const Uuid id = rows->idAt(index);
     menu->addAction(symbolIcon("pencil"), tr("Edit profile"), this, [this, id] { Q_EMIT editRequested(id); });
+    const Profile* const profile = bridge.model().profile(id);
+    auto* const send = menu->addAction(
+        symbolIcon("arrow.up"), tr("Send everything again…"), this, [this, id] { Q_EMIT sendAllRequested(id); });
+    send->setEnabled(profile != nullptr && !profile->needsDownload && !profile->hasEmptySyncSelection());
     menu->addAction(symbolIcon("trash"), tr("Remove profile"), this, [this, id] { Q_EMIT removeRequested(id); });
     menu->popup(globalPosition);
 }

@@ -17,6 +17,7 @@ public:
 
 Q_SIGNALS:
     void editRequested(const zembrastel::Uuid& id);
+    void sendAllRequested(const zembrastel::Uuid& id);
     void removeRequested(const zembrastel::Uuid& id);
 
 protected:

@@ -1,5 +1,6 @@
 #include "ui/profile_list_model.h"
 
+#include "sync/sync_worker.h"
 #include "ui/text_style.h"
 
 #include <algorithm>
@@ -19,10 +20,12 @@ std::vector<Uuid> idsOf(const std::vector<Profile>& profiles) {
 ProfileListModel::ProfileListModel(ModelBridge& modelBridge, QObject* parent)
     : QAbstractListModel(parent), bridge(modelBridge), rows(idsOf(bridge.model().profiles())) {
     connect(&bridge, &ModelBridge::profilesChanged, this, &ProfileListModel::takeProfiles);
-    connect(&bridge, &ModelBridge::statusChanged, this, [this](const Uuid& id) {
+    const auto repaint = [this](const Uuid& id) {
         const QModelIndex row = indexOf(id);
         if (row.isValid()) Q_EMIT dataChanged(row, row);
-    });
+    };
+    connect(&bridge, &ModelBridge::statusChanged, this, repaint);
+    connect(&bridge, &ModelBridge::reviewChanged, this, repaint);
 }
 
 const Uuid& ProfileListModel::idAt(const QModelIndex& index) const {
@@ -40,6 +43,13 @@ const ProfileStatus& ProfileListModel::statusAt(const QModelIndex& index) const 
 
 bool ProfileListModel::runningAt(const QModelIndex& index) const { return bridge.model().running(idAt(index)); }
 
+QString ProfileListModel::summaryAt(const QModelIndex& index) const {
+    const ProfileStatus& status = statusAt(index);
+    const auto missing = bridge.model().missingOnServer(idAt(index)).size();
+    if (missing == 0 || status.title != watchingStatus().title) return QString::fromStdString(status.title);
+    return missing == 1 ? tr("1 file is missing") : tr("%1 files are missing").arg(missing);
+}
+
 int ProfileListModel::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : static_cast<int>(rows.size());
 }
@@ -55,7 +65,7 @@ QVariant ProfileListModel::data(const QModelIndex& index, int role) const {
     case Qt::ToolTipRole:
         return asToolTip(name);
     case Qt::AccessibleTextRole:
-        return QStringLiteral("%1, %2").arg(name, QString::fromStdString(statusAt(index).title));
+        return QStringLiteral("%1, %2").arg(name, summaryAt(index));
     case Qt::AccessibleDescriptionRole:
         return tr("Edit profile, Remove profile");
     default:

@@ -23,6 +23,9 @@ public:
     [[nodiscard]] const ProfileStatus& statusAt(const QModelIndex& index) const;
     [[nodiscard]] bool runningAt(const QModelIndex& index) const;
 
+    // The title of its status, or of a profile that is up to date here, what is missing on its server.
+    [[nodiscard]] QString summaryAt(const QModelIndex& index) const;
+
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
 

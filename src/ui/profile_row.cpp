@@ -81,8 +81,7 @@ void ProfileRow::paintTexts(RowPainter& painter, const QRect& row, const QModelI
     QRect title(name.left(), name.bottom() + 1 + lineGap, 0, lineHeight(TextStyle::small));
     title.setRight(row.right() - sideInset - 5);
     painter.line(
-        title, QString::fromStdString(status.title),
-        {.style = TextStyle::small, .colour = titleColour(status, painter.selected())});
+        title, rows.summaryAt(index), {.style = TextStyle::small, .colour = titleColour(status, painter.selected())});
 }
 
 QSize ProfileRow::sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const {

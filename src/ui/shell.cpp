@@ -107,6 +107,7 @@ void Shell::openEditor(const std::optional<Uuid>& id, bool onContents) {
                           const DownloadSelection& current, std::function<void(const DownloadSelection&)> apply) {
         browse(*editor, draft, password, syncMode, current, std::move(apply));
     });
+    connect(editor, &ProfileEditor::moved, &window, &MainWindow::offerToSendAll);
     if (onContents) editor->openSyncContentsOnAppear();
     editor->open();
 }

@@ -46,6 +46,7 @@ constexpr std::array symbols{
     Symbol{"folder", "folder"},
     Symbol{"file", "file"},
     Symbol{"server", "server"},
+    Symbol{"file.missing", "missing"},
     Symbol{"arrow.right", "right"},
     Symbol{"arrow.up", "up"},
     Symbol{"arrow.down", "down"},

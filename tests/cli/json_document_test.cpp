@@ -197,6 +197,12 @@ TEST_F(JsonDocument, EveryCommandPrintsWhatIsDocumentedAndNothingElse) {
     runAndTake({"push", "My website"}, 1);
     runAndTake({"forget-files", "My website"});
     exerciseSlowServer();
+    std::filesystem::remove(serverSite / "index.html");
+    runAndTake({"check", "My website"}, 1);
+    Program watch = startWatch();
+    take(readUntilWatching(watch));
+    runAndTake({"push", "My website", "--missing"});
+    end(watch);
     events.insert("unprinted"); // printed by a thread that waits for a reader: see printer_test.cpp
 
     std::set<std::string> all;

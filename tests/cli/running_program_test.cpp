@@ -182,6 +182,57 @@ TEST_F(RunningProgram, PushSendsAllOnceAndNothingTwice) {
     EXPECT_EQ(run({"push", "My website"}).output, "Nothing to push: the server has all of \"My website\".\n");
 }
 
+TEST_F(RunningProgram, MovedProfileIsSentWholeAndOverwritesNoWorkOfOthers) {
+    writeFile(site / "equal.html", "equal");
+    pushAll();
+    server->put("other/equal.html", "equal");
+    server->put("other/index.html", "OTHER");
+    const auto other = server->root() / "other";
+    const auto old = std::chrono::sys_days(std::chrono::year(2020) / 1 / 1);
+    for (const auto* path : {"equal.html", "index.html"}) touch(other / path, old);
+    const auto set = place.run({"profile", "set", "My website", "--remote-folder", server->remoteFolder("other")});
+    EXPECT_TRUE(contains(set.errors, "Nothing has been sent to the new place yet"));
+    EXPECT_TRUE(contains(set.errors, " push --all "));
+
+    for (const char* dry : {"--dry-run", "--all"}) {
+        const auto refused = run({"push", "My website", "--all", dry});
+        EXPECT_EQ(refused.status, 3) << refused.errors;
+        EXPECT_TRUE(contains(refused.output, "1 file different on the server:\n  index.html"));
+        EXPECT_TRUE(contains(refused.errors, " review --compare-all "));
+    }
+    EXPECT_EQ(readFile(other / "index.html"), "OTHER");
+    EXPECT_FALSE(std::filesystem::exists(other / "images"));
+    EXPECT_EQ(run({"review", "My website", "--compare-all", "--keep-all"}).status, 0) << place.errors();
+    const auto sent = run({"push", "My website", "--all"});
+    EXPECT_EQ(sent.status, 0) << sent.errors;
+    EXPECT_EQ(sent.output, "Uploaded images/a.svg\nUploaded index.html\nPushed \"My website\": 2 files.\n");
+    EXPECT_EQ(readTree(other), readTree(site));
+    EXPECT_TRUE(contains(run({"push", "My website", "--all"}).output, "Nothing to push: "));
+}
+
+TEST_F(RunningProgram, MissingFilesAreNamedAndSentOnlyOnRequest) {
+    pushAll();
+    std::filesystem::remove_all(serverSite / "images");
+    const auto check = run({"check", "My website"});
+    EXPECT_EQ(check.status, 1);
+    EXPECT_TRUE(contains(check.output, "1 file is missing on the server:\n  images/a.svg\n"));
+    for (const char* dry : {"--json", "--dry-run"}) {
+        const auto push = run({"push", "My website", dry});
+        EXPECT_EQ(push.status, 1);
+        EXPECT_TRUE(contains(push.errors, "1 file is missing on the server and was not sent"));
+        EXPECT_FALSE(contains(push.output, "Nothing to push"));
+    }
+    Program watch = startWatch();
+    readUntilWatching(watch);
+    EXPECT_TRUE(contains(place.run({"status"}).output, "1 file is missing on the server"));
+    EXPECT_FALSE(std::filesystem::exists(serverSite / "images"));
+    const auto asked = place.run({"push", "My website", "--missing"});
+    EXPECT_EQ(asked.status, 0) << asked.errors;
+    readUntil(watch, "Uploaded images/a.svg");
+    EXPECT_EQ(readTree(serverSite), readTree(site));
+    end(watch);
+}
+
 TEST_F(RunningProgram, PushOverwritesNoWorkOfOthers) {
     pushAll();
     changeOnServer("index.html", "by somebody else", 60s);

@@ -89,6 +89,7 @@ struct Sample {
     std::optional<TransferProgress> progress{};                        // of an upload that goes on
     std::vector<RemoteChange> changes{};
     std::string failure{};
+    PathSet missing{}; // on the server
 };
 
 std::vector<Sample> samples() {
@@ -136,7 +137,8 @@ std::vector<Sample> samples() {
         {.name = "Photo archive",
          .host = "ftp.example.org",
          .remoteFolder = "/photos",
-         .localFolder = "/home/you/Pictures/Archive"}};
+         .localFolder = "/home/you/Pictures/Archive",
+         .missing = {"assets/img/banner-old.webp", "blog/2025/summer-sale.html", "news.html", "robots.txt"}}};
 }
 
 // The samples in one model, each in a state that it came to by events, without a server.
@@ -163,16 +165,11 @@ public:
                          .passwordAccess = {.save = nullptr, .read = nullptr, .remove = nullptr},
                          .work = work(),
                          .clock = clock});
-        for (std::size_t i = 0; i + 1 < all.size(); ++i) { // the last one stays paused
-            clock.set(9h + 38min + 9s);
-            app->toggle(state.profiles[i].id);
-            const auto done = [&, before = played.load()] {
-                return played > before || shows(all[i], state.profiles[i].id);
-            };
-            if (!testing::waitFor(done)) fail("a site did not come to its state");
-            QCoreApplication::processEvents();
-        }
+        for (std::size_t i = 0; i + 1 < all.size(); ++i) start(all[i]); // the last one stays paused
     }
+
+    // The paused site, which finds files missing on its server.
+    void startLast() { start(all.back()); }
 
     [[nodiscard]] AppModel& model() { return *app; }
     [[nodiscard]] Uuid id(const std::string& name) const {
@@ -180,6 +177,15 @@ public:
     }
 
 private:
+    void start(const Sample& sample) {
+        const Uuid site = id(sample.name);
+        clock.set(9h + 38min + 9s);
+        const auto done = [&, before = played.load()] { return played > before || shows(sample, site); };
+        app->toggle(site);
+        if (!testing::waitFor(done)) fail("a site did not come to its state");
+        QCoreApplication::processEvents();
+    }
+
     [[nodiscard]] bool shows(const Sample& sample, const Uuid& id) const {
         return app->reviews().contains(id) || (!sample.failure.empty() && app->checkFailures().contains(id));
     }
@@ -194,7 +200,7 @@ private:
                 [this](const FTPTransport& server, const auto&...) {
                     const Sample& sample = of(server.profile);
                     if (!sample.failure.empty()) throw SyncError(sample.failure);
-                    return ServerCheck{.changes = sample.changes};
+                    return ServerCheck{.changes = sample.changes, .missing = sample.missing};
                 },
             .watch = [this](const SyncWorker& worker, const std::stop_token&) { play(worker); }};
     }
@@ -293,6 +299,17 @@ void addMainWindow(const Album& album, ModelBridge& bridge, SampleSites& sites) 
     add("main-review", "Spring campaign");
     add("main-check-failed", "Documentation");
     add("main-paused", "Photo archive");
+}
+
+void addMissingFiles(const Album& album, ModelBridge& bridge, SampleSites& sites) {
+    MainWindow window(bridge);
+    window.resize(mainSize);
+    window.show();
+    sites.model().select(sites.id("Photo archive"));
+    withoutFocus(window);
+    album.add("main-missing-files", window, mainSize);
+    window.offerToSendAll(sites.id("Photo archive"));
+    addConfirmation(album, "confirm-send-all", window);
 }
 
 void addWelcome(const Album& album, MainContext& context) {
@@ -449,6 +466,11 @@ void fillAlbum(const Album& album) {
         addReview(album, bridge);
         addBackups(album, context);
         addImport(album, bridge, context);
+    }
+    sites.startLast();
+    for (const Appearance appearance : {Appearance::light, Appearance::dark}) {
+        theme().apply(appearance);
+        addMissingFiles(album, bridge, sites);
     }
 }
 

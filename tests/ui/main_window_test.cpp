@@ -22,6 +22,7 @@
 #include <QTest>
 #include <QWheelEvent>
 
+#include <algorithm>
 #include <array>
 #include <map>
 #include <memory>
@@ -197,7 +198,8 @@ TEST_F(MainWindowTest, TheListIsWorkedByKeyboardAndItsMenuActsOnTheRowItWasOpene
         profiles.viewport(), Qt::LeftButton, {}, QPoint(row.right() - 20, row.top() + 18)); // the "more" button
     auto* const menu = profiles.findChild<QMenu*>();
     ASSERT_NE(menu, nullptr);
-    ASSERT_EQ(menu->actions().size(), 2);
+    ASSERT_EQ(menu->actions().size(), 3);
+    EXPECT_EQ(menu->actions().at(1)->text(), QStringLiteral("Send everything again…"));
     EXPECT_EQ(menu->actions().at(0)->text(), QStringLiteral("Edit profile"));
     model->select(first);
     menu->actions().at(0)->trigger();
@@ -425,6 +427,12 @@ TEST(DetailBanners, AReviewIsNotHiddenBehindAFailureOfTheCheck) {
     EXPECT_EQ(seen(), QStringList({"Review newer server files…"}));
     banners.setWaiting(false, "curl: (28) Timeout was reached");
     EXPECT_EQ(seen(), QStringList({"Retry server check", "Start without checking…"}));
+    banners.setWaiting(false, std::nullopt, false, {"a", "b", "c", "d", "e"});
+    EXPECT_EQ(seen(), QStringList({"Send again", "Leave them"}));
+    for (const char* text : {"5 files are missing on the server.", "a\nb\nc\nand 2 more"}) {
+        const auto labels = banners.findChildren<QLabel*>();
+        EXPECT_TRUE(std::ranges::any_of(labels, [&](const QLabel* label) { return label->text() == text; })) << text;
+    }
     banners.setWaiting(false, std::nullopt);
     EXPECT_TRUE(seen().isEmpty());
 }

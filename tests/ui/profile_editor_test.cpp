@@ -388,6 +388,21 @@ TEST_F(ProfileEditorTest, WhatTheModelChangesMeanwhileIsNotUndone) {
     EXPECT_FALSE(button(startLabel).isChecked());
 }
 
+TEST_F(ProfileEditorTest, MovedProfileIsOfferedToBeSentWhole) {
+    const Profile before = savedProfile();
+    model->save(before, std::nullopt, FileMap{{"index.html", Fingerprint{}}});
+    int offers = 0;
+    for (const auto& [field, text] : {std::pair("Profile name", "Other"), std::pair("Server", "127.0.0.2")}) {
+        openEditor(before.id);
+        QObject::connect(editor.get(), &ProfileEditor::moved, [&offers] { ++offers; });
+        ASSERT_TRUE(waitFor([this] { return line("Password").isEnabled(); }));
+        type(field, QString::fromUtf8(text));
+        EXPECT_EQ(offers, 0);
+        saving().click();
+    }
+    EXPECT_EQ(offers, 1);
+}
+
 TEST_F(ProfileEditorTest, ChangesDuringKeyringPromptAreKept) {
     std::counting_semaphore<> answers(0);
     passwords.save = [&](const std::string&, const Uuid&) { answers.acquire(); };
