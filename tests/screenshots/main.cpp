@@ -301,6 +301,16 @@ void addMainWindow(const Album& album, ModelBridge& bridge, SampleSites& sites) 
     add("main-paused", "Photo archive");
 }
 
+void addConfirmation(const Album& album, const QString& name, MainWindow& window) {
+    settle();
+    auto* const dialog = window.findChild<ConfirmDialog*>();
+    if (dialog == nullptr) fail(name + " did not open");
+    album.add(name, *dialog, {460, 0});
+    dialog->reject();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    settle();
+}
+
 void addMissingFiles(const Album& album, ModelBridge& bridge, SampleSites& sites) {
     MainWindow window(bridge);
     window.resize(mainSize);
