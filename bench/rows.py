@@ -17,6 +17,15 @@ def ratio(name, what, target, mine, reference, key="own", reference_key=None, no
     return Row(name, what, figure, "", target, {"samples": mine, "reference": reference}, note)
 
 
+def paired_ratio(name, what, target, mine, reference, key="wall", note="", reference_key=None):
+    """A row for what is measured in turn with its reference: the median of the ratios of the rounds, and their spread."""
+    mine, reference = values(mine, key), values(reference, reference_key or key)
+    ratios = [own / other for own, other in zip(mine, reference, strict=True)]
+    spread = f"{min(ratios):.2f} to {max(ratios):.2f} in {len(ratios)} rounds"
+    return Row(name, what, statistics.median(ratios), "", target, {"samples": mine, "reference": reference},
+               f"{spread}; {note}")
+
+
 def count_text(number):
     return f"{number:,}"
 
@@ -110,6 +119,18 @@ def upload(bench, local, count, server=None, folders=1):
         shutil.rmtree(os.path.join(local, "new"), ignore_errors=True)
 
 
+def edited_upload(bench, local, count, server, folders=1):
+    """The same for files that are on the server and were edited."""
+    remote = server.remote()
+    make_files(local, count, folders, size=4095)
+    shutil.copytree(os.path.join(local, "new"), os.path.join(server.root, "site/new"))
+    state = bench.state("editing", local, remote=remote, server=server)
+    try:
+        return bench.measure("upload", state, "--count", count, "--bytes", 4096, "--folders", folders)
+    finally:
+        shutil.rmtree(os.path.join(local, "new"), ignore_errors=True)
+
+
 def bare_upload(bench, count, server=None):
     """The same as once: a curl for each file and another for its date."""
     server = server or bench.server()
@@ -131,10 +152,13 @@ def went_live(server):
     return sorted(os.stat(file).st_ctime_ns / 1e9 for file in live_files(server))
 
 
-def lftp_upload(bench, count, server, folders=1):
-    local = bench.fresh("work/lftp-local")
+def lftp_upload(bench, count, server, folders=1, edited=False):
+    local, remote = bench.fresh("work/lftp-local"), server.remote()
+    if edited:
+        make_files(local, count, folders, size=4095)
+        shutil.copytree(os.path.join(local, "new"), os.path.join(server.root, "site/new"))
     make_files(local, count, folders)
-    taken = bench.measure("time", "--", *server.lftp(bench, f"mirror --reverse --no-perms {local} {server.remote()}"))
+    taken = bench.measure("time", "--", *server.lftp(bench, f"mirror --reverse --no-perms {local} {remote}"))
     if len(list(live_files(server))) != count:
         raise RuntimeError("lftp has not sent every file")
     return taken
@@ -148,18 +172,23 @@ def uploads(bench):
     count, bare_count, sizes = bench.sizes.uploads, bench.sizes.bare_uploads, bench.sizes
     empty, full = bench.fresh("work/empty"), bench.tree(sizes.small)
     text = f"{count_text(count)} uploads"
-    for kind, tls, bare_target, lftp_target in (("proftpd", False, 0.12, 3.0), ("proftpd", True, 0.08, 1.2),
-                                                ("vsftpd", True, 0.08, 1.2)):
+    for kind, tls, bare_target, lftp_target in (("proftpd", False, 0.12, 3.0), ("vsftpd", False, 0.12, 3.0),
+                                                ("proftpd", True, 0.08, 1.2), ("vsftpd", True, 0.08, 1.2)):
         server = bench.server(kind, tls)
         mine, lftp, bare = alternate(sizes.few_rounds, lambda: upload(bench, empty, count, server),
                                      lambda: lftp_upload(bench, count, server),
                                      lambda: bare_upload(bench, bare_count, server))
         name, how = f"{kind} TLS" if tls else kind, f"{kind}, {'TLS' if tls else 'plain'}"
-        yield ratio(f"uploads {name}", f"{text}, {how} / two curls each, one for the date", bare_target,
-                    each(mine, count), bare, "each",
-                    note=f"elapsed, per file of 4 KB; {bare_count} files by curl; {median_of(mine, 'wall'):.2f} s")
-        yield ratio(f"uploads {name} lftp", f"{text}, {how} / lftp mirror -R", lftp_target, mine, lftp, "wall",
-                    note=f"elapsed, with temporary names; lftp {median_of(lftp, 'wall'):.2f} s")
+        yield paired_ratio(f"uploads {name}", f"{text}, {how} / two curls each, one for the date", bare_target,
+                           each(mine, count), bare, "each",
+                           f"elapsed, per file of 4 KB; {bare_count} files by curl; {median_of(mine, 'wall'):.2f} s")
+        yield paired_ratio(f"uploads {name} lftp", f"{text}, {how} / lftp mirror -R", lftp_target, mine, lftp,
+                           note=f"elapsed, with temporary names; lftp {median_of(lftp, 'wall'):.2f} s")
+        if not tls:
+            mine, lftp = alternate(sizes.few_rounds, lambda: edited_upload(bench, empty, count, server),
+                                   lambda: lftp_upload(bench, count, server, edited=True))
+            yield paired_ratio(f"edited {name} lftp", f"{text} of edited files, {how} / lftp mirror -R", lftp_target,
+                               mine, lftp, note=f"elapsed; {median_of(mine, 'wall'):.2f} s")
     into_full, into_empty = alternate(sizes.few_rounds, lambda: upload(bench, full, count),
                                       lambda: upload(bench, empty, count))
     yield ratio("uploads full", f"{text}, {count_text(sizes.small)} entries / empty state", 1.15, into_full, into_empty,
@@ -172,12 +201,14 @@ def uploads(bench):
 
 def distant_uploads(bench):
     count, folders, round_trip = bench.sizes.distant_uploads, 5, 20
-    server, empty = bench.server("proftpd", False, round_trip), bench.fresh("work/empty")
-    mine, lftp = alternate(bench.sizes.few_rounds, lambda: upload(bench, empty, count, server, folders),
-                           lambda: lftp_upload(bench, count, server, folders))
-    yield ratio("distant uploads", f"{count} uploads in {folders} folders, {round_trip} ms away / lftp mirror -R", 1.5,
-                mine, lftp, "wall", note=f"elapsed; {median_of(mine, 'wall'):.1f} and "
-                                              f"{median_of(lftp, 'wall'):.1f} s")
+    empty = bench.fresh("work/empty")
+    for kind in ("proftpd", "vsftpd"):
+        server = bench.server(kind, False, round_trip)
+        mine, lftp = alternate(bench.sizes.few_rounds, lambda: upload(bench, empty, count, server, folders),
+                               lambda: lftp_upload(bench, count, server, folders))
+        yield paired_ratio(f"distant uploads {kind}", f"{count} uploads in {folders} folders, {round_trip} ms away, "
+                           f"{kind} / lftp mirror -R", 1.5, mine, lftp,
+                           note=f"elapsed; {median_of(mine, 'wall'):.1f} and {median_of(lftp, 'wall'):.1f} s")
 
 
 def edit(bench):

@@ -3,7 +3,9 @@
 #include "transport/ftp_transport.h"
 #include "transport/server_answers.h"
 
+#include <algorithm>
 #include <ctime>
+#include <iterator>
 #include <utility>
 
 namespace zembrastel {
@@ -48,30 +50,40 @@ std::chrono::nanoseconds sinceBoot() {
 
 Inquiry::Inquiry(const FTPTransport& used) : transport(used), traits(*used.traits) {}
 
-// The live files come last, so that these answers are as fresh as can be when the renames follow.
 void Inquiry::ask(Dialogue& dialogue, const Items& items) {
-    for (const bool live : {false, true}) {
-        for (const auto& [folder, within] : byFolder(items)) {
-            Items listed;
-            std::vector<Question> questions;
-            for (auto* item : within) {
-                const auto way = nextWay(*item, 2 * within.size());
-                auto& answer = item->by(Way::single);
-                if (way == Way::listing) listed.push_back(item);
-                if (way == Way::single && live) {
-                    questions.push_back({item->name, [this, &answer](const RemoteFacts& facts) {
-                                             answer.live = facts;
-                                             answered = sinceBoot();
-                                         }});
-                } else if (way == Way::single) {
-                    questions.push_back(
-                        {item->temporary, [&answer](const RemoteFacts& facts) { answer.copy = facts; }});
-                }
-            }
-            askSingly(dialogue, folder, questions);
-            if (live && !listed.empty()) askByListing(dialogue, folder, listed);
+    const auto folders = byFolder(items);
+    for (const auto& [folder, within] : folders) {
+        auto questions = questionsOf(within, false);
+        // The live files come last, so that these answers are as fresh as can be when the renames follow.
+        if (folders.size() == 1) std::ranges::move(questionsOf(within, true), std::back_inserter(questions));
+        askSingly(dialogue, folder, questions);
+    }
+    for (const auto& [folder, within] : folders) {
+        if (folders.size() > 1) askSingly(dialogue, folder, questionsOf(within, true));
+        Items listed;
+        std::ranges::copy_if(within, std::back_inserter(listed), [&](Item* item) {
+            return nextWay(*item, 2 * within.size()) == Way::listing;
+        });
+        if (!listed.empty()) askByListing(dialogue, folder, listed);
+    }
+}
+
+// About those files of one folder that are to be asked about on their own: their copies, or the live ones.
+std::vector<Inquiry::Question> Inquiry::questionsOf(const Items& within, bool live) {
+    std::vector<Question> questions;
+    for (auto* item : within) {
+        if (nextWay(*item, 2 * within.size()) != Way::single) continue;
+        auto& answer = item->by(Way::single);
+        if (live) {
+            questions.push_back({item->name, [this, &answer](const RemoteFacts& facts) {
+                                     answer.live = facts;
+                                     answered = sinceBoot();
+                                 }});
+        } else if (!answer.copy) {
+            questions.push_back({item->temporary, [&answer](const RemoteFacts& facts) { answer.copy = facts; }});
         }
     }
+    return questions;
 }
 
 void Inquiry::askAfter(Dialogue& dialogue, const Items& renamed) {

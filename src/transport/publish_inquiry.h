@@ -43,6 +43,7 @@ private:
     [[nodiscard]] bool mayList() const;
     [[nodiscard]] Way firstWay(std::size_t questions) const;
     [[nodiscard]] std::optional<Way> nextWay(Item& item, std::size_t questions) const;
+    [[nodiscard]] std::vector<Question> questionsOf(const Items& within, bool live);
     void askSingly(Dialogue& dialogue, const std::string& folder, const std::vector<Question>& questions);
     void askByListing(Dialogue& dialogue, const std::string& folder, const Items& listed);
 

@@ -49,7 +49,7 @@ void Batch::putInPlace() {
 bool Batch::isOutdated(const Items& chosen) {
     if (sinceBoot() - inquiry.answered <= longestTrust || timesOutdated++ == mostTimesOutdated) return false;
     for (auto* item : chosen) {
-        item->answers = {};
+        for (auto& answer : item->answers) answer.live.reset();
         item->stage = Stage::sent;
     }
     return true;
