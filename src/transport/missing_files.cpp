@@ -4,7 +4,6 @@
 #include "transport/conversation.h"
 #include "transport/ftp_transport.h"
 #include "transport/listing_parsers.h"
-#include "transport/publish_decision.h"
 
 #include <algorithm>
 #include <array>
@@ -12,6 +11,8 @@
 
 namespace zembrastel {
 namespace {
+
+using Presence = RemoteFacts::Presence;
 
 constexpr std::size_t mostAsked = 200; // of each kind of name
 

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "model/server_version.h"
+#include "transport/publish_decision.h"
 
 #include <functional>
 #include <map>
@@ -18,9 +19,8 @@ namespace zembrastel {
 
 struct FTPTransport;
 
-// What the server says when it is asked about one file. Of a file that is not in the map it was not asked.
-enum class Presence { unknown, absent, present };
-using Answers = std::map<std::string, Presence, std::less<>>;
+// What the server says of each file that it was asked about.
+using Answers = std::map<std::string, RemoteFacts::Presence, std::less<>>;
 
 // Does a component of this path begin with a dot?
 [[nodiscard]] bool mayBeHidden(std::string_view path);

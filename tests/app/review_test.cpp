@@ -75,6 +75,32 @@ TEST_F(Review, EachFileGoesTheWayThatWasChosenForItAndLosesNothing) {
     EXPECT_EQ(site.backups(), (testing::FileTree{{"theirs", "1"}}));
 }
 
+TEST_F(Review, LeftFileStaysAwayUntilEverythingIsSent) {
+    testing::writeTree(site.root(), {{"gone", "1"}, {"there", "1"}});
+    withProfile().start(id());
+    ASSERT_TRUE(uploads(2));
+    ASSERT_TRUE(runUntil([&] { return model->remoteDates(id()).size() == 2; }));
+    fs::remove(server.root() / "site/gone");
+    restart().start(id());
+    ASSERT_TRUE(reaches("Watching"));
+    EXPECT_EQ(model->missingOnServer(id()), PathSet{"gone"});
+    model->leaveMissing(id());
+    restart().start(id());
+    ASSERT_TRUE(reaches("Watching"));
+    EXPECT_TRUE(model->missingOnServer(id()).empty());
+    EXPECT_EQ(model->status(id()).uploaded, 0);
+
+    server.stop();
+    model->sendAgain(id(), Resend::everything);
+    ASSERT_TRUE(reaches("Server check needs attention"));
+    EXPECT_EQ(savedBaseline().size(), 2U) << "nothing is forgotten before the comparison";
+    server.restart();
+    ASSERT_TRUE(uploads(1));
+    ASSERT_TRUE(reaches("Watching"));
+    EXPECT_EQ(model->status(id()).uploaded, 1) << "the other file is equal";
+    EXPECT_EQ(onServer("gone"), "1");
+}
+
 TEST_F(Review, DecisionIsKeptByAProgramThatDoesNotWatch) {
     changeBothSidesWhileClosed();
     restart({.clock = clock, .watches = false}).start(id());

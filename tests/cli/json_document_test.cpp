@@ -155,6 +155,9 @@ protected:
         take(readUntilWatching(watch)); // with the server's date, without which the file would be taken for another's
         runAndTake({"pause", "My website"});
         runAndTake({"resume", "My website"});
+        std::filesystem::remove(serverSite / "index.html");
+        runAndTake({"check", "My website"}, 1);
+        runAndTake({"push", "My website", "--missing"});
         end(watch);
     }
 
@@ -197,12 +200,6 @@ TEST_F(JsonDocument, EveryCommandPrintsWhatIsDocumentedAndNothingElse) {
     runAndTake({"push", "My website"}, 1);
     runAndTake({"forget-files", "My website"});
     exerciseSlowServer();
-    std::filesystem::remove(serverSite / "index.html");
-    runAndTake({"check", "My website"}, 1);
-    Program watch = startWatch();
-    take(readUntilWatching(watch));
-    runAndTake({"push", "My website", "--missing"});
-    end(watch);
     events.insert("unprinted"); // printed by a thread that waits for a reader: see printer_test.cpp
 
     std::set<std::string> all;

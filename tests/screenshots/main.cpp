@@ -315,6 +315,7 @@ void addMissingFiles(const Album& album, ModelBridge& bridge, SampleSites& sites
     MainWindow window(bridge);
     window.resize(mainSize);
     window.show();
+    settle(); // a review that waits is shown, and selects its site
     sites.model().select(sites.id("Photo archive"));
     withoutFocus(window);
     album.add("main-missing-files", window, mainSize);

@@ -57,7 +57,7 @@ TEST(MissingFiles, ListingsAreTrustedOnlyWhileTheyWereRight) {
         Answers answers;
         PathSet missing;
     };
-    using enum Presence;
+    using enum RemoteFacts::Presence;
     for (const auto& [answers, missing] :
          {Case{{{".a", absent}, {"b", absent}}, {".a", "b", "c", "d"}},
           Case{{{".a", present}, {"b", absent}}, {"b", "c", "d"}}, Case{{{"b", absent}, {"c", present}}, {"b"}},
