@@ -269,10 +269,13 @@ void AppModel::startWithoutCheck(const Uuid& id) {
                 setAlert(error.what());
                 return;
             }
+            const auto before = jobs.find(id);
+            const bool filesMayBeGone = before != jobs.end() && before->second.work().filesMayBeGone;
             stopJob(id);
             unanswered.erase(id);
             Job& job = openJob(*found);
             job.skipCheck();
+            if (filesMayBeGone) job.letFilesBeGone();
             (void)job.takePassword(std::move(password));
             launchWorker(id);
             log(id, "Server comparison skipped by your choice; pending local edits may replace remote copies.");

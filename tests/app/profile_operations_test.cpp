@@ -86,7 +86,7 @@ TEST_F(ProfileOperations, StoringAPasswordBlocksNothingAndIsDoneInOrder) {
         if (password.empty()) throw SyncError("Keychain: locked.");
         (*stored)[id] = password;
     };
-    restart();
+    withProfile();
     const Uuid other = Uuid::random();
     std::vector<std::string> told;
     const auto note = [&told](const std::optional<std::string>& failure) {

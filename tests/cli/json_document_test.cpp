@@ -165,7 +165,7 @@ protected:
         FtpServer slow(FtpServer::Kind::odd, {.extra = {"--rate", "700000"}});
         saveProfile(slow, "/");
         writeFile(site / "video", randomBytes(3'000'000));
-        runAndTake({"push", "My website"});
+        runAndTake({"push", "My website"}, 1); // the bad name is still there
     }
 
     Document document = readDocument();

@@ -111,11 +111,11 @@ TEST_F(ProfileCommands, RemovalIsAskedForAndKeepsAllFiles) {
 }
 
 TEST_F(ProfileCommands, ExportIsImportedElsewhereOnceAndWithoutStarting) {
+    profile.remoteFolder = "/\u202Etxt"; // would be shown from right to left
+    save({profile});
     const auto file = place.path("export.json");
     ASSERT_EQ(place.run({"profile", "export", "x", "--output", file.string()}).status, 0);
     EXPECT_EQ(readFile(file), place.run({"profile", "export"}).output);
-    profile.remoteFolder = "/\u202Etxt"; // would be shown from right to left
-    save({profile});
     for (const auto& command : {CliPlace::Arguments{"profile", "export"}, {"profile", "list", "--json"}}) {
         const auto shown = place.run(command).output;
         EXPECT_TRUE(contains(shown, R"("remoteFolder":"/\u202Etxt")")) << shown;

@@ -405,8 +405,15 @@ TEST_F(ProfileEditorTest, MovedProfileIsOfferedToBeSentWhole) {
 
 TEST_F(ProfileEditorTest, ChangesDuringKeyringPromptAreKept) {
     std::counting_semaphore<> answers(0);
-    passwords.save = [&](const std::string&, const Uuid&) { answers.acquire(); };
-    passwords.remove = [&](const Uuid&) { answers.acquire(); };
+    std::string calls; // read while the store waits for an answer
+    passwords.save = [&](const std::string& password, const Uuid&) {
+        answers.acquire();
+        calls += "save " + password + ", ";
+    };
+    passwords.remove = [&](const Uuid&) {
+        answers.acquire();
+        calls += "remove, ";
+    };
     const Uuid id = savedProfile().id;
     const auto saveAs = [&](const QString& name) {
         openEditor(id);
@@ -430,9 +437,10 @@ TEST_F(ProfileEditorTest, ChangesDuringKeyringPromptAreKept) {
     EXPECT_TRUE(model->profiles().empty());
     EXPECT_EQ(line("Profile name").text(), QStringLiteral("Kept"));
     button("Create profile").click();
-    answers.release();
+    answers.release(2);
     ASSERT_TRUE(waitFor([this] { return !editor->isVisible(); }));
     EXPECT_EQ(model->profiles().front().name, "Kept");
+    EXPECT_EQ(calls, "save Renamed, remove, save Kept, remove, save Kept, ") << "no password stays without its profile";
 }
 
 TEST_F(ProfileEditorTest, EveryControlHasANameAndCanBeReachedWithTheTabKey) {
