@@ -7,6 +7,7 @@
 #include "support/ftp_server.h"
 #include "support/local_site.h"
 #include "ui/backups_sheet.h"
+#include "ui/confirm_dialog.h"
 #include "ui/content_picker.h"
 #include "ui/import_sheet.h"
 #include "ui/main_window.h"

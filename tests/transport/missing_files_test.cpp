@@ -68,7 +68,7 @@ TEST(MissingFiles, ListingsAreTrustedOnlyWhileTheyWereRight) {
 
 INSTANTIATE_TEST_SUITE_P(
     Servers, MissingFilesOn, ::testing::Values(Kind::proftpd, Kind::vsftpd, Kind::pureftpd, Kind::odd),
-    [](const auto& info) { return FtpServer::name(info.param); });
+    [](const auto& server) { return FtpServer::name(server.param); });
 
 } // namespace
 } // namespace zembrastel
