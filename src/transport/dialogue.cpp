@@ -12,6 +12,11 @@ void Dialogue::add(TransferBlock block, Ended ended, std::function<void()> begin
         block.options.push_back({"tls-max", "1.2"});
     }
     const bool data = std::ranges::none_of(block.options, [](const auto& option) { return option.key == "head"; });
+    // This curl waits for a timer before it goes on with a protected data connection, and has no other one that is so
+    // short. The first block keeps the default: there the option is about the addresses of the server.
+    if (data && !plan.blocks.empty() && transport.profile.transport != TransferProtocol::ftp) {
+        block.options.push_back({"happy-eyeballs-timeout-ms", "20"});
+    }
     plan.blocks.push_back(std::move(block));
     steps.push_back({.begins = std::move(begins), .ended = std::move(ended), .data = data});
 }
