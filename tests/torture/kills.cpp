@@ -198,10 +198,14 @@ private:
         }
     }
 
+    static bool isTemporary(const std::string& path) { return path.find(".zembrastel-") != std::string::npos; }
+
     void verifyRemote(const FileTree& now, const FileTree& localNow) const {
-        for (const auto& [path, content] : remoteBefore) require(now.contains(path), "live file is gone: " + path);
+        for (const auto& [path, content] : remoteBefore) {
+            require(now.contains(path) || isTemporary(path), "live file is gone: " + path);
+        }
         for (const auto& [path, content] : now) {
-            if (path.find(".zembrastel-") != std::string::npos) {
+            if (isTemporary(path)) {
                 require(path.ends_with(".part"), "unknown leftover on the server: " + path);
                 continue;
             }
