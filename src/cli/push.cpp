@@ -27,6 +27,7 @@ struct Request {
     bool dryRun = false;
     bool all = false;
     bool missing = false;
+    bool leaveMissing = false;
 
     [[nodiscard]] bool resends() const { return all || missing; }
 };
@@ -138,6 +139,7 @@ public:
         const ProfileStatus& status = model.status(profile.id);
         interrupted = !ended;
         std::string failure = ended ? (status.failed ? status.detail : report.failure) : "It was interrupted.";
+        if (request.leaveMissing && failure.empty()) failure = leaveMissing();
         model.shutdown();
         if (failure.empty()) failure = report.failure; // of the save
         verify(failure);
@@ -153,6 +155,21 @@ private:
         return queue.runUntil([this, &id] {
             return model.reviews().contains(id) || model.checkFailures().contains(id) || !model.running(id);
         });
+    }
+
+    // Why that could not be saved, if so.
+    [[nodiscard]] std::string leaveMissing() {
+        const auto files = model.missingOnServer(profile.id).size();
+        if (files == 0) return {};
+        try {
+            model.leaveMissing(profile.id);
+        } catch (const std::exception& error) {
+            return describe(error);
+        }
+        around.output.note(
+            counted(files, "file") + (files == 1 ? " stays" : " stay")
+            + " missing on the server, and will not be reported again.");
+        return {};
     }
 
     // What is there must be what was sent.
@@ -336,22 +353,28 @@ void addPush(CLI::App& parent, Command& chosen) {
     auto* command = parent.add_subcommand("push", "Upload all that changed, once, and end: for scripts");
     const auto request = std::make_shared<Request>();
     command->add_option("NAME", request->name, "Name or id of the profile")->required()->type_name("");
-    command->add_flag(
+    auto* dryRun = command->add_flag(
         "--dry-run", request->dryRun, "Only show what would be uploaded; nothing is changed here or on\nthe server");
     auto* missing = command->add_flag(
         "--missing", request->missing, "Also send again what was uploaded before and is missing on the\nserver");
+    auto* all = command
+                    ->add_flag(
+                        "--all", request->all,
+                        "Send everything again that the server is not known to have\nwith the same contents, such as "
+                        "to a new remote folder")
+                    ->excludes(missing);
     command
         ->add_flag(
-            "--all", request->all,
-            "Send everything again that the server is not known to have\nwith the same contents, such as to a new "
-            "remote folder")
-        ->excludes(missing);
+            "--leave-missing", request->leaveMissing,
+            "Do not report the files again that are missing on the server\nnow: they were removed there on purpose")
+        ->excludes(dryRun, missing, all);
     command->footer("First the server is compared with what was last synchronised: where files are newer there,\n"
                     "nothing is uploaded, and push ends with 3 (see review). Then what two looks at the folder,\n"
                     "two seconds apart, found the same is uploaded. Nothing is tried again: push names what was\n"
                     "not sent and ends with 1, with 5 where the server refused the login, or with 8 after Ctrl-C.\n"
-                    "Uploaded files that are missing on the server are named, and push ends with 1; they are sent\n"
-                    "again with --missing or --all alone. With these, a program that runs for the profile does it.\n"
+                    "Uploaded files that are missing on the server are named, and push ends with 1, unless\n"
+                    "--leave-missing is given. They are sent again with --missing or --all alone. With these\n"
+                    "two, a program that runs for the profile does it.\n"
                     "--all compares the contents of up to 32 MB of files, and leaves equal ones alone.\n\n"
                     "Example:\n"
                     "  make site && zembrastel-cli push \"My website\" --password-file ~/.ftp-password");

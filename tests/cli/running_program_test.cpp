@@ -231,6 +231,10 @@ TEST_F(RunningProgram, MissingFilesAreNamedAndSentOnlyOnRequest) {
     readUntil(watch, "Uploaded images/a.svg");
     EXPECT_EQ(readTree(serverSite), readTree(site));
     end(watch);
+    std::filesystem::remove_all(serverSite / "images");
+    EXPECT_EQ(run({"push", "My website", "--leave-missing"}).status, 0);
+    EXPECT_EQ(run({"check", "My website"}).status, 0);
+    EXPECT_FALSE(std::filesystem::exists(serverSite / "images"));
 }
 
 TEST_F(RunningProgram, PushOverwritesNoWorkOfOthers) {
