@@ -282,12 +282,12 @@ TEST_F(RunningProgram, UnreadOutputHoldsUpNoUpload) {
 TEST_F(RunningProgram, StoppedProgramIsToldOfInsteadOfWaitedFor) {
     Program watch = startWatch();
     readUntilWatching(watch);
-    ::kill(watch.pid(), SIGSTOP);
+    ASSERT_TRUE(watch.suspend());
     Program status = place.start({"status"});
     EXPECT_EQ(place.run({"resume", "My website"}).status, 7);
     EXPECT_TRUE(contains(place.errors(), "(process " + std::to_string(watch.pid()) + ") has not answered"));
     EXPECT_EQ(status.wait(), 7);
-    ::kill(watch.pid(), SIGCONT);
+    watch.resume();
     EXPECT_EQ(place.run({"status"}).status, 0);
     end(watch);
 }
