@@ -266,7 +266,7 @@ ExitCode pushAlone(const StateStore& store, const Surroundings& around, const Re
     return ExitCode::done;
 }
 
-// Has the running program send the files again. It goes on with that after the answer.
+// Lets the running program send the files again. It goes on with that after the answer.
 ExitCode pushInProgram(RunningProgram& program, const Surroundings& around, const Request& request) {
     const auto profiles = loadProfiles(around.options);
     const Profile& profile = chooseProfile(profiles, request.name);

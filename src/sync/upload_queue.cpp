@@ -166,7 +166,7 @@ void UploadQueue::queryMissingDates() {
         const auto* uploaded = baseline.find(path);
         if (version && version->size && uploaded != nullptr
             && *version->size != static_cast<std::uint64_t>(uploaded->size)) {
-            disputed.insert(path); // replaced by somebody else since
+            disputed.insert(path); // another user replaced it since
             file = undated.erase(file);
         } else if (version) {
             known.set(path, *version);
