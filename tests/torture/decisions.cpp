@@ -207,9 +207,12 @@ private:
         await();
     }
 
-    // What is not here any more is no longer compared.
+    // What is not here any more is no longer compared. One file stays: an empty folder would wait for its disk.
     void removeSomething() {
         const std::string path = somePath();
+        const bool isLast = std::ranges::none_of(
+            paths, [&](const std::string& other) { return other != path && fs::exists(local(other)); });
+        if (isLast) return;
         fs::remove(local(path));
         unanswered.erase(path);
     }
