@@ -142,9 +142,9 @@ public:
     // longer count as synchronised. Those that are there again by then stay. Without that status nothing happens.
     void forgetMissingFiles(const Uuid& id);
 
-    // Has the next server check that succeeds find out what is to be sent again. It is sent when watching starts, and
-    // nothing is forgotten before. A file on the server that this program has not uploaded there, and that is not
-    // equal, is offered for review first.
+    // The next successful server check finds out what is to be sent again. It is sent when watching starts, and nothing
+    // is forgotten before. A file on the server that this program has not uploaded there, and that is not equal, is
+    // offered for review first.
     void planResend(const Uuid& id, Resend what) { resends.insert_or_assign(id, what); }
 
     // The same at once: starts the profile anew, also a paused one. Throws when that could not be saved; it is in force

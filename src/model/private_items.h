@@ -20,7 +20,7 @@ public:
     // The one that a file or folder with these attributes is; nullptr for any other.
     [[nodiscard]] const PrivateItem* find(const struct stat& attributes) const;
 
-    // May a folder of this name be one of them? So that few folders need a look at their attributes. Folders have no
+    // May a folder of this name be one of them? It saves reading the attributes of the others. Folders have no
     // other names to look out for; their letters may be written in another case where the file system does not care.
     [[nodiscard]] bool mayBeFolder(std::string_view name) const;
 

@@ -101,7 +101,7 @@ void Batch::settle(Item& item) {
         finish(item, item.after.modified ? item.after : item.copyBefore);
         return;
     }
-    // The server altered what it renamed: that is no edit of somebody else's.
+    // The server altered what it renamed: that is no edit of another user.
     const auto version = versionOf(item.after);
     if (version && item.after.modified == item.copyBefore.modified) item.lastSeen = *version;
     sendAgain(

@@ -163,7 +163,7 @@ void askForStatus(Dialogue& dialogue, AskedFolder& folder) {
         });
 }
 
-// Has the server answer all of `items`: `plan` adds the blocks for one, or none when nothing is left to ask about it.
+// Asks the server about all of `items`: `plan` adds the blocks for one, or none when nothing is left to ask about it.
 template <class Item, class Plan>
 void askAbout(const FTPTransport& transport, std::vector<Item>& items, const Plan& plan) {
     Persistence persistence(*transport.traits);

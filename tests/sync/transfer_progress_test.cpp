@@ -174,7 +174,7 @@ TEST_F(WorkerProgress, UploadToASlowServerIsSeenGrowing) {
     EXPECT_TRUE(told.back().file->left || told.back().file->bytes == size);
 }
 
-// Each look at it takes 50 milliseconds.
+// Each reading of it takes 50 milliseconds.
 class HastyClock final : public testing::FakeClock {
 public:
     [[nodiscard]] std::chrono::steady_clock::time_point steadyNow() const override {

@@ -1,5 +1,5 @@
 // A server that breaks at each step of an upload in turn: whatever the step and the way, the live file is the old or
-// the new one, nothing but temporary files is left beside it, and the next upload mends it.
+// the new one, nothing but temporary files is left beside it, and the next upload repairs it.
 //
 // A stalled server is left by the user's stop: curl's own patience of 15 to 240 seconds ends the same way, later.
 #include "support/certificates.h"
@@ -111,7 +111,7 @@ TEST_P(BrokenUpload, LeavesTheOldFileOrTheNewOneAtEveryStep) {
         requireEntire();
         if (outcome != Outcome::live) {
             EXPECT_FALSE(fs::exists(breaking)) << "a sound upload failed";
-            EXPECT_EQ(attempt(), Outcome::live) << "the next upload does not mend it";
+            EXPECT_EQ(attempt(), Outcome::live) << "the next upload does not repair it";
         }
         EXPECT_TRUE(readPublished(server.root()) == after);
         if (!fs::remove(breaking)) continue;
