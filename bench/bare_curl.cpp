@@ -5,7 +5,7 @@
 #include "platform/descriptor.h"
 #include "platform/files.h"
 #include "subjects.h"
-#include "transport/curl_configuration.h"
+#include "transport/curl/curl_configuration.h"
 #include "transport/local_place.h"
 #include "tree.h"
 

@@ -1,7 +1,7 @@
 // Listings to entries, beside what splitting the same text and storing a name for each line takes.
 #include "measure.h"
 #include "subjects.h"
-#include "transport/listing_parsers.h"
+#include "transport/listing/listing_parsers.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>

@@ -4,7 +4,7 @@
 #include "platform/private_folder.h"
 #include "subjects.h"
 #include "transport/local_place.h"
-#include "transport/staged_copy.h"
+#include "transport/publish/staged_copy.h"
 #include "transport/transfer_control.h"
 
 #include <CLI/CLI.hpp>

@@ -1,12 +1,12 @@
 // Whether a name, a folder, a user or a password can become more than that: an option of curl, a command to the server,
 // a word of a shell.
-#include "cli/shell_words.h"
+#include "cli/text/shell_words.h"
 #include "curl_reading.h"
 #include "platform/text.h"
 #include "promise.h"
 #include "targets.h"
-#include "transport/curl_configuration.h"
-#include "transport/remote_url.h"
+#include "transport/curl/curl_configuration.h"
+#include "transport/curl/remote_url.h"
 
 #include <algorithm>
 
@@ -112,12 +112,12 @@ void controlConnection(std::string_view input) {
 
 void shellWords(std::string_view input) {
     const std::string word(input);
-    promise(splitWords(shellQuoted(word)) == std::vector<std::string>{word}, "a quoted word stays one word");
-    const auto words = splitWords(input);
+    promise(cli::splitWords(shellQuoted(word)) == std::vector<std::string>{word}, "a quoted word stays one word");
+    const auto words = cli::splitWords(input);
     if (!words) return;
     std::string line;
     for (const auto& each : *words) line += shellQuoted(each) + ' ';
-    promise(splitWords(line) == words, "words that are quoted again are the same words");
+    promise(cli::splitWords(line) == words, "words that are quoted again are the same words");
 }
 
 } // namespace zembrastel::fuzz

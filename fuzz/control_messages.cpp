@@ -1,5 +1,5 @@
 // The lines between a running program and those that ask it, in both directions.
-#include "app/control_messages.h"
+#include "app/control/control_messages.h"
 
 #include "promise.h"
 #include "targets.h"

@@ -2,7 +2,7 @@
 #include "platform/text.h"
 #include "promise.h"
 #include "targets.h"
-#include "transport/listing_parsers.h"
+#include "transport/listing/listing_parsers.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,5 +1,5 @@
 // Files of other programs that profiles are imported from.
-#include "model/profile_import.h"
+#include "model/import/profile_import.h"
 #include "model/saved_state.h"
 #include "platform/text.h"
 

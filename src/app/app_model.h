@@ -6,24 +6,24 @@
 // and belongs to a profile without a job.
 #pragma once
 
-#include "app/background_tasks.h"
+#include "app/context/background_tasks.h"
+#include "app/context/main_context.h"
 #include "app/job.h"
 #include "app/job_work.h"
-#include "app/main_context.h"
 #include "app/model_observer.h"
 #include "app/password_calls.h"
 #include "app/profile_status.h"
 #include "app/remote_review.h"
 #include "app/state_saver.h"
 #include "model/password_store.h"
-#include "model/private_item.h"
+#include "model/private_items.h"
 #include "model/profile.h"
 #include "model/publish_journal.h"
 #include "model/saved_state.h"
 #include "model/state_store.h"
 #include "platform/clock.h"
 #include "sync/worker_event.h"
-#include "transport/remote_change.h"
+#include "transport/compare/remote_change.h"
 
 #include <exception>
 #include <filesystem>

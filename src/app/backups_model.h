@@ -4,9 +4,9 @@
 // was asked for or the text of a failure, and not once the model has gone.
 #pragma once
 
-#include "app/background_tasks.h"
-#include "app/main_context.h"
-#include "transport/backups.h"
+#include "app/context/background_tasks.h"
+#include "app/context/main_context.h"
+#include "transport/download/backups.h"
 #include "transport/transfer_control.h"
 
 #include <filesystem>

@@ -1,6 +1,6 @@
 #include "app/job_work.h"
 
-#include "transport/leftovers.h"
+#include "transport/publish/leftovers.h"
 
 namespace zembrastel {
 

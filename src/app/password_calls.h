@@ -3,7 +3,7 @@
 // Used on the main context alone; one thread does all of it, in order of asking, for as long as the object lives.
 #pragma once
 
-#include "app/main_context.h"
+#include "app/context/main_context.h"
 
 #include <functional>
 #include <memory>

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "model/saved_state.h"
-#include "transport/server_check.h"
+#include "transport/compare/server_check.h"
 
 namespace zembrastel {
 

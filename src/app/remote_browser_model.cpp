@@ -4,9 +4,9 @@
 #include "platform/directory_walk.h"
 #include "platform/folder.h"
 #include "platform/text.h"
+#include "transport/curl/remote_url.h"
 #include "transport/ftp_transport.h"
 #include "transport/local_place.h"
-#include "transport/remote_url.h"
 
 #include <algorithm>
 #include <cstddef>

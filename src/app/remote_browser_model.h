@@ -6,10 +6,10 @@
 // look again, make a new model. Paths are relative to the profile's remote folder; "" is that folder itself.
 #pragma once
 
-#include "app/background_tasks.h"
-#include "app/main_context.h"
+#include "app/context/background_tasks.h"
+#include "app/context/main_context.h"
 #include "model/profile.h"
-#include "transport/remote_entry.h"
+#include "transport/listing/remote_entry.h"
 #include "transport/transfer_control.h"
 
 #include <functional>

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "platform/uuid.h"
-#include "transport/remote_change.h"
+#include "transport/compare/remote_change.h"
 
 #include <set>
 #include <string>

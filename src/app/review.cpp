@@ -5,8 +5,8 @@
 #include "platform/text.h"
 #include "sync/progress_meter.h"
 #include "sync/sync_worker.h"
+#include "transport/compare/server_record.h"
 #include "transport/ftp_transport.h"
-#include "transport/server_record.h"
 
 #include <algorithm>
 #include <cassert>

@@ -8,7 +8,7 @@
 // loses at most what was reported since the last save that was completed had begun.
 #pragma once
 
-#include "app/main_context.h"
+#include "app/context/main_context.h"
 #include "model/state_store.h"
 #include "platform/clock.h"
 #include "platform/uuid.h"

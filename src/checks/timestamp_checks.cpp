@@ -1,5 +1,5 @@
 #include "checks/subjects.h"
-#include "transport/remote_change.h"
+#include "transport/compare/remote_change.h"
 
 namespace zembrastel {
 namespace {

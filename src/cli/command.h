@@ -5,8 +5,8 @@
 #pragma once
 
 #include "cli/exit_code.h"
-#include "cli/interrupt.h"
-#include "cli/output.h"
+#include "cli/terminal/interrupt.h"
+#include "cli/terminal/output.h"
 
 #include <functional>
 #include <string>
@@ -15,7 +15,7 @@ namespace CLI {
 class App;
 }
 
-namespace zembrastel {
+namespace zembrastel::cli {
 
 // Those of the user's that belong to no command. An empty text stands for an option that was not given.
 struct GlobalOptions {
@@ -36,4 +36,4 @@ struct Surroundings {
 // Runs to its end. Throws CommandError, or anything else that describe() has words for.
 using Command = std::function<ExitCode(const Surroundings&)>;
 
-} // namespace zembrastel
+} // namespace zembrastel::cli

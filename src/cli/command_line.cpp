@@ -1,37 +1,37 @@
 #include "cli/command_line.h"
 
-#include "cli/backups_command.h"
-#include "cli/check.h"
 #include "cli/command.h"
-#include "cli/doctor.h"
-#include "cli/forget_files.h"
-#include "cli/help_text.h"
-#include "cli/ls.h"
-#include "cli/option_texts.h"
-#include "cli/pausing.h"
-#include "cli/presentation.h"
-#include "cli/profile_add.h"
-#include "cli/profile_duplicate.h"
-#include "cli/profile_export.h"
-#include "cli/profile_import.h"
-#include "cli/profile_list.h"
-#include "cli/profile_remove.h"
-#include "cli/profile_set.h"
-#include "cli/profile_show.h"
-#include "cli/push.h"
-#include "cli/restore.h"
-#include "cli/review.h"
-#include "cli/scan_command.h"
-#include "cli/status_command.h"
-#include "cli/test_command.h"
-#include "cli/watch.h"
-#include "cli/why.h"
+#include "cli/commands/backups_command.h"
+#include "cli/commands/check.h"
+#include "cli/commands/doctor.h"
+#include "cli/commands/forget_files.h"
+#include "cli/commands/ls.h"
+#include "cli/commands/pausing.h"
+#include "cli/commands/profile_add.h"
+#include "cli/commands/profile_duplicate.h"
+#include "cli/commands/profile_export.h"
+#include "cli/commands/profile_import.h"
+#include "cli/commands/profile_list.h"
+#include "cli/commands/profile_remove.h"
+#include "cli/commands/profile_set.h"
+#include "cli/commands/profile_show.h"
+#include "cli/commands/push.h"
+#include "cli/commands/restore.h"
+#include "cli/commands/review.h"
+#include "cli/commands/scan_command.h"
+#include "cli/commands/status_command.h"
+#include "cli/commands/test_command.h"
+#include "cli/commands/watch.h"
+#include "cli/commands/why.h"
+#include "cli/text/help_text.h"
+#include "cli/text/option_texts.h"
+#include "cli/text/presentation.h"
 #include "model/error.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 
-namespace zembrastel {
+namespace zembrastel::cli {
 namespace {
 
 constexpr const char* description =
@@ -203,4 +203,4 @@ ExitCode runCommandLine(int argumentCount, char** arguments, Interrupt& interrup
     }
 }
 
-} // namespace zembrastel
+} // namespace zembrastel::cli

@@ -2,11 +2,11 @@
 #pragma once
 
 #include "cli/exit_code.h"
-#include "cli/interrupt.h"
+#include "cli/terminal/interrupt.h"
 
-namespace zembrastel {
+namespace zembrastel::cli {
 
 // Throws nothing: every failure is told on standard error and becomes an exit code.
 [[nodiscard]] ExitCode runCommandLine(int argumentCount, char** arguments, Interrupt& interrupt);
 
-} // namespace zembrastel
+} // namespace zembrastel::cli

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace zembrastel {
+namespace zembrastel::cli {
 
 // The numbers are what scripts rely on.
 enum class ExitCode {
@@ -33,4 +33,4 @@ public:
     return failure.starts_with("curl: (67) ") ? ExitCode::refused : ExitCode::failed;
 }
 
-} // namespace zembrastel
+} // namespace zembrastel::cli

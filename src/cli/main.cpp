@@ -1,8 +1,8 @@
 #include "cli/command_line.h"
-#include "cli/process_setup.h"
+#include "cli/terminal/process_setup.h"
 
 int main(int argumentCount, char** arguments) {
-    zembrastel::prepareProcess();
-    zembrastel::Interrupt interrupt;
-    return static_cast<int>(zembrastel::runCommandLine(argumentCount, arguments, interrupt));
+    zembrastel::cli::prepareProcess();
+    zembrastel::cli::Interrupt interrupt;
+    return static_cast<int>(zembrastel::cli::runCommandLine(argumentCount, arguments, interrupt));
 }

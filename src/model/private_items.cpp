@@ -17,6 +17,10 @@ std::filesystem::path realPlace(const std::filesystem::path& path) {
 
 } // namespace
 
+std::string leftOutText(std::string_view path, const PrivateItem& item) {
+    return "Left out, because " + item.reason + ": " + printable(path);
+}
+
 PrivateItems::PrivateItems(const std::vector<PrivateItem>& items) {
     for (const auto& item : items) {
         struct stat attributes {};

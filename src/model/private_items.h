@@ -1,9 +1,8 @@
-// The private items that there are at one moment, to be compared with what a local folder has.
+// What must never be published although it may lie in a local folder: the state folder, a file with a password.
 //
-// A value; any thread. What it was made from must outlive it.
+// Values; any thread. An item is recognised by device and inode, which are read again at each scan: a hard link is left
+// out too, and so is the new file after an editor replaced the old one.
 #pragma once
-
-#include "model/private_item.h"
 
 #include <filesystem>
 #include <string>
@@ -13,6 +12,16 @@
 
 namespace zembrastel {
 
+struct PrivateItem {
+    std::filesystem::path path; // links are followed
+    std::string reason;         // "it holds a password"
+};
+
+// What the user reads: "Left out, because it holds a password: notes/ftp.txt"
+[[nodiscard]] std::string leftOutText(std::string_view path, const PrivateItem& item);
+
+// The private items that exist at one moment, to compare a local folder with. The list it was made from must outlive
+// it.
 class PrivateItems {
 public:
     explicit PrivateItems(const std::vector<PrivateItem>& items);

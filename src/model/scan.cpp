@@ -97,10 +97,6 @@ private:
 
 } // namespace
 
-std::string leftOutText(std::string_view path, const PrivateItem& item) {
-    return "Left out, because " + item.reason + ": " + printable(path);
-}
-
 FileMap scan(const Profile& profile, const ScanHooks& hooks, const FileMap& before) {
     const auto root = readableRoot(profile.localFolder);
     Scan walk(profile, hooks, before);

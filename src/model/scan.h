@@ -5,7 +5,7 @@
 
 #include "model/fingerprint.h"
 #include "model/name_fault.h"
-#include "model/private_item.h"
+#include "model/private_items.h"
 #include "model/profile.h"
 #include "platform/folder.h"
 

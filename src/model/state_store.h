@@ -3,7 +3,7 @@
 // Identity: one object a state folder, used from one thread at a time. It does no locking; see instance_lock.h.
 #pragma once
 
-#include "model/private_item.h"
+#include "model/private_items.h"
 #include "model/saved_state.h"
 #include "platform/folder.h"
 

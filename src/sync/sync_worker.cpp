@@ -5,8 +5,8 @@
 #include "platform/text.h"
 #include "sync/progress_meter.h"
 #include "sync/upload_queue.h"
-#include "transport/alike_names.h"
 #include "transport/ftp_transport.h"
+#include "transport/listing/alike_names.h"
 
 #include <algorithm>
 #include <optional>

@@ -6,7 +6,7 @@
 #pragma once
 
 #include "model/fingerprint.h"
-#include "model/private_item.h"
+#include "model/private_items.h"
 #include "model/profile.h"
 #include "model/publish_journal.h"
 #include "model/remote_date.h"

@@ -11,7 +11,7 @@
 #include "sync/progress_meter.h"
 #include "sync/sync_worker.h"
 #include "transport/ftp_transport.h"
-#include "transport/publishing.h"
+#include "transport/publish/publishing.h"
 
 #include <chrono>
 #include <functional>

@@ -10,17 +10,17 @@
 
 #include "model/fingerprint.h"
 #include "model/name_fault.h"
-#include "model/private_item.h"
+#include "model/private_items.h"
 #include "model/profile.h"
-#include "transport/alike_names.h"
-#include "transport/curl_configuration.h"
-#include "transport/remote_change.h"
-#include "transport/remote_entry.h"
-#include "transport/server_check.h"
+#include "transport/compare/remote_change.h"
+#include "transport/compare/server_check.h"
+#include "transport/curl/curl_configuration.h"
+#include "transport/listing/alike_names.h"
+#include "transport/listing/remote_entry.h"
+#include "transport/publish/upload_limits.h"
 #include "transport/server_traits.h"
 #include "transport/transfer_control.h"
 #include "transport/transfer_observer.h"
-#include "transport/upload_limits.h"
 
 #include <cstddef>
 #include <cstdint>

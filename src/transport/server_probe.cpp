@@ -6,7 +6,7 @@
 #include "platform/private_folder.h"
 #include "platform/text.h"
 #include "platform/uuid.h"
-#include "transport/listing_parsers.h"
+#include "transport/listing/listing_parsers.h"
 #include "transport/local_place.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 // Looks at a server step by step, by the same ways as all transfers go, and notes what is seen. What it means is for
-// others to say: see app/diagnosis.h.
+// others to say: see app/diagnosis/diagnosis.h.
 //
 // Blocks its thread. Throws Cancelled, and the system's errors of this machine; whatever the server does is an
 // observation.

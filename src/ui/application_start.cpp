@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace zembrastel {
+namespace zembrastel::ui {
 namespace {
 
 // What Qt said while the application was made. Nothing else can be told apart from why it failed.
@@ -74,4 +74,4 @@ std::unique_ptr<QApplication> startApplication(int& argc, char** argv) {
     return application;
 }
 
-} // namespace zembrastel
+} // namespace zembrastel::ui

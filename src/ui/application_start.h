@@ -7,11 +7,11 @@
 
 #include <memory>
 
-namespace zembrastel {
+namespace zembrastel::ui {
 
 // Where no window can be opened, ends the program with exit code 1 and one line on standard error; Qt by itself would
 // abort, or wait for ever for a display that does not answer, which ends after 20 seconds here. What Qt says otherwise
 // goes where it usually does. `argc` and `argv` must outlive the application.
 [[nodiscard]] std::unique_ptr<QApplication> startApplication(int& argc, char** argv);
 
-} // namespace zembrastel
+} // namespace zembrastel::ui

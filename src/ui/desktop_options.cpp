@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace zembrastel {
+namespace zembrastel::ui {
 namespace {
 
 constexpr int usageError = 2;
@@ -74,4 +74,4 @@ ParsedOptions parseDesktopOptions(int argc, const char* const* argv) {
     return {.options = options, .text = {}, .exitCode = 0};
 }
 
-} // namespace zembrastel
+} // namespace zembrastel::ui

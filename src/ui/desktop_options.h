@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-namespace zembrastel {
+namespace zembrastel::ui {
 
 struct DesktopOptions {
     bool demo = false;                                // a sample profile; no network, disk or secret store
@@ -36,4 +36,4 @@ struct ChecksAsked {
 
 [[nodiscard]] ParsedOptions parseDesktopOptions(int argc, const char* const* argv);
 
-} // namespace zembrastel
+} // namespace zembrastel::ui

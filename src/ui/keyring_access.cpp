@@ -4,7 +4,7 @@
 
 #include <QCoreApplication>
 
-namespace zembrastel {
+namespace zembrastel::ui {
 namespace {
 
 QString tr(const char* text) { return QCoreApplication::translate("KeyringAccess", text); }
@@ -36,4 +36,4 @@ void remove(const Uuid& id) {
 // What helps where a password cannot be stored, the editor knows itself.
 AppModel::PasswordAccess keyringAccess() { return {.save = PasswordStore::save, .read = read, .remove = remove}; }
 
-} // namespace zembrastel
+} // namespace zembrastel::ui

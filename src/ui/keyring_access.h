@@ -5,8 +5,8 @@
 
 #include "app/app_model.h"
 
-namespace zembrastel {
+namespace zembrastel::ui {
 
 [[nodiscard]] AppModel::PasswordAccess keyringAccess();
 
-} // namespace zembrastel
+} // namespace zembrastel::ui

@@ -1,20 +1,19 @@
 // zembrastel: the desktop program.
 #include "app/app_model.h"
-#include "app/control_client.h"
-#include "app/control_service.h"
-#include "app/retry_on_wake.h"
+#include "app/context/retry_on_wake.h"
+#include "app/control/control_client.h"
+#include "app/control/control_service.h"
 #include "checks/built_in_checks.h"
 #include "model/error.h"
-#include "platform/core_dumps.h"
-#include "platform/file_limits.h"
 #include "platform/instance_lock.h"
+#include "platform/process_limits.h"
 #include "ui/application_start.h"
-#include "ui/bus_activation.h"
+#include "ui/bridge/qt_main_context.h"
+#include "ui/desktop/bus_activation.h"
+#include "ui/desktop/system_appearance.h"
 #include "ui/desktop_options.h"
 #include "ui/keyring_access.h"
-#include "ui/qt_main_context.h"
 #include "ui/shell.h"
-#include "ui/system_appearance.h"
 #include "ui/termination.h"
 
 #include <QIcon>
@@ -26,7 +25,7 @@
 #include <memory>
 #include <optional>
 
-namespace zembrastel {
+namespace zembrastel::ui {
 namespace {
 
 // A demonstration changes nothing of the user's.
@@ -99,24 +98,24 @@ int runDesktop(const DesktopOptions& options, Termination& termination, int argc
 }
 
 } // namespace
-} // namespace zembrastel
+} // namespace zembrastel::ui
 
 int main(int argc, char** argv) {
     zembrastel::forbidCoreDumps(); // they would hold passwords
     zembrastel::prepareFileLimits();
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGCHLD, SIG_DFL); // a parent's SIG_IGN would hide how transfers end
-    if (const auto checks = zembrastel::checksAskedFor(argc, argv)) {
+    if (const auto checks = zembrastel::ui::checksAskedFor(argc, argv)) {
         return checks->withServer ? zembrastel::runIntegrationTest(checks->port) : zembrastel::runSelfTest();
     }
-    const auto parsed = zembrastel::parseDesktopOptions(argc, argv);
+    const auto parsed = zembrastel::ui::parseDesktopOptions(argc, argv);
     if (!parsed.options) {
         std::fputs(parsed.text.c_str(), parsed.exitCode == 0 ? stdout : stderr);
         return parsed.exitCode;
     }
     try {
-        zembrastel::Termination termination;
-        return zembrastel::runDesktop(*parsed.options, termination, argc, argv);
+        zembrastel::ui::Termination termination;
+        return zembrastel::ui::runDesktop(*parsed.options, termination, argc, argv);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "zembrastel: %s\n", zembrastel::describe(error).c_str());
         return 1;

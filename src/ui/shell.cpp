@@ -2,17 +2,17 @@
 
 #include "model/error.h"
 #include "platform/standard_paths.h"
-#include "ui/backups_sheet.h"
-#include "ui/confirm_dialog.h"
-#include "ui/content_picker.h"
-#include "ui/import_sheet.h"
-#include "ui/profile_editor.h"
-#include "ui/review_sheet.h"
+#include "ui/backups/backups_sheet.h"
+#include "ui/content_picker/content_picker.h"
+#include "ui/import/import_sheet.h"
+#include "ui/profile_editor/profile_editor.h"
+#include "ui/remote_changes/review_sheet.h"
+#include "ui/widgets/confirm_dialog.h"
 
 #include <QAction>
 #include <QApplication>
 
-namespace zembrastel {
+namespace zembrastel::ui {
 
 namespace {
 
@@ -153,4 +153,4 @@ void Shell::tellThatSyncingGoesOn() {
            "window; Ctrl+Q there quits and stops transfers."));
 }
 
-} // namespace zembrastel
+} // namespace zembrastel::ui

@@ -4,18 +4,18 @@
 // Ctrl+Q, or when the desktop or a signal asks it to.
 #pragma once
 
-#include "platform/login_entry.h"
-#include "ui/main_window.h"
-#include "ui/model_bridge.h"
-#include "ui/notifier.h"
-#include "ui/tray_item.h"
-#include "ui/window_settings.h"
+#include "ui/bridge/model_bridge.h"
+#include "ui/desktop/login_entry.h"
+#include "ui/desktop/notifier.h"
+#include "ui/desktop/tray_item.h"
+#include "ui/desktop/window_settings.h"
+#include "ui/main_window/main_window.h"
 
 #include <QObject>
 
 #include <optional>
 
-namespace zembrastel {
+namespace zembrastel::ui {
 
 class ProfileEditor;
 
@@ -52,4 +52,4 @@ private:
     bool toldOfClosing = false;
 };
 
-} // namespace zembrastel
+} // namespace zembrastel::ui

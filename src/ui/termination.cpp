@@ -6,7 +6,7 @@
 #include <system_error>
 #include <unistd.h>
 
-namespace zembrastel {
+namespace zembrastel::ui {
 
 Termination::Termination() {
     sigset_t asked;
@@ -25,4 +25,4 @@ void Termination::whenAsked(std::function<void()> end) {
     });
 }
 
-} // namespace zembrastel
+} // namespace zembrastel::ui

@@ -11,7 +11,7 @@
 #include <functional>
 #include <memory>
 
-namespace zembrastel {
+namespace zembrastel::ui {
 
 class Termination {
 public:
@@ -27,4 +27,4 @@ private:
     std::unique_ptr<QSocketNotifier> notifier;
 };
 
-} // namespace zembrastel
+} // namespace zembrastel::ui

@@ -1,4 +1,4 @@
-#include "app/control_messages.h"
+#include "app/control/control_messages.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // What is made of a look at a server: from given observations, and from real servers that are set wrong.
-#include "app/diagnosis.h"
+#include "app/diagnosis/diagnosis.h"
 
 #include "support/local_site.h"
 

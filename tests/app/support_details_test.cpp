@@ -1,5 +1,5 @@
 // What is sent to whoever helps.
-#include "app/support_details.h"
+#include "app/diagnosis/support_details.h"
 
 #include "platform/text.h"
 

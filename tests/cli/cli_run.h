@@ -1,7 +1,7 @@
 // The real executable, run by a test in a folder of its own: nothing of the user's is read or changed.
 #pragma once
 
-#include "cli/shell_words.h"
+#include "cli/text/shell_words.h"
 #include "model/saved_state.h"
 #include "model/state_store.h"
 #include "support/file_tree.h"
@@ -58,15 +58,15 @@ public:
     [[nodiscard]] CliResult runInShellWithSecretService(const std::string& script) const {
         const Arguments all{
             ZEMBRASTEL_SOURCE_DIR "/tests/support/with_secret_service", "/bin/sh", "-c",
-            "exec 2> " + shellQuoted((folder / "errors").string()) + "; " + script};
+            "exec 2> " + cli::shellQuoted((folder / "errors").string()) + "; " + script};
         const auto result = runProgram(all, environment());
         return {.status = result.status, .output = result.output, .errors = errors()};
     }
 
     // One command of such a script.
     [[nodiscard]] std::string shellCommand(const Arguments& arguments) const {
-        std::string line = shellQuoted(ZEMBRASTEL_CLI) + " --state " + shellQuoted(state().string());
-        for (const auto& argument : arguments) line += " " + shellQuoted(argument);
+        std::string line = cli::shellQuoted(ZEMBRASTEL_CLI) + " --state " + cli::shellQuoted(state().string());
+        for (const auto& argument : arguments) line += " " + cli::shellQuoted(argument);
         return line;
     }
 
@@ -105,7 +105,7 @@ private:
 }
 
 // A command line as a user types it.
-[[nodiscard]] inline CliPlace::Arguments words(const std::string& typed) { return splitWords(typed).value(); }
+[[nodiscard]] inline CliPlace::Arguments words(const std::string& typed) { return cli::splitWords(typed).value(); }
 
 [[nodiscard]] inline bool isOneLine(const std::string& text) {
     return text.find('\n') == text.size() - 1 && text.size() > 1;

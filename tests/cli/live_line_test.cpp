@@ -1,5 +1,5 @@
 // The line that is written over and over, and that it is there only for somebody who looks.
-#include "cli/live_line.h"
+#include "cli/terminal/live_line.h"
 #include "cli_run.h"
 #include "support/ftp_server.h"
 
@@ -7,6 +7,9 @@
 #include <gtest/gtest.h>
 
 namespace zembrastel::testing {
+
+using namespace cli;
+
 namespace {
 
 TEST(LiveLine, WhatMattersFitsWhateverTheWidth) {

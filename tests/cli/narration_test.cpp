@@ -1,8 +1,11 @@
-#include "cli/narration.h"
+#include "cli/text/narration.h"
 
 #include <gtest/gtest.h>
 
 namespace zembrastel::testing {
+
+using namespace cli;
+
 namespace {
 
 using Lines = std::vector<std::string>;

@@ -1,12 +1,15 @@
-#include "cli/presentation.h"
+#include "cli/text/presentation.h"
 
-#include "cli/json_line.h"
-#include "cli/relative_path.h"
+#include "cli/session/relative_path.h"
+#include "cli/terminal/json_line.h"
 
 #include <gtest/gtest.h>
 #include <limits>
 
 namespace zembrastel::testing {
+
+using namespace cli;
+
 namespace {
 
 TEST(Presentation, TextOfManyLinesIsOneSentenceAndCannotDriveATerminal) {

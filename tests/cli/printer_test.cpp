@@ -1,5 +1,5 @@
 // Lines for a reader who stops reading, and who reads again.
-#include "cli/output.h"
+#include "cli/terminal/output.h"
 #include "cli_run.h"
 #include "platform/descriptor.h"
 #include "support/wait_for.h"
@@ -10,6 +10,9 @@
 #include <unistd.h>
 
 namespace zembrastel::testing {
+
+using namespace cli;
+
 namespace {
 
 using Room = Output::NeverWaiting;

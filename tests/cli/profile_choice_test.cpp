@@ -1,13 +1,16 @@
-#include "cli/profile_choice.h"
+#include "cli/session/profile_choice.h"
 
+#include "cli/commands/scan_command.h"
 #include "cli/exit_code.h"
-#include "cli/profile_options.h"
-#include "cli/scan_command.h"
+#include "cli/session/profile_options.h"
 #include "platform/text.h"
 
 #include <gtest/gtest.h>
 
 namespace zembrastel::testing {
+
+using namespace cli;
+
 namespace {
 
 using namespace std::string_literals;

@@ -28,7 +28,7 @@ protected:
     // Runs the command on a terminal where this is typed.
     [[nodiscard]] CliResult typed(const std::string& text, const CliPlace::Arguments& arguments) const {
         return place.runInShellWithSecretService(
-            "printf '" + text + "\\n' | script -qec " + shellQuoted(place.shellCommand(arguments)) + " /dev/null");
+            "printf '" + text + "\\n' | script -qec " + cli::shellQuoted(place.shellCommand(arguments)) + " /dev/null");
     }
 
     CliPlace place;

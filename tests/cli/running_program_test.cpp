@@ -1,7 +1,7 @@
 // Commands beside a program that runs, and push, which is one.
 #include "server_fixture.h"
 
-#include "app/control_client.h"
+#include "app/control/control_client.h"
 #include "app/remote_review.h"
 #include "platform/instance_lock.h"
 #include "platform/local_socket.h"

@@ -1,10 +1,13 @@
-#include "cli/shell_words.h"
+#include "cli/text/shell_words.h"
 
 #include "support/program.h"
 
 #include <gtest/gtest.h>
 
 namespace zembrastel::testing {
+
+using namespace cli;
+
 namespace {
 
 // What a real shell makes of the text: its words, each on lines of their own.

@@ -1,6 +1,6 @@
 // Files of other programs, kind and hostile.
 #include "model/error.h"
-#include "model/profile_import.h"
+#include "model/import/profile_import.h"
 #include "model/saved_state.h"
 #include "support/file_tree.h"
 #include "support/temporary_folder.h"

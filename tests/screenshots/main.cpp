@@ -6,17 +6,17 @@
 #include "support/file_tree.h"
 #include "support/ftp_server.h"
 #include "support/local_site.h"
-#include "ui/backups_sheet.h"
-#include "ui/confirm_dialog.h"
-#include "ui/content_picker.h"
-#include "ui/import_sheet.h"
-#include "ui/main_window.h"
-#include "ui/profile_editor.h"
-#include "ui/qt_main_context.h"
-#include "ui/review_sheet.h"
+#include "ui/backups/backups_sheet.h"
+#include "ui/bridge/qt_main_context.h"
+#include "ui/content_picker/content_picker.h"
+#include "ui/import/import_sheet.h"
+#include "ui/main_window/main_window.h"
+#include "ui/profile_editor/profile_editor.h"
+#include "ui/remote_changes/review_sheet.h"
 #include "ui/screen.h"
-#include "ui/theme.h"
-#include "ui/turning_clock.h"
+#include "ui/theme/theme.h"
+#include "ui/theme/turning_clock.h"
+#include "ui/widgets/confirm_dialog.h"
 
 #include <QApplication>
 #include <QDir>
@@ -34,6 +34,9 @@
 #include <stdexcept>
 
 namespace zembrastel::screenshots {
+
+using namespace ui;
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -510,7 +513,7 @@ int main(int argc, char** argv) {
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedKingdom));
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setCursorFlashTime(0);
-    zembrastel::turningClock().setTime([] { return std::chrono::milliseconds(233); });
+    zembrastel::ui::turningClock().setTime([] { return std::chrono::milliseconds(233); });
     const QStringList arguments = QApplication::arguments();
     if (arguments.size() < 2) {
         std::fputs("usage: screenshots FOLDER [NAME...]\n", stderr);

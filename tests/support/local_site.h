@@ -6,7 +6,7 @@
 #include "support/ftp_server.h"
 #include "support/temporary_folder.h"
 #include "transport/ftp_transport.h"
-#include "transport/publishing.h"
+#include "transport/publish/publishing.h"
 
 #include <filesystem>
 #include <memory>

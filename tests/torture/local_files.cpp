@@ -10,8 +10,8 @@
 #include "platform/uuid.h"
 #include "support/local_site.h"
 #include "torture/seeded_run.h"
-#include "transport/backups.h"
-#include "transport/local_replacement.h"
+#include "transport/download/backups.h"
+#include "transport/download/local_replacement.h"
 
 #include <algorithm>
 #include <array>

@@ -6,10 +6,10 @@
 // moments of peace in which the program gets somewhere. A seed that is given again repeats the attacker's choices.
 #include "model/scan.h"
 #include "model/state_store.h"
-#include "platform/core_dumps.h"
+#include "platform/process_limits.h"
 #include "support/local_site.h"
 #include "torture/seeded_run.h"
-#include "transport/backups.h"
+#include "transport/download/backups.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
-#include "transport/alike_names.h"
+#include "transport/listing/alike_names.h"
 
-#include "transport/folder_loop.h"
+#include "transport/listing/folder_loop.h"
 
 #include <gtest/gtest.h>
 

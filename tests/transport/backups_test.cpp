@@ -1,12 +1,12 @@
 // What is kept of replaced files, and bringing it back, on the disk alone.
-#include "transport/backups.h"
+#include "transport/download/backups.h"
 
 #include "model/error.h"
 #include "platform/uuid.h"
 #include "support/file_tree.h"
 #include "support/local_site.h"
 #include "support/temporary_folder.h"
-#include "transport/local_replacement.h"
+#include "transport/download/local_replacement.h"
 
 #include <gtest/gtest.h>
 

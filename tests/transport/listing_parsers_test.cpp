@@ -1,5 +1,5 @@
 // What fuzz/listings.cpp and fuzz/dates.cpp cannot judge: sizes, messages, and the time that hostile listings take.
-#include "transport/listing_parsers.h"
+#include "transport/listing/listing_parsers.h"
 
 #include "platform/text.h"
 #include "support/local_site.h"

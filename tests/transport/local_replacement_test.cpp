@@ -2,11 +2,11 @@
 //
 // The system's calls in question are made here, so that a test can act at the call, or have it fail as such a file
 // system does.
-#include "transport/local_replacement.h"
+#include "transport/download/local_replacement.h"
 
 #include "model/error.h"
 #include "support/local_site.h"
-#include "transport/leftovers.h"
+#include "transport/publish/leftovers.h"
 
 #include <gtest/gtest.h>
 

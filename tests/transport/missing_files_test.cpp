@@ -1,8 +1,8 @@
 #include "support/certificates.h"
 #include "support/local_site.h"
+#include "transport/compare/missing_files.h"
+#include "transport/compare/server_record.h"
 #include "transport/ftp_transport.h"
-#include "transport/missing_files.h"
-#include "transport/server_record.h"
 
 #include <chrono>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // What a server, a line or a colleague does to files on their way to the place of the live ones.
-#include "transport/publishing.h"
+#include "transport/publish/publishing.h"
 
 #include "platform/files.h"
 #include "support/certificates.h"

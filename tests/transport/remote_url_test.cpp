@@ -1,4 +1,4 @@
-#include "transport/remote_url.h"
+#include "transport/curl/remote_url.h"
 
 #include "platform/text.h"
 #include "support/local_site.h"

@@ -1,4 +1,4 @@
-#include "transport/server_record.h"
+#include "transport/compare/server_record.h"
 
 #include <gtest/gtest.h>
 

@@ -1,13 +1,13 @@
 // The sheet with kept versions, and the copying of details for whoever helps.
-#include "ui/backups_sheet.h"
+#include "ui/backups/backups_sheet.h"
 
 #include "screen.h"
 #include "support/file_tree.h"
 #include "support/kept_version.h"
 #include "support/temporary_folder.h"
-#include "ui/backup_view.h"
-#include "ui/details_copy.h"
-#include "ui/qt_main_context.h"
+#include "ui/backups/backup_view.h"
+#include "ui/bridge/qt_main_context.h"
+#include "ui/main_window/details_copy.h"
 
 #include <gtest/gtest.h>
 
@@ -20,6 +20,9 @@
 #include <memory>
 
 namespace zembrastel::testing {
+
+using namespace ui;
+
 namespace {
 
 namespace fs = std::filesystem;

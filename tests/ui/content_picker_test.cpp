@@ -1,9 +1,9 @@
 #include "screen.h"
 #include "support/ftp_server.h"
 #include "support/local_site.h"
-#include "ui/content_picker.h"
-#include "ui/qt_main_context.h"
-#include "ui/theme.h"
+#include "ui/bridge/qt_main_context.h"
+#include "ui/content_picker/content_picker.h"
+#include "ui/theme/theme.h"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@
 #include <memory>
 #include <optional>
 
-namespace zembrastel {
+namespace zembrastel::ui {
 namespace {
 using testing::FtpServer;
 using testing::LocalSite;
@@ -270,4 +270,4 @@ TEST_F(Picker, EveryControlHasANameAndTheSheetFitsASmallWindow) {
 }
 
 } // namespace
-} // namespace zembrastel
+} // namespace zembrastel::ui

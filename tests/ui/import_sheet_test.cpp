@@ -2,9 +2,9 @@
 #include "screen.h"
 #include "support/file_tree.h"
 #include "support/temporary_folder.h"
-#include "ui/import_sheet.h"
-#include "ui/message_strip.h"
-#include "ui/qt_main_context.h"
+#include "ui/bridge/qt_main_context.h"
+#include "ui/import/import_sheet.h"
+#include "ui/widgets/message_strip.h"
 
 #include <gtest/gtest.h>
 
@@ -15,6 +15,7 @@
 #include <memory>
 
 using namespace zembrastel;
+using namespace zembrastel::ui;
 using namespace zembrastel::testing;
 
 namespace {

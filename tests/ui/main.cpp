@@ -1,6 +1,6 @@
 // The tests of the desktop program run without a display, in one application.
 #include "timed_application.h"
-#include "ui/theme.h"
+#include "ui/theme/theme.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@ int main(int argc, char** argv) {
     // On the heap, for the test of what happens once it has gone.
     auto* const application = new zembrastel::testing::TimedApplication(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
-    zembrastel::theme().apply(zembrastel::Appearance::light); // as the program does before its first window
+    zembrastel::ui::theme().apply(zembrastel::ui::Appearance::light); // as the program does before its first window
     holdEventsToTime(*application);
     const int result = RUN_ALL_TESTS();
     delete application;

@@ -1,6 +1,6 @@
 #include "screen.h"
-#include "ui/model_bridge.h"
-#include "ui/qt_main_context.h"
+#include "ui/bridge/model_bridge.h"
+#include "ui/bridge/qt_main_context.h"
 
 #include <gtest/gtest.h>
 
@@ -14,6 +14,7 @@
 #include <vector>
 
 using namespace zembrastel;
+using namespace zembrastel::ui;
 using zembrastel::testing::waitFor;
 using namespace std::chrono_literals;
 

@@ -3,13 +3,13 @@
 #include "support/fake_clock.h"
 #include "support/file_tree.h"
 #include "support/temporary_folder.h"
-#include "ui/elide_label.h"
-#include "ui/local_time.h"
-#include "ui/main_window.h"
-#include "ui/qt_main_context.h"
-#include "ui/text_style.h"
-#include "ui/theme.h"
-#include "ui/wrap_label.h"
+#include "ui/bridge/qt_main_context.h"
+#include "ui/main_window/main_window.h"
+#include "ui/theme/local_time.h"
+#include "ui/theme/text_style.h"
+#include "ui/theme/theme.h"
+#include "ui/widgets/elide_label.h"
+#include "ui/widgets/wrap_label.h"
 
 #include <gtest/gtest.h>
 
@@ -29,6 +29,7 @@
 #include <string>
 
 using namespace zembrastel;
+using namespace zembrastel::ui;
 using namespace zembrastel::testing;
 
 namespace {

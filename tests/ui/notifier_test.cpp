@@ -1,8 +1,8 @@
 #include "screen.h"
 #include "support/program.h"
 #include "support/temporary_folder.h"
-#include "ui/notifier.h"
-#include "ui/qt_main_context.h"
+#include "ui/bridge/qt_main_context.h"
+#include "ui/desktop/notifier.h"
 
 #include <gtest/gtest.h>
 
@@ -12,6 +12,7 @@
 #include <memory>
 
 using namespace zembrastel;
+using namespace zembrastel::ui;
 using namespace zembrastel::testing;
 using namespace std::chrono_literals;
 

@@ -1,14 +1,14 @@
-#include "ui/profile_editor.h"
+#include "ui/profile_editor/profile_editor.h"
 
 #include "model/error.h"
 #include "screen.h"
 #include "support/file_tree.h"
 #include "support/ftp_server.h"
 #include "support/temporary_folder.h"
-#include "ui/message_strip.h"
-#include "ui/push_button.h"
-#include "ui/qt_main_context.h"
-#include "ui/theme.h"
+#include "ui/bridge/qt_main_context.h"
+#include "ui/theme/theme.h"
+#include "ui/widgets/message_strip.h"
+#include "ui/widgets/push_button.h"
 
 #include <gtest/gtest.h>
 
@@ -23,6 +23,7 @@
 #include <semaphore>
 
 using namespace zembrastel;
+using namespace zembrastel::ui;
 using zembrastel::testing::FtpServer;
 using zembrastel::testing::readFile;
 using zembrastel::testing::TemporaryFolder;

@@ -3,10 +3,10 @@
 #include "support/fake_clock.h"
 #include "support/temporary_folder.h"
 #include "sync/progress_meter.h"
-#include "ui/profile_detail.h"
-#include "ui/qt_main_context.h"
-#include "ui/tray_item.h"
-#include "ui/turning_clock.h"
+#include "ui/bridge/qt_main_context.h"
+#include "ui/desktop/tray_item.h"
+#include "ui/main_window/profile_detail.h"
+#include "ui/theme/turning_clock.h"
 
 #include <gtest/gtest.h>
 
@@ -17,6 +17,7 @@
 #include <semaphore>
 
 using namespace zembrastel;
+using namespace zembrastel::ui;
 using namespace zembrastel::testing;
 using namespace std::chrono_literals;
 

@@ -1,8 +1,8 @@
-#include "ui/review_sheet.h"
+#include "ui/remote_changes/review_sheet.h"
 
 #include "app/model_fixture.h"
 #include "screen.h"
-#include "ui/theme.h"
+#include "ui/theme/theme.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@
 #include <functional>
 #include <memory>
 
-namespace zembrastel {
+namespace zembrastel::ui {
 namespace {
 
 RemoteChange change(const std::string& path, bool bothChanged = false) {
@@ -152,4 +152,4 @@ TEST(Review, DatesReadAsTheUsersLocaleWritesThem) {
 }
 
 } // namespace
-} // namespace zembrastel
+} // namespace zembrastel::ui

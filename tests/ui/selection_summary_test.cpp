@@ -1,8 +1,8 @@
-#include "ui/selection_summary.h"
+#include "ui/content_picker/selection_summary.h"
 
 #include <gtest/gtest.h>
 
-namespace zembrastel {
+namespace zembrastel::ui {
 namespace {
 
 // The same beginning of a name must not make a folder of a file.
@@ -21,4 +21,4 @@ TEST(SelectionSummary, TellsFoldersFromFilesOnlyByWhatWasSynchronised) {
 }
 
 } // namespace
-} // namespace zembrastel
+} // namespace zembrastel::ui

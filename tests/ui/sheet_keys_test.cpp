@@ -4,16 +4,16 @@
 #include "support/ftp_server.h"
 #include "support/local_site.h"
 #include "support/temporary_folder.h"
-#include "ui/backups_sheet.h"
-#include "ui/confirm_dialog.h"
-#include "ui/content_picker.h"
-#include "ui/import_sheet.h"
-#include "ui/main_window.h"
-#include "ui/profile_editor.h"
-#include "ui/qt_main_context.h"
-#include "ui/review_sheet.h"
-#include "ui/row_list.h"
+#include "ui/backups/backups_sheet.h"
+#include "ui/bridge/qt_main_context.h"
+#include "ui/content_picker/content_picker.h"
+#include "ui/import/import_sheet.h"
+#include "ui/main_window/main_window.h"
+#include "ui/profile_editor/profile_editor.h"
+#include "ui/remote_changes/review_sheet.h"
 #include "ui/shell.h"
+#include "ui/widgets/confirm_dialog.h"
+#include "ui/widgets/row_list.h"
 
 #include <gtest/gtest.h>
 
@@ -28,6 +28,9 @@
 #include <vector>
 
 namespace zembrastel::testing {
+
+using namespace ui;
+
 namespace {
 
 // Two profiles; the check of their server always finds a newer file.

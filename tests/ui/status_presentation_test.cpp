@@ -1,12 +1,13 @@
 #include "screen.h"
-#include "ui/status_presentation.h"
-#include "ui/status_symbol.h"
-#include "ui/theme.h"
-#include "ui/turning_clock.h"
+#include "ui/theme/theme.h"
+#include "ui/theme/turning_clock.h"
+#include "ui/widgets/status_presentation.h"
+#include "ui/widgets/status_symbol.h"
 
 #include <gtest/gtest.h>
 
 using namespace zembrastel;
+using namespace zembrastel::ui;
 using namespace zembrastel::testing;
 using namespace std::chrono_literals;
 

@@ -1,14 +1,15 @@
-#include "ui/elide_label.h"
-#include "ui/push_button.h"
-#include "ui/symbol_icon.h"
-#include "ui/text_style.h"
-#include "ui/theme.h"
+#include "ui/theme/symbol_icon.h"
+#include "ui/theme/text_style.h"
+#include "ui/theme/theme.h"
+#include "ui/widgets/elide_label.h"
+#include "ui/widgets/push_button.h"
 
 #include <gtest/gtest.h>
 
 #include <QApplication>
 
 using namespace zembrastel;
+using namespace zembrastel::ui;
 
 namespace {
 

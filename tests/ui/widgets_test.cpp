@@ -1,9 +1,9 @@
-#include "ui/confirm_dialog.h"
-#include "ui/elide_label.h"
-#include "ui/push_button.h"
-#include "ui/switch.h"
-#include "ui/theme.h"
-#include "ui/wrap_label.h"
+#include "ui/theme/theme.h"
+#include "ui/widgets/confirm_dialog.h"
+#include "ui/widgets/elide_label.h"
+#include "ui/widgets/push_button.h"
+#include "ui/widgets/switch.h"
+#include "ui/widgets/wrap_label.h"
 
 #include <gtest/gtest.h>
 
@@ -17,6 +17,7 @@
 #include <QTest>
 
 using namespace zembrastel;
+using namespace zembrastel::ui;
 
 TEST(ElideLabel, BothEndsOfALongPathStayAndTheWholeCanBeHad) {
     const QString path = QStringLiteral("/home/you/<Projects>/a/very/long/way/down/to/the/website & more");

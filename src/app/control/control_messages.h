@@ -1,0 +1,114 @@
+// What other programs of the user ask of the one that holds a state folder, and what it answers: one JSON object a line
+// both ways, each with the "version" of this language.
+//
+// Values and pure functions; any thread. A request is answered by lines of which the last is Failed or Done; that of
+// `follow` does not end. Members that a reader does not know are passed over, those that are left out have the default
+// of their field.
+#pragma once
+
+#include "app/profile_status.h"
+#include "platform/uuid.h"
+#include "transport/compare/remote_change.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace zembrastel {
+
+inline constexpr std::int64_t controlVersion = 1;
+
+struct ControlRequest {
+    enum class Kind {
+        show,        // the window
+        status,      // of the profiles, or of all without any: Status for each
+        follow,      // the same, then every Status and Activity as it comes
+        pause,       // the profiles: Changed for each that was not paused already
+        resume,      // the same
+        review,      // of one profile, once its server has been checked: Review
+        decide,      // the review of that revision: Activity while it is carried out, then Outcome for each file
+        retry,       // the failed server checks of the profiles: Changed for each that had failed
+        forgetFiles, // of the profiles that wait for missing files: Changed for each
+        sendMissing, // of one profile, what its server lacks; then, once the server has been checked: Review
+        sendAll      // the same with everything that is not known to be equal there
+    };
+
+    Kind kind = Kind::status;
+    std::vector<Uuid> profiles = {};
+    std::string revision = {}; // that of the Review which is decided on, as it came
+    bool downloadAll = false;
+    std::vector<std::string> download = {}; // paths
+};
+
+namespace answer {
+
+struct Status {
+    Uuid profile;
+    std::string name;
+    bool enabled = false;
+    bool running = false;
+    std::int64_t newerOnServer = 0;   // files that wait for a decision
+    std::int64_t missingOnServer = 0; // published files that the server check did not find there
+    ProfileStatus status;             // without its activity
+};
+
+struct Activity {
+    Uuid profile;
+    zembrastel::Activity line;
+};
+
+struct Changed {
+    Uuid profile;
+    bool retried = false; // its server check had failed, and is tried again
+};
+
+struct Review {
+    Uuid profile;
+    std::string revision;              // names this one review; every check makes another
+    std::vector<RemoteChange> changes; // without size and inode of the local files
+};
+
+struct Outcome {
+    std::string path;
+    bool kept = false; // the local version, by choice
+    bool downloaded = false;
+    // Neither: the download failed, or the file changed or vanished meanwhile.
+};
+
+struct Failed {
+    enum class Reason {
+        notUnderstood, // another version, or no request at all
+        noWindow,
+        noProfile,
+        refused,       // the profile cannot do that now; `text` says why
+        paused,        // nothing runs for the profile
+        needsDownload, // its initial download is not complete
+        server,        // `text` is what the conversation with the server ended with
+        otherReview,   // the review that was decided on no longer waits; nothing was changed
+        notSaved       // it is done, but could not be saved
+    };
+
+    Reason reason = Reason::notUnderstood;
+    std::string text = {};
+};
+
+struct Done {
+    bool reviewWaits = false; // after a decision: the check that followed found newer files again
+};
+
+} // namespace answer
+
+using ControlAnswer = std::variant<
+    answer::Status, answer::Activity, answer::Changed, answer::Review, answer::Outcome, answer::Failed, answer::Done>;
+
+// Without a line feed.
+[[nodiscard]] std::string encode(const ControlRequest& request);
+[[nodiscard]] std::string encode(const ControlAnswer& answer);
+
+// Throw SyncError for anything else, whatever it is.
+[[nodiscard]] ControlRequest decodeControlRequest(std::string_view line);
+[[nodiscard]] ControlAnswer decodeControlAnswer(std::string_view line);
+
+} // namespace zembrastel

@@ -1,0 +1,316 @@
+#include "app/control/control_service.h"
+
+#include "model/error.h"
+
+#include <algorithm>
+#include <array>
+#include <system_error>
+
+namespace zembrastel {
+namespace {
+
+// Ends a request.
+struct Refusal {
+    answer::Failed answer;
+};
+
+[[noreturn]] void refuse(answer::Failed::Reason reason, std::string text = {}) {
+    throw Refusal{{.reason = reason, .text = std::move(text)}};
+}
+
+bool hasFailedCheck(const AppModel& model, const Uuid& id) { return model.checkFailures().contains(id); }
+
+} // namespace
+
+ControlService::ControlService(
+    AppModel& served, MainContext& mainContext, const std::filesystem::path& stateFolder, std::function<void()> show)
+    : model(served), context(mainContext), showWindow(std::move(show)) {
+    const auto onMain = [this, weak = std::weak_ptr(self)](std::function<void(ControlService&)> work) {
+        context.post([weak, work = std::move(work)] {
+            if (const auto alive = weak.lock()) work(**alive);
+        });
+    };
+    try {
+        server = std::make_unique<LocalServer>(
+            stateFolder, controlSocketName,
+            LocalServer::Callbacks{
+                .received =
+                    [onMain](Client client, const std::string& line) {
+                        onMain([client, line](ControlService& service) { service.receive(client, line); });
+                    },
+                .gone = [onMain](
+                            Client client) { onMain([client](ControlService& service) { service.forget(client); }); }});
+    } catch (const std::system_error& error) {
+        unreachable = describe(error);
+    }
+    model.observe(*this);
+}
+
+ControlService::~ControlService() { model.forget(*this); }
+
+void ControlService::receive(Client client, const std::string& line) {
+    try {
+        carryOut(client, decodeControlRequest(line));
+    } catch (const Refusal& refusal) {
+        end(client, refusal.answer);
+    } catch (const SyncError& error) {
+        end(client, answer::Failed{.reason = answer::Failed::Reason::notUnderstood, .text = error.what()});
+    }
+}
+
+void ControlService::carryOut(Client client, const ControlRequest& request) {
+    requireProfiles(request);
+    switch (request.kind) {
+    case ControlRequest::Kind::show:
+        return show(client);
+    case ControlRequest::Kind::status:
+        report(client, request);
+        return end(client);
+    case ControlRequest::Kind::follow:
+        report(client, request);
+        for (const auto& profile : model.profiles()) lastTold[profile.id] = encode(statusOf(profile));
+        followers.insert_or_assign(client, request.profiles);
+        server->ready(client);
+        return;
+    case ControlRequest::Kind::pause:
+    case ControlRequest::Kind::resume:
+        return changeEach(client, request);
+    case ControlRequest::Kind::retry:
+        return retryEach(client, request);
+    case ControlRequest::Kind::review:
+        // What the last check failed with is no answer to a question that is asked now.
+        if (hasFailedCheck(model, request.profiles.front())) model.retryCheck(request.profiles.front());
+        waitings.insert_or_assign(client, Waiting{.profile = request.profiles.front(), .decided = {}, .selected = {}});
+        return answerSoon();
+    case ControlRequest::Kind::decide:
+        return decide(client, request);
+    case ControlRequest::Kind::forgetFiles:
+        return forgetFiles(client, request);
+    case ControlRequest::Kind::sendMissing:
+    case ControlRequest::Kind::sendAll:
+        return sendAgain(client, request);
+    }
+}
+
+void ControlService::requireProfiles(const ControlRequest& request) const {
+    using Kind = ControlRequest::Kind;
+    for (const auto& id : request.profiles) {
+        if (model.profile(id) == nullptr) refuse(answer::Failed::Reason::noProfile, id.text());
+    }
+    constexpr std::array kindsOfOne{Kind::review, Kind::decide, Kind::sendMissing, Kind::sendAll};
+    const bool ofOne = std::ranges::find(kindsOfOne, request.kind) != kindsOfOne.end();
+    if (ofOne && request.profiles.size() != 1) refuse(answer::Failed::Reason::noProfile);
+}
+
+void ControlService::show(Client client) {
+    if (!showWindow) refuse(answer::Failed::Reason::noWindow);
+    showWindow();
+    end(client);
+}
+
+void ControlService::report(Client client, const ControlRequest& request) {
+    for (const auto& profile : model.profiles()) {
+        const bool wanted = request.profiles.empty() || std::ranges::count(request.profiles, profile.id) > 0;
+        if (wanted) send(client, statusOf(profile));
+    }
+}
+
+void ControlService::changeEach(Client client, const ControlRequest& request) {
+    const bool pauses = request.kind == ControlRequest::Kind::pause;
+    for (const auto& id : request.profiles) {
+        const auto isSo = [&] { return !model.running(id) && !model.profile(id)->enabled; };
+        const auto isOn = [&] { return model.running(id) && model.profile(id)->enabled; };
+        const bool retries = !pauses && hasFailedCheck(model, id);
+        if (!retries && (pauses ? isSo() : isOn())) continue;
+        try {
+            if (pauses) {
+                pausedHere.insert(id);
+                model.pause(id);
+            } else {
+                pausedHere.erase(id);
+                if (retries) model.retryCheck(id);
+                model.resume(id);
+            }
+        } catch (const std::exception& error) {
+            refuse(answer::Failed::Reason::notSaved, describe(error));
+        }
+        if (!pauses && !model.running(id)) refuse(answer::Failed::Reason::refused, model.status(id).detail);
+        send(client, answer::Changed{.profile = id, .retried = retries});
+    }
+    end(client);
+}
+
+void ControlService::retryEach(Client client, const ControlRequest& request) {
+    for (const auto& id : request.profiles) {
+        if (!hasFailedCheck(model, id)) continue;
+        model.retryCheck(id);
+        send(client, answer::Changed{.profile = id, .retried = true});
+    }
+    end(client);
+}
+
+void ControlService::decide(Client client, const ControlRequest& request) {
+    const Uuid& id = request.profiles.front();
+    const auto review = model.reviews().find(id);
+    if (review == model.reviews().end() || review->second.reviewId.text() != request.revision) {
+        refuse(answer::Failed::Reason::otherReview, outdatedDecision);
+    }
+    // Postponed: another program's user has paused the profile, and resumes it himself.
+    if (!model.running(id)) refuse(answer::Failed::Reason::paused);
+    Waiting waiting{.profile = id, .decided = review->second.changes, .selected = {}};
+    for (const auto& change : waiting.decided) {
+        if (request.downloadAll || std::ranges::count(request.download, change.path) > 0) {
+            waiting.selected.insert(change.path);
+        }
+    }
+    const PathSet selected = waiting.selected;
+    waitings.insert_or_assign(client, std::move(waiting));
+    const Decision decision = model.resolveReview(id, review->second.reviewId, selected);
+    if (decision != Decision::accepted) {
+        waitings.erase(client);
+        refuse(answer::Failed::Reason::refused, model.alert().value_or(""));
+    }
+    answerSoon();
+}
+
+void ControlService::forgetFiles(Client client, const ControlRequest& request) {
+    for (const auto& id : request.profiles) {
+        if (!model.status(id).filesMissing) continue;
+        model.forgetMissingFiles(id);
+        send(client, answer::Changed{id});
+    }
+    end(client);
+}
+
+void ControlService::sendAgain(Client client, const ControlRequest& request) {
+    const Uuid& id = request.profiles.front();
+    if (!model.running(id)) refuse(answer::Failed::Reason::paused);
+    if (model.profile(id)->needsDownload) refuse(answer::Failed::Reason::needsDownload);
+    model.sendAgain(id, request.kind == ControlRequest::Kind::sendAll ? Resend::everything : Resend::missing);
+    waitings.insert_or_assign(client, Waiting{.profile = id, .decided = {}, .selected = {}});
+    answerSoon();
+}
+
+void ControlService::forget(Client client) {
+    followers.erase(client);
+    waitings.erase(client);
+}
+
+answer::Status ControlService::statusOf(const Profile& profile) const {
+    const auto review = model.reviews().find(profile.id);
+    answer::Status told{
+        .profile = profile.id,
+        .name = profile.name,
+        .enabled = profile.enabled,
+        .running = model.running(profile.id),
+        .newerOnServer = review == model.reviews().end() ? 0 : static_cast<std::int64_t>(review->second.changes.size()),
+        .missingOnServer = static_cast<std::int64_t>(model.missingOnServer(profile.id).size()),
+        .status = model.status(profile.id)};
+    told.status.activity.clear();
+    return told;
+}
+
+// A worker repeats its status at every look at the folder; it is told when it is another one.
+void ControlService::tellFollowers(const Profile& profile) {
+    if (followers.empty()) return;
+    const answer::Status told = statusOf(profile);
+    std::string line = encode(ControlAnswer(told));
+    if (lastTold[profile.id] == line) return;
+    lastTold[profile.id] = std::move(line);
+    for (const auto& [client, profiles] : followers) {
+        if (profiles.empty() || std::ranges::count(profiles, profile.id) > 0) send(client, told);
+    }
+}
+
+void ControlService::statusChanged(const Uuid& id) {
+    if (const Profile* profile = model.profile(id)) tellFollowers(*profile);
+    answerSoon();
+}
+
+void ControlService::activityLogged(const Uuid& id, const Activity& activity) {
+    for (const auto& [client, profiles] : followers) {
+        if (profiles.empty() || std::ranges::count(profiles, id) > 0) send(client, answer::Activity{id, activity});
+    }
+    for (const auto& [client, waiting] : waitings) {
+        if (waiting.profile == id && !waiting.decided.empty()) send(client, answer::Activity{id, activity});
+    }
+}
+
+void ControlService::reviewChanged(const Uuid& id) { statusChanged(id); }
+
+void ControlService::profilesChanged() {
+    std::erase_if(pausedHere, [this](const Uuid& id) { return model.profile(id) == nullptr || model.running(id); });
+    for (const auto& profile : model.profiles()) tellFollowers(profile);
+    answerSoon();
+}
+
+// Not at once: an observer is told in the middle of a change, such as the restart after an initial download.
+void ControlService::answerSoon() {
+    if (waitings.empty() || answersDue) return;
+    answersDue = true;
+    context.post([weak = std::weak_ptr(self)] {
+        if (const auto alive = weak.lock()) (*alive)->answerWaiting();
+    });
+}
+
+void ControlService::answerWaiting() {
+    answersDue = false;
+    std::erase_if(waitings, [this](const auto& entry) {
+        try {
+            return answerIfSettled(entry.first, entry.second);
+        } catch (const Refusal& refusal) {
+            end(entry.first, refusal.answer);
+            return true;
+        }
+    });
+}
+
+bool ControlService::answerIfSettled(Client client, const Waiting& waiting) {
+    const Uuid& id = waiting.profile;
+    const Profile* profile = model.profile(id);
+    if (profile == nullptr) refuse(answer::Failed::Reason::noProfile, id.text());
+    const bool decided = !waiting.decided.empty();
+    const auto failure = model.checkFailures().find(id);
+    const auto review = model.reviews().find(id);
+    if (!decided && review != model.reviews().end()) {
+        const auto& changes = review->second.changes;
+        send(client, answer::Review{.profile = id, .revision = review->second.reviewId.text(), .changes = changes});
+        end(client);
+        return true;
+    }
+    const bool waitsAgain = review != model.reviews().end();
+    const bool over = waitsAgain || failure != model.checkFailures().end() || model.watching(id) || !model.running(id);
+    if (!over) return false;
+    if (decided) tellOutcome(client, waiting);
+    if (waitsAgain && model.running(id)) {
+        end(client, answer::Done{.reviewWaits = true});
+        return true;
+    }
+    if (failure != model.checkFailures().end()) refuse(answer::Failed::Reason::server, failure->second);
+    if (!model.running(id)) {
+        if (model.status(id).failed) refuse(answer::Failed::Reason::refused, model.status(id).detail);
+        refuse(answer::Failed::Reason::paused);
+    }
+    if (profile->needsDownload) refuse(answer::Failed::Reason::needsDownload);
+    if (!decided) send(client, answer::Review{.profile = id, .revision = {}, .changes = {}});
+    end(client);
+    return true;
+}
+
+void ControlService::tellOutcome(Client client, const Waiting& waiting) {
+    for (const auto& change : waiting.decided) {
+        const auto* known = model.remoteDates(waiting.profile).find(change.path);
+        const bool kept = !waiting.selected.contains(change.path);
+        const bool downloaded = !kept && known != nullptr && *known == change.remoteDate;
+        send(client, answer::Outcome{.path = change.path, .kept = kept, .downloaded = downloaded});
+    }
+}
+
+void ControlService::send(Client client, const ControlAnswer& told) { server->send(client, encode(told)); }
+
+void ControlService::end(Client client, const ControlAnswer& last) {
+    send(client, last);
+    server->ready(client);
+}
+
+} // namespace zembrastel

@@ -1,0 +1,92 @@
+// Lets other programs of the user ask and tell the one that holds a state folder: see control_messages.h.
+//
+// Main context; the socket's thread only hands requests over. Whatever a client sends or leaves undone, the model sees
+// whole requests alone, one of each client at a time.
+#pragma once
+
+#include "app/app_model.h"
+#include "app/control/control_messages.h"
+#include "platform/local_socket.h"
+
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace zembrastel {
+
+class ControlService final : private ModelObserver {
+public:
+    // The model, the context and the folder, which this program must hold, outlive the service. `show` brings the
+    // window forward; nothing for a program without one.
+    ControlService(
+        AppModel& served, MainContext& mainContext, const std::filesystem::path& stateFolder,
+        std::function<void()> show = nullptr);
+    ControlService(const ControlService&) = delete;
+    ControlService& operator=(const ControlService&) = delete;
+    ~ControlService() override;
+
+    // Why nobody can ask anything, if so: the program works without it.
+    [[nodiscard]] const std::optional<std::string>& failure() const { return unreachable; }
+
+    // Has a request paused a profile that a later one may resume?
+    [[nodiscard]] bool holdsPaused() const { return !pausedHere.empty(); }
+
+private:
+    using Client = LocalServer::Client;
+
+    // A request whose answer waits for what the profile's job comes to.
+    struct Waiting {
+        Uuid profile;
+        std::vector<RemoteChange> decided; // nothing while the check is awaited
+        PathSet selected;
+    };
+
+    void receive(Client client, const std::string& line);
+    void carryOut(Client client, const ControlRequest& request);
+    void requireProfiles(const ControlRequest& request) const;
+    void show(Client client);
+    void report(Client client, const ControlRequest& request);
+    void changeEach(Client client, const ControlRequest& request);
+    void retryEach(Client client, const ControlRequest& request);
+    void decide(Client client, const ControlRequest& request);
+    void forgetFiles(Client client, const ControlRequest& request);
+    void sendAgain(Client client, const ControlRequest& request);
+    void forget(Client client);
+
+    void statusChanged(const Uuid& id) override;
+    void activityLogged(const Uuid& id, const Activity& activity) override;
+    void reviewChanged(const Uuid& id) override;
+    void profilesChanged() override;
+
+    [[nodiscard]] answer::Status statusOf(const Profile& profile) const;
+    void tellFollowers(const Profile& profile);
+    void answerSoon();
+    void answerWaiting();
+    [[nodiscard]] bool answerIfSettled(Client client, const Waiting& waiting);
+    void tellOutcome(Client client, const Waiting& waiting);
+    void send(Client client, const ControlAnswer& told);
+    void end(Client client, const ControlAnswer& last = answer::Done{});
+
+    AppModel& model;
+    MainContext& context;
+    const std::function<void()> showWindow;
+    std::map<Client, std::vector<Uuid>> followers; // the profiles that each wants to hear of; all when empty
+    std::map<Uuid, std::string> lastTold;          // to followers
+    std::map<Client, Waiting> waitings;
+    std::set<Uuid> pausedHere;
+    bool answersDue = false;
+    std::optional<std::string> unreachable;
+    // Watched by what is posted to the main context, which may come when the service has gone.
+    std::shared_ptr<ControlService*> self = std::make_shared<ControlService*>(this);
+    std::unique_ptr<LocalServer> server; // last: its thread ends first
+};
+
+// The folder's socket, for both sides.
+inline constexpr const char* controlSocketName = "socket";
+
+} // namespace zembrastel

@@ -1,0 +1,67 @@
+#include "cli/session/profile_choice.h"
+
+#include "cli/exit_code.h"
+#include "cli/text/presentation.h"
+#include "platform/text.h"
+
+#include <algorithm>
+
+namespace zembrastel::cli {
+namespace {
+
+[[noreturn]] void refuseUnknown(const std::vector<Profile>& profiles, const std::string& wanted) {
+    const std::string known =
+        profiles.empty() ? "There are none yet; profile add makes one." : "There is " + listedNames(profiles) + ".";
+    throw CommandError(ExitCode::failed, "No profile has the name or id " + inQuotes(wanted) + ". " + known);
+}
+
+[[noreturn]] void refuseAmbiguous(const std::vector<const Profile*>& named) {
+    std::string ids;
+    for (const auto* profile : named) ids += (ids.empty() ? "" : ", ") + profile->id.text();
+    throw CommandError(
+        ExitCode::failed, "Several profiles have the name " + inQuotes(named.front()->name)
+                              + ". Give the id of one instead: " + ids + ".");
+}
+
+std::vector<const Profile*> profilesNamed(const std::vector<Profile>& profiles, const std::string& name) {
+    std::vector<const Profile*> found;
+    for (const auto& profile : profiles) {
+        if (profile.name == name) found.push_back(&profile);
+    }
+    return found;
+}
+
+} // namespace
+
+const Profile& chooseProfile(const std::vector<Profile>& profiles, const std::string& nameOrId) {
+    if (const auto id = Uuid::parse(nameOrId)) {
+        const auto found = std::ranges::find(profiles, *id, &Profile::id);
+        if (found != profiles.end()) return *found;
+    }
+    const auto named = profilesNamed(profiles, nameOrId);
+    if (named.empty()) refuseUnknown(profiles, nameOrId);
+    if (named.size() > 1) refuseAmbiguous(named);
+    return *named.front();
+}
+
+std::string unambiguousName(const std::vector<Profile>& profiles, const Profile& profile) {
+    const bool alone = profilesNamed(profiles, profile.name).size() == 1;
+    // A name that looks like an id could be that of another profile, and one with invisible characters cannot be typed.
+    const bool typable = printable(profile.name) == profile.name;
+    return alone && typable && !Uuid::parse(profile.name) ? profile.name : profile.id.text();
+}
+
+std::string serverName(const Profile& profile) {
+    return profile.username + "@" + profile.host + ":" + std::to_string(profile.port);
+}
+
+std::string listedNames(const std::vector<Profile>& profiles) {
+    std::string names;
+    for (std::size_t index = 0; index < profiles.size(); ++index) {
+        if (index > 0) names += index + 1 == profiles.size() ? " and " : ", ";
+        names += inQuotes(profiles[index].name);
+    }
+    return names;
+}
+
+} // namespace zembrastel::cli

@@ -1,0 +1,116 @@
+#include "cli/session/running_program.h"
+
+#include "cli/text/presentation.h"
+#include "model/error.h"
+#include "platform/clock.h"
+
+namespace zembrastel::cli {
+namespace {
+
+// For an answer, and then as long again for a sign of life.
+constexpr std::chrono::seconds patience{5};
+
+bool changesSomething(ControlRequest::Kind kind) {
+    using Kind = ControlRequest::Kind;
+    return kind != Kind::status && kind != Kind::follow && kind != Kind::review;
+}
+
+[[noreturn]] void tellGone() {
+    throw CommandError(ExitCode::notRunning, "The running program has ended before it answered.");
+}
+
+void requireUnderstood(const answer::Failed& failed) {
+    using Reason = answer::Failed::Reason;
+    if (failed.reason == Reason::notUnderstood) throw CommandError(ExitCode::failed, sentence(failed.text));
+    if (failed.reason == Reason::noProfile) {
+        throw CommandError(ExitCode::failed, "The running program does not know the profile " + failed.text + ".");
+    }
+}
+
+} // namespace
+
+std::optional<RunningProgram> RunningProgram::find(const StateStore& store) {
+    auto client = ControlClient::connect(store.folder());
+    if (!client) return std::nullopt;
+    return RunningProgram(*std::move(client), store.folder());
+}
+
+ExitCode RunningProgram::askOrHold(
+    const StateStore& store, const std::function<ExitCode(RunningProgram& program)>& ask,
+    const std::function<ExitCode()>& alone) {
+    constexpr int mostTurns = 20;
+    for (int turn = 1;; ++turn) {
+        if (auto program = find(store)) return ask(*program);
+        try {
+            return alone();
+        } catch (const CommandError& error) {
+            if (error.code != ExitCode::stateInUse || turn == mostTurns) throw;
+        }
+        (void)systemClock().sleep({}, std::chrono::milliseconds(50));
+    }
+}
+
+// A server check, for one, takes its time before the answer comes. Another request shows whether the program is at work
+// at all.
+void RunningProgram::requireResponse(const ControlRequest& request, Interrupt& interrupt) const {
+    auto probe = ControlClient::connect(stateFolder);
+    if (!probe) return;
+    const auto interruptible = interrupt.during([this, &probe] {
+        client.end();
+        probe->end();
+    });
+    const bool responds = probe->ask({.kind = ControlRequest::Kind::status}) && probe->next(patience).has_value();
+    if (responds || probe->isOver() || interrupt.happened()) return;
+    const auto process = client.process();
+    throw CommandError(
+        ExitCode::notAnswering,
+        "The running program" + (process ? " (process " + std::to_string(*process) + ")" : "")
+            + " has not answered for ten seconds: it was stopped, or hangs."
+            + (changesSomething(request.kind) ? " What was asked of it may still happen when it goes on." : "")
+            + (process ? " If it was stopped, \"kill -CONT " + std::to_string(*process) + "\" lets it go on." : ""));
+}
+
+std::optional<ControlAnswer> RunningProgram::nextAnswer(const ControlRequest& request, Interrupt& interrupt) {
+    while (true) {
+        if (auto answer = client.next(patience)) return answer;
+        if (client.isOver()) return std::nullopt;
+        requireResponse(request, interrupt);
+    }
+}
+
+std::optional<answer::Failed> RunningProgram::ask(
+    const ControlRequest& request, Interrupt& interrupt, const Take& take) {
+    const auto interruptible = interrupt.during([this] { client.end(); });
+    if (!client.ask(request)) tellGone();
+    while (const auto answer = nextAnswer(request, interrupt)) {
+        if (const auto* done = std::get_if<answer::Done>(&*answer)) {
+            waits = done->reviewWaits;
+            return std::nullopt;
+        }
+        if (const auto* failed = std::get_if<answer::Failed>(&*answer)) {
+            requireUnderstood(*failed);
+            return *failed;
+        }
+        take(*answer);
+    }
+    if (interrupt.happened()) throw Cancelled();
+    tellGone();
+}
+
+bool RunningProgram::follow(const ControlRequest& request, Interrupt& interrupt, const Take& take) {
+    const auto interruptible = interrupt.during([this] { client.end(); });
+    if (!client.ask(request)) return false;
+    // After its first answer, a program that is followed may be silent for hours.
+    for (auto answer = nextAnswer(request, interrupt); answer; answer = client.next()) {
+        if (const auto* failed = std::get_if<answer::Failed>(&*answer)) requireUnderstood(*failed);
+        take(*answer);
+    }
+    return ended || interrupt.happened();
+}
+
+void RunningProgram::end() {
+    ended = true;
+    client.end();
+}
+
+} // namespace zembrastel::cli

@@ -1,0 +1,104 @@
+#include "cli/terminal/output.h"
+
+#include "cli/terminal/colour.h"
+#include "cli/text/presentation.h"
+
+#include <cerrno>
+#include <poll.h>
+#include <string>
+#include <unistd.h>
+
+namespace zembrastel::cli {
+namespace {
+
+void awaitRoom(int descriptor) {
+    pollfd waiting{.fd = descriptor, .events = POLLOUT, .revents = 0};
+    ::poll(&waiting, 1, -1);
+}
+
+// Waits for the reader, until `givesUp` says after a signal that nobody wants the rest.
+std::error_code writeLine(int descriptor, std::string_view text, const std::function<bool()>& givesUp) {
+    const std::string bytes = std::string(text) + '\n';
+    std::string_view rest = bytes;
+    while (!rest.empty() && !givesUp()) {
+        const ssize_t written = ::write(descriptor, rest.data(), rest.size());
+        if (written >= 0) {
+            rest.remove_prefix(static_cast<std::size_t>(written));
+        } else if (errno == EAGAIN) { // another program made the stream non-blocking
+            awaitRoom(descriptor);
+        } else if (errno != EINTR) {
+            return {errno, std::system_category()};
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+Output::NeverWaiting::NeverWaiting(Output& usedOutput, std::size_t room, std::function<bool()> waitsAtEnd)
+    : output(usedOutput), waits(std::move(waitsAtEnd)) {
+    output.printer.emplace(
+        room, Printer::Effects{
+                  .print = [this](const Printer::Line& line) { output.writeNow(line.stream, line.text); },
+                  .showLive = [this](const Printer::Live& live) { output.liveLine.set(live.subject, live.text); },
+                  .unprinted = [this](std::size_t lines) { return output.unprintedLine(lines); }});
+}
+
+Output::NeverWaiting::~NeverWaiting() {
+    if (waits()) output.printer->finish();
+    output.printer->end();
+    // Nothing more is written to a terminal that takes nothing.
+    if (output.printer->givesUp()) output.liveLine.abandon();
+    output.printer.reset();
+}
+
+void Output::write(int descriptor, std::string_view text) {
+    if (printer) {
+        printer->print({.stream = descriptor, .text = std::string(text)});
+    } else {
+        writeNow(descriptor, text);
+    }
+}
+
+void Output::writeNow(int descriptor, std::string_view text) {
+    liveLine.hide();
+    const auto failed = writeLine(descriptor, text, [this] { return printer && printer->givesUp(); });
+    liveLine.show();
+    if (descriptor != STDOUT_FILENO) return; // a user who cannot read what went wrong still has the exit code
+    readerGone = readerGone || failed == std::errc::broken_pipe;
+    if (failed && failed != std::errc::broken_pipe) lost = failed;
+}
+
+std::string Output::unprintedLine(std::size_t lines) const {
+    if (jsonLines) return JsonLine("unprinted").number("lines", lines).finished();
+    return "… " + counted(lines, "line") + (lines == 1 ? " was" : " were") + " not printed";
+}
+
+void Output::live(std::string_view subject, std::string_view text) {
+    if (printer) {
+        printer->showLive({.subject = std::string(subject), .text = std::string(text)});
+    } else {
+        liveLine.set(subject, text);
+    }
+}
+
+void Output::line(std::string_view text) { write(STDOUT_FILENO, text); }
+
+void Output::error(std::string_view message) {
+    tell("error", inColour("zembrastel-cli:", Tone::bad, STDERR_FILENO) + " ", message);
+}
+
+void Output::warning(std::string_view message) {
+    tell("warning", inColour("zembrastel-cli: warning:", Tone::attention, STDERR_FILENO) + " ", message);
+}
+
+void Output::note(std::string_view message) {
+    if (!jsonLines) write(STDERR_FILENO, oneLine(message));
+}
+
+void Output::tell(const char* event, std::string_view prefix, std::string_view message) {
+    const std::string words = oneLine(message);
+    write(STDERR_FILENO, jsonLines ? JsonLine(event).text("message", words).finished() : std::string(prefix) + words);
+}
+
+} // namespace zembrastel::cli

@@ -1,0 +1,84 @@
+#include "cli/text/review_text.h"
+
+#include "cli/text/presentation.h"
+#include "cli/text/shell_words.h"
+#include "platform/text.h"
+
+namespace zembrastel::cli {
+namespace {
+
+SystemTime remoteTime(const RemoteChange& change) { return systemTime(sinceUnixEpoch(change.remoteDate)); }
+
+SystemTime localTime(const RemoteChange& change) {
+    return systemTime(std::chrono::duration<double>(change.local.modified));
+}
+
+} // namespace
+
+std::string describeChange(const RemoteChange& change) {
+    return printable(change.path) + "  server " + dateAndTime(remoteTime(change)) + ", here "
+           + dateAndTime(localTime(change)) + (change.bothChanged ? ", changed on both sides" : "");
+}
+
+std::string missingText(std::size_t files) {
+    return counted(files, "file") + (files == 1 ? " is" : " are") + " missing on the server";
+}
+
+std::string sendMissingHint(const GlobalOptions& options, std::size_t files, const std::string& profileName) {
+    return std::string(files == 1 ? "To send it again: " : "To send them again: ")
+           + commandLine(options, "push --missing", profileName);
+}
+
+void tellMissing(const Profile& profile, const PathSet& missing, Output& output) {
+    if (missing.empty()) return;
+    if (!output.json()) output.line(missingText(missing.size()) + ":");
+    for (const auto& path : missing) {
+        if (output.json()) {
+            JsonLine object("missing");
+            object.text("profile", profile.name).text("id", profile.id.text());
+            output.line(object.text("path", path));
+        } else {
+            output.line("  " + printable(path));
+        }
+    }
+}
+
+std::string commandLine(const GlobalOptions& options, const char* name, const std::string& profileName) {
+    std::string command = shellQuoted(options.program);
+    const auto add = [&command](const char* option, const std::string& value) {
+        if (!value.empty()) command += std::string(" ") + option + " " + shellQuoted(value);
+    };
+    add("--state", options.stateFolder);
+    add("--password-file", options.passwordFile);
+    add("--password-command", options.passwordCommand);
+    return command + " " + name + " " + shellQuoted(profileName);
+}
+
+std::string reviewCommand(const GlobalOptions& options, const std::string& profileName) {
+    return commandLine(options, "review", profileName);
+}
+
+std::string describeSizes(const RemoteChange& change, const ServerVersions& seen) {
+    const auto* version = seen.find(change.path);
+    const auto here = static_cast<std::uint64_t>(change.local.size);
+    if (version == nullptr || !version->size || *version->size == here) return "";
+    return ", " + counted(*version->size, "byte") + " there and " + std::to_string(here) + " here";
+}
+
+void addReview(
+    JsonLine& object, const Profile& profile, const std::vector<RemoteChange>& changes, Clock& clock,
+    const ServerVersions& seen) {
+    object.text("time", universalTime(clock.now())).text("profile", profile.name).text("id", profile.id.text());
+    object.list("files", changes, [&seen](JsonLine& file, const RemoteChange& change) {
+        file.text("path", change.path);
+        file.text("remoteDate", universalTime(remoteTime(change)));
+        file.text("localDate", universalTime(localTime(change)));
+        file.flag("bothChanged", change.bothChanged);
+        const auto* version = seen.find(change.path);
+        if (version == nullptr || !version->size) return;
+        file.number("remoteSize", *version->size);
+        file.number("localSize", static_cast<std::uint64_t>(change.local.size));
+    });
+}
+
+} // namespace zembrastel::cli

@@ -1,0 +1,295 @@
+#include "model/scan.h"
+#include "platform/text.h"
+#include "transport/compare/content_comparison.h"
+#include "transport/compare/missing_files.h"
+#include "transport/compare/server_record.h"
+#include "transport/ftp_transport.h"
+#include "transport/listing/remote_queries.h"
+
+#include <algorithm>
+#include <chrono>
+#include <variant>
+#include <vector>
+
+namespace zembrastel {
+namespace {
+
+constexpr std::chrono::duration<double> precision{1.0};
+
+// One that was announced only because the user has decided about it has no more than a size.
+bool isLocalVersion(const Fingerprint& announced) { return announced.modified != 0 || announced.inode != 0; }
+
+class Comparison {
+public:
+    Comparison(
+        const FTPTransport& used, const FileMap& scanned, const ServerRecord& record, const FTPTransport::Report& line)
+        : transport(used), local(scanned), recorded(record), report(line) {}
+
+    ServerCheck run() {
+        walk();
+        findUnanswered();
+        const auto shift = commonShift(differences());
+        if (recorded.compareAll) {
+            compareAll(shift);
+        } else {
+            for (const auto& [path, version] : found.seen) {
+                transport.control->check();
+                decide(path, version, shift);
+            }
+            const auto listed = found.seen.begin() == found.seen.end()
+                                    ? std::nullopt
+                                    : std::optional(std::string((*found.seen.begin()).path));
+            found.missing = zembrastel::findMissing(transport, unlisted(), listed);
+        }
+        std::stable_sort(found.changes.begin(), found.changes.end(), [](const RemoteChange& a, const RemoteChange& b) {
+            return compareNames(a.path, b.path) < 0;
+        });
+        return std::move(found);
+    }
+
+private:
+    // All folders of one depth after another: what is on one level is asked for together.
+    void walk() {
+        FolderLister lister(transport);
+        std::vector<std::string> level{""};
+        for (int depth = 0; !level.empty(); ++depth) {
+            checkFolderDepth(depth);
+            std::vector<std::string> below;
+            lister.list(level, [&](std::size_t folder, ListedEntries listed) {
+                transport.control->check();
+                look(level[folder], resultOf(std::move(listed)), below);
+            });
+            level = std::move(below);
+        }
+        findDates();
+    }
+
+    void look(const std::string& path, std::vector<RemoteEntry> entries, std::vector<std::string>& below) {
+        report(path.empty() ? "Comparing the remote folder" : "Comparing " + path);
+        transport.nameAsLocal(path, entries, localItems(local, path));
+        if (transport.observer != nullptr) transport.observer->folderListed(0); // which of them count, is seen below
+        for (const auto& entry : entries) {
+            std::string relative = childPath(path, entry.name);
+            if (transport.profile.exclusions.matchEntry(relative)) continue;
+            if (!entry.directory) {
+                if (local.contains(relative)) note(std::move(relative), entry);
+            } else if (local.containsFolder(relative)) {
+                below.push_back(std::move(relative));
+            }
+        }
+    }
+
+    void note(std::string path, const RemoteEntry& entry) {
+        if (transport.observer != nullptr) transport.observer->fileDone();
+        if (entry.modified) {
+            found.seen.set(path, {.modified = *entry.modified, .size = entry.size});
+        } else {
+            undated.push_back(std::move(path));
+            listedSizes.push_back(entry.size);
+        }
+    }
+
+    void findDates() {
+        const auto answers = askAboutFiles(transport, undated);
+        for (std::size_t i = 0; i < answers.size(); ++i) {
+            const auto facts = readFacts(resultOf(answers[i]), undated[i]);
+            found.seen.set(undated[i], {.modified = facts.modified, .size = facts.size ? facts.size : listedSizes[i]});
+        }
+    }
+
+    // A listing may hide a file that is there.
+    void findUnanswered() {
+        std::vector<std::string> unseen;
+        for (const auto& path : recorded.unanswered) {
+            if (!found.seen.contains(path) && local.contains(path)) unseen.push_back(path);
+        }
+        const auto answers = askAboutFiles(transport, unseen);
+        for (std::size_t i = 0; i < answers.size(); ++i) {
+            try {
+                const auto facts = readFacts(resultOf(answers[i]), unseen[i]);
+                found.seen.set(unseen[i], {.modified = facts.modified, .size = facts.size});
+            } catch (const SyncError&) {
+                // It is not there, or the server does not say its date.
+            }
+        }
+    }
+
+    // Of the files that have their recorded size.
+    [[nodiscard]] std::vector<std::chrono::duration<double>> differences() const {
+        std::vector<std::chrono::duration<double>> all;
+        for (const auto& [path, version] : found.seen) {
+            const auto* date = recorded.knownDates.find(path);
+            if (date != nullptr && hasRecordedSize(path, version)) all.push_back(version.modified - *date);
+        }
+        return all;
+    }
+
+    [[nodiscard]] bool hasRecordedSize(const std::string& path, const ServerVersion& version) const {
+        const auto* file = recorded.baseline.find(path);
+        return file != nullptr && version.size == static_cast<std::uint64_t>(file->size);
+    }
+
+    void decide(const std::string& path, const ServerVersion& version, std::chrono::seconds shift) {
+        if (const auto* announced = announcedVersion(path, version)) {
+            recognise(path, version, isLocalVersion(*announced) ? announced : nullptr);
+            return;
+        }
+        if (!hasRecordedSize(path, version)) shift = {};
+        const Fingerprint& here = local.at(path);
+        const auto* known = recorded.knownDates.find(path);
+        const RecordedFile record{
+            .local = recorded.baseline.find(path), .remoteDate = known, .announced = announcedWith(path, known)};
+        const bool appeared = recorded.wasCompared && record.local == nullptr && known == nullptr;
+        const bool isUnanswered = recorded.unanswered.contains(path);
+        const bool isNewer =
+            shouldOffer(version.modified, here, known == nullptr ? std::nullopt : std::optional(*known + shift));
+        if (!appeared && !isUnanswered && !isNewer && !differsFromRecord(version, record, shift)) {
+            if (known == nullptr || shift.count() != 0) recognise(path, version, nullptr);
+            return;
+        }
+        if (isEqual(path, here, version)) {
+            recognise(path, version, &here);
+            return;
+        }
+        found.changes.push_back(
+            {.path = path,
+             .local = here,
+             .remoteDate = version.modified,
+             .bothChanged = appeared || recorded.disputed.contains(path) || (isUnanswered && !isNewer)
+                            || (record.local != nullptr && isOtherVersion(here, *record.local))});
+    }
+
+    // Published files, unchanged here since, that no listing showed.
+    [[nodiscard]] std::vector<std::string> unlisted() const {
+        std::vector<std::string> paths;
+        for (const auto& [path, published] : recorded.baseline) {
+            const auto* here = local.find(path);
+            const auto* date = recorded.knownDates.find(path);
+            const bool isLeft = !recorded.compareAll && date != nullptr && *date == leftMissing;
+            const bool isUnchanged = here != nullptr && !isOtherVersion(*here, published);
+            if (isUnchanged && !isLeft && !found.seen.contains(path)) paths.emplace_back(path);
+        }
+        return paths;
+    }
+
+    // Nothing counts as published. What has equal contents on the server is recorded; of the rest, a version that was
+    // recorded or decided on before may be replaced, and any other one is for the user to decide.
+    void compareAll(std::chrono::seconds shift) {
+        std::vector<std::string> unseen;
+        for (const auto& [path, fingerprint] : local) {
+            if (!found.seen.contains(path)) unseen.emplace_back(path);
+        }
+        for (const auto& [path, version] : findHidden(transport, unseen)) found.seen.set(path, version);
+        const auto equal = filesWithEqualContents(transport, comparable());
+        for (const auto& [path, version] : found.seen) {
+            const Fingerprint& here = local.at(path);
+            if (equal.contains(path)) {
+                found.recognised.files.set(path, here);
+                found.recognised.dates.set(path, version.modified);
+            } else if (!isKnownVersion(path, version, shift)) {
+                const auto* published = recorded.baseline.find(path);
+                const bool isNewer = shouldOffer(version.modified, here, std::nullopt);
+                const bool isEdited = published != nullptr && isOtherVersion(here, *published);
+                found.changes.push_back(
+                    {.path = std::string(path),
+                     .local = here,
+                     .remoteDate = version.modified,
+                     .bothChanged = !isNewer || isEdited});
+            } else {
+                found.toSend.emplace(path);
+            }
+        }
+        for (auto& path : unlisted()) found.toSend.insert(std::move(path));
+    }
+
+    // Of equal size on both sides; the small ones first, as far as all may be fetched.
+    [[nodiscard]] std::vector<FileToCompare> comparable() const {
+        std::vector<FileToCompare> files;
+        for (const auto& [path, version] : found.seen) {
+            const Fingerprint& here = local.at(path);
+            if (version.size == static_cast<std::uint64_t>(here.size)) files.push_back({std::string(path), here});
+        }
+        std::ranges::stable_sort(files, {}, [](const FileToCompare& file) { return file.fingerprint.size; });
+        auto left = static_cast<std::int64_t>(toFetch);
+        const auto tooMuch = std::ranges::find_if(
+            files, [&left](const FileToCompare& file) { return (left -= file.fingerprint.size) < 0; });
+        files.erase(tooMuch, files.end());
+        return files;
+    }
+
+    // Uploaded by this program, or acknowledged by the user.
+    [[nodiscard]] bool isKnownVersion(
+        const std::string& path, const ServerVersion& version, std::chrono::seconds shift) const {
+        if (announcedVersion(path, version) != nullptr) return true;
+        const auto* date = recorded.knownDates.find(path);
+        if (date == nullptr || recorded.unanswered.contains(path)) return false;
+        const auto* published = recorded.baseline.find(path);
+        const auto size = published == nullptr ? version.size : static_cast<std::uint64_t>(published->size);
+        if (!hasRecordedSize(path, version)) shift = {};
+        return isVersion(version, *date + shift, size.value_or(0));
+    }
+
+    // Own uploads, and decisions, of which it is not certain that they were saved.
+    [[nodiscard]] const Fingerprint* announcedVersion(const std::string& path, const ServerVersion& version) const {
+        const auto* file = recorded.announced.files.find(path);
+        const auto* date = recorded.announced.dates.find(path);
+        if (file == nullptr || date == nullptr) return nullptr;
+        return isVersion(version, *date, static_cast<std::uint64_t>(file->size)) ? file : nullptr;
+    }
+
+    [[nodiscard]] const Fingerprint* announcedWith(const std::string& path, const RemoteDate* known) const {
+        const auto* date = recorded.announced.dates.find(path);
+        return known != nullptr && date != nullptr && *date == *known ? recorded.announced.files.find(path) : nullptr;
+    }
+
+    void recognise(const std::string& path, const ServerVersion& version, const Fingerprint* synchronised) {
+        const auto* known = recorded.knownDates.find(path);
+        if (known == nullptr || *known != version.modified) found.recognised.dates.set(path, version.modified);
+        const auto* before = recorded.baseline.find(path);
+        if (synchronised == nullptr || (before != nullptr && !isOtherVersion(*synchronised, *before))) return;
+        found.recognised.files.set(path, *synchronised);
+    }
+
+    [[nodiscard]] bool isEqual(const std::string& path, const Fingerprint& here, const ServerVersion& version) {
+        const auto size = static_cast<std::uint64_t>(here.size);
+        if (version.size != size || size > toFetch) return false;
+        toFetch -= size;
+        return transport.hasContentsOf(path, here);
+    }
+
+    const FTPTransport& transport;
+    const FileMap& local;
+    const ServerRecord& recorded;
+    const FTPTransport::Report& report;
+    std::uint64_t toFetch = std::uint64_t{32} << 20; // bytes, to compare contents
+    std::vector<std::string> undated;                // files of which the listings give no date
+    std::vector<std::optional<std::uint64_t>> listedSizes;
+    ServerCheck found;
+};
+
+} // namespace
+
+bool shouldOffer(RemoteDate remote, const Fingerprint& local, std::optional<RemoteDate> knownRemote) {
+    if (sinceUnixEpoch(remote) <= std::chrono::duration<double>(local.modified) + precision) return false;
+    return isUnknownVersion(remote, knownRemote);
+}
+
+bool isUnknownVersion(RemoteDate remote, std::optional<RemoteDate> knownRemote) {
+    return !knownRemote || remote - *knownRemote > precision;
+}
+
+ServerCheck FTPTransport::newerRemoteFiles(const ServerRecord& recorded, const Report& report) const {
+    const FileMap local =
+        scan(profile, {.checkpoint = [this] { control->check(); }, .privateItems = privateItems}, recorded.baseline);
+    if (local.empty()) {
+        (void)list(""); // a server that cannot be reached is still to be told
+        return {};
+    }
+    return Comparison(*this, local, recorded, report).run();
+}
+
+bool FTPTransport::hasContentsOf(const std::string& path, const Fingerprint& local) const {
+    return !filesWithEqualContents(*this, {{path, local}}).empty();
+}
+
+} // namespace zembrastel

@@ -1,0 +1,246 @@
+#include "transport/curl/conversation.h"
+
+#include "model/error.h"
+#include "model/password_mask.h"
+#include "platform/child_process.h"
+#include "platform/files.h"
+#include "platform/text.h"
+#include "platform/uuid.h"
+#include "transport/transfer_observer.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <optional>
+#include <poll.h>
+#include <unistd.h>
+
+namespace zembrastel {
+namespace {
+
+using Time = std::chrono::steady_clock;
+
+constexpr const char* curlExecutable = "/usr/bin/curl";
+constexpr const char* withoutWords = "Transfer failed.";
+constexpr const char* listingTooLong = "The server's directory listing is too long.";
+constexpr const char* fileTooLong = "The server's file is too long.";
+constexpr int curlCouldNotWrite = 23;
+constexpr int endedBySignal = -1;
+constexpr std::chrono::milliseconds stopInterval{50};
+
+// Variables that say how texts are written, whom to trust, and where temporary files go. Others may have curl write
+// down the keys of its connections, load what it should not, or take another way to the server.
+std::vector<std::string> curlEnvironment() {
+    std::vector<std::string> environment;
+    for (const std::string name :
+         {"LANG", "LC_ALL", "LC_CTYPE", "LC_MESSAGES", "CURL_CA_BUNDLE", "SSL_CERT_FILE", "SSL_CERT_DIR", "TMPDIR"}) {
+        if (const char* value = std::getenv(name.c_str())) environment.push_back(name + '=' + value);
+    }
+    return environment;
+}
+
+// The sentence for a block that failed: curl's own words, without the password should the server have repeated it.
+std::string failureMessage(const std::string& words, std::string_view password) {
+    if (!isValidUtf8(words)) return withoutWords;
+    const std::string masked = withoutPassword(words, password);
+    const auto text = trimmed(masked);
+    // A curl that a signal ended has said nothing.
+    return text.empty() ? withoutWords : std::string(text);
+}
+
+// The reading end of a pipe of which curl holds the other, and what came through it that is not yet used.
+struct Stream {
+    Stream() {
+        std::array<int, 2> ends{};
+        if (::pipe2(ends.data(), O_CLOEXEC) != 0) throwFileError("pipe", curlExecutable);
+        reading = Descriptor(ends[0]);
+        writing = Descriptor(ends[1]);
+        (void)::fcntl(reading.get(), F_SETFL, O_NONBLOCK);
+    }
+
+    // Takes what is there. Closes the stream at its end.
+    void read() {
+        while (reading) {
+            std::array<char, 16384> piece; // not set to zero each time: it is read into often
+            const ssize_t size = ::read(reading.get(), piece.data(), piece.size());
+            if (size > 0) {
+                text.append(piece.data(), static_cast<std::size_t>(size));
+                if (text.size() > mostBlockOutput) return;
+                continue;
+            }
+            if (size < 0 && errno == EINTR) continue;
+            if (size == 0 || errno != EAGAIN) reading.close();
+            return;
+        }
+    }
+
+    Descriptor reading;
+    Descriptor writing;
+    std::string text;
+};
+
+class Talk {
+public:
+    Talk(
+        const Profile& profile, std::string_view usedPassword, TransferControl& usedControl, const TransferPlan& plan,
+        const ConversationEvents& called)
+        : password(usedPassword), control(usedControl), events(called), atStop(plan.atStop), count(plan.blocks.size()),
+          configuration(configure(profile, plan.blocks)), curl(
+                                                              {.executable = curlExecutable,
+                                                               .arguments = {"--disable", "--config", "-"},
+                                                               .output = output.writing.get(),
+                                                               .errors = errors.writing.get(),
+                                                               .files = plan.files,
+                                                               .environment = curlEnvironment(),
+                                                               .mostWritten = plan.mostWritten}) {}
+
+    void hold() {
+        struct Registration {
+            TransferControl& control;
+            ~Registration() { control.clear(); }
+        };
+        control.launch(curl, atStop);
+        const Registration registered{control};
+        output.writing.close();
+        errors.writing.close();
+        if (!curl.writeInput(configuration)) curl.terminate();
+        curl.closeInput();
+        begin();
+        while (goesOn && (output.reading || errors.reading)) {
+            await();
+            if (errors.reading) errors.read();
+            if (output.reading) output.read();
+            dropReported();
+            reportEnded();
+            if (goesOn && std::max(output.text.size(), errors.text.size()) > mostBlockOutput) {
+                finish({.code = curlCouldNotWrite, .message = listingTooLong});
+                goesOn = false;
+            }
+        }
+        if (!goesOn) curl.terminate();
+        curl.wait();
+        const auto exit = curl.collect();
+        if (atStop == TransferControl::AtStop::ends) control.check();
+        if (goesOn && current < count) finish(broken(exit));
+    }
+
+private:
+    // curl writes the mark when a block has ended, to both of its streams: what is before it is the block's. No server
+    // knows it.
+    std::string configure(const Profile& profile, const std::vector<TransferBlock>& blocks) const {
+        std::string text;
+        for (const auto& [path, directory, own] : blocks) {
+            if (!text.empty()) text += "next\n";
+            auto options = own;
+            options.push_back({"write-out", mark + "%{stderr}" + mark + "%{exitcode}\n"});
+            text += curlConfiguration(profile, password, path, directory, options);
+        }
+        return text;
+    }
+
+    void await() {
+        std::array<pollfd, 2> streams{
+            pollfd{.fd = output.reading.get(), .events = POLLIN, .revents = 0},
+            pollfd{.fd = errors.reading.get(), .events = POLLIN, .revents = 0}};
+        std::chrono::milliseconds limit{-1};
+        if (events.look) limit = observationInterval;
+        if (atStop == TransferControl::AtStop::lastsOut) limit = stopInterval;
+        const int ready = ::poll(streams.data(), streams.size(), static_cast<int>(limit.count()));
+        if (events.look && Time::now() - looked >= observationInterval) {
+            looked = Time::now();
+            events.look(curl);
+        }
+        if (ready == 0 && atStop == TransferControl::AtStop::lastsOut && control.isStopped()) {
+            if (!stopSeen) stopSeen = Time::now();
+            if (Time::now() - *stopSeen >= timeAfterStop) curl.terminate();
+        }
+    }
+
+    void begin() const {
+        if (current < count && events.begins) events.begins(current);
+    }
+
+    void finish(BlockOutcome outcome) {
+        const auto block = current++;
+        goesOn = events.ended(block, std::move(outcome)) && goesOn;
+        if (goesOn) begin();
+    }
+
+    // The mark in curl's standard output may come long after the one in its standard error, since it is kept in a
+    // buffer. What a block has written was sent on before either.
+    void reportEnded() {
+        while (goesOn && current < count) {
+            const auto at = errors.text.find(mark);
+            const auto end = at == std::string::npos ? at : errors.text.find('\n', at);
+            if (end == std::string::npos) return;
+            output.read(); // what came since
+            BlockOutcome outcome{.words = errors.text.substr(0, at)};
+            const char* number = errors.text.data() + at + mark.size();
+            std::from_chars(number, errors.text.data() + end, outcome.code);
+            errors.text.erase(0, end + 1);
+            const auto outputEnd = output.text.find(mark);
+            if (outcome.succeeded()) {
+                outcome.output = output.text.substr(0, outputEnd);
+            } else {
+                outcome.message = failureMessage(outcome.words, password);
+            }
+            if (outputEnd == std::string::npos) {
+                output.text.clear();
+                ++marksToCome;
+            } else {
+                output.text.erase(0, outputEnd + mark.size());
+            }
+            finish(std::move(outcome));
+        }
+    }
+
+    // Drops the marks of blocks that were reported before their marks had come.
+    void dropReported() {
+        while (marksToCome > 0) {
+            const auto at = output.text.find(mark);
+            if (at == std::string::npos) return;
+            output.text.erase(0, at + mark.size());
+            --marksToCome;
+        }
+    }
+
+    // Of the block that was under way when curl ended.
+    BlockOutcome broken(const ChildProcess::Exit& exit) {
+        const bool tooLong = !exit.exited && exit.code == SIGXFSZ;
+        return {
+            .code = exit.exited && exit.code != 0 ? exit.code : endedBySignal,
+            .message = tooLong ? fileTooLong : failureMessage(errors.text, password),
+            .words = errors.text};
+    }
+
+    const std::string_view password;
+    TransferControl& control;
+    const ConversationEvents& events;
+    const TransferControl::AtStop atStop;
+    const std::size_t count;
+    const std::string mark = Uuid::random().text();
+    const std::string configuration;
+    Stream output;
+    Stream errors;
+    ChildProcess curl;
+    std::size_t current = 0; // block
+    std::size_t marksToCome = 0;
+    bool goesOn = true;
+    Time::time_point looked = Time::now();
+    std::optional<Time::time_point> stopSeen;
+};
+
+} // namespace
+
+void converse(
+    const Profile& profile, std::string_view password, TransferControl& control, const TransferPlan& plan,
+    const ConversationEvents& events) {
+    control.check();
+    Talk(profile, password, control, plan, events).hold();
+}
+
+} // namespace zembrastel

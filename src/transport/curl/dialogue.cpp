@@ -1,0 +1,62 @@
+#include "transport/curl/dialogue.h"
+
+#include "transport/ftp_transport.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace zembrastel {
+
+void Dialogue::add(TransferBlock block, Ended ended, std::function<void()> begins) {
+    if (login == ServerTraits::Login::manyWithTls12 && transport.profile.transport != TransferProtocol::ftp) {
+        block.options.push_back({"tls-max", "1.2"});
+    }
+    const bool data = std::ranges::none_of(block.options, [](const auto& option) { return option.key == "head"; });
+    // This curl waits for a timer before it goes on with a protected data connection, and has no other one that is so
+    // short. The first block keeps the default: there the option is about the addresses of the server.
+    if (data && !plan.blocks.empty() && transport.profile.transport != TransferProtocol::ftp) {
+        block.options.push_back({"happy-eyeballs-timeout-ms", "20"});
+    }
+    plan.blocks.push_back(std::move(block));
+    steps.push_back({.begins = std::move(begins), .ended = std::move(ended), .data = data});
+}
+
+void Dialogue::hold(
+    std::vector<int> files, TransferControl::AtStop atStop, const std::function<void(const ChildProcess&)>& look,
+    std::optional<std::uint64_t> mostWritten) {
+    if (plan.blocks.empty()) return;
+    plan.files = std::move(files);
+    plan.atStop = atStop;
+    plan.mostWritten = mostWritten;
+    const ConversationEvents events{
+        .begins =
+            [this](std::size_t block) {
+                if (steps[block].begins) steps[block].begins();
+            },
+        .ended = [this](std::size_t block, const BlockOutcome& outcome) { return take(block, outcome); },
+        .look = look};
+    converse(transport.profile, transport.password, *transport.control, plan, events);
+}
+
+DataConnection Dialogue::connectionOf(std::size_t block) const {
+    const auto end = steps.begin() + static_cast<std::ptrdiff_t>(block);
+    const bool further =
+        steps[block].data && std::any_of(steps.begin(), end, [](const Step& step) { return step.data; });
+    if (transport.profile.transport == TransferProtocol::ftp || !further) return DataConnection::first;
+    return login == ServerTraits::Login::manyTransfers ? DataConnection::furtherTls13 : DataConnection::further;
+}
+
+bool Dialogue::take(std::size_t block, const BlockOutcome& outcome) {
+    if (!outcome.succeeded()) {
+        scope = scopeOf(outcome.code, outcome.message, connectionOf(block));
+        if (scope != FailureScope::file) {
+            broken = outcome;
+            return false;
+        }
+    }
+    progressed = true;
+    steps[block].ended(outcome);
+    return !over;
+}
+
+} // namespace zembrastel

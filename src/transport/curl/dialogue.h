@@ -1,0 +1,57 @@
+// One conversation with a server while it is put together: its blocks, and what is done with the end of each.
+//
+// Used on one thread, for one conversation.
+#pragma once
+
+#include "transport/curl/conversation.h"
+#include "transport/publish/publish_decision.h"
+#include "transport/server_traits.h"
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace zembrastel {
+
+struct FTPTransport;
+
+class Dialogue {
+public:
+    using Ended = std::function<void(const BlockOutcome& outcome)>;
+
+    // The transport is borrowed.
+    Dialogue(const FTPTransport& used, ServerTraits::Login usedLogin) : login(usedLogin), transport(used) {}
+
+    // A further block. `ended` is called unless the conversation broke off before or in it.
+    void add(TransferBlock block, Ended ended, std::function<void()> begins = {});
+
+    [[nodiscard]] bool isEmpty() const { return plan.blocks.empty(); }
+
+    // Works through the blocks by one curl. An end that is a failure of the server and not of a file is not passed on:
+    // the conversation is over then, and broken. Throws what converse() throws.
+    void hold(
+        std::vector<int> files, TransferControl::AtStop atStop, const std::function<void(const ChildProcess&)>& look,
+        std::optional<std::uint64_t> mostWritten = std::nullopt);
+
+    std::optional<BlockOutcome> broken{};    // the end that is the server's failure
+    FailureScope scope = FailureScope::file; // of it
+    bool progressed = false;                 // a block came to an end
+    bool over = false;                       // set by an `ended`: no further block is of use
+    const ServerTraits::Login login;
+
+private:
+    struct Step {
+        std::function<void()> begins;
+        Ended ended;
+        bool data; // over a data connection
+    };
+
+    [[nodiscard]] DataConnection connectionOf(std::size_t block) const;
+    bool take(std::size_t block, const BlockOutcome& outcome);
+
+    const FTPTransport& transport;
+    TransferPlan plan{};
+    std::vector<Step> steps{};
+};
+
+} // namespace zembrastel

@@ -1,0 +1,82 @@
+#include "model/error.h"
+#include "transport/ftp_transport.h"
+#include "transport/listing/listing_parsers.h"
+#include "transport/listing/remote_queries.h"
+
+#include <utility>
+
+namespace zembrastel {
+namespace {
+
+constexpr const char* noSuchFolder = "curl: (9)";
+constexpr const char* noSuchFile = "curl: (78)";
+
+// What `ask` returns; nothing when it fails with the words of curl that say that there is no such item.
+template <class Ask>
+auto unlessAbsent(const char* words, Ask ask) -> std::optional<decltype(ask())> {
+    try {
+        return ask();
+    } catch (const SyncError& error) {
+        if (std::string_view(error.what()).starts_with(words)) return std::nullopt;
+        throw;
+    }
+}
+
+} // namespace
+
+std::string childPath(std::string_view path, std::string_view name) {
+    std::string child(path);
+    if (!child.empty()) child += '/';
+    return child.append(name);
+}
+
+void checkFolderDepth(int depth) {
+    if (depth >= mostFolderLevels) throw SyncError("The remote folder is nested more than 128 levels deep.");
+}
+
+std::vector<RemoteEntry> FTPTransport::list(std::string_view path) const {
+    std::vector<RemoteEntry> entries;
+    FolderLister(*this).list(
+        {std::string(path)}, [&](std::size_t, ListedEntries listed) { entries = resultOf(std::move(listed)); });
+    return entries;
+}
+
+void FTPTransport::nameAsLocal(
+    std::string_view path, std::vector<RemoteEntry>& entries, const std::vector<LocalItem>& local) const {
+    for (const auto& [index, name] : alikeItems(entries, local)) {
+        const auto localPath = childPath(path, name);
+        const bool isSame = entries[index].directory ? listIfThere(localPath).has_value() : hasFile(localPath);
+        if (isSame) entries[index].name = name;
+    }
+}
+
+FTPTransport::FileFacts FTPTransport::facts(std::string_view path) const {
+    return readFacts(resultOf(askAboutFiles(*this, {std::string(path)}).front()), path);
+}
+
+std::optional<ServerVersion> FTPTransport::findVersion(std::string_view path) const {
+    try {
+        const auto [modified, size] = facts(path);
+        return ServerVersion{.modified = modified, .size = size};
+    } catch (const SyncError&) {
+        return std::nullopt;
+    }
+}
+
+RemoteDate FTPTransport::modificationDate(std::string_view path) const { return facts(path).modified; }
+
+std::optional<std::uint64_t> FTPTransport::size(std::string_view path) const {
+    return findContentLength(resultOf(askAboutFiles(*this, {std::string(path)}).front()));
+}
+
+std::optional<std::vector<RemoteEntry>> FTPTransport::listIfThere(std::string_view path) const {
+    return unlessAbsent(noSuchFolder, [&] { return list(path); });
+}
+
+bool FTPTransport::hasFile(std::string_view path) const {
+    return unlessAbsent(noSuchFile, [&] { return size(path); }).has_value();
+}
+
+std::size_t FTPTransport::test() const { return list("").size(); }
+
+} // namespace zembrastel

@@ -1,0 +1,74 @@
+#include "transport/publish/leftovers.h"
+
+#include "model/error.h"
+#include "model/scan.h"
+#include "platform/uuid.h"
+#include "transport/download/local_replacement.h"
+#include "transport/local_place.h"
+
+#include <filesystem>
+#include <string>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <vector>
+
+namespace zembrastel {
+namespace {
+
+constexpr std::string_view prefix = ".zembrastel-";
+
+bool hasSuffix(std::string_view path, std::string_view suffix) {
+    const std::string_view name = path.substr(path.rfind('/') + 1); // of a path without "/" the whole
+    return name.size() > prefix.size() + suffix.size() && name.starts_with(prefix) && name.ends_with(suffix)
+           && Uuid::parse(name.substr(prefix.size(), name.size() - prefix.size() - suffix.size()));
+}
+
+std::vector<std::string> leftoversIn(const Profile& profile, const TransferControl& control) {
+    std::vector<std::string> found;
+    const auto note = [&found](std::string_view path) {
+        if (isTemporaryPath(path)) found.emplace_back(path);
+    };
+    (void)scan(profile, {.checkpoint = [&control] { control.check(); }, .excluded = note});
+    return found;
+}
+
+void clear(const std::string& localFolder, const std::string& path) {
+    const auto leftover = LocalPlace::resolve(localFolder, path);
+    const auto item = leftover.attributes();
+    if (!item || !S_ISREG(item->st_mode)) return;
+    const Descriptor file = leftover.parent->openForReading(leftover.name);
+    // A download holds the lock on its file for as long as it is at it.
+    if (::flock(file.get(), LOCK_EX | LOCK_NB) != 0) return;
+    if (hasSuffix(path, copySuffix)) {
+        leftover.parent->remove(leftover.name);
+    } else {
+        moveToBackup(localFolder, *leftover.parent, leftover.name, path);
+    }
+}
+
+template <class Step>
+void attempt(const Step& step) {
+    try {
+        step();
+    } catch (const SyncError&) {
+        // The folder is not there, or a link stands on the way now.
+    } catch (const std::filesystem::filesystem_error&) {
+        // Not ours to move, or gone.
+    } catch (const Cancelled&) {
+        // The job that starts ends as well.
+    }
+}
+
+} // namespace
+
+bool isTemporaryPath(std::string_view path) { return hasSuffix(path, copySuffix) || hasSuffix(path, displacedSuffix); }
+
+void clearLeftovers(const Profile& profile, const TransferControl& control) {
+    attempt([&] {
+        for (const auto& path : leftoversIn(profile, control)) {
+            attempt([&] { clear(profile.localFolder, path); });
+        }
+    });
+}
+
+} // namespace zembrastel

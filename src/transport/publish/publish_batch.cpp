@@ -1,0 +1,400 @@
+#include "transport/publish/publish_batch.h"
+
+#include "model/error.h"
+#include "platform/child_process.h"
+#include "platform/text.h"
+#include "transport/curl/remote_url.h"
+#include "transport/ftp_transport.h"
+#include "transport/local_place.h"
+#include "transport/publish/interrupted_upload.h"
+#include "transport/publish/server_leftovers.h"
+#include "transport/publish/staged_copy.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace zembrastel {
+namespace {
+
+using Time = std::chrono::steady_clock;
+
+constexpr int tlsFailed = 35;
+constexpr int timedOut = 28;
+constexpr int uploadRefused = 25;
+constexpr int partialFile = 18;
+constexpr int noSuchFolder = 9;
+
+// Of sends and of renames of one file, before it counts as failed.
+constexpr int mostAttempts = 3;
+
+std::string incompleteMessage(const Item& item) {
+    const auto& path = item.file.path;
+    if (!item.copy.size) {
+        return "The server confirmed the upload of " + path
+               + ", but does not have it. The live file was not replaced; the upload will be retried.";
+    }
+    return "The server stored " + std::to_string(*item.copy.size) + " bytes of " + path + ", which has "
+           + std::to_string(item.expected()) + ". The live file was not replaced; the upload will be retried.";
+}
+
+} // namespace
+
+Batch::Batch(const FTPTransport& used, std::span<const FileToPublish> files, const PublishEvents& called)
+    : transport(used), traits(*used.traits), events(called), inquiry(used) {
+    items.reserve(files.size());
+    for (const auto& file : files) items.push_back({.file = file});
+}
+
+Batch::~Batch() {
+    for (auto& item : items) {
+        const bool begun =
+            item.stage == Stage::interrupted || (item.stage == Stage::toSend && item.confirmed > 0) || &item == sending;
+        if (item.perhapsOnServer && begun && mayContinue(item)) {
+            traits.keep(
+                transport.profile, item.file.path,
+                {.version = item.file.fingerprint,
+                 .file = {.folder = item.folder, .name = item.temporary},
+                 .confirmed = item.confirmed,
+                 .most = item.expected()});
+        } else {
+            abandon(item);
+        }
+    }
+}
+
+Batch::End Batch::run(bool othersWait) {
+    const auto began = Time::now();
+    if (!std::exchange(staged, true)) {
+        for (auto& item : items) stage(item);
+    }
+    while (goesOn && std::ranges::any_of(items, &Item::isOpen)) {
+        sendAndAsk();
+        decide();
+        if (goesOn) putInPlace();
+        transport.control->check();
+        const bool hadItsTurn = items.size() == 1 && items.front().stage == Stage::toSend && items.front().confirmed > 0
+                                && Time::now() - began >= Time::duration(transport.limits.run) / 4;
+        if (goesOn && othersWait && hadItsTurn) return End::paused;
+    }
+    return goesOn ? End::complete : End::serverFailed;
+}
+
+Items Batch::all(std::initializer_list<Stage> stages) {
+    Items found;
+    for (auto& item : items) {
+        if (std::ranges::find(stages, item.stage) != stages.end()) found.push_back(&item);
+    }
+    return found;
+}
+
+void Batch::stage(Item& item) {
+    transport.control->check();
+    try {
+        const auto pieces = splitNonEmpty(item.file.path, '/');
+        if (pieces.empty() || !validName(pieces.back())) throw SyncError("Invalid filename.");
+        item.name = pieces.back();
+        item.folder = join({pieces.begin(), pieces.end() - 1}, '/');
+        item.number = stagedCopies.size();
+        const std::string copy = "upload" + (item.number == 0 ? "" : std::to_string(item.number));
+        stagedCopies.push_back(stageCopy(
+            transport.profile.localFolder, item.file.path, item.file.fingerprint, staging, copy, *transport.control));
+        takeBeginning(item);
+    } catch (const Cancelled&) {
+        throw;
+    } catch (const std::exception& error) {
+        fail(item, describe(error));
+    }
+}
+
+// Of an earlier batch that did not get further.
+void Batch::takeBeginning(Item& item) {
+    const auto beginning = traits.continues(transport.profile, item.file.path, item.file.fingerprint);
+    if (!beginning) return;
+    item.temporary = beginning->file.name;
+    item.perhapsOnServer = true;
+    item.confirmed = beginning->confirmed;
+    item.part = beginning->most - beginning->confirmed;
+    item.stage = Stage::interrupted;
+}
+
+// What an earlier conversation left open comes first and alone, so that it is not lost should the next one fail.
+void Batch::sendAndAsk() {
+    auto chosen = all({Stage::sent, Stage::renaming});
+    if (chosen.empty()) {
+        const auto interrupted = all({Stage::interrupted});
+        if (!interrupted.empty()) {
+            continueInterrupted(*interrupted.front());
+            return;
+        }
+    }
+    Dialogue dialogue(transport, traits.login());
+    addRemovals(dialogue, transport);
+    if (chosen.empty()) {
+        planned = all({Stage::toSend});
+        if (planned.empty()) return;
+        if (traits.login() == ServerTraits::Login::oneTransfer) planned.resize(1);
+        for (auto* item : planned) send(dialogue, *item);
+        std::erase_if(planned, [](const Item* item) { return !item->isOpen(); });
+        std::vector<ServerTraits::Leftover> temporary;
+        for (const auto* item : planned) {
+            if (item->confirmed == 0) temporary.push_back({.folder = item->folder, .name = item->temporary});
+        }
+        traits.announce(transport.profile, temporary);
+        chosen = planned;
+    }
+    inquiry.ask(dialogue, chosen);
+    hold(dialogue, TransferControl::AtStop::ends);
+    if (dialogue.broken) breakDown(dialogue);
+    planned.clear();
+}
+
+bool Batch::goesInParts(const Item& item) const {
+    return item.confirmed > 0 || (traits.appends() && item.size() > transport.limits.largestPart);
+}
+
+// A folder that is there can be entered by one command instead of level by level.
+bool Batch::isFolderThere(const Item& item) const {
+    if (item.levelByLevel) return false;
+    if (item.confirmed > 0 || std::holds_alternative<ServerVersion>(item.lastSeen)) return true;
+    return std::ranges::any_of(planned, [&](const Item* each) { return each < &item && each->folder == item.folder; });
+}
+
+void Batch::send(Dialogue& dialogue, Item& item) {
+    const UploadLimits& limits = transport.limits;
+    if (item.confirmed == 0) {
+        abandon(item);
+        item.temporary = temporaryName();
+    }
+    item.answers = {};
+    std::size_t file = item.number;
+    if (goesInParts(item)) {
+        try {
+            item.part = std::min(item.size() - item.confirmed, nextPart(limits, item.part, item.partTook));
+            stagedPart = stagePart(copyOf(item), item.confirmed, item.part, staging, "part");
+        } catch (const std::exception& error) {
+            fail(item, describe(error));
+            return;
+        }
+        file = stagedCopies.size();
+    } else {
+        item.part = item.size();
+    }
+    item.perhapsOnServer = true; // even if the conversation breaks off: curl is ahead of what was seen of it
+    TransferBlock block{
+        .path = childPath(item.folder, item.temporary),
+        .options = {{"ftp-create-dirs"}, {"upload-file", ChildProcess::filePathOf(file)}}};
+    if (isFolderThere(item)) block.options.push_back({"ftp-method", "singlecwd"});
+    if (item.confirmed > 0) block.options.push_back({"append"});
+    if (limits.run != UploadLimits().run) block.options.push_back({"max-time", std::to_string(limits.run.count())});
+    dialogue.add(
+        std::move(block), [this, &item](const BlockOutcome& outcome) { sendingEnds(item, outcome); },
+        [this, &item] { sendingBegins(item); });
+}
+
+void Batch::sendingBegins(Item& item) {
+    sending = &item;
+    item.partBegan = Time::now();
+    if (item.confirmed == 0) ++item.sends;
+    if (transport.observer != nullptr) {
+        transport.observer->fileBegins(item.file.path, item.size());
+        if (item.confirmed > 0) transport.observer->fileMoved(item.confirmed);
+    }
+    if (events.sending) events.sending(item.file);
+}
+
+void Batch::sendingEnds(Item& item, const BlockOutcome& outcome) {
+    sending = nullptr;
+    if (outcome.succeeded()) {
+        item.partTook = Time::now() - item.partBegan;
+        item.stage = Stage::sent;
+        if (transport.observer != nullptr) transport.observer->fileMoved(item.confirmed + item.part);
+    } else if (outcome.code == noSuchFolder && isFolderThere(item)) {
+        item.levelByLevel = true;
+        --item.sends;
+    } else if (outcome.code == uploadRefused && item.confirmed > 0) {
+        traits.refusedToAppend();
+        beginAnew(item);
+    } else if (outcome.code != partialFile || !mayContinue(item) || !interrupt(item, outcome.message)) {
+        fail(item, outcome.message);
+    }
+}
+
+void Batch::beginAnew(Item& item) {
+    abandon(item);
+    item.confirmed = item.part = 0;
+    item.partTook = {};
+    item.stage = Stage::toSend;
+}
+
+// False when that was once too often.
+bool Batch::interrupt(Item& item, const std::string& message) {
+    item.stage = Stage::interrupted;
+    item.problem = message;
+    item.partTook = Time::now() - item.partBegan;
+    return ++item.breaks < mostAttempts;
+}
+
+bool Batch::mayContinue(const Item& item) const {
+    return traits.appends() && item.size() >= transport.limits.worthContinuing;
+}
+
+void Batch::continueInterrupted(Item& item) {
+    InterruptedUpload upload(transport, item, copyOf(item), staging);
+    const auto confirmed = upload.confirm();
+    if (upload.broken) {
+        breakDown(*upload.broken);
+        return;
+    }
+    barren = 0;
+    if (!confirmed || *confirmed == 0) {
+        beginAnew(item);
+        if (item.sends >= mostAttempts) giveUp(item, item.problem);
+        return;
+    }
+    const std::uint64_t gained = *confirmed - item.confirmed;
+    if (gained > 0) item.breaks = 0;
+    item.confirmed = *confirmed;
+    item.part = gained;
+    item.stage = Stage::toSend;
+    if (item.confirmed == item.size()) {
+        item.part = 0;
+        item.answers = {};
+        item.stage = Stage::sent;
+    }
+}
+
+void Batch::decide() {
+    for (auto* item : all({Stage::sent, Stage::renaming})) {
+        if (!goesOn || !inquiry.isAnswered(*item)) continue;
+        combine(*item);
+        if (isLive(*item)) {
+            finish(*item, item->live);
+        } else {
+            act(*item, verdict(item->expected(), item->copy, item->lastSeen, item->live));
+        }
+    }
+}
+
+void Batch::act(Item& item, Verdict found) {
+    switch (found) {
+    case Verdict::publishUnconfirmed:
+        traits.confirmsNoSizes();
+        if (item.isPart()) {
+            traits.refusedToAppend(); // nothing can be appended to a copy of unknown size
+            beginAnew(item);
+            return;
+        }
+        if (traits.firstUnconfirmed() && events.sizesUnconfirmed) events.sizesUnconfirmed();
+        [[fallthrough]];
+    case Verdict::publish:
+        // The listing alone has it.
+        if (item.by(Way::single).isWhole() && !item.by(Way::single).copy->size) traits.confirmsNoSizes();
+        if (item.isPart()) {
+            item.confirmed = item.expected();
+            item.breaks = 0;
+            item.stage = Stage::toSend;
+        } else {
+            item.stage = Stage::complete;
+        }
+        return;
+    case Verdict::sendAgain:
+        if (mayContinue(item) && item.copy.size && *item.copy.size < item.expected()) {
+            if (!interrupt(item, incompleteMessage(item))) giveUp(item, item.problem);
+        } else {
+            sendAgain(item, incompleteMessage(item));
+        }
+        return;
+    case Verdict::keepLive:
+        item.stage = Stage::done;
+        if (events.notReplaced) events.notReplaced(item.file, versionOf(item.live));
+        return;
+    }
+}
+
+void Batch::sendAgain(Item& item, const std::string& message) {
+    if (item.sends >= mostAttempts) {
+        fail(item, message);
+    } else {
+        beginAnew(item);
+    }
+}
+
+void Batch::finish(Item& item, const RemoteFacts& facts) {
+    item.stage = Stage::done;
+    item.perhapsOnServer = false;
+    traits.isGone(transport.profile, {.folder = item.folder, .name = item.temporary});
+    if (events.published) events.published({.file = item.file, .version = versionOf(facts)});
+}
+
+void Batch::fail(Item& item, const std::string& message, PublishFailure::Kind kind) {
+    item.stage = Stage::done;
+    if (events.failed) events.failed(item.file, {.kind = kind, .message = message});
+}
+
+void Batch::giveUp(Item& item, const std::string& message) {
+    const auto reached = item.stage;
+    goesOn = false;
+    fail(item, message, PublishFailure::Kind::server);
+    if (reached == Stage::interrupted) item.stage = reached; // to be continued in a later batch
+}
+
+// Notes the temporary file for removal.
+void Batch::abandon(Item& item) {
+    if (!item.perhapsOnServer) return;
+    item.perhapsOnServer = false;
+    traits.leave(transport.profile, {.folder = item.folder, .name = item.temporary});
+}
+
+void Batch::hold(Dialogue& dialogue, TransferControl::AtStop atStop) {
+    std::vector<int> files;
+    for (const auto& copy : stagedCopies) files.push_back(copy.get());
+    if (stagedPart) files.push_back(stagedPart.get());
+    std::function<void(const ChildProcess&)> looking;
+    if (transport.observer != nullptr) looking = [this](const ChildProcess& curl) { look(curl); };
+    dialogue.hold(std::move(files), atStop, looking);
+}
+
+void Batch::look(const ChildProcess& curl) const {
+    if (sending == nullptr) return;
+    const std::size_t file = goesInParts(*sending) ? stagedCopies.size() : sending->number;
+    if (const auto bytes = curl.filePosition(file)) transport.observer->fileMoved(sending->confirmed + *bytes);
+}
+
+// Ends the work unless another conversation may get further.
+void Batch::breakDown(const Dialogue& dialogue) {
+    auto* item = std::exchange(sending, nullptr);
+    const BlockOutcome& broken = *dialogue.broken;
+    if (!dialogue.progressed && isBeforeLogin(broken.code)) {
+        for (auto* each : planned) {
+            if (each->confirmed > 0) continue;
+            each->perhapsOnServer = false;
+            traits.isGone(transport.profile, {.folder = each->folder, .name = each->temporary});
+        }
+    }
+    const bool tlsTooOld = dialogue.login == ServerTraits::Login::manyWithTls12 && broken.code == tlsFailed;
+    if (dialogue.scope == FailureScope::furtherData || tlsTooOld) {
+        if (item != nullptr && item->confirmed == 0) --item->sends; // it is not the file
+        if (traits.wasRefused(dialogue.login)) return;
+    }
+    if (item != nullptr && mayContinue(*item) && interrupt(*item, broken.message)) {
+        barren = 0;
+        return;
+    }
+    // A file that a whole run is not enough for holds up no others.
+    if (item != nullptr && broken.code == timedOut && Time::now() - item->partBegan >= transport.limits.run) {
+        fail(*item, broken.message + (traits.appends() ? "" : " This server does not let an upload be continued."));
+        return;
+    }
+    if (item == nullptr) {
+        const auto open = std::ranges::find_if(items, &Item::isOpen);
+        if (open == items.end()) return;
+        item = &*open;
+    }
+    barren = dialogue.progressed ? 0 : barren + 1;
+    // What was sent already is worth a second try.
+    const bool worthATry = barren == 0 || (barren == 1 && planned.empty() && !isBeforeLogin(broken.code));
+    if (worthATry && std::max({item->sends, item->renames, item->breaks}) < mostAttempts) return;
+    giveUp(*item, broken.message);
+}
+
+} // namespace zembrastel

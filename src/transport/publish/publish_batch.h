@@ -1,0 +1,97 @@
+// Files that are published together: sent one after another, verified, and put in place within milliseconds.
+//
+// Identity; lives for one publication, and is used on its thread. It borrows the files, the transport and the events.
+#pragma once
+
+#include "platform/private_folder.h"
+#include "transport/curl/dialogue.h"
+#include "transport/publish/publish_inquiry.h"
+#include "transport/publish/publish_item.h"
+#include "transport/publish/publishing.h"
+
+#include <chrono>
+#include <functional>
+#include <initializer_list>
+#include <optional>
+#include <set>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace zembrastel {
+
+class ChildProcess;
+
+class Batch {
+public:
+    Batch(const FTPTransport& used, std::span<const FileToPublish> files, const PublishEvents& called);
+    Batch(const Batch&) = delete;
+    Batch& operator=(const Batch&) = delete;
+    // Notes what may have stayed on the server: to be continued in a later batch, or to be removed.
+    ~Batch();
+
+    enum class End {
+        complete,     // each file has come to an end of its own
+        paused,       // a large file has had its turn: call again
+        serverFailed, // which one file was told
+    };
+
+    // Works until the end, or with `othersWait` until a file that goes in parts has had its turn. Throws Cancelled and
+    // what the events throw.
+    [[nodiscard]] End run(bool othersWait);
+
+private:
+    using Stage = Item::Stage;
+
+    [[nodiscard]] Items all(std::initializer_list<Stage> stages);
+
+    void stage(Item& item);
+    void takeBeginning(Item& item);
+    void sendAndAsk();
+    void beginAnew(Item& item);
+    void send(Dialogue& dialogue, Item& item);
+    [[nodiscard]] bool goesInParts(const Item& item) const;
+    void sendingBegins(Item& item);
+    void sendingEnds(Item& item, const BlockOutcome& outcome);
+    [[nodiscard]] bool isFolderThere(const Item& item) const;
+    [[nodiscard]] int copyOf(const Item& item) const { return stagedCopies.at(item.number).get(); }
+    void continueInterrupted(Item& item);
+    void decide();
+    void act(Item& item, Verdict found);
+    void continueWithNextPart(Item& item);
+    void sendAgain(Item& item, const std::string& message);
+
+    void putInPlace();
+    [[nodiscard]] bool isOutdated(const Items& chosen);
+    void rename(Dialogue& dialogue, const std::string& folder, const Items& within);
+    [[nodiscard]] std::vector<TransferOption> renamingOf(const Item& item) const;
+    void settle(Item& item);
+
+    void finish(Item& item, const RemoteFacts& facts);
+    void fail(Item& item, const std::string& message, PublishFailure::Kind kind = PublishFailure::Kind::file);
+    void giveUp(Item& item, const std::string& message);
+    void abandon(Item& item);
+    void hold(Dialogue& dialogue, TransferControl::AtStop atStop);
+    void look(const ChildProcess& curl) const;
+    void breakDown(const Dialogue& dialogue);
+    [[nodiscard]] bool mayContinue(const Item& item) const;
+    [[nodiscard]] bool interrupt(Item& item, const std::string& message);
+
+    const FTPTransport& transport;
+    ServerTraits& traits;
+    const PublishEvents& events;
+    const PrivateFolder staging;
+    std::vector<Descriptor> stagedCopies;
+    Descriptor stagedPart; // of the file that goes in parts; after the others among the files handed to curl
+    std::vector<Item> items;
+    Items planned;           // to be sent in the conversation under way
+    Item* sending = nullptr; // now
+    Inquiry inquiry;
+    std::set<std::string> oneByOne; // folders in which a renaming was refused
+    int timesOutdated = 0;
+    int barren = 0; // conversations in which nothing was learnt, since one in which something was
+    bool staged = false;
+    bool goesOn = true;
+};
+
+} // namespace zembrastel

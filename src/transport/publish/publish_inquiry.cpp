@@ -1,0 +1,174 @@
+#include "transport/publish/publish_inquiry.h"
+
+#include "transport/ftp_transport.h"
+#include "transport/publish/server_answers.h"
+
+#include <algorithm>
+#include <ctime>
+#include <iterator>
+#include <utility>
+
+namespace zembrastel {
+namespace {
+
+using Presence = RemoteFacts::Presence;
+using Mlst = ServerTraits::Mlst;
+
+// A listing takes as many round trips as so many commands.
+constexpr std::size_t roundTripsOfListing = 6;
+
+TransferBlock listingOf(const std::string& folder) {
+    return {.path = folder, .directory = true, .options = {{"request", "MLSD"}, {"ftp-method", "singlecwd"}}};
+}
+
+std::vector<std::string> commandsAbout(const std::string& name, Mlst mlst) {
+    std::vector<std::string> commands;
+    if (mlst != Mlst::missing) commands.push_back("MLST " + name);
+    if (mlst != Mlst::works) commands.insert(commands.end(), {"MDTM " + name, "SIZE " + name});
+    return commands;
+}
+
+// What the replies to these commands say, of which the first has this number; and whether the server knows MLST.
+RemoteFacts readFacts(const Replies& replies, std::size_t number, Mlst asked, ServerTraits& traits) {
+    if (asked == Mlst::missing) return replies.datesAndSizes(number);
+    const auto facts = replies.facts(number);
+    if (asked == Mlst::works) return facts;
+    const bool useful = facts.presence == Presence::present && facts.size && facts.modified;
+    if (useful) traits.learnMlst(Mlst::works);
+    if (facts.presence == Presence::absent || useful) return facts;
+    if (facts.presence == Presence::present || replies.isUnknownCommand(number)) traits.learnMlst(Mlst::missing);
+    return replies.datesAndSizes(number + 1);
+}
+
+} // namespace
+
+std::chrono::nanoseconds sinceBoot() {
+    timespec now{};
+    ::clock_gettime(CLOCK_BOOTTIME, &now);
+    return std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec);
+}
+
+Inquiry::Inquiry(const FTPTransport& used) : transport(used), traits(*used.traits) {}
+
+void Inquiry::ask(Dialogue& dialogue, const Items& items) {
+    const auto folders = byFolder(items);
+    for (const auto& [folder, within] : folders) {
+        auto questions = questionsOf(within, false);
+        // The live files come last, so that these answers are as fresh as can be when the renames follow.
+        if (folders.size() == 1) std::ranges::move(questionsOf(within, true), std::back_inserter(questions));
+        askSingly(dialogue, folder, questions);
+    }
+    for (const auto& [folder, within] : folders) {
+        if (folders.size() > 1) askSingly(dialogue, folder, questionsOf(within, true));
+        Items listed;
+        std::ranges::copy_if(within, std::back_inserter(listed), [&](Item* item) {
+            return nextWay(*item, 2 * within.size()) == Way::listing;
+        });
+        if (!listed.empty()) askByListing(dialogue, folder, listed);
+    }
+}
+
+// About those files of one folder that are to be asked about on their own: their copies, or the live ones.
+std::vector<Inquiry::Question> Inquiry::questionsOf(const Items& within, bool live) {
+    std::vector<Question> questions;
+    for (auto* item : within) {
+        if (nextWay(*item, 2 * within.size()) != Way::single) continue;
+        auto& answer = item->by(Way::single);
+        if (live) {
+            questions.push_back({item->name, [this, &answer](const RemoteFacts& facts) {
+                                     answer.live = facts;
+                                     answered = sinceBoot();
+                                 }});
+        } else if (!answer.copy) {
+            questions.push_back({item->temporary, [&answer](const RemoteFacts& facts) { answer.copy = facts; }});
+        }
+    }
+    return questions;
+}
+
+void Inquiry::askAfter(Dialogue& dialogue, const Items& renamed) {
+    for (const auto& [folder, within] : byFolder(renamed)) {
+        if (firstWay(within.size()) == Way::listing) {
+            dialogue.add(listingOf(folder), [within](const BlockOutcome& outcome) {
+                const Listing listing(outcome);
+                for (auto* item : within) item->after = listing.find(item->name);
+            });
+            continue;
+        }
+        std::vector<Question> questions;
+        for (auto* item : within) {
+            questions.push_back({item->name, [item](const RemoteFacts& facts) { item->after = facts; }});
+        }
+        askSingly(dialogue, folder, questions);
+    }
+}
+
+bool Inquiry::isAnswered(Item& item) const {
+    return (item.by(Way::single).isWhole() || item.by(Way::listing).isWhole()) && !nextWay(item, 2);
+}
+
+bool Inquiry::mayList() const { return traits.hasMLSD() && traits.login() != ServerTraits::Login::oneTransfer; }
+
+Way Inquiry::firstWay(std::size_t questions) const {
+    const std::size_t roundTrips = traits.mlst() == Mlst::missing ? 2 * questions : questions;
+    return mayList() && (roundTrips >= roundTripsOfListing || !traits.confirmsSizes()) ? Way::listing : Way::single;
+}
+
+// How the server is to be asked about the item next; nullopt when its answers are enough.
+std::optional<Way> Inquiry::nextWay(Item& item, std::size_t questions) const {
+    const bool single = item.by(Way::single).isWhole();
+    const bool listing = item.by(Way::listing).isWhole();
+    if (!single && !listing) return firstWay(questions);
+    if (single && (listing || !mayList())) return std::nullopt;
+    combine(item);
+    // That a listing lacks a file which was there is no proof: it may have been cut.
+    const bool proven =
+        single || item.live.presence == Presence::present
+        || (item.live.presence == Presence::absent && !std::holds_alternative<ServerVersion>(item.lastSeen));
+    const bool certain =
+        proven && item.live.presence != Presence::unknown
+        && (isLive(item) || verdict(item.expected(), item.copy, item.lastSeen, item.live) == Verdict::publish);
+    if (certain) return std::nullopt;
+    return single ? Way::listing : Way::single;
+}
+
+// By commands of its own, which take half of the round trips of curl's "head".
+void Inquiry::askSingly(Dialogue& dialogue, const std::string& folder, const std::vector<Question>& questions) {
+    if (questions.empty()) return;
+    const Mlst mlst = traits.mlst();
+    std::vector<std::string> commands;
+    if (mlst != Mlst::works) commands.emplace_back("TYPE I"); // some servers give no sizes of texts
+    const std::size_t before = commands.size();
+    for (const auto& question : questions) {
+        for (auto& command : commandsAbout(question.name, mlst)) commands.push_back(std::move(command));
+    }
+    const std::size_t count = commands.size() - before;
+    dialogue.add(commandsIn(folder, commands), [this, questions, mlst, count](const BlockOutcome& outcome) {
+        const Replies replies(outcome, count);
+        const std::size_t each = count / questions.size();
+        for (std::size_t i = 0; i < questions.size(); ++i) {
+            questions[i].take(readFacts(replies, each * i, mlst, traits));
+        }
+    });
+}
+
+void Inquiry::askByListing(Dialogue& dialogue, const std::string& folder, const Items& listed) {
+    dialogue.add(listingOf(folder), [this, listed](const BlockOutcome& outcome) {
+        const Listing found(outcome);
+        answered = sinceBoot();
+        if (!found.isReadable() && !found.isCut()) {
+            traits.lacksMLSD();
+            traits.learnFromFailedMLSD(outcome.message);
+        }
+        for (auto* item : listed) {
+            const auto copy = found.find(item->temporary);
+            item->by(Way::listing) = {.copy = copy, .live = found.find(item->name)};
+            // A listing without the copy that was just sent may leave out other files, too.
+            if (item->stage == Item::Stage::sent && copy.presence == Presence::absent) {
+                item->by(Way::listing).live = RemoteFacts{};
+            }
+        }
+    });
+}
+
+} // namespace zembrastel

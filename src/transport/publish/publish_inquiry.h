@@ -1,0 +1,54 @@
+// Asks a server what it has of files that were sent, and of the live files that they are to replace.
+//
+// Borrows the transport; used on one thread.
+#pragma once
+
+#include "transport/curl/dialogue.h"
+#include "transport/publish/publish_item.h"
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace zembrastel {
+
+// Goes on while the machine is suspended.
+[[nodiscard]] std::chrono::nanoseconds sinceBoot();
+
+class Inquiry {
+public:
+    explicit Inquiry(const FTPTransport& used);
+
+    // Adds blocks that ask about copies and live files; the answers are in the items when the conversation was held.
+    // Several files of one folder are asked about by a listing.
+    void ask(Dialogue& dialogue, const Items& items);
+
+    // The same about live files alone, after their renaming: the answers are in Item::after.
+    void askAfter(Dialogue& dialogue, const Items& renamed);
+
+    // Was the item asked about, and are its answers enough for a decision? Else it is to be asked about once more.
+    [[nodiscard]] bool isAnswered(Item& item) const;
+
+    // When the server last reported what is live.
+    std::chrono::nanoseconds answered{};
+
+private:
+    struct Question {
+        std::string name;
+        std::function<void(const RemoteFacts& facts)> take;
+    };
+
+    [[nodiscard]] bool mayList() const;
+    [[nodiscard]] Way firstWay(std::size_t questions) const;
+    [[nodiscard]] std::optional<Way> nextWay(Item& item, std::size_t questions) const;
+    [[nodiscard]] std::vector<Question> questionsOf(const Items& within, bool live);
+    void askSingly(Dialogue& dialogue, const std::string& folder, const std::vector<Question>& questions);
+    void askByListing(Dialogue& dialogue, const std::string& folder, const Items& listed);
+
+    const FTPTransport& transport;
+    ServerTraits& traits;
+};
+
+} // namespace zembrastel

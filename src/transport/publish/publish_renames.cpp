@@ -1,0 +1,112 @@
+#include "model/error.h"
+#include "transport/ftp_transport.h"
+#include "transport/publish/publish_batch.h"
+#include "transport/publish/server_answers.h"
+
+#include <array>
+#include <utility>
+
+namespace zembrastel {
+namespace {
+
+// From the answer about the live files to the renames. A machine that is always slower goes on after some times.
+constexpr std::chrono::milliseconds longestTrust{700};
+constexpr int mostTimesOutdated = 3;
+
+std::string octal(unsigned mode) {
+    std::string digits;
+    for (const unsigned shift : {6U, 3U, 0U}) digits += static_cast<char>('0' + ((mode >> shift) & 7U));
+    return digits;
+}
+
+} // namespace
+
+void Batch::putInPlace() {
+    const auto chosen = all({Stage::complete});
+    if (chosen.empty()) return;
+    if (events.goingLive) {
+        std::vector<CompleteCopy> copies;
+        for (const auto* item : chosen) copies.push_back({.file = item->file, .version = versionOf(item->copy)});
+        events.goingLive(copies);
+    }
+    if (isOutdated(chosen)) return;
+    Dialogue dialogue(transport, traits.login());
+    for (const auto& [folder, within] : byFolder(chosen)) {
+        if (oneByOne.contains(folder)) {
+            for (auto* item : within) rename(dialogue, folder, {item});
+        } else {
+            rename(dialogue, folder, within);
+        }
+    }
+    inquiry.askAfter(dialogue, chosen); // servers have confirmed renamings that they had not done
+    hold(dialogue, TransferControl::AtStop::lastsOut);
+    for (auto* item : all({Stage::renamed})) settle(*item);
+    if (dialogue.broken) breakDown(dialogue);
+}
+
+// No live file is replaced on the strength of an old answer: the machine may have been suspended since, or its disk
+// slow with what `goingLive` writes. Then the server is asked again.
+bool Batch::isOutdated(const Items& chosen) {
+    if (sinceBoot() - inquiry.answered <= longestTrust || timesOutdated++ == mostTimesOutdated) return false;
+    for (auto* item : chosen) {
+        for (auto& answer : item->answers) answer.live.reset();
+        item->stage = Stage::sent;
+    }
+    return true;
+}
+
+std::vector<TransferOption> Batch::renamingOf(const Item& item) const {
+    std::vector<TransferOption> commands;
+    const auto mode = traits.changesModes() ? modeToKeep(item) : std::nullopt;
+    if (mode) commands.push_back({"quote", "-*SITE CHMOD " + octal(*mode) + " " + item.temporary});
+    commands.push_back({"quote", "-RNFR " + item.temporary});
+    commands.push_back({"quote", "-RNTO " + item.name});
+    return commands;
+}
+
+// In one block, which ends with the first command that is refused. What became of its files is then asked, and the
+// others are renamed one by one.
+void Batch::rename(Dialogue& dialogue, const std::string& folder, const Items& within) {
+    TransferBlock block{.path = folder, .directory = true, .options = {{"head"}, {"ftp-method", "singlecwd"}}};
+    for (auto* item : within) {
+        item->stage = Stage::renaming;
+        item->copyBefore = item->copy;
+        item->liveBefore = item->live;
+        item->answers = {};
+        item->after = {};
+        for (auto& command : renamingOf(*item)) block.options.push_back(std::move(command));
+    }
+    dialogue.add(
+        std::move(block),
+        [this, folder, within](const BlockOutcome& outcome) {
+            if (outcome.succeeded()) {
+                for (auto* item : within) item->stage = Stage::renamed;
+            } else if (within.size() == 1) {
+                fail(*within.front(), outcome.message);
+            } else {
+                oneByOne.insert(folder);
+            }
+        },
+        [within] {
+            for (auto* item : within) ++item->renames;
+        });
+}
+
+void Batch::settle(Item& item) {
+    const auto wanted = modeToKeep(item);
+    if (wanted && item.after.mode && *item.after.mode != *wanted) traits.refusedToChangeModes();
+    // A server that did not show the copy is not to be believed about what became of it.
+    const bool shown = item.copyBefore.presence == RemoteFacts::Presence::present;
+    if (!shown || wentLive(item.size(), item.copyBefore, item.liveBefore, item.after)) {
+        finish(item, item.after.modified ? item.after : item.copyBefore);
+        return;
+    }
+    // The server altered what it renamed: that is no edit of another user.
+    const auto version = versionOf(item.after);
+    if (version && item.after.modified == item.copyBefore.modified) item.lastSeen = *version;
+    sendAgain(
+        item, "The server confirmed the renaming of the uploaded " + item.file.path
+                  + ", but has another file in its place, or none. The upload will be retried.");
+}
+
+} // namespace zembrastel

@@ -1,0 +1,36 @@
+#include "transport/publish/publishing.h"
+
+#include "transport/ftp_transport.h"
+#include "transport/publish/publish_batch.h"
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <span>
+
+namespace zembrastel {
+
+bool publish(const FTPTransport& transport, const std::vector<FileToPublish>& files, const PublishEvents& events) {
+    std::vector<std::uint64_t> sizes;
+    sizes.reserve(files.size());
+    for (const auto& file : files) sizes.push_back(static_cast<std::uint64_t>(file.fingerprint.size));
+    std::deque<std::unique_ptr<Batch>> paused; // with one large file each, which take turns
+    for (std::size_t begun = 0; begun < files.size();) {
+        const auto length = batchLength(std::span(sizes).subspan(begun));
+        auto batch = std::make_unique<Batch>(transport, std::span(files).subspan(begun, length), events);
+        begun += length;
+        const auto end = batch->run(begun < files.size() || !paused.empty());
+        if (end == Batch::End::serverFailed) return false;
+        if (end == Batch::End::paused) paused.push_back(std::move(batch));
+    }
+    while (!paused.empty()) {
+        auto batch = std::move(paused.front());
+        paused.pop_front();
+        const auto end = batch->run(!paused.empty());
+        if (end == Batch::End::serverFailed) return false;
+        if (end == Batch::End::paused) paused.push_back(std::move(batch));
+    }
+    return true;
+}
+
+} // namespace zembrastel

@@ -1,0 +1,64 @@
+// The sheet with the kept versions of replaced files: how much space they take, and opening and restoring one.
+//
+// Main thread; show it with open(). What touches the disk runs in the background; closing the sheet ends it. Nothing
+// here removes a backup. Whoever made the sheet deletes it.
+#pragma once
+
+#include "app/backups_model.h"
+#include "app/context/main_context.h"
+#include "model/profile.h"
+#include "ui/backups/backup_rows.h"
+#include "ui/widgets/message_strip.h"
+#include "ui/widgets/push_button.h"
+
+#include <QDialog>
+#include <QLabel>
+
+#include <optional>
+
+namespace zembrastel::ui {
+
+class BackupView;
+
+// "No versions", or "2 files, 3 versions, 1.2 MB".
+[[nodiscard]] QString backupsSummary(const BackupTotals& totals);
+
+class BackupsSheet : public QDialog {
+    Q_OBJECT
+
+public:
+    // Lists at once. The context must outlive the sheet.
+    BackupsSheet(MainContext& mainContext, Profile shown, QWidget* parent = nullptr);
+
+    // Lists again; what was chosen stays chosen as long as it is there.
+    void refresh();
+
+Q_SIGNALS:
+    // The list shows what there is.
+    void listed();
+
+private:
+    [[nodiscard]] QLayout* makeHead();
+    [[nodiscard]] QLayout* makeTools();
+    [[nodiscard]] QWidget* makeFoot();
+    void addMessage();
+    void show(const BackupResult<std::vector<Backup>>& result);
+    void choose(const std::optional<Backup>& wanted);
+    [[nodiscard]] std::optional<Backup> chosen() const;
+    void enableButtons();
+    void openChosen();
+    void askToRestore();
+    void restore(const Backup& backup);
+
+    const Profile profile;
+    BackupsModel backups;
+    BackupRows* rows = nullptr;
+    BackupView* list = nullptr;
+    QLabel* summary = nullptr;
+    PushButton* openButton = nullptr;
+    PushButton* restoreButton = nullptr;
+    MessageStrip* message = nullptr;
+    bool restoring = false;
+};
+
+} // namespace zembrastel::ui

@@ -1,0 +1,146 @@
+#include "ui/content_picker/content_row.h"
+
+#include "ui/theme/theme.h"
+
+#include <QStyle>
+
+#include <algorithm>
+
+namespace zembrastel::ui {
+namespace {
+
+constexpr int indent = 24;
+constexpr int endMargin = 6; // room to the scroll bar
+constexpr int gap = 12;
+constexpr int chevronSide = 16;
+constexpr int tickSide = 18;
+constexpr int kindSide = 18;
+constexpr int messageSide = 16;
+
+// From the left edge of a line that is not indented.
+constexpr int chevronLeft = 6;
+constexpr int tickLeft = 30;
+constexpr int kindLeft = 58;
+constexpr int nameLeft = 84;
+constexpr int messageLeft = 56;
+
+constexpr int retryHeight = 26;
+constexpr int retryPadding = 15;
+
+QString retryLabel() { return ContentRows::tr("Retry"); }
+
+TextStyle nameStyle(const ContentLine& line) { return line.isFolder() ? TextStyle::strong : TextStyle::body; }
+
+int widthOfBadges(const QStringList& badges) {
+    int width = 0;
+    for (const QString& badge : badges) width += gap + RowPainter::badgeWidth(badge);
+    return width;
+}
+
+int textLeftOf(const ContentLine& line) {
+    if (line.isEntry()) return nameLeft;
+    return line.kind == ContentLine::Kind::empty ? tickLeft : messageLeft;
+}
+
+} // namespace
+
+// As though the reading direction were from left to right.
+struct ContentRow::Places {
+    QRect row;
+    QRect chevron;
+    QRect tick;
+    QRect icon;
+    QRect text; // of an entry, up to the end of the row: its badges stand there too
+    QRect retry;
+};
+
+ContentRow::ContentRow(const ContentRows& rowModel, QObject* parent) : QStyledItemDelegate(parent), rows(rowModel) {}
+
+// More than the design's where the desktop's text is large.
+int ContentRow::height() { return std::max(32, lineHeight(TextStyle::strong) + 12); }
+
+QSize ContentRow::sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const { return {1, height()}; }
+
+ContentRow::Places ContentRow::placesOf(const QRect& whole, const ContentLine& line, const QString& shown) {
+    Places at;
+    at.row = whole.adjusted(0, 0, -endMargin, 0);
+    const int left = at.row.left() + line.depth * indent;
+    const auto square = [&](int from, int side) { return centredIn(at.row, left + from, {side, side}); };
+    at.chevron = square(chevronLeft, chevronSide);
+    at.tick = square(tickLeft, tickSide);
+    at.icon = line.isEntry() ? square(kindLeft, kindSide) : square(tickLeft, messageSide);
+    at.text = QRect(QPoint(left + textLeftOf(line), at.row.top()), QPoint(at.row.right() - gap, at.row.bottom()));
+    if (line.kind == ContentLine::Kind::error) {
+        const int width = lineWidth(TextStyle::body, retryLabel()) + 2 * retryPadding;
+        const int textWidth = std::min(lineWidth(TextStyle::body, shown) + 1, at.text.width() - gap - width);
+        at.text.setWidth(std::max(textWidth, 0));
+        const int buttonHeight = std::min(std::max(retryHeight, lineHeight(TextStyle::body) + 8), at.row.height());
+        at.retry = centredIn(at.row, at.text.right() + gap, {width, buttonHeight});
+    }
+    return at;
+}
+
+ContentRow::Part ContentRow::partAt(
+    const QRect& row, const QModelIndex& index, const QPoint& point, Qt::LayoutDirection direction) const {
+    const ContentLine& line = rows.line(index);
+    const Places at = placesOf(row, line, rows.shownText(line));
+    const QPoint hit = QStyle::visualRect(direction, row, QRect(point, QSize(1, 1))).topLeft();
+    constexpr int slack = 6; // what is small is hit more easily than seen
+    const auto near = [&hit](const QRect& part) { return part.adjusted(-slack, -slack, slack, slack).contains(hit); };
+    if (line.kind == ContentLine::Kind::error) return at.retry.contains(hit) ? Part::retry : Part::none;
+    if (!line.isEntry()) return Part::none;
+    if (near(at.tick)) return Part::tick;
+    return line.isFolder() && near(at.chevron) ? Part::chevron : Part::none;
+}
+
+void ContentRow::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
+    const ContentLine& line = rows.line(index);
+    const QString shown = rows.shownText(line);
+    const Places at = placesOf(option.rect, line, shown);
+    RowPainter to(*painter, option);
+    if (to.hovered() && line.isEntry()) to.plate(at.row, colours().hover);
+    to.focusRing(at.row);
+    if (line.isEntry()) {
+        paintEntry(to, at, line, shown);
+    } else {
+        paintMessage(to, at, line.kind, shown);
+    }
+}
+
+void ContentRow::paintEntry(RowPainter& painter, const Places& at, const ContentLine& line, const QString& name) const {
+    const Colours& now = colours();
+    const bool excluded = rows.isExcluded(line);
+    const bool folder = line.isFolder();
+    if (folder) painter.symbol(at.chevron, rows.isOpen(line) ? "chevron.down" : "chevron.right", now.dim);
+    painter.tick(at.tick, rows.selection().mark(line.path), excluded);
+    const QColor& kindColour = folder ? now.accent : now.dim;
+    painter.symbol(at.icon, folder ? "folder" : "file", excluded ? now.edge : kindColour);
+
+    const QStringList badges = rows.badges(line);
+    const TextStyle style = nameStyle(line);
+    QRect nameAt = at.text;
+    nameAt.setWidth(std::clamp(lineWidth(style, name) + 1, 0, std::max(0, at.text.width() - widthOfBadges(badges))));
+    painter.line(nameAt, name, {.style = style, .colour = excluded ? now.dim : now.text});
+    int left = nameAt.right() + gap;
+    bool accented = line.entry->localOnly; // the first says so
+    for (const QString& badge : badges) {
+        const QSize size(RowPainter::badgeWidth(badge), RowPainter::badgeHeight());
+        painter.badge(centredIn(at.row, left, size), badge, accented);
+        left += size.width() + gap;
+        accented = false;
+    }
+}
+
+void ContentRow::paintMessage(RowPainter& painter, const Places& at, ContentLine::Kind kind, const QString& shown) {
+    const Colours& now = colours();
+    const bool failed = kind == ContentLine::Kind::error;
+    if (kind == ContentLine::Kind::loading) {
+        painter.turningSymbol(at.icon, "arrow.triangle.2.circlepath", now.accent);
+    } else if (failed) {
+        painter.symbol(at.icon, "exclamationmark.circle", now.warn);
+    }
+    painter.line(at.text, shown, {.colour = failed ? now.warnText : now.dim, .elide = Qt::ElideRight});
+    if (failed) painter.button(at.retry, retryLabel());
+}
+
+} // namespace zembrastel::ui

@@ -1,0 +1,100 @@
+#include "ui/content_picker/content_view.h"
+
+#include <QScrollBar>
+
+namespace zembrastel::ui {
+
+ContentView::ContentView(ContentRows& shown, QWidget* parent)
+    : RowList(parent), rows(shown), delegate(new ContentRow(shown, this)) {
+    setModel(&rows);
+    setItemDelegate(delegate);
+    setUniformItemSizes(true);
+    verticalScrollBar()->setSingleStep(ContentRow::height());
+}
+
+// The keyboard stays in its place when a message gives way to what it stood for: it goes on to the first line of that,
+// and to the folder when that closes.
+void ContentView::rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last) {
+    const int current = currentIndex().row();
+    const bool goes = current >= first && current <= last;
+    if (goes && first > 0) setCurrentIndex(rows.index(first - 1));
+    RowList::rowsAboutToBeRemoved(parent, first, last);
+    if (goes) placeToReturnTo = first;
+}
+
+void ContentView::rowsInserted(const QModelIndex& parent, int first, int last) {
+    RowList::rowsInserted(parent, first, last);
+    if (placeToReturnTo == first) setCurrentIndex(rows.index(first));
+}
+
+void ContentView::dataChanged(const QModelIndex& first, const QModelIndex& last, const QList<int>& roles) {
+    RowList::dataChanged(first, last, roles);
+    placeToReturnTo.reset(); // it comes after the last of an update
+}
+
+int ContentView::partAt(const QModelIndex& row, const QPoint& point) const {
+    return static_cast<int>(delegate->partAt(visualRect(row), row, point, layoutDirection()));
+}
+
+void ContentView::partClicked(const QModelIndex& row, int part) {
+    switch (static_cast<ContentRow::Part>(part)) {
+    case ContentRow::Part::chevron:
+        rows.toggleFold(row);
+        break;
+    case ContentRow::Part::tick:
+        rows.toggleTick(row);
+        break;
+    case ContentRow::Part::retry:
+        rows.retry(row);
+        break;
+    case ContentRow::Part::none:
+        break;
+    }
+}
+
+bool ContentView::keyPressed(const QModelIndex& row, int key) {
+    const bool message = !rows.line(row).isEntry();
+    switch (key) {
+    case Qt::Key_Space:
+        rows.toggleTick(row);
+        return true;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        // On a message it never goes on to the button that confirms: a second Enter after "Retry" would.
+        rows.retry(row);
+        return message;
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+        if ((key == Qt::Key_Right) != isRightToLeft()) {
+            unfold(row);
+        } else {
+            fold(row);
+        }
+        return true;
+    default:
+        return false;
+    }
+}
+
+// Opens a folder; in an open one, goes on to what it holds.
+void ContentView::unfold(const QModelIndex& row) {
+    const ContentLine& line = rows.line(row);
+    if (!line.isFolder()) return;
+    if (!rows.isOpen(line)) {
+        rows.toggleFold(row);
+        return;
+    }
+    const QModelIndex next = rows.index(row.row() + 1);
+    if (next.isValid() && rows.line(next).depth > line.depth) setCurrentIndex(next);
+}
+
+// Closes an open folder; from all else, goes back to the folder that it lies in.
+void ContentView::fold(const QModelIndex& row) {
+    if (rows.isOpen(rows.line(row))) {
+        rows.toggleFold(row);
+    } else if (const QModelIndex folder = rows.folderOf(row); folder.isValid()) {
+        setCurrentIndex(folder);
+    }
+}
+
+} // namespace zembrastel::ui

@@ -1,0 +1,37 @@
+// The list in which the content picker shows its tree, with the pointer and the keys of one.
+//
+// Main thread. Up and Down walk, Left and Right fold, Space ticks, Enter tries again where that is offered.
+#pragma once
+
+#include "ui/content_picker/content_row.h"
+#include "ui/widgets/row_list.h"
+
+#include <optional>
+
+namespace zembrastel::ui {
+
+class ContentView : public RowList {
+    Q_OBJECT
+
+public:
+    explicit ContentView(ContentRows& shown, QWidget* parent = nullptr);
+
+protected:
+    [[nodiscard]] int partAt(const QModelIndex& row, const QPoint& point) const override;
+    void partClicked(const QModelIndex& row, int part) override;
+    [[nodiscard]] bool keyPressed(const QModelIndex& row, int key) override;
+
+    void rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last) override;
+    void rowsInserted(const QModelIndex& parent, int first, int last) override;
+    void dataChanged(const QModelIndex& first, const QModelIndex& last, const QList<int>& roles) override;
+
+private:
+    void unfold(const QModelIndex& row);
+    void fold(const QModelIndex& row);
+
+    ContentRows& rows;
+    ContentRow* delegate;
+    std::optional<int> placeToReturnTo;
+};
+
+} // namespace zembrastel::ui

@@ -1,0 +1,105 @@
+#include "ui/desktop/system_appearance.h"
+
+#include <QDBusConnectionInterface>
+#include <QDBusPendingCallWatcher>
+#include <QDBusReply>
+#include <QDBusServiceWatcher>
+#include <QDBusVariant>
+
+namespace zembrastel::ui {
+namespace {
+
+const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
+const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
+const QString interface = QStringLiteral("org.freedesktop.portal.Settings");
+
+const QString appearanceGroup = QStringLiteral("org.freedesktop.appearance");
+const QString colourScheme = QStringLiteral("color-scheme");
+const QString interfaceGroup = QStringLiteral("org.gnome.desktop.interface");
+const QString enableAnimations = QStringLiteral("enable-animations");
+
+constexpr int longestWaitInMilliseconds = 50;
+constexpr uint prefersDark = 1;
+
+QDBusMessage readCall(const QString& group, const QString& key) {
+    QDBusMessage call = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
+    call.setArguments({group, key});
+    return call;
+}
+
+// A portal wraps the value once or twice.
+QVariant unwrapped(QVariant value) {
+    while (value.canConvert<QDBusVariant>()) value = value.value<QDBusVariant>().variant();
+    return value;
+}
+
+} // namespace
+
+SystemAppearance::SystemAppearance(const QDBusConnection& sessionBus, QObject* parent)
+    : QObject(parent), bus(sessionBus) {
+    if (!bus.isConnected()) return;
+    auto* const watcher = new QDBusServiceWatcher(service, bus, QDBusServiceWatcher::WatchForOwnerChange, this);
+    connect(
+        watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
+        [this](const QString&, const QString&, const QString& newOwner) { listen(newOwner); });
+    askNow(appearanceGroup, colourScheme);
+    listen(bus.interface()->serviceOwner(service).value());
+    // The bus starts a portal that is asked; what it says as it appears comes on top.
+    if (owner.isEmpty()) ask(appearanceGroup, colourScheme);
+}
+
+// Each owner is listened to under its own name, since a connection to a name that nobody owns yet may never be made
+// good. The slot takes the message, because one with a QDBusVariant is refused until such a value was received once.
+void SystemAppearance::listen(const QString& newOwner) {
+    const QString signal = QStringLiteral("SettingChanged");
+    const char* const slot = SLOT(settingChanged(QDBusMessage));
+    if (!owner.isEmpty()) bus.disconnect(owner, path, interface, signal, this, slot);
+    owner = newOwner;
+    if (owner.isEmpty()) return;
+    bus.connect(owner, path, interface, signal, this, slot);
+    ask(appearanceGroup, colourScheme);
+    ask(interfaceGroup, enableAnimations);
+}
+
+void SystemAppearance::askNow(const QString& group, const QString& key) {
+    QDBusMessage call = readCall(group, key);
+    call.setAutoStartService(false);
+    const QDBusMessage reply = bus.call(call, QDBus::Block, longestWaitInMilliseconds);
+    if (reply.type() == QDBusMessage::ReplyMessage) take(group, key, reply.arguments().value(0));
+}
+
+void SystemAppearance::ask(const QString& group, const QString& key) {
+    auto* const answer = new QDBusPendingCallWatcher(bus.asyncCall(readCall(group, key)), this);
+    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer, group, key] {
+        answer->deleteLater();
+        const QDBusMessage reply = answer->reply();
+        if (reply.type() == QDBusMessage::ReplyMessage) take(group, key, reply.arguments().value(0));
+    });
+}
+
+void SystemAppearance::settingChanged(const QDBusMessage& change) {
+    const QVariantList values = change.arguments();
+    if (values.size() == 3) take(values[0].toString(), values[1].toString(), values[2]);
+}
+
+void SystemAppearance::take(const QString& group, const QString& key, const QVariant& value) {
+    const auto before = std::pair(current, moves);
+    const QVariant plain = unwrapped(value);
+    if (group == appearanceGroup && key == colourScheme) {
+        current = plain.toUInt() == prefersDark ? Appearance::dark : Appearance::light;
+    } else if (group == interfaceGroup && key == enableAnimations) {
+        moves = plain.toBool();
+    }
+    if (before != std::pair(current, moves)) Q_EMIT changed();
+}
+
+void followSystemAppearance(const SystemAppearance& source) {
+    const auto follow = [&source] {
+        theme().apply(source.appearance());
+        theme().setAnimated(source.animated());
+    };
+    QObject::connect(&source, &SystemAppearance::changed, &theme(), follow);
+    follow();
+}
+
+} // namespace zembrastel::ui

@@ -1,0 +1,131 @@
+#include "ui/desktop/tray_item.h"
+
+#include "app/progress_text.h"
+#include "model/error.h"
+#include "ui/theme/foreign_text.h"
+#include "ui/theme/symbol_icon.h"
+#include "ui/theme/theme.h"
+
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QDBusVariant>
+
+#include <utility>
+
+namespace zembrastel::ui {
+namespace {
+
+const auto watcherService = QStringLiteral("org.kde.StatusNotifierWatcher");
+const auto watcherPath = QStringLiteral("/StatusNotifierWatcher");
+
+constexpr std::string_view symbol = "arrow.up.forward.square";
+
+} // namespace
+
+TrayItem::TrayItem(ModelBridge& observed, const QDBusConnection& sessionBus, QObject* parent)
+    : QObject(parent), bridge(observed), bus(sessionBus),
+      watcher(watcherService, bus, QDBusServiceWatcher::WatchForOwnerChange) {
+    connect(&watcher, &QDBusServiceWatcher::serviceOwnerChanged, this, [this] { lookForTray(); });
+    // A host may come to a watcher that is there already.
+    for (const char* change : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"}) {
+        bus.connect(
+            watcherService, watcherPath, watcherService, QString::fromLatin1(change), this, SLOT(lookForTray()));
+    }
+    connect(&bridge, &ModelBridge::profilesChanged, this, &TrayItem::fillMenu);
+    connect(&bridge, &ModelBridge::statusChanged, this, &TrayItem::fillMenu);
+    connect(&bridge, &ModelBridge::statusChanged, this, &TrayItem::showToolTip);
+    // A desktop keeps the picture that it was given until it is told of another.
+    connect(&theme(), &Theme::changed, this, [this] {
+        if (icon) icon->setIcon(symbolIcon(symbol));
+    });
+    fillMenu();
+    lookForTray();
+}
+
+TrayItem::~TrayItem() = default;
+
+void TrayItem::lookForTray() {
+    auto question = QDBusMessage::createMethodCall(
+        watcherService, watcherPath, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
+    question << watcherService << QStringLiteral("IsStatusNotifierHostRegistered");
+    question.setAutoStartService(false);
+    auto* answer = new QDBusPendingCallWatcher(bus.asyncCall(question), this);
+    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
+        const QDBusPendingReply<QDBusVariant> reply = *answer;
+        answer->deleteLater();
+        takeHostAnswer(reply.isValid() && reply.value().variant().toBool());
+    });
+}
+
+void TrayItem::takeHostAnswer(bool there) {
+    if (std::exchange(answered, true) && there == isShown()) return;
+    if (there) {
+        icon = std::make_unique<QSystemTrayIcon>(symbolIcon(symbol));
+        icon->setToolTip(toolTip());
+        icon->setContextMenu(&actions);
+        connect(icon.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
+            if (reason != QSystemTrayIcon::Context) Q_EMIT openRequested();
+        });
+        icon->show();
+    } else {
+        icon.reset();
+    }
+    Q_EMIT shownChanged();
+}
+
+QString TrayItem::toolTip() const {
+    QStringList lines{QStringLiteral("Zembrastel")};
+    for (const auto& profile : bridge.model().profiles()) {
+        const auto& progress = bridge.model().status(profile.id).progress;
+        if (!progress) continue;
+        const QString text = QString::fromStdString(shortProgressText(*progress));
+        lines << withoutMarkup(tr("%1: %2").arg(QString::fromStdString(profile.name), text));
+    }
+    return lines.join(QLatin1Char('\n'));
+}
+
+void TrayItem::showToolTip() {
+    if (const QString wanted = toolTip(); icon && icon->toolTip() != wanted) icon->setToolTip(wanted);
+}
+
+// Left alone where nothing in it changes: a click on an entry that was replaced meanwhile would be lost.
+void TrayItem::fillMenu() {
+    std::vector<Entry> wanted = profileEntries();
+    if (!actions.isEmpty() && wanted == entries) return;
+    entries = std::move(wanted);
+    actions.clear();
+    connect(actions.addAction(tr("Open Zembrastel")), &QAction::triggered, this, &TrayItem::openRequested);
+    actions.addSeparator();
+    if (entries.empty()) actions.addAction(tr("No sync profiles"))->setEnabled(false);
+    for (const auto& [id, label] : entries) {
+        connect(actions.addAction(label), &QAction::triggered, this, [this, id = id] { toggle(id); });
+    }
+    actions.addSeparator();
+    auto* quit = actions.addAction(tr("Quit Zembrastel"));
+    quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    connect(quit, &QAction::triggered, this, &TrayItem::quitRequested);
+}
+
+std::vector<TrayItem::Entry> TrayItem::profileEntries() const {
+    const AppModel& model = bridge.model();
+    std::vector<Entry> found;
+    for (const auto& profile : model.profiles()) {
+        // On the bus the first "&" and every single "_" mark a letter for the keyboard; no other "&" means anything.
+        const QString name =
+            onOneLine(QString::fromStdString(profile.name)).replace(QLatin1Char('_'), QLatin1String("__"));
+        const QString label = (model.running(profile.id) ? tr("Pause %1") : tr("Start %1")).arg(name);
+        found.push_back({profile.id, QLatin1Char('&') + label});
+    }
+    return found;
+}
+
+void TrayItem::toggle(const Uuid& id) {
+    try {
+        bridge.model().toggle(id);
+    } catch (const std::exception& error) {
+        Q_EMIT failed(QString::fromStdString(describe(error)));
+    }
+}
+
+} // namespace zembrastel::ui

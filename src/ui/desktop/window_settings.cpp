@@ -1,0 +1,31 @@
+#include "ui/desktop/window_settings.h"
+
+#include "platform/standard_paths.h"
+
+namespace zembrastel::ui {
+namespace {
+
+const QString notificationsKey = QStringLiteral("notifications");
+const QString trayTellingKey = QStringLiteral("toldOfTray");
+
+} // namespace
+
+WindowSettings::WindowSettings(bool isDemo) {
+    if (isDemo) return;
+    const auto file = configFolder() / "Zembrastel" / "window.ini";
+    stored = std::make_unique<QSettings>(QString::fromStdString(file.string()), QSettings::IniFormat);
+    notifications = stored->value(notificationsKey, true).toBool();
+    trayTold = stored->value(trayTellingKey, false).toBool();
+}
+
+void WindowSettings::setNotifies(bool wanted) {
+    notifications = wanted;
+    if (stored) stored->setValue(notificationsKey, wanted);
+}
+
+void WindowSettings::setToldOfTray() {
+    trayTold = true;
+    if (stored) stored->setValue(trayTellingKey, true);
+}
+
+} // namespace zembrastel::ui

@@ -1,0 +1,146 @@
+#include "ui/main_window/detail_banners.h"
+
+#include "ui/theme/foreign_text.h"
+#include "ui/theme/reading_direction.h"
+#include "ui/theme/surface.h"
+#include "ui/widgets/symbol_view.h"
+
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QVBoxLayout>
+
+#include <ranges>
+
+namespace zembrastel::ui {
+namespace {
+
+constexpr std::size_t mostPaths = 3; // in a banner
+
+// One a line.
+QString firstPaths(const PathSet& paths) {
+    QStringList lines;
+    for (const auto& path : paths | std::views::take(mostPaths)) lines << onOneLine(QString::fromStdString(path));
+    if (paths.size() > mostPaths) lines << DetailBanners::tr("and %1 more").arg(paths.size() - mostPaths);
+    return lines.join(u'\n');
+}
+
+} // namespace
+
+DetailBanners::DetailBanners(QWidget* parent)
+    : QWidget(parent), review(new PushButton(tr("Review newer server files…"), ButtonKind::primary)),
+      retry(new PushButton(tr("Retry server check"), ButtonKind::primary)),
+      skip(new PushButton(tr("Start without checking…"))), forget(new PushButton(tr("Forget the missing files"))),
+      send(new PushButton(tr("Send again"), ButtonKind::primary)), leave(new PushButton(tr("Leave them"))),
+      message(new WrapLabel(QString())), missingHeading(new WrapLabel(QString(), TextStyle::strong)),
+      missingText(new WrapLabel(QString())), missingPaths(new WrapLabel(QString(), TextStyle::small, Tone::dim)),
+      reviewBanner(makeReviewBanner()), failureBanner(makeFailureBanner()), missingBanner(makeMissingBanner()),
+      serverLacksBanner(makeServerLacksBanner()) {
+    auto* const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(reviewBanner);
+    layout->addWidget(failureBanner);
+    layout->addWidget(missingBanner);
+    layout->addWidget(serverLacksBanner);
+    connect(review, &QPushButton::clicked, this, &DetailBanners::reviewRequested);
+    connect(retry, &QPushButton::clicked, this, &DetailBanners::retryRequested);
+    connect(skip, &QPushButton::clicked, this, &DetailBanners::skipRequested);
+    connect(forget, &QPushButton::clicked, this, &DetailBanners::forgetRequested);
+    connect(send, &QPushButton::clicked, this, &DetailBanners::sendAgainRequested);
+    connect(leave, &QPushButton::clicked, this, &DetailBanners::leaveRequested);
+    setWaiting(false, std::nullopt);
+}
+
+QString missingOnServerText(std::size_t files) {
+    return files == 1 ? DetailBanners::tr("1 file is missing on the server.")
+                      : DetailBanners::tr("%1 files are missing on the server.").arg(files);
+}
+
+void DetailBanners::setWaiting(
+    bool reviewWaits, const std::optional<std::string>& checkFailure, bool filesMissing,
+    const PathSet& missingOnServer) {
+    message->setWrappedText(QString::fromStdString(checkFailure.value_or(std::string())));
+    reviewBanner->setVisible(reviewWaits);
+    failureBanner->setVisible(!reviewWaits && checkFailure.has_value());
+    missingBanner->setVisible(filesMissing);
+    const bool waits = reviewWaits || checkFailure.has_value() || filesMissing;
+    missingHeading->setWrappedText(missingOnServerText(missingOnServer.size()));
+    const bool isOne = missingOnServer.size() == 1;
+    missingText->setWrappedText(
+        isOne ? tr("It was uploaded before and is gone from the server now. Your local copy is unchanged.")
+              : tr("They were uploaded before and are gone from the server now. Your local copies are unchanged."));
+    leave->setLabel(isOne ? tr("Leave it") : tr("Leave them"));
+    missingPaths->setWrappedText(firstPaths(missingOnServer));
+    serverLacksBanner->setVisible(!waits && !missingOnServer.empty());
+    setVisible(waits || !missingOnServer.empty());
+}
+
+QFrame* DetailBanners::makeReviewBanner() {
+    QFrame* const banner = makeSurface(Surface::infoBanner);
+    auto* const layout = new QHBoxLayout(banner);
+    layout->setContentsMargins(readingMargins(16, 12, 12, 12));
+    layout->setSpacing(12);
+    layout->addWidget(new SymbolView("arrow.down.doc"));
+    layout->addWidget(new WrapLabel(tr("Newer files on the server"), TextStyle::strong), 1);
+    layout->addWidget(review);
+    return banner;
+}
+
+QFrame* DetailBanners::makeFailureBanner() {
+    QFrame* const banner = makeSurface(Surface::warningBanner);
+    // Its first line is level with the symbol.
+    message->setContentsMargins(0, 2, 0, 2);
+    retry->setSymbol("arrow.clockwise");
+    auto* const actions = new QHBoxLayout;
+    actions->setSpacing(8);
+    actions->addWidget(retry);
+    actions->addWidget(skip);
+    actions->addStretch(1);
+    auto* const layout = new QGridLayout(banner);
+    layout->setContentsMargins(readingMargins(16, 12, 12, 12));
+    layout->setHorizontalSpacing(12);
+    layout->setVerticalSpacing(12);
+    layout->setColumnStretch(1, 1);
+    layout->addWidget(new SymbolView("exclamationmark.triangle", &Colours::warn), 0, 0, Qt::AlignTop);
+    layout->addWidget(message, 0, 1);
+    layout->addLayout(actions, 1, 1);
+    return banner;
+}
+
+QFrame* DetailBanners::makeMissingBanner() {
+    QFrame* const banner = makeSurface(Surface::warningBanner);
+    auto* const layout = new QHBoxLayout(banner);
+    layout->setContentsMargins(readingMargins(16, 12, 12, 12));
+    layout->setSpacing(12);
+    layout->addWidget(new SymbolView("exclamationmark.triangle", &Colours::warn));
+    layout->addWidget(
+        new WrapLabel(tr("The local folder is empty. If you deleted its files, forget them; on the server they stay.")),
+        1);
+    layout->addWidget(forget);
+    return banner;
+}
+
+QFrame* DetailBanners::makeServerLacksBanner() {
+    QFrame* const banner = makeSurface(Surface::infoBanner);
+    auto* const texts = new QVBoxLayout;
+    texts->setSpacing(4);
+    missingHeading->setContentsMargins(0, 2, 0, 0); // level with the symbol
+    texts->addWidget(missingHeading);
+    texts->addWidget(missingText);
+    texts->addWidget(missingPaths);
+    auto* const actions = new QHBoxLayout;
+    actions->setSpacing(8);
+    actions->addWidget(send);
+    actions->addWidget(leave);
+    actions->addStretch(1);
+    auto* const layout = new QGridLayout(banner);
+    layout->setContentsMargins(readingMargins(16, 12, 12, 12));
+    layout->setHorizontalSpacing(12);
+    layout->setVerticalSpacing(12);
+    layout->setColumnStretch(1, 1);
+    layout->addWidget(new SymbolView("file.missing"), 0, 0, Qt::AlignTop);
+    layout->addLayout(texts, 0, 1);
+    layout->addLayout(actions, 1, 1);
+    return banner;
+}
+
+} // namespace zembrastel::ui

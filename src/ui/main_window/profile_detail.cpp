@@ -1,0 +1,226 @@
+#include "ui/main_window/profile_detail.h"
+
+#include "model/error.h"
+#include "ui/main_window/details_copy.h"
+#include "ui/theme/local_time.h"
+#include "ui/theme/reading_direction.h"
+#include "ui/theme/style_property.h"
+#include "ui/theme/text_style.h"
+
+#include <QDesktopServices>
+#include <QEvent>
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QPointer>
+#include <QScrollBar>
+#include <QUrl>
+#include <QVBoxLayout>
+
+namespace zembrastel::ui {
+namespace {
+
+constexpr int margin = 24;
+constexpr int pageTop = 8;
+constexpr int cardGap = 16;
+
+bool openInFileManager(const std::string& folder) {
+    const QString path = QString::fromStdString(folder);
+    // Starting the file manager succeeds whether or not there is anything to be shown in it.
+    return QFileInfo(path).isDir() && QDesktopServices::openUrl(QUrl::fromLocalFile(path));
+}
+
+} // namespace
+
+ProfileDetail::ProfileDetail(ModelBridge& modelBridge, QWidget* parent)
+    : QWidget(parent), bridge(modelBridge), header(new DetailHeader), scroll(new QScrollArea),
+      statusLine(new StatusLine), progress(new ProgressStrip(cardGap)), banners(new DetailBanners),
+      route(new RouteCard), counters(new CountersCard), copy(new PushButton(tr("Copy details"), ButtonKind::link)),
+      backups(new PushButton(tr("Backups…"), ButtonKind::link)), activity(new ActivityList) {
+    page = makePage();
+    scroll->setWidget(page);
+    scroll->setWidgetResizable(true);
+    scroll->setFocusPolicy(Qt::NoFocus);
+    scroll->verticalScrollBar()->installEventFilter(this);
+    auto* const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(header);
+    layout->addWidget(scroll, 1);
+    connectModel();
+    connectControls();
+    tomorrow.setSingleShot(true);
+    tomorrow.setTimerType(Qt::VeryCoarseTimer);
+}
+
+QWidget* ProfileDetail::makePage() {
+    auto* const content = new QWidget;
+    setStyleProperty(*content, "page", true);
+    auto* const all = new QVBoxLayout(content);
+    all->setContentsMargins(margin, pageTop, margin, margin);
+    all->setSpacing(0);
+    all->addWidget(statusLine);
+    all->addWidget(progress); // in place of a gap
+    auto* const layout = new QVBoxLayout;
+    layout->setSpacing(cardGap);
+    all->addLayout(layout, 1);
+    layout->addWidget(banners);
+    layout->addWidget(route);
+    layout->addWidget(counters);
+    auto* const log = new QVBoxLayout;
+    log->setSpacing(8);
+    log->addLayout(makeActivityHead());
+    log->addWidget(activity, 1);
+    layout->addLayout(log, 1);
+    return content;
+}
+
+QLayout* ProfileDetail::makeActivityHead() {
+    auto* const head = new QHBoxLayout;
+    head->setSpacing(8);
+    head->addWidget(makeLabel(tr("Recent activity"), TextStyle::section), 1);
+    head->addWidget(copy);
+    head->addWidget(backups);
+    if (bridge.model().isDemo()) backups->hide(); // it has no files
+    return head;
+}
+
+void ProfileDetail::connectModel() {
+    const auto ifShown = [this](void (ProfileDetail::*refreshPart)()) {
+        return [this, refreshPart](const Uuid& changed) {
+            if (changed == id) (this->*refreshPart)();
+        };
+    };
+    connect(&bridge, &ModelBridge::profilesChanged, this, &ProfileDetail::refresh);
+    connect(&bridge, &ModelBridge::statusChanged, this, ifShown(&ProfileDetail::refreshStatus));
+    connect(&bridge, &ModelBridge::activityChanged, this, ifShown(&ProfileDetail::refreshActivity));
+    connect(&bridge, &ModelBridge::reviewChanged, this, ifShown(&ProfileDetail::refreshBanners));
+}
+
+void ProfileDetail::connectControls() {
+    connect(&header->mainSwitch(), &QPushButton::clicked, this, &ProfileDetail::toggle);
+    connect(banners, &DetailBanners::reviewRequested, this, [this] { Q_EMIT reviewRequested(id); });
+    connect(banners, &DetailBanners::retryRequested, this, [this] { bridge.model().retryCheck(id); });
+    connect(banners, &DetailBanners::skipRequested, this, [this] { Q_EMIT skipCheckRequested(id); });
+    connect(banners, &DetailBanners::sendAgainRequested, this, [this] {
+        saving([this] { bridge.model().sendAgain(id, Resend::missing); });
+    });
+    connect(
+        banners, &DetailBanners::leaveRequested, this, [this] { saving([this] { bridge.model().leaveMissing(id); }); });
+    connect(banners, &DetailBanners::forgetRequested, this, [this] { bridge.model().forgetMissingFiles(id); });
+    connect(copy, &QPushButton::clicked, this, [this] {
+        copyDetails(bridge, id, [button = QPointer(copy)] {
+            if (button) button->setLabel(tr("Details copied"));
+        });
+    });
+    connect(backups, &QPushButton::clicked, this, [this] { Q_EMIT backupsRequested(id); });
+    connect(route, &RouteCard::openFolderRequested, this, &ProfileDetail::openFolder);
+    connect(route, &RouteCard::editContentsRequested, this, [this] { Q_EMIT editContentsRequested(id); });
+    connect(activity, &ActivityList::lineReached, this, [this](const QRect& place) {
+        const QPoint middle = activity->mapTo(page, place.center());
+        scroll->ensureVisible(margin, middle.y(), 0, place.height());
+    });
+    connect(&tomorrow, &QTimer::timeout, this, &ProfileDetail::refresh);
+}
+
+QList<QWidget*> ProfileDetail::controls() const {
+    QList<QWidget*> all{&header->mainSwitch()};
+    all += banners->buttons();
+    all += route->buttons();
+    all += copy;
+    all += backups;
+    all += &activity->list();
+    return all;
+}
+
+void ProfileDetail::showProfile(const Uuid& profileId) {
+    if (id != profileId) scroll->verticalScrollBar()->setValue(0);
+    id = profileId;
+    refresh();
+}
+
+void ProfileDetail::setNarrow(bool narrow) { route->setNarrow(narrow); }
+
+void ProfileDetail::refresh() {
+    const Profile* const profile = bridge.model().profile(id);
+    if (profile == nullptr) return;
+    header->setName(QString::fromStdString(profile->name));
+    route->setProfile(*profile, bridge.model().baseline(id));
+    refreshStatus();
+    refreshActivity();
+    refreshBanners();
+    awaitTomorrow();
+}
+
+void ProfileDetail::refreshStatus() {
+    const ProfileStatus& status = bridge.model().status(id);
+    const bool running = bridge.model().running(id);
+    header->setRunning(running);
+    statusLine->setStatus(status, running);
+    progress->setProgress(status.progress);
+    counters->setStatus(status);
+    refreshBanners();
+}
+
+void ProfileDetail::refreshActivity() { activity->setActivity(bridge.model().status(id).activity); }
+
+void ProfileDetail::refreshBanners() {
+    const auto& failures = bridge.model().checkFailures();
+    const auto failure = failures.find(id);
+    banners->setWaiting(
+        bridge.model().reviews().contains(id),
+        failure == failures.end() ? std::nullopt : std::optional(failure->second),
+        bridge.model().status(id).filesMissing,
+        bridge.model().watching(id) ? bridge.model().missingOnServer(id) : PathSet());
+    offerDetails();
+}
+
+void ProfileDetail::offerDetails() {
+    copy->setLabel(tr("Copy details"));
+    copy->setVisible(bridge.model().status(id).failed || bridge.model().checkFailures().contains(id));
+}
+
+void ProfileDetail::toggle() {
+    saving([this] { bridge.model().toggle(id); });
+}
+
+void ProfileDetail::saving(const std::function<void()>& change) {
+    try {
+        change();
+    } catch (const std::exception& error) {
+        Q_EMIT failed(QString::fromStdString(describe(error)));
+    }
+}
+
+void ProfileDetail::openFolder() {
+    const Profile* const profile = bridge.model().profile(id);
+    if (profile == nullptr || openInFileManager(profile->localFolder)) return;
+    Q_EMIT failed(tr("Could not open the local folder in Finder. Check that the folder is still available."));
+}
+
+// The bar takes its room from the margin beside the cards, which so keep their edge.
+void ProfileDetail::fitMargin() {
+    const QScrollBar* const bar = scroll->verticalScrollBar();
+    const int taken = bar->isVisibleTo(scroll) ? bar->sizeHint().width() : 0;
+    page->layout()->setContentsMargins(readingMargins(margin, pageTop, margin - taken, margin));
+}
+
+bool ProfileDetail::eventFilter(QObject* watched, QEvent* event) {
+    const auto type = event->type();
+    if (type == QEvent::Show || type == QEvent::Hide || type == QEvent::ShowToParent || type == QEvent::HideToParent) {
+        fitMargin();
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void ProfileDetail::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    // Days may have passed unseen, and a sleeping machine's timers sleep too.
+    refresh();
+}
+
+void ProfileDetail::awaitTomorrow() {
+    if (isVisible()) tomorrow.start(untilTomorrow(QDateTime::currentDateTime()) + std::chrono::seconds(1));
+    activity->list().viewport()->update();
+}
+
+} // namespace zembrastel::ui

@@ -1,0 +1,118 @@
+#include "ui/profile_editor/connection_fields.h"
+
+#include "ui/widgets/form_field.h"
+#include "ui/widgets/wrap_label.h"
+
+#include <QHBoxLayout>
+#include <QRegularExpressionValidator>
+
+namespace zembrastel::ui {
+namespace {
+
+constexpr int portWidth = 88;
+
+QString shown(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
+
+} // namespace
+
+ConnectionFields::ConnectionFields(const Profile& profile, QWidget* parent)
+    : QWidget(parent), nameField(makeLine(profile.name)), protocolField(new QComboBox(this)),
+      note(new WrapLabel(protocolNote(profile.transport), TextStyle::small, Tone::dim, this)),
+      serverField(makeLine(profile.host)), portField(makeLine(std::to_string(profile.port))),
+      usernameField(makeLine(profile.username)), passwordField(makeLine({})),
+      remoteFolderField(makeLine(profile.remoteFolder)), protocol(profile.transport) {
+    auto* const column = makeLayout<QVBoxLayout>(fieldGap, this);
+    nameField->setPlaceholderText(tr("My website"));
+    column->addLayout(makeField(tr("Profile name"), nameField));
+
+    for (const auto choice : allTransferProtocols) protocolField->addItem(shown(rawValue(choice)));
+    protocolField->setCurrentIndex(static_cast<int>(profile.transport));
+    connect(protocolField, &QComboBox::activated, this, &ConnectionFields::changeProtocol);
+    column->addLayout(makeField(tr("Protocol"), protocolField, note));
+
+    auto* const server = makeLayout<QHBoxLayout>(fieldGap);
+    serverField->setPlaceholderText(QStringLiteral("ftp.example.com"));
+    server->addLayout(makeField(tr("Server"), serverField), 1);
+    portField->setFixedWidth(portWidth);
+    portField->setValidator(
+        new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9]{0,5}")), portField));
+    server->addLayout(makeField(tr("Port"), portField));
+    column->addLayout(server);
+
+    auto* const login = makeLayout<QHBoxLayout>(fieldGap);
+    login->addLayout(makeField(tr("Username"), usernameField), 1);
+    passwordField->setEchoMode(QLineEdit::Password);
+    login->addLayout(makeField(tr("Password"), passwordField), 1);
+    column->addLayout(login);
+
+    remoteFolderField->setPlaceholderText(QStringLiteral("/public_html"));
+    column->addLayout(makeField(
+        tr("Remote folder"), remoteFolderField,
+        new WrapLabel(
+            tr("Paths beginning with / start at the FTP root. Other paths start in the login folder."),
+            TextStyle::small, Tone::dim)));
+    column->addStretch(1);
+}
+
+QLineEdit* ConnectionFields::makeLine(const std::string& text) {
+    auto* const line = new QLineEdit(shown(text), this);
+    line->setCursorPosition(0);
+    connect(line, &QLineEdit::textEdited, this, [this, line] {
+        if (line != nameField) Q_EMIT connectionEdited();
+        Q_EMIT edited();
+    });
+    return line;
+}
+
+void ConnectionFields::changeProtocol(int index) {
+    const auto chosen = allTransferProtocols.at(static_cast<std::size_t>(index));
+    if (chosen == protocol) return;
+    const auto port = portAfterChange(portField->text().toLongLong(), protocol, chosen);
+    protocol = chosen;
+    portField->setText(QString::number(port));
+    note->setWrappedText(protocolNote(chosen));
+    Q_EMIT connectionEdited();
+    Q_EMIT edited();
+}
+
+void ConnectionFields::writeTo(Profile& draft) const {
+    draft.name = nameField->text().toStdString();
+    draft.transport = protocol;
+    draft.host = serverField->text().toStdString();
+    draft.port = portField->text().toLongLong(); // 0, which is no port, when there is none
+    draft.username = usernameField->text().toStdString();
+    draft.remoteFolder = remoteFolderField->text().toStdString();
+}
+
+void ConnectionFields::setPassword(const std::string& password) {
+    passwordField->setText(shown(password));
+    passwordField->setPlaceholderText({});
+    passwordField->setAccessibleDescription({});
+    passwordField->setEnabled(true);
+}
+
+void ConnectionFields::awaitPassword() {
+    const QString waiting = tr("Reading from keyring…");
+    passwordField->setPlaceholderText(waiting);
+    passwordField->setAccessibleDescription(waiting);
+    passwordField->setEnabled(false);
+}
+
+QWidget* ConnectionFields::field(EditorField which) const {
+    switch (which) {
+    case EditorField::name:
+        return nameField;
+    case EditorField::server:
+        return serverField;
+    case EditorField::port:
+        return portField;
+    case EditorField::username:
+        return usernameField;
+    case EditorField::remoteFolder:
+        return remoteFolderField;
+    default:
+        return nullptr;
+    }
+}
+
+} // namespace zembrastel::ui

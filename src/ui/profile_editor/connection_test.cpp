@@ -1,0 +1,45 @@
+#include "ui/profile_editor/connection_test.h"
+
+#include "model/error.h"
+#include "transport/ftp_transport.h"
+
+#include <optional>
+#include <utility>
+
+namespace zembrastel::ui {
+namespace {
+
+// Nothing when the test was cancelled.
+std::optional<ConnectionTest::Result> tryOut(const FTPTransport& transport) {
+    try {
+        return ConnectionTest::Result{.items = transport.test(), .failure = {}};
+    } catch (const Cancelled&) {
+        return std::nullopt;
+    } catch (const std::exception& error) {
+        return ConnectionTest::Result{.items = 0, .failure = describe(error)};
+    }
+}
+
+} // namespace
+
+void ConnectionTest::start(const Profile& profile, const std::string& password, std::function<void(Result)> done) {
+    cancel();
+    current = std::make_shared<Running>(Running{std::make_shared<TransferControl>()});
+    const auto deliver = [this, weak = std::weak_ptr(current), done = std::move(done)](const Result& result) {
+        if (weak.expired()) return;
+        current.reset();
+        done(result);
+    };
+    const FTPTransport transport{.profile = profile, .password = password, .control = current->control};
+    (void)tasks.start([&main = context, transport, deliver](const std::stop_token&) {
+        if (const auto result = tryOut(transport)) main.post([deliver, result = *result] { deliver(result); });
+    });
+}
+
+void ConnectionTest::cancel() {
+    if (!current) return;
+    current->control->cancel();
+    current.reset();
+}
+
+} // namespace zembrastel::ui

@@ -1,0 +1,48 @@
+// Tries out whether a server's folder can be read, on a thread of its own.
+//
+// Used on the main context, which also gets the result. One test at a time; a cancelled one is not heard again. Going
+// away cancels the test and waits for its thread, which takes no longer than ending the transfer.
+#pragma once
+
+#include "app/context/background_tasks.h"
+#include "app/context/main_context.h"
+#include "model/profile.h"
+#include "transport/transfer_control.h"
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace zembrastel::ui {
+
+class ConnectionTest {
+public:
+    struct Result {
+        std::size_t items = 0; // in the remote folder
+        std::string failure;   // what the user reads; empty when the folder can be read
+    };
+
+    explicit ConnectionTest(MainContext& mainContext) : context(mainContext), tasks(mainContext) {}
+    ConnectionTest(const ConnectionTest&) = delete;
+    ConnectionTest& operator=(const ConnectionTest&) = delete;
+    ~ConnectionTest() { cancel(); }
+
+    // Cancels the test that runs, if one does.
+    void start(const Profile& profile, const std::string& password, std::function<void(Result)> done);
+
+    void cancel();
+
+    [[nodiscard]] bool running() const { return current != nullptr; }
+
+private:
+    struct Running {
+        std::shared_ptr<TransferControl> control;
+    };
+
+    MainContext& context;
+    std::shared_ptr<Running> current; // owned here alone: a result whose test has gone is dropped
+    BackgroundTasks tasks;
+};
+
+} // namespace zembrastel::ui

@@ -1,0 +1,193 @@
+#include "ui/profile_editor/content_fields.h"
+
+#include "ui/theme/surface.h"
+#include "ui/widgets/form_field.h"
+#include "ui/widgets/push_button.h"
+#include "ui/widgets/switch.h"
+#include "ui/widgets/wrap_label.h"
+
+#include <QFileDialog>
+#include <QHBoxLayout>
+
+namespace zembrastel::ui {
+namespace {
+
+constexpr int buttonGap = 8;
+constexpr int visibleRules = 4; // lines of the exclusions; the rest scrolls
+
+WrapLabel* makeHelp(const QString& text) { return new WrapLabel(text, TextStyle::small, Tone::dim); }
+
+// A switch at the end of its label and note.
+QHBoxLayout* makeOption(Switch* option, const QString& label, const QString& note) {
+    auto* const texts = makeLayout<QVBoxLayout>(2);
+    texts->setContentsMargins(0, 2, 0, 0);
+    auto* const caption = new WrapLabel(label, TextStyle::strong);
+    caption->setBuddy(option);
+    texts->addWidget(caption);
+    texts->addWidget(makeHelp(note));
+    option->setAccessibleDescription(note);
+    auto* const row = makeLayout<QHBoxLayout>(24);
+    row->addLayout(texts, 1);
+    row->addWidget(option, 0, Qt::AlignTop);
+    return row;
+}
+
+} // namespace
+
+ContentFields::ContentFields(const Profile& shown, bool isNew, QWidget* parent) : QWidget(parent) {
+    auto* const column = makeLayout<QVBoxLayout>(fieldGap, this);
+    addLocalFolder(*column, shown);
+    addExclusions(*column, shown);
+    addSyncContents(*column, isNew);
+    column->addWidget(makeDivider(Qt::Horizontal));
+    addOptions(*column);
+    column->addStretch(1);
+    followOptions(shown);
+    showSelections(shown);
+    showAdvanced(false);
+}
+
+void ContentFields::addLocalFolder(QVBoxLayout& column, const Profile& profile) {
+    localFolderField = new QLineEdit(QString::fromStdString(profile.localFolder), this);
+    connect(localFolderField, &QLineEdit::textEdited, this, &ContentFields::edited);
+    auto* const choose = new PushButton(tr("Choose a folder…"), ButtonKind::outlined, this);
+    connect(choose, &QPushButton::clicked, this, &ContentFields::chooseFolder);
+    auto* const row = makeLayout<QHBoxLayout>(buttonGap);
+    row->addWidget(localFolderField, 1);
+    row->addWidget(choose);
+    column.addLayout(makeField(tr("Local folder"), localFolderField, row));
+}
+
+void ContentFields::addExclusions(QVBoxLayout& column, const Profile& profile) {
+    auto* const part = makeLayout<QVBoxLayout>(labelGap);
+    disclosure = new PushButton(tr("Excluded files and folders"), ButtonKind::link, this);
+    connect(disclosure, &QPushButton::clicked, this, [this] { showAdvanced(!advanced->isVisibleTo(this)); });
+    part->addWidget(disclosure, 0, Qt::AlignLeft);
+    advanced = new QWidget(this);
+    auto* const rules = makeLayout<QVBoxLayout>(labelGap, advanced);
+    exclusionsField = new QPlainTextEdit(QString::fromStdString(profile.exclusions.text()));
+    exclusionsField->setAccessibleName(tr("Excluded files and folders"));
+    exclusionsField->setTabChangesFocus(true);
+    exclusionsField->setFixedHeight(exclusionsField->fontMetrics().lineSpacing() * visibleRules + 12);
+    connect(exclusionsField, &QPlainTextEdit::textChanged, this, &ContentFields::edited);
+    rules->addWidget(exclusionsField);
+    rules->addWidget(makeHelp(
+        tr("One name or wildcard per line. Applies to uploads and initial downloads. Symbolic links are always "
+           "skipped.")));
+    part->addWidget(advanced);
+    column.addLayout(part);
+}
+
+void ContentFields::addSyncContents(QVBoxLayout& column, bool isNew) {
+    auto* const texts = makeLayout<QVBoxLayout>(2);
+    texts->addWidget(makeLabel(tr("Sync contents"), TextStyle::fieldLabel));
+    syncContents = new WrapLabel({});
+    texts->addWidget(syncContents);
+    auto* const choose =
+        new PushButton(isNew ? tr("Choose files and folders…") : tr("Edit sync contents…"), ButtonKind::outlined, this);
+    connect(choose, &QPushButton::clicked, this, &ContentFields::syncContentsWanted);
+    auto* const row = makeLayout<QHBoxLayout>(buttonGap);
+    row->addLayout(texts, 1);
+    row->addWidget(choose, 0, Qt::AlignTop);
+    auto* const part = makeLayout<QVBoxLayout>(labelGap);
+    part->addLayout(row);
+    part->addWidget(makeHelp(
+        tr("This list controls uploads, downloads and server checks. Adding items resynchronises them on save. "
+           "Removing items keeps both copies and stops syncing them. Select none to pause the profile.")));
+    column.addLayout(part);
+}
+
+void ContentFields::addOptions(QVBoxLayout& column) {
+    const QString start = tr("Start watching this folder");
+    startSwitch = new Switch(start, this);
+    // Not only a click switches it: a screen reader does so otherwise.
+    connect(startSwitch, &Switch::toggled, this, &ContentFields::chooseStart);
+    column.addLayout(makeOption(startSwitch, start, tr("New and changed local files upload after watching starts.")));
+
+    const QString download = tr("Download server files to the local folder first");
+    downloadSwitch = new Switch(download, this);
+    connect(downloadSwitch, &Switch::toggled, this, &ContentFields::chooseDownload);
+    column.addLayout(makeOption(
+        downloadSwitch, download,
+        tr("Downloads selected items that are missing locally or newer on the server. Older local versions are backed "
+           "up before replacement. Watching starts afterwards for your selected sync contents.")));
+
+    downloadPart = new QWidget(this);
+    auto* const part = makeLayout<QVBoxLayout>(labelGap, downloadPart);
+    downloadButton = new PushButton(tr("Choose download contents…"));
+    connect(downloadButton, &QPushButton::clicked, this, &ContentFields::downloadContentsWanted);
+    part->addWidget(downloadButton, 0, Qt::AlignLeft);
+    downloadContents = makeHelp({});
+    part->addWidget(downloadContents);
+    column.addWidget(downloadPart);
+}
+
+void ContentFields::showAdvanced(bool shown) {
+    advanced->setVisible(shown);
+    disclosure->setSymbol(shown ? "chevron.down" : "chevron.right");
+    disclosure->setAccessibleDescription(shown ? tr("Expanded") : tr("Collapsed"));
+    if (shown) Q_EMIT advancedShown();
+}
+
+void ContentFields::chooseFolder() {
+    auto* const chooser = new QFileDialog(this, tr("Choose the local folder to watch"), localFolderField->text());
+    chooser->setAttribute(Qt::WA_DeleteOnClose);
+    chooser->setFileMode(QFileDialog::Directory);
+    chooser->setOption(QFileDialog::ShowDirsOnly);
+    connect(chooser, &QFileDialog::fileSelected, this, [this](const QString& folder) {
+        localFolderField->setText(folder);
+        Q_EMIT edited();
+    });
+    chooser->open();
+}
+
+void ContentFields::chooseStart() {
+    if (following) return;
+    startChosen = true;
+    Q_EMIT edited();
+}
+
+// A download only happens once the profile is started, so wanting it means wanting the start.
+void ContentFields::chooseDownload(bool on) {
+    if (following) return;
+    downloadChosen = true;
+    if (on) {
+        startChosen = true;
+        startSwitch->setChecked(true);
+    }
+    downloadPart->setVisible(on);
+    Q_EMIT edited();
+    Q_EMIT optionsChanged();
+}
+
+void ContentFields::writeTo(Profile& draft) const {
+    draft.localFolder = localFolderField->text().toStdString();
+    draft.exclusions = Exclusions(exclusionsField->toPlainText().toStdString());
+    draft.enabled = startOnSave();
+    draft.needsDownload = downloadFirst();
+}
+
+void ContentFields::showSelections(const Profile& draft) {
+    syncContents->setWrappedText(syncContentsText(draft));
+    downloadContents->setWrappedText(downloadContentsText(draft));
+}
+
+bool ContentFields::startOnSave() const { return startSwitch->isChecked(); }
+
+bool ContentFields::downloadFirst() const { return downloadSwitch->isChecked(); }
+
+void ContentFields::followOptions(const Profile& profile) {
+    following = true;
+    if (!startChosen) startSwitch->setChecked(profile.enabled);
+    if (!downloadChosen) downloadSwitch->setChecked(profile.needsDownload);
+    following = false;
+    downloadPart->setVisible(downloadFirst());
+}
+
+QWidget* ContentFields::field(EditorField which) const {
+    if (which == EditorField::localFolder) return localFolderField;
+    if (which == EditorField::downloadContents) return downloadButton;
+    return nullptr;
+}
+
+} // namespace zembrastel::ui

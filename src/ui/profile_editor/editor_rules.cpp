@@ -1,0 +1,126 @@
+#include "ui/profile_editor/editor_rules.h"
+
+#include "model/error.h"
+
+#include <QCoreApplication>
+
+#include <array>
+#include <utility>
+
+namespace zembrastel::ui {
+namespace {
+
+QString tr(const char* text) { return QCoreApplication::translate("ProfileEditor", text); }
+
+std::string failureOf(const Profile& profile) {
+    try {
+        (void)profile.validated();
+        return {};
+    } catch (const std::exception& error) {
+        return describe(error);
+    }
+}
+
+// A profile with which nothing is wrong.
+Profile sound() {
+    Profile profile;
+    profile.name = "name";
+    profile.host = "host";
+    profile.username = "user";
+    profile.localFolder = "/";
+    return profile;
+}
+
+struct Part {
+    EditorField field;
+    void (*take)(Profile& profile, const Profile& draft);
+};
+
+constexpr std::array parts{
+    Part{EditorField::name, [](Profile& profile, const Profile& draft) { profile.name = draft.name; }},
+    Part{EditorField::server, [](Profile& profile, const Profile& draft) { profile.host = draft.host; }},
+    Part{EditorField::port, [](Profile& profile, const Profile& draft) { profile.port = draft.port; }},
+    Part{EditorField::username, [](Profile& profile, const Profile& draft) { profile.username = draft.username; }},
+    Part{
+        EditorField::remoteFolder,
+        [](Profile& profile, const Profile& draft) { profile.remoteFolder = draft.remoteFolder; }},
+    Part{
+        EditorField::localFolder,
+        [](Profile& profile, const Profile& draft) { profile.localFolder = draft.localFolder; }},
+    Part{
+        EditorField::downloadContents,
+        [](Profile& profile, const Profile& draft) {
+            profile.needsDownload = draft.needsDownload;
+            profile.initialDownloadSelection = draft.initialDownloadSelection;
+        }},
+};
+
+} // namespace
+
+Objection objectionTo(const Profile& draft) {
+    Objection objection{.message = failureOf(draft)};
+    if (objection.message.empty()) return objection;
+    // The field that spoils an otherwise sound profile in the same way: the rules are told nowhere but in validated().
+    for (const Part& part : parts) {
+        Profile probe = sound();
+        part.take(probe, draft);
+        if (failureOf(probe) != objection.message) continue;
+        objection.field = part.field;
+        break;
+    }
+    return objection;
+}
+
+Profile withEdits(Profile saved, const Profile& original, const Profile& draft) {
+    const auto takeIfEdited = [&](auto field) {
+        if (draft.*field != original.*field) saved.*field = draft.*field;
+    };
+    const auto takeEdited = [&](auto... fields) { (takeIfEdited(fields), ...); };
+    takeEdited(
+        &Profile::name, &Profile::host, &Profile::port, &Profile::transport, &Profile::username, &Profile::remoteFolder,
+        &Profile::localFolder, &Profile::exclusions, &Profile::initialDownloadSelection, &Profile::syncSelection);
+    saved.enabled = draft.enabled;
+    saved.needsDownload = draft.needsDownload;
+    return saved;
+}
+
+bool asksForContents(const SavingState& state) { return state.downloadFirst && !state.contentsChosen; }
+
+QString savingLabel(const SavingState& state) {
+    if (state.busy) return tr("Saving…");
+    if (asksForContents(state)) return tr("Choose download contents…");
+    if (state.downloadFirst) return state.isNew ? tr("Create profile & download") : tr("Save & resynchronise");
+    return state.isNew ? tr("Create profile") : tr("Save changes");
+}
+
+bool hasDownloadContents(const Profile& draft) {
+    return draft.initialDownloadSelection && draft.initialDownloadSelection->hasSelection();
+}
+
+QString protocolNote(TransferProtocol protocol) {
+    return protocol == TransferProtocol::ftp ? tr("FTP sends your password and files without encryption.")
+                                             : tr("TLS encrypts transfers and verifies the server certificate.");
+}
+
+QString syncContentsText(const Profile& draft) {
+    const auto& selection = draft.effectiveSyncSelection();
+    if (!selection) return tr("All files in the local folder");
+    if (!selection->hasSelection()) return tr("Nothing selected");
+    return tr(selection->summary().c_str());
+}
+
+QString downloadContentsText(const Profile& draft) {
+    if (!hasDownloadContents(draft)) return tr("No download contents chosen yet");
+    return tr(draft.initialDownloadSelection->summary().c_str());
+}
+
+QString connectedMessage(std::size_t items) {
+    return tr("Connected. The remote folder is readable (%1 items). Upload permission is checked when a file uploads.")
+        .arg(items);
+}
+
+std::int64_t portAfterChange(std::int64_t port, TransferProtocol from, TransferProtocol to) {
+    return port == defaultPort(from) ? defaultPort(to) : port;
+}
+
+} // namespace zembrastel::ui

@@ -1,0 +1,432 @@
+#include "ui/profile_editor/profile_editor.h"
+
+#include "app/demo.h"
+#include "model/error.h"
+#include "ui/profile_editor/connection_fields.h"
+#include "ui/profile_editor/content_fields.h"
+#include "ui/theme/reading_direction.h"
+#include "ui/theme/style_property.h"
+#include "ui/theme/surface.h"
+#include "ui/theme/text_style.h"
+#include "ui/widgets/form_field.h"
+#include "ui/widgets/message_strip.h"
+#include "ui/widgets/push_button.h"
+
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QPointer>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace zembrastel::ui {
+namespace {
+
+constexpr QSize usualSize(880, 568);
+constexpr QSize smallestSize(560, 440);
+constexpr int heightWithAdvanced = 656;
+constexpr int margin = 24;
+constexpr int columnGap = 32;
+constexpr int twoColumnWidth = 800; // of the content
+constexpr int footerInset = 12;
+
+constexpr std::array allFields{
+    EditorField::name,
+    EditorField::server,
+    EditorField::port,
+    EditorField::username,
+    EditorField::remoteFolder,
+    EditorField::localFolder,
+    EditorField::downloadContents};
+
+// What a new profile begins with: it is meant to be used, and the server's files are not to be missed.
+Profile newProfile() {
+    Profile profile;
+    profile.enabled = true;
+    profile.needsDownload = true;
+    return profile;
+}
+
+QString notInDemo() { return ProfileEditor::tr("Not available in the demonstration."); }
+
+QString shown(const std::string& text) { return QString::fromStdString(text); }
+
+} // namespace
+
+ProfileEditor::ProfileEditor(
+    ModelBridge& modelBridge, MainContext& mainContext, const std::optional<Uuid>& id, QWidget* parent)
+    : QDialog(parent), bridge(modelBridge), model(modelBridge.model()), selections(newProfile()), test(mainContext) {
+    if (const Profile* saved = id ? model.profile(*id) : nullptr; saved != nullptr) {
+        original = *saved;
+        selections = *saved;
+    }
+    setWindowModality(Qt::WindowModal);
+    setWindowTitle(original ? tr("Edit sync profile") : tr("New sync profile"));
+    setAccessibleName(windowTitle());
+    auto* const layout = makeLayout<QVBoxLayout>(0, this);
+    layout->addWidget(makeHeader());
+    layout->addWidget(makePage(), 1);
+    layout->addWidget(makeFooter());
+    saveButton->setDefault(true); // which a button takes to heart only inside its dialog
+    connectFields();
+    const QSize available = screen()->availableSize();
+    setMinimumSize(scaledToText(smallestSize).boundedTo(available));
+    resize(scaledToText(usualSize).boundedTo(available));
+    loadPassword();
+    showState();
+}
+
+ProfileEditor::~ProfileEditor() = default;
+
+QWidget* ProfileEditor::makeHeader() {
+    auto* const header = new QWidget(this);
+    auto* const layout = makeLayout<QVBoxLayout>(2, header);
+    layout->setContentsMargins(margin, 20, margin, 12);
+    layout->addWidget(makeLabel(windowTitle(), TextStyle::dialogTitle));
+    layout->addWidget(makeLabel(tr("Connect a local folder to your web server."), TextStyle::body, Tone::dim));
+    return header;
+}
+
+QWidget* ProfileEditor::makePage() {
+    auto* const page = new QWidget;
+    page->setProperty("page", true);
+    connection = new ConnectionFields(selections);
+    contents = new ContentFields(selections, !original);
+    columns = new QBoxLayout(QBoxLayout::LeftToRight, page);
+    // Equal widths, whatever the columns themselves would like.
+    for (QWidget* const column : {static_cast<QWidget*>(connection), static_cast<QWidget*>(contents)}) {
+        QSizePolicy policy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        policy.setHeightForWidth(true);
+        column->setSizePolicy(policy);
+        columns->addWidget(column, 1);
+    }
+    scroll = new QScrollArea;
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setWidgetResizable(true);
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroll->setFocusPolicy(Qt::NoFocus);
+    scroll->setWidget(page);
+    connect(scroll->verticalScrollBar(), &QScrollBar::rangeChanged, this, &ProfileEditor::fitMargins);
+    fitMargins();
+    return scroll;
+}
+
+QWidget* ProfileEditor::makeFooter() {
+    auto* const footer = makeSurface(Surface::footer);
+    auto* const layout = makeLayout<QVBoxLayout>(footerInset, footer);
+    layout->setContentsMargins(margin, footerInset, margin, footerInset);
+    strip = new MessageStrip;
+    layout->addWidget(strip);
+    auto* const buttons = makeLayout<QHBoxLayout>(8);
+    testButton = new PushButton(tr("Test connection"));
+    testButton->setSymbol("network");
+    connect(testButton, &QPushButton::clicked, this, &ProfileEditor::testConnection);
+    buttons->addWidget(testButton);
+    buttons->addStretch(1);
+    auto* const cancel = new PushButton(tr("Cancel"));
+    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+    buttons->addWidget(cancel);
+    saveButton = new PushButton(QString(), ButtonKind::primary);
+    connect(saveButton, &QPushButton::clicked, this, &ProfileEditor::save);
+    buttons->addWidget(saveButton);
+    layout->addLayout(buttons);
+    return footer;
+}
+
+void ProfileEditor::connectFields() {
+    connect(connection, &ConnectionFields::edited, this, &ProfileEditor::forgetMessage);
+    connect(connection, &ConnectionFields::connectionEdited, this, [this] {
+        // Its result would be told of a connection that is not the one on the screen.
+        test.cancel();
+        showState();
+    });
+    connect(contents, &ContentFields::edited, this, &ProfileEditor::forgetMessage);
+    connect(contents, &ContentFields::optionsChanged, this, &ProfileEditor::showState);
+    connect(contents, &ContentFields::advancedShown, this, &ProfileEditor::makeRoomForAdvanced);
+    connect(contents, &ContentFields::syncContentsWanted, this, [this] { choose(true); });
+    connect(contents, &ContentFields::downloadContentsWanted, this, [this] { choose(false); });
+    connect(&bridge, &ModelBridge::profilesChanged, this, &ProfileEditor::followModel);
+}
+
+// The scroll bar lies in the margin, so that the fields keep their place when it comes and goes.
+void ProfileEditor::fitMargins() {
+    const QScrollBar* const bar = scroll->verticalScrollBar();
+    const int beside = bar->maximum() > bar->minimum() ? margin - bar->sizeHint().width() : margin;
+    columns->setContentsMargins(readingMargins(margin, 4, beside, margin / 2));
+}
+
+void ProfileEditor::resizeEvent(QResizeEvent* event) {
+    QDialog::resizeEvent(event);
+    const bool isWide = width() - 2 * margin >= scaledToText(twoColumnWidth);
+    columns->setDirection(isWide ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
+    columns->setSpacing(isWide ? columnGap : fieldGap);
+}
+
+void ProfileEditor::makeRoomForAdvanced() {
+    const int wanted = std::min(scaledToText(heightWithAdvanced), screen()->availableSize().height());
+    if (height() < wanted) resize(width(), wanted);
+}
+
+void ProfileEditor::showEvent(QShowEvent* event) {
+    QDialog::showEvent(event);
+    openSyncContentsOnce();
+}
+
+// What was pressed twice in a hurry must not go to another button when its own is disabled; see testConnection().
+void ProfileEditor::keyPressEvent(QKeyEvent* event) {
+    const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (isEnter && focusWidget() == this) return;
+    QDialog::keyPressEvent(event);
+}
+
+void ProfileEditor::done(int result) {
+    test.cancel();
+    QDialog::done(result);
+}
+
+void ProfileEditor::loadPassword() {
+    if (!original) {
+        loaded = true;
+        return;
+    }
+    connection->awaitPassword();
+    const QPointer<ProfileEditor> self(this);
+    model.withPassword(
+        original->id,
+        [self](const std::string& password) {
+            if (self) self->passwordKnown(password);
+        },
+        [self](const std::string& failure) {
+            if (!self) return;
+            // Nobody can choose contents without a password.
+            self->wantsSyncContents = false;
+            self->passwordKnown({});
+            self->strip->showFailure(shown(failure));
+        });
+}
+
+void ProfileEditor::passwordKnown(const std::string& password) {
+    savedPassword = password;
+    loaded = true;
+    connection->setPassword(password);
+    showState();
+    openSyncContentsOnce();
+}
+
+void ProfileEditor::openSyncContentsOnce() {
+    if (!loaded || !isVisible() || !std::exchange(wantsSyncContents, false)) return;
+    // On top of a sheet that is on the screen by then.
+    QMetaObject::invokeMethod(
+        this, [this] { choose(true); }, Qt::QueuedConnection);
+}
+
+// What the model itself changes meanwhile, an initial download that has ended for one, must not be undone by saving.
+void ProfileEditor::followModel() {
+    if (!original || !isVisible()) return;
+    if (const Profile* const now = model.profile(original->id)) {
+        contents->followOptions(*now);
+        showState();
+    } else if (!busy) {
+        becomeNew();
+    }
+}
+
+void ProfileEditor::becomeNew() {
+    original.reset();
+    strip->showFailure(
+        tr("This profile was removed meanwhile. Nothing that you entered is lost: create a new profile from it, or "
+           "cancel."));
+    showState();
+}
+
+Profile ProfileEditor::draft() const {
+    Profile fields = selections;
+    connection->writeTo(fields);
+    contents->writeTo(fields);
+    const Profile* const now = original ? model.profile(original->id) : nullptr;
+    return now == nullptr ? fields : withEdits(*now, *original, fields);
+}
+
+void ProfileEditor::forgetMessage() {
+    strip->clear();
+    mark(EditorField::none);
+}
+
+void ProfileEditor::fail(const Objection& objection) {
+    strip->showFailure(shown(objection.message));
+    mark(objection.field);
+}
+
+void ProfileEditor::mark(EditorField bad) {
+    for (const EditorField which : allFields) {
+        QWidget* widget = connection->field(which);
+        if (widget == nullptr) widget = contents->field(which);
+        if (widget == nullptr) continue;
+        setStyleProperty(*widget, "bad", which == bad);
+        if (which != bad) continue;
+        widget->setFocus();
+        scroll->ensureWidgetVisible(widget);
+    }
+}
+
+SavingState ProfileEditor::savingState() const {
+    return {
+        .busy = busy,
+        .isNew = !original,
+        .downloadFirst = contents->downloadFirst(),
+        .contentsChosen = hasDownloadContents(draft())};
+}
+
+void ProfileEditor::showState() {
+    saveButton->setLabel(savingLabel(savingState()));
+    saveButton->setEnabled(!busy);
+    scroll->widget()->setEnabled(!busy);
+    testButton->setBusy(test.running());
+    testButton->setEnabled(loaded && !busy && !test.running() && !model.isDemo());
+    testButton->setToolTip(model.isDemo() ? notInDemo() : QString());
+    contents->showSelections(draft());
+}
+
+void ProfileEditor::testConnection() {
+    forgetMessage();
+    test.start(draft(), connection->password(), [this](const ConnectionTest::Result& result) { finishTest(result); });
+    const bool hadFocus = focusWidget() == testButton;
+    showState();
+    if (hadFocus) setFocus();
+}
+
+void ProfileEditor::finishTest(const ConnectionTest::Result& result) {
+    showState();
+    if (focusWidget() == this) testButton->setFocus();
+    if (result.failure.empty()) {
+        strip->showSuccess(connectedMessage(result.items));
+    } else {
+        strip->showFailure(shown(result.failure));
+    }
+}
+
+void ProfileEditor::choose(bool syncMode) {
+    if (!loaded || !browse) return;
+    if (model.isDemo()) {
+        strip->showFailure(notInDemo());
+        return;
+    }
+    Profile wanted = draft();
+    wanted.needsDownload = false; // what it needs is just being chosen
+    if (const Objection objection = objectionTo(wanted); !objection.message.empty()) {
+        fail(objection);
+        return;
+    }
+    forgetMessage();
+    const auto& chosen = syncMode ? wanted.effectiveSyncSelection() : wanted.initialDownloadSelection;
+    const DownloadSelection current = chosen     ? *chosen
+                                      : syncMode ? DownloadSelection::everything()
+                                                 : DownloadSelection();
+    browse(
+        wanted.validated(), connection->password(), syncMode, current,
+        [self = QPointer<ProfileEditor>(this), syncMode](const DownloadSelection& selection) {
+            if (self) self->applyChoice(syncMode, selection);
+        });
+}
+
+void ProfileEditor::applyChoice(bool syncMode, const DownloadSelection& chosen) {
+    // What is downloaded at first is also what is watched afterwards, until the sync contents are chosen by themselves.
+    if (!syncMode) selections.initialDownloadSelection = chosen;
+    selections.syncSelection = chosen;
+    forgetMessage();
+    showState();
+}
+
+void ProfileEditor::save() {
+    if (busy) return;
+    if (asksForContents(savingState())) {
+        choose(false);
+        return;
+    }
+    forgetMessage();
+    const Profile wanted = draft();
+    if (refuse(wanted)) return;
+    if (!mustStorePassword()) {
+        finishSaving(std::nullopt);
+        return;
+    }
+    busy = true;
+    test.cancel();
+    showState();
+    setFocus();
+    const std::string password = connection->password();
+    model.storePassword(
+        wanted.id, password,
+        [self = QPointer<ProfileEditor>(this), &model = model, id = wanted.id,
+         password](const std::optional<std::string>& failure) {
+            if (self) self->passwordStored(password, failure);
+            if (!failure) model.removeStrayPassword(id);
+        });
+}
+
+// Before the password is stored, so that a profile that cannot be saved leaves none behind.
+bool ProfileEditor::refuse(const Profile& wanted) {
+    Objection objection = objectionTo(model.isDemo() ? withExistingFolder(wanted) : wanted);
+    if (objection.message.empty()) {
+        try {
+            model.checkSavable(wanted);
+            return false;
+        } catch (const std::exception& error) {
+            // All that is left to object to is another profile's hold on the folder.
+            objection = {.message = describe(error), .field = EditorField::localFolder};
+        }
+    }
+    fail(objection);
+    return true;
+}
+
+// A password that is not known, or not changed, stays as it is stored.
+bool ProfileEditor::mustStorePassword() const { return !original || connection->password() != savedPassword; }
+
+void ProfileEditor::passwordStored(const std::string& password, const std::optional<std::string>& failure) {
+    busy = false;
+    showState();
+    if (!isVisible()) return; // closed while the secret store was waiting
+    if (original && model.profile(original->id) == nullptr) {
+        becomeNew();
+        return;
+    }
+    if (!failure) {
+        savedPassword = password;
+        finishSaving(password);
+        return;
+    }
+    const QString remedy =
+        tr("Unlock the desktop's keyring, or install one such as GNOME Keyring or KWallet, and save again. You can "
+           "also go on without it and enter the password again next time.");
+    strip->showFailure(
+        shown(*failure) + u' ' + remedy, tr("Keep the password for this session only"),
+        [this, password] { finishSaving(password); });
+}
+
+void ProfileEditor::finishSaving(const std::optional<std::string>& password) {
+    const Profile wanted = draft();
+    const Profile* const saved = model.profile(wanted.id);
+    const std::optional<Profile> before = saved == nullptr ? std::nullopt : std::optional(*saved);
+    busy = true;
+    showState();
+    try {
+        if (password) model.keepForSession(wanted.id, *password);
+        model.save(wanted, std::nullopt);
+    } catch (const std::exception& error) {
+        busy = false;
+        showState();
+        saveButton->setFocus();
+        fail({.message = describe(error)});
+        return;
+    }
+    accept();
+    const bool isMoved = before && !isSamePlaceOnServer(*before, *model.profile(wanted.id));
+    if (isMoved && !model.baseline(wanted.id).empty()) Q_EMIT moved(wanted.id);
+}
+
+} // namespace zembrastel::ui

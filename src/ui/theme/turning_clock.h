@@ -1,0 +1,52 @@
+// The one clock of everything that turns.
+//
+// Main thread; owned by the application. Whatever is painted turning asks, while it is painted, to be painted again.
+// What is hidden or has stopped is not painted, asks no more, and so the timer ends by itself.
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <QRegion>
+#include <QTimer>
+#include <QWidget>
+
+#include <chrono>
+#include <functional>
+#include <utility>
+#include <vector>
+
+namespace zembrastel::ui {
+
+class TurningClock : public QObject {
+    Q_OBJECT
+
+public:
+    explicit TurningClock(QObject* parent);
+
+    // The angle of this moment, in degrees clockwise; 0 where the theme allows no motion.
+    [[nodiscard]] double angle() const;
+
+    // Where the angle's time comes from: at first the machine's own that never goes back.
+    void setTime(std::function<std::chrono::milliseconds()> source) { time = std::move(source); }
+
+    // Has a part of the widget painted again at the next tick.
+    void repaintSoon(QWidget& widget, const QRect& part);
+
+    [[nodiscard]] bool running() const { return timer.isActive(); }
+
+private:
+    struct Request {
+        QPointer<QWidget> widget;
+        QRegion region;
+    };
+
+    void tick();
+
+    std::function<std::chrono::milliseconds()> time;
+    QTimer timer;
+    std::vector<Request> requests;
+};
+
+[[nodiscard]] TurningClock& turningClock();
+
+} // namespace zembrastel::ui

@@ -1,0 +1,120 @@
+#include "ui/widgets/row_painter.h"
+
+#include "ui/theme/symbol_icon.h"
+#include "ui/theme/theme.h"
+#include "ui/widgets/status_symbol.h"
+
+#include <QAbstractItemView>
+#include <QCursor>
+#include <QStyle>
+
+#include <algorithm>
+
+namespace zembrastel::ui {
+namespace {
+
+constexpr int badgePadding = 8;
+
+std::string_view symbolOf(DownloadSelection::Mark mark) {
+    switch (mark) {
+    case DownloadSelection::Mark::all:
+        return "checkmark.square.fill";
+    case DownloadSelection::Mark::partial:
+        return "minus.square.fill";
+    case DownloadSelection::Mark::none:
+        break;
+    }
+    return "square";
+}
+
+} // namespace
+
+int lineWidth(TextStyle style, const QString& text) { return QFontMetrics(fontOf(style)).horizontalAdvance(text); }
+
+int lineHeight(TextStyle style) { return QFontMetrics(fontOf(style)).height(); }
+
+QRect centredIn(const QRect& row, int left, const QSize& size) {
+    return {QPoint(left, row.top() + (row.height() - size.height()) / 2), size};
+}
+
+RowPainter::RowPainter(QPainter& target, const QStyleOptionViewItem& rowOption) : painter(target), option(rowOption) {
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+}
+
+RowPainter::~RowPainter() { painter.restore(); }
+
+QRect RowPainter::visual(const QRect& part) const { return QStyle::visualRect(option.direction, option.rect, part); }
+
+bool RowPainter::hovered(const QRect& part) const {
+    const auto* const view = qobject_cast<const QAbstractItemView*>(option.widget);
+    return hovered() && view != nullptr && visual(part).contains(view->viewport()->mapFromGlobal(QCursor::pos()));
+}
+
+void RowPainter::plate(const QRect& where, const QColor& colour, double radius) {
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(colour);
+    painter.drawRoundedRect(visual(where), radius, radius);
+}
+
+void RowPainter::focusRing(const QRect& plate, double radius) {
+    if (!option.state.testFlag(QStyle::State_HasFocus)) return;
+    if (!option.state.testFlag(QStyle::State_KeyboardFocusChange)) return;
+    painter.setPen(QPen(colours().accent, 2));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(QRectF(visual(plate)).adjusted(1, 1, -1, -1), radius - 1, radius - 1);
+}
+
+void RowPainter::divider(int left, int right) {
+    painter.fillRect(
+        visual(QRect(QPoint(left, option.rect.bottom()), QPoint(right, option.rect.bottom()))), colours().line);
+}
+
+int RowPainter::line(const QRect& where, const QString& text, const LineLook& look) {
+    painter.setFont(fontOf(look.style));
+    painter.setPen(look.colour);
+    // A name or a path reads in its own direction wherever it stands.
+    painter.setLayoutDirection(text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
+    const QString visible = painter.fontMetrics().elidedText(text, look.elide, where.width());
+    const auto alignment = QStyle::visualAlignment(option.direction, look.side) | Qt::AlignAbsolute | Qt::AlignVCenter;
+    painter.drawText(visual(where), static_cast<int>(alignment) | Qt::TextSingleLine, visible);
+    return painter.fontMetrics().horizontalAdvance(visible);
+}
+
+void RowPainter::symbol(const QRect& where, std::string_view name, const QColor& colour) {
+    paintSymbol(painter, visual(where), name, colour);
+}
+
+void RowPainter::turningSymbol(const QRect& where, std::string_view name, const QColor& colour) {
+    if (const auto* const view = qobject_cast<const QAbstractItemView*>(option.widget)) {
+        paintTurning(painter, visual(where), name, colour, *view->viewport());
+    }
+}
+
+void RowPainter::tick(const QRect& where, DownloadSelection::Mark mark, bool pale) {
+    const bool empty = mark == DownloadSelection::Mark::none;
+    const Colours& now = colours();
+    paintSymbol(painter, visual(where), symbolOf(mark), empty || pale ? now.edge : now.accent, 0, now.card);
+}
+
+int RowPainter::badgeWidth(const QString& text) { return lineWidth(TextStyle::badge, text) + 2 * badgePadding; }
+
+int RowPainter::badgeHeight() { return std::max(20, lineHeight(TextStyle::badge) + 4); }
+
+void RowPainter::badge(const QRect& where, const QString& text, bool accented) {
+    plate(where, accented ? colours().soft : colours().side, where.height() / 2.0);
+    painter.setFont(fontOf(TextStyle::badge));
+    painter.setPen(accented ? colours().accentHover : colours().dim);
+    painter.drawText(visual(where), Qt::AlignCenter | Qt::TextSingleLine, text);
+}
+
+void RowPainter::button(const QRect& where, const QString& text) {
+    painter.setPen(colours().control);
+    painter.setBrush(hovered(where) ? colours().hover : colours().card);
+    painter.drawRoundedRect(QRectF(visual(where)).adjusted(0.5, 0.5, -0.5, -0.5), 6, 6);
+    painter.setFont(fontOf(TextStyle::body));
+    painter.setPen(colours().text);
+    painter.drawText(visual(where), Qt::AlignCenter | Qt::TextSingleLine, text);
+}
+
+} // namespace zembrastel::ui

@@ -1,0 +1,79 @@
+#include "ui/widgets/sheet_layout.h"
+
+#include "ui/theme/reading_direction.h"
+#include "ui/theme/surface.h"
+#include "ui/theme/text_style.h"
+#include "ui/widgets/tile.h"
+#include "ui/widgets/wrap_label.h"
+
+#include <QHBoxLayout>
+#include <QVBoxLayout>
+
+namespace zembrastel::ui {
+namespace {
+
+constexpr int margin = 24;
+constexpr int gap = 12;
+
+} // namespace
+
+QLayout* makeSheetHead(QDialog& sheet, std::string_view symbol, const QString& title, const QStringList& explanation) {
+    sheet.setWindowTitle(title);
+    sheet.setAccessibleName(title);
+    sheet.setAccessibleDescription(explanation.join(u' '));
+    auto* const texts = new QVBoxLayout;
+    texts->setSpacing(4);
+    texts->addWidget(new WrapLabel(title, TextStyle::dialogTitle));
+    for (const QString& part : explanation) texts->addWidget(new WrapLabel(part, TextStyle::explanation, Tone::dim));
+    auto* const head = new QHBoxLayout;
+    head->setSpacing(16);
+    head->addWidget(new Tile(symbol, TileKind::soft, 44), 0, Qt::AlignTop);
+    head->addLayout(texts, 1);
+    return head;
+}
+
+QLayout* makeSheetTools(std::initializer_list<PushButton*> buttons, QLabel* summary) {
+    auto* const tools = new QHBoxLayout;
+    tools->setSpacing(8);
+    for (PushButton* const button : buttons) tools->addWidget(button);
+    tools->addStretch(1);
+    tools->addWidget(summary);
+    return tools;
+}
+
+QWidget* makeListCard(QListView* list, int inset) {
+    QFrame* const card = makeSurface(Surface::card);
+    auto* const layout = new QVBoxLayout(card);
+    // The scroll bar stands nearer to the edge than the rows do.
+    layout->setContentsMargins(readingMargins(7, inset, 1, inset));
+    layout->addWidget(list);
+    return card;
+}
+
+QWidget* makeSheetFoot(std::initializer_list<PushButton*> buttons) {
+    QFrame* const foot = makeSurface(Surface::footer);
+    auto* const layout = new QHBoxLayout(foot);
+    layout->setContentsMargins(margin, gap, margin, gap);
+    layout->setSpacing(8);
+    layout->addStretch(1);
+    for (PushButton* const button : buttons) layout->addWidget(button);
+    return foot;
+}
+
+void layOutSheet(QDialog& sheet, QLayout* head, QLayout* tools, QWidget* card, QWidget* foot) {
+    auto* const body = new QVBoxLayout;
+    body->setContentsMargins(margin, 20, margin, 16);
+    body->setSpacing(gap);
+    body->addLayout(head);
+    body->addLayout(tools);
+    body->addWidget(card, 1);
+    auto* const layout = new QVBoxLayout(&sheet);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addLayout(body, 1);
+    layout->addWidget(foot);
+    // Only now: Qt makes a button the default of the dialog that it is in at that moment.
+    for (auto* const button : foot->findChildren<PushButton*>()) button->setDefault(button->isFilled());
+}
+
+} // namespace zembrastel::ui

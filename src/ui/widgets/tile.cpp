@@ -1,0 +1,48 @@
+#include "ui/widgets/tile.h"
+
+#include "ui/theme/symbol_icon.h"
+#include "ui/theme/theme.h"
+
+namespace zembrastel::ui {
+namespace {
+
+QColor background(TileKind kind) {
+    switch (kind) {
+    case TileKind::soft:
+        return colours().soft;
+    case TileKind::warning:
+        return colours().warnSoft;
+    case TileKind::filled:
+        return colours().accent;
+    case TileKind::bare:
+        break;
+    }
+    return Qt::transparent;
+}
+
+QColor foreground(TileKind kind) {
+    if (kind == TileKind::warning) return colours().warn;
+    return kind == TileKind::filled ? colours().onAccent : colours().accent;
+}
+
+} // namespace
+
+Tile::Tile(std::string_view symbolName, TileKind tileKind, int side, QWidget* parent)
+    : QWidget(parent), symbol(symbolName), kind(tileKind) {
+    setFixedSize(side, side);
+}
+
+void Tile::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(background(kind));
+    const double radius = width() / 4.0;
+    painter.drawRoundedRect(rect(), radius, radius);
+    const int side = width() < 60 ? (width() < 44 ? 20 : 22) : width() * 5 / 9;
+    QRect middle(0, 0, side, side);
+    middle.moveCenter(rect().center());
+    paintSymbol(painter, middle, symbol, foreground(kind));
+}
+
+} // namespace zembrastel::ui
