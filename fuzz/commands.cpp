@@ -112,11 +112,11 @@ void controlConnection(std::string_view input) {
 
 void shellWords(std::string_view input) {
     const std::string word(input);
-    promise(cli::splitWords(shellQuoted(word)) == std::vector<std::string>{word}, "a quoted word stays one word");
+    promise(cli::splitWords(cli::shellQuoted(word)) == std::vector<std::string>{word}, "a quoted word stays one word");
     const auto words = cli::splitWords(input);
     if (!words) return;
     std::string line;
-    for (const auto& each : *words) line += shellQuoted(each) + ' ';
+    for (const auto& each : *words) line += cli::shellQuoted(each) + ' ';
     promise(cli::splitWords(line) == words, "words that are quoted again are the same words");
 }
 

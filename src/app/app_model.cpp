@@ -323,6 +323,13 @@ bool AppModel::step(const Uuid& id, const std::function<bool(Job&)>& take) {
     }
 }
 
+// Starts a task of the profile's job. It begins when the task before it has ended, see task_lane.h.
+std::stop_source AppModel::startTask(const Uuid& id, BackgroundTasks::Body body) {
+    auto& lane = lanes[id];
+    if (!lane) lane = std::make_shared<TaskLane>();
+    return tasks.start([lane = lane, body = std::move(body)](const std::stop_token& stop) { lane->run(body, stop); });
+}
+
 EventSink AppModel::eventSink(const Uuid& id, const Uuid& generation, const std::stop_token& stop) {
     auto applying = [weak = std::weak_ptr(self), id, generation](WorkerEvent event) {
         return [weak, id, generation, event = std::move(event)] {
@@ -358,25 +365,26 @@ void AppModel::launchWorker(const Uuid& id) {
     forgetPublished(jobs.at(id).work().toSend, id);
     const bool begun = step(id, [&](Job& job) {
         const auto start = [&] {
-            return tasks.start([this, work = job.work(), files = baseline(id), dates = remoteDates(id),
-                                journal = journalOf(id)](const std::stop_token& stop) {
-                const SyncWorker worker{
-                    .profile = work.profile,
-                    .password = work.password,
-                    .control = work.control,
-                    .initialBaseline = files,
-                    .events = eventSink(work.profile.id, work.generation, stop),
-                    .clock = options.clock,
-                    .retryWait = work.retryWait,
-                    .traits = work.traits,
-                    .seen = work.seen,
-                    .recordedDates = dates,
-                    .mayReplaceUnseen = work.checkSkipped,
-                    .journal = journal,
-                    .privateItems = privateItems,
-                    .filesMayBeGone = work.filesMayBeGone};
-                jobWork.watch(worker, stop);
-            });
+            return startTask(
+                id, [this, work = job.work(), files = baseline(id), dates = remoteDates(id),
+                     journal = journalOf(id)](const std::stop_token& stop) {
+                    const SyncWorker worker{
+                        .profile = work.profile,
+                        .password = work.password,
+                        .control = work.control,
+                        .initialBaseline = files,
+                        .events = eventSink(work.profile.id, work.generation, stop),
+                        .clock = options.clock,
+                        .retryWait = work.retryWait,
+                        .traits = work.traits,
+                        .seen = work.seen,
+                        .recordedDates = dates,
+                        .mayReplaceUnseen = work.checkSkipped,
+                        .journal = journal,
+                        .privateItems = privateItems,
+                        .filesMayBeGone = work.filesMayBeGone};
+                    jobWork.watch(worker, stop);
+                });
         };
         return downloads ? job.downloadInitially(start) : job.watch(start);
     });

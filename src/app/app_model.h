@@ -8,6 +8,7 @@
 
 #include "app/context/background_tasks.h"
 #include "app/context/main_context.h"
+#include "app/context/task_lane.h"
 #include "app/job.h"
 #include "app/job_work.h"
 #include "app/model_observer.h"
@@ -245,6 +246,7 @@ private:
     void resumeWith(const Uuid& id, const Earlier& earlier);
     Job& openJob(const Profile& profile);
     [[nodiscard]] bool step(const Uuid& id, const std::function<bool(Job&)>& take);
+    [[nodiscard]] std::stop_source startTask(const Uuid& id, BackgroundTasks::Body body);
     void launchWorker(const Uuid& id);
     void endInsteadOfWatching(const Uuid& id);
     [[nodiscard]] EventSink eventSink(const Uuid& id, const Uuid& generation, const std::stop_token& stop);
@@ -318,6 +320,7 @@ private:
     std::map<Uuid, PathSet> missing;  // see missingOnServer()
     std::map<Uuid, Resend> resends;   // requested, and not begun
     std::map<Uuid, std::shared_ptr<ServerTraits>> serverTraits;
+    std::map<Uuid, std::shared_ptr<TaskLane>> lanes; // outlive the jobs: a stopped task may still be in its last step
     std::map<Uuid, std::string> passwords;
     std::vector<PrivateItem> privateItems; // see Options
     // Watched by what is posted to the main context, which may come when the model has gone.

@@ -181,6 +181,7 @@ void AppModel::forgetProfile(const Uuid& id) {
     state.baselines.erase(id);
     statuses.erase(id);
     passwords.erase(id);
+    lanes.erase(id);
     forgetServer(id);
     if (saver) saver->forget(id);
     notify([](ModelObserver& observer) { observer.profilesChanged(); });

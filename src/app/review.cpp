@@ -77,7 +77,7 @@ void AppModel::startCheck(const Uuid& id, const Earlier& earlier) {
             if (!work.retryWait->sleep(options.clock, stop)) return;
         }
     };
-    if (step(id, [&](Job& job) { return job.check([&] { return tasks.start(body); }); })) publishReview(id);
+    if (step(id, [&](Job& job) { return job.check([&] { return startTask(id, body); }); })) publishReview(id);
 }
 
 void AppModel::finishCheck(const ServerCheck& check, const Uuid& id, const Earlier& earlier) {
@@ -390,7 +390,7 @@ void AppModel::startReviewDownload(const Uuid& id, const std::vector<RemoteChang
             onMain([this, id, message = describe(error)] { failedCheck(message, id, false); });
         }
     };
-    if (step(id, [&](Job& job) { return job.download([&] { return tasks.start(body); }); })) publishReview(id);
+    if (step(id, [&](Job& job) { return job.download([&] { return startTask(id, body); }); })) publishReview(id);
 }
 
 void AppModel::recordDownload(const Uuid& id, const RemoteChange& change, const Fingerprint& installed) {
