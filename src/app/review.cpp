@@ -86,8 +86,8 @@ void AppModel::finishCheck(const ServerCheck& check, const Uuid& id, const Earli
     jobs.at(id).keepSeen(check.seen);
     findToSend(check, id);
     unanswered[id] = pathsOf(changes);
+    rememberComparison(id);
     if (changes.empty()) {
-        rememberComparison(id);
         launchWorker(id);
         return;
     }
@@ -142,7 +142,8 @@ void AppModel::recordRecognised(const AnnouncedFiles& recognised, const Uuid& id
     saveSoon(id);
 }
 
-// A file of which nothing is recorded is another matter at the next comparison. See ServerRecord::wasCompared.
+// From now on, a file of which nothing is recorded is offered: see ServerRecord::wasCompared. It either appeared on the
+// server since, or stands in a review that the user has not answered.
 void AppModel::rememberComparison(const Uuid& id) {
     if (!state.remoteDates) state.remoteDates.emplace();
     if (state.remoteDates->try_emplace(id).second) saveSoon(id);
