@@ -4,7 +4,7 @@
 #pragma once
 
 #include "model/error.h"
-#include "platform/shared.h"
+#include "platform/cow_ptr.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -153,7 +153,7 @@ struct PathFolder {
 
     struct Child {
         std::string name;
-        Shared<PathFolder> folder; // never empty
+        CowPtr<PathFolder> folder; // never empty
     };
 
     // Where the folder of this name is, or would be inserted.
@@ -187,7 +187,7 @@ struct PathFolder {
         for (const auto& child : folders) size += child.folder->size;
     }
 
-    Shared<Files> files;        // nothing when there are none
+    CowPtr<Files> files;        // nothing when there are none
     std::vector<Child> folders; // in ascending order of their names
     std::size_t size = 0;       // files, at any depth
 };

@@ -28,7 +28,7 @@ namespace zembrastel {
 template <class Value>
 class PathMap {
     using Folder = PathFolder<Value>;
-    using Pointer = Shared<Folder>;
+    using Pointer = CowPtr<Folder>;
     using Files = FolderFiles<Value>;
     using Child = typename Folder::Child;
 
@@ -96,7 +96,7 @@ public:
 
 private:
     [[nodiscard]] const Folder* findFolder(std::string_view path) const;
-    [[nodiscard]] static Pointer made(Shared<Files> files, std::vector<Child> folders);
+    [[nodiscard]] static Pointer made(CowPtr<Files> files, std::vector<Child> folders);
     [[nodiscard]] static Pointer without(const Pointer& folder, std::string& path, const auto& gone);
     static void differences(const Folder* here, const Folder* there, std::string& path, const auto& visit);
     static void fileDifferences(const Files* here, const Files* there, std::string& path, const auto& visit);
@@ -213,10 +213,10 @@ private:
     }
 
     static Pointer finished(Draft& draft) {
-        Shared<Files> files;
+        CowPtr<Files> files;
         if (!draft.files.empty()) {
             draft.files.sort();
-            files = Shared<Files>(std::move(draft.files));
+            files = CowPtr<Files>(std::move(draft.files));
         }
         std::vector<Child> folders;
         folders.reserve(draft.folders.size());
@@ -298,7 +298,7 @@ private:
 
     static Pointer close(Level& level) {
         const auto* before = level.before.get();
-        auto files = before == nullptr ? Shared<Files>() : before->files;
+        auto files = before == nullptr ? CowPtr<Files>() : before->files;
         const bool sameFiles = files ? level.files.identical(*files) : level.files.empty();
         if (sameFiles && before != nullptr && level.folders.empty() && level.unchanged == before->folders.size()) {
             return level.before;
@@ -310,11 +310,11 @@ private:
         return made(std::move(files), level.folders);
     }
 
-    static Shared<Files> sorted(const Files& recorded) {
+    static CowPtr<Files> sorted(const Files& recorded) {
         if (recorded.empty()) return {};
         Files files = recorded;
         files.sort();
-        return Shared<Files>(std::move(files));
+        return CowPtr<Files>(std::move(files));
     }
 
     const PathMap before;
@@ -376,7 +376,7 @@ void PathMap<Value>::set(std::string_view path, const Value& value) {
 
 // Nothing for a folder of nothing.
 template <class Value>
-typename PathMap<Value>::Pointer PathMap<Value>::made(Shared<Files> files, std::vector<Child> folders) {
+typename PathMap<Value>::Pointer PathMap<Value>::made(CowPtr<Files> files, std::vector<Child> folders) {
     if (!files && folders.empty()) return {};
     Folder folder{.files = std::move(files), .folders = std::move(folders), .size = 0};
     folder.count();
@@ -393,7 +393,7 @@ typename PathMap<Value>::Pointer PathMap<Value>::without(const Pointer& folder, 
             below(path, name, [&] { stays = !gone(std::string_view(path), value); });
             return stays;
         });
-        if (kept.size() != files->size()) files = kept.empty() ? Shared<Files>() : Shared<Files>(std::move(kept));
+        if (kept.size() != files->size()) files = kept.empty() ? CowPtr<Files>() : CowPtr<Files>(std::move(kept));
     }
     bool changed = files != folder->files;
     std::vector<Child> folders;
