@@ -35,7 +35,7 @@ bool isRemoteFolder(std::string_view folder) {
            && std::ranges::none_of(components, leadsAstray);
 }
 
-// Throws for text that cannot be saved: a single one would prevent saving the whole state.
+// False if a text cannot be saved: a single one would prevent saving the whole state.
 bool hasValidTexts(const Profile& profile) {
     const auto hasValidRules = [](const std::optional<DownloadSelection>& selection) {
         return !selection
