@@ -1,7 +1,7 @@
 // Paints a version in the list of backups: the file, when the version was replaced and last changed, and its size.
 #pragma once
 
-#include "ui/backups/backup_rows.h"
+#include "ui/backups/backup_list.h"
 
 #include <QStyledItemDelegate>
 

@@ -3,7 +3,7 @@
 // Main thread.
 #pragma once
 
-#include "ui/backups/backup_rows.h"
+#include "ui/backups/backup_list.h"
 #include "ui/widgets/row_list.h"
 
 namespace zembrastel::ui {

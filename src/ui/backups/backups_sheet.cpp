@@ -1,7 +1,7 @@
 #include "ui/backups/backups_sheet.h"
 
 #include "ui/backups/backup_view.h"
-#include "ui/remote_changes/review_rows.h"
+#include "ui/remote_changes/change_list.h"
 #include "ui/theme/local_time.h"
 #include "ui/theme/text_style.h"
 #include "ui/widgets/confirm_dialog.h"

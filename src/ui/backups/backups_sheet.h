@@ -7,7 +7,7 @@
 #include "app/backups_model.h"
 #include "app/context/main_context.h"
 #include "model/profile.h"
-#include "ui/backups/backup_rows.h"
+#include "ui/backups/backup_list.h"
 #include "ui/widgets/message_strip.h"
 #include "ui/widgets/push_button.h"
 

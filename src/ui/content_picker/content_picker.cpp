@@ -1,8 +1,8 @@
 #include "ui/content_picker/content_picker.h"
 
-#include "ui/content_picker/content_rows.h"
+#include "ui/bridge/selection_summary.h"
+#include "ui/content_picker/content_tree_model.h"
 #include "ui/content_picker/content_view.h"
-#include "ui/content_picker/selection_summary.h"
 #include "ui/theme/text_style.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/sheet_layout.h"

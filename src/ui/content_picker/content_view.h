@@ -3,7 +3,7 @@
 // Main thread. Up and Down walk, Left and Right fold, Space ticks, Enter tries again where that is offered.
 #pragma once
 
-#include "ui/content_picker/content_row.h"
+#include "ui/content_picker/content_delegate.h"
 #include "ui/widgets/row_list.h"
 
 #include <optional>

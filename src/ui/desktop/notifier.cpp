@@ -1,6 +1,6 @@
 #include "ui/desktop/notifier.h"
 
-#include "ui/theme/foreign_text.h"
+#include "ui/theme/qt_text.h"
 
 #include <QApplication>
 

@@ -2,7 +2,7 @@
 
 #include "app/progress_text.h"
 #include "model/error.h"
-#include "ui/theme/foreign_text.h"
+#include "ui/theme/qt_text.h"
 #include "ui/theme/symbol_icon.h"
 #include "ui/theme/theme.h"
 

@@ -1,7 +1,7 @@
 // Paints a row of an import: the tick, the name, the server, the local folder with its button, and what to know of it.
 #pragma once
 
-#include "ui/import/import_rows.h"
+#include "ui/import/import_list.h"
 #include "ui/widgets/row_painter.h"
 
 #include <QStyledItemDelegate>

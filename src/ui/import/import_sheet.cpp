@@ -3,7 +3,7 @@
 #include "app/profile_takeover.h"
 #include "platform/standard_paths.h"
 #include "ui/import/import_view.h"
-#include "ui/theme/surface.h"
+#include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
 #include "ui/widgets/message_strip.h"
 #include "ui/widgets/sheet_layout.h"

@@ -7,7 +7,7 @@
 
 #include "app/context/background_tasks.h"
 #include "ui/bridge/model_bridge.h"
-#include "ui/import/import_rows.h"
+#include "ui/import/import_list.h"
 #include "ui/widgets/push_button.h"
 
 #include <QDialog>

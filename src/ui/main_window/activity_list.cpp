@@ -1,9 +1,9 @@
 #include "ui/main_window/activity_list.h"
 
 #include "ui/main_window/activity_row.h"
-#include "ui/theme/surface.h"
+#include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
-#include "ui/widgets/tile.h"
+#include "ui/widgets/symbol_widgets.h"
 
 #include <QAction>
 #include <QClipboard>

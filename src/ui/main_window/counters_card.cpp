@@ -2,7 +2,7 @@
 
 #include "ui/theme/local_time.h"
 #include "ui/theme/reading_direction.h"
-#include "ui/theme/surface.h"
+#include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
 
 #include <QVBoxLayout>

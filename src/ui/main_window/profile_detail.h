@@ -7,11 +7,11 @@
 #include "ui/bridge/model_bridge.h"
 #include "ui/main_window/activity_list.h"
 #include "ui/main_window/counters_card.h"
-#include "ui/main_window/detail_banners.h"
 #include "ui/main_window/detail_header.h"
+#include "ui/main_window/profile_cards.h"
+#include "ui/main_window/progress_widgets.h"
 #include "ui/main_window/route_card.h"
 #include "ui/main_window/status_line.h"
-#include "ui/widgets/progress_strip.h"
 
 #include <QScrollArea>
 #include <QTimer>

@@ -1,8 +1,8 @@
 #include "ui/main_window/profile_row.h"
 
+#include "ui/main_window/status_symbol.h"
 #include "ui/theme/theme.h"
 #include "ui/widgets/row_painter.h"
-#include "ui/widgets/status_symbol.h"
 
 #include <QAbstractScrollArea>
 #include <QMouseEvent>

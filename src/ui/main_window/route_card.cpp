@@ -1,10 +1,10 @@
 #include "ui/main_window/route_card.h"
 
-#include "ui/content_picker/selection_summary.h"
+#include "ui/bridge/selection_summary.h"
 #include "ui/theme/reading_direction.h"
-#include "ui/theme/surface.h"
+#include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
-#include "ui/widgets/tile.h"
+#include "ui/widgets/symbol_widgets.h"
 
 #include <QHBoxLayout>
 

@@ -1,7 +1,7 @@
 #include "ui/main_window/sidebar.h"
 
 #include "ui/theme/reading_direction.h"
-#include "ui/theme/surface.h"
+#include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
 #include "ui/widgets/wrap_label.h"
 

@@ -1,8 +1,8 @@
 // What a profile is doing: its status symbol, title and detail, as the model words them, and how far it has come.
 #pragma once
 
+#include "ui/main_window/status_symbol.h"
 #include "ui/widgets/progress_label.h"
-#include "ui/widgets/status_symbol.h"
 #include "ui/widgets/wrap_label.h"
 
 namespace zembrastel::ui {

@@ -2,7 +2,7 @@
 
 #include "ui/theme/text_style.h"
 #include "ui/widgets/symbol_view.h"
-#include "ui/widgets/tile.h"
+#include "ui/widgets/symbol_widgets.h"
 
 #include <QHBoxLayout>
 #include <QVBoxLayout>

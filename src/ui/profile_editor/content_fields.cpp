@@ -1,6 +1,6 @@
 #include "ui/profile_editor/content_fields.h"
 
-#include "ui/theme/surface.h"
+#include "ui/theme/style.h"
 #include "ui/widgets/form_field.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/switch.h"

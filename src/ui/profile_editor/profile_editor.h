@@ -7,7 +7,7 @@
 #pragma once
 
 #include "ui/bridge/model_bridge.h"
-#include "ui/profile_editor/connection_test.h"
+#include "ui/profile_editor/connection_check.h"
 #include "ui/profile_editor/editor_rules.h"
 
 #include <QDialog>

@@ -1,7 +1,7 @@
 // Paints a row of the review: the tick, the path, both dates, and a warning where there is one.
 #pragma once
 
-#include "ui/remote_changes/review_rows.h"
+#include "ui/remote_changes/change_list.h"
 #include "ui/widgets/row_painter.h"
 
 #include <QStyledItemDelegate>

@@ -1,7 +1,7 @@
 #include "ui/remote_changes/review_sheet.h"
 
 #include "ui/remote_changes/review_view.h"
-#include "ui/theme/foreign_text.h"
+#include "ui/theme/qt_text.h"
 #include "ui/theme/text_style.h"
 #include "ui/widgets/sheet_layout.h"
 

@@ -8,7 +8,7 @@
 
 #include "app/app_model.h"
 #include "ui/bridge/model_bridge.h"
-#include "ui/remote_changes/review_rows.h"
+#include "ui/remote_changes/change_list.h"
 #include "ui/widgets/push_button.h"
 
 #include <QDialog>

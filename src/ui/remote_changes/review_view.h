@@ -1,7 +1,7 @@
 // The list of a review, of which a click anywhere in a row, or Space, changes the tick.
 #pragma once
 
-#include "ui/remote_changes/review_rows.h"
+#include "ui/remote_changes/change_list.h"
 #include "ui/widgets/row_list.h"
 
 namespace zembrastel::ui {

@@ -1,9 +1,9 @@
 #include "ui/widgets/confirm_dialog.h"
 
-#include "ui/theme/surface.h"
+#include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
 #include "ui/widgets/push_button.h"
-#include "ui/widgets/tile.h"
+#include "ui/widgets/symbol_widgets.h"
 #include "ui/widgets/wrap_label.h"
 
 #include <QHBoxLayout>

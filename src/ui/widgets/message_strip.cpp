@@ -1,6 +1,6 @@
 #include "ui/widgets/message_strip.h"
 
-#include "ui/theme/surface.h"
+#include "ui/theme/style.h"
 #include "ui/theme/symbol_icon.h"
 #include "ui/theme/theme.h"
 #include "ui/widgets/form_field.h"

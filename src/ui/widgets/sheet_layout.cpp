@@ -1,9 +1,9 @@
 #include "ui/widgets/sheet_layout.h"
 
 #include "ui/theme/reading_direction.h"
-#include "ui/theme/surface.h"
+#include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
-#include "ui/widgets/tile.h"
+#include "ui/widgets/symbol_widgets.h"
 #include "ui/widgets/wrap_label.h"
 
 #include <QHBoxLayout>

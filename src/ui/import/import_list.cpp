@@ -1,4 +1,4 @@
-#include "ui/import/import_rows.h"
+#include "ui/import/import_list.h"
 
 #include "app/profile_takeover.h"
 #include "ui/theme/text_style.h"

@@ -1,4 +1,4 @@
-#include "ui/widgets/progress_strip.h"
+#include "ui/main_window/progress_widgets.h"
 
 #include "app/progress_text.h"
 #include "ui/theme/theme.h"

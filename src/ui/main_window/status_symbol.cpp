@@ -1,4 +1,4 @@
-#include "ui/widgets/status_symbol.h"
+#include "ui/main_window/status_symbol.h"
 
 #include "ui/theme/symbol_icon.h"
 #include "ui/theme/theme.h"

@@ -1,4 +1,4 @@
-#include "ui/theme/foreign_text.h"
+#include "ui/theme/qt_text.h"
 
 namespace zembrastel::ui {
 namespace {

@@ -1,4 +1,4 @@
-#include "ui/theme/surface.h"
+#include "ui/theme/style.h"
 
 #include "ui/theme/style_property.h"
 

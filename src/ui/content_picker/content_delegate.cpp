@@ -1,4 +1,4 @@
-#include "ui/content_picker/content_row.h"
+#include "ui/content_picker/content_delegate.h"
 
 #include "ui/theme/theme.h"
 

@@ -1,8 +1,8 @@
-#include "ui/main_window/detail_banners.h"
+#include "ui/main_window/profile_cards.h"
 
-#include "ui/theme/foreign_text.h"
+#include "ui/theme/qt_text.h"
 #include "ui/theme/reading_direction.h"
-#include "ui/theme/surface.h"
+#include "ui/theme/style.h"
 #include "ui/widgets/symbol_view.h"
 
 #include <QGridLayout>

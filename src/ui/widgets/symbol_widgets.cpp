@@ -1,4 +1,4 @@
-#include "ui/widgets/tile.h"
+#include "ui/widgets/symbol_widgets.h"
 
 #include "ui/theme/symbol_icon.h"
 #include "ui/theme/theme.h"

@@ -1,7 +1,7 @@
 // Paints a line of the content picker's tree, and knows where its parts are.
 #pragma once
 
-#include "ui/content_picker/content_rows.h"
+#include "ui/content_picker/content_tree_model.h"
 #include "ui/widgets/row_painter.h"
 
 #include <QStyledItemDelegate>

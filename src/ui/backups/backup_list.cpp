@@ -1,6 +1,6 @@
-#include "ui/backups/backup_rows.h"
+#include "ui/backups/backup_list.h"
 
-#include "ui/remote_changes/review_rows.h"
+#include "ui/remote_changes/change_list.h"
 #include "ui/theme/local_time.h"
 #include "ui/theme/text_style.h"
 

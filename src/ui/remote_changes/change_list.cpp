@@ -1,4 +1,4 @@
-#include "ui/remote_changes/review_rows.h"
+#include "ui/remote_changes/change_list.h"
 
 #include "ui/theme/local_time.h"
 #include "ui/theme/text_style.h"

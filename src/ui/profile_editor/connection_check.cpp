@@ -1,4 +1,4 @@
-#include "ui/profile_editor/connection_test.h"
+#include "ui/profile_editor/connection_check.h"
 
 #include "model/error.h"
 #include "transport/ftp_transport.h"

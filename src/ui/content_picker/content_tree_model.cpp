@@ -1,4 +1,4 @@
-#include "ui/content_picker/content_rows.h"
+#include "ui/content_picker/content_tree_model.h"
 
 #include "ui/theme/text_style.h"
 
