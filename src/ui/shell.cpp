@@ -7,6 +7,7 @@
 #include "ui/import/import_sheet.h"
 #include "ui/profile_editor/profile_editor.h"
 #include "ui/remote_changes/review_sheet.h"
+#include "ui/theme/qt_text.h"
 #include "ui/widgets/confirm_dialog.h"
 
 #include <QAction>
@@ -20,7 +21,7 @@ namespace {
 QString shortPath(const std::filesystem::path& path) {
     const auto inHome = path.lexically_relative(homeFolder());
     const bool below = !inHome.empty() && *inHome.begin() != "..";
-    return QString::fromStdString(below ? "~/" + inHome.string() : path.string());
+    return toQString(below ? "~/" + inHome.string() : path.string());
 }
 
 } // namespace
@@ -71,7 +72,7 @@ void Shell::startAtLogin(bool wanted) {
     try {
         wanted ? startEntry->switchOn() : startEntry->switchOff();
     } catch (const std::exception& error) {
-        window.tellFailure(QString::fromStdString(describe(error)));
+        window.tellFailure(toQString(describe(error)));
         return;
     }
     ConfirmDialog::tell(

@@ -2,7 +2,6 @@
 #include "ui/main_window/status_symbol.h"
 #include "ui/theme/theme.h"
 #include "ui/theme/turning_clock.h"
-#include "ui/widgets/status_presentation.h"
 
 #include <gtest/gtest.h>
 

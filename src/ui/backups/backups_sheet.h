@@ -18,7 +18,7 @@
 
 namespace zembrastel::ui {
 
-class BackupView;
+class BackupListView;
 
 // "No versions", or "2 files, 3 versions, 1.2 MB".
 [[nodiscard]] QString backupsSummary(const BackupTotals& totals);
@@ -52,8 +52,8 @@ private:
 
     const Profile profile;
     BackupsModel backups;
-    BackupRows* rows = nullptr;
-    BackupView* list = nullptr;
+    BackupListModel* rows = nullptr;
+    BackupListView* list = nullptr;
     QLabel* summary = nullptr;
     PushButton* openButton = nullptr;
     PushButton* restoreButton = nullptr;

@@ -27,7 +27,7 @@ constexpr int messageLeft = 56;
 constexpr int retryHeight = 26;
 constexpr int retryPadding = 15;
 
-QString retryLabel() { return ContentRows::tr("Retry"); }
+QString retryLabel() { return ContentTreeModel::tr("Retry"); }
 
 TextStyle nameStyle(const ContentLine& line) { return line.isFolder() ? TextStyle::strong : TextStyle::body; }
 
@@ -45,7 +45,7 @@ int textLeftOf(const ContentLine& line) {
 } // namespace
 
 // As though the reading direction were from left to right.
-struct ContentRow::Places {
+struct ContentDelegate::Places {
     QRect row;
     QRect chevron;
     QRect tick;
@@ -54,14 +54,15 @@ struct ContentRow::Places {
     QRect retry;
 };
 
-ContentRow::ContentRow(const ContentRows& rowModel, QObject* parent) : QStyledItemDelegate(parent), rows(rowModel) {}
+ContentDelegate::ContentDelegate(const ContentTreeModel& rowModel, QObject* parent)
+    : QStyledItemDelegate(parent), rows(rowModel) {}
 
 // More than the design's where the desktop's text is large.
-int ContentRow::height() { return std::max(32, lineHeight(TextStyle::strong) + 12); }
+int ContentDelegate::height() { return std::max(32, lineHeight(TextStyle::strong) + 12); }
 
-QSize ContentRow::sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const { return {1, height()}; }
+QSize ContentDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const { return {1, height()}; }
 
-ContentRow::Places ContentRow::placesOf(const QRect& whole, const ContentLine& line, const QString& shown) {
+ContentDelegate::Places ContentDelegate::placesOf(const QRect& whole, const ContentLine& line, const QString& shown) {
     Places at;
     at.row = whole.adjusted(0, 0, -endMargin, 0);
     const int left = at.row.left() + line.depth * indent;
@@ -80,7 +81,7 @@ ContentRow::Places ContentRow::placesOf(const QRect& whole, const ContentLine& l
     return at;
 }
 
-ContentRow::Part ContentRow::partAt(
+ContentDelegate::Part ContentDelegate::partAt(
     const QRect& row, const QModelIndex& index, const QPoint& point, Qt::LayoutDirection direction) const {
     const ContentLine& line = rows.line(index);
     const Places at = placesOf(row, line, rows.shownText(line));
@@ -93,7 +94,7 @@ ContentRow::Part ContentRow::partAt(
     return line.isFolder() && near(at.chevron) ? Part::chevron : Part::none;
 }
 
-void ContentRow::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
+void ContentDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
     const ContentLine& line = rows.line(index);
     const QString shown = rows.shownText(line);
     const Places at = placesOf(option.rect, line, shown);
@@ -107,12 +108,13 @@ void ContentRow::paint(QPainter* painter, const QStyleOptionViewItem& option, co
     }
 }
 
-void ContentRow::paintEntry(RowPainter& painter, const Places& at, const ContentLine& line, const QString& name) const {
+void ContentDelegate::paintEntry(
+    RowPainter& painter, const Places& at, const ContentLine& line, const QString& name) const {
     const Colours& now = colours();
     const bool excluded = rows.isExcluded(line);
     const bool folder = line.isFolder();
     if (folder) painter.symbol(at.chevron, rows.isOpen(line) ? "chevron.down" : "chevron.right", now.dim);
-    painter.tick(at.tick, rows.selection().mark(line.path), excluded);
+    painter.tick(at.tick, rows.checkState(line), excluded);
     const QColor& kindColour = folder ? now.accent : now.dim;
     painter.symbol(at.icon, folder ? "folder" : "file", excluded ? now.edge : kindColour);
 
@@ -131,7 +133,8 @@ void ContentRow::paintEntry(RowPainter& painter, const Places& at, const Content
     }
 }
 
-void ContentRow::paintMessage(RowPainter& painter, const Places& at, ContentLine::Kind kind, const QString& shown) {
+void ContentDelegate::paintMessage(
+    RowPainter& painter, const Places& at, ContentLine::Kind kind, const QString& shown) {
     const Colours& now = colours();
     const bool failed = kind == ContentLine::Kind::error;
     if (kind == ContentLine::Kind::loading) {

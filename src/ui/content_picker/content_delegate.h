@@ -8,13 +8,13 @@
 
 namespace zembrastel::ui {
 
-class ContentRow : public QStyledItemDelegate {
+class ContentDelegate : public QStyledItemDelegate {
     Q_OBJECT
 
 public:
     enum class Part { none, chevron, tick, retry };
 
-    ContentRow(const ContentRows& rowModel, QObject* parent);
+    ContentDelegate(const ContentTreeModel& rowModel, QObject* parent);
 
     [[nodiscard]] static int height();
 
@@ -32,7 +32,7 @@ private:
     void paintEntry(RowPainter& painter, const Places& at, const ContentLine& line, const QString& name) const;
     static void paintMessage(RowPainter& painter, const Places& at, ContentLine::Kind kind, const QString& shown);
 
-    const ContentRows& rows;
+    const ContentTreeModel& rows;
 };
 
 } // namespace zembrastel::ui

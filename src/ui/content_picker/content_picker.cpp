@@ -24,7 +24,7 @@ RemoteDownloadPicker::RemoteDownloadPicker(
     MainContext& mainContext, Profile toBrowse, std::string knownPassword, DownloadSelection chosen, bool forSync,
     Apply applySelection, QWidget* parent)
     : QDialog(parent), context(mainContext), profile(std::move(toBrowse)), password(std::move(knownPassword)),
-      syncMode(forSync), apply(std::move(applySelection)), rows(new ContentRows(std::move(chosen), this)) {
+      syncMode(forSync), apply(std::move(applySelection)), rows(new ContentTreeModel(std::move(chosen), this)) {
     setWindowModality(Qt::WindowModal);
     QLayout* const head = makeHead();
     QLayout* const tools = makeTools();

@@ -20,7 +20,7 @@
 
 namespace zembrastel::ui {
 
-class ContentRows;
+class ContentTreeModel;
 
 class RemoteDownloadPicker : public QDialog {
     Q_OBJECT
@@ -55,7 +55,7 @@ private:
     const bool syncMode;
     const Apply apply;
     std::unique_ptr<RemoteBrowserModel> tree;
-    ContentRows* rows = nullptr;
+    ContentTreeModel* rows = nullptr;
     QLabel* summary = nullptr;
 };
 

@@ -1,8 +1,11 @@
 #include "ui/content_picker/content_tree_model.h"
 
+#include "ui/theme/qt_text.h"
 #include "ui/theme/text_style.h"
 
+#include <algorithm>
 #include <iterator>
+#include <optional>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
@@ -10,36 +13,70 @@
 namespace zembrastel::ui {
 namespace {
 
+// What an open folder shows in place of contents, if anything.
+std::optional<ContentLine> messageOf(const RemoteBrowserModel& browser, const std::string& folder, int depth) {
+    const auto line = [&](ContentLine::Kind kind) {
+        return ContentLine{.kind = kind, .depth = depth, .path = folder, .entry = nullptr};
+    };
+    if (browser.loading().contains(folder)) return line(ContentLine::Kind::loading);
+    if (browser.errors().contains(folder)) return line(ContentLine::Kind::error);
+    const auto found = browser.children().find(folder);
+    if (found != browser.children().end() && found->second->empty()) return line(ContentLine::Kind::empty);
+    return std::nullopt;
+}
+
 // Of more ticks nobody minds how many are folders, and to find out would hold the window up.
 constexpr std::size_t mostToTellApart = 2000;
 
 using Mark = DownloadSelection::Mark;
 
-QString text(const std::string& utf8) { return QString::fromStdString(utf8); }
-
 QString labelOf(Mark mark) {
     switch (mark) {
     case Mark::all:
-        return ContentRows::tr("Selected");
+        return ContentTreeModel::tr("Selected");
     case Mark::partial:
-        return ContentRows::tr("Partially selected");
+        return ContentTreeModel::tr("Partially selected");
     case Mark::none:
         break;
     }
-    return ContentRows::tr("Not selected");
-}
-
-int checkState(Mark mark) {
-    if (mark == Mark::partial) return Qt::PartiallyChecked;
-    return mark == Mark::all ? Qt::Checked : Qt::Unchecked;
+    return ContentTreeModel::tr("Not selected");
 }
 
 } // namespace
 
-ContentRows::ContentRows(DownloadSelection selection, QObject* parent)
+std::vector<ContentLine> contentLines(const RemoteBrowserModel& browser) {
+    std::vector<RemoteBrowserRow> entries = browser.rows();
+    std::vector<ContentLine> lines;
+    lines.reserve(entries.size() + 1);
+    if (auto message = messageOf(browser, "", 0)) lines.push_back(std::move(*message));
+    for (auto& row : entries) {
+        lines.push_back(
+            {.kind = ContentLine::Kind::entry,
+             .depth = row.depth,
+             .path = std::move(row.path),
+             .entry = std::move(row.entry)});
+        const ContentLine& added = lines.back();
+        if (!added.isFolder() || !browser.expanded().contains(added.path)) continue;
+        if (auto message = messageOf(browser, added.path, added.depth + 1)) lines.push_back(std::move(*message));
+    }
+    return lines;
+}
+
+LineChange changeBetween(const std::vector<ContentLine>& former, const std::vector<ContentLine>& next) {
+    const auto top = std::ranges::mismatch(former, next);
+    const auto most = std::min(former.end() - top.in1, next.end() - top.in2);
+    const auto bottom = std::mismatch(former.rbegin(), former.rbegin() + most, next.rbegin());
+    const auto same = bottom.first - former.rbegin();
+    return {
+        .first = static_cast<int>(top.in1 - former.begin()),
+        .formerEnd = static_cast<int>(std::ssize(former) - same),
+        .nextEnd = static_cast<int>(std::ssize(next) - same)};
+}
+
+ContentTreeModel::ContentTreeModel(DownloadSelection selection, QObject* parent)
     : QAbstractListModel(parent), chosen(std::move(selection)) {}
 
-void ContentRows::follow(RemoteBrowserModel& next) {
+void ContentTreeModel::follow(RemoteBrowserModel& next) {
     beginResetModel();
     leave();
     browser = &next;
@@ -48,18 +85,18 @@ void ContentRows::follow(RemoteBrowserModel& next) {
     endResetModel();
 }
 
-void ContentRows::leave() {
+void ContentTreeModel::leave() {
     if (browser != nullptr) browser->forget(*this);
     browser = nullptr;
 }
 
-bool ContentRows::isOpen(const ContentLine& line) const {
+bool ContentTreeModel::isOpen(const ContentLine& line) const {
     return line.isEntry() && browser->expanded().contains(line.path);
 }
 
-bool ContentRows::isExcluded(const ContentLine& line) const { return browser->profile().excludes(line.path); }
+bool ContentTreeModel::isExcluded(const ContentLine& line) const { return browser->profile().excludes(line.path); }
 
-QStringList ContentRows::badges(const ContentLine& line) const {
+QStringList ContentTreeModel::badges(const ContentLine& line) const {
     QStringList found;
     if (line.entry->localOnly) found += tr("Local only");
     if (isExcluded(line)) found += tr("Excluded");
@@ -68,7 +105,7 @@ QStringList ContentRows::badges(const ContentLine& line) const {
     return found;
 }
 
-QString ContentRows::shownText(const ContentLine& line) const {
+QString ContentTreeModel::shownText(const ContentLine& line) const {
     switch (line.kind) {
     case ContentLine::Kind::loading:
         return tr("Loading folder…");
@@ -79,15 +116,15 @@ QString ContentRows::shownText(const ContentLine& line) const {
     case ContentLine::Kind::entry:
         break;
     }
-    return text(line.entry->name);
+    return toQString(line.entry->name);
 }
 
-QString ContentRows::failureOf(const ContentLine& line) const {
+QString ContentTreeModel::failureOf(const ContentLine& line) const {
     const auto failure = browser->errors().find(line.path);
-    return failure == browser->errors().end() ? QString() : text(failure->second);
+    return failure == browser->errors().end() ? QString() : toQString(failure->second);
 }
 
-QString ContentRows::spoken(const ContentLine& line) const {
+QString ContentTreeModel::spoken(const ContentLine& line) const {
     if (line.kind == ContentLine::Kind::error) return shownText(line) + QStringLiteral(", ") + tr("Retry");
     if (!line.isEntry()) return shownText(line);
     QStringList parts{shownText(line)};
@@ -96,45 +133,57 @@ QString ContentRows::spoken(const ContentLine& line) const {
     return (parts + badges(line)).join(QStringLiteral(", "));
 }
 
-int ContentRows::rowCount(const QModelIndex& parent) const {
+int ContentTreeModel::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : static_cast<int>(lines.size());
 }
 
-QVariant ContentRows::data(const QModelIndex& index, int role) const {
+QVariant ContentTreeModel::data(const QModelIndex& index, int role) const {
     if (!checkIndex(index, CheckIndexOption::IndexIsValid)) return {};
     const ContentLine& shown = line(index);
     switch (role) {
     case Qt::DisplayRole:
         return shownText(shown);
     case Qt::ToolTipRole:
-        return asToolTip(shown.isEntry() ? text(shown.path) : shownText(shown));
+        return asToolTip(shown.isEntry() ? toQString(shown.path) : shownText(shown));
     case Qt::AccessibleTextRole:
         return spoken(shown);
     case Qt::CheckStateRole:
-        return shown.isEntry() ? checkState(chosen.mark(shown.path)) : QVariant();
+        return shown.isEntry() ? QVariant(checkState(shown)) : QVariant();
     default:
         return {};
     }
 }
 
-Qt::ItemFlags ContentRows::flags(const QModelIndex& index) const {
+Qt::ItemFlags ContentTreeModel::flags(const QModelIndex& index) const {
     const auto common = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren;
     return line(index).isEntry() ? common | Qt::ItemIsUserCheckable : common;
 }
 
-QModelIndex ContentRows::folderOf(const QModelIndex& child) const {
+Qt::CheckState ContentTreeModel::checkState(const ContentLine& line) const {
+    switch (chosen.mark(line.path)) {
+    case Mark::all:
+        return Qt::Checked;
+    case Mark::partial:
+        return Qt::PartiallyChecked;
+    case Mark::none:
+        break;
+    }
+    return Qt::Unchecked;
+}
+
+QModelIndex ContentTreeModel::folderOf(const QModelIndex& child) const {
     for (int row = child.row() - 1; row >= 0; --row) {
         if (lines[std::size_t(row)].depth < line(child).depth) return index(row);
     }
     return {};
 }
 
-std::optional<bool> ContentRows::isFolder(const std::string& path) const {
+std::optional<bool> ContentTreeModel::isFolder(const std::string& path) const {
     const auto kind = kinds.find(path);
     return kind == kinds.end() ? std::nullopt : std::optional(kind->second);
 }
 
-void ContentRows::toggleTick(const QModelIndex& index) {
+void ContentTreeModel::toggleTick(const QModelIndex& index) {
     const ContentLine& ticked = line(index);
     if (!ticked.isEntry()) return;
     kinds.insert_or_assign(ticked.path, ticked.isFolder());
@@ -142,28 +191,28 @@ void ContentRows::toggleTick(const QModelIndex& index) {
     tellAllChanged();
 }
 
-void ContentRows::tickEverything(bool ticked) {
+void ContentTreeModel::tickEverything(bool ticked) {
     chosen.set("", ticked);
     tellAllChanged();
 }
 
-void ContentRows::toggleFold(const QModelIndex& index) {
+void ContentTreeModel::toggleFold(const QModelIndex& index) {
     if (const ContentLine& folder = line(index); folder.isFolder()) browser->toggle(folder.path);
 }
 
-void ContentRows::retry(const QModelIndex& index) {
+void ContentTreeModel::retry(const QModelIndex& index) {
     if (line(index).kind == ContentLine::Kind::error) browser->load(line(index).path);
 }
 
-void ContentRows::folderChanged(const std::string& path) {
+void ContentTreeModel::folderChanged(const std::string& path) {
     learnKinds(path);
     update();
 }
 
-void ContentRows::expandedChanged(const std::string&) { update(); }
+void ContentTreeModel::expandedChanged(const std::string&) { update(); }
 
 // Only the lines between the unchanged ones above and below are replaced, so that the view stays where it is.
-void ContentRows::update() {
+void ContentTreeModel::update() {
     std::vector<ContentLine> next = contentLines(*browser);
     const auto [first, formerEnd, nextEnd] = changeBetween(lines, next);
     if (formerEnd > first) {
@@ -182,7 +231,7 @@ void ContentRows::update() {
 }
 
 // Remembers whether what is ticked in a folder are folders or files.
-void ContentRows::learnKinds(const std::string& folder) {
+void ContentTreeModel::learnKinds(const std::string& folder) {
     const auto contents = browser->children().find(folder);
     if (contents == browser->children().end() || chosen.rules.size() > mostToTellApart) return;
     // Folders are large where rules are few, and the other way round: neither is searched for each of the other.
@@ -202,7 +251,7 @@ void ContentRows::learnKinds(const std::string& folder) {
     }
 }
 
-void ContentRows::tellAllChanged() {
+void ContentTreeModel::tellAllChanged() {
     if (!lines.empty()) Q_EMIT dataChanged(index(0), index(rowCount() - 1));
 }
 

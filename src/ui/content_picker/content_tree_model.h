@@ -1,14 +1,15 @@
-// The lines of the content picker's tree as a list, with the ticks of the selection that is being made.
+// The tree of the content picker as a list of lines, with the ticks of the selection in progress: one line for each
+// visible entry, and one message where a folder shows no contents.
 //
-// Main thread. Follows one browser at a time, and is told of nothing once it has left it.
+// Main thread. Observes one browser at a time, until it leaves it.
 #pragma once
 
 #include "app/remote_browser_model.h"
 #include "model/download_selection.h"
-#include "ui/content_picker/content_lines.h"
 
 #include <QAbstractListModel>
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -16,11 +17,39 @@
 
 namespace zembrastel::ui {
 
-class ContentRows : public QAbstractListModel, private RemoteBrowserObserver {
+struct ContentLine {
+    enum class Kind { entry, loading, error, empty };
+
+    Kind kind = Kind::entry;
+    int depth = 0;
+    std::string path;                         // of a message, that of its folder
+    std::shared_ptr<const RemoteEntry> entry; // of an entry alone
+
+    [[nodiscard]] bool isEntry() const { return kind == Kind::entry; }
+    [[nodiscard]] bool isFolder() const { return isEntry() && entry->directory; }
+
+    friend bool operator==(const ContentLine& a, const ContentLine& b) {
+        return a.kind == b.kind && a.depth == b.depth && a.path == b.path;
+    }
+};
+
+// From top to bottom.
+[[nodiscard]] std::vector<ContentLine> contentLines(const RemoteBrowserModel& browser);
+
+// Where two lists of lines differ: the lines from `first` up to `formerEnd` were replaced by those up to `nextEnd`.
+struct LineChange {
+    int first = 0;
+    int formerEnd = 0;
+    int nextEnd = 0;
+};
+
+[[nodiscard]] LineChange changeBetween(const std::vector<ContentLine>& former, const std::vector<ContentLine>& next);
+
+class ContentTreeModel : public QAbstractListModel, private RemoteBrowserObserver {
     Q_OBJECT
 
 public:
-    ContentRows(DownloadSelection selection, QObject* parent);
+    ContentTreeModel(DownloadSelection selection, QObject* parent);
 
     [[nodiscard]] const DownloadSelection& selection() const { return chosen; }
     [[nodiscard]] const ContentLine& line(const QModelIndex& index) const { return lines[std::size_t(index.row())]; }
@@ -31,6 +60,7 @@ public:
     void leave();
 
     [[nodiscard]] bool isOpen(const ContentLine& line) const;
+    [[nodiscard]] Qt::CheckState checkState(const ContentLine& line) const;
     [[nodiscard]] bool isExcluded(const ContentLine& line) const;
     // "Local only", "Excluded", "Empty folder", as far as they apply.
     [[nodiscard]] QStringList badges(const ContentLine& line) const;

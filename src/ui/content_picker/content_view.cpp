@@ -4,12 +4,12 @@
 
 namespace zembrastel::ui {
 
-ContentView::ContentView(ContentRows& shown, QWidget* parent)
-    : RowList(parent), rows(shown), delegate(new ContentRow(shown, this)) {
+ContentView::ContentView(ContentTreeModel& shown, QWidget* parent)
+    : RowList(parent), rows(shown), delegate(new ContentDelegate(shown, this)) {
     setModel(&rows);
     setItemDelegate(delegate);
     setUniformItemSizes(true);
-    verticalScrollBar()->setSingleStep(ContentRow::height());
+    verticalScrollBar()->setSingleStep(ContentDelegate::height());
 }
 
 // The keyboard stays in its place when a message gives way to what it stood for: it goes on to the first line of that,
@@ -37,17 +37,17 @@ int ContentView::partAt(const QModelIndex& row, const QPoint& point) const {
 }
 
 void ContentView::partClicked(const QModelIndex& row, int part) {
-    switch (static_cast<ContentRow::Part>(part)) {
-    case ContentRow::Part::chevron:
+    switch (static_cast<ContentDelegate::Part>(part)) {
+    case ContentDelegate::Part::chevron:
         rows.toggleFold(row);
         break;
-    case ContentRow::Part::tick:
+    case ContentDelegate::Part::tick:
         rows.toggleTick(row);
         break;
-    case ContentRow::Part::retry:
+    case ContentDelegate::Part::retry:
         rows.retry(row);
         break;
-    case ContentRow::Part::none:
+    case ContentDelegate::Part::none:
         break;
     }
 }

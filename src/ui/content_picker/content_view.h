@@ -14,7 +14,7 @@ class ContentView : public RowList {
     Q_OBJECT
 
 public:
-    explicit ContentView(ContentRows& shown, QWidget* parent = nullptr);
+    explicit ContentView(ContentTreeModel& shown, QWidget* parent = nullptr);
 
 protected:
     [[nodiscard]] int partAt(const QModelIndex& row, const QPoint& point) const override;
@@ -29,8 +29,8 @@ private:
     void unfold(const QModelIndex& row);
     void fold(const QModelIndex& row);
 
-    ContentRows& rows;
-    ContentRow* delegate;
+    ContentTreeModel& rows;
+    ContentDelegate* delegate;
     std::optional<int> placeToReturnTo;
 };
 

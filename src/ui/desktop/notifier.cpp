@@ -12,11 +12,9 @@ namespace {
 
 const QString trayKey = QStringLiteral("tray");
 
-QString text(const std::string& utf8) { return QString::fromStdString(utf8); }
-
 // One notification for what goes wrong with a profile and for its recovery, and one for its review.
-QString healthKey(const Uuid& id) { return QStringLiteral("health ") + text(id.text()); }
-QString reviewKey(const Uuid& id) { return QStringLiteral("review ") + text(id.text()); }
+QString healthKey(const Uuid& id) { return QStringLiteral("health ") + toQString(id.text()); }
+QString reviewKey(const Uuid& id) { return QStringLiteral("review ") + toQString(id.text()); }
 
 } // namespace
 
@@ -84,21 +82,21 @@ void Notifier::tellReview(const QString& key, const Profile& profile) {
     const QString count =
         files == 1 ? tr("1 file is newer on the server.") : tr("%1 files are newer on the server.").arg(files);
     desktop.show(
-        key, {.title = tr("%1: newer files on the server").arg(onOneLine(text(profile.name))),
+        key, {.title = tr("%1: newer files on the server").arg(onOneLine(toQString(profile.name))),
               .text = count + u' ' + tr("Uploads are paused until you choose which versions to keep."),
               .action = tr("Review")});
 }
 
 void Notifier::tellFailure(const QString& key, const Profile& profile) {
     desktop.show(
-        key, {.title = tr("%1 cannot be kept up to date").arg(onOneLine(text(profile.name))),
-              .text = text(bridge.model().status(profile.id).detail),
+        key, {.title = tr("%1 cannot be kept up to date").arg(onOneLine(toQString(profile.name))),
+              .text = toQString(bridge.model().status(profile.id).detail),
               .action = tr("Show")});
 }
 
 void Notifier::tellRecovery(const QString& key, const Profile& profile) {
     desktop.show(
-        key, {.title = tr("%1 is kept up to date again").arg(onOneLine(text(profile.name))),
+        key, {.title = tr("%1 is kept up to date again").arg(onOneLine(toQString(profile.name))),
               .text = tr("What had failed works again."),
               .action = tr("Show")});
 }

@@ -79,8 +79,8 @@ QString TrayItem::toolTip() const {
     for (const auto& profile : bridge.model().profiles()) {
         const auto& progress = bridge.model().status(profile.id).progress;
         if (!progress) continue;
-        const QString text = QString::fromStdString(shortProgressText(*progress));
-        lines << withoutMarkup(tr("%1: %2").arg(QString::fromStdString(profile.name), text));
+        const QString text = toQString(shortProgressText(*progress));
+        lines << withoutMarkup(tr("%1: %2").arg(toQString(profile.name), text));
     }
     return lines.join(QLatin1Char('\n'));
 }
@@ -112,8 +112,7 @@ std::vector<TrayItem::Entry> TrayItem::profileEntries() const {
     std::vector<Entry> found;
     for (const auto& profile : model.profiles()) {
         // On the bus the first "&" and every single "_" mark a letter for the keyboard; no other "&" means anything.
-        const QString name =
-            onOneLine(QString::fromStdString(profile.name)).replace(QLatin1Char('_'), QLatin1String("__"));
+        const QString name = onOneLine(toQString(profile.name)).replace(QLatin1Char('_'), QLatin1String("__"));
         const QString label = (model.running(profile.id) ? tr("Pause %1") : tr("Start %1")).arg(name);
         found.push_back({profile.id, QLatin1Char('&') + label});
     }
@@ -124,7 +123,7 @@ void TrayItem::toggle(const Uuid& id) {
     try {
         bridge.model().toggle(id);
     } catch (const std::exception& error) {
-        Q_EMIT failed(QString::fromStdString(describe(error)));
+        Q_EMIT failed(toQString(describe(error)));
     }
 }
 

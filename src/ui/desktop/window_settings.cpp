@@ -1,6 +1,7 @@
 #include "ui/desktop/window_settings.h"
 
 #include "platform/standard_paths.h"
+#include "ui/theme/qt_text.h"
 
 namespace zembrastel::ui {
 namespace {
@@ -13,7 +14,7 @@ const QString trayTellingKey = QStringLiteral("toldOfTray");
 WindowSettings::WindowSettings(bool isDemo) {
     if (isDemo) return;
     const auto file = configFolder() / "Zembrastel" / "window.ini";
-    stored = std::make_unique<QSettings>(QString::fromStdString(file.string()), QSettings::IniFormat);
+    stored = std::make_unique<QSettings>(toQString(file.string()), QSettings::IniFormat);
     notifications = stored->value(notificationsKey, true).toBool();
     trayTold = stored->value(trayTellingKey, false).toBool();
 }

@@ -1,15 +1,18 @@
 #include "ui/import/import_list.h"
 
 #include "app/profile_takeover.h"
+#include "ui/theme/qt_text.h"
 #include "ui/theme/text_style.h"
+#include "ui/theme/theme.h"
+
+#include <QScrollBar>
+#include <QStyle>
 
 #include <algorithm>
 #include <utility>
 
 namespace zembrastel::ui {
 namespace {
-
-QString text(const std::string& utf8) { return QString::fromStdString(utf8); }
 
 void judge(ImportLine& line, const std::vector<Profile>& others) {
     line.obstacle.clear();
@@ -24,6 +27,26 @@ void judge(ImportLine& line, const std::vector<Profile>& others) {
     }
     line.ticked = line.canBeTicked();
 }
+
+constexpr int usualLine = 20;
+constexpr int inset = 9; // above the first line and below the last
+constexpr int endMargin = 6;
+constexpr int tickLeft = 10;
+constexpr int tickSide = 18;
+constexpr int textLeft = 40;
+constexpr int textEnd = 10;
+constexpr int gap = 12;
+constexpr int buttonPadding = 12;
+constexpr int symbolSide = 16;
+
+// More than the design's where the desktop's text is large.
+int height() { return std::max(usualLine, lineHeight(TextStyle::strong)); }
+
+int countOfLines(const ImportLine& line) {
+    return (line.skipped ? 2 : 3) + static_cast<int>(line.candidate.notes.size());
+}
+
+constexpr int scrollStep = 28;
 
 } // namespace
 
@@ -43,13 +66,13 @@ std::vector<ImportLine> importLines(ProfilesFound found, const std::vector<Profi
     return lines;
 }
 
-void ImportRows::show(std::vector<ImportLine> found) {
+void ImportListModel::show(std::vector<ImportLine> found) {
     beginResetModel();
     lines = std::move(found);
     endResetModel();
 }
 
-std::vector<int> ImportRows::tickedRows() const {
+std::vector<int> ImportListModel::tickedRows() const {
     std::vector<int> rows;
     for (int row = 0; row < rowCount(); ++row) {
         if (line(row).ticked) rows.push_back(row);
@@ -57,75 +80,75 @@ std::vector<int> ImportRows::tickedRows() const {
     return rows;
 }
 
-int ImportRows::countOfTakeable() const {
+int ImportListModel::countOfTakeable() const {
     return static_cast<int>(std::ranges::count_if(lines, &ImportLine::canBeTicked));
 }
 
-void ImportRows::toggle(int row) {
+void ImportListModel::toggle(int row) {
     ImportLine& toggled = lines[static_cast<std::size_t>(row)];
     if (!toggled.canBeTicked()) return;
     toggled.ticked = !toggled.ticked;
     changed(row);
 }
 
-void ImportRows::tickAll(bool wanted) {
+void ImportListModel::tickAll(bool wanted) {
     for (auto& line : lines) line.ticked = wanted && line.canBeTicked();
     if (!lines.empty()) Q_EMIT dataChanged(index(0), index(rowCount() - 1));
 }
 
-void ImportRows::setLocalFolder(int row, const std::string& folder, const std::vector<Profile>& others) {
+void ImportListModel::setLocalFolder(int row, const std::string& folder, const std::vector<Profile>& others) {
     ImportLine& named = lines[static_cast<std::size_t>(row)];
     named.candidate.profile.localFolder = folder;
     judge(named, others);
     changed(row);
 }
 
-void ImportRows::setDone(int row) {
+void ImportListModel::setDone(int row) {
     ImportLine& imported = lines[static_cast<std::size_t>(row)];
     imported.done = true;
     imported.ticked = false;
     changed(row);
 }
 
-QString ImportRows::server(const ImportLine& line) {
-    if (line.skipped) return tr("Skipped: %1").arg(text(line.obstacle));
+QString ImportListModel::server(const ImportLine& line) {
+    if (line.skipped) return tr("Skipped: %1").arg(toQString(line.obstacle));
     const Profile& profile = line.candidate.profile;
     return tr("%1@%2:%3 · %4 · %5")
         .arg(
-            text(profile.username), text(profile.host), QString::number(profile.port),
-            text(std::string(rawValue(profile.transport))), text(profile.remoteFolder));
+            toQString(profile.username), toQString(profile.host), QString::number(profile.port),
+            toQString(rawValue(profile.transport)), toQString(profile.remoteFolder));
 }
 
-QString ImportRows::place(const ImportLine& line) {
+QString ImportListModel::place(const ImportLine& line) {
     if (line.done) return tr("Imported.");
-    if (!line.obstacle.empty()) return text(line.obstacle);
-    return tr("Local folder: %1").arg(text(line.candidate.profile.localFolder));
+    if (!line.obstacle.empty()) return toQString(line.obstacle);
+    return tr("Local folder: %1").arg(toQString(line.candidate.profile.localFolder));
 }
 
-QString ImportRows::folderAction(const ImportLine& line) {
+QString ImportListModel::folderAction(const ImportLine& line) {
     return line.wantsFolder ? tr("Choose local folder…") : tr("Change…");
 }
 
-QString ImportRows::spoken(const ImportLine& line) {
-    QStringList parts{text(line.candidate.profile.name)};
+QString ImportListModel::spoken(const ImportLine& line) {
+    QStringList parts{toQString(line.candidate.profile.name)};
     if (line.canBeTicked()) parts << (line.ticked ? tr("Selected") : tr("Not selected"));
     parts << server(line);
     if (!line.skipped) parts << place(line);
     if (line.wantsFolder) parts << folderAction(line);
-    for (const auto& note : line.candidate.notes) parts << text(note);
+    for (const auto& note : line.candidate.notes) parts << toQString(note);
     return parts.join(QStringLiteral(", "));
 }
 
-int ImportRows::rowCount(const QModelIndex& parent) const {
+int ImportListModel::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : static_cast<int>(lines.size());
 }
 
-QVariant ImportRows::data(const QModelIndex& index, int role) const {
+QVariant ImportListModel::data(const QModelIndex& index, int role) const {
     if (!checkIndex(index, CheckIndexOption::IndexIsValid)) return {};
     const ImportLine& shown = line(index.row());
     switch (role) {
     case Qt::DisplayRole:
-        return text(shown.candidate.profile.name);
+        return toQString(shown.candidate.profile.name);
     case Qt::ToolTipRole:
         return asToolTip(spoken(shown));
     case Qt::CheckStateRole:
@@ -137,8 +160,109 @@ QVariant ImportRows::data(const QModelIndex& index, int role) const {
     }
 }
 
-Qt::ItemFlags ImportRows::flags(const QModelIndex&) const {
+Qt::ItemFlags ImportListModel::flags(const QModelIndex&) const {
     return Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable | Qt::ItemNeverHasChildren;
+}
+
+ImportListDelegate::ImportListDelegate(const ImportListModel& rowModel, QObject* parent)
+    : QStyledItemDelegate(parent), rows(rowModel) {}
+
+QSize ImportListDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex& index) const {
+    return {1, 2 * inset + countOfLines(rows.line(index.row())) * height()};
+}
+
+// As though the reading direction were from left to right.
+QRect ImportListDelegate::buttonIn(const QRect& row, const ImportLine& line) {
+    if (!line.takesFolder()) return {};
+    const int width = lineWidth(TextStyle::body, ImportListModel::folderAction(line)) + 2 * buttonPadding;
+    const int right = row.right() - endMargin - textEnd;
+    return {right - width + 1, row.top() + inset, width, lineHeight(TextStyle::body) + 10};
+}
+
+ImportListDelegate::Part ImportListDelegate::partAt(
+    const QRect& row, int number, const QPoint& point, Qt::LayoutDirection direction) const {
+    const ImportLine& line = rows.line(number);
+    const QPoint hit = QStyle::visualRect(direction, row, QRect(point, QSize(1, 1))).topLeft();
+    if (buttonIn(row, line).contains(hit)) return folder;
+    return line.canBeTicked() ? tick : none;
+}
+
+void ImportListDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
+    const ImportLine& line = rows.line(index.row());
+    const QRect row = option.rect.adjusted(0, 0, -endMargin, 0);
+    const QRect plate = row.adjusted(0, 1, 0, -2);
+    RowPainter to(*painter, option);
+    if (index.row() + 1 < rows.rowCount()) to.divider(row.left() + textLeft, row.right() - textEnd);
+    if (to.hovered() && line.canBeTicked()) to.plate(plate, colours().hover);
+    to.focusRing(plate);
+    if (!line.skipped && !line.done) {
+        const QRect place(row.left() + tickLeft, row.top() + inset + (height() - tickSide) / 2, tickSide, tickSide);
+        to.tick(place, line.ticked ? Qt::Checked : Qt::Unchecked, !line.canBeTicked());
+    }
+    const QRect button = buttonIn(option.rect, line);
+    paintTexts(to, row.adjusted(textLeft, 0, button.isNull() ? -textEnd : -button.width() - textEnd - gap, 0), line);
+    if (!button.isNull()) to.button(button, ImportListModel::folderAction(line));
+}
+
+void ImportListDelegate::paintTexts(RowPainter& painter, const QRect& row, const ImportLine& line) {
+    const Colours& now = colours();
+    int top = row.top() + inset;
+    const auto next = [&] {
+        const QRect place(row.left(), top, row.width(), height());
+        top += height();
+        return place;
+    };
+    const LineLook details{.style = TextStyle::small, .colour = now.dim};
+    const auto warn = [&](const QString& text) {
+        QRect place = next();
+        painter.symbol(centredIn(place, place.left(), {symbolSide, symbolSide}), "exclamationmark.triangle", now.warn);
+        place.setLeft(place.left() + symbolSide + 6);
+        painter.line(place, text, {.style = TextStyle::small, .colour = now.warnText, .elide = Qt::ElideRight});
+    };
+    painter.line(
+        next(), toQString(line.candidate.profile.name),
+        {.style = TextStyle::strong, .colour = line.canBeTicked() || line.wantsFolder ? now.text : now.dim});
+    painter.line(next(), ImportListModel::server(line), details);
+    if (line.skipped) return;
+    if (line.obstacle.empty()) {
+        painter.line(next(), ImportListModel::place(line), details);
+    } else {
+        warn(ImportListModel::place(line));
+    }
+    for (const auto& note : line.candidate.notes) {
+        painter.line(next(), toQString(note), {.style = TextStyle::small, .colour = now.dim, .elide = Qt::ElideRight});
+    }
+}
+
+ImportListView::ImportListView(ImportListModel& shown, QWidget* parent)
+    : RowList(parent), rows(shown), delegate(new ImportListDelegate(shown, this)) {
+    setModel(&rows);
+    setItemDelegate(delegate);
+    verticalScrollBar()->setSingleStep(scrollStep);
+}
+
+int ImportListView::partAt(const QModelIndex& row, const QPoint& point) const {
+    return delegate->partAt(visualRect(row), row.row(), point, layoutDirection());
+}
+
+void ImportListView::partClicked(const QModelIndex& row, int part) {
+    if (part == ImportListDelegate::folder) {
+        Q_EMIT folderWanted(row.row());
+    } else {
+        rows.toggle(row.row());
+    }
+}
+
+bool ImportListView::keyPressed(const QModelIndex& row, int key) {
+    const ImportLine& line = rows.line(row.row());
+    const bool isEnter = key == Qt::Key_Return || key == Qt::Key_Enter;
+    if ((isEnter && line.wantsFolder) || (key == Qt::Key_F2 && line.takesFolder())) {
+        Q_EMIT folderWanted(row.row());
+        return true;
+    }
+    if (key != Qt::Key_Space) return false;
+    rows.toggle(row.row());
+    return true;
 }
 
 } // namespace zembrastel::ui

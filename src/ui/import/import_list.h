@@ -1,12 +1,17 @@
-// The profiles that an import has found, as a list: which can be taken, which cannot and why, and what is ticked.
+// The profiles found in an imported file as a list, with ticks: model, delegate and view. A row shows whether its
+// profile can be imported and, if not, why.
 //
-// Main thread.
+// Main thread. A click on a row, or Space, changes its tick; its button sets its local folder, as do F2 and, where
+// there is none yet, Enter.
 #pragma once
 
 #include "model/import/profile_import.h"
+#include "ui/widgets/row_list.h"
+#include "ui/widgets/row_painter.h"
 
 #include <QAbstractListModel>
 #include <QStringList>
+#include <QStyledItemDelegate>
 
 #include <string>
 #include <vector>
@@ -29,7 +34,7 @@ struct ImportLine {
 // Looks at the local folders, which may block: any thread. Those that can be imported are ticked.
 [[nodiscard]] std::vector<ImportLine> importLines(ProfilesFound found, const std::vector<Profile>& others);
 
-class ImportRows : public QAbstractListModel {
+class ImportListModel : public QAbstractListModel {
     Q_OBJECT
 
 public:
@@ -60,6 +65,47 @@ private:
     void changed(int row) { Q_EMIT dataChanged(index(row), index(row)); }
 
     std::vector<ImportLine> lines;
+};
+
+// Paints the tick, the name, the server, the local folder with its button, and the notes.
+class ImportListDelegate : public QStyledItemDelegate {
+    Q_OBJECT
+
+public:
+    enum Part : int { none, tick, folder };
+
+    ImportListDelegate(const ImportListModel& rowModel, QObject* parent);
+
+    // What a click there is on. `row` is the row's place in the list.
+    [[nodiscard]] Part partAt(const QRect& row, int number, const QPoint& point, Qt::LayoutDirection direction) const;
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+    [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+
+private:
+    [[nodiscard]] static QRect buttonIn(const QRect& row, const ImportLine& line);
+    static void paintTexts(RowPainter& painter, const QRect& row, const ImportLine& line);
+
+    const ImportListModel& rows;
+};
+
+class ImportListView : public RowList {
+    Q_OBJECT
+
+public:
+    explicit ImportListView(ImportListModel& shown, QWidget* parent = nullptr);
+
+Q_SIGNALS:
+    void folderWanted(int row);
+
+protected:
+    [[nodiscard]] int partAt(const QModelIndex& row, const QPoint& point) const override;
+    void partClicked(const QModelIndex& row, int part) override;
+    [[nodiscard]] bool keyPressed(const QModelIndex& row, int key) override;
+
+private:
+    ImportListModel& rows;
+    ImportListDelegate* delegate;
 };
 
 } // namespace zembrastel::ui

@@ -2,7 +2,8 @@
 
 #include "app/profile_takeover.h"
 #include "platform/standard_paths.h"
-#include "ui/import/import_view.h"
+#include "ui/import/import_list.h"
+#include "ui/theme/qt_text.h"
 #include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
 #include "ui/widgets/message_strip.h"
@@ -25,8 +26,6 @@ constexpr int listInset = 3;
 constexpr int footMargin = 24;
 constexpr int footInset = 12;
 
-QString shown(const std::string& text) { return QString::fromStdString(text); }
-
 // Where FileZilla keeps its sites; empty when it has none here.
 std::filesystem::path knownFile() {
     for (const auto& folder : {configFolder() / "filezilla", homeFolder() / ".filezilla"}) {
@@ -40,14 +39,14 @@ std::filesystem::path knownFile() {
 
 void chooseImportFile(QWidget* parent, std::function<void(const std::filesystem::path& file)> chosen) {
     auto* const chooser = new QFileDialog(
-        parent, ImportSheet::tr("Choose the file to import profiles from"), shown(homeFolder().string()));
+        parent, ImportSheet::tr("Choose the file to import profiles from"), toQString(homeFolder().string()));
     chooser->setAttribute(Qt::WA_DeleteOnClose);
     chooser->setFileMode(QFileDialog::ExistingFile);
     chooser->setNameFilters(
         {ImportSheet::tr("Sites and profiles (sitemanager.xml, sftp.json, exports) (*.xml *.json)"),
          ImportSheet::tr("All files (*)")});
     chooser->setFilter(chooser->filter() | QDir::Hidden); // .config and .vscode are
-    if (const auto known = knownFile(); !known.empty()) chooser->selectFile(shown(known.string()));
+    if (const auto known = knownFile(); !known.empty()) chooser->selectFile(toQString(known.string()));
     QObject::connect(chooser, &QFileDialog::fileSelected, parent, [chosen = std::move(chosen)](const QString& file) {
         chosen(QFile::encodeName(file).toStdString());
     });
@@ -63,7 +62,7 @@ struct ImportSheet::Reading {
 ImportSheet::ImportSheet(
     ModelBridge& bridge, MainContext& mainContext, const std::filesystem::path& file, QWidget* parent)
     : QDialog(parent), model(bridge.model()), context(mainContext), tasks(mainContext),
-      self(std::make_shared<ImportSheet*>(this)), rows(new ImportRows(this)), list(new ImportView(*rows)),
+      self(std::make_shared<ImportSheet*>(this)), rows(new ImportListModel(this)), list(new ImportListView(*rows)),
       count(makeLabel(QString(), TextStyle::strong)), all(new PushButton(tr("Select all"))),
       none(new PushButton(tr("Select none"))), another(new PushButton(tr("Choose another file…"))) {
     setWindowModality(Qt::WindowModal);
@@ -78,7 +77,7 @@ ImportSheet::ImportSheet(
     connect(another, &QPushButton::clicked, this, [this] {
         chooseImportFile(this, [this](const std::filesystem::path& chosen) { read(chosen); });
     });
-    connect(list, &ImportView::folderWanted, this, &ImportSheet::chooseFolder);
+    connect(list, &ImportListView::folderWanted, this, &ImportSheet::chooseFolder);
     connect(rows, &QAbstractItemModel::dataChanged, this, &ImportSheet::showState);
     const QSize room = screen()->availableGeometry().size();
     setMinimumSize(scaledToText(smallestSize).boundedTo(room));
@@ -123,7 +122,8 @@ void ImportSheet::read(const std::filesystem::path& file) {
         try {
             result.lines = importLines(readProfiles(file), others);
         } catch (const std::exception& error) {
-            result.failure = tr("Cannot import %1: %2.").arg(shown(file.filename().string()), shown(describe(error)));
+            result.failure =
+                tr("Cannot import %1: %2.").arg(toQString(file.filename().string()), toQString(describe(error)));
         }
         main.post([deliver, result = std::move(result)] { deliver(result); });
     });
@@ -158,8 +158,8 @@ void ImportSheet::showState() {
 void ImportSheet::chooseFolder(int row) {
     const Profile& profile = rows->line(row).candidate.profile;
     auto* const chooser = new QFileDialog(
-        this, tr("Choose the local folder of %1").arg(shown(profile.name)),
-        shown(rows->line(row).wantsFolder ? homeFolder().string() : profile.localFolder));
+        this, tr("Choose the local folder of %1").arg(toQString(profile.name)),
+        toQString(rows->line(row).wantsFolder ? homeFolder().string() : profile.localFolder));
     chooser->setAttribute(Qt::WA_DeleteOnClose);
     chooser->setFileMode(QFileDialog::Directory);
     chooser->setOption(QFileDialog::ShowDirsOnly);
@@ -274,7 +274,7 @@ void ImportSheet::showFailure(const std::string& message) {
     busy = false;
     showState();
     list->setFocus();
-    strip->showFailure(shown(message));
+    strip->showFailure(toQString(message));
 }
 
 void ImportSheet::end() {

@@ -23,7 +23,7 @@
 
 namespace zembrastel::ui {
 
-class ImportView;
+class ImportListView;
 class MessageStrip;
 
 // Lets the user choose the file, at first one in which other programs are known to keep theirs.
@@ -66,8 +66,8 @@ private:
     std::vector<Profile> others;  // that each of them must differ from
     std::map<int, Profile> ready; // those with all that they need, to be saved together
     std::optional<Uuid> first;    // that was imported
-    ImportRows* rows = nullptr;
-    ImportView* list = nullptr;
+    ImportListModel* rows = nullptr;
+    ImportListView* list = nullptr;
     QLabel* count = nullptr;
     PushButton* all = nullptr;
     PushButton* none = nullptr;

@@ -1,6 +1,7 @@
 #include "ui/main_window/main_window.h"
 
 #include "model/error.h"
+#include "ui/theme/qt_text.h"
 
 #include <QAction>
 #include <QApplication>
@@ -58,9 +59,9 @@ void MainWindow::connectParts() {
         reviewWaits = true;
         showPresentedReview();
     });
-    connect(&sidebar->list(), &ProfileList::editRequested, this, [this](const Uuid& id) { hooks.editProfile(id); });
-    connect(&sidebar->list(), &ProfileList::removeRequested, this, &MainWindow::askToRemove);
-    connect(&sidebar->list(), &ProfileList::sendAllRequested, this, &MainWindow::askToSendAll);
+    connect(&sidebar->list(), &ProfileListView::editRequested, this, [this](const Uuid& id) { hooks.editProfile(id); });
+    connect(&sidebar->list(), &ProfileListView::removeRequested, this, &MainWindow::askToRemove);
+    connect(&sidebar->list(), &ProfileListView::sendAllRequested, this, &MainWindow::askToSendAll);
     connect(&sidebar->plus(), &QPushButton::clicked, this, [this] { hooks.newProfile(); });
     connect(&sidebar->quitButton(), &QPushButton::clicked, this, &MainWindow::quitRequested);
     connect(&welcome->createButton(), &QPushButton::clicked, this, [this] { hooks.newProfile(); });
@@ -164,7 +165,7 @@ void MainWindow::showAlert() {
     const auto& alert = bridge.model().alert();
     if (!alert || !isVisible() || alertDialog) return;
     // One that came while this one was read is shown next.
-    alertDialog = ConfirmDialog::tell(this, tr("Zembrastel"), QString::fromStdString(*alert), [this, shown = *alert] {
+    alertDialog = ConfirmDialog::tell(this, tr("Zembrastel"), toQString(*alert), [this, shown = *alert] {
         alertDialog.clear();
         if (bridge.model().alert() == shown) {
             bridge.model().dismissAlert();
@@ -214,7 +215,7 @@ void MainWindow::sendAll(const Uuid& id) {
     try {
         bridge.model().sendAgain(id, Resend::everything);
     } catch (const std::exception& error) {
-        tellFailure(QString::fromStdString(describe(error)));
+        tellFailure(toQString(describe(error)));
     }
 }
 

@@ -1,9 +1,10 @@
 #include "ui/main_window/profile_cards.h"
 
+#include "ui/theme/local_time.h"
 #include "ui/theme/qt_text.h"
-#include "ui/theme/reading_direction.h"
 #include "ui/theme/style.h"
-#include "ui/widgets/symbol_view.h"
+#include "ui/theme/text_style.h"
+#include "ui/widgets/symbol_widgets.h"
 
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -19,12 +20,58 @@ constexpr std::size_t mostPaths = 3; // in a banner
 // One a line.
 QString firstPaths(const PathSet& paths) {
     QStringList lines;
-    for (const auto& path : paths | std::views::take(mostPaths)) lines << onOneLine(QString::fromStdString(path));
+    for (const auto& path : paths | std::views::take(mostPaths)) lines << onOneLine(toQString(path));
     if (paths.size() > mostPaths) lines << DetailBanners::tr("and %1 more").arg(paths.size() - mostPaths);
     return lines.join(u'\n');
 }
 
 } // namespace
+
+DetailHeader::DetailHeader(QWidget* parent)
+    : QWidget(parent), name(new ElideLabel), watching(new PushButton(QString())) {
+    name->setFont(fontOf(TextStyle::profileName));
+    name->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    auto* const texts = new QVBoxLayout;
+    texts->setSpacing(3);
+    texts->addWidget(makeCaption(tr("FOLDER SYNC")));
+    texts->addWidget(name);
+    auto* const layout = new QHBoxLayout(this);
+    layout->setContentsMargins(24, 20, 24, 2);
+    layout->setSpacing(16);
+    layout->addLayout(texts, 1);
+    layout->addWidget(watching, 0, Qt::AlignBottom);
+    setRunning(false);
+}
+
+void DetailHeader::setName(const QString& text) { name->setWholeText(text); }
+
+void DetailHeader::setRunning(bool running) {
+    watching->setLabel(running ? tr("Pause watching") : tr("Start watching"));
+    watching->setKind(running ? ButtonKind::outlined : ButtonKind::primary);
+    watching->setSymbol(running ? "pause.fill" : "play");
+}
+
+StatusLine::StatusLine(QWidget* parent)
+    : QWidget(parent), symbol(new StatusSymbol), title(makeLabel(QString(), TextStyle::strong)),
+      progress(new ProgressLabel), detail(new WrapLabel(QString(), TextStyle::body, Tone::dim)) {
+    auto* const layout = new QGridLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setHorizontalSpacing(12);
+    layout->setVerticalSpacing(1);
+    layout->setColumnStretch(2, 1);
+    layout->addWidget(symbol, 0, 0);
+    layout->addWidget(title, 0, 1);
+    layout->addWidget(progress, 0, 2);
+    layout->addWidget(detail, 1, 1, 1, 2);
+}
+
+void StatusLine::setStatus(const ProfileStatus& status, bool running) {
+    symbol->setStatus(status, running);
+    title->setText(toQString(status.title));
+    setTone(*title, status.failed ? Tone::warn : Tone::normal);
+    progress->setProgress(status.progress);
+    detail->setWrappedText(toQString(status.detail));
+}
 
 DetailBanners::DetailBanners(QWidget* parent)
     : QWidget(parent), review(new PushButton(tr("Review newer server files…"), ButtonKind::primary)),
@@ -58,7 +105,7 @@ QString missingOnServerText(std::size_t files) {
 void DetailBanners::setWaiting(
     bool reviewWaits, const std::optional<std::string>& checkFailure, bool filesMissing,
     const PathSet& missingOnServer) {
-    message->setWrappedText(QString::fromStdString(checkFailure.value_or(std::string())));
+    message->setWrappedText(toQString(checkFailure.value_or(std::string())));
     reviewBanner->setVisible(reviewWaits);
     failureBanner->setVisible(!reviewWaits && checkFailure.has_value());
     missingBanner->setVisible(filesMissing);
@@ -141,6 +188,41 @@ QFrame* DetailBanners::makeServerLacksBanner() {
     layout->addLayout(texts, 0, 1);
     layout->addLayout(actions, 1, 1);
     return banner;
+}
+
+CountersCard::CountersCard(QWidget* parent) : QFrame(parent) {
+    setSurface(*this, Surface::card);
+    auto* const row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 12, 0, 12);
+    row->setSpacing(0);
+    uploaded = addCounter(*row, tr("UPLOADED THIS SESSION"), 3);
+    row->addWidget(makeDivider(Qt::Vertical));
+    pending = addCounter(*row, tr("PENDING"), 2);
+    row->addWidget(makeDivider(Qt::Vertical));
+    lastUpload = addCounter(*row, tr("LAST UPLOAD"), 3);
+    setStatus({});
+}
+
+void CountersCard::setStatus(const ProfileStatus& status) {
+    const QLocale locale;
+    uploaded->setWholeText(locale.toString(static_cast<qlonglong>(status.uploaded)));
+    pending->setWholeText(locale.toString(static_cast<qlonglong>(status.pending)));
+    lastUpload->setWholeText(
+        status.lastUpload ? dayAndTime(localTime(*status.lastUpload), QDateTime::currentDateTime())
+                          : QStringLiteral("—"));
+}
+
+ElideLabel* CountersCard::addCounter(QHBoxLayout& row, const QString& caption, int share) {
+    auto* const value = new ElideLabel;
+    value->setFont(fontOf(TextStyle::counter));
+    value->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    auto* const texts = new QVBoxLayout;
+    texts->setContentsMargins(readingMargins(16, 0, 8, 0));
+    texts->setSpacing(2);
+    texts->addWidget(makeCaption(caption));
+    texts->addWidget(value);
+    row.addLayout(texts, share);
+    return value;
 }
 
 } // namespace zembrastel::ui

@@ -1,20 +1,24 @@
 #include "ui/main_window/profile_detail.h"
 
+#include "app/diagnosis/support_details.h"
 #include "model/error.h"
-#include "ui/main_window/details_copy.h"
 #include "ui/theme/local_time.h"
-#include "ui/theme/reading_direction.h"
-#include "ui/theme/style_property.h"
+#include "ui/theme/qt_text.h"
+#include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
 
+#include <QClipboard>
 #include <QDesktopServices>
 #include <QEvent>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QPointer>
 #include <QScrollBar>
 #include <QUrl>
 #include <QVBoxLayout>
+
+#include <utility>
 
 namespace zembrastel::ui {
 namespace {
@@ -24,12 +28,28 @@ constexpr int pageTop = 8;
 constexpr int cardGap = 16;
 
 bool openInFileManager(const std::string& folder) {
-    const QString path = QString::fromStdString(folder);
+    const QString path = toQString(folder);
     // Starting the file manager succeeds whether or not there is anything to be shown in it.
     return QFileInfo(path).isDir() && QDesktopServices::openUrl(QUrl::fromLocalFile(path));
 }
 
 } // namespace
+
+void copyDetails(ModelBridge& bridge, const Uuid& id, std::function<void()> copied) {
+    const auto copy = [&model = bridge.model(), id, copied = std::move(copied)](const std::string& password) {
+        const Profile* const profile = model.profile(id);
+        if (profile == nullptr) return; // removed meanwhile
+        const auto failure = model.checkFailures().find(id);
+        QGuiApplication::clipboard()->setText(toQString(supportDetails(
+            {.program = "zembrastel " ZEMBRASTEL_VERSION,
+             .profile = *profile,
+             .password = password,
+             .status = &model.status(id),
+             .failure = failure == model.checkFailures().end() ? std::nullopt : std::optional(failure->second)})));
+        copied();
+    };
+    bridge.model().withPassword(id, copy, [copy](const std::string&) { copy(std::string()); });
+}
 
 ProfileDetail::ProfileDetail(ModelBridge& modelBridge, QWidget* parent)
     : QWidget(parent), bridge(modelBridge), header(new DetailHeader), scroll(new QScrollArea),
@@ -143,7 +163,7 @@ void ProfileDetail::setNarrow(bool narrow) { route->setNarrow(narrow); }
 void ProfileDetail::refresh() {
     const Profile* const profile = bridge.model().profile(id);
     if (profile == nullptr) return;
-    header->setName(QString::fromStdString(profile->name));
+    header->setName(toQString(profile->name));
     route->setProfile(*profile, bridge.model().baseline(id));
     refreshStatus();
     refreshActivity();
@@ -187,7 +207,7 @@ void ProfileDetail::saving(const std::function<void()>& change) {
     try {
         change();
     } catch (const std::exception& error) {
-        Q_EMIT failed(QString::fromStdString(describe(error)));
+        Q_EMIT failed(toQString(describe(error)));
     }
 }
 

@@ -1,17 +1,14 @@
-// The page of one profile: what it does, from where to where, how much, and its log.
+// The page of one profile: status, banners, route, counters and log.
 //
-// Main thread. Shows what the bridge tells of that profile, and acts on the model; what needs a dialog is told to the
-// window by a signal.
+// Main thread. Follows the bridge's signals for that profile and acts on the model. A signal asks the window for what
+// needs a dialog.
 #pragma once
 
 #include "ui/bridge/model_bridge.h"
 #include "ui/main_window/activity_list.h"
-#include "ui/main_window/counters_card.h"
-#include "ui/main_window/detail_header.h"
 #include "ui/main_window/profile_cards.h"
 #include "ui/main_window/progress_widgets.h"
 #include "ui/main_window/route_card.h"
-#include "ui/main_window/status_line.h"
 
 #include <QScrollArea>
 #include <QTimer>
@@ -19,6 +16,12 @@
 #include <functional>
 
 namespace zembrastel::ui {
+
+// Main thread. The secret store may have to be asked first for the password, which is then kept out of the text; where
+// it gives none, the text is copied all the same: the server's words have lost the password already when they arrive.
+// `copied` is called once the text is there. The bridge must outlive the model's answer.
+void copyDetails(
+    ModelBridge& bridge, const Uuid& id, std::function<void()> copied = [] {});
 
 class ProfileDetail : public QWidget {
     Q_OBJECT

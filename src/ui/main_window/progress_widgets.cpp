@@ -1,9 +1,12 @@
 #include "ui/main_window/progress_widgets.h"
 
 #include "app/progress_text.h"
+#include "ui/theme/qt_text.h"
+#include "ui/theme/text_style.h"
 #include "ui/theme/theme.h"
 
 #include <QPainter>
+#include <QStyle>
 
 namespace zembrastel::ui {
 namespace {
@@ -11,6 +14,35 @@ namespace {
 constexpr int thickness = 4;
 
 } // namespace
+
+ProgressLabel::ProgressLabel(QWidget* parent) : QLabel(parent) {
+    setFont(fontOf(TextStyle::small));
+    setTone(*this, Tone::dim);
+    setTextFormat(Qt::PlainText);
+    setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+}
+
+void ProgressLabel::setProgress(const std::optional<TransferProgress>& progress) {
+    shortText = progress ? toQString(shortProgressText(*progress)) : QString();
+    setText(progress ? toQString(progressText(*progress)) : QString());
+    update();
+}
+
+QString ProgressLabel::visibleText() const {
+    const QFontMetrics metrics = fontMetrics();
+    if (metrics.horizontalAdvance(text()) <= contentsRect().width()) return text();
+    return metrics.elidedText(shortText, Qt::ElideRight, contentsRect().width());
+}
+
+QSize ProgressLabel::minimumSizeHint() const { return {0, QLabel::minimumSizeHint().height()}; }
+
+void ProgressLabel::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    const auto alignment =
+        QStyle::visualAlignment(layoutDirection(), Qt::AlignRight | Qt::AlignVCenter) | Qt::AlignAbsolute;
+    painter.setPen(palette().color(foregroundRole()));
+    painter.drawText(contentsRect(), static_cast<int>(alignment) | Qt::TextSingleLine, visibleText());
+}
 
 ProgressStrip::ProgressStrip(int height, QWidget* parent) : QProgressBar(parent) {
     setFixedHeight(height);
@@ -27,8 +59,8 @@ void ProgressStrip::setProgress(const std::optional<TransferProgress>& progress)
     if (!known) return;
     fraction = *known;
     setValue(static_cast<int>(fraction * maximum()));
-    setAccessibleName(tr("Transfer of %1").arg(QString::fromStdString(progress->file->path)));
-    setAccessibleDescription(QString::fromStdString(progressText(*progress)));
+    setAccessibleName(tr("Transfer of %1").arg(toQString(progress->file->path)));
+    setAccessibleDescription(toQString(progressText(*progress)));
     update();
 }
 

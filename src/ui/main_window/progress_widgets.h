@@ -1,15 +1,38 @@
-// A thin bar for the file in transfer, which lies in the gap below the status and takes its room whether it shows or
-// not.
+// The progress of a transfer: a text on one line, and a thin bar for the file in transfer.
 #pragma once
 
 #include "sync/transfer_progress.h"
 
+#include <QLabel>
 #include <QProgressBar>
 
 #include <optional>
 
 namespace zembrastel::ui {
 
+// The text of a transfer in progress: long where there is room, else short.
+class ProgressLabel : public QLabel {
+    Q_OBJECT
+
+public:
+    explicit ProgressLabel(QWidget* parent = nullptr);
+
+    // Empty without progress.
+    void setProgress(const std::optional<TransferProgress>& progress);
+
+    // What is seen of it at the present width.
+    [[nodiscard]] QString visibleText() const;
+
+    [[nodiscard]] QSize minimumSizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QString shortText;
+};
+
+// The bar of the file in transfer. It takes its room whether it is visible or not.
 class ProgressStrip : public QProgressBar {
     Q_OBJECT
 

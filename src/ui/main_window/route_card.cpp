@@ -1,7 +1,7 @@
 #include "ui/main_window/route_card.h"
 
 #include "ui/bridge/selection_summary.h"
-#include "ui/theme/reading_direction.h"
+#include "ui/theme/qt_text.h"
 #include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
 #include "ui/widgets/symbol_widgets.h"
@@ -67,9 +67,9 @@ RouteCard::RouteCard(QWidget* parent)
 }
 
 void RouteCard::setProfile(const Profile& profile, const FileMap& synchronised) {
-    localPath->setWholeText(QString::fromStdString(profile.localFolder));
-    remotePath->setWholeText(QString::fromStdString(profile.remoteFolder));
-    host->setWholeText(QString::fromStdString(profile.host));
+    localPath->setWholeText(toQString(profile.localFolder));
+    remotePath->setWholeText(toQString(profile.remoteFolder));
+    host->setWholeText(toQString(profile.host));
     port->setText(tr("Port %1").arg(profile.port));
     contents->setText(syncContentsSummary(profile, synchronised));
 }

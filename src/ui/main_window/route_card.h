@@ -5,7 +5,7 @@
 #include "model/profile.h"
 #include "ui/widgets/elide_label.h"
 #include "ui/widgets/push_button.h"
-#include "ui/widgets/symbol_view.h"
+#include "ui/widgets/symbol_widgets.h"
 
 #include <QFrame>
 #include <QVBoxLayout>

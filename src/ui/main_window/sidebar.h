@@ -1,13 +1,37 @@
-// The side of the main window: the profiles under their header, and a word on what closing does.
+// The sidebar of the main window: the profiles under their header, the window's menu, and a note on closing the window.
+//
+// Main thread. The shell adds the entries of the menu that are not the window's own.
 #pragma once
 
 #include "ui/main_window/profile_list.h"
-#include "ui/main_window/window_menu.h"
 #include "ui/widgets/push_button.h"
 
 #include <QFrame>
+#include <QMenu>
+
+#include <functional>
 
 namespace zembrastel::ui {
+
+// The window's menu behind a button of three dots: entries that do not belong to a single profile.
+class WindowMenu : public PushButton {
+    Q_OBJECT
+
+public:
+    explicit WindowMenu(QWidget* parent = nullptr);
+
+    void add(const QString& text, std::function<void()> chosen);
+    void add(QAction* action) { entries->addAction(action); }
+    void addSeparator() { entries->addSeparator(); }
+
+    // A switch, whose state is asked for each time the menu is opened. `turned` gets the wanted state.
+    void addSwitch(const QString& text, std::function<bool()> isOn, std::function<void(bool wanted)> turned);
+
+private:
+    void open();
+
+    QMenu* entries;
+};
 
 class Sidebar : public QFrame {
     Q_OBJECT
@@ -15,7 +39,7 @@ class Sidebar : public QFrame {
 public:
     explicit Sidebar(ModelBridge& bridge, QWidget* parent = nullptr);
 
-    [[nodiscard]] ProfileList& list() const { return *profiles; }
+    [[nodiscard]] ProfileListView& list() const { return *profiles; }
     [[nodiscard]] PushButton& plus() const { return *add; }
     [[nodiscard]] WindowMenu& menu() const { return *more; }
 
@@ -29,7 +53,7 @@ private:
     [[nodiscard]] QWidget* makeHeader();
     [[nodiscard]] QWidget* makeFooter();
 
-    ProfileList* profiles;
+    ProfileListView* profiles;
     WindowMenu* more;
     PushButton* add;
     PushButton* quit;

@@ -1,22 +1,37 @@
-// The symbol of a profile's status, 20 points square: a widget, and the painting for those who draw it themselves.
+// The symbol of a profile's status: which symbol, in which colour, turning or still; as a widget of 20 points square,
+// and as a painting function for lists.
+//
+// Main thread; working() and present() are pure.
 #pragma once
 
-#include "ui/widgets/status_presentation.h"
+#include "app/profile_status.h"
+#include "ui/theme/colours.h"
 
 #include <QPainter>
 #include <QWidget>
 
+#include <string_view>
+
 namespace zembrastel::ui {
 
-// Paints the symbol into the middle of a rectangle of the widget that is being painted (of a list: its viewport). One
-// that is working turns, and sees to it that this part of the widget is painted again.
+struct StatusPresentation {
+    std::string_view symbol;
+    ColourRole colour;
+    bool working = false; // the symbol turns
+
+    friend bool operator==(const StatusPresentation&, const StatusPresentation&) = default;
+};
+
+// True while the profile does something, false while it waits.
+[[nodiscard]] bool working(const ProfileStatus& status);
+
+[[nodiscard]] StatusPresentation present(const ProfileStatus& status, bool running);
+
+// Paints the symbol into the middle of a rectangle of the widget that is being painted (of a list: its viewport). While
+// the profile works, the symbol turns and this part of the widget is repainted at each tick.
 void paintStatus(QPainter& painter, const QRect& where, const StatusPresentation& status, QWidget& canvas);
 
-// The same for anything that is busy, "Loading folder…" for one.
-void paintTurning(
-    QPainter& painter, const QRect& where, std::string_view symbol, const QColor& colour, QWidget& canvas);
-
-// What a screen reader says of the symbol.
+// The symbol's name for screen readers.
 [[nodiscard]] QString accessibleStatusName(const ProfileStatus& status);
 
 class StatusSymbol : public QWidget {

@@ -1,7 +1,6 @@
 #include "ui/main_window/welcome_page.h"
 
 #include "ui/theme/text_style.h"
-#include "ui/widgets/symbol_view.h"
 #include "ui/widgets/symbol_widgets.h"
 
 #include <QHBoxLayout>

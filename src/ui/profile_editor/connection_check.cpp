@@ -10,19 +10,19 @@ namespace zembrastel::ui {
 namespace {
 
 // Nothing when the test was cancelled.
-std::optional<ConnectionTest::Result> tryOut(const FTPTransport& transport) {
+std::optional<ConnectionCheck::Result> tryOut(const FTPTransport& transport) {
     try {
-        return ConnectionTest::Result{.items = transport.test(), .failure = {}};
+        return ConnectionCheck::Result{.items = transport.test(), .failure = {}};
     } catch (const Cancelled&) {
         return std::nullopt;
     } catch (const std::exception& error) {
-        return ConnectionTest::Result{.items = 0, .failure = describe(error)};
+        return ConnectionCheck::Result{.items = 0, .failure = describe(error)};
     }
 }
 
 } // namespace
 
-void ConnectionTest::start(const Profile& profile, const std::string& password, std::function<void(Result)> done) {
+void ConnectionCheck::start(const Profile& profile, const std::string& password, std::function<void(Result)> done) {
     cancel();
     current = std::make_shared<Running>(Running{std::make_shared<TransferControl>()});
     const auto deliver = [this, weak = std::weak_ptr(current), done = std::move(done)](const Result& result) {
@@ -36,7 +36,7 @@ void ConnectionTest::start(const Profile& profile, const std::string& password, 
     });
 }
 
-void ConnectionTest::cancel() {
+void ConnectionCheck::cancel() {
     if (!current) return;
     current->control->cancel();
     current.reset();

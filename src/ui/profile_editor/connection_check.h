@@ -16,17 +16,17 @@
 
 namespace zembrastel::ui {
 
-class ConnectionTest {
+class ConnectionCheck {
 public:
     struct Result {
         std::size_t items = 0; // in the remote folder
         std::string failure;   // what the user reads; empty when the folder can be read
     };
 
-    explicit ConnectionTest(MainContext& mainContext) : context(mainContext), tasks(mainContext) {}
-    ConnectionTest(const ConnectionTest&) = delete;
-    ConnectionTest& operator=(const ConnectionTest&) = delete;
-    ~ConnectionTest() { cancel(); }
+    explicit ConnectionCheck(MainContext& mainContext) : context(mainContext), tasks(mainContext) {}
+    ConnectionCheck(const ConnectionCheck&) = delete;
+    ConnectionCheck& operator=(const ConnectionCheck&) = delete;
+    ~ConnectionCheck() { cancel(); }
 
     // Cancels the test that runs, if one does.
     void start(const Profile& profile, const std::string& password, std::function<void(Result)> done);

@@ -1,8 +1,9 @@
 #include "ui/profile_editor/content_fields.h"
 
+#include "ui/theme/qt_text.h"
 #include "ui/theme/style.h"
-#include "ui/widgets/form_field.h"
 #include "ui/widgets/push_button.h"
+#include "ui/widgets/sheet_layout.h"
 #include "ui/widgets/switch.h"
 #include "ui/widgets/wrap_label.h"
 
@@ -48,7 +49,7 @@ ContentFields::ContentFields(const Profile& shown, bool isNew, QWidget* parent) 
 }
 
 void ContentFields::addLocalFolder(QVBoxLayout& column, const Profile& profile) {
-    localFolderField = new QLineEdit(QString::fromStdString(profile.localFolder), this);
+    localFolderField = new QLineEdit(toQString(profile.localFolder), this);
     connect(localFolderField, &QLineEdit::textEdited, this, &ContentFields::edited);
     auto* const choose = new PushButton(tr("Choose a folder…"), ButtonKind::outlined, this);
     connect(choose, &QPushButton::clicked, this, &ContentFields::chooseFolder);
@@ -65,7 +66,7 @@ void ContentFields::addExclusions(QVBoxLayout& column, const Profile& profile) {
     part->addWidget(disclosure, 0, Qt::AlignLeft);
     advanced = new QWidget(this);
     auto* const rules = makeLayout<QVBoxLayout>(labelGap, advanced);
-    exclusionsField = new QPlainTextEdit(QString::fromStdString(profile.exclusions.text()));
+    exclusionsField = new QPlainTextEdit(toQString(profile.exclusions.text()));
     exclusionsField->setAccessibleName(tr("Excluded files and folders"));
     exclusionsField->setTabChangesFocus(true);
     exclusionsField->setFixedHeight(exclusionsField->fontMetrics().lineSpacing() * visibleRules + 12);

@@ -2,25 +2,20 @@
 
 #include "app/demo.h"
 #include "model/error.h"
-#include "ui/profile_editor/connection_fields.h"
-#include "ui/profile_editor/content_fields.h"
-#include "ui/theme/reading_direction.h"
+#include "ui/profile_editor/editor_page.h"
+#include "ui/theme/qt_text.h"
 #include "ui/theme/style.h"
-#include "ui/theme/style_property.h"
 #include "ui/theme/text_style.h"
-#include "ui/widgets/form_field.h"
 #include "ui/widgets/message_strip.h"
 #include "ui/widgets/push_button.h"
+#include "ui/widgets/sheet_layout.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QPointer>
 #include <QScreen>
-#include <QScrollArea>
-#include <QScrollBar>
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 namespace zembrastel::ui {
@@ -29,19 +24,8 @@ namespace {
 constexpr QSize usualSize(880, 568);
 constexpr QSize smallestSize(560, 440);
 constexpr int heightWithAdvanced = 656;
-constexpr int margin = 24;
-constexpr int columnGap = 32;
-constexpr int twoColumnWidth = 800; // of the content
+constexpr int margin = EditorPage::margin;
 constexpr int footerInset = 12;
-
-constexpr std::array allFields{
-    EditorField::name,
-    EditorField::server,
-    EditorField::port,
-    EditorField::username,
-    EditorField::remoteFolder,
-    EditorField::localFolder,
-    EditorField::downloadContents};
 
 // What a new profile begins with: it is meant to be used, and the server's files are not to be missed.
 Profile newProfile() {
@@ -53,8 +37,6 @@ Profile newProfile() {
 
 QString notInDemo() { return ProfileEditor::tr("Not available in the demonstration."); }
 
-QString shown(const std::string& text) { return QString::fromStdString(text); }
-
 } // namespace
 
 ProfileEditor::ProfileEditor(
@@ -64,12 +46,15 @@ ProfileEditor::ProfileEditor(
         original = *saved;
         selections = *saved;
     }
+    page = new EditorPage(selections, !original);
+    connection = &page->connection();
+    contents = &page->contents();
     setWindowModality(Qt::WindowModal);
     setWindowTitle(original ? tr("Edit sync profile") : tr("New sync profile"));
     setAccessibleName(windowTitle());
     auto* const layout = makeLayout<QVBoxLayout>(0, this);
     layout->addWidget(makeHeader());
-    layout->addWidget(makePage(), 1);
+    layout->addWidget(page, 1);
     layout->addWidget(makeFooter());
     saveButton->setDefault(true); // which a button takes to heart only inside its dialog
     connectFields();
@@ -89,30 +74,6 @@ QWidget* ProfileEditor::makeHeader() {
     layout->addWidget(makeLabel(windowTitle(), TextStyle::dialogTitle));
     layout->addWidget(makeLabel(tr("Connect a local folder to your web server."), TextStyle::body, Tone::dim));
     return header;
-}
-
-QWidget* ProfileEditor::makePage() {
-    auto* const page = new QWidget;
-    page->setProperty("page", true);
-    connection = new ConnectionFields(selections);
-    contents = new ContentFields(selections, !original);
-    columns = new QBoxLayout(QBoxLayout::LeftToRight, page);
-    // Equal widths, whatever the columns themselves would like.
-    for (QWidget* const column : {static_cast<QWidget*>(connection), static_cast<QWidget*>(contents)}) {
-        QSizePolicy policy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-        policy.setHeightForWidth(true);
-        column->setSizePolicy(policy);
-        columns->addWidget(column, 1);
-    }
-    scroll = new QScrollArea;
-    scroll->setFrameShape(QFrame::NoFrame);
-    scroll->setWidgetResizable(true);
-    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    scroll->setFocusPolicy(Qt::NoFocus);
-    scroll->setWidget(page);
-    connect(scroll->verticalScrollBar(), &QScrollBar::rangeChanged, this, &ProfileEditor::fitMargins);
-    fitMargins();
-    return scroll;
 }
 
 QWidget* ProfileEditor::makeFooter() {
@@ -152,18 +113,9 @@ void ProfileEditor::connectFields() {
     connect(&bridge, &ModelBridge::profilesChanged, this, &ProfileEditor::followModel);
 }
 
-// The scroll bar lies in the margin, so that the fields keep their place when it comes and goes.
-void ProfileEditor::fitMargins() {
-    const QScrollBar* const bar = scroll->verticalScrollBar();
-    const int beside = bar->maximum() > bar->minimum() ? margin - bar->sizeHint().width() : margin;
-    columns->setContentsMargins(readingMargins(margin, 4, beside, margin / 2));
-}
-
 void ProfileEditor::resizeEvent(QResizeEvent* event) {
     QDialog::resizeEvent(event);
-    const bool isWide = width() - 2 * margin >= scaledToText(twoColumnWidth);
-    columns->setDirection(isWide ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
-    columns->setSpacing(isWide ? columnGap : fieldGap);
+    page->fitWidth(width());
 }
 
 void ProfileEditor::makeRoomForAdvanced() {
@@ -205,7 +157,7 @@ void ProfileEditor::loadPassword() {
             // Nobody can choose contents without a password.
             self->wantsSyncContents = false;
             self->passwordKnown({});
-            self->strip->showFailure(shown(failure));
+            self->strip->showFailure(toQString(failure));
         });
 }
 
@@ -253,24 +205,12 @@ Profile ProfileEditor::draft() const {
 
 void ProfileEditor::forgetMessage() {
     strip->clear();
-    mark(EditorField::none);
+    page->mark(EditorField::none);
 }
 
 void ProfileEditor::fail(const Objection& objection) {
-    strip->showFailure(shown(objection.message));
-    mark(objection.field);
-}
-
-void ProfileEditor::mark(EditorField bad) {
-    for (const EditorField which : allFields) {
-        QWidget* widget = connection->field(which);
-        if (widget == nullptr) widget = contents->field(which);
-        if (widget == nullptr) continue;
-        setStyleProperty(*widget, "bad", which == bad);
-        if (which != bad) continue;
-        widget->setFocus();
-        scroll->ensureWidgetVisible(widget);
-    }
+    strip->showFailure(toQString(objection.message));
+    page->mark(objection.field);
 }
 
 SavingState ProfileEditor::savingState() const {
@@ -284,7 +224,7 @@ SavingState ProfileEditor::savingState() const {
 void ProfileEditor::showState() {
     saveButton->setLabel(savingLabel(savingState()));
     saveButton->setEnabled(!busy);
-    scroll->widget()->setEnabled(!busy);
+    page->widget()->setEnabled(!busy);
     testButton->setBusy(test.running());
     testButton->setEnabled(loaded && !busy && !test.running() && !model.isDemo());
     testButton->setToolTip(model.isDemo() ? notInDemo() : QString());
@@ -293,19 +233,19 @@ void ProfileEditor::showState() {
 
 void ProfileEditor::testConnection() {
     forgetMessage();
-    test.start(draft(), connection->password(), [this](const ConnectionTest::Result& result) { finishTest(result); });
+    test.start(draft(), connection->password(), [this](const ConnectionCheck::Result& result) { finishTest(result); });
     const bool hadFocus = focusWidget() == testButton;
     showState();
     if (hadFocus) setFocus();
 }
 
-void ProfileEditor::finishTest(const ConnectionTest::Result& result) {
+void ProfileEditor::finishTest(const ConnectionCheck::Result& result) {
     showState();
     if (focusWidget() == this) testButton->setFocus();
     if (result.failure.empty()) {
         strip->showSuccess(connectedMessage(result.items));
     } else {
-        strip->showFailure(shown(result.failure));
+        strip->showFailure(toQString(result.failure));
     }
 }
 
@@ -404,7 +344,7 @@ void ProfileEditor::passwordStored(const std::string& password, const std::optio
         tr("Unlock the desktop's keyring, or install one such as GNOME Keyring or KWallet, and save again. You can "
            "also go on without it and enter the password again next time.");
     strip->showFailure(
-        shown(*failure) + u' ' + remedy, tr("Keep the password for this session only"),
+        toQString(*failure) + u' ' + remedy, tr("Keep the password for this session only"),
         [this, password] { finishSaving(password); });
 }
 

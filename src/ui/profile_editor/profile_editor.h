@@ -16,13 +16,11 @@
 #include <optional>
 #include <string>
 
-class QBoxLayout;
-class QScrollArea;
-
 namespace zembrastel::ui {
 
 class ConnectionFields;
 class ContentFields;
+class EditorPage;
 class MessageStrip;
 class PushButton;
 
@@ -61,10 +59,8 @@ protected:
 
 private:
     [[nodiscard]] QWidget* makeHeader();
-    [[nodiscard]] QWidget* makePage();
     [[nodiscard]] QWidget* makeFooter();
     void connectFields();
-    void fitMargins();
     void makeRoomForAdvanced();
 
     // The password that is saved.
@@ -76,12 +72,11 @@ private:
 
     void forgetMessage();
     void fail(const Objection& objection);
-    void mark(EditorField field);
     [[nodiscard]] SavingState savingState() const;
     void showState();
 
     void testConnection();
-    void finishTest(const ConnectionTest::Result& result);
+    void finishTest(const ConnectionCheck::Result& result);
     void choose(bool syncMode);
     void applyChoice(bool syncMode, const DownloadSelection& chosen);
 
@@ -100,12 +95,11 @@ private:
     bool busy = false;   // saving
     bool wantsSyncContents = false;
     Browse browse;
-    ConnectionTest test;
+    ConnectionCheck test;
 
-    ConnectionFields* connection = nullptr;
-    ContentFields* contents = nullptr;
-    QScrollArea* scroll = nullptr;
-    QBoxLayout* columns = nullptr;
+    EditorPage* page = nullptr;
+    ConnectionFields* connection = nullptr; // on the page
+    ContentFields* contents = nullptr;      // on the page
     MessageStrip* strip = nullptr;
     PushButton* testButton = nullptr;
     PushButton* saveButton = nullptr;

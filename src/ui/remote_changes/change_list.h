@@ -1,13 +1,16 @@
-// The changes of a review as a list, each with its tick.
+// The changes of a review as a list with ticks: model, delegate and view.
 //
-// Main thread. The review must outlive the rows.
+// Main thread. The review must outlive the model. A click anywhere in a row, or Space, changes the tick.
 #pragma once
 
 #include "app/app_model.h"
+#include "ui/widgets/row_list.h"
+#include "ui/widgets/row_painter.h"
 
 #include <QAbstractListModel>
 #include <QDateTime>
 #include <QLocale>
+#include <QStyledItemDelegate>
 
 #include <set>
 #include <string>
@@ -19,14 +22,11 @@ namespace zembrastel::ui {
 // an explicit tick.
 [[nodiscard]] PathSet preselection(const std::vector<RemoteChange>& changes);
 
-// A date as that locale writes it, the month in letters and without the weekday: "14 Nov 2026, 17:48".
-[[nodiscard]] QString reviewDate(const QDateTime& date, const QLocale& locale);
-
-class ReviewRows : public QAbstractListModel {
+class ChangeListModel : public QAbstractListModel {
     Q_OBJECT
 
 public:
-    ReviewRows(const RemoteReview& review, QObject* parent);
+    ChangeListModel(const RemoteReview& review, QObject* parent);
 
     [[nodiscard]] const PathSet& selected() const { return ticked; }
     [[nodiscard]] const RemoteChange& change(const QModelIndex& index) const {
@@ -50,6 +50,40 @@ private:
 
     const std::vector<RemoteChange>& changes;
     PathSet ticked;
+};
+
+// Paints the tick, the path, both dates, and the warning where both sides changed.
+class ChangeListDelegate : public QStyledItemDelegate {
+    Q_OBJECT
+
+public:
+    // Without the warning.
+    static constexpr int lowestRow = 56;
+
+    ChangeListDelegate(const ChangeListModel& rowModel, QObject* parent);
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+    [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+
+private:
+    static void paintTexts(RowPainter& painter, const QRect& row, const RemoteChange& change);
+
+    const ChangeListModel& rows;
+};
+
+class ChangeListView : public RowList {
+    Q_OBJECT
+
+public:
+    explicit ChangeListView(ChangeListModel& shown, QWidget* parent = nullptr);
+
+protected:
+    [[nodiscard]] int partAt(const QModelIndex& row, const QPoint& point) const override;
+    void partClicked(const QModelIndex& row, int part) override;
+    [[nodiscard]] bool keyPressed(const QModelIndex& row, int key) override;
+
+private:
+    ChangeListModel& rows;
 };
 
 } // namespace zembrastel::ui

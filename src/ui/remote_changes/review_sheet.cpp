@@ -1,6 +1,6 @@
 #include "ui/remote_changes/review_sheet.h"
 
-#include "ui/remote_changes/review_view.h"
+#include "ui/remote_changes/change_list.h"
 #include "ui/theme/qt_text.h"
 #include "ui/theme/text_style.h"
 #include "ui/widgets/sheet_layout.h"
@@ -30,11 +30,11 @@ QString confirmLabel(std::size_t ticked) {
 }
 
 RemoteChangesView::RemoteChangesView(ModelBridge& bridge, RemoteReview toDecide, QWidget* parent)
-    : QDialog(parent), model(bridge.model()), review(std::move(toDecide)), rows(new ReviewRows(review, this)) {
+    : QDialog(parent), model(bridge.model()), review(std::move(toDecide)), rows(new ChangeListModel(review, this)) {
     setWindowModality(Qt::WindowModal);
     QLayout* const head = makeHead();
     QLayout* const tools = makeTools();
-    list = new ReviewView(*rows);
+    list = new ChangeListView(*rows);
     list->setAccessibleName(windowTitle());
     layOutSheet(*this, head, tools, makeListCard(list, listInset), makeFoot());
     fitHeight();
@@ -79,7 +79,7 @@ QString RemoteChangesView::title() const {
     const Profile* const profile = model.profile(review.id);
     const QString heading = tr("Newer files on the server");
     if (profile == nullptr) return heading;
-    return tr("%1 – %2").arg(heading, onOneLine(QString::fromStdString(profile->name)));
+    return tr("%1 – %2").arg(heading, onOneLine(toQString(profile->name)));
 }
 
 QLayout* RemoteChangesView::makeTools() {

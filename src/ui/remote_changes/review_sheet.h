@@ -22,7 +22,7 @@ namespace zembrastel::ui {
 // "Keep local & start watching", or "Download 2 & start watching".
 [[nodiscard]] QString confirmLabel(std::size_t ticked);
 
-class ReviewView;
+class ChangeListView;
 
 class RemoteChangesView : public QDialog {
     Q_OBJECT
@@ -55,8 +55,8 @@ private:
 
     AppModel& model;
     const RemoteReview review;
-    ReviewRows* rows = nullptr;
-    ReviewView* list = nullptr;
+    ChangeListModel* rows = nullptr;
+    ChangeListView* list = nullptr;
     QLabel* count = nullptr;
     PushButton* confirm = nullptr;
     QTimer typing; // runs while a key may be meant for something else

@@ -22,6 +22,9 @@ namespace zembrastel::ui {
 // For a log: of today the time alone, to the second.
 [[nodiscard]] QString logTime(const QDateTime& when, const QDateTime& now, const QLocale& locale = QLocale());
 
+// A date in the locale's style, with the month's name and without the weekday: "14 Nov 2026, 17:48".
+[[nodiscard]] QString dateWithMonthName(const QDateTime& date, const QLocale& locale = QLocale());
+
 // How long `now`'s day still lasts.
 [[nodiscard]] std::chrono::milliseconds untilTomorrow(const QDateTime& now);
 

@@ -17,6 +17,12 @@ bool breaksLine(QChar character) {
 
 } // namespace
 
+QString toQString(std::string_view utf8) { return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size())); }
+
+QString asToolTip(const QString& text) {
+    return text.isEmpty() ? QString() : QStringLiteral("<span>%1</span>").arg(text.toHtmlEscaped());
+}
+
 QString onOneLine(const QString& text) {
     QString line;
     for (const QChar character : text) {

@@ -1,18 +1,28 @@
-// Texts that others wrote, such as a profile's name from an imported file, made fit to stand among the program's own.
+// Text from the core library and from other people as Qt text.
 //
-// Pure; any thread. Only for places where such a text shares a line with others or leaves the program: labels and lists
-// of its own show every text as it is.
+// Pure; any thread.
 #pragma once
 
 #include <QString>
 
+#include <string_view>
+
 namespace zembrastel::ui {
 
-// On one line, without the characters that turn the direction of what follows.
+// Decodes UTF-8.
+[[nodiscard]] QString toQString(std::string_view utf8);
+
+// Shows plain text in a tool tip, which would otherwise interpret text that resembles markup.
+[[nodiscard]] QString asToolTip(const QString& text);
+
+// The two below are for text of others, such as a profile's name from an imported file, where it shares a line with the
+// program's own text or leaves the program. The program's labels and lists show every text unchanged.
+
+// Replaces line breaks and control characters by blanks and removes the characters that change the text direction.
 [[nodiscard]] QString onOneLine(const QString& text);
 
-// The same, for a place that some desktops read as markup and others as plain text: letters that look like "<", ">"
-// and "&" stand in for them, since neither kind of desktop would show the other's spelling.
+// As onOneLine(), for a place that some desktops read as markup and others as plain text: replaces "<", ">" and "&" by
+// similar letters, because an escaped text would be wrong on one kind of desktop.
 [[nodiscard]] QString withoutMarkup(const QString& text);
 
 } // namespace zembrastel::ui

@@ -1,6 +1,7 @@
 #include "ui/theme/style.h"
 
-#include "ui/theme/style_property.h"
+#include <QGuiApplication>
+#include <QStyle>
 
 namespace zembrastel::ui {
 namespace {
@@ -22,6 +23,29 @@ QString nameOf(Surface surface) {
 }
 
 } // namespace
+
+void setStyleProperty(QWidget& widget, const char* name, const QVariant& value) {
+    if (widget.property(name) == value) return;
+    widget.setProperty(name, value);
+    widget.style()->unpolish(&widget);
+    widget.style()->polish(&widget);
+    widget.updateGeometry();
+    widget.update();
+}
+
+bool readsFromRight() { return QGuiApplication::layoutDirection() == Qt::RightToLeft; }
+
+QMargins readingMargins(int start, int top, int end, int bottom) {
+    return readsFromRight() ? QMargins(end, top, start, bottom) : QMargins(start, top, end, bottom);
+}
+
+Qt::Alignment readingStart() { return Qt::AlignAbsolute | (readsFromRight() ? Qt::AlignRight : Qt::AlignLeft); }
+
+QString inItsOwnDirection(const QString& label) {
+    constexpr QChar leftToRightMark(0x200e);
+    const bool foreign = readsFromRight() && !label.isEmpty() && !label.isRightToLeft();
+    return foreign ? label + leftToRightMark : label;
+}
 
 void setSurface(QFrame& frame, Surface surface) { setStyleProperty(frame, "surface", nameOf(surface)); }
 

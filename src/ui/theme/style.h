@@ -1,9 +1,29 @@
-// The areas that a window is made of: cards, banners, sidebar, footer, dividers.
+// The areas of a window (cards, banners, sidebar, footer, dividers), the properties that the style sheet selects by,
+// and margins that follow the reading direction.
+//
+// Main thread. Qt does not mirror the margins of layouts by itself, nor a text in a script of the other direction.
 #pragma once
 
 #include <QFrame>
+#include <QMargins>
+#include <QString>
+#include <QVariant>
+#include <QWidget>
 
 namespace zembrastel::ui {
+
+// Sets it and has the style sheet looked at again, which a change does not do by itself.
+void setStyleProperty(QWidget& widget, const char* name, const QVariant& value);
+
+[[nodiscard]] bool readsFromRight();
+
+[[nodiscard]] QMargins readingMargins(int start, int top, int end, int bottom);
+
+// The side where lines begin, whatever script a text is in.
+[[nodiscard]] Qt::Alignment readingStart();
+
+// Keeps the dots at the end of an untranslated label at its end.
+[[nodiscard]] QString inItsOwnDirection(const QString& label);
 
 enum class Surface { card, infoBanner, warningBanner, side, footer };
 

@@ -42,9 +42,6 @@ enum class Tone { normal, dim, accent, warn };
 
 void setTone(QLabel& label, Tone tone);
 
-// A tool tip takes what looks like markup for markup: this shows the text as it stands.
-[[nodiscard]] QString asToolTip(const QString& text);
-
 // A label of one line. The text is shown as it stands, never as markup.
 [[nodiscard]] QLabel* makeLabel(
     const QString& text, TextStyle style, Tone tone = Tone::normal, QWidget* parent = nullptr);

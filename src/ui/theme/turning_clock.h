@@ -4,7 +4,9 @@
 // What is hidden or has stopped is not painted, asks no more, and so the timer ends by itself.
 #pragma once
 
+#include <QColor>
 #include <QObject>
+#include <QPainter>
 #include <QPointer>
 #include <QRegion>
 #include <QTimer>
@@ -12,6 +14,7 @@
 
 #include <chrono>
 #include <functional>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -48,5 +51,14 @@ private:
 };
 
 [[nodiscard]] TurningClock& turningClock();
+
+// The angle of a moment, in degrees clockwise. Depends on the clock alone, so that a turn continues smoothly across
+// changes of status. Pure.
+[[nodiscard]] double turningAngle(std::chrono::milliseconds monotonic);
+
+// Paints a turning symbol into a rectangle of the widget that is being painted (of a list: its viewport), and requests
+// the next repaint of that rectangle.
+void paintTurning(
+    QPainter& painter, const QRect& where, std::string_view symbol, const QColor& colour, QWidget& canvas);
 
 } // namespace zembrastel::ui

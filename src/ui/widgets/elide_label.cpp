@@ -1,5 +1,6 @@
 #include "ui/widgets/elide_label.h"
 
+#include "ui/theme/qt_text.h"
 #include "ui/theme/text_style.h"
 
 #include <QClipboard>

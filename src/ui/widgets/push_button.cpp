@@ -1,7 +1,6 @@
 #include "ui/widgets/push_button.h"
 
-#include "ui/theme/reading_direction.h"
-#include "ui/theme/style_property.h"
+#include "ui/theme/style.h"
 #include "ui/theme/symbol_icon.h"
 #include "ui/theme/text_style.h"
 #include "ui/theme/turning_clock.h"

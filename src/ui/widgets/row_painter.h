@@ -5,7 +5,6 @@
 // direction were from left to right, and are mirrored within the row where it is the other.
 #pragma once
 
-#include "model/download_selection.h"
 #include "ui/theme/colours.h"
 #include "ui/theme/text_style.h"
 
@@ -54,7 +53,7 @@ public:
     void symbol(const QRect& where, std::string_view name, const QColor& colour);
     // Turning, and painted again for as long as it can be seen.
     void turningSymbol(const QRect& where, std::string_view name, const QColor& colour);
-    void tick(const QRect& where, DownloadSelection::Mark mark, bool pale = false);
+    void tick(const QRect& where, Qt::CheckState state, bool pale = false);
 
     void badge(const QRect& where, const QString& text, bool accented);
     [[nodiscard]] static int badgeWidth(const QString& text);

@@ -1,6 +1,5 @@
 #include "ui/widgets/sheet_layout.h"
 
-#include "ui/theme/reading_direction.h"
 #include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
 #include "ui/widgets/symbol_widgets.h"
@@ -12,10 +11,31 @@
 namespace zembrastel::ui {
 namespace {
 
+QLabel* makeBuddy(const QString& label, QWidget* field) {
+    QLabel* const caption = makeLabel(label, TextStyle::fieldLabel);
+    caption->setBuddy(field);
+    return caption;
+}
+
 constexpr int margin = 24;
 constexpr int gap = 12;
 
 } // namespace
+
+QVBoxLayout* makeField(const QString& label, QWidget* field, QWidget* help) {
+    auto* const layout = makeLayout<QVBoxLayout>(labelGap);
+    layout->addWidget(makeBuddy(label, field));
+    layout->addWidget(field);
+    if (help != nullptr) layout->addWidget(help);
+    return layout;
+}
+
+QVBoxLayout* makeField(const QString& label, QWidget* field, QLayout* row) {
+    auto* const layout = makeLayout<QVBoxLayout>(labelGap);
+    layout->addWidget(makeBuddy(label, field));
+    layout->addLayout(row);
+    return layout;
+}
 
 QLayout* makeSheetHead(QDialog& sheet, std::string_view symbol, const QString& title, const QStringList& explanation) {
     sheet.setWindowTitle(title);

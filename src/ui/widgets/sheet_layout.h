@@ -1,5 +1,5 @@
-// What the sheets with a list have in common: a head with a symbol, the tools over the list, the list in its card, and
-// the buttons at the foot.
+// Layouts that dialogs share: labelled fields of a form, and of the sheets with a list the head with a symbol, the
+// tools over the list, the list in its card, and the buttons at the foot.
 //
 // Main thread. Nothing here has an owner until it is laid out.
 #pragma once
@@ -11,11 +11,30 @@
 #include <QLayout>
 #include <QListView>
 #include <QStringList>
+#include <QVBoxLayout>
+#include <QWidget>
 
 #include <initializer_list>
 #include <string_view>
 
 namespace zembrastel::ui {
+
+inline constexpr int fieldGap = 12; // between one field and the next
+inline constexpr int labelGap = 4;  // between a label and its field
+
+[[nodiscard]] QVBoxLayout* makeField(const QString& label, QWidget* field, QWidget* help = nullptr);
+
+// The same for a field that has a button beside it.
+[[nodiscard]] QVBoxLayout* makeField(const QString& label, QWidget* field, QLayout* row);
+
+// A layout without margins, with this gap between its items.
+template <class Layout>
+[[nodiscard]] Layout* makeLayout(int spacing, QWidget* owner = nullptr) {
+    auto* const layout = owner == nullptr ? new Layout : new Layout(owner);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(spacing);
+    return layout;
+}
 
 // Title and explanation, which also become the sheet's own for the window manager and screen readers.
 [[nodiscard]] QLayout* makeSheetHead(

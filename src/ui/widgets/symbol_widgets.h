@@ -1,7 +1,9 @@
-// A symbol on a rounded square, at the head of a card or a dialog.
+// Symbols as widgets: one on a rounded square at the head of a card or a dialog, and a plain one beside a text.
 //
-// It says nothing that the text beside it does not say, so screen readers pass it over.
+// The text beside them says the same, so screen readers skip them.
 #pragma once
+
+#include "ui/theme/colours.h"
 
 #include <QWidget>
 
@@ -10,6 +12,7 @@
 
 namespace zembrastel::ui {
 
+// The looks of a symbol on a rounded square.
 enum class TileKind {
     soft,    // accent on soft
     warning, // orange on its soft
@@ -31,6 +34,24 @@ protected:
 private:
     std::string symbol;
     TileKind kind;
+};
+
+// A symbol of 20 points beside a text.
+class SymbolView : public QWidget {
+    Q_OBJECT
+
+public:
+    static constexpr int side = 20;
+
+    explicit SymbolView(
+        std::string_view symbolName, ColourRole colourRole = &Colours::accent, QWidget* parent = nullptr);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    std::string symbol;
+    ColourRole colour;
 };
 
 } // namespace zembrastel::ui
