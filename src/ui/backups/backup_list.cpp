@@ -17,7 +17,7 @@ namespace {
 
 constexpr int padding = 8;
 constexpr int lineGap = 2;
-constexpr int endMargin = 6; // room to the scroll bar
+constexpr int endMargin = 6; // room for the scroll bar
 constexpr int symbolLeft = 12;
 constexpr int symbolSide = 18;
 constexpr int textLeft = 42;
@@ -89,7 +89,7 @@ void BackupListDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
     if (to.selected() || to.hovered()) to.plate(plate, to.selected() ? colours().selected : colours().hover);
     to.focusRing(plate);
     const QColor dim = to.selected() ? colours().selectedDim : colours().dim;
-    // The first of a file carries its symbol; those below it are older.
+    // Only the newest version of a file has a symbol.
     if (!rows.isOlderVersion(index)) {
         to.symbol(centredIn(row, row.left() + symbolLeft, {symbolSide, symbolSide}), "file", colours().accent);
     }
@@ -117,12 +117,12 @@ BackupListView::BackupListView(BackupListModel& shown, QWidget* parent) : RowLis
 void BackupListView::setPlaceholder(const QString& title, const QString& explanation) {
     emptyTitle = title;
     emptyExplanation = explanation;
-    // Without rows these are all there is to be read.
+    // For screen readers, which find no rows.
     setAccessibleDescription(title.isEmpty() ? QString() : title + QStringLiteral(". ") + explanation);
     viewport()->update();
 }
 
-// A press has chosen the row already.
+// The press has already selected the row.
 int BackupListView::partAt(const QModelIndex&, const QPoint&) const { return 0; }
 void BackupListView::partClicked(const QModelIndex&, int) {}
 

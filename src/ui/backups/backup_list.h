@@ -25,7 +25,7 @@ public:
     [[nodiscard]] const Backup& backup(const QModelIndex& index) const {
         return versions[static_cast<std::size_t>(index.row())];
     }
-    // Of the same file as the row before it.
+    // True if the row above shows the same file.
     [[nodiscard]] bool isOlderVersion(const QModelIndex& index) const;
 
     [[nodiscard]] static QString replacedText(const Backup& backup);
@@ -59,11 +59,11 @@ class BackupListView : public RowList {
 public:
     explicit BackupListView(BackupListModel& shown, QWidget* parent = nullptr);
 
-    // What stands in place of the rows while there are none.
+    // The text shown while there are no rows.
     void setPlaceholder(const QString& title, const QString& explanation);
 
 Q_SIGNALS:
-    // Enter on a row.
+    // Enter was pressed on a row.
     void openRequested();
 
 protected:

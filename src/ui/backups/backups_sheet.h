@@ -1,7 +1,7 @@
-// The sheet with the kept versions of replaced files: how much space they take, and opening and restoring one.
+// The sheet with the kept versions of replaced files: shows their size, opens and restores them.
 //
-// Main thread; show it with open(). What touches the disk runs in the background; closing the sheet ends it. Nothing
-// here removes a backup. Whoever made the sheet deletes it.
+// Main thread; show it with open(). Disk access runs in the background; closing the sheet cancels it. Never removes a
+// backup. The caller deletes the sheet.
 #pragma once
 
 #include "app/backups_model.h"
@@ -27,14 +27,14 @@ class BackupsSheet : public QDialog {
     Q_OBJECT
 
 public:
-    // Lists at once. The context must outlive the sheet.
+    // Lists the backups at once. The context must outlive the sheet.
     BackupsSheet(MainContext& mainContext, Profile shown, QWidget* parent = nullptr);
 
-    // Lists again; what was chosen stays chosen as long as it is there.
+    // Lists the backups again. The selected version stays selected if it still exists.
     void refresh();
 
 Q_SIGNALS:
-    // The list shows what there is.
+    // The list is up to date.
     void listed();
 
 private:

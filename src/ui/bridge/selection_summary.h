@@ -1,6 +1,6 @@
-// What is said of a selection in a few words.
+// Describes a selection in a few words.
 //
-// Pure functions. Main thread, for the translations.
+// Pure functions. Main thread, because of the translations.
 #pragma once
 
 #include "model/download_selection.h"
@@ -16,26 +16,26 @@
 
 namespace zembrastel::ui {
 
-// How many folders and files are ticked themselves.
+// The number of folders and files that have a tick of their own.
 struct TickedKinds {
     std::size_t folders = 0;
     std::size_t files = 0;
 };
 
-// Is what lies at this path a folder? Nothing where that is not known.
+// Returns whether the path is a folder; nullopt if that is unknown.
 using FolderLookup = std::function<std::optional<bool>(const std::string& path)>;
 
-// Nothing when it is not known of one of those that are ticked.
+// Returns nullopt if the kind of any ticked path is unknown.
 [[nodiscard]] std::optional<TickedKinds> countTicked(const DownloadSelection& selection, const FolderLookup& isFolder);
 
-// Asks the files that were synchronised once, which have no empty folders among them.
+// Looks paths up among files that were synchronised before. Empty folders are unknown to it.
 [[nodiscard]] FolderLookup amongFiles(const FileMap& files);
 
-// "Nothing selected", "Everything selected", "3 folders and 2 files selected", "5 items selected", with the number of
-// exceptions that were made inside, if there are any.
+// "Nothing selected", "Everything selected", "3 folders and 2 files selected" or "5 items selected", followed by the
+// number of exceptions inside them, if any.
 [[nodiscard]] QString selectionSummary(const DownloadSelection& selection, const std::optional<TickedKinds>& kinds);
 
-// What stands for the sync contents of a profile: "All files in the local folder", or a summary of what was chosen.
+// The sync contents of a profile: "All files in the local folder", or a summary of the selection.
 [[nodiscard]] QString syncContentsSummary(const Profile& profile, const FileMap& synchronised);
 
 } // namespace zembrastel::ui

@@ -10,14 +10,14 @@ namespace zembrastel::ui {
 namespace {
 
 constexpr int indent = 24;
-constexpr int endMargin = 6; // room to the scroll bar
+constexpr int endMargin = 6; // room for the scroll bar
 constexpr int gap = 12;
 constexpr int chevronSide = 16;
 constexpr int tickSide = 18;
 constexpr int kindSide = 18;
 constexpr int messageSide = 16;
 
-// From the left edge of a line that is not indented.
+// From the left edge of a line of depth 0.
 constexpr int chevronLeft = 6;
 constexpr int tickLeft = 30;
 constexpr int kindLeft = 58;
@@ -44,20 +44,20 @@ int textLeftOf(const ContentLine& line) {
 
 } // namespace
 
-// As though the reading direction were from left to right.
+// For a left-to-right layout.
 struct ContentDelegate::Places {
     QRect row;
     QRect chevron;
     QRect tick;
     QRect icon;
-    QRect text; // of an entry, up to the end of the row: its badges stand there too
+    QRect text; // of an entry, up to the end of the row, including its badges
     QRect retry;
 };
 
 ContentDelegate::ContentDelegate(const ContentTreeModel& rowModel, QObject* parent)
     : QStyledItemDelegate(parent), rows(rowModel) {}
 
-// More than the design's where the desktop's text is large.
+// Higher than in the design if the desktop's text is large.
 int ContentDelegate::height() { return std::max(32, lineHeight(TextStyle::strong) + 12); }
 
 QSize ContentDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const { return {1, height()}; }
@@ -86,7 +86,7 @@ ContentDelegate::Part ContentDelegate::partAt(
     const ContentLine& line = rows.line(index);
     const Places at = placesOf(row, line, rows.shownText(line));
     const QPoint hit = QStyle::visualRect(direction, row, QRect(point, QSize(1, 1))).topLeft();
-    constexpr int slack = 6; // what is small is hit more easily than seen
+    constexpr int slack = 6; // small parts react slightly beyond their edges
     const auto near = [&hit](const QRect& part) { return part.adjusted(-slack, -slack, slack, slack).contains(hit); };
     if (line.kind == ContentLine::Kind::error) return at.retry.contains(hit) ? Part::retry : Part::none;
     if (!line.isEntry()) return Part::none;
@@ -124,7 +124,7 @@ void ContentDelegate::paintEntry(
     nameAt.setWidth(std::clamp(lineWidth(style, name) + 1, 0, std::max(0, at.text.width() - widthOfBadges(badges))));
     painter.line(nameAt, name, {.style = style, .colour = excluded ? now.dim : now.text});
     int left = nameAt.right() + gap;
-    bool accented = line.entry->localOnly; // the first says so
+    bool accented = line.entry->localOnly; // only the first badge
     for (const QString& badge : badges) {
         const QSize size(RowPainter::badgeWidth(badge), RowPainter::badgeHeight());
         painter.badge(centredIn(at.row, left, size), badge, accented);

@@ -1,4 +1,4 @@
-// Paints a line of the content picker's tree, and knows where its parts are.
+// Paints a line of the content picker's tree and locates its parts.
 #pragma once
 
 #include "ui/content_picker/content_tree_model.h"
@@ -18,7 +18,7 @@ public:
 
     [[nodiscard]] static int height();
 
-    // What a point of the view's viewport hits in the row that stands in `row`.
+    // The part under a point of the viewport. `row` is the row's place in the list.
     [[nodiscard]] Part partAt(
         const QRect& row, const QModelIndex& index, const QPoint& point, Qt::LayoutDirection direction) const;
 

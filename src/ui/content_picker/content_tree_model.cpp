@@ -13,7 +13,7 @@
 namespace zembrastel::ui {
 namespace {
 
-// What an open folder shows in place of contents, if anything.
+// The message that an open folder shows instead of contents, if any.
 std::optional<ContentLine> messageOf(const RemoteBrowserModel& browser, const std::string& folder, int depth) {
     const auto line = [&](ContentLine::Kind kind) {
         return ContentLine{.kind = kind, .depth = depth, .path = folder, .entry = nullptr};
@@ -25,8 +25,8 @@ std::optional<ContentLine> messageOf(const RemoteBrowserModel& browser, const st
     return std::nullopt;
 }
 
-// Of more ticks nobody minds how many are folders, and to find out would hold the window up.
-constexpr std::size_t mostToTellApart = 2000;
+// For more ticks the summary does not count folders and files apart: that would block the window.
+constexpr std::size_t maxCountedTicks = 2000;
 
 using Mark = DownloadSelection::Mark;
 
@@ -124,7 +124,7 @@ QString ContentTreeModel::failureOf(const ContentLine& line) const {
     return failure == browser->errors().end() ? QString() : toQString(failure->second);
 }
 
-QString ContentTreeModel::spoken(const ContentLine& line) const {
+QString ContentTreeModel::accessibleText(const ContentLine& line) const {
     if (line.kind == ContentLine::Kind::error) return shownText(line) + QStringLiteral(", ") + tr("Retry");
     if (!line.isEntry()) return shownText(line);
     QStringList parts{shownText(line)};
@@ -146,7 +146,7 @@ QVariant ContentTreeModel::data(const QModelIndex& index, int role) const {
     case Qt::ToolTipRole:
         return asToolTip(shown.isEntry() ? toQString(shown.path) : shownText(shown));
     case Qt::AccessibleTextRole:
-        return spoken(shown);
+        return accessibleText(shown);
     case Qt::CheckStateRole:
         return shown.isEntry() ? QVariant(checkState(shown)) : QVariant();
     default:
@@ -188,12 +188,12 @@ void ContentTreeModel::toggleTick(const QModelIndex& index) {
     if (!ticked.isEntry()) return;
     kinds.insert_or_assign(ticked.path, ticked.isFolder());
     chosen.set(ticked.path, chosen.mark(ticked.path) != Mark::all);
-    tellAllChanged();
+    notifyAllChanged();
 }
 
 void ContentTreeModel::tickEverything(bool ticked) {
     chosen.set("", ticked);
-    tellAllChanged();
+    notifyAllChanged();
 }
 
 void ContentTreeModel::toggleFold(const QModelIndex& index) {
@@ -205,13 +205,13 @@ void ContentTreeModel::retry(const QModelIndex& index) {
 }
 
 void ContentTreeModel::folderChanged(const std::string& path) {
-    learnKinds(path);
+    rememberKinds(path);
     update();
 }
 
 void ContentTreeModel::expandedChanged(const std::string&) { update(); }
 
-// Only the lines between the unchanged ones above and below are replaced, so that the view stays where it is.
+// Replaces only the lines between the unchanged ones above and below, so that the view keeps its place.
 void ContentTreeModel::update() {
     std::vector<ContentLine> next = contentLines(*browser);
     const auto [first, formerEnd, nextEnd] = changeBetween(lines, next);
@@ -227,14 +227,14 @@ void ContentTreeModel::update() {
             std::move_iterator(next.begin() + nextEnd));
         endInsertRows();
     }
-    tellAllChanged();
+    notifyAllChanged();
 }
 
-// Remembers whether what is ticked in a folder are folders or files.
-void ContentTreeModel::learnKinds(const std::string& folder) {
+// Remembers for each ticked path in a folder whether it is a folder.
+void ContentTreeModel::rememberKinds(const std::string& folder) {
     const auto contents = browser->children().find(folder);
-    if (contents == browser->children().end() || chosen.rules.size() > mostToTellApart) return;
-    // Folders are large where rules are few, and the other way round: neither is searched for each of the other.
+    if (contents == browser->children().end() || chosen.rules.size() > maxCountedTicks) return;
+    // Neither many entries nor many rules may be searched once per item of the other.
     const std::string inside = folder.empty() ? folder : folder + '/';
     std::unordered_map<std::string_view, const std::string*> ruled;
     for (auto rule = chosen.rules.lower_bound(inside); rule != chosen.rules.end(); ++rule) {
@@ -251,7 +251,7 @@ void ContentTreeModel::learnKinds(const std::string& folder) {
     }
 }
 
-void ContentTreeModel::tellAllChanged() {
+void ContentTreeModel::notifyAllChanged() {
     if (!lines.empty()) Q_EMIT dataChanged(index(0), index(rowCount() - 1));
 }
 

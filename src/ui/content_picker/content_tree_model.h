@@ -1,7 +1,7 @@
-// The tree of the content picker as a list of lines, with the ticks of the selection in progress: one line for each
-// visible entry, and one message where a folder shows no contents.
+// The tree of the content picker as a list of lines, with the ticks of the selection: one line per visible entry, and
+// one message in place of the contents of a folder that shows none.
 //
-// Main thread. Observes one browser at a time, until it leaves it.
+// Main thread. Observes one browser at a time, until leave().
 #pragma once
 
 #include "app/remote_browser_model.h"
@@ -22,8 +22,8 @@ struct ContentLine {
 
     Kind kind = Kind::entry;
     int depth = 0;
-    std::string path;                         // of a message, that of its folder
-    std::shared_ptr<const RemoteEntry> entry; // of an entry alone
+    std::string path;                         // of a message, the path of its folder
+    std::shared_ptr<const RemoteEntry> entry; // null for a message
 
     [[nodiscard]] bool isEntry() const { return kind == Kind::entry; }
     [[nodiscard]] bool isFolder() const { return isEntry() && entry->directory; }
@@ -33,10 +33,11 @@ struct ContentLine {
     }
 };
 
-// From top to bottom.
+// All visible lines, from top to bottom.
 [[nodiscard]] std::vector<ContentLine> contentLines(const RemoteBrowserModel& browser);
 
-// Where two lists of lines differ: the lines from `first` up to `formerEnd` were replaced by those up to `nextEnd`.
+// The difference between two lists of lines: the former lines [first, formerEnd) were replaced by the next lines
+// [first, nextEnd).
 struct LineChange {
     int first = 0;
     int formerEnd = 0;
@@ -54,25 +55,25 @@ public:
     [[nodiscard]] const DownloadSelection& selection() const { return chosen; }
     [[nodiscard]] const ContentLine& line(const QModelIndex& index) const { return lines[std::size_t(index.row())]; }
 
-    // The former browser must still be there, and is not used any more.
+    // Observes another browser. The former browser must still exist and is not used afterwards.
     void follow(RemoteBrowserModel& next);
-    // Before the browser goes.
+    // Call it before the browser is destroyed.
     void leave();
 
     [[nodiscard]] bool isOpen(const ContentLine& line) const;
     [[nodiscard]] Qt::CheckState checkState(const ContentLine& line) const;
     [[nodiscard]] bool isExcluded(const ContentLine& line) const;
-    // "Local only", "Excluded", "Empty folder", as far as they apply.
+    // "Local only", "Excluded" and "Empty folder", as far as they apply.
     [[nodiscard]] QStringList badges(const ContentLine& line) const;
     [[nodiscard]] QString shownText(const ContentLine& line) const;
 
-    // The folder that a line lies in; not valid for what lies in the remote folder itself.
+    // The folder that contains the line; invalid for lines at the top of the tree.
     [[nodiscard]] QModelIndex folderOf(const QModelIndex& child) const;
 
-    // Whether what is ticked at a path is a folder, as far as it was listed.
+    // Whether the ticked path is a folder; nullopt if it was not listed.
     [[nodiscard]] std::optional<bool> isFolder(const std::string& path) const;
 
-    // What is ticked in part becomes ticked as a whole.
+    // A partially ticked line becomes fully ticked.
     void toggleTick(const QModelIndex& index);
     void tickEverything(bool ticked);
     void toggleFold(const QModelIndex& index);
@@ -84,16 +85,16 @@ public:
 
 private:
     [[nodiscard]] QString failureOf(const ContentLine& line) const;
-    [[nodiscard]] QString spoken(const ContentLine& line) const;
+    [[nodiscard]] QString accessibleText(const ContentLine& line) const;
     void folderChanged(const std::string& path) override;
     void expandedChanged(const std::string& path) override;
     void update();
-    void learnKinds(const std::string& folder);
-    void tellAllChanged();
+    void rememberKinds(const std::string& folder);
+    void notifyAllChanged();
 
     RemoteBrowserModel* browser = nullptr;
     DownloadSelection chosen;
-    std::unordered_map<std::string, bool> kinds; // by path: is it a folder? Of all that was ticked and listed.
+    std::unordered_map<std::string, bool> kinds; // true for folders; only paths that were ticked and listed
     std::vector<ContentLine> lines;
 };
 

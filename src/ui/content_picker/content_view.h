@@ -1,6 +1,6 @@
-// The list in which the content picker shows its tree, with the pointer and the keys of one.
+// The view of the content picker's tree.
 //
-// Main thread. Up and Down walk, Left and Right fold, Space ticks, Enter tries again where that is offered.
+// Main thread. Up and Down move, Left and Right fold, Space ticks, Enter retries a failed listing.
 #pragma once
 
 #include "ui/content_picker/content_delegate.h"
@@ -31,7 +31,7 @@ private:
 
     ContentTreeModel& rows;
     ContentDelegate* delegate;
-    std::optional<int> placeToReturnTo;
+    std::optional<int> rowToRestore;
 };
 
 } // namespace zembrastel::ui

@@ -14,14 +14,14 @@
 namespace zembrastel::ui {
 namespace {
 
-void judge(ImportLine& line, const std::vector<Profile>& others) {
+void updateObstacle(ImportLine& line, const std::vector<Profile>& others) {
     line.obstacle.clear();
-    line.wantsFolder = false;
+    line.needsFolder = false;
     try {
         (void)importable(line.candidate.profile, others);
     } catch (const LocalFolderWanted& error) {
         line.obstacle = error.what();
-        line.wantsFolder = true;
+        line.needsFolder = true;
     } catch (const std::exception& error) {
         line.obstacle = describe(error);
     }
@@ -39,12 +39,10 @@ constexpr int gap = 12;
 constexpr int buttonPadding = 12;
 constexpr int symbolSide = 16;
 
-// More than the design's where the desktop's text is large.
+// Higher than in the design if the desktop's text is large.
 int height() { return std::max(usualLine, lineHeight(TextStyle::strong)); }
 
-int countOfLines(const ImportLine& line) {
-    return (line.skipped ? 2 : 3) + static_cast<int>(line.candidate.notes.size());
-}
+int lineCount(const ImportLine& line) { return (line.skipped ? 2 : 3) + static_cast<int>(line.candidate.notes.size()); }
 
 constexpr int scrollStep = 28;
 
@@ -55,7 +53,7 @@ std::vector<ImportLine> importLines(ProfilesFound found, const std::vector<Profi
     for (auto& candidate : found.candidates) {
         ImportLine& line = lines.emplace_back();
         line.candidate = std::move(candidate);
-        judge(line, others);
+        updateObstacle(line, others);
     }
     for (auto& skipped : found.skipped) {
         ImportLine& line = lines.emplace_back();
@@ -80,7 +78,7 @@ std::vector<int> ImportListModel::tickedRows() const {
     return rows;
 }
 
-int ImportListModel::countOfTakeable() const {
+int ImportListModel::importableCount() const {
     return static_cast<int>(std::ranges::count_if(lines, &ImportLine::canBeTicked));
 }
 
@@ -99,7 +97,7 @@ void ImportListModel::tickAll(bool wanted) {
 void ImportListModel::setLocalFolder(int row, const std::string& folder, const std::vector<Profile>& others) {
     ImportLine& named = lines[static_cast<std::size_t>(row)];
     named.candidate.profile.localFolder = folder;
-    judge(named, others);
+    updateObstacle(named, others);
     changed(row);
 }
 
@@ -126,15 +124,15 @@ QString ImportListModel::place(const ImportLine& line) {
 }
 
 QString ImportListModel::folderAction(const ImportLine& line) {
-    return line.wantsFolder ? tr("Choose local folder…") : tr("Change…");
+    return line.needsFolder ? tr("Choose local folder…") : tr("Change…");
 }
 
-QString ImportListModel::spoken(const ImportLine& line) {
+QString ImportListModel::accessibleText(const ImportLine& line) {
     QStringList parts{toQString(line.candidate.profile.name)};
     if (line.canBeTicked()) parts << (line.ticked ? tr("Selected") : tr("Not selected"));
     parts << server(line);
     if (!line.skipped) parts << place(line);
-    if (line.wantsFolder) parts << folderAction(line);
+    if (line.needsFolder) parts << folderAction(line);
     for (const auto& note : line.candidate.notes) parts << toQString(note);
     return parts.join(QStringLiteral(", "));
 }
@@ -150,11 +148,11 @@ QVariant ImportListModel::data(const QModelIndex& index, int role) const {
     case Qt::DisplayRole:
         return toQString(shown.candidate.profile.name);
     case Qt::ToolTipRole:
-        return asToolTip(spoken(shown));
+        return asToolTip(accessibleText(shown));
     case Qt::CheckStateRole:
         return shown.skipped ? QVariant() : QVariant(shown.ticked ? Qt::Checked : Qt::Unchecked);
     case Qt::AccessibleTextRole:
-        return spoken(shown);
+        return accessibleText(shown);
     default:
         return {};
     }
@@ -168,12 +166,12 @@ ImportListDelegate::ImportListDelegate(const ImportListModel& rowModel, QObject*
     : QStyledItemDelegate(parent), rows(rowModel) {}
 
 QSize ImportListDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex& index) const {
-    return {1, 2 * inset + countOfLines(rows.line(index.row())) * height()};
+    return {1, 2 * inset + lineCount(rows.line(index.row())) * height()};
 }
 
-// As though the reading direction were from left to right.
+// For a left-to-right layout.
 QRect ImportListDelegate::buttonIn(const QRect& row, const ImportLine& line) {
-    if (!line.takesFolder()) return {};
+    if (!line.acceptsFolder()) return {};
     const int width = lineWidth(TextStyle::body, ImportListModel::folderAction(line)) + 2 * buttonPadding;
     const int right = row.right() - endMargin - textEnd;
     return {right - width + 1, row.top() + inset, width, lineHeight(TextStyle::body) + 10};
@@ -221,7 +219,7 @@ void ImportListDelegate::paintTexts(RowPainter& painter, const QRect& row, const
     };
     painter.line(
         next(), toQString(line.candidate.profile.name),
-        {.style = TextStyle::strong, .colour = line.canBeTicked() || line.wantsFolder ? now.text : now.dim});
+        {.style = TextStyle::strong, .colour = line.canBeTicked() || line.needsFolder ? now.text : now.dim});
     painter.line(next(), ImportListModel::server(line), details);
     if (line.skipped) return;
     if (line.obstacle.empty()) {
@@ -247,7 +245,7 @@ int ImportListView::partAt(const QModelIndex& row, const QPoint& point) const {
 
 void ImportListView::partClicked(const QModelIndex& row, int part) {
     if (part == ImportListDelegate::folder) {
-        Q_EMIT folderWanted(row.row());
+        Q_EMIT folderRequested(row.row());
     } else {
         rows.toggle(row.row());
     }
@@ -256,8 +254,8 @@ void ImportListView::partClicked(const QModelIndex& row, int part) {
 bool ImportListView::keyPressed(const QModelIndex& row, int key) {
     const ImportLine& line = rows.line(row.row());
     const bool isEnter = key == Qt::Key_Return || key == Qt::Key_Enter;
-    if ((isEnter && line.wantsFolder) || (key == Qt::Key_F2 && line.takesFolder())) {
-        Q_EMIT folderWanted(row.row());
+    if ((isEnter && line.needsFolder) || (key == Qt::Key_F2 && line.acceptsFolder())) {
+        Q_EMIT folderRequested(row.row());
         return true;
     }
     if (key != Qt::Key_Space) return false;

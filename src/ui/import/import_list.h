@@ -19,19 +19,19 @@
 namespace zembrastel::ui {
 
 struct ImportLine {
-    ProfileCandidate candidate; // of one that was skipped, a name alone
-    std::string obstacle;       // a sentence; empty when it can be imported
-    bool wantsFolder = false;   // naming a local folder overcomes the obstacle
+    ProfileCandidate candidate; // only the name, if it was skipped
+    std::string obstacle;       // a sentence; empty if it can be imported
+    bool needsFolder = false;   // choosing a local folder removes the obstacle
     bool skipped = false;
-    bool done = false; // imported
+    bool done = false; // was imported
     bool ticked = false;
 
     [[nodiscard]] bool canBeTicked() const { return obstacle.empty() && !done; }
-    // May the user name another local folder?
-    [[nodiscard]] bool takesFolder() const { return !done && (obstacle.empty() || wantsFolder); }
+    // Returns whether the user may choose another local folder.
+    [[nodiscard]] bool acceptsFolder() const { return !done && (obstacle.empty() || needsFolder); }
 };
 
-// Looks at the local folders, which may block: any thread. Those that can be imported are ticked.
+// Checks the local folders, which may block: any thread. Profiles that can be imported are ticked.
 [[nodiscard]] std::vector<ImportLine> importLines(ProfilesFound found, const std::vector<Profile>& others);
 
 class ImportListModel : public QAbstractListModel {
@@ -43,15 +43,15 @@ public:
     void show(std::vector<ImportLine> found);
     [[nodiscard]] const ImportLine& line(int row) const { return lines[static_cast<std::size_t>(row)]; }
     [[nodiscard]] std::vector<int> tickedRows() const;
-    [[nodiscard]] int countOfTakeable() const;
+    [[nodiscard]] int importableCount() const;
 
     void toggle(int row);
     void tickAll(bool wanted);
-    // Names the local folder of a row, which is ticked if that makes it whole.
+    // Sets the local folder of a row. Ticks the row if it can be imported then.
     void setLocalFolder(int row, const std::string& folder, const std::vector<Profile>& others);
     void setDone(int row);
 
-    // What stands below the name.
+    // The lines below the name.
     [[nodiscard]] static QString server(const ImportLine& line);
     [[nodiscard]] static QString place(const ImportLine& line);
     [[nodiscard]] static QString folderAction(const ImportLine& line);
@@ -61,7 +61,7 @@ public:
     [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override;
 
 private:
-    [[nodiscard]] static QString spoken(const ImportLine& line);
+    [[nodiscard]] static QString accessibleText(const ImportLine& line);
     void changed(int row) { Q_EMIT dataChanged(index(row), index(row)); }
 
     std::vector<ImportLine> lines;
@@ -76,7 +76,7 @@ public:
 
     ImportListDelegate(const ImportListModel& rowModel, QObject* parent);
 
-    // What a click there is on. `row` is the row's place in the list.
+    // The part under a point. `row` is the row's place in the list.
     [[nodiscard]] Part partAt(const QRect& row, int number, const QPoint& point, Qt::LayoutDirection direction) const;
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
@@ -96,7 +96,7 @@ public:
     explicit ImportListView(ImportListModel& shown, QWidget* parent = nullptr);
 
 Q_SIGNALS:
-    void folderWanted(int row);
+    void folderRequested(int row);
 
 protected:
     [[nodiscard]] int partAt(const QModelIndex& row, const QPoint& point) const override;

@@ -30,7 +30,7 @@ ColourRole symbolColour(const Activity& activity) {
     return activitySymbol(activity) == "dot" ? &Colours::edge : &Colours::accent;
 }
 
-// A list that leaves the wheel to the page around it.
+// A list that passes wheel events to the page around it.
 class LineView : public QListView {
 public:
     using QListView::QListView;

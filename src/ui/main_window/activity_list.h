@@ -22,7 +22,7 @@ class ActivityListModel : public QAbstractListModel {
 public:
     using QAbstractListModel::QAbstractListModel;
 
-    // Takes over what changed since the last time.
+    // Updates the rows to this log.
     void setActivity(const std::deque<Activity>& activity);
 
     [[nodiscard]] const Activity& at(const QModelIndex& index) const;
@@ -36,7 +36,7 @@ private:
     std::deque<Activity> lines;
 };
 
-// The symbol of a line: what was done with a file, or that it is an error.
+// The symbol of a line: the direction of the transfer, or an error.
 [[nodiscard]] std::string_view activitySymbol(const Activity& activity);
 
 // Paints the symbol, the text, elided in its middle, and the time.
@@ -46,7 +46,7 @@ class ActivityListDelegate : public QStyledItemDelegate {
 public:
     ActivityListDelegate(const ActivityListModel& rowModel, QObject* parent);
 
-    // The same for every row.
+    // The same for all rows.
     [[nodiscard]] static int height();
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
@@ -68,7 +68,7 @@ public:
     [[nodiscard]] QListView& list() const { return *view; }
 
 Q_SIGNALS:
-    // A line became the current one; where it is, in the card's coordinates.
+    // A line became the current one. `place` is in the card's coordinates.
     void lineReached(const QRect& place);
 
 private:

@@ -70,7 +70,7 @@ void MainWindow::connectParts() {
     connect(detail, &ProfileDetail::editContentsRequested, this, [this](const Uuid& id) { hooks.editContents(id); });
     connect(detail, &ProfileDetail::backupsRequested, this, [this](const Uuid& id) { hooks.showBackups(id); });
     connect(detail, &ProfileDetail::skipCheckRequested, this, &MainWindow::askToSkipCheck);
-    connect(detail, &ProfileDetail::failed, this, &MainWindow::tellFailure);
+    connect(detail, &ProfileDetail::failed, this, &MainWindow::showFailure);
     auto* const create = new QAction(tr("New Sync Profile…"), this);
     create->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_N));
     connect(create, &QAction::triggered, this, [this] { hooks.newProfile(); });
@@ -108,7 +108,7 @@ void MainWindow::editSelectedContents() {
 }
 
 void MainWindow::openReview(const Uuid& id) {
-    if (bridge.model().reviews().contains(id)) reviewAskedFor = id;
+    if (bridge.model().reviews().contains(id)) requestedReview = id;
     bridge.model().openReview(id);
 }
 
@@ -119,7 +119,7 @@ void MainWindow::showSelected() {
         pages->setCurrentWidget(welcome);
         return;
     }
-    // While a profile is being removed the selection may still name it.
+    // While a profile is being removed, the selection may still name it.
     const bool valid = selected && bridge.model().profile(*selected) != nullptr;
     detail->showProfile(valid ? *selected : profiles.front().id);
     pages->setCurrentWidget(detail);
@@ -133,18 +133,19 @@ void MainWindow::showWaiting() {
 void MainWindow::showPresentedReview() {
     const auto& review = bridge.model().presentedReview();
     if (!reviewWaits || !review || !isVisible()) return;
-    const bool askedFor = std::exchange(reviewAskedFor, std::nullopt) == review->id;
+    const bool requestedByUser = std::exchange(requestedReview, std::nullopt) == review->id;
     if (QWidget* const other = inUse()) {
-        other->installEventFilter(this); // until it is out of the way
+        other->installEventFilter(this); // until it closes or loses the focus
         return;
     }
     reviewWaits = false;
     const RemoteReview shown = *review;
     bridge.model().select(shown.id);
-    hooks.showReview(shown, askedFor);
+    hooks.showReview(shown, requestedByUser);
 }
 
-// What the user works with, so that a sheet over it would take what is typed there.
+// The menu, dialog or text field that the user is working in. A sheet that opened over it would receive keys that were
+// meant for it.
 QWidget* MainWindow::inUse() const {
     if (QWidget* const menu = QApplication::activePopupWidget()) return menu;
     if (QWidget* const dialog = QApplication::activeModalWidget()) return dialog;
@@ -164,8 +165,8 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
 void MainWindow::showAlert() {
     const auto& alert = bridge.model().alert();
     if (!alert || !isVisible() || alertDialog) return;
-    // One that came while this one was read is shown next.
-    alertDialog = ConfirmDialog::tell(this, tr("Zembrastel"), toQString(*alert), [this, shown = *alert] {
+    // If another alert arrived while this one was open, it is shown next.
+    alertDialog = ConfirmDialog::showMessage(this, tr("Zembrastel"), toQString(*alert), [this, shown = *alert] {
         alertDialog.clear();
         if (bridge.model().alert() == shown) {
             bridge.model().dismissAlert();
@@ -175,7 +176,7 @@ void MainWindow::showAlert() {
     });
 }
 
-void MainWindow::tellFailure(const QString& message) { bridge.model().setAlert(message.toStdString()); }
+void MainWindow::showFailure(const QString& message) { bridge.model().setAlert(message.toStdString()); }
 
 void MainWindow::askToRemove(const Uuid& id) {
     ConfirmDialog::ask(
@@ -215,7 +216,7 @@ void MainWindow::sendAll(const Uuid& id) {
     try {
         bridge.model().sendAgain(id, Resend::everything);
     } catch (const std::exception& error) {
-        tellFailure(toQString(describe(error)));
+        showFailure(toQString(describe(error)));
     }
 }
 
@@ -228,7 +229,7 @@ void MainWindow::resizeEvent(QResizeEvent* event) {
 
 void MainWindow::showEvent(QShowEvent* event) {
     QMainWindow::showEvent(event);
-    // A dialog is opened once its window is there.
+    // Queued, because a dialog needs a visible window.
     QMetaObject::invokeMethod(this, &MainWindow::showWaiting, Qt::QueuedConnection);
 }
 

@@ -15,13 +15,13 @@
 namespace zembrastel::ui {
 namespace {
 
-constexpr std::size_t mostPaths = 3; // in a banner
+constexpr std::size_t maxPaths = 3; // in a banner
 
-// One a line.
+// One path per line.
 QString firstPaths(const PathSet& paths) {
     QStringList lines;
-    for (const auto& path : paths | std::views::take(mostPaths)) lines << onOneLine(toQString(path));
-    if (paths.size() > mostPaths) lines << DetailBanners::tr("and %1 more").arg(paths.size() - mostPaths);
+    for (const auto& path : paths | std::views::take(maxPaths)) lines << onOneLine(toQString(path));
+    if (paths.size() > maxPaths) lines << DetailBanners::tr("and %1 more").arg(paths.size() - maxPaths);
     return lines.join(u'\n');
 }
 
@@ -134,7 +134,7 @@ QFrame* DetailBanners::makeReviewBanner() {
 
 QFrame* DetailBanners::makeFailureBanner() {
     QFrame* const banner = makeSurface(Surface::warningBanner);
-    // Its first line is level with the symbol.
+    // Aligns the first line with the symbol.
     message->setContentsMargins(0, 2, 0, 2);
     retry->setSymbol("arrow.clockwise");
     auto* const actions = new QHBoxLayout;
@@ -170,7 +170,7 @@ QFrame* DetailBanners::makeServerLacksBanner() {
     QFrame* const banner = makeSurface(Surface::infoBanner);
     auto* const texts = new QVBoxLayout;
     texts->setSpacing(4);
-    missingHeading->setContentsMargins(0, 2, 0, 0); // level with the symbol
+    missingHeading->setContentsMargins(0, 2, 0, 0); // in line with the symbol
     texts->addWidget(missingHeading);
     texts->addWidget(missingText);
     texts->addWidget(missingPaths);

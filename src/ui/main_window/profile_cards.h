@@ -53,20 +53,20 @@ private:
     WrapLabel* detail;
 };
 
-// What waits for the user: a review, a failed server check, or files that are missing, here or on the server. Shows one
-// banner at a time; a review goes first, since it is what the check was for.
+// Reports what needs the user: a review, a failed server check, or files that are missing, locally or on the server.
+// Shows one banner at a time; a review comes first, because the check was made to find it.
 class DetailBanners : public QWidget {
     Q_OBJECT
 
 public:
     explicit DetailBanners(QWidget* parent = nullptr);
 
-    // With none of them there is nothing to see.
+    // Hidden if none of them applies.
     void setWaiting(
         bool reviewWaits, const std::optional<std::string>& checkFailure, bool filesMissing = false,
         const PathSet& missingOnServer = {});
 
-    // In the order of tabulation.
+    // In tab order.
     [[nodiscard]] QList<QWidget*> buttons() const { return {review, retry, skip, forget, send, leave}; }
 
 Q_SIGNALS:
@@ -102,7 +102,7 @@ private:
 // "3 files are missing on the server."
 [[nodiscard]] QString missingOnServerText(std::size_t files);
 
-// The counters since the program began.
+// The counters since the program was started.
 class CountersCard : public QFrame {
     Q_OBJECT
 

@@ -29,7 +29,7 @@ constexpr int cardGap = 16;
 
 bool openInFileManager(const std::string& folder) {
     const QString path = toQString(folder);
-    // Starting the file manager succeeds whether or not there is anything to be shown in it.
+    // Starting the file manager succeeds even if the folder does not exist.
     return QFileInfo(path).isDir() && QDesktopServices::openUrl(QUrl::fromLocalFile(path));
 }
 
@@ -79,7 +79,7 @@ QWidget* ProfileDetail::makePage() {
     all->setContentsMargins(margin, pageTop, margin, margin);
     all->setSpacing(0);
     all->addWidget(statusLine);
-    all->addWidget(progress); // in place of a gap
+    all->addWidget(progress); // instead of spacing
     auto* const layout = new QVBoxLayout;
     layout->setSpacing(cardGap);
     all->addLayout(layout, 1);
@@ -100,7 +100,7 @@ QLayout* ProfileDetail::makeActivityHead() {
     head->addWidget(makeLabel(tr("Recent activity"), TextStyle::section), 1);
     head->addWidget(copy);
     head->addWidget(backups);
-    if (bridge.model().isDemo()) backups->hide(); // it has no files
+    if (bridge.model().isDemo()) backups->hide(); // a demonstration has no files
     return head;
 }
 
@@ -168,7 +168,7 @@ void ProfileDetail::refresh() {
     refreshStatus();
     refreshActivity();
     refreshBanners();
-    awaitTomorrow();
+    startMidnightTimer();
 }
 
 void ProfileDetail::refreshStatus() {
@@ -217,7 +217,7 @@ void ProfileDetail::openFolder() {
     Q_EMIT failed(tr("Could not open the local folder in Finder. Check that the folder is still available."));
 }
 
-// The bar takes its room from the margin beside the cards, which so keep their edge.
+// The scroll bar lies in the margin beside the cards, so that their right edge does not move.
 void ProfileDetail::fitMargin() {
     const QScrollBar* const bar = scroll->verticalScrollBar();
     const int taken = bar->isVisibleTo(scroll) ? bar->sizeHint().width() : 0;
@@ -234,11 +234,11 @@ bool ProfileDetail::eventFilter(QObject* watched, QEvent* event) {
 
 void ProfileDetail::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
-    // Days may have passed unseen, and a sleeping machine's timers sleep too.
+    // The page may have been hidden for days, and timers do not run while the machine sleeps.
     refresh();
 }
 
-void ProfileDetail::awaitTomorrow() {
+void ProfileDetail::startMidnightTimer() {
     if (isVisible()) tomorrow.start(untilTomorrow(QDateTime::currentDateTime()) + std::chrono::seconds(1));
     activity->list().viewport()->update();
 }

@@ -17,9 +17,9 @@
 
 namespace zembrastel::ui {
 
-// Main thread. The secret store may have to be asked first for the password, which is then kept out of the text; where
-// it gives none, the text is copied all the same: the server's words have lost the password already when they arrive.
-// `copied` is called once the text is there. The bridge must outlive the model's answer.
+// Copies a description of the profile for support to the clipboard, without its password. Main thread. Asks the secret
+// store for the password first, to remove it from the text. If the store has none, copies the text anyway: the server's
+// messages were already stored without the password. Then calls `copied`. The bridge must outlive the model's answer.
 void copyDetails(
     ModelBridge& bridge, const Uuid& id, std::function<void()> copied = [] {});
 
@@ -32,7 +32,7 @@ public:
     void showProfile(const Uuid& profileId);
     void setNarrow(bool narrow);
 
-    // In the order of tabulation.
+    // In tab order.
     [[nodiscard]] QList<QWidget*> controls() const;
 
 Q_SIGNALS:
@@ -60,7 +60,7 @@ private:
     void saving(const std::function<void()>& change);
     void openFolder();
     void fitMargin();
-    void awaitTomorrow();
+    void startMidnightTimer();
 
     ModelBridge& bridge;
     Uuid id;
@@ -72,7 +72,7 @@ private:
     DetailBanners* banners;
     RouteCard* route;
     CountersCard* counters;
-    PushButton* copy; // the details, for whoever helps with a failure
+    PushButton* copy; // copies details for support
     PushButton* backups;
     ActivityList* activity;
     QTimer tomorrow; // when "Today" becomes "Yesterday"

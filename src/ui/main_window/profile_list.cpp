@@ -27,20 +27,20 @@ std::vector<Uuid> idsOf(const std::vector<Profile>& profiles) {
     return ids;
 }
 
-constexpr int lowestRow = 56;
+constexpr int minRowHeight = 56;
 constexpr int sideInset = 8;
 constexpr int padding = 12;
 constexpr int moreSide = 28;
 constexpr int moreSymbol = 20;
 constexpr int lineGap = 2;
 
-// The symbol, and the texts beside it, up to the button.
+// The symbol; beside it the texts, up to the button.
 constexpr int symbolLeft = sideInset + padding;
 constexpr int textLeft = symbolLeft + StatusSymbol::side + padding;
 
 int textHeight() { return lineHeight(TextStyle::strong) + lineGap + lineHeight(TextStyle::small); }
 
-// As though the reading direction were from left to right.
+// For a left-to-right layout.
 QRect moreIn(const QRect& row) {
     QRect area(0, 0, moreSide, moreSide);
     area.moveTopRight({row.right() - 2 * sideInset, row.top() + 5});
@@ -66,7 +66,7 @@ QColor titleColour(const ProfileStatus& status, bool selected) {
 
 ProfileListModel::ProfileListModel(ModelBridge& modelBridge, QObject* parent)
     : QAbstractListModel(parent), bridge(modelBridge), rows(idsOf(bridge.model().profiles())) {
-    connect(&bridge, &ModelBridge::profilesChanged, this, &ProfileListModel::takeProfiles);
+    connect(&bridge, &ModelBridge::profilesChanged, this, &ProfileListModel::updateRows);
     const auto repaint = [this](const Uuid& id) {
         const QModelIndex row = indexOf(id);
         if (row.isValid()) Q_EMIT dataChanged(row, row);
@@ -120,7 +120,7 @@ QVariant ProfileListModel::data(const QModelIndex& index, int role) const {
     }
 }
 
-void ProfileListModel::takeProfiles() {
+void ProfileListModel::updateRows() {
     auto next = idsOf(bridge.model().profiles());
     if (next == rows) {
         if (!rows.empty()) Q_EMIT dataChanged(index(0), index(rowCount() - 1));
@@ -166,7 +166,7 @@ void ProfileListDelegate::paintTexts(RowPainter& painter, const QRect& row, cons
 }
 
 QSize ProfileListDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const {
-    return {200, std::max(lowestRow, textHeight() + 20)};
+    return {200, std::max(minRowHeight, textHeight() + 20)};
 }
 
 bool ProfileListDelegate::editorEvent(
@@ -223,7 +223,8 @@ void ProfileListView::keyPressEvent(QKeyEvent* event) {
     }
 }
 
-// The "more" button is drawn otherwise under the pointer, and a row knows only that the pointer is somewhere on it.
+// The "more" button looks different under the pointer, and the delegate knows only that the pointer is somewhere on the
+// row.
 void ProfileListView::mouseMoveEvent(QMouseEvent* event) {
     QListView::mouseMoveEvent(event);
     const QModelIndex under = indexAt(event->position().toPoint());

@@ -21,19 +21,19 @@ public:
     explicit ProfileListModel(ModelBridge& modelBridge, QObject* parent = nullptr);
 
     [[nodiscard]] const Uuid& idAt(const QModelIndex& index) const;
-    [[nodiscard]] QModelIndex indexOf(const Uuid& id) const; // invalid when there is none
+    [[nodiscard]] QModelIndex indexOf(const Uuid& id) const; // invalid if there is none
 
     [[nodiscard]] const ProfileStatus& statusAt(const QModelIndex& index) const;
     [[nodiscard]] bool runningAt(const QModelIndex& index) const;
 
-    // The title of its status, or of a profile that is up to date here, what is missing on its server.
+    // The title of the status; for an up-to-date profile, the number of files that are missing on its server.
     [[nodiscard]] QString summaryAt(const QModelIndex& index) const;
 
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
 
 private:
-    void takeProfiles();
+    void updateRows();
 
     ModelBridge& bridge;
     std::vector<Uuid> rows;
@@ -49,7 +49,7 @@ class ProfileListDelegate : public QStyledItemDelegate {
 public:
     ProfileListDelegate(const ProfileListModel& rowModel, QObject* parent);
 
-    // Where the "more" button of a row is.
+    // The place of the "more" button of a row.
     [[nodiscard]] static QRect moreArea(const QRect& row, Qt::LayoutDirection direction);
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;

@@ -74,7 +74,7 @@ void ProgressStrip::paintEvent(QPaintEvent*) {
     };
     const QRectF track(0, (height() - thickness) / 2.0, width(), thickness);
     paint(track, colours().line);
-    // Never less than a dot, which tells that there is a bar.
+    // At least a dot, so that the bar is recognisable at 0 %.
     QRectF done = track;
     done.setWidth(qMax<double>(thickness, track.width() * fraction));
     if (layoutDirection() == Qt::RightToLeft) done.moveRight(track.right());

@@ -20,7 +20,7 @@ public:
     // Empty without progress.
     void setProgress(const std::optional<TransferProgress>& progress);
 
-    // What is seen of it at the present width.
+    // The text as shown at the current width.
     [[nodiscard]] QString visibleText() const;
 
     [[nodiscard]] QSize minimumSizeHint() const override;
@@ -37,10 +37,10 @@ class ProgressStrip : public QProgressBar {
     Q_OBJECT
 
 public:
-    // As high as the gap that it takes the place of.
+    // `height` is that of the gap that the bar replaces.
     explicit ProgressStrip(int height, QWidget* parent = nullptr);
 
-    // Hidden where there is no telling how much is still to come.
+    // Hidden while the total is unknown.
     void setProgress(const std::optional<TransferProgress>& progress);
 
     [[nodiscard]] QSize sizeHint() const override { return {0, height()}; }

@@ -11,8 +11,8 @@
 namespace zembrastel::ui {
 namespace {
 
-// What a link leaves free beside its text for its focus ring: the texts stand in one line.
-constexpr int ringRoom = 3;
+// The space that a link keeps beside its text for its focus ring; the other texts keep it too, so that they align.
+constexpr int focusRingSpace = 3;
 
 } // namespace
 
@@ -31,7 +31,7 @@ void WindowMenu::addSwitch(const QString& text, std::function<bool()> isOn, std:
     connect(action, &QAction::triggered, this, [turned = std::move(turned)](bool wanted) { turned(wanted); });
 }
 
-// Not as the button's own menu, for which the style would make it wider and draw an arrow.
+// Not set as the button's menu: the style would widen the button and draw an arrow.
 void WindowMenu::open() {
     const QPoint below = isRightToLeft() ? rect().bottomRight() : rect().bottomLeft();
     entries->popup(mapToGlobal(below + QPoint(0, 2)));
@@ -71,12 +71,12 @@ QWidget* Sidebar::makeHeader() {
 QWidget* Sidebar::makeFooter() {
     QFrame* const footer = makeSurface(Surface::footer);
     auto* const layout = new QVBoxLayout(footer);
-    layout->setContentsMargins(readingMargins(20 - ringRoom, 12, 20, 16));
+    layout->setContentsMargins(readingMargins(20 - focusRingSpace, 12, 20, 16));
     layout->setSpacing(8);
     auto* const advice = new WrapLabel(
         tr("Keep Zembrastel running to sync. Closing this window keeps it in the menu bar; quitting stops transfers."),
         TextStyle::small, Tone::dim);
-    advice->setContentsMargins(readingMargins(ringRoom, 0, 0, 0));
+    advice->setContentsMargins(readingMargins(focusRingSpace, 0, 0, 0));
     layout->addWidget(advice);
     layout->addWidget(quit, 0, Qt::AlignLeft);
     quit->hide();

@@ -24,7 +24,7 @@ public:
     void add(QAction* action) { entries->addAction(action); }
     void addSeparator() { entries->addSeparator(); }
 
-    // A switch, whose state is asked for each time the menu is opened. `turned` gets the wanted state.
+    // Adds a switch. `isOn` is called each time the menu opens; `turned` receives the new state.
     void addSwitch(const QString& text, std::function<bool()> isOn, std::function<void(bool wanted)> turned);
 
 private:
@@ -43,10 +43,10 @@ public:
     [[nodiscard]] PushButton& plus() const { return *add; }
     [[nodiscard]] WindowMenu& menu() const { return *more; }
 
-    // The button to quit with, which is not there unless it is wanted.
+    // Hidden by default.
     [[nodiscard]] PushButton& quitButton() const { return *quit; }
 
-    // Less wide, for a window that is short of room.
+    // For a narrow window.
     void setNarrow(bool narrow);
 
 private:

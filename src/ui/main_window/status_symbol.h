@@ -1,5 +1,5 @@
-// The symbol of a profile's status: which symbol, in which colour, turning or still; as a widget of 20 points square,
-// and as a painting function for lists.
+// The symbol of a profile's status, in its colour, turning or still: as a widget of 20 points square, and as a painting
+// function for lists.
 //
 // Main thread; working() and present() are pure.
 #pragma once

@@ -27,7 +27,7 @@ QLayout* makeFeatures(const QString& protocols, const QString& passwords) {
     return layout;
 }
 
-// Larger than body text, under a heading as large as this one.
+// Larger than body text, to suit the large heading.
 QLabel* makeExplanation(const QString& text) {
     auto* const label = new QLabel(text);
     label->setTextFormat(Qt::PlainText);

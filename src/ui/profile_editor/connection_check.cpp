@@ -9,8 +9,8 @@
 namespace zembrastel::ui {
 namespace {
 
-// Nothing when the test was cancelled.
-std::optional<ConnectionCheck::Result> tryOut(const FTPTransport& transport) {
+// nullopt if the check was cancelled.
+std::optional<ConnectionCheck::Result> runCheck(const FTPTransport& transport) {
     try {
         return ConnectionCheck::Result{.items = transport.test(), .failure = {}};
     } catch (const Cancelled&) {
@@ -32,7 +32,7 @@ void ConnectionCheck::start(const Profile& profile, const std::string& password,
     };
     const FTPTransport transport{.profile = profile, .password = password, .control = current->control};
     (void)tasks.start([&main = context, transport, deliver](const std::stop_token&) {
-        if (const auto result = tryOut(transport)) main.post([deliver, result = *result] { deliver(result); });
+        if (const auto result = runCheck(transport)) main.post([deliver, result = *result] { deliver(result); });
     });
 }
 

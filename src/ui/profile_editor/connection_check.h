@@ -1,7 +1,7 @@
-// Tries out whether a server's folder can be read, on a thread of its own.
+// Checks on a thread of its own whether a server's folder can be read.
 //
-// Used on the main context, which also gets the result. One test at a time; a cancelled one is not heard again. Going
-// away cancels the test and waits for its thread, which takes no longer than ending the transfer.
+// Used on the main context, which also receives the result. One check at a time; a cancelled check delivers nothing.
+// The destructor cancels the check and waits for its thread, which takes no longer than ending the transfer.
 #pragma once
 
 #include "app/context/background_tasks.h"
@@ -20,7 +20,7 @@ class ConnectionCheck {
 public:
     struct Result {
         std::size_t items = 0; // in the remote folder
-        std::string failure;   // what the user reads; empty when the folder can be read
+        std::string failure;   // the message for the user; empty if the folder can be read
     };
 
     explicit ConnectionCheck(MainContext& mainContext) : context(mainContext), tasks(mainContext) {}
@@ -28,7 +28,7 @@ public:
     ConnectionCheck& operator=(const ConnectionCheck&) = delete;
     ~ConnectionCheck() { cancel(); }
 
-    // Cancels the test that runs, if one does.
+    // Cancels a running check first.
     void start(const Profile& profile, const std::string& password, std::function<void(Result)> done);
 
     void cancel();
@@ -41,7 +41,7 @@ private:
     };
 
     MainContext& context;
-    std::shared_ptr<Running> current; // owned here alone: a result whose test has gone is dropped
+    std::shared_ptr<Running> current; // the only owner; a result whose check is gone is dropped
     BackgroundTasks tasks;
 };
 

@@ -78,7 +78,7 @@ void ConnectionFields::writeTo(Profile& draft) const {
     draft.name = nameField->text().toStdString();
     draft.transport = protocol;
     draft.host = serverField->text().toStdString();
-    draft.port = portField->text().toLongLong(); // 0, which is no port, when there is none
+    draft.port = portField->text().toLongLong(); // 0, which is no valid port, if the field is empty
     draft.username = usernameField->text().toStdString();
     draft.remoteFolder = remoteFolderField->text().toStdString();
 }
@@ -90,7 +90,7 @@ void ConnectionFields::setPassword(const std::string& password) {
     passwordField->setEnabled(true);
 }
 
-void ConnectionFields::awaitPassword() {
+void ConnectionFields::showPasswordLoading() {
     const QString waiting = tr("Reading from keyring…");
     passwordField->setPlaceholderText(waiting);
     passwordField->setAccessibleDescription(waiting);

@@ -25,7 +25,7 @@ public:
     // Arranges the columns for an editor of this width.
     void fitWidth(int width);
 
-    // Gives this field, and no other, the border of a wrong value, the focus, and a place in sight.
+    // Gives this field, and no other, the border of a wrong value. Focuses the field and scrolls to it.
     void mark(EditorField bad);
 
 private:

@@ -27,7 +27,7 @@ constexpr int heightWithAdvanced = 656;
 constexpr int margin = EditorPage::margin;
 constexpr int footerInset = 12;
 
-// What a new profile begins with: it is meant to be used, and the server's files are not to be missed.
+// A new profile starts watching, and downloads first so that no server files are overlooked.
 Profile newProfile() {
     Profile profile;
     profile.enabled = true;
@@ -56,7 +56,7 @@ ProfileEditor::ProfileEditor(
     layout->addWidget(makeHeader());
     layout->addWidget(page, 1);
     layout->addWidget(makeFooter());
-    saveButton->setDefault(true); // which a button takes to heart only inside its dialog
+    saveButton->setDefault(true); // takes effect only once the button is inside its dialog
     connectFields();
     const QSize available = screen()->availableSize();
     setMinimumSize(scaledToText(smallestSize).boundedTo(available));
@@ -101,15 +101,15 @@ QWidget* ProfileEditor::makeFooter() {
 void ProfileEditor::connectFields() {
     connect(connection, &ConnectionFields::edited, this, &ProfileEditor::forgetMessage);
     connect(connection, &ConnectionFields::connectionEdited, this, [this] {
-        // Its result would be told of a connection that is not the one on the screen.
+        // The result would belong to a connection that is no longer on the screen.
         test.cancel();
         showState();
     });
     connect(contents, &ContentFields::edited, this, &ProfileEditor::forgetMessage);
     connect(contents, &ContentFields::optionsChanged, this, &ProfileEditor::showState);
     connect(contents, &ContentFields::advancedShown, this, &ProfileEditor::makeRoomForAdvanced);
-    connect(contents, &ContentFields::syncContentsWanted, this, [this] { choose(true); });
-    connect(contents, &ContentFields::downloadContentsWanted, this, [this] { choose(false); });
+    connect(contents, &ContentFields::syncContentsRequested, this, [this] { choose(true); });
+    connect(contents, &ContentFields::downloadContentsRequested, this, [this] { choose(false); });
     connect(&bridge, &ModelBridge::profilesChanged, this, &ProfileEditor::followModel);
 }
 
@@ -128,7 +128,7 @@ void ProfileEditor::showEvent(QShowEvent* event) {
     openSyncContentsOnce();
 }
 
-// What was pressed twice in a hurry must not go to another button when its own is disabled; see testConnection().
+// A second Enter must not press another button after the first was disabled; see testConnection().
 void ProfileEditor::keyPressEvent(QKeyEvent* event) {
     const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (isEnter && focusWidget() == this) return;
@@ -145,7 +145,7 @@ void ProfileEditor::loadPassword() {
         loaded = true;
         return;
     }
-    connection->awaitPassword();
+    connection->showPasswordLoading();
     const QPointer<ProfileEditor> self(this);
     model.withPassword(
         original->id,
@@ -154,8 +154,8 @@ void ProfileEditor::loadPassword() {
         },
         [self](const std::string& failure) {
             if (!self) return;
-            // Nobody can choose contents without a password.
-            self->wantsSyncContents = false;
+            // The contents cannot be listed without a password.
+            self->openSyncContentsWhenReady = false;
             self->passwordKnown({});
             self->strip->showFailure(toQString(failure));
         });
@@ -170,24 +170,24 @@ void ProfileEditor::passwordKnown(const std::string& password) {
 }
 
 void ProfileEditor::openSyncContentsOnce() {
-    if (!loaded || !isVisible() || !std::exchange(wantsSyncContents, false)) return;
-    // On top of a sheet that is on the screen by then.
+    if (!loaded || !isVisible() || !std::exchange(openSyncContentsWhenReady, false)) return;
+    // Queued, so that the sheet opens above the visible editor.
     QMetaObject::invokeMethod(
         this, [this] { choose(true); }, Qt::QueuedConnection);
 }
 
-// What the model itself changes meanwhile, an initial download that has ended for one, must not be undone by saving.
+// Changes that the model makes meanwhile, such as the end of an initial download, must survive saving.
 void ProfileEditor::followModel() {
     if (!original || !isVisible()) return;
     if (const Profile* const now = model.profile(original->id)) {
         contents->followOptions(*now);
         showState();
     } else if (!busy) {
-        becomeNew();
+        continueAsNew();
     }
 }
 
-void ProfileEditor::becomeNew() {
+void ProfileEditor::continueAsNew() {
     original.reset();
     strip->showFailure(
         tr("This profile was removed meanwhile. Nothing that you entered is lost: create a new profile from it, or "
@@ -208,9 +208,9 @@ void ProfileEditor::forgetMessage() {
     page->mark(EditorField::none);
 }
 
-void ProfileEditor::fail(const Objection& objection) {
-    strip->showFailure(toQString(objection.message));
-    page->mark(objection.field);
+void ProfileEditor::fail(const ValidationProblem& problem) {
+    strip->showFailure(toQString(problem.message));
+    page->mark(problem.field);
 }
 
 SavingState ProfileEditor::savingState() const {
@@ -256,9 +256,9 @@ void ProfileEditor::choose(bool syncMode) {
         return;
     }
     Profile wanted = draft();
-    wanted.needsDownload = false; // what it needs is just being chosen
-    if (const Objection objection = objectionTo(wanted); !objection.message.empty()) {
-        fail(objection);
+    wanted.needsDownload = false; // the contents of that download are being chosen
+    if (const ValidationProblem problem = validate(wanted); !problem.message.empty()) {
+        fail(problem);
         return;
     }
     forgetMessage();
@@ -274,7 +274,8 @@ void ProfileEditor::choose(bool syncMode) {
 }
 
 void ProfileEditor::applyChoice(bool syncMode, const DownloadSelection& chosen) {
-    // What is downloaded at first is also what is watched afterwards, until the sync contents are chosen by themselves.
+    // The choice of the first download is also the choice of what to watch, until the sync contents are chosen
+    // separately.
     if (!syncMode) selections.initialDownloadSelection = chosen;
     selections.syncSelection = chosen;
     forgetMessage();
@@ -290,7 +291,7 @@ void ProfileEditor::save() {
     forgetMessage();
     const Profile wanted = draft();
     if (refuse(wanted)) return;
-    if (!mustStorePassword()) {
+    if (!passwordNeedsStoring()) {
         finishSaving(std::nullopt);
         return;
     }
@@ -308,31 +309,31 @@ void ProfileEditor::save() {
         });
 }
 
-// Before the password is stored, so that a profile that cannot be saved leaves none behind.
+// Checked before the password is stored, so that a refused profile leaves no password behind.
 bool ProfileEditor::refuse(const Profile& wanted) {
-    Objection objection = objectionTo(model.isDemo() ? withExistingFolder(wanted) : wanted);
-    if (objection.message.empty()) {
+    ValidationProblem problem = validate(model.isDemo() ? withExistingFolder(wanted) : wanted);
+    if (problem.message.empty()) {
         try {
             model.checkSavable(wanted);
             return false;
         } catch (const std::exception& error) {
-            // All that is left to object to is another profile's hold on the folder.
-            objection = {.message = describe(error), .field = EditorField::localFolder};
+            // The only remaining reason is that another profile uses the folder.
+            problem = {.message = describe(error), .field = EditorField::localFolder};
         }
     }
-    fail(objection);
+    fail(problem);
     return true;
 }
 
-// A password that is not known, or not changed, stays as it is stored.
-bool ProfileEditor::mustStorePassword() const { return !original || connection->password() != savedPassword; }
+// An unknown or unchanged password is left as it is stored.
+bool ProfileEditor::passwordNeedsStoring() const { return !original || connection->password() != savedPassword; }
 
 void ProfileEditor::passwordStored(const std::string& password, const std::optional<std::string>& failure) {
     busy = false;
     showState();
-    if (!isVisible()) return; // closed while the secret store was waiting
+    if (!isVisible()) return; // closed while the secret store waited for the user
     if (original && model.profile(original->id) == nullptr) {
-        becomeNew();
+        continueAsNew();
         return;
     }
     if (!failure) {

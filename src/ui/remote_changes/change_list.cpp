@@ -16,7 +16,7 @@ QDateTime atSecond(double sinceEpoch) { return QDateTime::fromMSecsSinceEpoch(st
 
 constexpr int rowWithWarning = 80;
 constexpr int usualLine = 20;
-constexpr int endMargin = 6; // room to the scroll bar
+constexpr int endMargin = 6; // room for the scroll bar
 constexpr int tickLeft = 10;
 constexpr int tickTop = 10;
 constexpr int tickSide = 18;
@@ -26,7 +26,7 @@ constexpr int columnWidth = 196;
 constexpr int columnGap = 16;
 constexpr int triangleSide = 16;
 
-// What each line of a row needs above the design's where the desktop's text is large.
+// The extra height of each line if the desktop's text is larger than in the design.
 int extraPerLine() { return std::max(0, lineHeight(TextStyle::strong) - usualLine); }
 
 } // namespace
@@ -52,7 +52,7 @@ QString ChangeListModel::serverDate(const RemoteChange& change) {
 
 QString ChangeListModel::warning() { return tr("Also changed locally since the last sync"); }
 
-QString ChangeListModel::spoken(const RemoteChange& change) const {
+QString ChangeListModel::accessibleText(const RemoteChange& change) const {
     QStringList parts{
         toQString(change.path), isTicked(change) ? tr("Selected") : tr("Not selected"), localDate(change),
         serverDate(change)};
@@ -75,7 +75,7 @@ QVariant ChangeListModel::data(const QModelIndex& index, int role) const {
     case Qt::CheckStateRole:
         return isTicked(shown) ? Qt::Checked : Qt::Unchecked;
     case Qt::AccessibleTextRole:
-        return spoken(shown);
+        return accessibleText(shown);
     default:
         return {};
     }
@@ -104,7 +104,7 @@ ChangeListDelegate::ChangeListDelegate(const ChangeListModel& rowModel, QObject*
 
 QSize ChangeListDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex& index) const {
     const int extra = extraPerLine();
-    return {1, rows.change(index).bothChanged ? rowWithWarning + 3 * extra : lowestRow + 2 * extra};
+    return {1, rows.change(index).bothChanged ? rowWithWarning + 3 * extra : minRowHeight + 2 * extra};
 }
 
 void ChangeListDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
@@ -145,7 +145,7 @@ void ChangeListDelegate::paintTexts(RowPainter& painter, const QRect& row, const
 ChangeListView::ChangeListView(ChangeListModel& shown, QWidget* parent) : RowList(parent), rows(shown) {
     setModel(&rows);
     setItemDelegate(new ChangeListDelegate(rows, this));
-    verticalScrollBar()->setSingleStep(ChangeListDelegate::lowestRow / 2);
+    verticalScrollBar()->setSingleStep(ChangeListDelegate::minRowHeight / 2);
 }
 
 int ChangeListView::partAt(const QModelIndex&, const QPoint&) const { return 1; }

@@ -18,8 +18,8 @@
 
 namespace zembrastel::ui {
 
-// What is ticked when the sheet opens: what was not edited locally as well, so that no local edit is replaced without
-// an explicit tick.
+// The ticks when the sheet opens. Files that were also edited locally are not ticked, so that no local edit is replaced
+// without an explicit tick.
 [[nodiscard]] PathSet preselection(const std::vector<RemoteChange>& changes);
 
 class ChangeListModel : public QAbstractListModel {
@@ -46,7 +46,7 @@ public:
     [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override;
 
 private:
-    [[nodiscard]] QString spoken(const RemoteChange& change) const;
+    [[nodiscard]] QString accessibleText(const RemoteChange& change) const;
 
     const std::vector<RemoteChange>& changes;
     PathSet ticked;
@@ -57,8 +57,8 @@ class ChangeListDelegate : public QStyledItemDelegate {
     Q_OBJECT
 
 public:
-    // Without the warning.
-    static constexpr int lowestRow = 56;
+    // Of a row without a warning.
+    static constexpr int minRowHeight = 56;
 
     ChangeListDelegate(const ChangeListModel& rowModel, QObject* parent);
 

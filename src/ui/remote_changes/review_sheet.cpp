@@ -18,7 +18,7 @@ namespace {
 
 constexpr QSize defaultSize(680, 480);
 constexpr QSize smallestSize(560, 400);
-constexpr int mostRowsWithoutScrolling = 6;
+constexpr int maxRowsWithoutScrolling = 6;
 constexpr int listInset = 3;
 constexpr std::chrono::seconds pauseInTyping{1};
 
@@ -53,7 +53,7 @@ void RemoteChangesView::openByItself() {
     setAttribute(Qt::WA_ShowWithoutActivating, QApplication::activeWindow() == nullptr);
     typing.start();
     open();
-    setFocus(); // so that keys come to event()
+    setFocus(); // so that event() receives the keys
 }
 
 bool RemoteChangesView::event(QEvent* event) {
@@ -99,10 +99,10 @@ QWidget* RemoteChangesView::makeFoot() {
     return makeSheetFoot({pause, confirm});
 }
 
-// As high as some rows need, and no higher than the screen.
+// As high as up to six rows need, and no higher than the screen.
 void RemoteChangesView::fitHeight() {
     const QSize usual = scaledToText(defaultSize);
-    const int shown = std::min(mostRowsWithoutScrolling, rows->rowCount());
+    const int shown = std::min(maxRowsWithoutScrolling, rows->rowCount());
     int needed = 0;
     for (int row = 0; row < shown; ++row) needed += list->sizeHintForRow(row);
     const int others = layout()->heightForWidth(usual.width()) - list->sizeHint().height();
@@ -116,7 +116,7 @@ void RemoteChangesView::showCount() {
     confirm->setLabel(confirmLabel(selected().size()));
 }
 
-// Where the decision is refused, the review stays presented and the sheet open.
+// If the decision is refused, the review stays presented and the sheet stays open.
 void RemoteChangesView::decide() {
     if (model.resolveReview(review.id, review.reviewId, selected()) != Decision::outdated) return;
     accept();
@@ -129,7 +129,7 @@ void RemoteChangesView::closeWhenOver() {
 }
 
 void RemoteChangesView::reject() {
-    // The sheet goes first: what follows tells everyone that its review is no longer presented.
+    // Closes the sheet first: the calls below report to all observers that its review is no longer presented.
     AppModel& decided = model;
     const RemoteReview shown = review;
     QDialog::reject();

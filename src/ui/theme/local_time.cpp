@@ -5,7 +5,7 @@
 namespace zembrastel::ui {
 namespace {
 
-// The locale's long time without its time zone, which every line would repeat. Quoted text of a format stays.
+// The locale's long time without the time zone, which every line would repeat. Quoted text of a format is kept.
 QString timeWithSeconds(const QTime& time, const QLocale& locale) {
     QString format;
     bool quoted = false;
@@ -17,7 +17,7 @@ QString timeWithSeconds(const QTime& time, const QLocale& locale) {
     return locale.toString(time, format.simplified());
 }
 
-// Between the weekday and the rest of a date.
+// Separates the weekday from the rest of a date.
 bool isSeparator(QChar letter) { return letter == u',' || letter == u'،' || letter.isSpace(); }
 
 } // namespace

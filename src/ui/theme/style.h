@@ -12,17 +12,17 @@
 
 namespace zembrastel::ui {
 
-// Sets it and has the style sheet looked at again, which a change does not do by itself.
+// Sets the property and applies the style sheet again, which Qt does not do by itself.
 void setStyleProperty(QWidget& widget, const char* name, const QVariant& value);
 
 [[nodiscard]] bool readsFromRight();
 
 [[nodiscard]] QMargins readingMargins(int start, int top, int end, int bottom);
 
-// The side where lines begin, whatever script a text is in.
+// The side where lines begin, whatever the script of the text.
 [[nodiscard]] Qt::Alignment readingStart();
 
-// Keeps the dots at the end of an untranslated label at its end.
+// Keeps the dots of an untranslated label at its end in a right-to-left layout.
 [[nodiscard]] QString inItsOwnDirection(const QString& label);
 
 enum class Surface { card, infoBanner, warningBanner, side, footer };
@@ -30,7 +30,7 @@ enum class Surface { card, infoBanner, warningBanner, side, footer };
 void setSurface(QFrame& frame, Surface surface);
 [[nodiscard]] QFrame* makeSurface(Surface surface, QWidget* parent = nullptr);
 
-// A line of one pixel, lying or standing.
+// A line of one pixel, horizontal or vertical.
 [[nodiscard]] QFrame* makeDivider(Qt::Orientation orientation, QWidget* parent = nullptr);
 
 } // namespace zembrastel::ui

@@ -1,7 +1,7 @@
-// The one clock of everything that turns.
+// The clock that drives all turning symbols.
 //
-// Main thread; owned by the application. Whatever is painted turning asks, while it is painted, to be painted again.
-// What is hidden or has stopped is not painted, asks no more, and so the timer ends by itself.
+// Main thread; owned by the application. Each paint of a turning symbol requests the next repaint. A hidden or stopped
+// symbol is not painted and requests none, so the timer stops by itself.
 #pragma once
 
 #include <QColor>
@@ -26,13 +26,13 @@ class TurningClock : public QObject {
 public:
     explicit TurningClock(QObject* parent);
 
-    // The angle of this moment, in degrees clockwise; 0 where the theme allows no motion.
+    // The current angle, in degrees clockwise; 0 if animations are off.
     [[nodiscard]] double angle() const;
 
-    // Where the angle's time comes from: at first the machine's own that never goes back.
+    // Replaces the source of the time, by default the machine's monotonic clock.
     void setTime(std::function<std::chrono::milliseconds()> source) { time = std::move(source); }
 
-    // Has a part of the widget painted again at the next tick.
+    // Repaints a part of the widget at the next tick.
     void repaintSoon(QWidget& widget, const QRect& part);
 
     [[nodiscard]] bool running() const { return timer.isActive(); }

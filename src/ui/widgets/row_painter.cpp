@@ -73,7 +73,7 @@ void RowPainter::divider(int left, int right) {
 int RowPainter::line(const QRect& where, const QString& text, const LineLook& look) {
     painter.setFont(fontOf(look.style));
     painter.setPen(look.colour);
-    // A name or a path reads in its own direction wherever it stands.
+    // A name or a path keeps its own direction in every layout.
     painter.setLayoutDirection(text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
     const QString visible = painter.fontMetrics().elidedText(text, look.elide, where.width());
     const auto alignment = QStyle::visualAlignment(option.direction, look.side) | Qt::AlignAbsolute | Qt::AlignVCenter;

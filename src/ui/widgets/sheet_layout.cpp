@@ -64,7 +64,7 @@ QLayout* makeSheetTools(std::initializer_list<PushButton*> buttons, QLabel* summ
 QWidget* makeListCard(QListView* list, int inset) {
     QFrame* const card = makeSurface(Surface::card);
     auto* const layout = new QVBoxLayout(card);
-    // The scroll bar stands nearer to the edge than the rows do.
+    // The scroll bar stands closer to the edge than the rows.
     layout->setContentsMargins(readingMargins(7, inset, 1, inset));
     layout->addWidget(list);
     return card;
@@ -92,7 +92,7 @@ void layOutSheet(QDialog& sheet, QLayout* head, QLayout* tools, QWidget* card, Q
     layout->setSpacing(0);
     layout->addLayout(body, 1);
     layout->addWidget(foot);
-    // Only now: Qt makes a button the default of the dialog that it is in at that moment.
+    // Not earlier: Qt makes a button the default of the dialog that contains it at that moment.
     for (auto* const button : foot->findChildren<PushButton*>()) button->setDefault(button->isFilled());
 }
 

@@ -1,7 +1,7 @@
-// Layouts that dialogs share: labelled fields of a form, and of the sheets with a list the head with a symbol, the
-// tools over the list, the list in its card, and the buttons at the foot.
+// Layouts shared by the dialogs: labelled form fields, and the parts of a sheet with a list: head with symbol, tools
+// above the list, list in its card, buttons at the foot.
 //
-// Main thread. Nothing here has an owner until it is laid out.
+// Main thread. The parts have no owner until they are added to a layout.
 #pragma once
 
 #include "ui/widgets/push_button.h"
@@ -19,12 +19,12 @@
 
 namespace zembrastel::ui {
 
-inline constexpr int fieldGap = 12; // between one field and the next
+inline constexpr int fieldGap = 12; // between two fields
 inline constexpr int labelGap = 4;  // between a label and its field
 
 [[nodiscard]] QVBoxLayout* makeField(const QString& label, QWidget* field, QWidget* help = nullptr);
 
-// The same for a field that has a button beside it.
+// As above, for a field with a button beside it.
 [[nodiscard]] QVBoxLayout* makeField(const QString& label, QWidget* field, QLayout* row);
 
 // A layout without margins, with this gap between its items.
@@ -36,19 +36,19 @@ template <class Layout>
     return layout;
 }
 
-// Title and explanation, which also become the sheet's own for the window manager and screen readers.
+// Title and explanation. They also become the sheet's window title and accessible text.
 [[nodiscard]] QLayout* makeSheetHead(
     QDialog& sheet, std::string_view symbol, const QString& title, const QStringList& explanation);
 
-// Buttons, and at the other end a text.
+// Buttons on one side, a text on the other.
 [[nodiscard]] QLayout* makeSheetTools(std::initializer_list<PushButton*> buttons, QLabel* summary);
 
-// `inset` is what the list keeps free above and below.
+// `inset` is the space above and below the list.
 [[nodiscard]] QWidget* makeListCard(QListView* list, int inset);
 
 [[nodiscard]] QWidget* makeSheetFoot(std::initializer_list<PushButton*> buttons);
 
-// The filled button at the foot becomes what Enter presses.
+// The filled button at the foot becomes the default button.
 void layOutSheet(QDialog& sheet, QLayout* head, QLayout* tools, QWidget* card, QWidget* foot);
 
 } // namespace zembrastel::ui

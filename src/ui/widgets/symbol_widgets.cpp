@@ -54,7 +54,7 @@ SymbolView::SymbolView(std::string_view symbolName, ColourRole colourRole, QWidg
 
 void SymbolView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    // The middle of a widget that was made wider than its symbol.
+    // Centred, because the widget may be wider than its symbol.
     painter.drawPixmap(
         (width() - side) / 2, (height() - side) / 2,
         symbolPixmap(symbol, side, colours().*colour, devicePixelRatioF()));

@@ -1,4 +1,4 @@
-// Symbols as widgets: one on a rounded square at the head of a card or a dialog, and a plain one beside a text.
+// Symbols as widgets: on a rounded square at the head of a card or a dialog, or plain beside a text.
 //
 // The text beside them says the same, so screen readers skip them.
 #pragma once
@@ -12,19 +12,19 @@
 
 namespace zembrastel::ui {
 
-// The looks of a symbol on a rounded square.
+// The colours of a symbol on a rounded square.
 enum class TileKind {
     soft,    // accent on soft
-    warning, // orange on its soft
-    filled,  // knocked out of the accent
-    bare,    // accent on nothing, for a symbol that lines up with tiles
+    warning, // orange on soft orange
+    filled,  // cut out of the accent
+    bare,    // accent without a square, for a symbol in line with tiles
 };
 
 class Tile : public QWidget {
     Q_OBJECT
 
 public:
-    // 40 points for a card, 44 for a dialog, 72 for the welcome page. The symbol has half of that.
+    // 40 points for a card, 44 for a dialog, 72 for the welcome page. The symbol is half as large.
     explicit Tile(
         std::string_view symbolName, TileKind tileKind = TileKind::soft, int side = 40, QWidget* parent = nullptr);
 
