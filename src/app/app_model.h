@@ -236,7 +236,7 @@ private:
     [[nodiscard]] std::function<void()> onlyIfCurrent(
         const Uuid& id, const Uuid& generation, std::function<void()> work);
     void changeStatus(const Uuid& id, const std::function<void(ProfileStatus&)>& change);
-    void log(const Uuid& id, std::string text, bool error = false);
+    void log(const Uuid& id, std::string text, Activity::Kind kind = Activity::Kind::note, std::string path = {});
     void notify(const std::function<void(ModelObserver&)>& tell) const;
 
     // Jobs.
@@ -272,6 +272,7 @@ private:
     void tellUnsaved(const std::set<Uuid>& ids, const std::string& message);
 
     // Server check and review.
+    void showChecking(const Uuid& id);
     void startCheck(const Uuid& id, const Earlier& earlier);
     void finishCheck(const ServerCheck& check, const Uuid& id, const Earlier& earlier);
     void rememberComparison(const Uuid& id);

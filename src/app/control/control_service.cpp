@@ -175,7 +175,7 @@ void ControlService::decide(Client client, const ControlRequest& request) {
 
 void ControlService::forgetFiles(Client client, const ControlRequest& request) {
     for (const auto& id : request.profiles) {
-        if (!model.status(id).filesMissing) continue;
+        if (!model.status(id).filesMissing()) continue;
         model.forgetMissingFiles(id);
         send(client, answer::Changed{id});
     }
@@ -288,7 +288,7 @@ bool ControlService::answerIfSettled(Client client, const Waiting& waiting) {
     }
     if (failure != model.checkFailures().end()) refuse(answer::Failed::Reason::server, failure->second);
     if (!model.running(id)) {
-        if (model.status(id).failed) refuse(answer::Failed::Reason::refused, model.status(id).detail);
+        if (model.status(id).failed()) refuse(answer::Failed::Reason::refused, model.status(id).detail);
         refuse(answer::Failed::Reason::paused);
     }
     if (profile->needsDownload) refuse(answer::Failed::Reason::needsDownload);
