@@ -48,6 +48,9 @@ AppModel::AppModel(MainContext& mainContext, Options chosen)
         for (auto& item : opened.privateItems()) privateItems.push_back(std::move(item));
         state = opened.load();
         stateFolder = opened.folder();
+        for (const auto& each : state.profiles) {
+            if (const auto what = ResendRequest(*stateFolder, each.id).read()) resends.emplace(each.id, *what);
+        }
         saver.emplace(
             context, options.clock, std::move(opened), state,
             [this](const std::set<Uuid>& ids, const std::string& message) { tellUnsaved(ids, message); });
@@ -378,7 +381,7 @@ void AppModel::launchWorker(const Uuid& id) {
     });
     if (!begun) return;
     disputed.erase(id);
-    if (!downloads && !jobs.at(id).work().checkSkipped) resends.erase(id);
+    if (!downloads && !jobs.at(id).work().checkSkipped) endResend(id);
     if (status(id).failed()) showChecking(id); // the check has succeeded since
     publishReview(id);
     log(id, downloads ? "Starting initial server download." : "Watching started.");

@@ -164,7 +164,9 @@ void AppModel::forgetServer(const Uuid& id) {
     missing.erase(id);
     resends.erase(id);
     serverTraits.erase(id);
-    if (const auto journal = journalOf(id)) journal->remove();
+    if (!stateFolder) return;
+    ResendRequest(*stateFolder, id).remove();
+    PublishJournal(*stateFolder, id).remove();
 }
 
 void AppModel::forgetProfile(const Uuid& id) {

@@ -239,11 +239,29 @@ void AppModel::retryCheck(const Uuid& id) {
 void AppModel::sendAgain(const Uuid& id, Resend what) {
     if (profile(id) == nullptr) return;
     planResend(id, what);
+    std::exception_ptr unsaved;
+    try {
+        if (stateFolder) ResendRequest(*stateFolder, id).write(what);
+    } catch (const std::filesystem::filesystem_error&) {
+        unsaved = std::current_exception();
+    }
     if (running(id)) {
         stopJob(id);
         start(id);
     } else {
         resume(id);
+    }
+    if (unsaved) std::rethrow_exception(unsaved);
+}
+
+// What is sent again must be saved before the request is forgotten.
+void AppModel::endResend(const Uuid& id) {
+    if (resends.erase(id) == 0) return;
+    try {
+        persist();
+        if (stateFolder) ResendRequest(*stateFolder, id).remove();
+    } catch (const std::exception& error) {
+        tellUnsaved({id}, describe(error)); // the next start repeats the request, which does no harm
     }
 }
 

@@ -94,11 +94,14 @@ TEST_F(Review, LeftFileStaysAwayUntilEverythingIsSent) {
     model->sendAgain(id(), Resend::everything);
     ASSERT_TRUE(reaches("Server check needs attention"));
     EXPECT_EQ(savedBaseline().size(), 2U) << "nothing is forgotten before the comparison";
+    restart(); // the request outlives the program
     server.restart();
+    model->start(id());
     ASSERT_TRUE(uploads(1));
     ASSERT_TRUE(reaches("Watching"));
     EXPECT_EQ(model->status(id()).uploaded, 1) << "the other file is equal";
     EXPECT_EQ(onServer("gone"), "1");
+    EXPECT_EQ(ResendRequest(stateFolder / "state", id()).read(), std::nullopt);
 }
 
 TEST_F(Review, DecisionIsKeptByAProgramThatDoesNotWatch) {

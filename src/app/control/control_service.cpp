@@ -186,7 +186,11 @@ void ControlService::sendAgain(Client client, const ControlRequest& request) {
     const Uuid& id = request.profiles.front();
     if (!model.running(id)) refuse(answer::Failed::Reason::paused);
     if (model.profile(id)->needsDownload) refuse(answer::Failed::Reason::needsDownload);
-    model.sendAgain(id, request.kind == ControlRequest::Kind::sendAll ? Resend::everything : Resend::missing);
+    try {
+        model.sendAgain(id, request.kind == ControlRequest::Kind::sendAll ? Resend::everything : Resend::missing);
+    } catch (const std::exception& error) {
+        refuse(answer::Failed::Reason::notSaved, describe(error));
+    }
     waitings.insert_or_assign(client, Waiting{.profile = id, .decided = {}, .selected = {}});
     answerSoon();
 }
