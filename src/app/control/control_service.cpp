@@ -25,21 +25,15 @@ bool hasFailedCheck(const AppModel& model, const Uuid& id) { return model.checkF
 ControlService::ControlService(
     AppModel& served, MainContext& mainContext, const std::filesystem::path& stateFolder, std::function<void()> show)
     : model(served), context(mainContext), showWindow(std::move(show)) {
-    const auto onMain = [this, weak = std::weak_ptr(self)](std::function<void(ControlService&)> work) {
-        context.post([weak, work = std::move(work)] {
-            if (const auto alive = weak.lock()) work(**alive);
-        });
-    };
     try {
         server = std::make_unique<LocalServer>(
             stateFolder, controlSocketName,
             LocalServer::Callbacks{
                 .received =
-                    [onMain](Client client, const std::string& line) {
-                        onMain([client, line](ControlService& service) { service.receive(client, line); });
+                    [this](Client client, const std::string& line) {
+                        context.post(lifetime.guard([this, client, line] { receive(client, line); }));
                     },
-                .gone = [onMain](
-                            Client client) { onMain([client](ControlService& service) { service.forget(client); }); }});
+                .gone = [this](Client client) { context.post(lifetime.guard([this, client] { forget(client); })); }});
     } catch (const std::system_error& error) {
         unreachable = describe(error);
     }
@@ -252,9 +246,7 @@ void ControlService::profilesChanged() {
 void ControlService::answerSoon() {
     if (waitings.empty() || answersDue) return;
     answersDue = true;
-    context.post([weak = std::weak_ptr(self)] {
-        if (const auto alive = weak.lock()) (*alive)->answerWaiting();
-    });
+    context.post(lifetime.guard([this] { answerWaiting(); }));
 }
 
 void ControlService::answerWaiting() {
