@@ -250,7 +250,7 @@ TEST_F(JobLifecycle, EveryJobCanBeStoppedAndReplacedAndLeavesNoThread) {
         EXPECT_TRUE(runUntil([&pieces] { return pieces-- == 0; }));
         model->toggle(id());
     }
-    EXPECT_EQ(model->status(id()).activity.size(), ProfileStatus::mostActivities);
+    EXPECT_EQ(model->status(id()).activity.size(), ProfileStatus::maxActivities);
     EXPECT_EQ(model->status(id()).title(), "Paused");
     // Nothing of the stopped jobs is heard again.
     EXPECT_TRUE(testing::eventually([&] { return testing::workOff(queue) && threadsOfThisProcess() <= threads; }));
