@@ -52,7 +52,7 @@ protected:
         close();
         model = std::make_unique<AppModel>(
             context, AppModel::Options{
-                         .demo = demo,
+                         .demonstration = demo ? std::optional(demonstration(clock)) : std::nullopt,
                          .storeOverride = StateStore(folder / "state"),
                          .passwordAccess = {
                              .save = [](const std::string&, const Uuid&) {},

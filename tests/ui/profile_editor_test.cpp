@@ -44,7 +44,9 @@ protected:
     void startModel(bool demo = false) {
         model = std::make_unique<AppModel>(
             context, AppModel::Options{
-                         .demo = demo, .storeOverride = StateStore(folder / "state"), .passwordAccess = passwords});
+                         .demonstration = demo ? std::optional(demonstration()) : std::nullopt,
+                         .storeOverride = StateStore(folder / "state"),
+                         .passwordAccess = passwords});
         bridge = std::make_unique<ModelBridge>(*model);
     }
 

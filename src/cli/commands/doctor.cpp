@@ -26,10 +26,10 @@ struct Request {
 Finding localFolder(const Profile& profile) {
     std::error_code failed;
     if (std::filesystem::is_directory(profile.localFolder, failed)) {
-        return {.subject = "localFolder", .text = "The local folder is there."};
+        return {.subject = Subject::localFolder, .text = "The local folder is there."};
     }
     return {
-        .subject = "localFolder",
+        .subject = Subject::localFolder,
         .outcome = Outcome::wrong,
         .text = "The local folder " + profile.localFolder + " is not there.",
         .remedy = "Connect the disk it is on, or choose another local folder in the profile."};
@@ -38,7 +38,7 @@ Finding localFolder(const Profile& profile) {
 void tellAsJson(const Profile& profile, const std::vector<Finding>& findings, Output& output) {
     for (const auto& each : findings) {
         JsonLine object("finding");
-        object.text("profile", profile.name).text("id", profile.id.text()).text("subject", each.subject);
+        object.text("profile", profile.name).text("id", profile.id.text()).text("subject", word(each.subject));
         object.text("outcome", word(each.outcome)).text("text", each.text).text("remedy", each.remedy);
         output.line(object);
     }
@@ -80,7 +80,7 @@ ExitCode exitCode(const std::vector<Finding>& findings) {
     const auto bad = std::ranges::find(findings, Outcome::wrong, &Finding::outcome);
     if (bad == findings.end()) return ExitCode::done;
     const bool login = std::ranges::any_of(
-        findings, [](const auto& each) { return each.outcome == Outcome::wrong && each.subject == "login"; });
+        findings, [](const auto& each) { return each.outcome == Outcome::wrong && each.subject == Subject::login; });
     return login ? ExitCode::refused : ExitCode::failed;
 }
 

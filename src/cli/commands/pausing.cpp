@@ -97,7 +97,7 @@ void changeSaved(const Surroundings& around, const Request& request) {
         } catch (const std::exception& error) {
             failAt(request, inQuotes(profile.name), describe(error));
         }
-        if (model.status(profile.id).failed) failAt(request, inQuotes(profile.name), model.status(profile.id).detail);
+        if (model.status(profile.id).failed()) failAt(request, inQuotes(profile.name), model.status(profile.id).detail);
         tell(profile, request, profile.enabled == request.pauses, false, around.output);
     }
 }

@@ -58,7 +58,7 @@ private:
         if (output.json()) {
             JsonLine object("activity");
             begin(object, told.profile, told.line.date);
-            output.line(object.text("text", told.line.text).flag("error", told.line.error));
+            output.line(object.text("text", told.line.text).flag("error", told.line.error()));
         } else if (news) {
             tellNews(told.profile, told.line.date, *news);
         }

@@ -9,10 +9,10 @@ namespace zembrastel::cli {
 std::optional<std::string> Narration::status(const ProfileStatus& status) {
     const std::string failure = std::exchange(justFailed, {});
     justDetailed.clear();
-    const bool same = status.title == title && status.detail == detail;
+    const bool same = status.title() == title && status.detail == detail;
     // That fewer files wait than a moment ago follows from the uploads that were told.
     const bool worthTelling = !same || status.pending > pending;
-    title = status.title;
+    title = status.title();
     detail = status.detail;
     pending = status.pending;
     if (!worthTelling) return std::nullopt;
@@ -29,9 +29,9 @@ std::optional<std::string> Narration::status(const ProfileStatus& status) {
 
 std::optional<std::string> Narration::activity(const Activity& activity) {
     const std::string told = std::exchange(justDetailed, {});
-    justFailed = activity.error ? activity.text : "";
-    if (activity.error && told.starts_with(activity.text)) return std::nullopt;
-    return (activity.error ? "error: " : "") + oneLine(activity.text);
+    justFailed = activity.error() ? activity.text : "";
+    if (activity.error() && told.starts_with(activity.text)) return std::nullopt;
+    return (activity.error() ? "error: " : "") + oneLine(activity.text);
 }
 
 } // namespace zembrastel::cli

@@ -19,15 +19,15 @@ std::string line(std::string name, const std::string& value) {
 std::uint64_t countOf(std::int64_t number) { return static_cast<std::uint64_t>(number); }
 
 Tone toneOf(const answer::Status& told) {
-    if (told.status.failed) return Tone::bad;
+    if (told.status.failed()) return Tone::bad;
     return told.running && told.newerOnServer == 0 ? Tone::good : Tone::attention;
 }
 
 } // namespace
 
 void addStatus(JsonLine& object, const ProfileStatus& status) {
-    object.text("title", status.title).text("detail", status.detail);
-    object.flag("active", status.active).flag("failed", status.failed).flag("filesMissing", status.filesMissing);
+    object.text("title", status.title()).text("detail", status.detail);
+    object.flag("active", status.active()).flag("failed", status.failed()).flag("filesMissing", status.filesMissing());
     object.number("uploaded", countOf(status.uploaded)).number("pending", countOf(status.pending));
     if (status.lastUpload) object.text("lastUpload", universalTime(*status.lastUpload));
 }
@@ -35,11 +35,11 @@ void addStatus(JsonLine& object, const ProfileStatus& status) {
 std::vector<std::string> statusLines(const answer::Status& told) {
     const ProfileStatus& status = told.status;
     std::vector<std::string> lines{
-        oneLine(told.name) + "  " + inColour(oneLine(status.title), toneOf(told), STDOUT_FILENO)};
+        oneLine(told.name) + "  " + inColour(oneLine(status.title()), toneOf(told), STDOUT_FILENO)};
     if (!status.detail.empty()) lines.push_back(line("detail", oneLine(status.detail)));
     if (status.progress) lines.push_back(line("progress", progressText(*status.progress)));
     if (status.pending > 0) lines.push_back(line("pending", counted(countOf(status.pending), "file")));
-    if (status.filesMissing) lines.push_back(line("missing", "if you deleted the files: forget-files"));
+    if (status.filesMissing()) lines.push_back(line("missing", "if you deleted the files: forget-files"));
     if (told.newerOnServer > 0) {
         lines.push_back(line("review", counted(countOf(told.newerOnServer), "file") + " newer on the server"));
     }

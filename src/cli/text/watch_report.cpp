@@ -24,7 +24,7 @@ void WatchReport::statusChanged(const Uuid& id) {
     const ProfileStatus& status = model.status(id);
     if (!around.output.json()) {
         if (const auto line = narrations[id].status(status)) tell(*profile, *line);
-        tellMissing(*profile, status.filesMissing);
+        tellMissing(*profile, status.filesMissing());
         return;
     }
     // The model repeats it at every look at the folder.
@@ -57,7 +57,7 @@ void WatchReport::activityLogged(const Uuid& id, const Activity& activity) {
         return;
     }
     JsonLine object("activity");
-    begin(object, *profile).text("text", activity.text).flag("error", activity.error);
+    begin(object, *profile).text("text", activity.text).flag("error", activity.error());
     around.output.line(object);
 }
 
