@@ -4,7 +4,7 @@
 #include "app/diagnosis/support_details.h"
 #include "cli/session/profile_choice.h"
 #include "cli/session/server_call.h"
-#include "cli/session/state_folder.h"
+#include "cli/session/session.h"
 #include "cli/text/presentation.h"
 #include "model/password_mask.h"
 

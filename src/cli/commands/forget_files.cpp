@@ -3,7 +3,7 @@
 #include "cli/session/profile_choice.h"
 #include "cli/session/profile_saving.h"
 #include "cli/session/running_program.h"
-#include "cli/session/state_folder.h"
+#include "cli/session/session.h"
 #include "cli/text/presentation.h"
 #include "model/error.h"
 #include "model/scan.h"

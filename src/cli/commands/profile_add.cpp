@@ -1,10 +1,10 @@
 #include "cli/commands/profile_add.h"
 
-#include "cli/session/password_source.h"
+#include "cli/session/passwords.h"
 #include "cli/session/profile_fields.h"
 #include "cli/session/profile_saving.h"
+#include "cli/terminal/prompt.h"
 #include "cli/terminal/standard_input.h"
-#include "cli/terminal/terminal_question.h"
 #include "cli/text/option_texts.h"
 #include "cli/text/presentation.h"
 #include "model/error.h"

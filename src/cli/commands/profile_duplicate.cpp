@@ -1,6 +1,6 @@
 #include "cli/commands/profile_duplicate.h"
 
-#include "cli/session/password_source.h"
+#include "cli/session/passwords.h"
 #include "cli/session/profile_choice.h"
 #include "cli/session/profile_saving.h"
 #include "cli/text/option_texts.h"

@@ -1,7 +1,7 @@
 #include "cli/commands/profile_export.h"
 
 #include "cli/session/profile_choice.h"
-#include "cli/session/state_folder.h"
+#include "cli/session/session.h"
 #include "cli/text/option_texts.h"
 #include "cli/text/presentation.h"
 #include "model/error.h"

@@ -2,7 +2,7 @@
 
 #include "cli/session/profile_choice.h"
 #include "cli/session/profile_saving.h"
-#include "cli/terminal/terminal_question.h"
+#include "cli/terminal/prompt.h"
 #include "cli/text/presentation.h"
 #include "model/error.h"
 

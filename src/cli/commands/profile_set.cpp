@@ -1,10 +1,10 @@
 #include "cli/commands/profile_set.h"
 
-#include "cli/session/password_source.h"
+#include "cli/session/passwords.h"
 #include "cli/session/profile_choice.h"
 #include "cli/session/profile_fields.h"
 #include "cli/session/profile_saving.h"
-#include "cli/terminal/terminal_question.h"
+#include "cli/terminal/prompt.h"
 #include "cli/text/presentation.h"
 #include "cli/text/review_text.h"
 #include "model/error.h"

@@ -2,7 +2,7 @@
 
 #include "cli/session/profile_choice.h"
 #include "cli/session/profile_path.h"
-#include "cli/session/state_folder.h"
+#include "cli/session/session.h"
 #include "cli/text/presentation.h"
 #include "model/name_fault.h"
 #include "platform/text.h"

@@ -1,6 +1,6 @@
 #include "cli/session/profile_saving.h"
 
-#include "cli/session/state_folder.h"
+#include "cli/session/session.h"
 #include "cli/text/presentation.h"
 #include "model/error.h"
 #include "platform/standard_paths.h"

@@ -1,6 +1,6 @@
-#include "cli/terminal/terminal_question.h"
+#include "cli/terminal/prompt.h"
 
-#include "cli/session/password_source.h"
+#include "cli/session/passwords.h"
 #include "model/error.h"
 #include "platform/descriptor.h"
 #include "platform/files.h"

@@ -1,4 +1,4 @@
-#include "cli/session/password_source.h"
+#include "cli/session/passwords.h"
 
 #include "app/context/main_queue.h"
 #include "app/password_calls.h"

@@ -1,8 +1,8 @@
-#include "cli/commands/test_command.h"
+#include "cli/commands/test.h"
 
 #include "cli/session/profile_choice.h"
 #include "cli/session/server_call.h"
-#include "cli/session/state_folder.h"
+#include "cli/session/session.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,7 +1,7 @@
-#include "cli/commands/scan_command.h"
+#include "cli/session/folder_scan.h"
 
 #include "cli/session/profile_choice.h"
-#include "cli/session/state_folder.h"
+#include "cli/session/session.h"
 #include "cli/text/presentation.h"
 #include "model/error.h"
 #include "model/scan.h"

@@ -1,4 +1,4 @@
-#include "cli/terminal/progress_report.h"
+#include "cli/session/progress_report.h"
 
 #include "app/progress_text.h"
 #include "cli/text/presentation.h"

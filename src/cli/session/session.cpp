@@ -1,4 +1,4 @@
-#include "cli/session/state_folder.h"
+#include "cli/session/session.h"
 
 #include "app/record_of.h"
 #include "cli/text/presentation.h"

@@ -1,8 +1,8 @@
-#include "cli/commands/status_command.h"
+#include "cli/commands/status.h"
 
 #include "cli/session/profile_choice.h"
 #include "cli/session/running_program.h"
-#include "cli/session/state_folder.h"
+#include "cli/session/session.h"
 #include "cli/text/narration.h"
 #include "cli/text/presentation.h"
 #include "cli/text/status_text.h"

@@ -1,9 +1,9 @@
-#include "cli/commands/backups_command.h"
+#include "cli/commands/backups.h"
 
 #include "cli/session/kept_versions.h"
 #include "cli/session/profile_choice.h"
 #include "cli/session/profile_path.h"
-#include "cli/session/state_folder.h"
+#include "cli/session/session.h"
 #include "cli/text/presentation.h"
 #include "platform/text.h"
 #include "transport/download/local_replacement.h"

@@ -1,5 +1,5 @@
 // --password-command: any program that prints a password.
-#include "cli/session/password_source.h"
+#include "cli/session/passwords.h"
 #include "cli/text/presentation.h"
 #include "cli/text/shell_words.h"
 #include "model/error.h"
