@@ -52,7 +52,7 @@ TEST_F(RunningProgram, FollowerHearsWhatHappensAndThatTheProgramEnded) {
     readUntil(follower, "  My website  Uploaded index.html");
     watch.kill();
     EXPECT_EQ(follower.wait(), 6);
-    EXPECT_TRUE(contains(place.errors(), "The program that was followed has ended."));
+    EXPECT_TRUE(contains(place.errors(), "The followed program has ended."));
     // What a killed program leaves does not count as one.
     EXPECT_EQ(place.run({"status"}).status, 6);
 }
@@ -60,10 +60,10 @@ TEST_F(RunningProgram, FollowerHearsWhatHappensAndThatTheProgramEnded) {
 TEST_F(RunningProgram, WithoutOneTheNextIsToldByWhatIsSaved) {
     const auto status = place.run({"status"});
     EXPECT_EQ(status.status, 6);
-    EXPECT_TRUE(contains(status.errors, "No program keeps the profiles in "));
-    EXPECT_TRUE(contains(place.run({"resume", "My website"}).output, "the next that starts keeps it published"));
+    EXPECT_TRUE(contains(status.errors, "Zembrastel is not running for "));
+    EXPECT_TRUE(contains(place.run({"resume", "My website"}).output, "its next start keeps the profile published"));
     EXPECT_TRUE(isEnabled());
-    EXPECT_TRUE(contains(place.run({"pause", "My website"}).output, "the next program that starts leaves it alone"));
+    EXPECT_TRUE(contains(place.run({"pause", "My website"}).output, "the next start of Zembrastel leaves it alone"));
     EXPECT_FALSE(isEnabled());
 
     const auto held = InstanceLock::acquire(place.state()); // by a command that nobody can ask

@@ -1,70 +1,68 @@
-#include "cli/commands/status.h"
+#include "cli/commands.h"
 
 #include "cli/session/profile_choice.h"
 #include "cli/session/running_program.h"
 #include "cli/session/session.h"
-#include "cli/text/narration.h"
 #include "cli/text/presentation.h"
 #include "cli/text/status_text.h"
 
-#include <CLI/CLI.hpp>
 #include <map>
 
 namespace zembrastel::cli {
 namespace {
 
-struct Request {
+struct StatusRequest {
     std::vector<std::string> names;
     bool follow = false;
 };
 
-// Tells the answers as they come: each profile as a whole first, then what is new of it.
-class StatusReport {
+// Prints the answers as they come: first the whole status of each profile, then only its changes.
+class StatusPrinter {
 public:
-    explicit StatusReport(Output& where) : output(where) {}
+    explicit StatusPrinter(Output& where) : output(where) {}
 
     void take(const ControlAnswer& answer) {
         if (const auto* status = std::get_if<answer::Status>(&answer)) {
-            tell(*status);
+            print(*status);
         } else if (const auto* activity = std::get_if<answer::Activity>(&answer)) {
-            tell(*activity);
+            print(*activity);
         }
     }
 
-    [[nodiscard]] bool toldAny() const { return !names.empty(); }
+    [[nodiscard]] bool printedAny() const { return !names.empty(); }
 
 private:
-    void tell(const answer::Status& told) {
-        const bool isFirst = !names.contains(told.profile);
-        names[told.profile] = told.name;
-        const auto news = narrations[told.profile].status(told.status);
+    void print(const answer::Status& answer) {
+        const bool isFirst = !names.contains(answer.profile);
+        names[answer.profile] = answer.name;
+        const auto news = narrations[answer.profile].status(answer.status);
         if (output.json()) {
             JsonLine object("status");
-            begin(object, told.profile, systemClock().now());
-            object.flag("enabled", told.enabled).flag("running", told.running);
-            object.number("newerOnServer", static_cast<std::uint64_t>(told.newerOnServer));
-            object.number("missingOnServer", static_cast<std::uint64_t>(told.missingOnServer));
-            addStatus(object, told.status);
+            begin(object, answer.profile, systemClock().now());
+            object.flag("enabled", answer.enabled).flag("running", answer.running);
+            object.number("newerOnServer", static_cast<std::uint64_t>(answer.newerOnServer));
+            object.number("missingOnServer", static_cast<std::uint64_t>(answer.missingOnServer));
+            addStatusFields(object, answer.status);
             output.line(object);
         } else if (isFirst) {
-            for (const auto& line : statusLines(told)) output.line(line);
+            for (const auto& line : statusLines(answer)) output.line(line);
         } else if (news) {
-            tellNews(told.profile, systemClock().now(), *news);
+            printNews(answer.profile, systemClock().now(), *news);
         }
     }
 
-    void tell(const answer::Activity& told) {
-        const auto news = narrations[told.profile].activity(told.line);
+    void print(const answer::Activity& answer) {
+        const auto news = narrations[answer.profile].activity(answer.line);
         if (output.json()) {
             JsonLine object("activity");
-            begin(object, told.profile, told.line.date);
-            output.line(object.text("text", told.line.text).flag("error", told.line.error));
+            begin(object, answer.profile, answer.line.date);
+            output.line(object.text("text", answer.line.text).flag("error", answer.line.error));
         } else if (news) {
-            tellNews(told.profile, told.line.date, *news);
+            printNews(answer.profile, answer.line.date, *news);
         }
     }
 
-    void tellNews(const Uuid& profile, SystemTime time, const std::string& news) {
+    void printNews(const Uuid& profile, SystemTime time, const std::string& news) {
         output.line(clockTime(time) + "  " + oneLine(names[profile]) + "  " + news);
     }
 
@@ -77,49 +75,45 @@ private:
     std::map<Uuid, Narration> narrations;
 };
 
-ControlRequest requestFor(const Surroundings& around, const Request& request) {
+ControlRequest statusRequestFor(const CommandContext& context, const StatusRequest& request) {
     ControlRequest asked{.kind = request.follow ? ControlRequest::Kind::follow : ControlRequest::Kind::status};
     if (request.names.empty()) return asked;
-    const SavedState state = loadState(around.options);
-    for (const auto& name : request.names) asked.profiles.push_back(chooseProfile(state.profiles, name).id);
+    for (const auto& profile : chooseProfiles(StateFolder(context.options).loadProfiles(), request.names)) {
+        asked.profiles.push_back(profile.id);
+    }
     return asked;
 }
 
-ExitCode showStatus(const Surroundings& around, const Request& request) {
-    const StateStore store = openState(around.options);
+ExitCode showStatus(const CommandContext& context, const StatusRequest& request) {
+    const StateStore store = StateFolder(context.options).open();
     auto program = RunningProgram::find(store);
-    const ControlRequest asked = requestFor(around, request);
+    const ControlRequest asked = statusRequestFor(context, request);
     if (!program) {
         throw CommandError(
-            ExitCode::notRunning,
-            "No program keeps the profiles in " + oneLine(store.folder().string()) + " published now.");
+            ExitCode::notRunning, "Zembrastel is not running for " + oneLine(store.folder().string()) + ".");
     }
-    StatusReport report(around.output);
+    StatusPrinter printer(context.output);
     const auto take = [&](const ControlAnswer& answer) {
-        report.take(answer);
-        if (around.output.unheard()) program->end();
+        printer.take(answer);
+        if (context.output.readerClosed()) program->end();
     };
     if (!request.follow) {
-        (void)program->ask(asked, around.interrupt, take);
-        if (!report.toldAny()) around.output.note("There are no profiles yet; profile add makes one.");
+        (void)program->ask(asked, context.interrupt, take);
+        if (!printer.printedAny()) context.output.note("There are no profiles yet; profile add makes one.");
         return ExitCode::done;
     }
-    if (program->follow(asked, around.interrupt, take)) return ExitCode::done;
-    throw CommandError(ExitCode::notRunning, "The program that was followed has ended.");
+    if (program->follow(asked, context.interrupt, take)) return ExitCode::done;
+    throw CommandError(ExitCode::notRunning, "The followed program has ended.");
 }
 
 } // namespace
 
-void addStatusCommand(CLI::App& parent, Command& chosen) {
-    auto* command = parent.add_subcommand("status", "Show what the running program is at");
-    const auto request = std::make_shared<Request>();
-    command->add_option("NAME", request->names, "Names or ids of profiles; all of them when left out")->type_name("");
-    command->add_flag("--follow", request->follow, "Go on with what happens, until Ctrl-C");
-    command->footer("The running program is the window, or watch. Ends with 6 when there is none, or when the one\n"
-                    "that is followed ends.");
-    command->callback([&chosen, request] {
-        chosen = [request](const Surroundings& around) { return showStatus(around, *request); };
-    });
+void addStatus(Syntax& parent) {
+    auto [command, request] = parent.command("status", "Show the status of the running program", showStatus);
+    command.argument("NAME", request.names, "Names or ids of profiles (default: all)").optional();
+    command.flag("--follow", request.follow, "Continue with new events, until Ctrl-C");
+    command.footer("The running program is the window, or watch. Ends with 6 if none is running, or when the\n"
+                   "followed one ends.");
 }
 
 } // namespace zembrastel::cli

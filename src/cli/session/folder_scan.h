@@ -1,4 +1,4 @@
-// scan: what a profile covers locally, and what of it was not uploaded yet. No server is asked.
+// The files that a profile covers locally, and their differences from the last synchronised state. No server is asked.
 #pragma once
 
 #include "cli/command.h"
@@ -21,12 +21,10 @@ struct LocalDifferences {
 
 struct ScannedFolder {
     FileMap files;
-    std::vector<std::string> leftOut; // sentences: what cannot be published, of which the user was warned
+    std::vector<std::string> leftOut; // a sentence for each item that cannot be published; printed as warnings already
 };
 
-// The profile's folder as it is now; an interrupt is thrown as Cancelled.
-[[nodiscard]] ScannedFolder scanFolder(const Profile& profile, const Surroundings& around);
-
-void addScan(CLI::App& parent, Command& chosen);
+// Scans the profile's folder. An interrupt is thrown as Cancelled, a failure as CommandError.
+[[nodiscard]] ScannedFolder scanFolder(const Profile& profile, const CommandContext& context);
 
 } // namespace zembrastel::cli

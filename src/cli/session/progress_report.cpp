@@ -13,12 +13,12 @@ using namespace std::chrono_literals;
 constexpr std::chrono::seconds lineInterval = 10s;
 constexpr std::chrono::seconds jsonInterval = 1s;
 
-// Which file it is about; the profile's name where it is about none.
-std::string subjectOf(const Profile& profile, const TransferProgress& progress) {
+// The path of the current file, else the profile's name.
+std::string progressSubject(const Profile& profile, const TransferProgress& progress) {
     return oneLine(progress.file ? progress.file->path : profile.name);
 }
 
-const char* wordFor(TransferProgress::Work work) {
+const char* workWord(TransferProgress::Work work) {
     switch (work) {
     case TransferProgress::Work::downloading:
         return "downloading";
@@ -30,8 +30,8 @@ const char* wordFor(TransferProgress::Work work) {
     return "uploading";
 }
 
-void add(JsonLine& object, const Profile& profile, const TransferProgress& progress) {
-    object.text("profile", profile.name).text("id", profile.id.text()).text("work", wordFor(progress.work));
+void addProgressFields(JsonLine& object, const TransferProgress& progress) {
+    object.text("work", workWord(progress.work));
     object.number("filesDone", progress.filesDone).number("files", progress.filesQueued);
     object.number("folders", progress.folders).number("bytesDone", progress.bytes);
     if (progress.bytesQueued) object.number("bytes", *progress.bytesQueued);
@@ -46,10 +46,10 @@ void add(JsonLine& object, const Profile& profile, const TransferProgress& progr
 void ProgressReport::show(const Uuid& id) {
     if (output.isLive()) {
         showLive();
-    } else if (lines == Lines::whereNotLive) {
+    } else if (lines == Lines::withoutLiveLine) {
         const auto* profile = model.profile(id);
         const auto& progress = model.status(id).progress;
-        if (profile != nullptr && progress) tell(*profile, *progress);
+        if (profile != nullptr && progress) print(*profile, *progress);
     }
 }
 
@@ -61,7 +61,7 @@ void ProgressReport::showLive() {
         const auto& progress = model.status(profile.id).progress;
         if (!progress) continue;
         if (text.empty()) {
-            subject = subjectOf(profile, *progress);
+            subject = progressSubject(profile, *progress);
             text = progressText(*progress);
         } else {
             ++others;
@@ -71,14 +71,14 @@ void ProgressReport::showLive() {
     output.live(subject, text);
 }
 
-void ProgressReport::tell(const Profile& profile, const TransferProgress& progress) {
+void ProgressReport::print(const Profile& profile, const TransferProgress& progress) {
     const auto interval = output.json() ? jsonInterval : lineInterval;
     const Time now = clock.steadyNow();
     if (now - lastLine < interval) return;
     lastLine = now;
     if (output.json()) {
-        JsonLine object("progress");
-        add(object, profile, progress);
+        auto object = JsonLine::forProfile("progress", profile);
+        addProgressFields(object, progress);
         output.line(object);
     } else {
         const std::string file = progress.file ? oneLine(progress.file->path) + ": " : "";

@@ -1,11 +1,10 @@
-// Tells how far the model's work has come: on the live line where there is one, and where it is asked for in lines of
-// their own.
+// Prints the progress of the model's work: on the live line if there is one, else on request in lines of its own.
 //
 // Observes the model on the main context, for one command.
 #pragma once
 
 #include "app/app_model.h"
-#include "cli/session/observing.h"
+#include "cli/session/session.h"
 #include "cli/terminal/output.h"
 
 #include <chrono>
@@ -16,9 +15,9 @@ class ProgressReport final : public ModelObserver {
 public:
     enum class Lines {
         none,
-        // Where there is no live line, for a command about one profile: at most one line in ten seconds, or one JSON
-        // line in a second.
-        whereNotLive
+        // Without a live line, for a command about one profile: at most one line in ten seconds, or one JSON line a
+        // second.
+        withoutLiveLine
     };
 
     // Both outlive the report.
@@ -36,7 +35,7 @@ private:
 
     void show(const Uuid& id);
     void showLive();
-    void tell(const Profile& profile, const TransferProgress& progress);
+    void print(const Profile& profile, const TransferProgress& progress);
 
     const AppModel& model;
     Output& output;

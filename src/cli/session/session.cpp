@@ -1,7 +1,6 @@
 #include "cli/session/session.h"
 
 #include "app/record_of.h"
-#include "cli/text/presentation.h"
 #include "model/error.h"
 #include "model/publish_journal.h"
 
@@ -10,72 +9,7 @@ namespace {
 
 [[noreturn]] void failLoading(const std::exception& error) { throw CommandError(ExitCode::failed, loadFailure(error)); }
 
-std::optional<std::filesystem::path> namedFolder(const GlobalOptions& options) {
-    if (options.stateFolder.empty()) return std::nullopt;
-    return std::filesystem::absolute(options.stateFolder);
-}
-
-void requireNamedFolder(const GlobalOptions& options) {
-    const auto named = namedFolder(options);
-    std::error_code failed;
-    if (!named || std::filesystem::exists(*named, failed) || failed)
-        return; // another failure is told when it is opened
-    throw CommandError(
-        ExitCode::failed, "There is no such state folder: " + named->string() + ". Check what --state names.");
-}
-
-template <class Loaded>
-Loaded loadBy(Loaded (StateStore::*load)() const, const GlobalOptions& options) {
-    requireNamedFolder(options);
-    try {
-        const auto store = StateStore::find(namedFolder(options));
-        return store ? ((*store).*load)() : Loaded{};
-    } catch (const std::exception& error) {
-        failLoading(error);
-    }
-}
-
-} // namespace
-
-StateStore openState(const GlobalOptions& options) {
-    requireNamedFolder(options);
-    return openOrMakeState(options);
-}
-
-StateStore openOrMakeState(const GlobalOptions& options) {
-    try {
-        return StateStore(namedFolder(options));
-    } catch (const std::exception& error) {
-        failLoading(error);
-    }
-}
-
-SavedState loadState(const GlobalOptions& options) { return loadBy(&StateStore::load, options); }
-
-std::vector<Profile> loadProfiles(const GlobalOptions& options) { return loadBy(&StateStore::loadProfiles, options); }
-
-ServerRecord recordOf(const SavedState& state, const Uuid& profile, const GlobalOptions& options) {
-    ServerRecord record = recordOf(state, profile);
-    if (const auto store = StateStore::find(namedFolder(options))) {
-        record.announced = PublishJournal(store->folder(), profile).read();
-    }
-    return record;
-}
-
-std::vector<PrivateItem> privateItems(const GlobalOptions& options) {
-    std::vector<PrivateItem> items;
-    try {
-        if (const auto store = StateStore::find(namedFolder(options))) items = store->privateItems();
-    } catch (const std::filesystem::filesystem_error&) {
-        // Gone meanwhile.
-    }
-    if (!options.passwordFile.empty()) {
-        items.push_back({.path = std::filesystem::absolute(options.passwordFile), .reason = "it holds the password"});
-    }
-    return items;
-}
-
-InstanceLock holdState(const StateStore& store) {
+InstanceLock lockState(const StateStore& store) {
     std::optional<InstanceLock> lock;
     try {
         lock = InstanceLock::acquire(store.folder());
@@ -91,8 +25,112 @@ InstanceLock holdState(const StateStore& store) {
     return *std::move(lock);
 }
 
-void requireLoaded(const AppModel& model) {
-    if (model.alert()) throw CommandError(ExitCode::failed, *model.alert());
+AppModel::Options withStore(AppModel::Options options, const StateStore& store) {
+    options.storeOverride = store;
+    return options;
+}
+
+} // namespace
+
+StateFolder::StateFolder(const GlobalOptions& globalOptions) {
+    if (!globalOptions.stateFolder.empty()) named = std::filesystem::absolute(globalOptions.stateFolder);
+    if (!globalOptions.passwordFile.empty()) {
+        passwordFile = std::filesystem::absolute(globalOptions.passwordFile).string();
+    }
+}
+
+void StateFolder::requireNamed() const {
+    std::error_code failed; // opening the folder reports it
+    if (!named || std::filesystem::exists(*named, failed) || failed) return;
+    throw CommandError(
+        ExitCode::failed, "There is no such state folder: " + named->string() + ". Check what --state names.");
+}
+
+template <class Loaded>
+Loaded StateFolder::loadBy(Loaded (StateStore::*read)() const) const {
+    requireNamed();
+    try {
+        const auto store = StateStore::find(named);
+        return store ? ((*store).*read)() : Loaded{};
+    } catch (const std::exception& error) {
+        failLoading(error);
+    }
+}
+
+SavedState StateFolder::load() const { return loadBy(&StateStore::load); }
+
+std::vector<Profile> StateFolder::loadProfiles() const { return loadBy(&StateStore::loadProfiles); }
+
+ServerRecord StateFolder::recordOf(const SavedState& state, const Uuid& profile) const {
+    ServerRecord record = zembrastel::recordOf(state, profile);
+    if (const auto store = StateStore::find(named)) record.announced = PublishJournal(store->folder(), profile).read();
+    return record;
+}
+
+std::vector<PrivateItem> StateFolder::privateItems() const {
+    std::vector<PrivateItem> items;
+    try {
+        if (const auto store = StateStore::find(named)) items = store->privateItems();
+    } catch (const std::filesystem::filesystem_error&) {
+        // The folder was removed meanwhile.
+    }
+    if (!passwordFile.empty()) items.push_back({.path = passwordFile, .reason = "it holds the password"});
+    return items;
+}
+
+StateStore StateFolder::open() const {
+    requireNamed();
+    return openOrMake();
+}
+
+StateStore StateFolder::openOrMake() const {
+    try {
+        return StateStore(named);
+    } catch (const std::exception& error) {
+        failLoading(error);
+    }
+}
+
+Session::Session(const CommandContext& context, StateStore opened, AppModel::Options options)
+    : interrupt(context.interrupt), store(std::move(opened)), lock(lockState(store)),
+      profiles(mainQueue, withStore(std::move(options), store)) {
+    if (profiles.alert()) throw CommandError(ExitCode::failed, *profiles.alert());
+}
+
+Session Session::forChanges(const CommandContext& context, std::function<void(const Uuid&)> removePassword) {
+    return {
+        context,
+        StateFolder(context.options).openOrMake(),
+        {.passwordAccess =
+             {.read = [](const Uuid&) -> std::string { throw SyncError("Not started."); },
+              .remove = std::move(removePassword)},
+         .watches = false}};
+}
+
+Interrupt::Scope Session::interruptible() {
+    return interrupt.during([this] { mainQueue.quit(); });
+}
+
+bool Session::runUntil(const std::function<bool()>& condition) {
+    const auto scope = interruptible();
+    return mainQueue.runUntil(condition);
+}
+
+// The session stores the password, not the model, which would start an enabled profile with it.
+void Session::add(const Profile& profile, const std::optional<std::string>& password) {
+    if (password) PasswordStore::save(*password, profile.id);
+    try {
+        profiles.save(profile, std::nullopt);
+    } catch (const std::exception&) {
+        if (password) PasswordStore::remove(profile.id);
+        throw;
+    }
+}
+
+void Session::change(const Profile& profile, const std::optional<std::string>& password) {
+    profiles.checkSavable(profile);
+    if (password) PasswordStore::save(*password, profile.id);
+    profiles.save(profile, std::nullopt);
 }
 
 } // namespace zembrastel::cli

@@ -1,6 +1,5 @@
 #include "cli/terminal/prompt.h"
 
-#include "cli/session/passwords.h"
 #include "model/error.h"
 #include "platform/descriptor.h"
 #include "platform/files.h"
@@ -16,7 +15,7 @@
 namespace zembrastel::cli {
 namespace {
 
-// What is typed is not shown while it lives, but for the line feed that ends it.
+// While it lives, the terminal shows no typed character except the line feed that ends the line.
 class HiddenTyping {
 public:
     HiddenTyping() {
@@ -38,7 +37,7 @@ void writeToTerminal(std::string_view text) {
     if (::write(STDERR_FILENO, text.data(), text.size()) < 0) throwFileError("write", "terminal");
 }
 
-// One line of the terminal, which hands over whole lines. Throws Cancelled when `wake` becomes readable.
+// One line of the terminal, which delivers whole lines. Throws Cancelled when `wake` becomes readable.
 std::string readTypedLine(int wake) {
     std::string line;
     while (line.empty() || line.back() != '\n') {
@@ -73,16 +72,34 @@ std::string typedAnswer(const std::string& question, Interrupt& interrupt) {
 
 } // namespace
 
-bool terminalAnswers() { return ::isatty(STDIN_FILENO) != 0; }
+bool canAsk() { return ::isatty(STDIN_FILENO) != 0; }
 
 std::string askPassword(const std::string& question, Interrupt& interrupt) {
     const HiddenTyping hidden;
     return typedAnswer(question, interrupt);
 }
 
-bool askWhether(const std::string& question, Interrupt& interrupt) {
+bool askYesOrNo(const std::string& question, Interrupt& interrupt) {
     const std::string answer = asciiLowercase(trimmed(typedAnswer(question + " [y/N] ", interrupt)));
     return answer == "y" || answer == "yes";
+}
+
+std::string readStandardInput() {
+    std::string bytes;
+    while (true) {
+        std::array<char, 1 << 16> buffer{};
+        const ssize_t size = ::read(STDIN_FILENO, buffer.data(), buffer.size());
+        if (size < 0 && errno == EINTR) continue;
+        if (size < 0) throwFileError("read", "standard input");
+        if (size == 0) return bytes;
+        bytes.append(buffer.data(), static_cast<std::size_t>(size));
+    }
+}
+
+std::string firstLine(std::string_view text) {
+    auto line = text.substr(0, text.find('\n'));
+    if (line.ends_with('\r')) line.remove_suffix(1);
+    return std::string(line);
 }
 
 } // namespace zembrastel::cli
