@@ -8,7 +8,7 @@ namespace zembrastel::cli {
 namespace {
 
 // For an answer, and then as long again for any response.
-constexpr std::chrono::seconds patience{5};
+constexpr std::chrono::seconds responseTime{5};
 
 bool makesChanges(ControlRequest::Kind kind) {
     using Kind = ControlRequest::Kind;
@@ -58,7 +58,7 @@ void RunningProgram::requireResponse(const ControlRequest& request, Interrupt& i
         client.end();
         probe->end();
     });
-    const bool responds = probe->ask({.kind = ControlRequest::Kind::status}) && probe->next(patience).has_value();
+    const bool responds = probe->ask({.kind = ControlRequest::Kind::status}) && probe->next(responseTime).has_value();
     if (responds || probe->isOver() || interrupt.happened()) return;
     const auto process = client.process();
     throw CommandError(
@@ -71,7 +71,7 @@ void RunningProgram::requireResponse(const ControlRequest& request, Interrupt& i
 
 std::optional<ControlAnswer> RunningProgram::nextAnswer(const ControlRequest& request, Interrupt& interrupt) {
     while (true) {
-        if (auto answer = client.next(patience)) return answer;
+        if (auto answer = client.next(responseTime)) return answer;
         if (client.isOver()) return std::nullopt;
         requireResponse(request, interrupt);
     }
