@@ -48,6 +48,9 @@ AppModel::AppModel(MainContext& mainContext, Options chosen)
         for (auto& item : opened.privateItems()) privateItems.push_back(std::move(item));
         state = opened.load();
         stateFolder = opened.folder();
+        for (const auto& each : state.profiles) {
+            if (const auto what = ResendRequest(*stateFolder, each.id).read()) resends.emplace(each.id, *what);
+        }
         saver.emplace(
             context, options.clock, std::move(opened), state,
             [this](const std::set<Uuid>& ids, const std::string& message) { tellUnsaved(ids, message); });
@@ -128,16 +131,13 @@ void AppModel::notify(const std::function<void(ModelObserver&)>& tell) const {
 
 void AppModel::changeStatus(const Uuid& id, const std::function<void(ProfileStatus&)>& change) {
     ProfileStatus& status = statuses[id];
-    const std::string before = status.title;
-    status.filesMissing = false; // holds for the status that says so, and no longer
     change(status);
-    if (status.title != before) status.progress.reset();
     notify([&id](ModelObserver& observer) { observer.statusChanged(id); });
 }
 
-void AppModel::log(const Uuid& id, std::string text, bool error) {
+void AppModel::log(const Uuid& id, std::string text, Activity::Kind kind, std::string path) {
     auto& activity = statuses[id].activity;
-    activity.push_front({.date = options.clock.now(), .text = std::move(text), .error = error});
+    activity.push_front({.date = options.clock.now(), .text = std::move(text), .kind = kind, .path = std::move(path)});
     if (activity.size() > ProfileStatus::mostActivities) activity.pop_back();
     notify([&](ModelObserver& observer) { observer.activityLogged(id, activity.front()); });
 }
@@ -236,12 +236,8 @@ void AppModel::refuseStart(const Uuid& id, const std::string& message) {
     Profile* refused = find(id);
     if (refused == nullptr) return;
     const bool lacksDownload = refused->requiresDownloadSelection();
-    changeStatus(id, [&](ProfileStatus& status) {
-        status.active = false;
-        status.failed = true;
-        status.title = lacksDownload ? "Choose download contents" : "Needs attention";
-        status.detail = message;
-    });
+    changeStatus(
+        id, [&](ProfileStatus& status) { status.enter(lacksDownload ? Phase::unchosen : Phase::stopped, message); });
     if (!lacksDownload && !refused->hasEmptySyncSelection()) return;
     // Nothing but an edit can cure these: the profile must not start again by itself.
     refused->enabled = false;
@@ -264,7 +260,7 @@ Job& AppModel::openJob(const Profile& profile) {
 }
 
 void AppModel::forgetMissingFiles(const Uuid& id) {
-    if (!status(id).filesMissing) return;
+    if (!status(id).filesMissing()) return;
     stopJob(id);
     startWith(id, std::nullopt, true);
 }
@@ -282,12 +278,7 @@ void AppModel::startWith(const Uuid& id, const Earlier& earlier, bool filesMayBe
     if (filesMayBeGone) job.letFilesBeGone();
     const Uuid generation = job.work().generation;
     publishReview(id);
-    changeStatus(id, [](ProfileStatus& status) {
-        status.active = true;
-        status.failed = false;
-        status.title = "Starting";
-        status.detail.clear();
-    });
+    changeStatus(id, [](ProfileStatus& status) { status.enter(Phase::starting, ""); });
     withPassword(
         id,
         [this, id, generation, earlier](std::string password) {
@@ -390,24 +381,15 @@ void AppModel::launchWorker(const Uuid& id) {
     });
     if (!begun) return;
     disputed.erase(id);
-    if (!downloads && !jobs.at(id).work().checkSkipped) resends.erase(id);
-    changeStatus(id, [](ProfileStatus& status) {
-        status.active = true;
-        status.failed = false;
-    });
+    if (!downloads && !jobs.at(id).work().checkSkipped) endResend(id);
+    if (status(id).failed()) showChecking(id); // the check has succeeded since
     publishReview(id);
     log(id, downloads ? "Starting initial server download." : "Watching started.");
 }
 
 void AppModel::endInsteadOfWatching(const Uuid& id) {
     stopJob(id);
-    changeStatus(id, [](ProfileStatus& status) {
-        const ProfileStatus unstarted;
-        status.active = false;
-        status.failed = false;
-        status.title = unstarted.title;
-        status.detail = unstarted.detail;
-    });
+    changeStatus(id, [](ProfileStatus& status) { status.enter(Phase::paused, ProfileStatus().detail); });
 }
 
 void AppModel::stopJob(const Uuid& id) {

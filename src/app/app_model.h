@@ -20,6 +20,7 @@
 #include "model/private_items.h"
 #include "model/profile.h"
 #include "model/publish_journal.h"
+#include "model/resend_request.h"
 #include "model/saved_state.h"
 #include "model/state_store.h"
 #include "platform/clock.h"
@@ -44,12 +45,6 @@ namespace zembrastel {
 
 // What the user reads when the saved state could not be loaded.
 [[nodiscard]] std::string loadFailure(const std::exception& error);
-
-// What is sent again although it counts as published.
-enum class Resend {
-    missing,   // what the server does not have
-    everything // all that the server is not known to have with the same contents
-};
 
 class AppModel {
 public:
@@ -145,11 +140,11 @@ public:
 
     // The next successful server check finds out what is to be sent again. It is sent when watching starts, and nothing
     // is forgotten before. A file on the server that this program has not uploaded there, and that is not equal, is
-    // offered for review first.
+    // offered for review first. For a program that ends with the profile's work: the plan ends with the program.
     void planResend(const Uuid& id, Resend what) { resends.insert_or_assign(id, what); }
 
-    // The same at once: starts the profile anew, also a paused one. Throws when that could not be saved; it is in force
-    // all the same.
+    // The same at once: starts the profile anew, also a paused one. The next start of the program goes on with it if
+    // this one ends before. Throws when that could not be saved; it is in force all the same.
     void sendAgain(const Uuid& id, Resend what);
 
     // The user wants the missing files to stay away: they are not reported again, unless they come back and vanish once
@@ -236,7 +231,7 @@ private:
     [[nodiscard]] std::function<void()> onlyIfCurrent(
         const Uuid& id, const Uuid& generation, std::function<void()> work);
     void changeStatus(const Uuid& id, const std::function<void(ProfileStatus&)>& change);
-    void log(const Uuid& id, std::string text, bool error = false);
+    void log(const Uuid& id, std::string text, Activity::Kind kind = Activity::Kind::note, std::string path = {});
     void notify(const std::function<void(ModelObserver&)>& tell) const;
 
     // Jobs.
@@ -272,6 +267,7 @@ private:
     void tellUnsaved(const std::set<Uuid>& ids, const std::string& message);
 
     // Server check and review.
+    void showChecking(const Uuid& id);
     void startCheck(const Uuid& id, const Earlier& earlier);
     void finishCheck(const ServerCheck& check, const Uuid& id, const Earlier& earlier);
     void rememberComparison(const Uuid& id);
@@ -279,6 +275,7 @@ private:
     void acknowledgeSizes(const std::vector<RemoteChange>& kept, const Uuid& id);
     void findToSend(const ServerCheck& check, const Uuid& id);
     void forgetPublished(const PathSet& paths, const Uuid& id);
+    void endResend(const Uuid& id);
     [[nodiscard]] bool sendsEverything(const Uuid& id) const;
     void askForDecision(const Uuid& id);
     void failedCheck(const std::string& message, const Uuid& id, bool willRetry);
@@ -318,7 +315,7 @@ private:
     std::map<Uuid, PathSet> unanswered;
     std::map<Uuid, PathSet> disputed; // by the last worker: see event::ServerChanged
     std::map<Uuid, PathSet> missing;  // see missingOnServer()
-    std::map<Uuid, Resend> resends;   // requested, and not begun
+    std::map<Uuid, Resend> resends;   // requested, and not begun; see ResendRequest
     std::map<Uuid, std::shared_ptr<ServerTraits>> serverTraits;
     std::map<Uuid, std::shared_ptr<TaskLane>> lanes; // outlive the jobs: a stopped task may still be in its last step
     std::map<Uuid, std::string> passwords;

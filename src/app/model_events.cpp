@@ -18,15 +18,14 @@ void AppModel::receive(const WorkerEvent& event, const Uuid& id) {
 
 void AppModel::apply(const event::Status& event, const Uuid& id) {
     changeStatus(id, [&event](ProfileStatus& status) {
-        status.title = event.title;
-        status.detail = event.detail;
+        status.enter(event.phase, event.detail);
         status.pending = event.pending;
-        status.filesMissing = event.filesMissing;
-        status.failed = event.title.starts_with("Retrying") || event.title == "Waiting to retry";
     });
 }
 
-void AppModel::apply(const event::Activity& event, const Uuid& id) { log(id, event.text, event.error); }
+void AppModel::apply(const event::Activity& event, const Uuid& id) {
+    log(id, event.text, event.error ? Activity::Kind::failure : Activity::Kind::note);
+}
 
 void AppModel::apply(const event::Uploaded& event, const Uuid& id) {
     assert(jobs.at(id).is<Job::Watching>());
@@ -37,7 +36,7 @@ void AppModel::apply(const event::Uploaded& event, const Uuid& id) {
         status.pending = std::max<std::int64_t>(status.pending - 1, 0);
     });
     countFileDone(id);
-    log(id, "Uploaded " + event.path);
+    log(id, "Uploaded " + event.path, Activity::Kind::uploaded, event.path);
     if (missing[id].erase(event.path) > 0) publishReview(id);
     saveSoon(id);
 }
@@ -80,7 +79,7 @@ void AppModel::apply(const event::ServerChanged& event, const Uuid& id) {
     log(id,
         "Not replaced, because they changed on the server: " + listedPaths(event.paths)
             + ". The server is checked again before anything is uploaded.",
-        true);
+        Activity::Kind::failure);
     stopJob(id);
     unanswered[id].insert(event.paths.begin(), event.paths.end());
     disputed[id] = event.paths;
@@ -90,11 +89,7 @@ void AppModel::apply(const event::ServerChanged& event, const Uuid& id) {
 void AppModel::apply(const event::PassEnded& event, const Uuid& id) {
     endInsteadOfWatching(id);
     if (!event.failure) return;
-    changeStatus(id, [&event](ProfileStatus& status) {
-        status.failed = true;
-        status.title = "Needs attention";
-        status.detail = *event.failure;
-    });
+    changeStatus(id, [&event](ProfileStatus& status) { status.enter(Phase::stopped, *event.failure); });
 }
 
 void AppModel::takeProgress(const TransferProgress& progress, const Uuid& id) {
@@ -145,11 +140,8 @@ void AppModel::saveSoon(const Uuid& id) {
 void AppModel::tellUnsaved(const std::set<Uuid>& ids, const std::string& message) {
     const std::string problem = "Could not save sync state: " + message;
     for (const auto& id : ids) {
-        changeStatus(id, [&problem](ProfileStatus& status) {
-            status.title = "Needs attention";
-            status.detail = problem;
-        });
-        log(id, problem, true);
+        changeStatus(id, [&problem](ProfileStatus& status) { status.reportUnsaved(problem); });
+        log(id, problem, Activity::Kind::failure);
     }
 }
 

@@ -77,10 +77,7 @@ void AppModel::save(
         persist();
     } catch (const std::exception& error) {
         changeStatus(id, [&error](ProfileStatus& status) {
-            status.active = false;
-            status.failed = true;
-            status.title = "Needs attention";
-            status.detail = "The profile could not be saved, and does not run: " + describe(error);
+            status.enter(Phase::stopped, "The profile could not be saved, and does not run: " + describe(error));
         });
         throw;
     }
@@ -89,12 +86,12 @@ void AppModel::save(
         return;
     }
     changeStatus(id, [empty](ProfileStatus& status) {
-        const ProfileStatus unstarted;
-        status.active = false;
-        status.failed = false;
         status.pending = 0;
-        status.title = empty ? "Nothing selected" : unstarted.title;
-        status.detail = empty ? "Choose files or folders in Edit sync contents to resume syncing." : unstarted.detail;
+        if (empty) {
+            status.enter(Phase::nothingSelected, "Choose files or folders in Edit sync contents to resume syncing.");
+        } else {
+            status.enter(Phase::paused, ProfileStatus().detail);
+        }
     });
 }
 
@@ -119,12 +116,8 @@ void AppModel::pause(const Uuid& id) {
     const bool wasRunning = running(id);
     stopJob(id);
     paused->enabled = false;
-    changeStatus(id, [](ProfileStatus& status) {
-        status.active = false;
-        status.failed = false;
-        status.title = "Paused";
-        status.detail = "Local changes will upload when you resume.";
-    });
+    changeStatus(
+        id, [](ProfileStatus& status) { status.enter(Phase::paused, "Local changes will upload when you resume."); });
     if (wasRunning) log(id, "Watching paused.");
     notify([](ModelObserver& observer) { observer.profilesChanged(); });
     persist();
@@ -171,7 +164,9 @@ void AppModel::forgetServer(const Uuid& id) {
     missing.erase(id);
     resends.erase(id);
     serverTraits.erase(id);
-    if (const auto journal = journalOf(id)) journal->remove();
+    if (!stateFolder) return;
+    ResendRequest(*stateFolder, id).remove();
+    PublishJournal(*stateFolder, id).remove();
 }
 
 void AppModel::forgetProfile(const Uuid& id) {

@@ -40,12 +40,15 @@ bool areSameVersions(const std::vector<RemoteChange>& a, const std::vector<Remot
 
 } // namespace
 
+void AppModel::showChecking(const Uuid& id) {
+    changeStatus(id, [](ProfileStatus& status) {
+        status.enter(Phase::checking, "Comparing server dates before any local changes upload…");
+    });
+}
+
 void AppModel::startCheck(const Uuid& id, const Earlier& earlier) {
     missing.erase(id);
-    changeStatus(id, [](ProfileStatus& status) {
-        status.title = "Checking server";
-        status.detail = "Comparing server dates before any local changes upload…";
-    });
+    showChecking(id);
     log(id, "Checking for newer server files before watching resumes.");
     const Uuid generation = jobs.at(id).work().generation;
     const auto found = [this, id, generation, earlier](const ServerCheck& check) {
@@ -151,10 +154,9 @@ void AppModel::rememberComparison(const Uuid& id) {
 void AppModel::askForDecision(const Uuid& id) {
     const std::string count = std::to_string(jobs.at(id).review()->changes.size());
     changeStatus(id, [&count](ProfileStatus& status) {
-        status.failed = false;
-        status.title = "Review remote changes";
-        status.detail =
-            count + " newer server files found. Uploads are paused until you choose which versions to keep.";
+        status.enter(
+            Phase::awaitingReview,
+            count + " newer server files found. Uploads are paused until you choose which versions to keep.");
     });
     log(id, "Found " + count + " newer server files. Waiting for your review.");
     publishReview(id);
@@ -164,13 +166,13 @@ void AppModel::askForDecision(const Uuid& id) {
 void AppModel::failedCheck(const std::string& message, const Uuid& id, bool willRetry) {
     if (!step(id, [&](Job& job) { return willRetry ? job.failCheck(message) : job.failDownload(message); })) return;
     changeStatus(id, [&](ProfileStatus& status) {
-        status.title = "Server check needs attention";
-        status.detail = sentence(message)
-                        + (willRetry ? " Uploads remain paused; the check will retry automatically."
-                                     : " Uploads remain paused. Retry the server check to review the latest versions.");
-        status.failed = true;
+        status.enter(
+            Phase::checkFailed,
+            sentence(message)
+                + (willRetry ? " Uploads remain paused; the check will retry automatically."
+                             : " Uploads remain paused. Retry the server check to review the latest versions."));
     });
-    log(id, message, true);
+    log(id, message, Activity::Kind::failure);
     publishReview(id);
 }
 
@@ -237,11 +239,29 @@ void AppModel::retryCheck(const Uuid& id) {
 void AppModel::sendAgain(const Uuid& id, Resend what) {
     if (profile(id) == nullptr) return;
     planResend(id, what);
+    std::exception_ptr unsaved;
+    try {
+        if (stateFolder) ResendRequest(*stateFolder, id).write(what);
+    } catch (const std::filesystem::filesystem_error&) {
+        unsaved = std::current_exception();
+    }
     if (running(id)) {
         stopJob(id);
         start(id);
     } else {
         resume(id);
+    }
+    if (unsaved) std::rethrow_exception(unsaved);
+}
+
+// What is sent again must be saved before the request is forgotten.
+void AppModel::endResend(const Uuid& id) {
+    if (resends.erase(id) == 0) return;
+    try {
+        persist();
+        if (stateFolder) ResendRequest(*stateFolder, id).remove();
+    } catch (const std::exception& error) {
+        tellUnsaved({id}, describe(error)); // the next start repeats the request, which does no harm
     }
 }
 
@@ -277,6 +297,7 @@ void AppModel::startWithoutCheck(const Uuid& id) {
             job.skipCheck();
             if (filesMayBeGone) job.letFilesBeGone();
             (void)job.takePassword(std::move(password));
+            changeStatus(id, [](ProfileStatus& status) { status.enter(Phase::starting, ""); });
             launchWorker(id);
             log(id, "Server comparison skipped by your choice; pending local edits may replace remote copies.");
         },
@@ -359,8 +380,9 @@ void AppModel::acknowledgeSizes(const std::vector<RemoteChange>& kept, const Uui
 
 void AppModel::startReviewDownload(const Uuid& id, const std::vector<RemoteChange>& approved) {
     changeStatus(id, [&approved](ProfileStatus& status) {
-        status.title = "Downloading server changes";
-        status.detail = "Replacing " + std::to_string(approved.size()) + " selected local files, with backups.";
+        status.enter(
+            Phase::downloadingReview,
+            "Replacing " + std::to_string(approved.size()) + " selected local files, with backups.");
     });
     const auto onMain = [this, id, generation = jobs.at(id).work().generation](std::function<void()> report) {
         context.post(onlyIfCurrent(id, generation, std::move(report)));
@@ -372,17 +394,18 @@ void AppModel::startReviewDownload(const Uuid& id, const std::vector<RemoteChang
             const auto transport = transportFor(work, meter);
             PathSet leftOut;
             transport.replaceLocal(
-                approved, {.replaced =
-                               [&](const RemoteChange& change, const Fingerprint& installed) {
-                                   onMain([this, id, change, installed] { recordDownload(id, change, installed); });
-                                   meter.fileDone();
-                               },
-                           .refused =
-                               [&](const RemoteChange& change, const ChangedMeanwhile& refusal) {
-                                   leftOut.insert(change.path);
-                                   onMain([this, id, message = describe(refusal)] { log(id, message, true); });
-                                   meter.fileDone();
-                               }});
+                approved,
+                {.replaced =
+                     [&](const RemoteChange& change, const Fingerprint& installed) {
+                         onMain([this, id, change, installed] { recordDownload(id, change, installed); });
+                         meter.fileDone();
+                     },
+                 .refused =
+                     [&](const RemoteChange& change, const ChangedMeanwhile& refusal) {
+                         leftOut.insert(change.path);
+                         onMain([this, id, message = describe(refusal)] { log(id, message, Activity::Kind::failure); });
+                         meter.fileDone();
+                     }});
             onMain([this, id, leftOut] { finishReviewDownload(id, leftOut); });
         } catch (const Cancelled&) {
             // Stopped: what was replaced is recorded, the rest is as it was.
@@ -397,7 +420,8 @@ void AppModel::recordDownload(const Uuid& id, const RemoteChange& change, const 
     unanswered[id].erase(change.path);
     receive(event::Downloaded{.path = change.path, .fingerprint = installed}, id);
     receive(event::RemoteDate{.path = change.path, .date = change.remoteDate}, id);
-    log(id, "Downloaded newer server copy: " + change.path + " (previous local copy backed up)");
+    log(id, "Downloaded newer server copy: " + change.path + " (previous local copy backed up)",
+        Activity::Kind::downloaded, change.path);
 }
 
 void AppModel::finishReviewDownload(const Uuid& id, const PathSet& leftOut) {
@@ -408,7 +432,7 @@ void AppModel::finishReviewDownload(const Uuid& id, const PathSet& leftOut) {
     log(id,
         "Not downloaded, because they changed meanwhile: " + listedPaths(leftOut)
             + ". The server is checked again before anything is uploaded.",
-        true);
+        Activity::Kind::failure);
     startCheck(id, std::nullopt);
 }
 

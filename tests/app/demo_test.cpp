@@ -77,12 +77,12 @@ TEST_F(Demo, APauseStopsItAndResumingGoesOnWhereItWas) {
     for (std::size_t count = 3; count <= 40; count += 3) {
         ASSERT_TRUE(uploads(count));
         model->toggle(id);
-        EXPECT_FALSE(model->running(id) || status().active);
-        EXPECT_EQ(status().title, "Paused");
+        EXPECT_FALSE(model->running(id) || status().active());
+        EXPECT_EQ(status().title(), "Paused");
         const auto heard = diary->uploads;
         ASSERT_TRUE(workOff(queue));
         EXPECT_EQ(diary->uploads, heard) << "a paused profile reports no more";
-        EXPECT_EQ(status().title, "Paused");
+        EXPECT_EQ(status().title(), "Paused");
         model->toggle(id);
     }
     ASSERT_TRUE(uploads(40));

@@ -149,12 +149,12 @@ private:
             verify();
             if (review() != nullptr) decide();
             if (model->checkFailures().contains(profile.id)) model->retryCheck(profile.id);
-            return model->watching(profile.id) && model->status(profile.id).title == "Watching";
+            return model->watching(profile.id) && model->status(profile.id).title() == "Watching";
         };
         if (queue.runUntil(isSettled, 60s)) return;
         std::string lines;
         for (const auto& line : model->status(profile.id).activity) lines += "\n  " + line.text;
-        throw std::runtime_error("does not come to watching: " + model->status(profile.id).title + lines);
+        throw std::runtime_error("does not come to watching: " + model->status(profile.id).title() + lines);
     }
 
     // What a review shows is not to be replaced on the server before it is answered.

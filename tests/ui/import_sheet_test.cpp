@@ -96,7 +96,7 @@ TEST_F(ImportSheetTest, WhatWasTickedIsThereWithItsPasswordAndNeedsNothingMoreTo
     EXPECT_EQ(model->selection(), imported.id);
     EXPECT_EQ(stored, std::vector<std::string>{"hush"});
     model->toggle(imported.id);
-    EXPECT_EQ(model->status(imported.id).title, "Checking server"); // the password was at hand
+    EXPECT_EQ(model->status(imported.id).title(), "Checking server"); // the password was at hand
 }
 
 TEST_F(ImportSheetTest, AMissingFolderIsNamedByKeyboardAndWhatCannotBeTakenStaysUnticked) {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "app/app_model.h"
+#include "app/context/lifetime.h"
 #include "app/control/control_messages.h"
 #include "platform/local_socket.h"
 
@@ -81,8 +82,7 @@ private:
     std::set<Uuid> pausedHere;
     bool answersDue = false;
     std::optional<std::string> unreachable;
-    // Watched by what is posted to the main context, which may come when the service has gone.
-    std::shared_ptr<ControlService*> self = std::make_shared<ControlService*>(this);
+    Lifetime lifetime;
     std::unique_ptr<LocalServer> server; // last: its thread ends first
 };
 

@@ -22,10 +22,10 @@ struct DoctorRequest {
 Finding localFolderFinding(const Profile& profile) {
     std::error_code failed;
     if (std::filesystem::is_directory(profile.localFolder, failed)) {
-        return {.subject = "localFolder", .text = "The local folder exists."};
+        return {.subject = Subject::localFolder, .text = "The local folder exists."};
     }
     return {
-        .subject = "localFolder",
+        .subject = Subject::localFolder,
         .outcome = Finding::Outcome::wrong,
         .text = "The local folder " + profile.localFolder + " does not exist.",
         .remedy = "Connect the disk it is on, or choose another local folder in the profile."};
@@ -34,7 +34,7 @@ Finding localFolderFinding(const Profile& profile) {
 void printFindingsAsJson(const Profile& profile, const std::vector<Finding>& findings, Output& output) {
     for (const auto& each : findings) {
         auto object = JsonLine::forProfile("finding", profile);
-        object.text("subject", each.subject);
+        object.text("subject", word(each.subject));
         object.text("outcome", word(each.outcome)).text("text", each.text).text("remedy", each.remedy);
         output.line(object);
     }
@@ -77,8 +77,9 @@ void printFindings(const std::vector<Finding>& findings, Output& output) {
 ExitCode doctorExitCode(const std::vector<Finding>& findings) {
     const auto bad = std::ranges::find(findings, Finding::Outcome::wrong, &Finding::outcome);
     if (bad == findings.end()) return ExitCode::done;
-    const bool login = std::ranges::any_of(
-        findings, [](const auto& each) { return each.outcome == Finding::Outcome::wrong && each.subject == "login"; });
+    const bool login = std::ranges::any_of(findings, [](const auto& each) {
+        return each.outcome == Finding::Outcome::wrong && each.subject == Subject::login;
+    });
     return login ? ExitCode::refused : ExitCode::failed;
 }
 

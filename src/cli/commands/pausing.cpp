@@ -93,7 +93,7 @@ void pauseOrResumeSaved(const CommandContext& context, const PauseOrResume& requ
         } catch (const std::exception& error) {
             failChange(request, inQuotes(profile.name), describe(error));
         }
-        if (model.status(profile.id).failed)
+        if (model.status(profile.id).failed())
             failChange(request, inQuotes(profile.name), model.status(profile.id).detail);
         reportChange(profile, request, profile.enabled == request.pauses, false, context.output);
     }

@@ -35,14 +35,12 @@ public:
     PushReport(const Profile& pushed, Output& where) : profile(pushed), output(where) {}
 
     void activityLogged(const Uuid&, const Activity& activity) override {
-        constexpr std::string_view sent = "Uploaded ";
-        if (activity.error) failure = activity.text;
-        if (activity.error || !activity.text.starts_with(sent)) return;
-        const std::string path = activity.text.substr(sent.size());
-        sentPaths.insert(path);
+        if (activity.error()) failure = activity.text;
+        if (activity.kind != Activity::Kind::uploaded) return;
+        sentPaths.insert(activity.path);
         if (output.json()) {
             auto object = JsonLine::forProfile("uploaded", profile);
-            output.line(object.text("path", path));
+            output.line(object.text("path", activity.path));
         } else {
             output.line(oneLine(activity.text));
         }
@@ -129,7 +127,7 @@ public:
         }
         const ProfileStatus& status = model.status(profile.id);
         interrupted = !ended;
-        std::string failure = ended ? (status.failed ? status.detail : report.failure) : "It was interrupted.";
+        std::string failure = ended ? (status.failed() ? status.detail : report.failure) : "It was interrupted.";
         if (request.leaveMissing && failure.empty()) failure = leaveMissing();
         model.shutdown();
         if (failure.empty()) failure = report.failure; // of the save

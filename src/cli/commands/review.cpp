@@ -36,7 +36,7 @@ public:
     explicit DecisionReport(Output& where) : output(where) {}
 
     void activityLogged(const Uuid&, const Activity& activity) override {
-        if (activity.error) {
+        if (activity.error()) {
             failure = activity.text;
         } else if (!output.json()) {
             output.line(oneLine(activity.text));
@@ -158,7 +158,7 @@ public:
             throw checkFailure(failed->second);
         }
         if (const auto found = model.reviews().find(id); found != model.reviews().end()) return found->second.changes;
-        if (model.status(id).failed) throw checkRefused(model.status(id).detail);
+        if (model.status(id).failed()) throw checkRefused(model.status(id).detail);
         return {};
     }
 

@@ -56,7 +56,7 @@ private:
         if (output.json()) {
             JsonLine object("activity");
             begin(object, answer.profile, answer.line.date);
-            output.line(object.text("text", answer.line.text).flag("error", answer.line.error));
+            output.line(object.text("text", answer.line.text).flag("error", answer.line.error()));
         } else if (news) {
             printNews(answer.profile, answer.line.date, *news);
         }

@@ -66,7 +66,7 @@ void WatchReport::statusChanged(const Uuid& id) {
     const ProfileStatus& status = model.status(id);
     if (!context.output.json()) {
         if (const auto line = narrations[id].status(status)) print(*profile, *line);
-        printMissing(*profile, status.filesMissing);
+        printMissing(*profile, status.filesMissing());
         return;
     }
     // The model repeats it at every scan of the folder.
@@ -99,7 +99,7 @@ void WatchReport::activityLogged(const Uuid& id, const Activity& activity) {
         return;
     }
     JsonLine object("activity");
-    begin(object, *profile).text("text", activity.text).flag("error", activity.error);
+    begin(object, *profile).text("text", activity.text).flag("error", activity.error());
     context.output.line(object);
 }
 

@@ -20,15 +20,15 @@ std::string detailLine(std::string name, const std::string& value) {
 std::uint64_t countOf(std::int64_t number) { return static_cast<std::uint64_t>(number); }
 
 Tone toneOf(const answer::Status& answer) {
-    if (answer.status.failed) return Tone::bad;
+    if (answer.status.failed()) return Tone::bad;
     return answer.running && answer.newerOnServer == 0 ? Tone::good : Tone::attention;
 }
 
 } // namespace
 
 void addStatusFields(JsonLine& object, const ProfileStatus& status) {
-    object.text("title", status.title).text("detail", status.detail);
-    object.flag("active", status.active).flag("failed", status.failed).flag("filesMissing", status.filesMissing);
+    object.text("title", status.title()).text("detail", status.detail);
+    object.flag("active", status.active()).flag("failed", status.failed()).flag("filesMissing", status.filesMissing());
     object.number("uploaded", countOf(status.uploaded)).number("pending", countOf(status.pending));
     if (status.lastUpload) object.text("lastUpload", universalTime(*status.lastUpload));
 }
@@ -36,11 +36,11 @@ void addStatusFields(JsonLine& object, const ProfileStatus& status) {
 std::vector<std::string> statusLines(const answer::Status& answer) {
     const ProfileStatus& status = answer.status;
     std::vector<std::string> lines{
-        oneLine(answer.name) + "  " + inColour(oneLine(status.title), toneOf(answer), STDOUT_FILENO)};
+        oneLine(answer.name) + "  " + inColour(oneLine(status.title()), toneOf(answer), STDOUT_FILENO)};
     if (!status.detail.empty()) lines.push_back(detailLine("detail", oneLine(status.detail)));
     if (status.progress) lines.push_back(detailLine("progress", progressText(*status.progress)));
     if (status.pending > 0) lines.push_back(detailLine("pending", counted(countOf(status.pending), "file")));
-    if (status.filesMissing) lines.push_back(detailLine("missing", "if you deleted the files: forget-files"));
+    if (status.filesMissing()) lines.push_back(detailLine("missing", "if you deleted the files: forget-files"));
     if (answer.newerOnServer > 0) {
         lines.push_back(detailLine("review", counted(countOf(answer.newerOnServer), "file") + " newer on the server"));
     }
@@ -56,10 +56,10 @@ std::vector<std::string> statusLines(const answer::Status& answer) {
 std::optional<std::string> Narration::status(const ProfileStatus& status) {
     const std::string failure = std::exchange(justFailed, {});
     justDetailed.clear();
-    const bool same = status.title == title && status.detail == detail;
+    const bool same = status.title() == title && status.detail == detail;
     // The printed uploads already show that fewer files are pending.
     const bool isNews = !same || status.pending > pending;
-    title = status.title;
+    title = status.title();
     detail = status.detail;
     pending = status.pending;
     if (!isNews) return std::nullopt;
@@ -77,9 +77,9 @@ std::optional<std::string> Narration::status(const ProfileStatus& status) {
 
 std::optional<std::string> Narration::activity(const Activity& activity) {
     const std::string detailed = std::exchange(justDetailed, {});
-    justFailed = activity.error ? activity.text : "";
-    if (activity.error && detailed.starts_with(activity.text)) return std::nullopt;
-    return (activity.error ? "error: " : "") + oneLine(activity.text);
+    justFailed = activity.error() ? activity.text : "";
+    if (activity.error() && detailed.starts_with(activity.text)) return std::nullopt;
+    return (activity.error() ? "error: " : "") + oneLine(activity.text);
 }
 
 } // namespace zembrastel::cli

@@ -55,9 +55,16 @@ QVariant ActivityModel::data(const QModelIndex& index, int role) const {
 }
 
 std::string_view activitySymbol(const Activity& activity) {
-    if (activity.error) return "exclamationmark.circle";
-    if (activity.text.starts_with("Uploaded ")) return "arrow.up";
-    if (activity.text.starts_with("Downloaded ")) return "arrow.down";
+    switch (activity.kind) {
+    case Activity::Kind::failure:
+        return "exclamationmark.circle";
+    case Activity::Kind::uploaded:
+        return "arrow.up";
+    case Activity::Kind::downloaded:
+        return "arrow.down";
+    case Activity::Kind::note:
+        break;
+    }
     return "dot";
 }
 

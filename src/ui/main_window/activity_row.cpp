@@ -16,8 +16,8 @@ constexpr int symbolSide = 16;
 constexpr int textLeft = inset + symbolSide + gap;
 
 ColourRole symbolColour(const Activity& activity) {
-    if (activity.error) return &Colours::warn;
-    return activitySymbol(activity) == "dot" ? &Colours::edge : &Colours::accent;
+    if (activity.error()) return &Colours::warn;
+    return activity.kind == Activity::Kind::note ? &Colours::edge : &Colours::accent;
 }
 
 } // namespace
@@ -41,7 +41,7 @@ void ActivityRow::paint(QPainter* painter, const QStyleOptionViewItem& option, c
         {.style = TextStyle::small, .colour = now.dim, .side = Qt::AlignRight});
     to.line(
         text.adjusted(0, 0, -timeWidth - timeGap, 0), index.data().toString(),
-        {.colour = activity.error ? now.warnText : now.text});
+        {.colour = activity.error() ? now.warnText : now.text});
     if (index.row() + 1 < rows.rowCount()) to.divider(text.left(), text.right());
     to.focusRing(row.adjusted(8, 0, -8, -1), 7);
 }

@@ -1,6 +1,5 @@
 #include "ui/main_window/profile_list_model.h"
 
-#include "sync/sync_worker.h"
 #include "ui/theme/text_style.h"
 
 #include <algorithm>
@@ -46,7 +45,8 @@ bool ProfileListModel::runningAt(const QModelIndex& index) const { return bridge
 QString ProfileListModel::summaryAt(const QModelIndex& index) const {
     const ProfileStatus& status = statusAt(index);
     const auto missing = bridge.model().missingOnServer(idAt(index)).size();
-    if (missing == 0 || status.title != watchingStatus().title) return QString::fromStdString(status.title);
+    if (missing == 0 || status.unsaved || status.phase != Phase::watching)
+        return QString::fromStdString(status.title());
     return missing == 1 ? tr("1 file is missing") : tr("%1 files are missing").arg(missing);
 }
 

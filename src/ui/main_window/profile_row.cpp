@@ -44,7 +44,7 @@ void paintMore(RowPainter& painter, const QRect& row) {
 }
 
 QColor titleColour(const ProfileStatus& status, bool selected) {
-    if (status.failed) return colours().warnText;
+    if (status.failed()) return colours().warnText;
     return selected ? colours().selectedDim : colours().dim;
 }
 

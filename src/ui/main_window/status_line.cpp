@@ -20,8 +20,8 @@ StatusLine::StatusLine(QWidget* parent)
 
 void StatusLine::setStatus(const ProfileStatus& status, bool running) {
     symbol->setStatus(status, running);
-    title->setText(QString::fromStdString(status.title));
-    setTone(*title, status.failed ? Tone::warn : Tone::normal);
+    title->setText(QString::fromStdString(status.title()));
+    setTone(*title, status.failed() ? Tone::warn : Tone::normal);
     progress->setProgress(status.progress);
     detail->setWrappedText(QString::fromStdString(status.detail));
 }

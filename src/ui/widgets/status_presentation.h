@@ -19,9 +19,6 @@ struct StatusPresentation {
     friend bool operator==(const StatusPresentation&, const StatusPresentation&) = default;
 };
 
-// Is something being done this moment, rather than waited for?
-[[nodiscard]] bool working(const ProfileStatus& status);
-
 [[nodiscard]] StatusPresentation present(const ProfileStatus& status, bool running);
 
 // In degrees clockwise. Follows the clock alone, so that a turn goes on smoothly whatever changes meanwhile.

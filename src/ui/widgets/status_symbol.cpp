@@ -34,8 +34,8 @@ void paintTurning(
 }
 
 QString accessibleStatusName(const ProfileStatus& status) {
-    return working(status) ? QCoreApplication::translate("StatusSymbol", "Sync in progress")
-                           : QString::fromStdString(status.title);
+    return status.working() ? QCoreApplication::translate("StatusSymbol", "Sync in progress")
+                            : QString::fromStdString(status.title());
 }
 
 StatusSymbol::StatusSymbol(QWidget* parent) : QWidget(parent) {
