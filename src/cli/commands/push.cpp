@@ -105,6 +105,11 @@ CommandError missingFilesError(
                               + sendMissingHint(context.options, missing, unambiguousName(profiles, profile))};
 }
 
+std::string leftMissingText(std::size_t files) {
+    return counted(files, "file") + (files == 1 ? " stays" : " stay")
+           + " missing on the server, and will not be reported again.";
+}
+
 // A push by this program.
 class Push {
 public:
@@ -155,9 +160,7 @@ private:
         } catch (const std::exception& error) {
             return describe(error);
         }
-        context.output.note(
-            counted(files, "file") + (files == 1 ? " stays" : " stay")
-            + " missing on the server, and will not be reported again.");
+        context.output.note(leftMissingText(files));
         return {};
     }
 
@@ -251,46 +254,76 @@ ExitCode pushAlone(const CommandContext& context, const PushRequest& request) {
     return ExitCode::done;
 }
 
-// Asks the running program to send the files again, which it does after its answer.
-ExitCode pushInProgram(RunningProgram& program, const CommandContext& context, const PushRequest& request) {
-    const auto profiles = StateFolder(context.options).loadProfiles();
-    const Profile& profile = chooseProfile(profiles, request.name);
-    requirePushable(profile);
-    using Kind = ControlRequest::Kind;
-    std::vector<RemoteChange> changes;
-    const auto failed = program.ask(
-        {.kind = request.all ? Kind::sendAll : Kind::sendMissing, .profiles = {profile.id}}, context.interrupt,
-        [&changes](const ControlAnswer& answer) {
-            if (const auto* review = std::get_if<answer::Review>(&answer)) changes = review->changes;
-        });
-    if (failed && failed->reason == answer::Failed::Reason::server) {
-        throw serverFailure(profile, pushCheckAim(profile), failed->text, "Nothing was uploaded.");
+// The running program does it and goes on with its other work.
+class PushInProgram {
+public:
+    PushInProgram(RunningProgram& running, const CommandContext& commandContext, const std::string& name)
+        : program(running), context(commandContext), profiles(StateFolder(context.options).loadProfiles()),
+          profile(chooseProfile(profiles, name)) {
+        requirePushable(profile);
     }
-    if (failed && failed->reason == answer::Failed::Reason::paused) {
-        throw CommandError(
-            ExitCode::failed, inQuotes(profile.name)
-                                  + " is paused in the running program. Nothing was uploaded; "
-                                    "resume it first.");
-    }
-    if (failed) throw pushFailure(profile, failed->text);
-    if (!changes.empty()) refuseBecauseOf(changes, profile, profiles, context, false);
-    if (context.output.json()) {
-        auto object = JsonLine::forProfile("sending", profile);
-        context.output.line(object);
-    } else {
+
+    // The program sends the files after its answer.
+    void sendAgain(bool all) {
+        ask(all ? ControlRequest::Kind::sendAll : ControlRequest::Kind::sendMissing);
+        if (context.output.json()) return context.output.line(JsonLine::forProfile("sending", profile));
         context.output.line(
             "The running program compared " + inQuotes(profile.name)
             + " with the server, and now sends the files again. To watch it: status --follow");
     }
-    return ExitCode::done;
-}
+
+    void leaveMissing() {
+        const std::uint64_t files = ask(ControlRequest::Kind::leaveMissing);
+        if (context.output.json()) {
+            auto object = JsonLine::forProfile("missingLeft", profile);
+            context.output.line(object.number("files", files));
+        } else {
+            context.output.line(files == 0 ? "No file is missing on the server." : leftMissingText(files));
+        }
+    }
+
+private:
+    // Returns how many files the answer reports as missing on the server.
+    std::uint64_t ask(ControlRequest::Kind kind) {
+        using Reason = answer::Failed::Reason;
+        std::vector<RemoteChange> changes;
+        std::uint64_t missing = 0;
+        const auto failed =
+            program.ask({.kind = kind, .profiles = {profile.id}}, context.interrupt, [&](const ControlAnswer& answer) {
+                if (const auto* review = std::get_if<answer::Review>(&answer)) changes = review->changes;
+                if (const auto* status = std::get_if<answer::Status>(&answer)) {
+                    missing = static_cast<std::uint64_t>(status->missingOnServer);
+                }
+            });
+        if (failed && failed->reason == Reason::server) {
+            throw serverFailure(profile, pushCheckAim(profile), failed->text, "Nothing was uploaded.");
+        }
+        if (failed && failed->reason == Reason::paused) {
+            throw CommandError(
+                ExitCode::failed,
+                inQuotes(profile.name) + " is paused in the running program. Nothing was uploaded; resume it first.");
+        }
+        if (failed) throw pushFailure(profile, failed->text);
+        if (!changes.empty()) refuseBecauseOf(changes, profile, profiles, context, false);
+        return missing;
+    }
+
+    RunningProgram& program;
+    const CommandContext& context;
+    const std::vector<Profile> profiles;
+    const Profile& profile;
+};
 
 ExitCode pushOnce(const CommandContext& context, const PushRequest& request) {
     const StateStore store = StateFolder(context.options).open();
-    if (!request.resends()) return pushAlone(context, request);
-    return RunningProgram::askOrHold(
-        store, [&](RunningProgram& program) { return pushInProgram(program, context, request); },
-        [&] { return pushAlone(context, request); });
+    const auto alone = [&] { return pushAlone(context, request); };
+    if (!request.resends() && !request.leaveMissing) return alone();
+    const auto inProgram = [&](RunningProgram& program) {
+        PushInProgram push(program, context, request.name);
+        request.leaveMissing ? push.leaveMissing() : push.sendAgain(request.all);
+        return ExitCode::done;
+    };
+    return RunningProgram::askOrHold(store, inProgram, alone);
 }
 
 // Prints what push would send. Another program may hold the state folder meanwhile.
