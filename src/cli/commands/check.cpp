@@ -40,17 +40,12 @@ void retryInProgram(const Profile& profile, const CommandContext& context) {
 ExitCode checkServer(const CommandContext& context, const CheckRequest& request) {
     const SavedState state = StateFolder(context.options).load();
     const Profile& profile = chooseProfile(state.profiles, request.name);
-    if (profile.needsDownload) {
-        throw CommandError(
-            ExitCode::failed, inQuotes(profile.name) + " still has its initial download to do; run watch first.");
-    }
+    requireDownloaded(profile);
     ServerCheck found;
-    callServer(
-        profile, context, "compare the local folder " + oneLine(profile.localFolder) + " with the server",
-        [&](const FTPTransport& server) {
-            found = server.newerRemoteFiles(
-                StateFolder(context.options).recordOf(state, profile.id), [](const std::string&) {});
-        });
+    callServer(profile, context, comparisonAim(profile), [&](const FTPTransport& server) {
+        found = server.newerRemoteFiles(
+            StateFolder(context.options).recordOf(state, profile.id), [](const std::string&) {});
+    });
     retryInProgram(profile, context);
     const std::string unambiguous = unambiguousName(state.profiles, profile);
     if (context.output.json()) {

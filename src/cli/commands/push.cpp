@@ -54,15 +54,8 @@ private:
     Output& output;
 };
 
-std::string pushCheckAim(const Profile& profile) {
-    return "compare the local folder " + oneLine(profile.localFolder) + " with the server";
-}
-
 void requirePushable(const Profile& profile) {
-    if (profile.needsDownload) {
-        throw CommandError(
-            ExitCode::failed, inQuotes(profile.name) + " still has its initial download to do; run watch first.");
-    }
+    requireDownloaded(profile);
     if (profile.hasEmptySyncSelection()) {
         throw CommandError(ExitCode::failed, "Nothing is selected to sync in " + inQuotes(profile.name) + ".");
     }
@@ -123,7 +116,7 @@ public:
         const bool ended = runToEnd();
         const auto failedCheck = model.checkFailures().find(profile.id);
         if (failedCheck != model.checkFailures().end()) {
-            throw serverFailure(profile, pushCheckAim(profile), failedCheck->second, "Nothing was uploaded.");
+            throw serverFailure(profile, comparisonAim(profile), failedCheck->second, "Nothing was uploaded.");
         }
         const auto review = model.reviews().find(profile.id);
         if (review != model.reviews().end()) {
@@ -296,7 +289,7 @@ private:
                 }
             });
         if (failed && failed->reason == Reason::server) {
-            throw serverFailure(profile, pushCheckAim(profile), failed->text, "Nothing was uploaded.");
+            throw serverFailure(profile, comparisonAim(profile), failed->text, "Nothing was uploaded.");
         }
         if (failed && failed->reason == Reason::paused) {
             throw CommandError(
@@ -334,7 +327,7 @@ ExitCode previewPush(const CommandContext& context, const PushRequest& request) 
     ServerRecord recorded = StateFolder(context.options).recordOf(state, profile.id);
     recorded.compareAll = request.all;
     ServerCheck found;
-    callServer(profile, context, pushCheckAim(profile), [&](const FTPTransport& server) {
+    callServer(profile, context, comparisonAim(profile), [&](const FTPTransport& server) {
         found = server.newerRemoteFiles(recorded, [](const std::string&) {});
     });
     if (!found.changes.empty()) refuseBecauseOf(found.changes, profile, state.profiles, context, request.all);

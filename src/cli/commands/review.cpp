@@ -26,10 +26,6 @@ struct ReviewRequest {
     [[nodiscard]] bool decides() const { return downloadAll || keepAll || !download.empty(); }
 };
 
-CommandError initialDownloadPending(const Profile& profile) {
-    return {ExitCode::failed, inQuotes(profile.name) + " still has its initial download to do; run watch first."};
-}
-
 // Prints the activity of a decision, and keeps the last failure.
 class DecisionReport final : public ModelObserver {
 public:
@@ -91,9 +87,7 @@ protected:
     static constexpr const char* restStays = "What was downloaded already stays; the next review shows the rest.";
 
     [[nodiscard]] CommandError checkFailure(const std::string& failure) const {
-        return serverFailure(
-            profile, "compare the local folder " + oneLine(profile.localFolder) + " with the server", failure,
-            "Nothing was changed.");
+        return serverFailure(profile, comparisonAim(profile), failure, "Nothing was changed.");
     }
 
     [[nodiscard]] CommandError checkRefused(const std::string& reason) const {
@@ -224,7 +218,7 @@ public:
         if (!failed) return changes;
         if (failed->reason == Reason::server) throw checkFailure(failed->text);
         if (failed->reason == Reason::refused) throw checkRefused(failed->text);
-        if (failed->reason == Reason::needsDownload) throw initialDownloadPending(profile);
+        if (failed->reason == Reason::needsDownload) throw downloadPending(profile);
         throw CommandError(
             ExitCode::failed, inQuotes(profile.name)
                                   + " is paused in the running program, so its server is not "
@@ -321,7 +315,7 @@ ExitCode reviewInProgram(RunningProgram& program, const CommandContext& context,
 ExitCode reviewAlone(const CommandContext& context, const ReviewRequest& request) {
     Session session(context, {.passwordAccess = {.read = readStoredPassword}, .watches = false});
     const Profile profile = chooseProfile(session.model().profiles(), request.name);
-    if (profile.needsDownload) throw initialDownloadPending(profile);
+    requireDownloaded(profile);
     if (const auto given = givenPassword(context)) session.model().keepForSession(profile.id, *given);
     const ProgressReport progress(session.model(), context.output);
     OwnReview review(session, profile, context, request.compareAll);

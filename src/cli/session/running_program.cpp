@@ -21,7 +21,8 @@ bool makesChanges(ControlRequest::Kind kind) {
 
 void requireUnderstood(const answer::Failed& failed) {
     using Reason = answer::Failed::Reason;
-    if (failed.reason == Reason::notUnderstood) throw CommandError(ExitCode::failed, "The running Zembrastel is another version; restart it.");
+    if (failed.reason == Reason::notUnderstood)
+        throw CommandError(ExitCode::failed, "The running Zembrastel is another version; restart it.");
     if (failed.reason == Reason::noProfile) {
         throw CommandError(ExitCode::failed, "The running program does not know the profile " + failed.text + ".");
     }

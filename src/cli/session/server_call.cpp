@@ -55,6 +55,18 @@ ExitCode serverExitCode(const std::string& failure) {
     return curlCodeOf(failure) == CurlCode::loginRefused ? ExitCode::refused : ExitCode::failed;
 }
 
+std::string comparisonAim(const Profile& profile) {
+    return "compare the local folder " + oneLine(profile.localFolder) + " with the server";
+}
+
+CommandError downloadPending(const Profile& profile) {
+    return {ExitCode::failed, inQuotes(profile.name) + " still has its initial download to do; run watch first."};
+}
+
+void requireDownloaded(const Profile& profile) {
+    if (profile.needsDownload) throw downloadPending(profile);
+}
+
 CommandError serverFailure(
     const Profile& profile, const std::string& aim, const std::string& failure, const std::string& consequence) {
     return {

@@ -16,6 +16,13 @@ void callServer(
     const Profile& profile, const CommandContext& context, const std::string& aim,
     const std::function<void(const FTPTransport&)>& talk);
 
+// The aim of a comparison: "compare the local folder X with the server".
+[[nodiscard]] std::string comparisonAim(const Profile& profile);
+
+// The refusal of a profile whose initial download is still pending, and the check for it.
+[[nodiscard]] CommandError downloadPending(const Profile& profile);
+void requireDownloaded(const Profile& profile);
+
 // That error for a failure from another place. `consequence` is a sentence for the end.
 [[nodiscard]] CommandError serverFailure(
     const Profile& profile, const std::string& aim, const std::string& failure, const std::string& consequence = "");
