@@ -72,8 +72,8 @@ void Jobs::finishCheck(const ServerCheck& check, const Uuid& id, const Earlier& 
     jobs.at(id).keepSeen(check.seen);
     findToSend(check, id);
     parts.reviews.unsettled(id).unanswered = pathsOf(changes);
+    parts.records.recordComparison(id);
     if (changes.empty()) {
-        parts.records.recordComparison(id);
         launchWorker(id);
         return;
     }

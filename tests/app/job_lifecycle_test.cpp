@@ -57,6 +57,36 @@ TEST_F(JobLifecycle, UploadedFilesAreNotSentAgainAfterARestart) {
     EXPECT_EQ(status().uploaded, 0);
 }
 
+TEST_F(JobLifecycle, StoppedWorkerEndsBeforeTheNextCheckBegins) {
+    std::atomic<int> checks = 0;
+    std::atomic<bool> isWorking = false;
+    std::atomic<bool> isEnding = false;
+    std::atomic<bool> overlapped = false;
+    AppModel::Options how{.clock = clock};
+    how.work.check = [&](const FTPTransport&, const ServerRecord&, const std::stop_token&) {
+        ++checks;
+        if (isEnding) overlapped = true;
+        return ServerCheck{};
+    };
+    how.work.watch = [&](const SyncWorker&, const std::stop_token& stop) {
+        isWorking = true;
+        (void)testing::eventually([&] { return stop.stop_requested(); });
+        if (checks > 1) return;
+        isEnding = true;
+        std::this_thread::sleep_for(300ms); // the last step
+        isEnding = false;
+    };
+    withProfile();
+    restart(how).start(id());
+    ASSERT_TRUE(runUntil([&] { return isWorking.load(); }));
+    model->stopJob(id());
+    ASSERT_TRUE(testing::eventually([&] { return isEnding.load(); }));
+    model->start(id());
+    ASSERT_TRUE(runUntil([&] { return logged("Watching started.") == 2; }));
+    model.reset();
+    EXPECT_FALSE(overlapped);
+}
+
 TEST_F(JobLifecycle, FailingCheckKeepsUploadsBackAndIsRetried) {
     testing::writeFile(site / "page", "new");
     server.stop();

@@ -1,4 +1,4 @@
-#include "cli/text/narration.h"
+#include "cli/text/status_text.h"
 
 #include <gtest/gtest.h>
 

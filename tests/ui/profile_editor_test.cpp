@@ -140,7 +140,7 @@ TEST(EditorRules, EachObjectionPointsAtTheFieldThatHasToChange) {
     valid.host = "host";
     valid.username = "web";
     valid.localFolder = "/tmp";
-    EXPECT_EQ(objectionTo(valid).message, "");
+    EXPECT_EQ(validate(valid).message, "");
     struct Case {
         EditorField field;
         std::function<void(Profile&)> spoil;
@@ -159,9 +159,9 @@ TEST(EditorRules, EachObjectionPointsAtTheFieldThatHasToChange) {
     for (const auto& [field, spoil] : cases) {
         Profile draft = valid;
         spoil(draft);
-        const Objection objection = objectionTo(draft);
-        EXPECT_EQ(objection.field, field) << objection.message;
-        EXPECT_NE(objection.message, "");
+        const ValidationProblem problem = validate(draft);
+        EXPECT_EQ(problem.field, field) << problem.message;
+        EXPECT_NE(problem.message, "");
     }
 }
 

@@ -160,8 +160,9 @@ void eachField(Maybe<answer::Done> auto& told, const auto& visit) { visit("revie
 template <class T>
 inline constexpr std::array<const char*, 0> words{};
 template <>
-constexpr std::array words<ControlRequest::Kind>{"show",   "status", "follow",      "pause",       "resume", "review",
-                                                 "decide", "retry",  "forgetFiles", "sendMissing", "sendAll"};
+constexpr std::array words<ControlRequest::Kind>{"show",        "status",      "follow",  "pause",
+                                                 "resume",      "review",      "decide",  "retry",
+                                                 "forgetFiles", "sendMissing", "sendAll", "leaveMissing"};
 template <>
 constexpr std::array words<answer::Failed::Reason>{"notUnderstood", "noWindow", "noProfile",   "refused", "paused",
                                                    "needsDownload", "server",   "otherReview", "notSaved"};

@@ -83,6 +83,8 @@ void ControlService::carryOut(Client client, const ControlRequest& request) {
     case ControlRequest::Kind::sendMissing:
     case ControlRequest::Kind::sendAll:
         return sendAgain(client, request);
+    case ControlRequest::Kind::leaveMissing:
+        return leaveMissing(client, request);
     }
 }
 
@@ -91,7 +93,7 @@ void ControlService::requireProfiles(const ControlRequest& request) const {
     for (const auto& id : request.profiles) {
         if (model.profile(id) == nullptr) refuse(answer::Failed::Reason::noProfile, id.text());
     }
-    constexpr std::array kindsOfOne{Kind::review, Kind::decide, Kind::sendMissing, Kind::sendAll};
+    constexpr std::array kindsOfOne{Kind::review, Kind::decide, Kind::sendMissing, Kind::sendAll, Kind::leaveMissing};
     const bool ofOne = std::ranges::find(kindsOfOne, request.kind) != kindsOfOne.end();
     if (ofOne && request.profiles.size() != 1) refuse(answer::Failed::Reason::noProfile);
 }
@@ -187,6 +189,25 @@ void ControlService::sendAgain(Client client, const ControlRequest& request) {
     }
     waitings.insert_or_assign(client, Waiting{.profile = id, .decided = {}, .selected = {}});
     answerSoon();
+}
+
+// The server is checked again first: the last check may be hours old.
+void ControlService::leaveMissing(Client client, const ControlRequest& request) {
+    const Uuid& id = request.profiles.front();
+    if (!model.running(id)) refuse(answer::Failed::Reason::paused);
+    if (model.profile(id)->needsDownload) refuse(answer::Failed::Reason::needsDownload);
+    model.retryCheck(id);
+    waitings.insert_or_assign(client, Waiting{.profile = id, .decided = {}, .selected = {}, .leavesMissing = true});
+    answerSoon();
+}
+
+void ControlService::leaveMissing(Client client, const Profile& profile) {
+    send(client, statusOf(profile));
+    try {
+        model.leaveMissing(profile.id);
+    } catch (const std::exception& error) {
+        refuse(answer::Failed::Reason::notSaved, describe(error));
+    }
 }
 
 void ControlService::forget(Client client) {
@@ -288,7 +309,11 @@ bool ControlService::answerIfSettled(Client client, const Waiting& waiting) {
         refuse(answer::Failed::Reason::paused);
     }
     if (profile->needsDownload) refuse(answer::Failed::Reason::needsDownload);
-    if (!decided) send(client, answer::Review{.profile = id, .revision = {}, .changes = {}});
+    if (waiting.leavesMissing) {
+        leaveMissing(client, *profile);
+    } else if (!decided) {
+        send(client, answer::Review{.profile = id, .revision = {}, .changes = {}});
+    }
     end(client);
     return true;
 }

@@ -45,6 +45,7 @@ private:
         Uuid profile;
         std::vector<RemoteChange> decided; // nothing while the check is awaited
         PathSet selected;
+        bool leavesMissing = false; // once the check has found which files are missing
     };
 
     void receive(Client client, const std::string& line);
@@ -57,6 +58,7 @@ private:
     void decide(Client client, const ControlRequest& request);
     void forgetFiles(Client client, const ControlRequest& request);
     void sendAgain(Client client, const ControlRequest& request);
+    void leaveMissing(Client client, const ControlRequest& request);
     void forget(Client client);
 
     void statusChanged(const Uuid& id) override;
@@ -69,6 +71,7 @@ private:
     void answerSoon();
     void answerWaiting();
     [[nodiscard]] bool answerIfSettled(Client client, const Waiting& waiting);
+    void leaveMissing(Client client, const Profile& profile);
     void tellOutcome(Client client, const Waiting& waiting);
     void send(Client client, const ControlAnswer& told);
     void end(Client client, const ControlAnswer& last = answer::Done{});
