@@ -22,6 +22,14 @@ done
 check "${below[@]}" cli
 check "${below[@]}" checks
 check "${below[@]}" checks ui
+# In the window, theme and widgets know no profiles, and the screens do not know each other: the shell opens them.
+check ui/theme
+check ui/theme ui/widgets
+check "${below[@]}" ui/bridge
+check "${below[@]}" ui/theme ui/widgets ui/bridge ui/desktop
+for screen in main_window profile_editor content_picker remote_changes backups import; do
+  check "${below[@]}" ui/theme ui/widgets ui/bridge "ui/$screen"
+done
 # Commands do not include each other, and one file alone includes the parser's library, which takes long to compile.
 if grep -rn '#include "cli/commands/' "$src"; then failed=1; fi
 if grep -rln '#include <CLI/' "$src/cli" | grep -vx "$src/cli/parser.cpp"; then failed=1; fi

@@ -152,8 +152,6 @@ private:
     std::size_t next; // number of an edit
 };
 
-} // namespace
-
 Profile sampleProfile() {
     Profile sample;
     sample.name = "My website";
@@ -198,15 +196,23 @@ JobWork demoWork(Clock& clock) {
             }};
 }
 
+} // namespace
+
 Profile withExistingFolder(Profile profile) {
     if (!profile.localFolder.empty()) profile.localFolder = "/";
     return profile;
 }
 
-Profile validatedForDemo(const Profile& profile) {
-    Profile valid = withExistingFolder(profile).validated();
-    valid.localFolder = profile.localFolder;
-    return valid;
+Demonstration demonstration(Clock& clock) {
+    return {
+        .profile = sampleProfile(),
+        .past = samplePast(clock.now()),
+        .work = demoWork(clock),
+        .validated = [](const Profile& profile) {
+            Profile valid = withExistingFolder(profile).validated();
+            valid.localFolder = profile.localFolder;
+            return valid;
+        }};
 }
 
 } // namespace zembrastel

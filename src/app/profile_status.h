@@ -30,7 +30,7 @@ struct Activity {
 };
 
 struct ProfileStatus {
-    static constexpr std::size_t mostActivities = 150;
+    static constexpr std::size_t maxActivities = 150;
 
     Phase phase = Phase::paused;
     std::string detail = "Changes will wait until you start watching.";
@@ -38,7 +38,7 @@ struct ProfileStatus {
     std::int64_t uploaded = 0; // files, since launch
     std::int64_t pending = 0;  // files
     std::optional<std::chrono::system_clock::time_point> lastUpload;
-    std::deque<Activity> activity; // newest first, at most mostActivities
+    std::deque<Activity> activity; // newest first, at most maxActivities
     // Of work in this phase that takes longer than a moment.
     std::optional<TransferProgress> progress;
 

@@ -20,7 +20,7 @@ namespace {
 class Diary final : public ModelObserver {
 public:
     void activityLogged(const Uuid&, const Activity& line) override {
-        if (line.text.starts_with("Uploaded ")) uploads.push_back(line.text);
+        if (line.kind == Activity::Kind::uploaded) uploads.push_back(line.text);
     }
 
     std::vector<std::string> uploads; // the oldest first
@@ -38,7 +38,7 @@ protected:
         const auto refuse = [] { ADD_FAILURE() << "the secret store was called"; };
         model = std::make_unique<AppModel>(
             queue, AppModel::Options{
-                       .demo = true,
+                       .demonstration = demonstration(clock),
                        .passwordAccess = {
                            .save = [refuse](const std::string&, const Uuid&) { refuse(); },
                            .read =

@@ -64,6 +64,36 @@ TEST_F(JobLifecycle, StoppingInTheMiddleLosesNothingThatWasSent) {
     EXPECT_EQ(model->status(id()).uploaded, static_cast<std::int64_t>(60 - live));
 }
 
+TEST_F(JobLifecycle, StoppedWorkerEndsBeforeTheNextCheckBegins) {
+    std::atomic<int> checks = 0;
+    std::atomic<bool> isWorking = false;
+    std::atomic<bool> isEnding = false;
+    std::atomic<bool> overlapped = false;
+    AppModel::Options how{.clock = clock};
+    how.work.check = [&](const FTPTransport&, const ServerRecord&, const std::stop_token&) {
+        ++checks;
+        if (isEnding) overlapped = true;
+        return ServerCheck{};
+    };
+    how.work.watch = [&](const SyncWorker&, const std::stop_token& stop) {
+        isWorking = true;
+        (void)testing::eventually([&] { return stop.stop_requested(); });
+        if (checks > 1) return;
+        isEnding = true;
+        std::this_thread::sleep_for(300ms); // the last step
+        isEnding = false;
+    };
+    withProfile();
+    restart(how).start(id());
+    ASSERT_TRUE(runUntil([&] { return isWorking.load(); }));
+    model->stopJob(id());
+    ASSERT_TRUE(testing::eventually([&] { return isEnding.load(); }));
+    model->start(id());
+    ASSERT_TRUE(runUntil([&] { return logged("Watching started.") == 2; }));
+    model.reset();
+    EXPECT_FALSE(overlapped);
+}
+
 TEST_F(JobLifecycle, FailingCheckKeepsUploadsBackAndIsRetriedUntilTheServerIsBack) {
     testing::writeFile(site / "page", "new");
     server.stop();
@@ -250,7 +280,7 @@ TEST_F(JobLifecycle, EveryJobCanBeStoppedAndReplacedAndLeavesNoThread) {
         EXPECT_TRUE(runUntil([&pieces] { return pieces-- == 0; }));
         model->toggle(id());
     }
-    EXPECT_EQ(model->status(id()).activity.size(), ProfileStatus::mostActivities);
+    EXPECT_EQ(model->status(id()).activity.size(), ProfileStatus::maxActivities);
     EXPECT_EQ(model->status(id()).title(), "Paused");
     // Nothing of the stopped jobs is heard again.
     EXPECT_TRUE(testing::eventually([&] { return testing::workOff(queue) && threadsOfThisProcess() <= threads; }));

@@ -1,8 +1,7 @@
 #include "screen.h"
+#include "ui/main_window/status_symbol.h"
 #include "ui/theme/theme.h"
 #include "ui/theme/turning_clock.h"
-#include "ui/widgets/status_presentation.h"
-#include "ui/widgets/status_symbol.h"
 
 #include <gtest/gtest.h>
 
