@@ -75,7 +75,7 @@ int runDesktop(const DesktopOptions& options, Termination& termination, int argc
     followSystemAppearance(appearance);
     QtMainContext context;
     AppModel model(
-        context, {.demo = options.demo,
+        context, {.demonstration = options.demo ? std::optional(demonstration()) : std::nullopt,
                   .storeOverride = held.store,
                   .storeFailure = held.failure,
                   .passwordAccess = keyringAccess()});

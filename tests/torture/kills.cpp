@@ -12,7 +12,7 @@
 #include "support/ftp_server.h"
 #include "support/wait_for.h"
 #include "torture/program_run.h"
-#include "torture/seeded_run.h"
+#include "torture/torture.h"
 
 #include <algorithm>
 #include <csignal>
@@ -333,27 +333,18 @@ private:
     FileTree remoteBefore;
 };
 
-void killInLanes(std::uint64_t seed, std::size_t rounds, std::size_t lanes) {
-    std::map<std::string, std::function<void()>> works;
-    for (std::size_t lane = 0; lane < lanes; ++lane) {
-        const std::size_t share = rounds / lanes + (lane < rounds % lanes ? 1 : 0);
-        const auto kind = lane % 2 == 0 ? FtpServer::Kind::proftpd : FtpServer::Kind::vsftpd;
-        works["lane " + std::to_string(lane)] = [=] { Lane(seed + lane, kind).kill(share); };
-    }
-    doAtOnce(works);
-    std::printf("%zu kills: nothing torn or lost, and all caught up\n", rounds);
-}
-
-int tortured(int count, char** arguments) {
-    SeededRun torture("Kills the program at random moments.");
-    std::size_t rounds = 300;
-    std::size_t lanes = 6;
-    torture.options.add_option("--rounds", rounds, "kills in all");
-    torture.options.add_option("--lanes", lanes, "programs at a time")->check(CLI::PositiveNumber);
-    return torture.run(count, arguments, [&](std::uint64_t seed) { killInLanes(seed, rounds, lanes); });
-}
-
 } // namespace
-} // namespace zembrastel::testing
 
-int main(int count, char** arguments) { return zembrastel::testing::tortured(count, arguments); }
+const Torture kills{
+    "kills", "Kills the program at random moments.", {.rounds = 300, .lanes = 6}, [](const Effort& effort) {
+        std::map<std::string, std::function<void()>> works;
+        for (std::size_t lane = 0; lane < effort.lanes; ++lane) {
+            const auto share = effort.rounds / effort.lanes + (lane < effort.rounds % effort.lanes ? 1 : 0);
+            const auto kind = lane % 2 == 0 ? FtpServer::Kind::proftpd : FtpServer::Kind::vsftpd;
+            works["lane " + std::to_string(lane)] = [=] { Lane(effort.seed + lane, kind).kill(share); };
+        }
+        doAtOnce(works);
+        std::printf("%zu kills: nothing torn or lost, and all caught up\n", effort.rounds);
+    }};
+
+} // namespace zembrastel::testing

@@ -1,6 +1,5 @@
 // The real program while the machine fails under it: disks full, read-only or taken away, permissions lost. Each time
-// the program must say in words what is wrong, go on by itself once it is not, and lose nothing. And the real program
-// on a disk that can do little.
+// the program must say in words what is wrong, go on by itself once it is not, and lose nothing.
 //
 // Every case has a thread with mounts of its own, a server, a state folder and a local folder. Where this process may
 // not mount, a line says which cases that left out.
@@ -11,7 +10,7 @@
 #include "support/ftp_server.h"
 #include "support/process_figures.h"
 #include "support/wait_for.h"
-#include "torture/seeded_run.h"
+#include "torture/torture.h"
 
 #include <algorithm>
 #include <csignal>
@@ -77,7 +76,6 @@ public:
         : place(std::move(folder)) {
         succeed(::mount(source.c_str(), place.c_str(), type, flags, options) == 0, "mount");
     }
-    explicit Mounted(fs::path folder) : place(std::move(folder)) {}
     Mounted(const Mounted&) = delete;
     Mounted& operator=(const Mounted&) = delete;
     ~Mounted() { ::umount2(place.c_str(), MNT_DETACH); }
@@ -100,17 +98,6 @@ public:
     }
     void mountOver(const fs::path& folder, const fs::path& source) {
         mounts.push_back(std::make_unique<Mounted>(folder, source, nullptr, MS_BIND, nullptr));
-    }
-    // Without links, permissions and the exchange of two names.
-    void mountExFat(const fs::path& folder) {
-        const auto image = place.path("image");
-        writeFile(image, "");
-        fs::resize_file(image, 16U << 20U);
-        require(runProgram({"/usr/sbin/mkfs.exfat", image}).status == 0, "cannot make the file system");
-        require(
-            runProgram({"/usr/bin/mount", "-t", "exfat-fuse", "-o", "loop", image, folder}).status == 0,
-            "cannot mount the file system");
-        mounts.push_back(std::make_unique<Mounted>(folder));
     }
     void unmount(const fs::path& folder) {
         require(eventually([&] { return ::umount(folder.c_str()) == 0; }), "cannot unmount"); // while it is scanned
@@ -295,14 +282,6 @@ void meetDownloading(Site& site, const Fault& fault) {
     verifyDownload(site, local);
 }
 
-void downloadToExFat(Site& site) {
-    site.mountExFat(site.local);
-    const auto local = randomBytes(300'000);
-    prepareDownload(site, local);
-    site.start();
-    verifyDownload(site, local);
-}
-
 // The local folder goes, others change the server, somebody edits the files on the disk elsewhere, and it comes back.
 void unmountAndBack(Site& site, const fs::path& mountPoint, const std::string& told) {
     const fs::path inside = site.local.lexically_relative(mountPoint);
@@ -416,11 +395,6 @@ std::vector<Case> chosenCases(bool mounts) {
     for (const auto& fault : downloadFaults) {
         cases.push_back({fault.name, [&fault](Site& site) { meetDownloading(site, fault); }});
     }
-    if (::geteuid() == 0 && fs::exists("/usr/sbin/mount.exfat-fuse") && fs::exists("/usr/sbin/mkfs.exfat")) {
-        cases.push_back({"exFAT", downloadToExFat});
-    } else {
-        std::puts("left out, since root and exfat-fuse are needed: exFAT");
-    }
     const std::string empty = "Another disk, or none, is mounted at the local folder";
     const std::string missing = "The local folder is unavailable or unreadable.";
     cases.push_back({"unmounted", [=](Site& site) { unmountAndBack(site, site.local, empty); }});
@@ -432,15 +406,13 @@ std::vector<Case> chosenCases(bool mounts) {
     return cases;
 }
 
-int tortured(int count, char** arguments) {
-    std::string only;
-    SeededRun torture("Fails under the program as machines do.");
-    torture.options.add_option("--only", only, "cases whose name has this in it");
-    return torture.run(count, arguments, [&only](std::uint64_t) {
+} // namespace
+
+const Torture machineFaults{
+    "machine_faults", "Fails under the program as machines do.", {}, [](const Effort&) {
         const bool mounts = mayMount();
         std::map<std::string, std::function<void()>> works;
         for (const auto& chosen : chosenCases(mounts)) {
-            if (chosen.name.find(only) == std::string::npos) continue;
             works[chosen.name] = [chosen, mounts] {
                 if (mounts) keepMountsApart();
                 Site site;
@@ -449,10 +421,6 @@ int tortured(int count, char** arguments) {
         }
         doAtOnce(works);
         std::printf("%zu faults of the machine: told, recovered from, with nothing lost\n", works.size());
-    });
-}
+    }};
 
-} // namespace
 } // namespace zembrastel::testing
-
-int main(int count, char** arguments) { return zembrastel::testing::tortured(count, arguments); }

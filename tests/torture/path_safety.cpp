@@ -8,7 +8,7 @@
 #include "model/state_store.h"
 #include "platform/process_limits.h"
 #include "support/local_site.h"
-#include "torture/seeded_run.h"
+#include "torture/torture.h"
 #include "transport/download/backups.h"
 
 #include <algorithm>
@@ -74,7 +74,7 @@ public:
     }
     Place(const Place&) = delete;
     Place& operator=(const Place&) = delete;
-    ~Place() { ::unsetenv("TMPDIR"); }
+    ~Place() { ::setenv("TMPDIR", folder.path().parent_path().c_str(), 1); }
 
     [[nodiscard]] FTPTransport transport(const FtpServer& server) const {
         return {
@@ -292,7 +292,10 @@ void underAttack(const std::string& name, Work work, bool rootToo, std::uint64_t
     std::printf("%s: %zu turns, %zu refused, %zu swaps\n", name.c_str(), turns, refused, swaps);
 }
 
-void attacks(std::uint64_t seed, std::chrono::milliseconds time) {
+void run(const Effort& effort) {
+    forbidCoreDumps();
+    const auto seed = effort.seed;
+    const std::chrono::milliseconds time(static_cast<long>(effort.seconds * 1000));
     // Without the root: a scan of a folder given through a link is meant to follow it, and what it then finds is
     // refused by every operation that would read or write a file.
     underAttack("scan", scanFolder, false, seed, time);
@@ -302,22 +305,13 @@ void attacks(std::uint64_t seed, std::chrono::milliseconds time) {
     underAttack("restoring", restoreFiles, true, seed, time);
     underAttack(
         "save", [](Scene& scene, std::size_t) { scene.store.save({}); }, true, seed, time);
-}
-
-void run(std::uint64_t seed, double seconds) {
-    forbidCoreDumps();
-    attacks(seed, std::chrono::milliseconds(static_cast<long>(seconds * 1000)));
     std::printf("%zu failures\n", failures);
     require(failures == 0, "a way out of the local folder");
 }
 
 } // namespace
-} // namespace zembrastel::testing
 
-int main(int argc, char** argv) {
-    using namespace zembrastel::testing;
-    SeededRun torture("Tries to lead the program out of its local folder.");
-    double seconds = 60;
-    torture.options.add_option("--seconds", seconds, "for each operation under attack");
-    return torture.run(argc, argv, [&](std::uint64_t seed) { run(seed, seconds); });
-}
+// The seconds are for each operation under attack.
+const Torture pathSafety{"path_safety", "Tries to lead the program out of its local folder.", {.seconds = 60}, run};
+
+} // namespace zembrastel::testing

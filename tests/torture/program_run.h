@@ -7,7 +7,7 @@
 #include "support/ftp_server.h"
 #include "support/process_figures.h"
 #include "support/wait_for.h"
-#include "torture/require.h"
+#include "torture/torture.h"
 
 #include <algorithm>
 #include <chrono>

@@ -11,7 +11,7 @@
 #include "support/unsteady_servers.h"
 #include "support/wait_for.h"
 #include "torture/hasty_clock.h"
-#include "torture/seeded_run.h"
+#include "torture/torture.h"
 
 #include <algorithm>
 #include <atomic>
@@ -103,7 +103,7 @@ struct Published {
           baseline(model.baseline(id)), dates(model.remoteDates(id)) {}
 
     [[nodiscard]] bool isNothing() const {
-        const bool shown = status.title != ProfileStatus().title || !status.activity.empty();
+        const bool shown = status.title() != ProfileStatus().title() || !status.activity.empty();
         return !there && !running && !shown && !review && !failure && baseline.empty() && dates.empty();
     }
 
@@ -111,8 +111,8 @@ struct Published {
     [[nodiscard]] auto values() const {
         const auto newest = status.activity.empty() ? Uuid() : status.activity.front().id;
         return std::tuple(
-            there, running, status.title, status.detail, status.active, status.failed, status.uploaded, status.pending,
-            status.lastUpload, newest, review, failure, baseline, dates);
+            there, running, status.title(), status.detail, status.active(), status.failed(), status.uploaded,
+            status.pending, status.lastUpload, newest, review, failure, baseline, dates);
     }
 
     bool there;
@@ -139,7 +139,7 @@ public:
         profiles.push_back(servers.profile(0, local(0)));
     }
 
-    void rage(std::chrono::seconds duration) {
+    void rage(Steady::duration duration) {
         std::jthread([] {}).join(); // the thread sanitizer's own comes with the first
         const auto before = held();
         {
@@ -291,7 +291,7 @@ private:
             if (!now.there && removing.contains(id)) continue;
             require(
                 now.values() == before.values(), std::string("after \"") + after + "\" a profile at rest went from \""
-                                                     + before.status.title + "\" to \"" + now.status.title
+                                                     + before.status.title() + "\" to \"" + now.status.title()
                                                      + "\": " + now.status.detail);
         }
         for (const auto& id : removing) {
@@ -370,17 +370,12 @@ private:
     std::size_t uploads = 0;
 };
 
-int tortured(int count, char** arguments) {
-    SeededRun torture("Asks the model for everything at any moment.");
-    int seconds = 300;
-    torture.options.add_option("--seconds", seconds, "how long");
-    const TemporaryFolder temporary;
-    ::setenv("TMPDIR", temporary.path().c_str(), 1);
-    return torture.run(
-        count, arguments, [&seconds](std::uint64_t seed) { Storm(seed).rage(std::chrono::seconds(seconds)); });
-}
-
 } // namespace
-} // namespace zembrastel::testing
 
-int main(int count, char** arguments) { return zembrastel::testing::tortured(count, arguments); }
+const Torture threads{
+    "threads", "Asks the model for everything at any moment.", {.seconds = 300}, [](const Effort& effort) {
+        Storm(effort.seed)
+            .rage(std::chrono::duration_cast<Steady::duration>(std::chrono::duration<double>(effort.seconds)));
+    }};
+
+} // namespace zembrastel::testing

@@ -10,7 +10,7 @@
 #include "platform/files.h"
 #include "torture/hasty_clock.h"
 #include "torture/program_run.h"
-#include "torture/seeded_run.h"
+#include "torture/torture.h"
 
 #include <array>
 #include <fcntl.h>
@@ -481,7 +481,10 @@ private:
     }};
 };
 
-void run(std::uint64_t seed, std::size_t rounds, std::size_t lanes) {
+void run(const Effort& effort) {
+    const auto seed = effort.seed;
+    const auto rounds = effort.rounds;
+    const auto lanes = effort.lanes;
     std::mutex mutex;
     Counts sum;
     std::size_t failed = 0;
@@ -517,14 +520,8 @@ void run(std::uint64_t seed, std::size_t rounds, std::size_t lanes) {
 }
 
 } // namespace
-} // namespace zembrastel::testing
 
-int main(int argc, char** argv) {
-    using namespace zembrastel::testing;
-    SeededRun torture("A colleague and the user change the same files.");
-    std::size_t rounds = 1000;
-    std::size_t lanes = 12;
-    torture.options.add_option("--rounds", rounds, "each with the next seed");
-    torture.options.add_option("--lanes", lanes, "sites at a time")->check(CLI::PositiveNumber);
-    return torture.run(argc, argv, [&](std::uint64_t seed) { run(seed, rounds, lanes); });
-}
+const Torture twoEditors{
+    "two_editors", "A colleague and the user change the same files.", {.rounds = 1000, .lanes = 12}, run};
+
+} // namespace zembrastel::testing

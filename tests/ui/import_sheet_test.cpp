@@ -65,7 +65,7 @@ TEST_F(ImportSheetTest, ImportedProfileStartsWithoutFurtherInput) {
     EXPECT_EQ(stored, (std::map<Uuid, std::string>{{imported.id, "hush"}}));
     stored.clear();
     model->toggle(imported.id);
-    EXPECT_EQ(model->status(imported.id).title, "Checking server") << "the password is known for this session";
+    EXPECT_EQ(model->status(imported.id).title(), "Checking server") << "the password is known for this session";
 }
 
 TEST_F(ImportSheetTest, UnusableProfileStaysUnticked) {

@@ -53,7 +53,7 @@ protected:
 
     // Notes that the notifier checked the profiles while one was failing.
     [[nodiscard]] Notices::Time now() {
-        for (const auto& profile : model->profiles()) sawFailure |= model->status(profile.id).failed;
+        for (const auto& profile : model->profiles()) sawFailure |= model->status(profile.id).failed();
         return time;
     }
 

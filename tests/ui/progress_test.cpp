@@ -87,7 +87,7 @@ protected:
 };
 
 TEST_F(ProgressTest, AppearingProgressBarMovesNothing) {
-    ASSERT_TRUE(waitFor([this] { return model->status(id).title == "Uploading"; }));
+    ASSERT_TRUE(waitFor([this] { return model->status(id).title() == "Uploading"; }));
     letStep();
     const QList<QRect> before = places();
     letStep();
@@ -114,7 +114,7 @@ TEST_F(ProgressTest, AppearingProgressBarMovesNothing) {
         << "a desktop could read the name as markup, or its end as a line of its own";
 
     steps.release();
-    ASSERT_TRUE(waitFor([this] { return model->status(id).title == "Watching"; }));
+    ASSERT_TRUE(waitFor([this] { return model->status(id).title() == "Watching"; }));
     QCoreApplication::processEvents();
     EXPECT_FALSE(strip().isVisible());
     EXPECT_TRUE(label().text().isEmpty());

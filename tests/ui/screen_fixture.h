@@ -34,7 +34,7 @@ protected:
     AppModel& startModel(bool demo = false) {
         bridge.reset();
         model.reset();
-        options.demo = demo;
+        options.demonstration = demo ? std::optional(demonstration(clock)) : std::nullopt;
         options.storeOverride = StateStore(folder / "state");
         options.passwordAccess = passwords;
         model = std::make_unique<AppModel>(context, options);

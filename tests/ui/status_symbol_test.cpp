@@ -11,11 +11,9 @@ namespace {
 
 using namespace ui;
 
-ProfileStatus status(std::string title, bool active, bool failed = false) {
+ProfileStatus status(Phase phase) {
     ProfileStatus made;
-    made.title = std::move(title);
-    made.active = active;
-    made.failed = failed;
+    made.enter(phase, "");
     return made;
 }
 
@@ -35,28 +33,27 @@ TEST(StatusSymbol, FailureIsVisibleAndWaitingLooksIdle) {
     const StatusPresentation failure{"exclamationmark.circle", &Colours::warn, false};
     for (const Case& each : {
              Case{ProfileStatus(), false, paused},
-             {status("Checking server", true), true, turning},
-             {status("Uploading", true), true, turning},
-             {status("Review remote changes", true), true, still},
-             {status("Watching", true), true, still},
-             {status("Uploading", false), false, paused},
-             {status("Server check needs attention", true, true), true, failure}, // it is retried by itself
-             {status("Needs attention", false, true), false, failure},
+             {status(Phase::checking), true, turning},
+             {status(Phase::uploading), true, turning},
+             {status(Phase::awaitingReview), true, still},
+             {status(Phase::watching), true, still},
+             {status(Phase::checkFailed), true, failure}, // it is retried by itself
+             {status(Phase::stopped), false, failure},
          }) {
-        EXPECT_EQ(present(each.status, each.running), each.expected) << each.status.title;
+        EXPECT_EQ(present(each.status, each.running), each.expected) << each.status.title();
     }
 }
 
 TEST(StatusSymbol, IdleOrHiddenSymbolCausesNoRepaint) {
     StatusSymbol symbol;
-    symbol.setStatus(status("Uploading", true), true);
+    symbol.setStatus(status(Phase::uploading), true);
     QCoreApplication::processEvents();
     EXPECT_FALSE(turningClock().running()) << "before it is shown";
     symbol.show();
     EXPECT_TRUE(turns(true));
-    symbol.setStatus(status("Watching", true), true);
+    symbol.setStatus(status(Phase::watching), true);
     EXPECT_TRUE(turns(false)) << "no longer working";
-    symbol.setStatus(status("Checking server", true), true);
+    symbol.setStatus(status(Phase::checking), true);
     EXPECT_TRUE(turns(true));
     symbol.hide();
     EXPECT_TRUE(turns(false)) << "hidden";
@@ -72,9 +69,9 @@ TEST(StatusSymbol, IdleOrHiddenSymbolCausesNoRepaint) {
 TEST(StatusSymbol, ScreenReaderLearnsTheState) {
     StatusSymbol symbol;
     EXPECT_EQ(symbol.accessibleName(), "Paused");
-    symbol.setStatus(status("Uploading", true), true);
+    symbol.setStatus(status(Phase::uploading), true);
     EXPECT_EQ(symbol.accessibleName(), "Sync in progress");
-    symbol.setStatus(status("Server check needs attention", true, true), true);
+    symbol.setStatus(status(Phase::checkFailed), true);
     EXPECT_EQ(symbol.accessibleName(), "Server check needs attention");
 }
 

@@ -26,8 +26,8 @@ constexpr int symbolSide = 16;
 constexpr int textLeft = inset + symbolSide + gap;
 
 ColourRole symbolColour(const Activity& activity) {
-    if (activity.error) return &Colours::warn;
-    return activitySymbol(activity) == "dot" ? &Colours::edge : &Colours::accent;
+    if (activity.error()) return &Colours::warn;
+    return activity.kind == Activity::Kind::note ? &Colours::edge : &Colours::accent;
 }
 
 // A list that passes wheel events to the page around it.
@@ -92,9 +92,16 @@ QVariant ActivityListModel::data(const QModelIndex& index, int role) const {
 }
 
 std::string_view activitySymbol(const Activity& activity) {
-    if (activity.error) return "exclamationmark.circle";
-    if (activity.text.starts_with("Uploaded ")) return "arrow.up";
-    if (activity.text.starts_with("Downloaded ")) return "arrow.down";
+    switch (activity.kind) {
+    case Activity::Kind::failure:
+        return "exclamationmark.circle";
+    case Activity::Kind::uploaded:
+        return "arrow.up";
+    case Activity::Kind::downloaded:
+        return "arrow.down";
+    case Activity::Kind::note:
+        break;
+    }
     return "dot";
 }
 
@@ -118,7 +125,7 @@ void ActivityListDelegate::paint(
         {.style = TextStyle::small, .colour = now.dim, .side = Qt::AlignRight});
     to.line(
         text.adjusted(0, 0, -timeWidth - timeGap, 0), index.data().toString(),
-        {.colour = activity.error ? now.warnText : now.text});
+        {.colour = activity.error() ? now.warnText : now.text});
     if (index.row() + 1 < rows.rowCount()) to.divider(text.left(), text.right());
     to.focusRing(row.adjusted(8, 0, -8, -1), 7);
 }

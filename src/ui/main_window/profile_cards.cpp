@@ -67,8 +67,8 @@ StatusLine::StatusLine(QWidget* parent)
 
 void StatusLine::setStatus(const ProfileStatus& status, bool running) {
     symbol->setStatus(status, running);
-    title->setText(toQString(status.title));
-    setTone(*title, status.failed ? Tone::warn : Tone::normal);
+    title->setText(toQString(status.title()));
+    setTone(*title, status.failed() ? Tone::warn : Tone::normal);
     progress->setProgress(status.progress);
     detail->setWrappedText(toQString(status.detail));
 }

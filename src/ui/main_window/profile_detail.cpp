@@ -189,14 +189,14 @@ void ProfileDetail::refreshBanners() {
     banners->setWaiting(
         bridge.model().reviews().contains(id),
         failure == failures.end() ? std::nullopt : std::optional(failure->second),
-        bridge.model().status(id).filesMissing,
+        bridge.model().status(id).filesMissing(),
         bridge.model().watching(id) ? bridge.model().missingOnServer(id) : PathSet());
     offerDetails();
 }
 
 void ProfileDetail::offerDetails() {
     copy->setLabel(tr("Copy details"));
-    copy->setVisible(bridge.model().status(id).failed || bridge.model().checkFailures().contains(id));
+    copy->setVisible(bridge.model().status(id).failed() || bridge.model().checkFailures().contains(id));
 }
 
 void ProfileDetail::toggle() {

@@ -1,6 +1,5 @@
 #include "ui/main_window/profile_list.h"
 
-#include "sync/sync_worker.h"
 #include "ui/main_window/status_symbol.h"
 #include "ui/theme/qt_text.h"
 #include "ui/theme/symbol_icon.h"
@@ -58,7 +57,7 @@ void paintMore(RowPainter& painter, const QRect& row) {
 }
 
 QColor titleColour(const ProfileStatus& status, bool selected) {
-    if (status.failed) return colours().warnText;
+    if (status.failed()) return colours().warnText;
     return selected ? colours().selectedDim : colours().dim;
 }
 
@@ -93,7 +92,7 @@ bool ProfileListModel::runningAt(const QModelIndex& index) const { return bridge
 QString ProfileListModel::summaryAt(const QModelIndex& index) const {
     const ProfileStatus& status = statusAt(index);
     const auto missing = bridge.model().missingOnServer(idAt(index)).size();
-    if (missing == 0 || status.title != watchingStatus().title) return toQString(status.title);
+    if (missing == 0 || status.unsaved || status.phase != Phase::watching) return toQString(status.title());
     return missing == 1 ? tr("1 file is missing") : tr("%1 files are missing").arg(missing);
 }
 

@@ -7,14 +7,8 @@
 
 #include <QCoreApplication>
 
-#include <algorithm>
-#include <array>
-
 namespace zembrastel::ui {
 namespace {
-
-constexpr std::array<std::string_view, 5> workingTitles{
-    "Starting", "Checking server", "Downloading", "Uploading", "Downloading server changes"};
 
 QRect middleOf(const QRect& rect) {
     QRect square(0, 0, StatusSymbol::side, StatusSymbol::side);
@@ -24,13 +18,9 @@ QRect middleOf(const QRect& rect) {
 
 } // namespace
 
-bool working(const ProfileStatus& status) {
-    return status.active && !status.failed && std::ranges::find(workingTitles, status.title) != workingTitles.end();
-}
-
 StatusPresentation present(const ProfileStatus& status, bool running) {
-    const bool turns = working(status);
-    if (status.failed) return {"exclamationmark.circle", &Colours::warn, turns};
+    const bool turns = status.working();
+    if (status.failed()) return {"exclamationmark.circle", &Colours::warn, turns};
     if (!running) return {"pause.fill", &Colours::accent, turns};
     return {"arrow.triangle.2.circlepath", &Colours::accent, turns};
 }
@@ -46,7 +36,8 @@ void paintStatus(QPainter& painter, const QRect& where, const StatusPresentation
 }
 
 QString accessibleStatusName(const ProfileStatus& status) {
-    return working(status) ? QCoreApplication::translate("StatusSymbol", "Sync in progress") : toQString(status.title);
+    return status.working() ? QCoreApplication::translate("StatusSymbol", "Sync in progress")
+                            : toQString(status.title());
 }
 
 StatusSymbol::StatusSymbol(QWidget* parent) : QWidget(parent) {

@@ -1,7 +1,7 @@
 // The symbol of a profile's status, in its colour, turning or still: as a widget of 20 points square, and as a painting
 // function for lists.
 //
-// Main thread; working() and present() are pure.
+// Main thread; present() is pure.
 #pragma once
 
 #include "app/profile_status.h"
@@ -21,9 +21,6 @@ struct StatusPresentation {
 
     friend bool operator==(const StatusPresentation&, const StatusPresentation&) = default;
 };
-
-// True while the profile does something, false while it waits.
-[[nodiscard]] bool working(const ProfileStatus& status);
 
 [[nodiscard]] StatusPresentation present(const ProfileStatus& status, bool running);
 
