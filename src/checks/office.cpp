@@ -49,16 +49,17 @@ void Office::colleagueEdits(const std::string& path, const std::string& text) co
     throw std::runtime_error("uploading " + path + " again does not change its date on the server");
 }
 
-void Office::requireStatus(const std::string& title) {
+void Office::requirePhase(Phase phase) {
     const auto settled = [this] {
         const auto& now = status();
-        return now.failed || now.title == "Watching" || program().reviews().contains(profile.id)
+        return now.failed() || now.phase == Phase::watching || program().reviews().contains(profile.id)
                || !program().running(profile.id);
     };
     const bool inTime = waitUntil(settled);
     const auto& now = status();
     require(
-        inTime && now.title == title, "the status is \"" + now.title + "\" (" + now.detail + "), not \"" + title + '"');
+        inTime && now.phase == phase && !now.unsaved,
+        "the status is \"" + now.title() + "\" (" + now.detail + "), not \"" + factsOf(phase).title + '"');
 }
 
 } // namespace zembrastel

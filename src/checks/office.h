@@ -32,7 +32,7 @@ public:
     [[nodiscard]] std::string onServer(const std::string& path) const { return colleague.run(path, false, {}); }
 
     // Does the program's work until it waits for edits or for the user, and throws when it gets elsewhere.
-    void requireStatus(const std::string& title);
+    void requirePhase(Phase phase);
 
     [[nodiscard]] const ProfileStatus& status() const { return program().status(profile.id); }
 

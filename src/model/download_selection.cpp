@@ -6,8 +6,9 @@
 namespace zembrastel {
 namespace {
 
-// The rules of what lies below a folder. They stand together in the order of the bytes: from "folder/" up to "folder0",
-// since "0" follows "/". Names such as "folder-old" sort between a folder's own rule and these.
+// The rules for items below a folder. They are adjacent in byte order, from "folder/" up to "folder0", since "0"
+// follows
+// "/". Names such as "folder-old" sort between a folder's own rule and these.
 auto below(auto& rules, std::string_view folder) {
     if (folder.empty()) return std::pair(rules.upper_bound(folder), rules.end());
     std::string bound(folder);
@@ -60,7 +61,7 @@ DownloadSelection::Mark DownloadSelection::mark(std::string_view path) const {
 }
 
 void DownloadSelection::set(std::string_view path, bool selected) {
-    std::string chosen(path); // which may be a view of a rule that goes now
+    std::string chosen(path); // `path` may be a view of a rule that is erased here
     const auto [first, last] = below(rules, chosen);
     rules.erase(first, last);
     rules.erase(chosen);

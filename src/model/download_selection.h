@@ -1,4 +1,4 @@
-// Which files and folders are chosen: rules by path, of which the deepest wins.
+// The files and folders that the user selected: rules by path, of which the deepest decides.
 //
 // A value; any thread. Paths are relative to the profile's folder, "/" between complete components; "" is the root.
 #pragma once
@@ -12,7 +12,7 @@
 namespace zembrastel {
 
 struct DownloadSelection {
-    // A path and whether it is selected with all that lies below it. No rule at all selects nothing.
+    // A path, and whether it is selected with everything below it. Without rules nothing is selected.
     std::map<std::string, bool, std::less<>> rules;
 
     enum class Mark { none, partial, all };
@@ -20,28 +20,27 @@ struct DownloadSelection {
     // The root and all below it.
     [[nodiscard]] static const DownloadSelection& everything();
 
-    // Is `path` the ancestor itself, or below it by complete components? "" contains every path.
+    // True if `path` is the ancestor or below it, by complete components. "" contains every path.
     [[nodiscard]] static bool contains(std::string_view ancestor, std::string_view path);
 
     [[nodiscard]] bool includes(std::string_view path) const;
 
-    // The rule that decides about the path: the deepest that contains it. nullptr when there is none, which leaves the
-    // path out.
+    // The deepest rule that contains the path, which decides about it. nullptr if there is none: the path is not
+    // selected.
     [[nodiscard]] const std::pair<const std::string, bool>* governingRule(std::string_view path) const;
 
-    // Must a walk enter this folder, because something in or below it may be selected?
+    // True if something in or below this folder may be selected, so that a walk must enter it.
     [[nodiscard]] bool shouldVisit(std::string_view folder) const;
 
-    // The tick of a row: partial when something below the path differs from the path itself.
+    // The tick of a row: partial if something below the path differs from the path itself.
     [[nodiscard]] Mark mark(std::string_view path) const;
 
-    // Ticks or unticks a row, which forgets every choice made below it. The rules stay as few as possible.
+    // Ticks or unticks a row and drops all choices below it. Keeps the number of rules minimal.
     void set(std::string_view path, bool selected);
 
     [[nodiscard]] bool hasSelection() const;
 
-    // "All non-excluded files and folders" for exactly the rules of everything(), else "Custom file and folder
-    // selection".
+    // "All non-excluded files and folders" for the rules of everything(), otherwise "Custom file and folder selection".
     [[nodiscard]] std::string summary() const;
 
     friend bool operator==(const DownloadSelection&, const DownloadSelection&) = default;

@@ -1,4 +1,4 @@
-// What can go wrong, and the one place that puts it into words.
+// The exceptions of the core, and their texts.
 #pragma once
 
 #include <exception>
@@ -7,20 +7,20 @@
 
 namespace zembrastel {
 
-// A failure whose message is the sentence that the user reads, shown as it stands.
+// A failure whose message is shown to the user unchanged.
 class SyncError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-// The work was stopped on request. Not a failure: it is never shown, and never caught as a SyncError.
+// The work was stopped on request. It is no failure: it is never shown, and not caught as a SyncError.
 class Cancelled : public std::exception {
 public:
     [[nodiscard]] const char* what() const noexcept override { return "cancelled"; }
 };
 
-// The text that a user sees for any exception: a SyncError's own sentence; for the system's errors the file they are
-// about, where they name one, and the system's words.
+// The text that the user sees for any exception: the message of a SyncError; for a system error the file that it names,
+// if any, and the system's text.
 [[nodiscard]] std::string describe(const std::exception& error);
 
 } // namespace zembrastel

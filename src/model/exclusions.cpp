@@ -15,7 +15,7 @@
 namespace zembrastel {
 namespace {
 
-// Temporary files and backups of our own, and the lock and draft files of common editors.
+// This program's temporary files and backups, and the lock and draft files of common editors.
 constexpr std::array<std::string_view, 3> reservedPrefixes{".zembrastel-", ".~", ".#"};
 
 constexpr std::string_view wildcardBytes = "*?[\\";
@@ -26,7 +26,7 @@ locale_t byteLocale() {
     return locale;
 }
 
-// In a UTF-8 locale fnmatch works on characters, many times slower: the calling thread leaves it for the while.
+// In a UTF-8 locale fnmatch works on characters, which is many times slower: the thread uses the C locale meanwhile.
 class ByteLocaleScope {
 public:
     ByteLocaleScope() : previous(uselocale(byteLocale())) {}
@@ -40,8 +40,7 @@ private:
 
 bool containsNul(std::string_view text) { return text.find('\0') != std::string_view::npos; }
 
-// A rule that only fnmatch can judge. What stands before the first wildcard must begin the text, which spares most
-// calls.
+// A rule that needs fnmatch. The text must begin with the part before the first wildcard, which avoids most calls.
 class Pattern {
 public:
     Pattern(std::string_view rule, int matchFlags)
@@ -73,8 +72,8 @@ private:
     std::bitset<256> bytes;
 };
 
-// The rules that look at single components, sorted by how they are tested. Nearly every component is done with after
-// a look at its first and last byte.
+// The rules for single components, sorted by the kind of test. For nearly every component, comparing the first and last
+// byte is enough.
 class NameRules {
 public:
     void add(std::string_view rule) {
@@ -138,7 +137,7 @@ std::string contentsPrefix(std::string_view rule) {
     return prefix;
 }
 
-// The rules that look at whole paths.
+// The rules for whole paths.
 class PathRules {
 public:
     void add(std::string_view rule) {

@@ -1,13 +1,12 @@
-// The rules that leave paths out of everything: scan, transfers, comparison and browsing.
+// The rules that exclude paths from scans, transfers, comparisons and browsing.
 //
-// A value that is its text, one rule a line; the rules are compiled when the text is set, and copies share them. Equal
-// texts are equal values. Any thread may match. Matching is case-sensitive and works on bytes, whatever locale the
-// process has set.
+// A value defined by its text, one rule a line. The rules are compiled when the text is set, and copies share them.
+// Equal texts make equal values. Any thread. Matching is case-sensitive and works on bytes, whatever the locale.
 //
-// A rule without "/" is a shell wildcard tried on every component of a path, so "node_modules" leaves out the folder of
-// that name at any depth with all it holds. A rule with "/" is a wildcard for the whole relative path in which "*", "?"
-// and brackets stop at "/", and also leaves out all that lies in the folder of that name. Names that begin with
-// ".zembrastel-", ".~" or ".#" are always excluded. There are no comments: every line that is not blank is a rule.
+// A rule without "/" is a shell wildcard for every component of a path, so "node_modules" excludes the folders of that
+// name at any depth, with their contents. A rule with "/" is a wildcard for the whole relative path, in which "*", "?"
+// and brackets do not match "/"; it also excludes the contents of a folder of that name. Names that begin with
+// ".zembrastel-", ".~" or ".#" are always excluded. There are no comments: every non-blank line is a rule.
 #pragma once
 
 #include <memory>
@@ -27,22 +26,22 @@ public:
 
     [[nodiscard]] const std::string& text() const;
 
-    // Is this relative path ("/" between components) left out?
+    // True if this relative path ("/" between components) is excluded.
     [[nodiscard]] bool match(std::string_view path) const;
 
-    // The same for a path whose parent folders were all found not to be excluded, as in a walk from the top: only the
-    // last component is new to the rules that look at components.
+    // The same for a path none of whose parent folders is excluded, as in a walk from the top: rules for components are
+    // tried on the last component only.
     [[nodiscard]] bool matchEntry(std::string_view path) const;
 
-    // Why a path is left out.
+    // Why a path is excluded.
     struct Cause {
-        std::string path; // the path itself or the folder on the way to it that the rule leaves out
-        std::string rule; // as it was written, or the beginning of names that are always excluded
+        std::string path; // the excluded item: the path itself, or a folder above it
+        std::string rule; // as written, or the beginning of names that are always excluded
         bool reserved = false;
     };
 
-    // What a walk from the top meets first on its way to this path; nothing when it gets there. For a person's
-    // question: each rule is compiled anew.
+    // The first exclusion on the way from the top to this path; nullopt if the path is not excluded. For single
+    // questions of the user: it compiles every rule again.
     [[nodiscard]] std::optional<Cause> cause(std::string_view path) const;
 
     friend bool operator==(const Exclusions& a, const Exclusions& b) { return a.text() == b.text(); }

@@ -1,7 +1,7 @@
-// Why an item of a site cannot be transferred because of its name or its place, and how the user reads that.
+// Items that cannot be transferred because of their name or depth, and the text that the user reads about them.
 //
-// Pure functions; any thread. Such an item is left out with all it holds, on whichever side it is: a name that was
-// passed on would make every transfer or comparison fail that comes to it.
+// Pure functions; any thread. Such an item is left out with its contents, on both sides: its name would make every
+// transfer and comparison fail.
 #pragma once
 
 #include <optional>
@@ -10,20 +10,20 @@
 
 namespace zembrastel {
 
-// Folders are this deep at most: no real site has deeper ones, and a link that a server follows can go on for ever.
+// The deepest folders that are read: no real site has deeper ones, and a link that a server follows can be endless.
 inline constexpr int mostFolderLevels = 128;
 
 enum class NameFault {
     notUtf8,
-    control, // curl takes no control characters, and a line break ends a command of FTP
+    control, // curl refuses control characters, and a line break ends an FTP command
     tooLong, // for a file system of this machine
     tooDeep,
 };
 
-// Of one path component; of its characters and its length alone.
+// Checks the characters and the length of one path component.
 [[nodiscard]] std::optional<NameFault> nameFault(std::string_view name);
 
-// Is the folder of this path, "/" between its components, too deep?
+// True if the folder of this path ("/" between components) is too deep.
 [[nodiscard]] bool isTooDeep(std::string_view folder);
 
 // A sentence: "Its name is not valid UTF-8."

@@ -1,4 +1,4 @@
-// Keeps a password out of texts that people read, send and file.
+// Removes a password from texts before users see, send or save them.
 #pragma once
 
 #include <string>
@@ -6,7 +6,7 @@
 
 namespace zembrastel {
 
-// The text with dots wherever the password stood. An empty password is none.
+// The text with dots in place of the password. An empty password changes nothing.
 [[nodiscard]] std::string withoutPassword(std::string text, std::string_view password);
 
 } // namespace zembrastel

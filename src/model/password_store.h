@@ -1,8 +1,7 @@
 // The FTP password of each profile, in the desktop's secret service.
 //
-// No state; the calls block (see secret_service.h) and may come from any thread but the main context. Each throws
-// SyncError, "Keychain: " and the service's own words; nothing is retried, and a failed save leaves the earlier
-// password in place.
+// Stateless. The calls block (see secret_service.h): any thread except the main context. Each throws SyncError,
+// "Keychain: " and the service's own text. Nothing is retried, and a failed save keeps the earlier password.
 #pragma once
 
 #include "platform/uuid.h"
@@ -16,17 +15,17 @@ struct PasswordStore {
     // "service" attribute of every item; "account" is the profile id's text.
     static constexpr const char* service = "org.zembrastel.Zembrastel.ftp-passwords";
 
-    // Stores or replaces. An item that is there keeps its label and the attributes the user gave it.
+    // Stores or replaces. An existing item keeps its label and the attributes that the user gave it.
     static void save(const std::string& password, const Uuid& id);
 
     // A missing password is an error.
     [[nodiscard]] static std::string read(const Uuid& id);
 
-    // Removing a missing password is none.
+    // Removing a missing password is no error.
     static void remove(const Uuid& id);
 };
 
-// The message of a failed call: the service's own words as a sentence, or the number of its error when it had none.
+// The message of a failed call: the service's own text as a sentence, or the error's number if it has none.
 [[nodiscard]] std::string keychainMessage(int status, std::string_view words);
 
 } // namespace zembrastel

@@ -1,10 +1,10 @@
-// What path_map.h is made of: the files of one folder, and the folder with those below it.
+// The parts of a PathMap: the files of one folder, and the folder with its sub-folders.
 //
-// Values. Maps share them; one that changes a shared folder has a copy of it first.
+// Values. Maps share them; a map copies a shared folder before it changes it.
 #pragma once
 
 #include "model/error.h"
-#include "platform/shared.h"
+#include "platform/cow_ptr.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -17,8 +17,8 @@
 
 namespace zembrastel {
 
-// Deeper folders are refused, since trees are worked on by recursion. One-letter names reach the longest path that
-// Linux takes (PATH_MAX, 4096 bytes) at about this depth.
+// Deeper folders are refused, since functions on trees are recursive. At about this depth one-letter names reach the
+// longest path of Linux (PATH_MAX, 4096 bytes).
 inline constexpr std::size_t mostPathLevels = 2000;
 
 inline void checkPathLevels(std::size_t levels) {
@@ -26,14 +26,14 @@ inline void checkPathLevels(std::size_t levels) {
     throw SyncError("The local folder is nested more than " + std::to_string(mostPathLevels) + " levels deep.");
 }
 
-// The files that lie in one folder itself, in the order in which they were added. All names stand in one text: a file
-// takes its value, 8 bytes and its name.
+// The files directly in one folder, in the order of their addition. All names are in one text: a file takes its value,
+// 8 bytes and its name.
 template <class Value>
 class FolderFiles {
 public:
     static constexpr std::size_t none = std::numeric_limits<std::size_t>::max();
 
-    // For what is being made, before sort(): appends, whether or not the name is there.
+    // Appends without checking for the name. Call sort() afterwards.
     Value& append(std::string_view name, const Value& value) {
         names += name;
         if (names.size() > std::numeric_limits<std::uint32_t>::max()) {
@@ -42,14 +42,14 @@ public:
         return files.emplace_back(value, static_cast<std::uint32_t>(names.size()), 0).value;
     }
 
-    // Ends the making: finds the order of the names. Of files with one name the last stays.
+    // Finds the order of the names after append(). Of files with the same name the last remains.
     void sort() {
         std::vector<std::uint32_t> order(files.size());
         std::iota(order.begin(), order.end(), 0U);
         const auto before = [this](std::uint32_t a, std::uint32_t b) { return name(a) < name(b); };
         if (!std::is_sorted(order.begin(), order.end(), before)) std::stable_sort(order.begin(), order.end(), before);
         for (std::size_t place = 0; place < order.size(); ++place) files[place].byName = order[place];
-        if (hasTwins()) *this = withoutTwins();
+        if (hasDuplicates()) *this = withoutDuplicates();
         files.shrink_to_fit();
         names.shrink_to_fit();
     }
@@ -90,7 +90,7 @@ public:
         files[place].byName = static_cast<std::uint32_t>(size() - 1);
     }
 
-    // Equal also in the order in which files were added, which is compared in one go.
+    // Equal also in the order of addition, which is compared at once.
     [[nodiscard]] bool identical(const FolderFiles& other) const {
         return names == other.names
                && std::equal(
@@ -98,7 +98,7 @@ public:
                    [](const File& a, const File& b) { return a.nameEnd == b.nameEnd && a.value == b.value; });
     }
 
-    // Those that `keep(name, value)` is true for.
+    // The files for which `keep(name, value)` is true.
     [[nodiscard]] FolderFiles filtered(const auto& keep) const {
         FolderFiles kept;
         for (std::size_t index = 0; index < size(); ++index) {
@@ -114,22 +114,22 @@ private:
             : value(fileValue), nameEnd(end), byName(sorted) {}
 
         Value value;
-        std::uint32_t nameEnd; // in `names`; the name begins where that of the file before ends
-        std::uint32_t byName;  // not of this file: see byName()
+        std::uint32_t nameEnd; // in `names`; the name begins at the end of the one before
+        std::uint32_t byName;  // belongs to the order, not to this file: see byName()
     };
 
-    // The place at which the name is or would be inserted, in the ascending order.
+    // The place of the name in the ascending order, or the place to insert it at.
     [[nodiscard]] std::size_t placeOf(std::string_view wanted) const {
         const auto below = [this](const File& place, std::string_view text) { return name(place.byName) < text; };
         return static_cast<std::size_t>(std::lower_bound(files.begin(), files.end(), wanted, below) - files.begin());
     }
 
-    [[nodiscard]] bool hasTwins() const {
+    [[nodiscard]] bool hasDuplicates() const {
         const auto sameName = [this](const File& a, const File& b) { return name(a.byName) == name(b.byName); };
         return std::adjacent_find(files.begin(), files.end(), sameName) != files.end();
     }
 
-    [[nodiscard]] FolderFiles withoutTwins() const {
+    [[nodiscard]] FolderFiles withoutDuplicates() const {
         std::vector<bool> stays(size(), true);
         for (std::size_t place = 1; place < size(); ++place) {
             if (name(byName(place - 1)) == name(byName(place))) stays[byName(place - 1)] = false;
@@ -146,17 +146,17 @@ private:
     std::string names;
 };
 
-// A folder with all it holds.
+// A folder with its contents.
 template <class Value>
 struct PathFolder {
     using Files = FolderFiles<Value>;
 
     struct Child {
         std::string name;
-        Shared<PathFolder> folder; // never empty
+        CowPtr<PathFolder> folder; // never empty
     };
 
-    // Where the folder of this name is, or would be inserted.
+    // The place of the folder of this name, or the place to insert it at.
     [[nodiscard]] std::size_t place(std::string_view name) const {
         const auto below = [](const Child& child, std::string_view text) { return child.name < text; };
         return static_cast<std::size_t>(
@@ -187,7 +187,7 @@ struct PathFolder {
         for (const auto& child : folders) size += child.folder->size;
     }
 
-    Shared<Files> files;        // nothing when there are none
+    CowPtr<Files> files;        // nothing when there are none
     std::vector<Child> folders; // in ascending order of their names
     std::size_t size = 0;       // files, at any depth
 };

@@ -1,10 +1,10 @@
-// A map from relative paths to small values, for whole sites: what it takes per file is the value, the last component
-// of the path and about 30 bytes, and copies share all that they have in common.
+// A map from relative paths to small values, for whole sites. A file takes its value, the last component of its path
+// and about 30 bytes, and copies share equal parts.
 //
-// A value. A map is a tree of folders, and copies share the folders in which they are equal: setting an entry copies
-// its folder and those above it where they are shared, and leaves the others. A copy therefore costs nothing, may be
-// handed to another thread, and what two maps share is compared by address. Paths are texts with "/" between
-// components; they are ordered by folder, and within a folder as they were added.
+// A value. A map is a tree of folders. Copies share equal folders: setting an entry copies its folder and those above
+// it if they are shared, and no others. So a copy costs almost nothing, can be passed to another thread, and shared
+// parts are compared by address. Paths have "/" between components. They are ordered by folder, and within a folder by
+// their addition.
 //
 // Paths of more than 2000 folders are refused with a SyncError.
 #pragma once
@@ -28,14 +28,14 @@ namespace zembrastel {
 template <class Value>
 class PathMap {
     using Folder = PathFolder<Value>;
-    using Pointer = Shared<Folder>;
+    using Pointer = CowPtr<Folder>;
     using Files = FolderFiles<Value>;
     using Child = typename Folder::Child;
 
 public:
     using mapped_type = Value;
 
-    // What an iteration is at; valid until the iterator moves.
+    // The present entry of an iteration; valid until the iterator moves.
     struct Entry {
         const std::string& path;
         const Value& value;
@@ -51,15 +51,15 @@ public:
     [[nodiscard]] std::size_t size() const { return root ? root->size : 0; }
     [[nodiscard]] bool empty() const { return !root; }
 
-    // nullptr when there is none.
+    // nullptr if there is none.
     [[nodiscard]] const Value* find(std::string_view path) const;
     [[nodiscard]] bool contains(std::string_view path) const { return find(path) != nullptr; }
     [[nodiscard]] const Value& at(std::string_view path) const; // throws std::out_of_range
 
-    // Is there an entry below this path?
+    // True if there is an entry below this path.
     [[nodiscard]] bool containsFolder(std::string_view path) const { return findFolder(path) != nullptr; }
 
-    // Calls `visit(name, isFolder)` for each file and folder that lies in the folder of this path itself.
+    // Calls `visit(name, isFolder)` for each file and folder directly in the folder of this path.
     void forEachChild(std::string_view path, const auto& visit) const {
         const Folder* folder = findFolder(path);
         if (folder == nullptr) return;
@@ -73,20 +73,20 @@ public:
     // Replaces or adds.
     void set(std::string_view path, const Value& value);
 
-    // Removes the entries that `gone(path, value)` is true for.
+    // Removes the entries for which `gone(path, value)` is true.
     void eraseIf(const auto& gone) {
         std::string path;
         root = without(root, path, gone);
     }
 
-    // Calls `visit(path, here, there)` for each path whose entries in the two maps differ, with nullptr for a map that
-    // has none. What the maps share costs nothing.
+    // Calls `visit(path, here, there)` for each path with different entries in the two maps; nullptr stands for a
+    // missing entry. Shared folders are skipped.
     void forEachDifference(const PathMap& other, const auto& visit) const {
         std::string path;
         differences(root.get(), other.root.get(), path, visit);
     }
 
-    // The same entries, in whatever order they were added.
+    // Equal entries, in any order of addition.
     friend bool operator==(const PathMap& a, const PathMap& b) {
         if (a.size() != b.size()) return false;
         bool equal = true;
@@ -96,7 +96,7 @@ public:
 
 private:
     [[nodiscard]] const Folder* findFolder(std::string_view path) const;
-    [[nodiscard]] static Pointer made(Shared<Files> files, std::vector<Child> folders);
+    [[nodiscard]] static Pointer made(CowPtr<Files> files, std::vector<Child> folders);
     [[nodiscard]] static Pointer without(const Pointer& folder, std::string& path, const auto& gone);
     static void differences(const Folder* here, const Folder* there, std::string& path, const auto& visit);
     static void fileDifferences(const Files* here, const Files* there, std::string& path, const auto& visit);
@@ -109,7 +109,7 @@ private:
         path.resize(length);
     }
 
-    Pointer root; // nothing for an empty map
+    Pointer root; // null for an empty map
 };
 
 template <class Value>
@@ -147,7 +147,7 @@ private:
         std::size_t subfolder = 0;
     };
 
-    // Goes on to the next file when the one that was reached is past the last of its folder.
+    // Moves on to the next folder's first file after the last file of a folder.
     void settle() {
         while (!levels.empty()) {
             Level& level = levels.back();
@@ -172,11 +172,11 @@ private:
     std::string path;
 };
 
-// Makes a map of entries in any order. Of entries of one path the last stays.
+// Builds a map from entries in any order. Of entries with the same path the last remains.
 template <class Value>
 class PathMap<Value>::Builder {
 public:
-    // The new entry's value, which may be changed until the next call.
+    // The new entry's value, which can be changed until the next call.
     Value& add(std::string_view path, const Value& value = {}) {
         const auto slash = path.rfind('/');
         const auto folder = slash == std::string_view::npos ? std::string_view() : path.substr(0, slash + 1);
@@ -213,10 +213,10 @@ private:
     }
 
     static Pointer finished(Draft& draft) {
-        Shared<Files> files;
+        CowPtr<Files> files;
         if (!draft.files.empty()) {
             draft.files.sort();
-            files = Shared<Files>(std::move(draft.files));
+            files = CowPtr<Files>(std::move(draft.files));
         }
         std::vector<Child> folders;
         folders.reserve(draft.folders.size());
@@ -229,14 +229,14 @@ private:
     std::string recentPath; // of `recent`
 };
 
-// Makes the map of a tree that is walked, folder by folder, in the likeness of an earlier one: what is found unchanged
-// is shared with that, and takes neither time to build nor room.
+// Builds the map of a tree during a walk, folder by folder. Folders that are unchanged since an earlier map are shared
+// with that map, at no cost in time or memory.
 template <class Value>
 class PathMap<Value>::Recorder {
 public:
     explicit Recorder(const PathMap& earlier) : before(earlier) { open({}, before.root); }
 
-    // A file in the folder that was entered last and not yet left.
+    // Adds a file to the folder that was entered last and not left yet.
     void add(std::string_view name, const Value& value) { levels[depth - 1].files.append(name, value); }
 
     void enter(std::string_view name) {
@@ -252,7 +252,7 @@ public:
         if (auto folder = close(left)) levels[depth - 1].keep(left.name, std::move(folder));
     }
 
-    // What was recorded; every folder has been left.
+    // The recorded map. Every folder must have been left.
     [[nodiscard]] PathMap finish() {
         PathMap map;
         map.root = close(levels.front());
@@ -263,10 +263,11 @@ public:
 private:
     struct Level {
         std::string name;
-        Pointer before; // the same folder in the earlier map, or nothing
+        Pointer before; // the same folder in the earlier map, or null
         Files files;
         std::vector<Child> folders;
-        std::size_t unchanged = 0; // of the earlier folder's own folders, from the first on, while `folders` is empty
+        std::size_t unchanged =
+            0; // how many of the earlier folder's sub-folders are unchanged so far, while `folders` is empty
 
         void keep(const std::string& child, Pointer folder) {
             if (folders.empty() && before && unchanged < before->folders.size()
@@ -285,7 +286,7 @@ private:
         }
     };
 
-    // Levels are kept for the next folder at their depth, with the memory that they have.
+    // Levels are reused, with their memory, for the next folder at their depth.
     void open(std::string_view name, const Pointer& earlier) {
         if (depth == levels.size()) levels.emplace_back();
         Level& level = levels[depth++];
@@ -298,7 +299,7 @@ private:
 
     static Pointer close(Level& level) {
         const auto* before = level.before.get();
-        auto files = before == nullptr ? Shared<Files>() : before->files;
+        auto files = before == nullptr ? CowPtr<Files>() : before->files;
         const bool sameFiles = files ? level.files.identical(*files) : level.files.empty();
         if (sameFiles && before != nullptr && level.folders.empty() && level.unchanged == before->folders.size()) {
             return level.before;
@@ -310,11 +311,11 @@ private:
         return made(std::move(files), level.folders);
     }
 
-    static Shared<Files> sorted(const Files& recorded) {
+    static CowPtr<Files> sorted(const Files& recorded) {
         if (recorded.empty()) return {};
         Files files = recorded;
         files.sort();
-        return Shared<Files>(std::move(files));
+        return CowPtr<Files>(std::move(files));
     }
 
     const PathMap before;
@@ -374,9 +375,9 @@ void PathMap<Value>::set(std::string_view path, const Value& value) {
     folder->files.own().set(path, value);
 }
 
-// Nothing for a folder of nothing.
+// Null for an empty folder.
 template <class Value>
-typename PathMap<Value>::Pointer PathMap<Value>::made(Shared<Files> files, std::vector<Child> folders) {
+typename PathMap<Value>::Pointer PathMap<Value>::made(CowPtr<Files> files, std::vector<Child> folders) {
     if (!files && folders.empty()) return {};
     Folder folder{.files = std::move(files), .folders = std::move(folders), .size = 0};
     folder.count();
@@ -393,7 +394,7 @@ typename PathMap<Value>::Pointer PathMap<Value>::without(const Pointer& folder, 
             below(path, name, [&] { stays = !gone(std::string_view(path), value); });
             return stays;
         });
-        if (kept.size() != files->size()) files = kept.empty() ? Shared<Files>() : Shared<Files>(std::move(kept));
+        if (kept.size() != files->size()) files = kept.empty() ? CowPtr<Files>() : CowPtr<Files>(std::move(kept));
     }
     bool changed = files != folder->files;
     std::vector<Child> folders;

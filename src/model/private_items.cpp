@@ -8,7 +8,7 @@
 namespace zembrastel {
 namespace {
 
-// With the links on the way followed as far as there is one; as it is where that fails.
+// The path with its links resolved as far as it exists; unchanged if that fails.
 std::filesystem::path realPlace(const std::filesystem::path& path) {
     std::error_code failed;
     auto place = std::filesystem::weakly_canonical(path, failed);

@@ -35,7 +35,7 @@ bool isRemoteFolder(std::string_view folder) {
            && std::ranges::none_of(components, leadsAstray);
 }
 
-// Can all that the user typed be saved? One text that cannot would keep the whole saved state from being written.
+// False if a text cannot be saved: a single one would prevent saving the whole state.
 bool hasValidTexts(const Profile& profile) {
     const auto hasValidRules = [](const std::optional<DownloadSelection>& selection) {
         return !selection
@@ -46,7 +46,7 @@ bool hasValidTexts(const Profile& profile) {
            && hasValidRules(profile.initialDownloadSelection) && hasValidRules(profile.syncSelection);
 }
 
-// The real path of an existing folder, or nothing.
+// The real path of an existing folder, or nullopt.
 std::optional<std::string> realFolder(const std::string& folder) {
     if (containsNul(folder)) return std::nullopt;
     std::error_code failure;

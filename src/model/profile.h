@@ -1,6 +1,6 @@
-// One synchronisation job as the user defines it: which server and how, which folders, what to leave out.
+// A profile as the user defines it: server and login, both folders, and what to exclude.
 //
-// A value; any thread. The password is not part of it: see password_store.h.
+// A value; any thread. It does not contain the password: see password_store.h.
 #pragma once
 
 #include "model/download_selection.h"
@@ -23,7 +23,7 @@ inline constexpr std::array allTransferProtocols{
 // Title in the interface and value in the saved file: "FTPS (TLS)", "FTP" or "FTPS (implicit TLS)".
 [[nodiscard]] std::string_view rawValue(TransferProtocol protocol);
 
-// Nothing for any other text.
+// nullopt for any other text.
 [[nodiscard]] std::optional<TransferProtocol> transferProtocol(std::string_view rawValue);
 
 [[nodiscard]] std::int64_t defaultPort(TransferProtocol protocol);
@@ -39,24 +39,24 @@ struct Profile {
     std::string localFolder;                   // absolute
     Exclusions exclusions;
     bool enabled = false;       // watched
-    bool needsDownload = false; // the initial download is still to be done before watching
+    bool needsDownload = false; // the initial download must run before watching
     std::optional<DownloadSelection> initialDownloadSelection;
     std::optional<DownloadSelection> syncSelection;
 
-    // A copy with name and host trimmed and the local folder resolved to its real path, or a SyncError that says what
-    // the first broken rule asks for.
+    // A copy with name and host trimmed and the local folder resolved to its real path. Throws SyncError about the
+    // first broken rule.
     [[nodiscard]] Profile validated() const;
 
-    // Throws SyncError when requiresDownloadSelection().
+    // Throws SyncError if requiresDownloadSelection().
     void validateDownloadSelection() const;
 
-    // Is an initial download due without anything chosen for it?
+    // True if an initial download is due, but nothing is selected for it.
     [[nodiscard]] bool requiresDownloadSelection() const;
 
-    // What ongoing syncing covers: the sync selection, else the initial one, else (nothing here) everything.
+    // The files that syncing covers: the sync selection, or else the initial one; nullopt for everything.
     [[nodiscard]] const std::optional<DownloadSelection>& effectiveSyncSelection() const;
 
-    // Is there a selection that selects nothing?
+    // True if there is a selection that selects nothing.
     [[nodiscard]] bool hasEmptySyncSelection() const;
 
     [[nodiscard]] bool includesInSync(std::string_view path) const;
@@ -67,8 +67,7 @@ struct Profile {
     friend bool operator==(const Profile&, const Profile&) = default;
 };
 
-// Are both the same folder of the same login on a server? If not, nothing that is known of the one is true of the
-// other.
+// True if both use the same folder of the same login on a server. If not, records about one do not apply to the other.
 [[nodiscard]] bool isSamePlaceOnServer(const Profile& a, const Profile& b);
 
 } // namespace zembrastel

@@ -28,7 +28,7 @@ void PublishJournal::announce(const AnnouncedFiles& batch) {
     add(newer, batch);
     AnnouncedFiles all = older;
     add(all, newer);
-    // The form of the saved state, without profiles: one reader and one writer serve both.
+    // Uses the format of the saved state, without profiles, and so its reader and writer.
     SavedState state;
     state.baselines.emplace(id, std::move(all.files));
     state.remoteDates.emplace().emplace(id, std::move(all.dates));
@@ -43,12 +43,12 @@ AnnouncedFiles PublishJournal::read() const {
         if (!state.remoteDates) return {};
         return {.files = std::move(state.baselines[id]), .dates = std::move((*state.remoteDates)[id])};
     } catch (const std::exception&) {
-        return {}; // at the price of a question
+        return {}; // the user is asked a needless question
     }
 }
 
 void PublishJournal::remove() const noexcept {
-    std::error_code ignored; // a journal that stays matches nothing
+    std::error_code ignored; // a remaining journal matches no file
     std::filesystem::remove(file(), ignored);
 }
 

@@ -1,12 +1,12 @@
-// The files of one profile that are about to go live, on the disk before they do.
+// A profile's files that are about to go live, written to the disk before they do.
 //
-// A program that is killed between the server's rename and the save of its state would meet its own upload as a
-// stranger's at the next start. The journal holds what the upload will look like there (the server keeps a file's date
-// and size over a rename), so the next comparison with the server recognises it. An entry whose file never went live,
-// or was replaced since, matches nothing on the server and does no harm.
+// If the program is killed between the server's rename and the save of its state, its own upload would look like a
+// colleague's at the next start. The journal has the date and size of each upload (a rename on the server keeps both),
+// so the next check recognises it. An entry whose file never went live, or was replaced since, matches no file on the
+// server and does no harm.
 //
-// One small file a profile, beside profiles.json, for the owner alone. Any thread, one at a time. The file may be lost
-// or spoilt: the price is one needless question.
+// One small file per profile, beside profiles.json, with mode 0600. Any thread, one at a time. If the file is lost or
+// damaged, the user is asked a needless question once.
 #pragma once
 
 #include "model/fingerprint.h"
@@ -27,14 +27,14 @@ class PublishJournal {
 public:
     PublishJournal(std::filesystem::path stateFolder, const Uuid& profile);
 
-    // Adds files and returns once they are on the disk. Throws std::filesystem::filesystem_error. The newest thousand
-    // or so are kept: what went live before them has long been saved.
+    // Adds files and returns when they are on the disk. Throws std::filesystem::filesystem_error. Keeps about the
+    // newest thousand: earlier ones were saved long ago.
     void announce(const AnnouncedFiles& batch);
 
-    // What this or an earlier run announced; empty where there is no file, or none that can be understood.
+    // The files that this or an earlier run announced. Empty if there is no file, or a damaged one.
     [[nodiscard]] AnnouncedFiles read() const;
 
-    // Removes the file, if there is one: for a profile that is removed.
+    // Removes the file, if there is one. For a profile that is removed.
     void remove() const noexcept;
 
 private:

@@ -1,7 +1,7 @@
 // A modification date on the server.
 //
-// Kept as the saved state keeps it, in seconds since 2001-01-01 00:00:00 UTC, so that a date read from the file is
-// written back bit for bit; counting from 1970 would round its last binary digit away.
+// Stored like in the saved state, in seconds since 2001-01-01 00:00:00 UTC, so that a date that was read is written
+// back bit for bit; counting from 1970 would round its last binary digit away.
 #pragma once
 
 #include "model/path_map.h"
@@ -10,7 +10,7 @@
 
 namespace zembrastel {
 
-// Tag of the time points below: their epoch is 2001-01-01 00:00:00 UTC.
+// The clock of the time points below: their epoch is 2001-01-01 00:00:00 UTC.
 struct ReferenceEpoch {
     using rep = double;
     using period = std::ratio<1>;

@@ -16,7 +16,7 @@ namespace {
 
 using Profiles = decltype(SavedState::profiles);
 
-// Text that grows at its end, by many small pieces. std::string's own append() costs more than what it appends.
+// Text that is built from many small pieces. std::string::append() costs more than the pieces it appends.
 class GrowingText {
 public:
     void reserve(std::size_t size) { text.reserve(size); }
@@ -45,18 +45,18 @@ public:
 
 private:
     char* room(std::size_t size) {
-        // Small enough to be in the processor's cache still when it is written to.
+        // Small enough to be in the processor's cache when it is written to.
         constexpr std::size_t growth = 16384;
         if (text.size() - length < size) text.resize(length + std::max(size, growth));
         return text.data() + length;
     }
 
-    std::string text; // of which so much is there:
+    std::string text; // its used length:
     std::size_t length = 0;
 };
 
-// Renders records as compact JSON. Straight to the text: a state of a hundred thousand files is written whole each
-// time, and RapidJSON's writer took two to three times as long.
+// Renders records as compact JSON. Hand-written, since each save writes the whole state: RapidJSON's writer took two to
+// three times as long for 100,000 files.
 class JsonText {
 public:
     template <Record T>
@@ -145,7 +145,7 @@ private:
         text.add('"');
     }
 
-    // Are all bytes ASCII and none to be escaped? Nearly every path is so: eight bytes are looked at in one go.
+    // True if all bytes are ASCII and need no escape, like nearly every path. Tests eight bytes at a time.
     static bool isPlain(std::string_view value) {
         constexpr std::uint64_t ones = 0x0101010101010101;
         constexpr std::uint64_t highBits = ones * 0x80;
@@ -180,7 +180,7 @@ private:
 
     void write(double number) {
         if (!std::isfinite(number)) throw SyncError("a time of a file is not a finite number");
-        // Servers' dates are whole seconds, which are written in a fraction of the time.
+        // Dates of servers are whole seconds, which are much faster to write.
         constexpr double wholeBelow = 9007199254740992.0; // 2^53
         const auto whole = std::abs(number) < wholeBelow ? static_cast<std::int64_t>(number) : 0;
         if (whole != 0 && static_cast<double>(whole) == number) { // zero has a sign
@@ -198,7 +198,7 @@ private:
     void write(TransferProtocol protocol) { write(rawValue(protocol)); }
     void write(const Exclusions& exclusions) { write(exclusions.text()); }
 
-    bool first = true; // of what is open
+    bool first = true; // in the open object or array
 };
 
 template <Record T>
@@ -212,7 +212,7 @@ std::string encodeRecord(const T& record, std::size_t expectedSize = 0) {
 } // namespace
 
 std::string encode(const SavedState& state) {
-    // What entries take is guessed; memory that stays unused is never touched.
+    // An estimate; unused memory is never touched.
     constexpr std::size_t forFile = 160;
     constexpr std::size_t forDate = 96;
     std::size_t size = 0;

@@ -1,4 +1,4 @@
-// Everything that is remembered between runs, apart from passwords, and its JSON form.
+// Everything that is remembered between runs except passwords, and its JSON form.
 //
 // Values and pure functions; any thread. Doubles and 64-bit integers survive the round trip exactly.
 #pragma once
@@ -23,18 +23,17 @@ struct SavedState {
     friend bool operator==(const SavedState&, const SavedState&) = default;
 };
 
-// Compact JSON, keys as the fields are named. Throws SyncError when a text is not UTF-8 or a number is not finite.
+// Compact JSON; the keys are the names of the fields. Throws SyncError if a text is not UTF-8 or a number not finite.
 [[nodiscard]] std::string encode(const SavedState& state);
 
-// Throws SyncError, naming the place and what is wrong there, without a full stop at the end. Not copied where the text
-// has room for 64 bytes more: readFile() leaves that.
+// Throws SyncError that names the place and the error, without a full stop at its end. `json` is not copied if its
+// capacity has 64 more bytes, which readFile() provides.
 [[nodiscard]] SavedState decodeSavedState(std::string json);
 
-// The saved state's profiles alone, without building the rest, which takes part of the time. Errors as above: the same
-// texts are refused.
+// The profiles of a saved state, without building the rest: faster. Refuses the same texts with the same errors.
 [[nodiscard]] std::vector<Profile> decodeProfiles(std::string json);
 
-// Profiles on their way to another machine, without passwords. A later form has a higher version.
+// Profiles for another machine, without passwords. A later form has a higher version.
 struct ProfileExport {
     static constexpr std::int64_t currentVersion = 1;
 
@@ -46,7 +45,7 @@ struct ProfileExport {
 [[nodiscard]] std::string encode(const ProfileExport& exported);
 [[nodiscard]] ProfileExport decodeProfileExport(std::string json);
 
-// One profile object, alone; errors as above.
+// A single profile object; errors as above.
 [[nodiscard]] std::string encode(const Profile& profile);
 [[nodiscard]] Profile decodeProfile(std::string json);
 

@@ -1,7 +1,7 @@
-// The records of the saved state, field by field: the keys that they have in JSON, for both directions.
+// The fields of the saved state's records, with their JSON keys, for reading and writing.
 //
-// For the two files that write and read it. `eachField(record, visit)` calls `visit(key, field)` for each field; a key
-// is required when reading unless its field is optional.
+// For the two files that read and write it. `eachField(record, visit)` calls `visit(key, field)` for each field. A
+// reader requires the key unless the field is optional.
 #pragma once
 
 #include "model/saved_state.h"

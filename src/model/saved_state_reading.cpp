@@ -1,4 +1,4 @@
-// The way from JSON to the records.
+// Reads the records from JSON.
 #include "model/error.h"
 #include "model/saved_state.h"
 #include "model/saved_state_fields.h"
@@ -19,7 +19,7 @@ namespace {
 using Value = simdjson::ondemand::value;
 using Object = simdjson::ondemand::object;
 
-// What is wrong with a value that is nothing like the wanted type.
+// The complaint about a value of another type than expected.
 constexpr const char* mismatch(const bool&) { return "is not true or false"; }
 constexpr const char* mismatch(const std::int64_t&) { return "is not a whole number"; }
 constexpr const char* mismatch(const std::uint64_t&) { return "is not a whole number from 0 up"; }
@@ -32,24 +32,24 @@ constexpr const char* mismatch(const auto&) { return "is not an object"; }
 
 constexpr const char* notUnicode = "is not valid Unicode";
 
-// A value that is not what its place asks for. The place grows as the complaint passes outwards, to such as: "port" of
+// A value of the wrong type or range. The place grows while the exception passes outwards, for example to: "port" of
 // profile 1
 struct Misfit {
     std::string complaint;
     std::string place{};
-    bool placed = false; // says enough
+    bool placed = false; // the place is complete
 
     void isIn(const std::string& outer) {
         if (!placed) place += place.empty() ? outer : " of " + outer;
     }
 };
 
-// Text that is not JSON, where the parser stands.
+// Text that is not JSON, with the parser's position.
 struct Malformed {
     simdjson::error_code error;
 };
 
-// Is it one value that follows all rules of JSON? Of any depth: nothing recurses.
+// True if the text is one value that follows all rules of JSON. Of any depth, since nothing recurses.
 bool isJson(std::string_view text) {
     constexpr unsigned rules = rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag;
     rapidjson::MemoryStream stream(text.data(), text.size());
@@ -58,11 +58,11 @@ bool isJson(std::string_view text) {
     return followed && stream.Tell() == text.size(); // a NUL would pass for the end
 }
 
-// Stands for a map of which nothing is wanted but that it is one.
+// A map whose contents are checked, but not built.
 template <class T>
 struct Checked {};
 
-// A saved state for those who want its profiles alone. All that is required of a saved state is required here.
+// A saved state of which only the profiles are built. The requirements are the same.
 struct ProfilesOfState {
     std::vector<Profile> profiles;
     std::map<Uuid, Checked<Fingerprint>> baselines;
@@ -81,14 +81,14 @@ T valid(simdjson::simdjson_result<T>&& result) {
     return std::move(result).value_unsafe();
 }
 
-// The value as the type that its place asks for, which `target` stands for in the complaint.
+// The value as the type of its place. `target` selects the text of the complaint.
 template <class T>
 T wanted(simdjson::simdjson_result<T>&& result, const auto& target) {
     if (result.error() == simdjson::INCORRECT_TYPE) throw Misfit{mismatch(target)};
     return valid(std::move(result));
 }
 
-// The escape of half a surrogate pair may come through, which UTF-8 cannot express: it could never be saved again.
+// The parser may let half a surrogate pair through, which UTF-8 cannot express and which could not be saved again.
 bool holdsSurrogate(std::string_view text) {
     constexpr unsigned char firstSurrogate = 0xA0; // of the bytes that follow ED
     for (auto lead = text.find('\xED'); lead != std::string_view::npos; lead = text.find('\xED', lead + 1)) {
@@ -104,16 +104,15 @@ std::string_view unicode(simdjson::simdjson_result<std::string_view>&& result) {
     return text;
 }
 
-// The key as it stands in the text, which saves copying the many keys that have nothing escaped in them.
+// The key as it is in the text, which avoids copying the many keys without escapes.
 std::optional<std::string_view> plainKey(simdjson::ondemand::field& field) {
     const char* const begin = field.key().raw();
-    const auto* const end =
-        static_cast<const char*>(::rawmemchr(begin, '"')); // the parser has found the one that ends it
+    const auto* const end = static_cast<const char*>(::rawmemchr(begin, '"')); // the parser has found the closing quote
     const auto length = static_cast<std::size_t>(end - begin);
     return std::memchr(begin, '\\', length) == nullptr ? std::optional(std::string_view(begin, length)) : std::nullopt;
 }
 
-// Passes over a value of which nothing is wanted. The parser itself would only count its brackets.
+// Skips a value but checks it. The parser itself would only count its brackets.
 void pass(Value value) {
     if (!isJson(valid(simdjson::to_json_string(value)))) throw Malformed{simdjson::TAPE_ERROR};
 }
@@ -134,7 +133,7 @@ void eachMember(Object&& object, const auto& visit) {
     }
 }
 
-// Each `read` sets its target anew: of a repeated key the last counts alone. Recursion ends with the records.
+// Each `read` assigns its target: of a repeated key the last counts. The recursion is as deep as the records.
 class RecordReader {
 public:
     static void readMember(std::string_view key, Value value, auto& target) {
@@ -148,7 +147,7 @@ public:
 
     static void read(Value value, bool& target) { target = wanted(value.get_bool(), target); }
 
-    // A number that the parser cannot take has too many digits or is of another kind.
+    // A number that the parser refuses has too many digits or is of another kind.
     template <class T>
     static void readNumber(Value value, simdjson::simdjson_result<T>&& number, T& target) {
         const auto error = number.error();
@@ -164,10 +163,10 @@ public:
 
     static void read(Value value, std::int64_t& target) { readNumber(value, value.get_int64(), target); }
     static void read(Value value, std::uint64_t& target) { readNumber(value, value.get_uint64(), target); }
-    // The parser reads some numbers of more than 19 digits wrong. None that was written here has so many.
+    // The parser misreads some numbers of more than 19 digits. This program writes none.
     static void read(Value value, double& target) {
         constexpr std::size_t longest = 19;
-        const std::string_view token = value.raw_json_token(); // and the blanks behind it
+        const std::string_view token = value.raw_json_token(); // including the blanks after it
         if (token.size() <= longest) {
             readNumber(value, value.get_double(), target);
             return;
@@ -186,7 +185,7 @@ public:
     static void read(Value value, std::string& target) { target = unicode(value.get_string()); }
     static void read(Value value, Exclusions& target) { target = Exclusions(std::string(unicode(value.get_string()))); }
 
-    // The text as what `parse` makes of it, if anything.
+    // The result of `parse` on the text; an error if it is nullopt.
     template <class T>
     static void readText(Value value, T& target, const auto& parse) {
         const auto text = value.get_string();
@@ -201,7 +200,7 @@ public:
     template <Record T>
     static void read(Value value, T& record) {
         record = T{};
-        unsigned seen = 0; // one bit a field, in order
+        unsigned seen = 0; // one bit per field, in order
         eachMember(wanted(value.get_object(), record), [&](std::string_view key, Value member) {
             unsigned bit = 1;
             bool known = false;
@@ -244,12 +243,12 @@ public:
         map = entries.finish();
     }
 
-    // The same entries as of the map itself are refused.
+    // Refuses the same entries as the map itself.
     template <class T>
     static void read(Value value, Checked<T>& map) {
         T entry{};
         eachMember(wanted(value.get_object(), map), [&entry](std::string_view key, Value member) {
-            // A path that could be too deep is as long as that.
+            // Only a path of this length can be too deep.
             if (key.size() > mostPathLevels) checkPathLevels(static_cast<std::size_t>(std::ranges::count(key, '/')));
             readMember(key, member, entry);
         });

@@ -18,7 +18,7 @@
 namespace zembrastel {
 namespace {
 
-// Real path of the folder, once it is known to be one that can be listed and entered.
+// The real path of the folder, after checking that it can be listed and entered.
 std::filesystem::path readableRoot(const std::string& localFolder) {
     std::error_code failed;
     auto root = std::filesystem::canonical(localFolder, failed);
@@ -44,7 +44,7 @@ public:
         : recorder(before), profile(scanned), hooks(scanHooks), selection(scanned.effectiveSyncSelection()),
           privateItems(scanHooks.privateItems) {}
 
-    // Whether to enter the entry, should it be a folder.
+    // Whether to enter the entry, if it is a folder.
     bool visit(const WalkEntry& entry) {
         constexpr unsigned entriesBetweenChecks = 256;
         if (visited++ % entriesBetweenChecks == 0) hooks.checkpoint();
@@ -63,7 +63,7 @@ public:
         if (folder)
             return !privateItems.mayBeFolder(entry.name) || !keptPrivate(entry, privateItems.find(entry.attributes()));
         const struct stat attributes = entry.attributes();
-        // It may have been replaced by something else since the folder was read.
+        // Another item may have replaced it since the folder was read.
         if (!S_ISREG(attributes.st_mode) || keptPrivate(entry, privateItems.find(attributes))) return false;
         recorder.add(entry.name, Fingerprint::of(numbersFor(entry, attributes), attributes));
         return false;
@@ -77,7 +77,7 @@ private:
         return item != nullptr;
     }
 
-    // Asked once for all files that come after one another on the same device.
+    // Queried once for consecutive files on the same device.
     InodeNumbers numbersFor(const WalkEntry& entry, const struct stat& attributes) {
         if (!numbers || attributes.st_dev != device) {
             numbers = entry.inodeNumbers();

@@ -16,26 +16,26 @@
 namespace zembrastel {
 
 struct ScanHooks {
-    // Called every few entries; what it throws ends the scan. For stopping.
+    // Called every few entries. An exception from it ends the scan: for stopping.
     std::function<void()> checkpoint = [] {};
-    // Called with each path that cannot be saved or sent, because of its name or its depth, where rules and selection
-    // would have it published. It is left out with all it holds.
+    // Called with each path that rules and selection would publish, but that cannot be saved or sent because of its
+    // name or depth. It is left out with its contents.
     std::function<void(std::string_view path, NameFault fault)> unusableName = [](std::string_view, NameFault) {};
-    // Left out, folders with all they hold, under whatever name they stand in the folder.
+    // Items to leave out, folders with their contents, whatever their name in the local folder.
     std::vector<PrivateItem> privateItems{};
-    // Called with each place of one of them where rules and selection would have it published.
+    // Called with each path of a private item that rules and selection would publish.
     std::function<void(std::string_view path, const PrivateItem& item)> keptPrivate = [](std::string_view,
                                                                                          const PrivateItem&) {};
-    // Called with each path that the exclusions leave out, with all it holds.
+    // Called with each excluded path; its contents are left out too.
     std::function<void(std::string_view path)> excluded = [](std::string_view) {};
-    // Called with what the folder is mounted on, before anything in it is looked at.
+    // Called with the local folder's mount before anything in it is read.
     std::function<void(const Mount& mount)> mounted = [](const Mount&) {};
 };
 
-// Every regular file that is not excluded and belongs to the sync selection, by relative path. Folders that are as they
-// were in `before`, an earlier scan of the folder, are shared with it and cost no more than the look. Links are never
-// followed, not even one that takes a folder's place during the walk. Throws SyncError, or the system's
-// std::filesystem::filesystem_error for an item that cannot be read; there is no partial result.
+// Every regular file that is not excluded and belongs to the sync selection, by relative path. Folders that are
+// unchanged since `before`, an earlier scan, are shared with it. Links are never followed, not even one that replaces a
+// folder during the walk. Throws SyncError, or std::filesystem::filesystem_error for an item that cannot be read; there
+// is no partial result.
 [[nodiscard]] FileMap scan(const Profile& profile, const ScanHooks& hooks = {}, const FileMap& before = {});
 
 } // namespace zembrastel

@@ -1,4 +1,4 @@
-// One version of a file on the server, as far as the server tells it apart from others.
+// The identity of one version of a file on the server: its date and size.
 #pragma once
 
 #include "model/path_map.h"
@@ -11,7 +11,7 @@ namespace zembrastel {
 
 struct ServerVersion {
     RemoteDate modified;
-    std::optional<std::uint64_t> size = std::nullopt; // in bytes, where the server reports sizes
+    std::optional<std::uint64_t> size = std::nullopt; // in bytes; nullopt if the server reports no sizes
 
     friend bool operator==(const ServerVersion&, const ServerVersion&) = default;
 };

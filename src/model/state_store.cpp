@@ -22,11 +22,11 @@ std::filesystem::path namedOrOwn(std::optional<std::filesystem::path> folder) {
     return folder ? *std::move(folder) : dataFolder() / "Zembrastel";
 }
 
-// The file itself and what was left of a write of it, the lock, the socket, journals (publish_journal.h,
-// temporary_journal.h).
+// The file, leftovers of its writes, the lock, the socket, journals and requests (publish_journal.h,
+// temporary_journal.h, resend_request.h).
 bool isOwnName(std::string_view name) {
     return name.starts_with(fileName) || name == lockName || name == "socket" || name.starts_with("publishing-")
-           || name.starts_with("sending-");
+           || name.starts_with("sending-") || name.starts_with("resend-");
 }
 
 } // namespace
@@ -53,13 +53,13 @@ void StateStore::keepToOwner() const {
     if (!attributes || attributes->st_uid != ::geteuid() || (attributes->st_mode & ACCESSPERMS) == S_IRWXU) return;
     bool sharedWithOthers = false;
     visitItems(*held, [&](const WalkEntry& entry) { sharedWithOthers = sharedWithOthers || !isOwnName(entry.name); });
-    // On a file system without modes there is nothing to do.
+    // File systems without modes need no change.
     if (!sharedWithOthers) (void)::fchmod(held->descriptor(), S_IRWXU);
 }
 
 std::optional<std::string> StateStore::contents() const {
     const auto path = held->path() / fileName;
-    // Not blocking: it may be a FIFO that nobody writes to.
+    // Not blocking: it may be a FIFO without a writer.
     const Descriptor file(::openat(held->descriptor(), fileName, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (!file && errno == ENOENT) return std::nullopt;
     struct stat attributes {};

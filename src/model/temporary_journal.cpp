@@ -20,7 +20,7 @@ bool isTemporaryName(std::string_view name) {
            && Uuid::parse(name.substr(prefix.size(), name.size() - prefix.size() - suffix.size()));
 }
 
-// Three lines each. None of them can have a line break: curl is given no such name.
+// Three lines each. None contains a line break: curl never gets such a name.
 std::string text(const std::vector<TemporaryJournal::Entry>& entries) {
     std::string lines;
     for (const auto& [place, file] : entries) lines += file.name + '\n' + place + '\n' + file.folder + '\n';
@@ -59,20 +59,20 @@ std::vector<TemporaryJournal::Entry> TemporaryJournal::read() const {
         const std::string content = readFile(file).value_or("");
         const auto lines = split(content, '\n');
         for (std::size_t i = 0; i + 3 < lines.size(); i += 3) {
-            // The rest cannot be understood.
+            // The rest is damaged.
             if (!isTemporaryName(lines[i])) break;
             entries.push_back(
                 {.place = std::string(lines[i + 1]),
                  .file = {.folder = std::string(lines[i + 2]), .name = std::string(lines[i])}});
         }
     } catch (const std::filesystem::filesystem_error&) {
-        // At the price of files that stay on the server.
+        // Temporary files may then stay on the server.
     }
     return entries;
 }
 
 void TemporaryJournal::remove() const noexcept {
-    std::error_code ignored; // one that stays names files that are not there
+    std::error_code ignored; // a remaining journal names files that do not exist
     std::filesystem::remove(file, ignored);
 }
 

@@ -1,9 +1,9 @@
-// The temporary files that uploads of one profile may have on the server: what a program that is killed leaves there is
-// removed by the next one, by exact name.
+// The temporary files that uploads of a profile may have left on the server. After a kill, the next run removes them
+// there, by exact name.
 //
-// One small file a profile, beside profiles.json, for the owner alone; absent while there is nothing to remove. Any
-// thread, one at a time. It is not flushed to the disk: it has to outlive the program and not the machine. Errors are
-// ignored, at the price of a file that stays on the server.
+// One small file per profile, beside profiles.json, with mode 0600; absent while there is nothing to remove. Any
+// thread, one at a time. It is not flushed to the disk: it must survive a kill of the program, not a crash of the
+// machine. Errors are ignored; a temporary file may then stay on the server.
 #pragma once
 
 #include "platform/uuid.h"
@@ -23,7 +23,7 @@ public:
         friend bool operator==(const File&, const File&) = default;
     };
     struct Entry {
-        std::string place; // user, server and remote folder; without line breaks
+        std::string place; // user, server and remote folder, without line breaks
         File file;
 
         friend bool operator==(const Entry&, const Entry&) = default;
@@ -34,7 +34,7 @@ public:
     void add(const std::vector<Entry>& entries);
     void replace(const std::vector<Entry>& entries);
 
-    // Only names that this program gives to temporary files; other lines are passed over.
+    // Only names that this program gives to temporary files; other lines are ignored.
     [[nodiscard]] std::vector<Entry> read() const;
 
     void remove() const noexcept;

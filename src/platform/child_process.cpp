@@ -21,9 +21,9 @@ namespace {
 
 constexpr int firstHandedOver = STDERR_FILENO + 1;
 
-// What is under way in the background gives way to what somebody looks at: with a hundred children on two processors,
-// work for the window waited for up to 0.2 s while they were its equals, and 0.02 to 0.06 s since. More than this would
-// let a busy machine run them into their time limits.
+// Background work yields to the window. With a hundred children on two processors, work for the window waited up to
+// 0.2 s at equal priority, and 0.02 to 0.06 s at this one. A still lower priority could run transfers into their time
+// limits on a busy machine.
 constexpr int leastNiceness = 5;
 
 struct Pipe {
@@ -38,9 +38,9 @@ struct Pipe {
     Descriptor writing;
 };
 
-// From here on the kernel kills the process when the last writing end of the pipe is closed, which it does itself for a
-// program that was killed. The process must hold the reading end. PR_SET_PDEATHSIG, which would do the same, can be set
-// only by code between fork and exec.
+// From here on the kernel kills the process when the last writing end of the pipe is closed. If this program is killed,
+// the kernel closes that end. The process must hold the reading end. PR_SET_PDEATHSIG would do the same, but only code
+// between fork and exec can set it.
 void killAtHangUp(int readingEnd, pid_t process) {
     (void)::fcntl(readingEnd, F_SETSIG, SIGKILL);
     (void)::fcntl(readingEnd, F_SETOWN, process);
@@ -52,7 +52,7 @@ void giveWay(pid_t process) {
     (void)::setpriority(PRIO_PROCESS, static_cast<id_t>(process), std::max(own, leastNiceness));
 }
 
-// Which descriptors of this program the child gets, numbered 0, 1, 2 ... in their order.
+// The descriptors that the child gets, as its numbers 0, 1, 2 ... in this order.
 class GivenDescriptors {
 public:
     explicit GivenDescriptors(const std::vector<int>& given) {
@@ -60,8 +60,8 @@ public:
         const int count = static_cast<int>(given.size());
         for (int number = 0; number < count; ++number) {
             int from = given[static_cast<std::size_t>(number)];
-            // One of a number that the child uses would be overwritten before it is given on. With a standard stream
-            // closed, any descriptor may have such a number.
+            // A descriptor whose number the child uses would be overwritten before it is passed on. If a standard
+            // stream is closed, any descriptor can have such a number.
             if (from >= 0 && from < count) {
                 const auto& copy = copies.emplace_back(::fcntl(from, F_DUPFD_CLOEXEC, count));
                 if (copy) from = copy.get();
@@ -107,7 +107,7 @@ public:
     posix_spawnattr_t attributes{};
 };
 
-// Keeps SIGPIPE from this thread while it writes, whatever the process does with that signal.
+// Blocks SIGPIPE for this thread while it writes, whatever the process does with that signal.
 class PipeSignalBlocked {
 public:
     PipeSignalBlocked() {
@@ -135,7 +135,7 @@ private:
     bool wasPending = false;
 };
 
-// What the kernel tells of a descriptor, in a file of /proc, begins with "pos:" and a number.
+// The kernel's description of a descriptor under /proc begins with "pos:" and a number.
 std::optional<std::uint64_t> readPosition(const std::filesystem::path& information) {
     constexpr std::size_t enough = 64;
     std::array<char, enough> text{};
@@ -181,9 +181,9 @@ void ChildProcess::start() {
     }
     killAtHangUp(lifeline.reading.get(), process);
     giveWay(process);
-    if (command.mostWritten) {
-        const rlimit most{.rlim_cur = *command.mostWritten, .rlim_max = *command.mostWritten};
-        (void)::prlimit(process, RLIMIT_FSIZE, &most, nullptr); // a child that has ended already needs none
+    if (command.maxWritten) {
+        const rlimit most{.rlim_cur = *command.maxWritten, .rlim_max = *command.maxWritten};
+        (void)::prlimit(process, RLIMIT_FSIZE, &most, nullptr); // a child that has ended needs no limit
     }
     input = std::move(configuration.writing);
     life = std::move(lifeline.writing);
@@ -250,7 +250,7 @@ ChildProcess::Exit ChildProcess::collect() {
     process = -1;
     input.close();
     life.close();
-    // Where the exits of children are ignored, nobody can tell how this one ended: it did not end well.
+    // If SIGCHLD is ignored, the exit is unknown: count it as a failure.
     if (!known) return {.exited = false, .code = 0};
     if (WIFEXITED(status)) return {.exited = true, .code = WEXITSTATUS(status)};
     return {.exited = false, .code = WTERMSIG(status)};

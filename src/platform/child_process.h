@@ -1,11 +1,11 @@
 // One child process: started without a shell, fed through a pipe, waited for by its own id.
 //
-// Identity; owned by the thread that runs it. Only terminate() may come from another thread, and only between start()
-// and collect(): until collect() the kernel keeps the id reserved, so a request to end can never hit a stranger.
+// Owned by the thread that runs it. Only terminate() may be called by another thread, and only between start() and
+// collect(): until collect() the kernel reserves the process id, so the signal cannot reach another process.
 //
-// The child gets the three standard streams, the files that are handed over to it, the end of a pipe by which it is
-// killed should this program be killed, and no other descriptor; default signal handling; a process group of its
-// own, so that Ctrl-C in a terminal reaches it only through this program; and less of a busy processor than others.
+// The child gets the standard streams, the files that are passed to it, a pipe end by which the kernel kills it when
+// this program is killed, and no other descriptor. It has default signal handling, a process group of its own (so
+// Ctrl-C in a terminal reaches only this program) and a lower priority.
 #pragma once
 
 #include "platform/descriptor.h"
@@ -25,19 +25,19 @@ public:
     struct Command {
         std::string executable; // absolute path
         std::vector<std::string> arguments = {};
-        int output = -1;             // borrowed until start() returned: the child's standard output
-        int errors = -1;             // likewise its standard error
-        std::vector<int> files = {}; // likewise files that the child finds at filePathOf(0), filePathOf(1) ...
+        int output = -1;             // the child's standard output, borrowed until start() returns
+        int errors = -1;             // its standard error, likewise
+        std::vector<int> files = {}; // files that the child finds at filePathOf(0), filePathOf(1) ..., likewise
 
-        // "NAME=value", all that the child gets. Nothing: this program's own environment.
+        // The child's whole environment, as "NAME=value". nullopt: this program's own environment.
         std::optional<std::vector<std::string>> environment = std::nullopt;
 
-        // No file that the child writes may become longer than this: SIGXFSZ ends it. In force before the child has
-        // read its input, not from its first moment.
-        std::optional<std::uint64_t> mostWritten = std::nullopt;
+        // The longest file that the child may write, in bytes; beyond that SIGXFSZ ends it. Set after the start, but
+        // before the child has read its input.
+        std::optional<std::uint64_t> maxWritten = std::nullopt;
     };
 
-    // Name files that were handed over and no others, whatever happens to the names they had. `filePath` is the first.
+    // Paths by which the child opens the passed files, even if their names change. `filePath` is the first.
     static constexpr const char* filePath = "/dev/fd/3";
     [[nodiscard]] static std::string filePathOf(std::size_t file);
 
@@ -49,7 +49,7 @@ public:
     explicit ChildProcess(Command what) : command(std::move(what)) {}
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
-    // Ends and collects a child that is still there.
+    // Ends and collects a child that still runs.
     ~ChildProcess();
 
     // Throws std::filesystem::filesystem_error, naming the executable.
@@ -59,27 +59,26 @@ public:
     [[nodiscard]] bool writeInput(std::string_view bytes);
     void closeInput();
 
-    // Blocks until the child has ended, and leaves its exit to collect().
+    // Blocks until the child has ended. collect() then returns its exit.
     void wait() const;
 
-    // The same, for no longer than `atMost`, or a little less. False when the child still runs.
+    // The same, for at most `atMost`. False if the child still runs.
     [[nodiscard]] bool wait(std::chrono::milliseconds atMost) const;
 
-    // How far the child has come in a file that was handed over to it, reading or writing by a descriptor that it
-    // opened at filePathOf(file) itself. Nothing while it has none, and where the system does not say. Between start()
-    // and collect().
+    // The child's position in a passed file, in bytes, if the child opened filePathOf(file) itself. nullopt while it
+    // has not, and if the system does not report it. Between start() and collect().
     [[nodiscard]] std::optional<std::uint64_t> filePosition(std::size_t file = 0) const;
 
-    // The exit of a child that wait() has seen end. From here on the child is gone.
+    // The exit of a child, after wait(). The process id is free afterwards.
     Exit collect();
 
-    // Asks the child to end (SIGTERM; a stopped child is let go on so that it can). Does not wait.
+    // Sends SIGTERM, and SIGCONT so that a stopped child can end. Does not wait.
     void terminate() const noexcept;
 
 private:
     Command command;
     Descriptor input;
-    Descriptor life; // closed by the kernel with the program, however that ends
+    Descriptor life; // the kernel closes it when the program ends in any way
     pid_t process = -1;
 };
 

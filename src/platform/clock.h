@@ -1,6 +1,6 @@
 // Wall time, and a sleep that a stop request ends.
 //
-// Everything that waits or notes a time takes a Clock, so that a test can run hours in a moment. Any thread.
+// All code that waits or records a time takes a Clock, so that a test can run hours in a moment. Any thread.
 #pragma once
 
 #include <chrono>
@@ -17,11 +17,11 @@ public:
     // A time that never goes back, for measuring durations.
     [[nodiscard]] virtual std::chrono::steady_clock::time_point steadyNow() const = 0;
 
-    // Sleeps for `duration`. False when a stop was requested before or meanwhile: the sleep then ends at once.
+    // Sleeps for `duration`. Returns false at once when a stop was or is requested.
     [[nodiscard]] virtual bool sleep(const std::stop_token& stop, std::chrono::nanoseconds duration) = 0;
 };
 
-// The machine's own clock. It has no state; the one object serves the whole process.
+// The machine's clock. It has no state; one object serves the whole process.
 [[nodiscard]] Clock& systemClock();
 
 } // namespace zembrastel

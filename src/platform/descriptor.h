@@ -1,4 +1,4 @@
-// An owned file descriptor, closed when it goes. Every descriptor of the program is opened close-on-exec.
+// An owned file descriptor, closed by the destructor. The program opens every descriptor with close-on-exec.
 #pragma once
 
 #include <unistd.h>
@@ -23,7 +23,7 @@ public:
     [[nodiscard]] int get() const { return number; }
     [[nodiscard]] explicit operator bool() const { return number >= 0; }
 
-    // A failed close is ignored: what must be on the disk was flushed before.
+    // Ignores a failed close: data that must be on the disk was flushed before.
     void close() noexcept {
         if (number >= 0) ::close(std::exchange(number, -1));
     }

@@ -22,7 +22,7 @@ constexpr std::size_t bufferSize = std::size_t{64} << 10;
 constexpr std::size_t mostOpenFolders = 32;
 constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
-// The path, for an error, is put together only then: this runs for every file of every poll.
+// Builds the path only for an error: this runs for every file of every poll.
 struct stat attributesOf(
     int folder, const char* name, const std::filesystem::path& root, std::string_view relativePath) {
     struct stat attributes {};
@@ -59,7 +59,7 @@ private:
         alignas(dirent64) std::array<char, bufferSize> bytes;
     };
 
-    // An entered folder, all read, whose chosen sub-folders are entered one after another.
+    // An entered folder whose items were read. Its chosen sub-folders are entered one after another.
     struct Level {
         Descriptor folder; // may be closed while the walk is far below
         std::size_t pathLength;
@@ -128,7 +128,7 @@ private:
         throwFileError("open", root / relative, swapped ? ELOOP : errorNumber);
     }
 
-    // Opened anew, because the held descriptor has one place of reading for all.
+    // Opened again, since all users of the held descriptor share its read position.
     Descriptor openTop() const {
         Descriptor opened(::openat(top.descriptor(), ".", folderFlags));
         if (!opened) throwFileError("open", root);

@@ -1,6 +1,7 @@
-// A recursive walk of a folder by directory descriptors, which can never leave it through a link.
+// A recursive walk of a folder through directory descriptors, which never follows a link.
 //
-// Blocks its thread. Cost: one getdents64 pass a folder, and no look at an item unless the visitor asks for it.
+// Blocks its thread. Cost: one getdents64 pass for each folder, and one fstatat for each item whose attributes the
+// visitor reads.
 #pragma once
 
 #include "platform/inode_numbers.h"
@@ -16,7 +17,7 @@ class Folder;
 
 enum class EntryKind { file, folder, link, other };
 
-// One item, valid during the visit only.
+// One item. Valid during the visit only.
 class WalkEntry {
 public:
     WalkEntry(
@@ -28,10 +29,11 @@ public:
     std::string_view name; // NUL-terminated
     EntryKind kind;
 
-    // The item's own attributes. Throws std::filesystem::filesystem_error, also when the item has gone meanwhile.
+    // The attributes of the item itself, not of a link's target. Throws std::filesystem::filesystem_error, also if the
+    // item no longer exists.
     [[nodiscard]] struct stat attributes() const;
 
-    // Of the file system that the item's folder is on.
+    // Those of the folder's file system.
     [[nodiscard]] InodeNumbers inodeNumbers() const { return inodeNumbersAt(parent); }
 
 private:
@@ -40,22 +42,22 @@ private:
 };
 
 struct WalkHooks {
-    // Called for every item below the root, in the order in which its folder lists it; says whether to enter a folder,
-    // for which it was called before. Its answer for other items is not looked at.
+    // Called for every item below the root, in the order of its folder's listing. For a folder, returns whether to
+    // enter it; for other items the result is ignored.
     std::function<bool(const WalkEntry&)> visit;
-    // Called for each folder but the root, around the visits of all it holds.
+    // Called for each entered folder except the root, before and after the visits of its contents.
     std::function<void(std::string_view name)> enter = [](std::string_view) {};
     std::function<void()> leave = [] {};
 };
 
-// Walks all that is below `root`: the items of a folder one after another, then its folders in ascending order of their
-// names. Links are visited and never entered. What a hook throws ends the walk, as does the first item that cannot be
-// read (std::filesystem::filesystem_error; its code is ELOOP when a folder was swapped for a link during the walk).
+// Walks everything below `root`: first all items of a folder, then its sub-folders in ascending order of names. Links
+// are visited but not entered. An exception of a hook ends the walk, as does the first item that cannot be read
+// (std::filesystem::filesystem_error; its code is ELOOP if a folder was swapped for a link during the walk).
 //
-// Holds at most 34 descriptors, however deep the tree, the root's among them.
+// Uses at most 34 descriptors including the root's, however deep the tree.
 void walkFolder(const Folder& root, const WalkHooks& hooks);
 
-// The same for what lies in an open folder itself; none of it is entered.
+// The same for the items of one open folder, without entering any.
 void visitItems(const Folder& folder, const std::function<void(const WalkEntry&)>& visit);
 
 } // namespace zembrastel

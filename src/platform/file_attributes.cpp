@@ -20,7 +20,7 @@ bool isKept(std::string_view name) {
     return name.starts_with("user.") || name.starts_with("system.") || name == "security.selinux";
 }
 
-// All that `read`, of the kind of flistxattr, has to give; nothing where it fails.
+// The whole result of `read`, a function like flistxattr; empty if it fails.
 template <class Read>
 std::string readAll(const Read& read) {
     std::string bytes;
@@ -62,10 +62,10 @@ void copyAttributes(int from, int to, const std::filesystem::path& name) {
     struct stat target {};
     if (::fstat(from, &source) != 0 || ::fstat(to, &target) != 0) throwFileError("stat", name);
     constexpr auto asItIs = static_cast<uid_t>(-1);
-    if (source.st_uid != target.st_uid) (void)::fchown(to, source.st_uid, asItIs); // root alone may
+    if (source.st_uid != target.st_uid) (void)::fchown(to, source.st_uid, asItIs); // only root may
     const bool groupKept = source.st_gid == target.st_gid || ::fchown(to, asItIs, source.st_gid) == 0;
     const bool listKept = copyExtendedAttributes(from, to);
-    // A list names what the owning group may do, and that is another group now.
+    // The list states the rights of the owning group, which is another group now.
     if (!groupKept) (void)::fremovexattr(to, accessList);
     mode_t mode = source.st_mode & permissionBits;
     if (!groupKept || !listKept) mode &= ~(S_IRWXG & ~((mode & S_IRWXO) << 3U));

@@ -18,7 +18,7 @@ namespace {
 constexpr std::size_t copyPiece = std::size_t{64} << 20;
 constexpr std::string_view writeSuffix = ".part";
 
-// Lets the disk begin with each piece while the next is copied to the kernel: the flush that follows waits the less.
+// Lets the disk write each piece while the next one is copied to the kernel, which shortens the flush that follows.
 void writeAll(int descriptor, std::string_view bytes, const std::filesystem::path& name) {
     constexpr std::size_t piece = std::size_t{2} << 20;
     off64_t begun = 0;
@@ -33,7 +33,7 @@ void writeAll(int descriptor, std::string_view bytes, const std::filesystem::pat
 }
 
 void flushFolder(const Folder& folder) {
-    // Some file systems cannot flush a folder and need not.
+    // Some file systems cannot flush a folder, and need not.
     if (::fsync(folder.descriptor()) != 0 && errno != EINVAL && errno != EROFS) throwFileError("fsync", folder.path());
 }
 
@@ -54,7 +54,7 @@ private:
     bool kept = false;
 };
 
-// How copy_file_range and sendfile say that they cannot serve these two files, before anything was copied.
+// The errors by which copy_file_range and sendfile refuse these two files, before anything was copied.
 bool meansUnsupported(int errorNumber) {
     return errorNumber == EXDEV || errorNumber == EOPNOTSUPP || errorNumber == EINVAL || errorNumber == ENOSYS
            || errorNumber == EPERM || errorNumber == EBADF;
@@ -86,7 +86,7 @@ void makePrivateFolders(const std::filesystem::path& folder) {
     if (folder.empty() || std::filesystem::is_directory(folder)) return;
     makePrivateFolders(folder.parent_path());
     if (::mkdir(folder.c_str(), S_IRWXU) == 0) {
-        // The process's umask may have taken away what the owner needs.
+        // The umask may have removed permissions that the owner needs.
         if (::chmod(folder.c_str(), S_IRWXU) != 0) throwFileError("chmod", folder);
         return;
     }
@@ -105,7 +105,7 @@ void writeAtomically(const Folder& folder, const std::string& name, std::string_
     const auto path = folder.path() / temporary;
     Descriptor opened = folder.create(temporary, S_IRUSR | S_IWUSR);
     TemporaryFile guard(folder, temporary);
-    // The process's umask may have taken more away than the mode asked for.
+    // The umask may have removed permissions that the mode asks for.
     if (::fchmod(opened.get(), S_IRUSR | S_IWUSR) != 0) throwFileError("chmod", path);
     writeAll(opened.get(), bytes, path);
     if (::fsync(opened.get()) != 0) throwFileError("fsync", path);
@@ -117,7 +117,7 @@ void writeAtomically(const Folder& folder, const std::string& name, std::string_
 
 void removeStaleWrites(const std::filesystem::path& file) {
     const std::string prefix = file.filename().string() + ".";
-    std::error_code unreadable; // a leftover that cannot be looked at or removed does no harm
+    std::error_code unreadable; // a leftover that cannot be read or removed does no harm
     std::error_code ignored;
     for (std::filesystem::directory_iterator entry(file.parent_path(), unreadable), end; !unreadable && entry != end;
          entry.increment(unreadable)) {
@@ -141,7 +141,7 @@ std::string readContents(int file, const std::filesystem::path& name) {
     if (::lseek(file, 0, SEEK_SET) < 0 && errno != ESPIPE) throwFileError("seek", name);
     std::string bytes;
     std::size_t length = 0;
-    // More than the size says, so that the end is seen without growing, and for parsers.
+    // More than the size, so that the end is found without growing, and for parsers.
     constexpr std::size_t more = 64;
     bytes.resize(static_cast<std::size_t>(attributes.st_size) + more);
     while (true) {
@@ -186,7 +186,7 @@ void copyContents(int from, int to, const std::filesystem::path& name, const std
         }
         if (size < 0) throwFileError("copy", name);
         if (size == 0 && copied == 0 && copier == 0) {
-            // copy_file_range finds nothing in files that only look empty, such as those of /proc.
+            // copy_file_range copies nothing from files whose size reads as 0, such as those of /proc.
             ++copier;
             continue;
         }

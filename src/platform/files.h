@@ -13,35 +13,33 @@ namespace zembrastel {
 
 class Folder;
 
-// Throws the filesystem_error for errno: what the system said of `file` when `operation` failed.
+// Throws the filesystem_error for errno (or `errorNumber`) after `operation` on `file` failed.
 [[noreturn]] void throwFileError(const char* operation, const std::filesystem::path& file);
 [[noreturn]] void throwFileError(const char* operation, const std::filesystem::path& file, int errorNumber);
 
-// Makes the folder and its missing parents for the owner alone (0700), whatever the umask. What exists is left as it
-// is.
+// Creates the folder and its missing parents with mode 0700, whatever the umask. Existing folders stay unchanged.
 void makePrivateFolders(const std::filesystem::path& folder);
 
-// Replaces the file in one step, for the owner alone (0600). The bytes go to a new file beside it, are flushed to the
-// disk and renamed into place: after a crash at any moment the old or the new file is there, entire.
+// Replaces the file in one step, with mode 0600. The bytes are written to a new file beside it, flushed to the disk and
+// renamed into place: after a crash at any moment the old or the new file is complete.
 void writeAtomically(const std::filesystem::path& file, std::string_view bytes);
 
-// The same for the file of that name in an open folder, which nobody can swap for another meanwhile.
+// The same for a file in an open folder, which another process cannot swap meanwhile.
 void writeAtomically(const Folder& folder, const std::string& name, std::string_view bytes);
 
-// Removes what writeAtomically left beside `file` in a run that was killed, once it is over an hour old. What cannot be
-// read or removed stays, without an error.
+// Removes files that killed runs of writeAtomically left beside `file`, if they are over an hour old. Files that cannot
+// be read or removed stay, without an error.
 void removeStaleWrites(const std::filesystem::path& file);
 
-// The file's bytes, with room for 64 more, which parsers that read by blocks ask for. Nothing when there is no such
-// file.
+// The file's bytes, with a capacity for 64 more, which block-reading parsers need. nullopt if the file does not exist.
 [[nodiscard]] std::optional<std::string> readFile(const std::filesystem::path& file);
 
-// The bytes of an open file, from its beginning, wherever it was read or written last; of a pipe what is still to come.
-// `name` is for messages.
+// The bytes of an open file from its beginning, whatever its position; of a pipe, the bytes still to come. `name` is
+// for messages.
 [[nodiscard]] std::string readContents(int file, const std::filesystem::path& name);
 
-// Copies all that is in the open file `from` to the open, empty file `to`, sharing the blocks where the file system
-// can. Calls `checkpoint` between pieces of at most 64 MiB; what it throws ends the copy. `name` is for messages.
+// Copies the open file `from` to the open, empty file `to`, sharing blocks if the file system can. Calls `checkpoint`
+// between pieces of at most 64 MiB; an exception from it ends the copy. `name` is for messages.
 void copyContents(int from, int to, const std::filesystem::path& name, const std::function<void()>& checkpoint);
 
 } // namespace zembrastel

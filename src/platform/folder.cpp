@@ -22,7 +22,7 @@ int openWithoutLinks(const std::filesystem::path& path) {
     how.resolve = RESOLVE_NO_SYMLINKS;
     const long opened = ::syscall(SYS_openat2, AT_FDCWD, path.c_str(), &how, sizeof how);
     if (opened >= 0 || (errno != ENOSYS && errno != EPERM)) return static_cast<int>(opened);
-    // No openat2 here (before Linux 5.6, or kept away by a sandbox): component by component.
+    // Without openat2 (before Linux 5.6, or forbidden by a sandbox): component by component.
     Descriptor folder(::open("/", folderFlags));
     for (const auto& component : path.relative_path()) {
         if (!folder) return -1;
@@ -32,7 +32,7 @@ int openWithoutLinks(const std::filesystem::path& path) {
     return folder ? ::fcntl(folder.get(), F_DUPFD_CLOEXEC, 0) : -1;
 }
 
-// How renameat2 says that the file system cannot do what its flag asks for.
+// The errors by which renameat2 reports that the file system does not support its flag.
 bool isUnsupportedRename(int errorNumber) {
     return errorNumber == EINVAL || errorNumber == ENOSYS || errorNumber == EOPNOTSUPP;
 }
@@ -84,7 +84,7 @@ std::optional<struct stat> Folder::attributes(const std::string& name) const {
 }
 
 Descriptor Folder::openForReading(const std::string& name) const {
-    // Not blocking: the name may have come to stand for a FIFO.
+    // Not blocking: the name may now be a FIFO.
     Descriptor file(::openat(opened.get(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     if (!file) throwFileError("open", place / name);
     return file;
@@ -102,7 +102,7 @@ bool Folder::install(const std::string& name, const std::string& newName) const 
     if (errno != EPERM && errno != EOPNOTSUPP && errno != ENOSYS && errno != EMLINK) {
         throwFileError("link", place / newName);
     }
-    // No hard links here: a rename that refuses to replace does the same.
+    // Without hard links, a rename that refuses to replace does the same.
     if (::renameat2(opened.get(), name.c_str(), opened.get(), newName.c_str(), RENAME_NOREPLACE) == 0) return true;
     if (errno == EEXIST) return false;
     if (!isUnsupportedRename(errno)) throwFileError("rename", place / newName);
@@ -122,7 +122,7 @@ bool Folder::installOverPlaceholder(const std::string& name, const std::string& 
     }
     placeholder.close(); // FUSE gives an open file that is replaced a name of its own
     const auto item = attributes(newName);
-    // By its date: some of these file systems number their files anew.
+    // Recognised by its date, since some of these file systems renumber their files.
     const bool ours = item && item->st_size == 0 && item->st_mtim.tv_sec == made.st_mtim.tv_sec;
     if (!ours) return false; // a file that appeared meanwhile
     try {

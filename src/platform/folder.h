@@ -1,8 +1,8 @@
-// An open folder, and what can be done with the items in it, never through a symbolic link.
+// An open folder and operations on its items, never through a symbolic link.
 //
-// Everything is relative to the held descriptor, so a folder that is renamed or swapped for a link meanwhile cannot
-// lead an operation astray. Names are single components. Any thread. Failures are thrown as
-// std::filesystem::filesystem_error; one that met a symbolic link has the code ELOOP.
+// All operations are relative to the held descriptor, so renaming the folder, or swapping it for a link, cannot
+// redirect them. Names are single path components. Any thread. Failures are thrown as
+// std::filesystem::filesystem_error, with the code ELOOP for a symbolic link.
 #pragma once
 
 #include "platform/descriptor.h"
@@ -15,8 +15,8 @@
 
 namespace zembrastel {
 
-// What the system calls the mounted file system that something is on: no longer the same once that was unmounted and
-// mounted again. On a kernel before 6.8 it may be the same again for the same disk.
+// The identity of a mounted file system. It changes when the file system is unmounted and mounted again; before Linux
+// 6.8 the same disk may get the same identity again.
 struct Mount {
     std::uint64_t mount = 0;
     std::uint32_t major = 0;
@@ -27,49 +27,49 @@ struct Mount {
 
 class Folder {
 public:
-    // Opens the folder at an absolute path of which no component is a link.
+    // Opens the folder at an absolute path that contains no link.
     [[nodiscard]] static Folder open(const std::filesystem::path& path);
 
-    // Opens the folder that the path leads to, links followed: for a place that the user or the system chose, once.
+    // Opens the folder at a path and follows links: for a place that the user or the system chose.
     [[nodiscard]] static Folder openThroughLinks(const std::filesystem::path& path);
 
-    // The folder of that name in this one; nothing when there is no item of that name, or one that is no folder.
+    // The sub-folder of that name; nullopt if there is none, or if the item is no folder.
     [[nodiscard]] std::optional<Folder> enter(const std::string& name) const;
 
-    // The same, made first with this mode, less the umask, when it is missing; an item of another kind is an error.
+    // The same, but creates a missing folder with this mode, less the umask. An item of another kind is an error.
     [[nodiscard]] Folder enterOrMake(const std::string& name, mode_t mode = 0777) const;
 
-    // Of the item itself; nothing when there is none.
+    // Those of the item itself, not of a link's target; nullopt if there is none.
     [[nodiscard]] std::optional<struct stat> attributes(const std::string& name) const;
 
     [[nodiscard]] Descriptor openForReading(const std::string& name) const;
 
-    // Makes a new file, for reading and writing; one that exists is an error.
+    // Creates a file for reading and writing. An existing one is an error.
     [[nodiscard]] Descriptor create(const std::string& name, mode_t mode) const;
 
-    // Gives a file the further, or only, name `newName`. False, with nothing changed, when an item of that name exists.
-    // Where the file system has neither hard links nor a rename that refuses to replace, an empty file takes the name
-    // for a moment. One that a kill leaves there is dated 1970, so that every copy on a server counts as newer.
+    // Gives a file the additional, or only, name `newName`. False, with nothing changed, if an item of that name
+    // exists. If the file system has neither hard links nor a rename that refuses to replace, an empty file has the
+    // name for a moment. If a kill leaves it there, its date is 1970, so every copy on a server counts as newer.
     [[nodiscard]] bool install(const std::string& name, const std::string& newName) const;
 
-    // Swaps two files in one step. False, with nothing done, where the file system cannot.
+    // Swaps two files in one step. False, with nothing done, if the file system cannot.
     [[nodiscard]] bool exchange(const std::string& name, const std::string& other) const;
 
-    // Moves the file over what the name in the target folder stands for.
+    // Renames the file over the item of that name in the target folder.
     void replace(const std::string& name, const Folder& target, const std::string& newName) const;
 
-    // Of the folder itself.
+    // That of the folder itself.
     [[nodiscard]] Mount mount() const;
 
-    // Removes the file if it is there.
+    // Removes the file if it exists.
     void remove(const std::string& name) const noexcept;
 
-    // Removes the folder of that name if it is there and empty.
+    // Removes the sub-folder if it exists and is empty.
     void removeFolder(const std::string& name) const noexcept;
 
     [[nodiscard]] int descriptor() const { return opened.get(); }
 
-    // Where the folder was when it was opened, for messages.
+    // The folder's path when it was opened, for messages.
     [[nodiscard]] const std::filesystem::path& path() const { return place; }
 
 private:

@@ -1,7 +1,7 @@
-// Whether the inode number of a file says anything about the file.
+// Whether the inode numbers of a file system identify its files.
 //
-// Any thread. On some file systems the kernel, or the program behind them, makes numbers up when it first meets a file,
-// and others when it meets the same file again after it forgot it.
+// Any thread. On some file systems the kernel, or the program behind them, invents a number when it first reads a file,
+// and another one when it reads the file again after dropping it from its cache.
 #pragma once
 
 #include <cstdint>
@@ -10,11 +10,11 @@ namespace zembrastel {
 
 enum class InodeNumbers { lasting, passing };
 
-// By the file system's type, as statfs(2) gives it. A type that is not known here has lasting numbers, as POSIX wants
-// them. Of FUSE none are relied on: some of its file systems have numbers of their own, but nothing tells which.
+// For a file system type of statfs(2). Unknown types count as lasting, as POSIX requires. All FUSE file systems count
+// as passing: some have lasting numbers, but cannot be distinguished.
 [[nodiscard]] InodeNumbers inodeNumbersOf(std::int64_t fileSystemType);
 
-// Of the file system that an open item is on.
+// For the file system of an open item.
 [[nodiscard]] InodeNumbers inodeNumbersAt(int descriptor);
 
 } // namespace zembrastel

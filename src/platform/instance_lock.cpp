@@ -17,12 +17,12 @@
 namespace zembrastel {
 namespace {
 
-// The same for the same name in the same folder, however the path to it is written.
+// Equal for the same folder, however its path is written.
 std::string nameOfPlace(const std::filesystem::path& folder) {
     const auto real = std::filesystem::canonical(folder);
     struct stat parent {};
     if (::stat(real.parent_path().c_str(), &parent) != 0) throwFileError("stat", real.parent_path());
-    // The name may be longer than that of a socket: FNV-1a makes a number of it.
+    // The name may be too long for a socket, so its FNV-1a hash is used.
     std::uint64_t hash = 14695981039346656037U;
     for (const char byte : real.filename().string()) hash = (hash ^ static_cast<unsigned char>(byte)) * 1099511628211U;
     return "zembrastel-state-" + std::to_string(::geteuid()) + '-' + std::to_string(parent.st_dev) + '-'
@@ -35,13 +35,12 @@ bool isOwnUsers(const Descriptor& connection) {
     return ::getsockopt(connection.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == ::geteuid();
 }
 
-// A socket of a name that the kernel gives to one program at a time and that needs no file. Nothing when another
-// program of this user has it. It comes on top of the lock: where it cannot be had for another reason, the lock alone
-// has to do, and the descriptor is empty.
+// An abstract socket, whose name the kernel gives to one program at a time. nullopt if another program of this user has
+// it. It supplements the lock: if it fails for another reason, the descriptor is empty and the lock alone must do.
 std::optional<Descriptor> claim(const std::string& name) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    std::memcpy(&address.sun_path[1], name.data(), name.size()); // after a NUL: no file
+    std::memcpy(&address.sun_path[1], name.data(), name.size()); // a leading NUL makes it abstract
     const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + name.size());
     const auto* const generic = reinterpret_cast<const sockaddr*>(&address);
     constexpr int kind = SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK;
@@ -64,7 +63,7 @@ std::optional<InstanceLock> InstanceLock::acquire(const std::filesystem::path& f
         if (errno == EWOULDBLOCK) return std::nullopt;
         if (errno != EINTR) throwFileError("flock", path);
     }
-    // The umask may have left it unreadable for the next run. On a file system without modes there is nothing to do.
+    // The umask may have left it unreadable for the next run. File systems without modes need no change.
     (void)::fchmod(file.get(), S_IRUSR | S_IWUSR);
     auto place = claim(nameOfPlace(folder));
     if (!place) return std::nullopt;

@@ -8,13 +8,13 @@
 
 namespace zembrastel {
 
-// Holds an exclusive flock on the file "lock" in the folder for as long as it lives, and a claim to the folder's place:
-// when the folder is moved away, or its lock file, and another is put in its place, that is not given to a second
-// program. The kernel drops both when the process ends, however it ends; children do not inherit them.
+// Holds an exclusive flock on the file "lock" in the folder, and a claim to the folder's path: if the folder or its
+// lock file is moved away and replaced, a second program cannot take the replacement. The kernel releases both when the
+// process ends in any way; children do not inherit them.
 class InstanceLock {
 public:
-    // Nothing when another program holds the lock. Throws std::filesystem::filesystem_error when the file cannot be
-    // made; the folder must exist.
+    // nullopt if another program holds the lock. Throws std::filesystem::filesystem_error if the file cannot be
+    // created; the folder must exist.
     [[nodiscard]] static std::optional<InstanceLock> acquire(const std::filesystem::path& folder);
 
 private:

@@ -17,7 +17,7 @@
 namespace zembrastel {
 namespace {
 
-constexpr std::chrono::seconds patience{5}; // of a client with a server that does not take its line
+constexpr std::chrono::seconds patience{5}; // how long a client waits for a server that does not accept its line
 constexpr std::chrono::milliseconds exhaustedWait{500};
 constexpr std::size_t pieceSize = std::size_t{64} << 10U;
 
@@ -29,7 +29,7 @@ Descriptor openFolder(const std::filesystem::path& folder) {
     return Descriptor(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
 }
 
-// By the open folder: an address has room for 107 bytes, too few for many a folder's path.
+// Through the open folder: an address has room for 107 bytes, too few for many paths.
 sockaddr_un addressIn(const Descriptor& folder, const std::string& name) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
@@ -64,7 +64,7 @@ LocalServer::LocalServer(const std::filesystem::path& folder, const std::string&
       listener(makeSocket(SOCK_NONBLOCK)), awakening(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
     if (!home) fail("open the folder");
     if (!listener || !awakening) fail("socket");
-    // The file takes the socket's mode from its first moment.
+    // The file gets the socket's mode when it is created.
     if (::fchmod(listener.get(), S_IRUSR | S_IWUSR) != 0) fail("fchmod");
     if (::unlinkat(home.get(), fileName.c_str(), 0) != 0 && errno != ENOENT) fail("unlink");
     const sockaddr_un address = addressIn(home, fileName);
@@ -114,7 +114,7 @@ void LocalServer::serve() {
     while (waitForEvents()) handOver();
 }
 
-// False at the end. On return every connection has been read and written as far as it goes without waiting.
+// False at the end. Afterwards every connection was read and written as far as possible without waiting.
 bool LocalServer::waitForEvents() {
     std::vector<pollfd> waiting;
     std::vector<Client> clients;
@@ -149,7 +149,7 @@ void LocalServer::exchange(Connection& connection) const {
     if (!connection.answering) read(connection, limits.line);
     write(connection);
     if (!connection.answering) return;
-    // Nothing is read from it now: whether it is still there has to be asked.
+    // It is not read at the moment, so whether it still exists must be queried.
     pollfd state{.fd = connection.socket.get(), .events = POLLRDHUP, .revents = 0};
     if (::poll(&state, 1, 0) > 0) connection.ended = true;
 }
@@ -196,10 +196,10 @@ void LocalServer::accept() {
 
 void LocalServer::makeRoom() {
     const auto stranger = std::ranges::find_if(connections, [](const auto& client) { return !client.second.known; });
-    if (stranger != connections.end()) connections.erase(stranger); // it was never told of: nobody misses it
+    if (stranger != connections.end()) connections.erase(stranger); // no callback has seen it
 }
 
-// Tells of what came, without the lock: the callbacks may take their time to note it.
+// Calls back without the lock, since callbacks may take time.
 void LocalServer::handOver() {
     std::vector<std::pair<Client, std::string>> lines;
     std::vector<Client> gone;

@@ -1,8 +1,8 @@
-// Lines of text between programs of one user on this machine, through a socket file in a folder of that user's.
+// Lines of text between programs of one user on this machine, through a socket file in a folder of that user.
 //
-// A path of any length will do for the folder. Only the user can connect: the file has mode 0600, and both sides ask
-// the system whose process the other is. Whoever connects is not trusted beyond that: what one side sends and does not
-// fetch is limited, and none can hold the other up.
+// The folder's path can have any length. Only the user can connect: the file has mode 0600, and both sides ask the
+// system for the other's user. Clients are not trusted beyond that: unread and unsent data is limited, and no client
+// can delay another.
 #pragma once
 
 #include "platform/descriptor.h"
@@ -27,33 +27,33 @@ public:
     using Client = std::uint64_t; // no number is used twice
 
     struct Limits {
-        // One more replaces the first that has not sent a line yet; without such a one it is turned away.
+        // A further client replaces the first that has not sent a line yet. If all have, it is disconnected.
         std::size_t clients = 16;
         std::size_t line = std::size_t{4} << 20U; // bytes; a client that sends more is disconnected
-        // Bytes that a client has not fetched; when a line is sent beyond them, it is disconnected.
+        // Bytes that a client has not read. A line beyond them disconnects it.
         std::size_t unread = std::size_t{1} << 20U;
     };
 
     // Called on the server's thread; must not block or throw.
     struct Callbacks {
-        // A line without its end. The client's next one is read after ready().
+        // A line without its line feed. The client's next line is read after ready().
         std::function<void(Client client, std::string line)> received;
         std::function<void(Client client)> gone = [](Client) {};
     };
 
-    // The folder must exist, and the caller have it to itself: a socket of that name is replaced. Throws
-    // std::system_error, also where the file system has no sockets.
+    // The folder must exist, and the caller must hold its lock: a socket of that name is replaced. Throws
+    // std::system_error, also if the file system has no sockets.
     LocalServer(const std::filesystem::path& folder, const std::string& name, Callbacks called);
     LocalServer(const std::filesystem::path& folder, const std::string& name, Callbacks called, Limits chosen);
     LocalServer(const LocalServer&) = delete;
     LocalServer& operator=(const LocalServer&) = delete;
-    // Disconnects everybody and removes the socket. No callback runs any more.
+    // Disconnects all clients and removes the socket. No callback runs afterwards.
     ~LocalServer();
 
-    // Has the client read the line as soon as it can; to one that has gone, nothing happens. Any thread.
+    // Sends the line as soon as the client reads; does nothing if it has disconnected. Any thread.
     void send(Client client, std::string_view line);
 
-    // Has the client's next line read. Any thread.
+    // Reads the client's next line. Any thread.
     void ready(Client client);
 
 private:
@@ -61,7 +61,7 @@ private:
         Descriptor socket;
         std::string input;
         std::string output;
-        bool answering = false; // its line was handed over, and ready() was not called
+        bool answering = false; // its line was passed to received(), and ready() was not called
         bool known = false;     // has sent a line
         bool ended = false;
     };
@@ -78,7 +78,7 @@ private:
 
     const Callbacks callbacks;
     const Limits limits;
-    Descriptor home; // the folder, for as long as the socket is in it
+    Descriptor home; // the folder, while the socket is in it
     std::string fileName;
     Descriptor listener;
     Descriptor awakening; // an eventfd
@@ -86,30 +86,30 @@ private:
     std::map<Client, Connection> connections;
     Client latest = 0;
     bool ending = false;
-    bool exhausted = false; // there was no descriptor for a new client: none is taken for a moment
+    bool exhausted = false; // no descriptor was free for a new client: accepting pauses for a moment
     std::thread thread;
 };
 
-// A client's end. One thread, but for end().
+// A client's end. One thread, except for end().
 class LocalConnection {
 public:
-    // Nothing when nobody serves there, or somebody else's process does.
+    // nullopt if no process serves there, or another user's does.
     [[nodiscard]] static std::optional<LocalConnection> open(
         const std::filesystem::path& folder, const std::string& name);
 
-    // False when the other side has gone or does not take it within some seconds.
+    // False if the other side has disconnected, or does not accept the line within five seconds.
     [[nodiscard]] bool send(std::string_view line);
 
-    // The next line without its end; nothing when the other side has closed, end() was called, or the time is over.
+    // The next line without its line feed. nullopt if the other side has closed, after end(), or after `atMost`.
     [[nodiscard]] std::optional<std::string> readLine(std::optional<std::chrono::milliseconds> atMost = std::nullopt);
 
-    // Ends readLine() for good, now or when it is next called. Any thread.
+    // Ends the present and every later readLine(). Any thread.
     void end() const;
 
-    // Whether readLine() met the end: nothing more will come.
+    // True after readLine() reached the end of the connection.
     [[nodiscard]] bool isOver() const { return over; }
 
-    // The process that made the other side's socket; nothing where the system does not tell.
+    // The process that created the other side's socket; nullopt if the system does not report it.
     [[nodiscard]] std::optional<int> process() const;
 
 private:

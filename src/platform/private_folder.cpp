@@ -32,7 +32,7 @@ bool isStale(const std::filesystem::path& folder) {
 Folder makePrivateFolder() {
     const auto parent = Folder::openThroughLinks(temporaryFolder());
     const auto name = std::string(prefix) + Uuid::random().text();
-    // The process's umask may take away what the owner needs.
+    // The umask may have removed permissions that the owner needs.
     if (::mkdirat(parent.descriptor(), name.c_str(), S_IRWXU) != 0
         || ::fchmodat(parent.descriptor(), name.c_str(), S_IRWXU, 0) != 0) {
         throwFileError("mkdir", parent.path() / name);
@@ -47,8 +47,8 @@ Folder makePrivateFolder() {
     }
 }
 
-// Files alone; the folder names itself and its parent too. By the descriptor that is held: when there are no others to
-// be had, the folder must go all the same.
+// Removes files only; the listing also has the folder itself and its parent. Uses the held descriptor, so that it works
+// when no further one can be opened.
 void removeFiles(const Folder& folder) {
     alignas(dirent64) std::array<char, 4096> buffer{};
     (void)::lseek(folder.descriptor(), 0, SEEK_SET);

@@ -1,6 +1,6 @@
-// A working folder in the system's temporary folder, for its owner alone, gone with the object.
+// A working folder of mode 0700 in the system's temporary folder, removed by the destructor.
 //
-// What is made in it through folder() is in the folder that was made, whatever another program puts in its place.
+// Items that are created through folder() are in this folder, even if another program replaces its path.
 #pragma once
 
 #include "platform/folder.h"
@@ -11,11 +11,11 @@ namespace zembrastel {
 
 class PrivateFolder {
 public:
-    // Makes "zembrastel-" and a fresh id with mode 0700. Throws std::filesystem::filesystem_error.
+    // Creates "zembrastel-" and a new id. Throws std::filesystem::filesystem_error.
     PrivateFolder();
     PrivateFolder(const PrivateFolder&) = delete;
     PrivateFolder& operator=(const PrivateFolder&) = delete;
-    // Removes the folder with all it holds; what cannot be removed stays.
+    // Removes the folder with its contents. Items that cannot be removed stay.
     ~PrivateFolder();
 
     [[nodiscard]] const std::filesystem::path& path() const { return opened.path(); }
@@ -25,8 +25,8 @@ private:
     Folder opened;
 };
 
-// Removes the folders that runs of this user left behind when they were killed: those over an hour old, which is
-// longer than any transfer may take. What cannot be read or removed stays, without an error.
+// Removes folders of killed runs of this user that are over an hour old, which is longer than any transfer may take.
+// Folders that cannot be read or removed stay, without an error.
 void removeStalePrivateFolders();
 
 } // namespace zembrastel

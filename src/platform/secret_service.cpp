@@ -8,7 +8,7 @@
 namespace zembrastel {
 namespace {
 
-// libsecret's item and this program's description of one share a name.
+// libsecret has a type of the same name.
 using StoredItem = ::SecretItem;
 
 struct Unref {
@@ -24,7 +24,7 @@ struct Unref {
 template <class Object>
 using Owned = std::unique_ptr<Object, Unref>;
 
-// The service's name on the bus belongs to nobody, or no longer to the one known so far.
+// No process owns the service's name on the bus, or another one than before does.
 class ServiceMissing : public SecretServiceError {
 public:
     explicit ServiceMissing(int status) : SecretServiceError(status, "No secret service is running") {}
@@ -36,7 +36,7 @@ SecretServiceError busMissing(int status) {
     return {status, "No secret service is running, since there is no session bus"};
 }
 
-// Where a call leaves its error.
+// Receives the error of a call.
 class Failure {
 public:
     Failure() = default;
@@ -46,16 +46,16 @@ public:
 
     [[nodiscard]] GError** slot() { return &error; }
 
-    // Throws the error, if there is one, as what it means here.
+    // Throws the error, if there is one, as the exception that it means here.
     void check() const {
         if (error == nullptr) return;
         if (g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_SERVICE_UNKNOWN)) throw ServiceMissing(error->code);
         if (g_error_matches(error, SECRET_ERROR, SECRET_ERROR_IS_LOCKED)) throw storeLocked();
-        g_dbus_error_strip_remote_error(error); // the name of the remote exception is nothing for a user
+        g_dbus_error_strip_remote_error(error); // users need not see the name of the remote exception
         throw SecretServiceError(error->code, error->message);
     }
 
-    // The same for storing, where an object that is not there can only be the collection.
+    // The same for storing, where a missing object can only be the collection.
     void checkStore() const {
         if (g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_UNKNOWN_METHOD)) {
             throw SecretServiceError(error->code, "The secret service has no collection to keep passwords in");
@@ -63,7 +63,7 @@ public:
         check();
     }
 
-    // The same where any error at all means that there is no bus.
+    // The same where any error means that there is no bus.
     void checkBus() const {
         if (error != nullptr) throw busMissing(error->code);
     }
@@ -90,8 +90,8 @@ Connection connect() {
     return connection;
 }
 
-// After a failure nothing that was learnt of the service is relied on again, neither its address, which changes with a
-// restart, nor the session for encrypted transfer, which ends with it.
+// After a failure the service's address and the session for encrypted transfer are discarded: both change with a
+// restart of the service.
 template <class Operation>
 auto attempt(Operation operation) {
     try {
@@ -111,7 +111,7 @@ auto onService(Operation operation) {
     }
 }
 
-// Matching goes by the two attributes alone, so that an item made with another tool is found as well.
+// Matches by the two attributes only, so that items of other tools are found as well.
 const SecretSchema* schema() {
     static const SecretSchema generic = [] {
         SecretSchema built{};
@@ -137,7 +137,7 @@ using Items = std::vector<Owned<StoredItem>>;
 
 bool isLocked(const Owned<StoredItem>& item) { return secret_item_get_locked(item.get()) != FALSE; }
 
-// Never prompts: what is locked comes without its secret, or not at all.
+// Never prompts: a locked item is returned without its secret, or not at all.
 Items search(SecretService* service, const SecretItem& item) {
     const auto flags = static_cast<SecretSearchFlags>(SECRET_SEARCH_ALL | SECRET_SEARCH_LOAD_SECRETS);
     const Owned<GHashTable> attributes = attributesOf(item);
@@ -152,7 +152,7 @@ Items search(SecretService* service, const SecretItem& item) {
     return items;
 }
 
-// Nothing when there is none.
+// nullopt if there is none.
 Owned<SecretCollection> defaultCollection(SecretService* service) {
     Failure failure;
     Owned<SecretCollection> collection(secret_collection_for_alias_sync(
@@ -161,7 +161,7 @@ Owned<SecretCollection> defaultCollection(SecretService* service) {
     return collection;
 }
 
-// Asks the user to unlock these items and collections. Refusing it, or having nothing to ask with, is no error there.
+// Asks the user to unlock these items and collections. A refusal, or a missing prompter, is no error.
 void unlock(SecretService* service, GList* objects) {
     Failure failure;
     const gint unlocked = secret_service_unlock_sync(service, objects, nullptr, nullptr, failure.slot());
@@ -169,7 +169,8 @@ void unlock(SecretService* service, GList* objects) {
     if (unlocked <= 0) throw storeLocked();
 }
 
-// The matching items, unlocked. A locked collection may hide its items, so none found means none only in an open one.
+// The matching items, unlocked. A locked collection may hide its items, so an empty result is reliable only after
+// unlocking.
 Items find(SecretService* service, const SecretItem& item) {
     Items items = search(service, item);
     Owned<GList> locked;

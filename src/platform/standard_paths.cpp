@@ -7,7 +7,7 @@
 namespace zembrastel {
 namespace {
 
-// The conventions have relative paths in these variables ignored.
+// The XDG specification: relative paths in these variables are invalid and ignored.
 std::filesystem::path absoluteFromEnvironment(const char* variable) {
     const char* value = std::getenv(variable);
     std::filesystem::path path(value == nullptr ? "" : value);

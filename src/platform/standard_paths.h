@@ -1,4 +1,4 @@
-// Where the desktop's conventions put things (XDG base directories).
+// Standard folders (XDG Base Directory Specification).
 #pragma once
 
 #include <filesystem>
@@ -11,7 +11,7 @@ namespace zembrastel {
 // $XDG_CONFIG_HOME, or .config in the user's home folder.
 [[nodiscard]] std::filesystem::path configFolder();
 
-// $HOME, or what the system knows as the user's; "/" where neither is known.
+// $HOME, or the home folder of the user database; "/" if neither is known.
 [[nodiscard]] std::filesystem::path homeFolder();
 
 // $TMPDIR, or /tmp.

@@ -67,8 +67,9 @@ bool isDigit(UChar32 c) {
 
 bool isControl(UChar32 c) { return c < 0x20 || (c >= 0x7F && c < 0xA0); }
 
-// Does it change how its neighbours are shown, or make two texts look the same, without a shape of its own? Overrides
-// of the writing direction, separators of lines, joiners, fillers and tags do. Not the selectors of an emoji's form.
+// True for characters without a shape of their own that change how their neighbours are shown, or make two texts look
+// the same: overrides of the writing direction, line separators, joiners, fillers and tags. False for the selectors of
+// an emoji's form.
 bool isInvisible(UChar32 c) {
     if (c < 0xA0) return false;
     const auto type = u_charType(c);
@@ -85,24 +86,24 @@ constexpr Word each(unsigned char byte) { return Word{0x0101010101010101} * byte
 
 constexpr bool anyBeyondAscii(Word word) { return (word & each(0x80)) != 0; }
 
-// A subtraction sets the highest bit of a byte that is too small; only bytes without that bit count. `limit` <= 0x80.
+// Subtraction sets the highest bit of each byte below `limit` (at most 0x80); bytes that had that bit do not count.
 constexpr bool anyBelow(Word word, unsigned char limit) { return ((word - each(limit)) & ~word & each(0x80)) != 0; }
 
 constexpr bool anyEqual(Word word, unsigned char byte) { return anyBelow(word ^ each(byte), 1); }
 
-// The first character of a kind, and its bytes; at the end of the text, with size 0, when there is none.
+// The first character of a kind, and its size in bytes. If there is none: the end of the text, and 0.
 struct Place {
     std::size_t at;
     std::size_t size;
 };
 
-// Is the text's first character of the kind sought, and how many bytes on does the search go?
+// Whether the first character is of the kind sought, and how many bytes to advance.
 struct Step {
     bool found;
     std::size_t size;
 };
 
-// `suspect` may not clear a word in which a character of the kind begins, and has to clear one of letters.
+// `suspect` must not clear a word in which a character of the kind begins, and must clear a word of letters.
 template <class Suspect, class Look>
 Place findFirst(std::string_view text, Suspect suspect, Look look) {
     std::size_t at = 0;
@@ -116,7 +117,7 @@ Place findFirst(std::string_view text, Suspect suspect, Look look) {
             std::memcpy(&rest, text.data() + at, text.size() - at);
             if (!suspect(rest)) break;
         }
-        // Through the suspect word, or the rest that fills no word.
+        // Checks the suspect word, or the rest that fills no word, character by character.
         for (const std::size_t end = std::min(at + sizeof(Word), text.size()); at < end;) {
             const Step next = look(text.substr(at));
             if (next.found) return {at, next.size};
@@ -132,7 +133,7 @@ Step characterStep(std::string_view rest, Class belongs) {
     return {belongs(next.value), next.size};
 }
 
-// Goes by bytes: the first byte of a character is never inside another, so nothing needs decoding to find a few.
+// Works on bytes: the first byte of a character never occurs inside another, so no decoding is needed.
 Step lineBreakStep(std::string_view rest) {
     constexpr Step goOn{false, 1};
     switch (rest.front()) {
@@ -218,7 +219,7 @@ void appendHex(std::string& text, std::string_view prefix, char byte) {
     text += hexDigits[value & 0x0F];
 }
 
-// `spell(shown, bytes, codePoint)` adds what stands for a character that is not to be shown as it is.
+// `spell(shown, bytes, codePoint)` appends the escape of a character that is not shown as it is.
 std::string withHiddenSpelledOut(std::string_view text, const auto& spell) {
     std::string shown;
     shown.reserve(text.size());
@@ -240,7 +241,7 @@ void require(UErrorCode status, const char* what) {
 }
 
 std::unique_ptr<const icu::Collator> makeNameOrder() {
-    // The POSIX locale is no language: it would set all capitals before all small letters.
+    // The POSIX locale is no language: it would sort all capitals before all small letters.
     const icu::Locale& user = icu::Locale::getDefault();
     const bool noLanguage = std::string_view(user.getVariant()) == "POSIX";
     UErrorCode status = U_ZERO_ERROR;
@@ -399,7 +400,7 @@ std::string nameSortKey(std::string_view name) {
 std::optional<std::chrono::sys_seconds> parseHttpDate(std::string_view text) {
     constexpr std::size_t longest = 256; // bytes, more than any name of a time zone needs
     if (text.size() > longest) return std::nullopt;
-    thread_local const icu::SimpleDateFormat format = makeHttpDateFormat(); // not to be shared between threads
+    thread_local const icu::SimpleDateFormat format = makeHttpDateFormat(); // threads must not share it
     const icu::UnicodeString date = icu::UnicodeString::fromUTF8(piece(text));
     icu::ParsePosition position(0);
     const UDate milliseconds = format.parse(date, position);

@@ -17,10 +17,10 @@ struct Uuid {
 
     [[nodiscard]] static Uuid random();
 
-    // Reads the hyphenated form, 8-4-4-4-12 hexadecimal digits in either case; nothing for any other text.
+    // Reads the hyphenated form, 8-4-4-4-12 hexadecimal digits in either case; nullopt for other texts.
     [[nodiscard]] static std::optional<Uuid> parse(std::string_view text);
 
-    // The hyphenated form with upper-case digits: the one form that is ever written.
+    // The hyphenated form with upper-case digits, the only form that the program writes.
     [[nodiscard]] std::string text() const;
 
     friend auto operator<=>(const Uuid&, const Uuid&) = default;

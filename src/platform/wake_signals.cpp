@@ -24,10 +24,10 @@ using Owned = std::unique_ptr<Object, Unref>;
 
 } // namespace
 
-// Kept by the thread as well, which may outlive the object that started it.
+// The thread holds it too, and may outlive the object that started it.
 class WakeSignals::Listener {
 public:
-    explicit Listener(std::function<void()> called) : tell(std::move(called)) {}
+    explicit Listener(std::function<void()> called) : report(std::move(called)) {}
 
     static void start(const std::shared_ptr<Listener>& listener) {
         listener->thread = std::thread([listener] { listener->listen(); });
@@ -86,7 +86,7 @@ private:
     void listenToNetwork() {
         monitor = g_network_monitor_get_default();
         connectivity = g_network_monitor_get_connectivity(monitor);
-        // Which of them comes depends on who watches the network for GIO.
+        // Which of them arrives depends on GIO's network backend.
         const auto networkChanged = +[](GNetworkMonitor* source, gboolean, gpointer self) {
             static_cast<Listener*>(self)->take(g_network_monitor_get_connectivity(source));
         };
@@ -97,7 +97,7 @@ private:
         g_signal_connect(monitor, "notify::connectivity", G_CALLBACK(connectivityChanged), this);
     }
 
-    // More of the world can be reached than before: routes come and go without that, above all where containers run.
+    // Only if more can be reached than before: routes also change without that, above all with containers.
     void take(GNetworkConnectivity now) {
         if (std::exchange(connectivity, now) < now) gather();
     }
@@ -106,18 +106,18 @@ private:
         if (std::exchange(gathering, true)) return;
         const Owned<GSource> timer(g_timeout_source_new(gatheringMilliseconds));
         const auto due = [](gpointer self) -> gboolean {
-            static_cast<Listener*>(self)->tellOnce();
+            static_cast<Listener*>(self)->reportOnce();
             return G_SOURCE_REMOVE;
         };
         g_source_set_callback(timer.get(), due, this, nullptr);
         g_source_attach(timer.get(), context.get());
     }
 
-    // Under the lock, so that stop() knows that nothing is told any more.
-    void tellOnce() {
+    // Under the lock, so that no call begins after stop().
+    void reportOnce() {
         gathering = false;
         const std::lock_guard lock(mutex);
-        if (!stopping) tell();
+        if (!stopping) report();
     }
 
     void leave(GDBusConnection* bus) {
@@ -125,7 +125,7 @@ private:
         if (bus != nullptr) g_dbus_connection_signal_unsubscribe(bus, subscription);
     }
 
-    const std::function<void()> tell;
+    const std::function<void()> report;
     const std::unique_ptr<GCancellable, UnrefCancellable> cancellable{g_cancellable_new()};
     const Owned<GMainContext> context{g_main_context_new()};
     std::mutex mutex;
@@ -133,14 +133,14 @@ private:
     bool stopping = false;
     bool ended = false;
     std::thread thread;
-    // The thread's own.
+    // Used by the thread only.
     guint subscription = 0;
     GNetworkMonitor* monitor = nullptr;
     GNetworkConnectivity connectivity = G_NETWORK_CONNECTIVITY_LOCAL;
     bool gathering = false;
 };
 
-WakeSignals::WakeSignals(std::function<void()> tell) : listener(std::make_shared<Listener>(std::move(tell))) {
+WakeSignals::WakeSignals(std::function<void()> report) : listener(std::make_shared<Listener>(std::move(report))) {
     Listener::start(listener);
 }
 

@@ -1,9 +1,8 @@
-// Tells when it is worth trying again what failed: the machine has woken from sleep, or its network is back.
+// Reports when a retry is worthwhile: the machine has woken from sleep, or its network is back.
 //
-// Waking is told by logind on the system bus, the network by GIO's monitor (NetworkManager's word, or the kernel's
-// own). Both are asked on a thread of its own, so that neither making nor destroying the object waits for a service.
-// Where one is missing it is never heard of. One object a process: GIO has one monitor, which stays with the thread
-// that asked for it first.
+// logind on the system bus reports waking; GIO's monitor (NetworkManager, or the kernel) reports the network. The
+// object listens on a thread of its own, so neither its constructor nor its destructor waits for a service. A missing
+// service is ignored. One object per process: GIO has one monitor, bound to the thread that first used it.
 #pragma once
 
 #include <functional>
@@ -13,12 +12,12 @@ namespace zembrastel {
 
 class WakeSignals {
 public:
-    // Calls `tell` on the thread of its own, once for what comes within half a second, and not once the destructor has
+    // Calls `report` on that thread, once for all signals within half a second, and never after the destructor has
     // begun. It must not throw.
-    explicit WakeSignals(std::function<void()> tell);
+    explicit WakeSignals(std::function<void()> report);
     WakeSignals(const WakeSignals&) = delete;
     WakeSignals& operator=(const WakeSignals&) = delete;
-    // Lets the thread go where a service keeps it for more than half a second.
+    // Detaches the thread if a service blocks it for more than half a second.
     ~WakeSignals();
 
 private:

@@ -5,6 +5,7 @@
 
 #include "model/fingerprint.h"
 #include "model/remote_date.h"
+#include "sync/phase.h"
 #include "sync/transfer_progress.h"
 
 #include <cstdint>
@@ -20,11 +21,9 @@ namespace event {
 
 // Every phase change, and every poll.
 struct Status {
-    std::string title;
+    Phase phase = Phase::watching; // filesMissing: see SyncWorker::filesMayBeGone
     std::string detail;
     std::int64_t pending = 0; // changed files
-    // The worker found none of the files that count as synchronised, and waits: see SyncWorker::filesMayBeGone.
-    bool filesMissing = false;
 };
 
 // A line for the activity log.

@@ -64,11 +64,11 @@ struct FTPTransport {
     // One run of curl, a conversation of one block: the options that every operation has, then `options`. Returns what
     // curl wrote to its standard output. The one local file that curl may read or write is the open `localFile`, which
     // the options call ChildProcess::filePath: curl is given no path of the local side, so nobody can put a link into
-    // one. What `position` tells goes to the observer. A file that would become longer than `mostWritten` fails the
+    // one. What `position` tells goes to the observer. A file that would become longer than `maxWritten` fails the
     // run.
     std::string run(
         std::string_view path, bool directory, const std::vector<TransferOption>& options, int localFile = -1,
-        const Position& position = {}, std::optional<std::uint64_t> mostWritten = std::nullopt) const;
+        const Position& position = {}, std::optional<std::uint64_t> maxWritten = std::nullopt) const;
 
     // The same run, with all that was said in it. A failure is part of the transcript and not thrown.
     [[nodiscard]] Transcript transcribe(

@@ -20,7 +20,7 @@ namespace {
 class Diary final : public ModelObserver {
 public:
     void activityLogged(const Uuid&, const Activity& line) override {
-        if (line.text.starts_with("Uploaded ")) uploads.push_back(line.text);
+        if (line.kind == Activity::Kind::uploaded) uploads.push_back(line.text);
     }
 
     std::vector<std::string> uploads; // the oldest first
@@ -38,7 +38,7 @@ protected:
         const auto refuse = [] { ADD_FAILURE() << "the secret store was called"; };
         model = std::make_unique<AppModel>(
             queue, AppModel::Options{
-                       .demo = true,
+                       .demonstration = demonstration(clock),
                        .passwordAccess = {
                            .save = [refuse](const std::string&, const Uuid&) { refuse(); },
                            .read =
@@ -77,12 +77,12 @@ TEST_F(Demo, APauseStopsItAndResumingGoesOnWhereItWas) {
     for (std::size_t count = 3; count <= 40; count += 3) {
         ASSERT_TRUE(uploads(count));
         model->toggle(id);
-        EXPECT_FALSE(model->running(id) || status().active);
-        EXPECT_EQ(status().title, "Paused");
+        EXPECT_FALSE(model->running(id) || status().active());
+        EXPECT_EQ(status().title(), "Paused");
         const auto heard = diary->uploads;
         ASSERT_TRUE(workOff(queue));
         EXPECT_EQ(diary->uploads, heard) << "a paused profile reports no more";
-        EXPECT_EQ(status().title, "Paused");
+        EXPECT_EQ(status().title(), "Paused");
         model->toggle(id);
     }
     ASSERT_TRUE(uploads(40));

@@ -64,6 +64,36 @@ TEST_F(JobLifecycle, StoppingInTheMiddleLosesNothingThatWasSent) {
     EXPECT_EQ(model->status(id()).uploaded, static_cast<std::int64_t>(60 - live));
 }
 
+TEST_F(JobLifecycle, StoppedWorkerEndsBeforeTheNextCheckBegins) {
+    std::atomic<int> checks = 0;
+    std::atomic<bool> isWorking = false;
+    std::atomic<bool> isEnding = false;
+    std::atomic<bool> overlapped = false;
+    AppModel::Options how{.clock = clock};
+    how.work.check = [&](const FTPTransport&, const ServerRecord&, const std::stop_token&) {
+        ++checks;
+        if (isEnding) overlapped = true;
+        return ServerCheck{};
+    };
+    how.work.watch = [&](const SyncWorker&, const std::stop_token& stop) {
+        isWorking = true;
+        (void)testing::eventually([&] { return stop.stop_requested(); });
+        if (checks > 1) return;
+        isEnding = true;
+        std::this_thread::sleep_for(300ms); // the last step
+        isEnding = false;
+    };
+    withProfile();
+    restart(how).start(id());
+    ASSERT_TRUE(runUntil([&] { return isWorking.load(); }));
+    model->stopJob(id());
+    ASSERT_TRUE(testing::eventually([&] { return isEnding.load(); }));
+    model->start(id());
+    ASSERT_TRUE(runUntil([&] { return logged("Watching started.") == 2; }));
+    model.reset();
+    EXPECT_FALSE(overlapped);
+}
+
 TEST_F(JobLifecycle, FailingCheckKeepsUploadsBackAndIsRetriedUntilTheServerIsBack) {
     testing::writeFile(site / "page", "new");
     server.stop();
@@ -73,14 +103,14 @@ TEST_F(JobLifecycle, FailingCheckKeepsUploadsBackAndIsRetriedUntilTheServerIsBac
     };
     withProfile().start(id());
     ASSERT_TRUE(reaches("Server check needs attention"));
-    EXPECT_TRUE(model->status(id()).failed);
+    EXPECT_TRUE(model->status(id()).failed());
     EXPECT_TRUE(model->status(id()).detail.ends_with(" Uploads remain paused; the check will retry automatically."));
     EXPECT_TRUE(model->checkFailures().at(id()).starts_with("curl: (7)"));
     ASSERT_TRUE(uploads(1));
     const std::vector<std::chrono::nanoseconds> expected{5s, 10s, 20s, 40s, 60s, 60s, 60s};
     const auto sleeps = clock.sleeps();
     EXPECT_EQ((std::vector<std::chrono::nanoseconds>(sleeps.begin(), sleeps.begin() + 7)), expected);
-    EXPECT_FALSE(model->status(id()).failed);
+    EXPECT_FALSE(model->status(id()).failed());
     EXPECT_TRUE(model->checkFailures().empty());
 
     model->stopJob(id());
@@ -143,7 +173,7 @@ TEST_F(JobLifecycle, StartThatCannotWorkIsRefusedWithTheReason) {
     model->start(id());
     model->start(other.id);
     EXPECT_FALSE(model->running(other.id));
-    EXPECT_EQ(model->status(other.id).title, "Needs attention");
+    EXPECT_EQ(model->status(other.id).title(), "Needs attention");
     EXPECT_EQ(model->status(other.id).detail, "This folder is already being watched by another profile.");
     model->stopJob(id());
 
@@ -153,11 +183,11 @@ TEST_F(JobLifecycle, StartThatCannotWorkIsRefusedWithTheReason) {
     for (auto& profile : state.profiles) profile.enabled = true;
     StateStore(stateFolder / "state").save(state);
     restart().startEnabled();
-    EXPECT_EQ(model->status(id()).title, "Needs attention");
+    EXPECT_EQ(model->status(id()).title(), "Needs attention");
     EXPECT_EQ(
         model->status(id()).detail, "No files or folders are selected. Use Edit sync contents to choose what to sync.");
-    EXPECT_EQ(model->status(other.id).title, "Choose download contents");
-    EXPECT_TRUE(model->status(other.id).failed);
+    EXPECT_EQ(model->status(other.id).title(), "Choose download contents");
+    EXPECT_TRUE(model->status(other.id).failed());
     for (const auto& profile : saved().profiles) EXPECT_FALSE(profile.enabled);
 }
 
@@ -174,17 +204,17 @@ TEST_F(JobLifecycle, WaitingForThePasswordBlocksNothingAndCanBeStopped) {
     fs::create_directory(unknown.localFolder);
     model->save(unknown, std::nullopt);
     model->start(unknown.id);
-    EXPECT_EQ(model->status(unknown.id).title, "Starting");
-    EXPECT_TRUE(model->status(unknown.id).active);
+    EXPECT_EQ(model->status(unknown.id).title(), "Starting");
+    EXPECT_TRUE(model->status(unknown.id).active());
     model->start(id()); // known for this session: needs no answer
     EXPECT_TRUE(reaches("Watching"));
 
     model->toggle(unknown.id);
-    EXPECT_EQ(model->status(unknown.id).title, "Paused");
+    EXPECT_EQ(model->status(unknown.id).title(), "Paused");
     model->start(unknown.id);
     answer.set_value();
-    ASSERT_TRUE(runUntil([&] { return model->status(unknown.id).failed; }));
-    EXPECT_EQ(model->status(unknown.id).title, "Needs attention");
+    ASSERT_TRUE(runUntil([&] { return model->status(unknown.id).failed(); }));
+    EXPECT_EQ(model->status(unknown.id).title(), "Needs attention");
     EXPECT_EQ(model->status(unknown.id).detail, "Keychain: nobody answered.");
     EXPECT_FALSE(model->running(unknown.id));
 }
@@ -225,11 +255,11 @@ TEST_F(JobLifecycle, ThreadThatCannotBeHadForThePasswordIsTold) {
     ASSERT_EQ(::pthread_setattr_default_np(&unbounded), 0);
     model->start(unknown.id);
     ASSERT_EQ(::pthread_setattr_default_np(&usual), 0);
-    ASSERT_TRUE(runUntil([&] { return model->status(unknown.id).failed; }));
+    ASSERT_TRUE(runUntil([&] { return model->status(unknown.id).failed(); }));
     EXPECT_TRUE(model->status(unknown.id).detail.starts_with("The secret store cannot be asked now: "))
         << model->status(unknown.id).detail;
     model->start(unknown.id); // asks again
-    EXPECT_TRUE(runUntil([&] { return model->status(unknown.id).failed; }));
+    EXPECT_TRUE(runUntil([&] { return model->status(unknown.id).failed(); }));
     EXPECT_FALSE(model->status(unknown.id).detail.starts_with("The secret store cannot be asked now: "));
 }
 
@@ -250,11 +280,11 @@ TEST_F(JobLifecycle, EveryJobCanBeStoppedAndReplacedAndLeavesNoThread) {
         EXPECT_TRUE(runUntil([&pieces] { return pieces-- == 0; }));
         model->toggle(id());
     }
-    EXPECT_EQ(model->status(id()).activity.size(), ProfileStatus::mostActivities);
-    EXPECT_EQ(model->status(id()).title, "Paused");
+    EXPECT_EQ(model->status(id()).activity.size(), ProfileStatus::maxActivities);
+    EXPECT_EQ(model->status(id()).title(), "Paused");
     // Nothing of the stopped jobs is heard again.
     EXPECT_TRUE(testing::eventually([&] { return testing::workOff(queue) && threadsOfThisProcess() <= threads; }));
-    EXPECT_EQ(model->status(id()).title, "Paused");
+    EXPECT_EQ(model->status(id()).title(), "Paused");
     EXPECT_EQ(model->status(id()).activity.front().text, "Watching paused.");
 
     model->start(id());
@@ -273,11 +303,11 @@ TEST_F(JobLifecycle, StateThatCannotBeSavedIsToldAndSavedOnceItCan) {
     enabled.enabled = true;
     EXPECT_THROW(model->save(enabled, std::nullopt), std::exception);
     EXPECT_FALSE(model->running(id())) << "with settings that the next start would not find";
-    EXPECT_TRUE(model->status(id()).failed);
+    EXPECT_TRUE(model->status(id()).failed());
     model->start(id());
     ASSERT_TRUE(uploads(1));
     ASSERT_TRUE(runUntil([&] { return model->status(id()).detail.starts_with("Could not save sync state: "); }));
-    EXPECT_EQ(model->status(id()).title, "Needs attention");
+    EXPECT_EQ(model->status(id()).title(), "Needs attention");
     EXPECT_EQ(onServer("a"), "1");
     fs::remove_all(file);
     testing::writeFile(site / "b", "2");

@@ -52,7 +52,7 @@ protected:
     }
 
     [[nodiscard]] bool reaches(const std::string& title) {
-        return runUntil([&] { return model->status(id()).title == title; });
+        return runUntil([&] { return model->status(id()).title() == title; });
     }
 
     [[nodiscard]] bool uploads(std::int64_t count) {

@@ -59,7 +59,7 @@ TEST_F(ProfileOperations, NarrowedContentsAreForgottenAndReAddedOnesComparedAfre
     EXPECT_FALSE(edited().enabled);
     EXPECT_FALSE(edited().needsDownload);
     EXPECT_FALSE(model->running(id()));
-    EXPECT_EQ(model->status(id()).title, "Nothing selected");
+    EXPECT_EQ(model->status(id()).title(), "Nothing selected");
     EXPECT_EQ(model->status(id()).detail, "Choose files or folders in Edit sync contents to resume syncing.");
 }
 

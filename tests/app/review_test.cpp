@@ -67,7 +67,7 @@ TEST_F(Review, EachFileGoesTheWayThatWasChosenForItAndLosesNothing) {
         "2 newer server files found. Uploads are paused until you choose which versions to keep.");
     EXPECT_EQ(decide({"theirs"}), Decision::accepted);
     EXPECT_FALSE(model->presentedReview());
-    EXPECT_EQ(model->status(id()).title, "Downloading server changes");
+    EXPECT_EQ(model->status(id()).title(), "Downloading server changes");
     EXPECT_EQ(model->status(id()).detail, "Replacing 1 selected local files, with backups.");
     ASSERT_TRUE(uploads(2));
     EXPECT_EQ(onServer("both"), "local edit");
@@ -94,11 +94,14 @@ TEST_F(Review, LeftFileStaysAwayUntilEverythingIsSent) {
     model->sendAgain(id(), Resend::everything);
     ASSERT_TRUE(reaches("Server check needs attention"));
     EXPECT_EQ(savedBaseline().size(), 2U) << "nothing is forgotten before the comparison";
+    restart(); // the request outlives the program
     server.restart();
+    model->start(id());
     ASSERT_TRUE(uploads(1));
     ASSERT_TRUE(reaches("Watching"));
     EXPECT_EQ(model->status(id()).uploaded, 1) << "the other file is equal";
     EXPECT_EQ(onServer("gone"), "1");
+    EXPECT_EQ(ResendRequest(stateFolder / "state", id()).read(), std::nullopt);
 }
 
 TEST_F(Review, DecisionIsKeptByAProgramThatDoesNotWatch) {
@@ -107,7 +110,7 @@ TEST_F(Review, DecisionIsKeptByAProgramThatDoesNotWatch) {
     ASSERT_TRUE(reaches("Review remote changes"));
     EXPECT_EQ(decide({}), Decision::accepted);
     EXPECT_FALSE(model->running(id()));
-    EXPECT_EQ(model->status(id()).title, "Paused");
+    EXPECT_EQ(model->status(id()).title(), "Paused");
     EXPECT_EQ(onServer("mine"), "1");
     restart().start(id());
     EXPECT_TRUE(uploads(2));
@@ -117,7 +120,7 @@ TEST_F(Review, DecisionIsKeptByAProgramThatDoesNotWatch) {
 TEST_F(Review, LateDecisionDuringTheCheckOverwritesNothing) {
     const RemoteReview late = postponeWhileAColleagueGoesOn();
     model->start(id());
-    EXPECT_EQ(model->status(id()).title, "Checking server");
+    EXPECT_EQ(model->status(id()).title(), "Checking server");
     EXPECT_FALSE(model->reviews().contains(id()));
     EXPECT_EQ(model->resolveReview(id(), late.reviewId, {"theirs"}), Decision::outdated);
     expectReviewOfAllAndNothingDone();
@@ -230,7 +233,7 @@ TEST_F(Review, FailedDownloadCanBeRetriedBeforeAnyUpload) {
     ASSERT_TRUE(reaches("Review remote changes"));
     server.stop();
     EXPECT_EQ(decide({"theirs"}), Decision::accepted);
-    EXPECT_EQ(model->status(id()).title, "Downloading server changes");
+    EXPECT_EQ(model->status(id()).title(), "Downloading server changes");
     ASSERT_TRUE(reaches("Server check needs attention"));
     EXPECT_TRUE(model->status(id()).detail.ends_with(
         " Uploads remain paused. Retry the server check to review the latest versions."))

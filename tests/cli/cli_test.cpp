@@ -305,10 +305,10 @@ TEST_F(Cli, ColoursAreForTerminalsAloneAndNotForWhoWantsNone) {
         // script runs the command on a terminal of its own.
         return runProgram({"/usr/bin/script", "-qec", place.shellCommand({"status"}), "/dev/null"}, variables).output;
     };
-    EXPECT_TRUE(contains(onTerminal({"TERM=xterm"}), "\x1b[31mzembrastel-cli:\x1b[0m No program"));
-    EXPECT_TRUE(onTerminal({"TERM=xterm", "NO_COLOR=1"}).starts_with("zembrastel-cli: No program"));
-    EXPECT_TRUE(onTerminal({"TERM=dumb"}).starts_with("zembrastel-cli: No program"));
-    EXPECT_TRUE(place.run({"status"}).errors.starts_with("zembrastel-cli: No program"));
+    EXPECT_TRUE(contains(onTerminal({"TERM=xterm"}), "\x1b[31mzembrastel-cli:\x1b[0m Zembrastel is not"));
+    EXPECT_TRUE(onTerminal({"TERM=xterm", "NO_COLOR=1"}).starts_with("zembrastel-cli: Zembrastel is not"));
+    EXPECT_TRUE(onTerminal({"TERM=dumb"}).starts_with("zembrastel-cli: Zembrastel is not"));
+    EXPECT_TRUE(place.run({"status"}).errors.starts_with("zembrastel-cli: Zembrastel is not"));
 }
 
 TEST_F(Cli, ClosedStandardStreamsNeverLandInAFile) {

@@ -1,4 +1,4 @@
-#include "cli/terminal/columns.h"
+#include "cli/terminal/live_line.h"
 
 #include <gtest/gtest.h>
 

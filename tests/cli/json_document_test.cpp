@@ -158,6 +158,7 @@ protected:
         std::filesystem::remove(serverSite / "index.html");
         runAndTake({"check", "My website"}, 1);
         runAndTake({"push", "My website", "--missing"});
+        runAndTake({"push", "My website", "--leave-missing"});
         end(watch);
     }
 

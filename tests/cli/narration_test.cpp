@@ -1,4 +1,4 @@
-#include "cli/text/narration.h"
+#include "cli/text/status_text.h"
 
 #include <gtest/gtest.h>
 
@@ -13,15 +13,16 @@ using Lines = std::vector<std::string>;
 // Tells a profile's events one after another, as the model would, and keeps what is to be shown.
 class Story {
 public:
-    void status(const std::string& title, const std::string& detail) {
+    void status(Phase phase, const std::string& detail) {
         ProfileStatus status;
-        status.title = title;
-        status.detail = detail;
+        status.enter(phase, detail);
         if (const auto line = narration.status(status)) lines.push_back(*line);
     }
 
     void activity(const std::string& text, bool error = false) {
-        if (const auto line = narration.activity({.date = {}, .text = text, .error = error})) lines.push_back(*line);
+        if (const auto line = narration.activity(
+                {.date = {}, .text = text, .kind = error ? Activity::Kind::failure : Activity::Kind::note}))
+            lines.push_back(*line);
     }
 
     Lines lines;
@@ -34,10 +35,10 @@ TEST(Narration, FailureThatComesAsActivityAndStatusIsReadOnceAtEveryAttempt) {
     Story story;
     for (const std::string seconds : {"5", "10"}) {
         story.activity("curl: (7) Failed to\nconnect", true);
-        story.status("Waiting to retry", "curl: (7) Failed to\nconnect. Retrying in " + seconds + " seconds.");
+        story.status(Phase::waitingToRetry, "curl: (7) Failed to\nconnect. Retrying in " + seconds + " seconds.");
     }
     for (int attempt = 0; attempt < 3; ++attempt) {
-        story.status("Server check needs attention", "curl: (6) No host. Uploads remain paused.");
+        story.status(Phase::checkFailed, "curl: (6) No host. Uploads remain paused.");
         story.activity("curl: (6) No host", true);
     }
     EXPECT_EQ(

@@ -1,6 +1,6 @@
 #include "cli/text/presentation.h"
 
-#include "cli/session/relative_path.h"
+#include "cli/session/profile_choice.h"
 #include "cli/terminal/json_line.h"
 
 #include <gtest/gtest.h>

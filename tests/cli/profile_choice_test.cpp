@@ -1,7 +1,6 @@
 #include "cli/session/profile_choice.h"
 
-#include "cli/commands/scan_command.h"
-#include "cli/exit_code.h"
+#include "cli/command.h"
 #include "cli/session/profile_options.h"
 #include "platform/text.h"
 

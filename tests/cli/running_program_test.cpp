@@ -52,7 +52,7 @@ TEST_F(RunningProgram, FollowerHearsWhatHappensAndThatTheProgramEnded) {
     readUntil(follower, "  My website  Uploaded index.html");
     watch.kill();
     EXPECT_EQ(follower.wait(), 6);
-    EXPECT_TRUE(contains(place.errors(), "The program that was followed has ended."));
+    EXPECT_TRUE(contains(place.errors(), "The followed program has ended."));
     // What a killed program leaves does not count as one.
     EXPECT_EQ(place.run({"status"}).status, 6);
 }
@@ -60,10 +60,10 @@ TEST_F(RunningProgram, FollowerHearsWhatHappensAndThatTheProgramEnded) {
 TEST_F(RunningProgram, WithoutOneTheNextIsToldByWhatIsSaved) {
     const auto status = place.run({"status"});
     EXPECT_EQ(status.status, 6);
-    EXPECT_TRUE(contains(status.errors, "No program keeps the profiles in "));
-    EXPECT_TRUE(contains(place.run({"resume", "My website"}).output, "the next that starts keeps it published"));
+    EXPECT_TRUE(contains(status.errors, "Zembrastel is not running for "));
+    EXPECT_TRUE(contains(place.run({"resume", "My website"}).output, "its next start keeps the profile published"));
     EXPECT_TRUE(isEnabled());
-    EXPECT_TRUE(contains(place.run({"pause", "My website"}).output, "the next program that starts leaves it alone"));
+    EXPECT_TRUE(contains(place.run({"pause", "My website"}).output, "the next start of Zembrastel leaves it alone"));
     EXPECT_FALSE(isEnabled());
 
     const auto held = InstanceLock::acquire(place.state()); // by a command that nobody can ask
@@ -230,11 +230,16 @@ TEST_F(RunningProgram, MissingFilesAreNamedAndSentOnlyOnRequest) {
     EXPECT_EQ(asked.status, 0) << asked.errors;
     readUntil(watch, "Uploaded images/a.svg");
     EXPECT_EQ(readTree(serverSite), readTree(site));
-    end(watch);
+    // Files that are removed after its last server check are left as well.
     std::filesystem::remove_all(serverSite / "images");
+    const auto left = place.run({"push", "My website", "--leave-missing"});
+    EXPECT_EQ(left.output, "1 file stays missing on the server, and will not be reported again.\n") << left.errors;
+    EXPECT_EQ(run({"check", "My website"}).status, 0);
+    end(watch);
+    std::filesystem::remove(serverSite / "index.html");
     EXPECT_EQ(run({"push", "My website", "--leave-missing"}).status, 0);
     EXPECT_EQ(run({"check", "My website"}).status, 0);
-    EXPECT_FALSE(std::filesystem::exists(serverSite / "images"));
+    EXPECT_TRUE(readTree(serverSite).empty());
 }
 
 TEST_F(RunningProgram, PushOverwritesNoWorkOfOthers) {

@@ -222,7 +222,7 @@ TEST_F(ChildProcessTest, FileThatIsHandedOverIsWrittenThoughItsNameHasBecomeALin
 
 TEST_F(ChildProcessTest, ChildThatWritesWithoutEndIsEndedAtTheLimit) {
     auto command = shell("read line; exec cat /dev/zero");
-    command.mostWritten = 1 << 20;
+    command.maxWritten = 1 << 20;
     ChildProcess child(command);
     child.start();
     EXPECT_TRUE(child.writeInput("go\n"));

@@ -37,7 +37,8 @@ using testing::LocalSite;
 // Short forms of events, for comparing whole sequences.
 struct ToText {
     std::string operator()(const event::Status& status) const {
-        return status.title + " | " + status.detail + " | " + std::to_string(status.pending);
+        return std::string(factsOf(status.phase).title) + " | " + status.detail + " | "
+               + std::to_string(status.pending);
     }
     std::string operator()(const event::Activity& activity) const {
         return (activity.error ? "error: " : "line: ") + activity.text;

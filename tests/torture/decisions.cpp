@@ -149,12 +149,12 @@ private:
             verify();
             if (review() != nullptr) decide();
             if (model->checkFailures().contains(profile.id)) model->retryCheck(profile.id);
-            return model->watching(profile.id) && model->status(profile.id).title == "Watching";
+            return model->watching(profile.id) && model->status(profile.id).title() == "Watching";
         };
         if (queue.runUntil(isSettled, 60s)) return;
         std::string lines;
         for (const auto& line : model->status(profile.id).activity) lines += "\n  " + line.text;
-        throw std::runtime_error("does not come to watching: " + model->status(profile.id).title + lines);
+        throw std::runtime_error("does not come to watching: " + model->status(profile.id).title() + lines);
     }
 
     // What a review shows is not to be replaced on the server before it is answered.
@@ -283,7 +283,7 @@ private:
         model->save(changed, std::nullopt);
     }
 
-    // A new program, or another profile, goes by the dates alone.
+    // A new program still asks. For another profile nothing is recorded, so the newer side is the right one.
     void quitOrRemove() {
         if (random() % 2 == 0) {
             model.reset();
@@ -295,12 +295,8 @@ private:
             require(queue.runUntil([&] { return model->profile(removed) == nullptr; }, 30s), "is not removed");
             profile.id = Uuid::random();
             model->save(profile, std::nullopt);
+            unanswered.clear();
         }
-        std::erase_if(unanswered, [this](const auto& entry) {
-            const auto& path = entry.first;
-            if (!fs::exists(local(path))) return true;
-            return fs::last_write_time(local(path)) + 2s > fs::last_write_time(remote(path));
-        });
     }
 
     FtpServer& server;

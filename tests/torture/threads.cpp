@@ -103,7 +103,7 @@ struct Published {
           baseline(model.baseline(id)), dates(model.remoteDates(id)) {}
 
     [[nodiscard]] bool isNothing() const {
-        const bool shown = status.title != ProfileStatus().title || !status.activity.empty();
+        const bool shown = status.title() != ProfileStatus().title() || !status.activity.empty();
         return !there && !running && !shown && !review && !failure && baseline.empty() && dates.empty();
     }
 
@@ -111,8 +111,8 @@ struct Published {
     [[nodiscard]] auto values() const {
         const auto newest = status.activity.empty() ? Uuid() : status.activity.front().id;
         return std::tuple(
-            there, running, status.title, status.detail, status.active, status.failed, status.uploaded, status.pending,
-            status.lastUpload, newest, review, failure, baseline, dates);
+            there, running, status.title(), status.detail, status.active(), status.failed(), status.uploaded,
+            status.pending, status.lastUpload, newest, review, failure, baseline, dates);
     }
 
     bool there;
@@ -291,7 +291,7 @@ private:
             if (!now.there && removing.contains(id)) continue;
             require(
                 now.values() == before.values(), std::string("after \"") + after + "\" a profile at rest went from \""
-                                                     + before.status.title + "\" to \"" + now.status.title
+                                                     + before.status.title() + "\" to \"" + now.status.title()
                                                      + "\": " + now.status.detail);
         }
         for (const auto& id : removing) {

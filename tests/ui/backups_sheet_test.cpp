@@ -5,9 +5,9 @@
 #include "support/file_tree.h"
 #include "support/kept_version.h"
 #include "support/temporary_folder.h"
-#include "ui/backups/backup_view.h"
+#include "ui/backups/backup_list.h"
 #include "ui/bridge/qt_main_context.h"
-#include "ui/main_window/details_copy.h"
+#include "ui/main_window/profile_detail.h"
 
 #include <gtest/gtest.h>
 
@@ -38,7 +38,7 @@ protected:
     void open() {
         sheet = std::make_unique<BackupsSheet>(context, profile);
         sheet->open();
-        list = sheet->findChild<BackupView*>();
+        list = sheet->findChild<BackupListView*>();
         waitForList();
     }
 
@@ -59,7 +59,7 @@ protected:
     Profile profile;
     QtMainContext context;
     std::unique_ptr<BackupsSheet> sheet;
-    BackupView* list = nullptr;
+    BackupListView* list = nullptr;
 };
 
 TEST_F(BackupsSheetTest, FolderWithoutBackupsSaysSoAndOffersNothing) {

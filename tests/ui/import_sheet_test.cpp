@@ -58,7 +58,7 @@ protected:
     [[nodiscard]] QListView& list() const { return *sheet->findChild<QListView*>(QString()); }
     [[nodiscard]] std::string message() const { return sheet->findChild<MessageStrip*>()->message().toStdString(); }
 
-    [[nodiscard]] std::string spoken(int row) const {
+    [[nodiscard]] std::string accessibleText(int row) const {
         return list().model()->index(row, 0).data(Qt::AccessibleTextRole).toString().toStdString();
     }
 
@@ -80,12 +80,13 @@ protected:
 TEST_F(ImportSheetTest, WhatWasTickedIsThereWithItsPasswordAndNeedsNothingMoreToStart) {
     openSites();
     EXPECT_EQ(
-        spoken(0), "whole, Selected, u@a.example:21 · FTPS (TLS) · /, Local folder: " + (folder / "site").string()
-                       + ", The site names no remote folder; \"/\" is taken.");
+        accessibleText(0), "whole, Selected, u@a.example:21 · FTPS (TLS) · /, Local folder: "
+                               + (folder / "site").string() + ", The site names no remote folder; \"/\" is taken.");
     EXPECT_EQ(
-        spoken(1), "no folder, u@b.example:21 · FTPS (TLS) · /, It has no local folder., Choose local folder…, The "
-                   "site names no remote folder; \"/\" is taken.");
-    EXPECT_EQ(spoken(2), "shell, Skipped: It uses SFTP; only FTP and FTPS are supported.");
+        accessibleText(1),
+        "no folder, u@b.example:21 · FTPS (TLS) · /, It has no local folder., Choose local folder…, The "
+        "site names no remote folder; \"/\" is taken.");
+    EXPECT_EQ(accessibleText(2), "shell, Skipped: It uses SFTP; only FTP and FTPS are supported.");
     press(QStringLiteral("Import 1 profile"));
     ASSERT_TRUE(waitFor([this] { return !sheet->isVisible(); }));
     ASSERT_EQ(model->profiles().size(), 1U);
@@ -96,13 +97,13 @@ TEST_F(ImportSheetTest, WhatWasTickedIsThereWithItsPasswordAndNeedsNothingMoreTo
     EXPECT_EQ(model->selection(), imported.id);
     EXPECT_EQ(stored, std::vector<std::string>{"hush"});
     model->toggle(imported.id);
-    EXPECT_EQ(model->status(imported.id).title, "Checking server"); // the password was at hand
+    EXPECT_EQ(model->status(imported.id).title(), "Checking server"); // the password was at hand
 }
 
 TEST_F(ImportSheetTest, AMissingFolderIsNamedByKeyboardAndWhatCannotBeTakenStaysUnticked) {
     openSites();
     QTest::keyClick(&list(), Qt::Key_Space);
-    EXPECT_TRUE(spoken(0).starts_with("whole, Not selected"));
+    EXPECT_TRUE(accessibleText(0).starts_with("whole, Not selected"));
     for (int row = 1; row < 3; ++row) {
         QTest::keyClick(&list(), Qt::Key_Down);
         QTest::keyClick(&list(), Qt::Key_Space);
@@ -114,7 +115,7 @@ TEST_F(ImportSheetTest, AMissingFolderIsNamedByKeyboardAndWhatCannotBeTakenStays
     ASSERT_NE(chooser, nullptr);
     Q_EMIT chooser->fileSelected(QString::fromStdString((folder / "site").string()));
     chooser->close();
-    EXPECT_TRUE(spoken(1).starts_with("no folder, Selected")) << spoken(1);
+    EXPECT_TRUE(accessibleText(1).starts_with("no folder, Selected")) << accessibleText(1);
     press(QStringLiteral("Import 1 profile"));
     ASSERT_TRUE(waitFor([this] { return !sheet->isVisible(); }));
     EXPECT_EQ(model->profiles().front().localFolder, folder / "site");
@@ -136,8 +137,8 @@ TEST_F(ImportSheetTest, WhatFailsIsToldInTheSheetAndLosesNothing) {
     EXPECT_EQ(model->profiles().size(), 1U);
 
     openSites();
-    EXPECT_EQ(spoken(0).find("elected"), std::string::npos); // it is there already
-    EXPECT_NE(spoken(0).find("There is a profile of this name already."), std::string::npos);
+    EXPECT_EQ(accessibleText(0).find("elected"), std::string::npos); // it is there already
+    EXPECT_NE(accessibleText(0).find("There is a profile of this name already."), std::string::npos);
 }
 
 } // namespace

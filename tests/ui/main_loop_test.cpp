@@ -94,7 +94,7 @@ TEST(QtMainContext, PostingIsHarmlessOnceTheContextWaitsInVainForItsApplication)
 
 TEST(ModelBridge, AFloodOfStatusChangesReachesTheWidgetsOnceATurn) {
     QtMainContext context;
-    AppModel model(context, {.demo = true});
+    AppModel model(context, {.demonstration = demonstration()});
     ModelBridge bridge(model);
     ASSERT_FALSE(model.profiles().empty());
     const Uuid id = model.profiles().front().id;

@@ -52,7 +52,7 @@ protected:
         close();
         model = std::make_unique<AppModel>(
             context, AppModel::Options{
-                         .demo = demo,
+                         .demonstration = demo ? std::optional(demonstration(clock)) : std::nullopt,
                          .storeOverride = StateStore(folder / "state"),
                          .passwordAccess = {
                              .save = [](const std::string&, const Uuid&) {},
@@ -438,10 +438,10 @@ TEST(DetailBanners, AReviewIsNotHiddenBehindAFailureOfTheCheck) {
     EXPECT_TRUE(seen().isEmpty());
 }
 
-TEST(ActivityModel, WhoReadsAnOldLineStaysOnItWhileNewOnesComeAndOldOnesGo) {
+TEST(ActivityListModel, WhoReadsAnOldLineStaysOnItWhileNewOnesComeAndOldOnesGo) {
     std::deque<Activity> log;
     for (int i = 0; i < 3; ++i) log.push_front({.date = {}, .text = "line " + std::to_string(i)});
-    ActivityModel lines;
+    ActivityListModel lines;
     lines.setActivity(log);
     const QPersistentModelIndex read = lines.index(1); // "line 1"
     for (int i = 3; i < 5; ++i) log.push_front({.date = {}, .text = "line " + std::to_string(i)});

@@ -74,7 +74,7 @@ protected:
 
     // Looked at by the notifier while something fails.
     [[nodiscard]] Notices::Time now() {
-        for (const auto& profile : model.profiles()) sawFailure |= model.status(profile.id).failed;
+        for (const auto& profile : model.profiles()) sawFailure |= model.status(profile.id).failed();
         return time;
     }
 

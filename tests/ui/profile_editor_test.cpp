@@ -44,7 +44,9 @@ protected:
     void startModel(bool demo = false) {
         model = std::make_unique<AppModel>(
             context, AppModel::Options{
-                         .demo = demo, .storeOverride = StateStore(folder / "state"), .passwordAccess = passwords});
+                         .demonstration = demo ? std::optional(demonstration()) : std::nullopt,
+                         .storeOverride = StateStore(folder / "state"),
+                         .passwordAccess = passwords});
         bridge = std::make_unique<ModelBridge>(*model);
     }
 
@@ -138,7 +140,7 @@ TEST(EditorRules, EachObjectionPointsAtTheFieldThatHasToChange) {
     valid.host = "host";
     valid.username = "web";
     valid.localFolder = "/tmp";
-    EXPECT_EQ(objectionTo(valid).message, "");
+    EXPECT_EQ(validate(valid).message, "");
     struct Case {
         EditorField field;
         std::function<void(Profile&)> spoil;
@@ -157,9 +159,9 @@ TEST(EditorRules, EachObjectionPointsAtTheFieldThatHasToChange) {
     for (const auto& [field, spoil] : cases) {
         Profile draft = valid;
         spoil(draft);
-        const Objection objection = objectionTo(draft);
-        EXPECT_EQ(objection.field, field) << objection.message;
-        EXPECT_NE(objection.message, "");
+        const ValidationProblem problem = validate(draft);
+        EXPECT_EQ(problem.field, field) << problem.message;
+        EXPECT_NE(problem.message, "");
     }
 }
 

@@ -117,7 +117,7 @@ protected:
 } // namespace
 
 TEST_F(ProgressTest, BarComesAfterASecondMovesNothingAndGoesWithTheTransfer) {
-    ASSERT_TRUE(waitFor([this] { return model->status(id).title == "Uploading"; }));
+    ASSERT_TRUE(waitFor([this] { return model->status(id).title() == "Uploading"; }));
     letGoOn();
     const QList<QRect> before = places();
     letGoOn();
@@ -145,7 +145,7 @@ TEST_F(ProgressTest, BarComesAfterASecondMovesNothingAndGoesWithTheTransfer) {
         << "a desktop could read the name as markup, or its end as a line of its own";
 
     steps.release();
-    ASSERT_TRUE(waitFor([this] { return model->status(id).title == "Watching"; }));
+    ASSERT_TRUE(waitFor([this] { return model->status(id).title() == "Watching"; }));
     QCoreApplication::processEvents();
     EXPECT_FALSE(strip().isVisible());
     EXPECT_TRUE(label().text().isEmpty());

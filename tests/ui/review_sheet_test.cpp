@@ -2,6 +2,7 @@
 
 #include "app/model_fixture.h"
 #include "screen.h"
+#include "ui/theme/local_time.h"
 #include "ui/theme/theme.h"
 
 #include <gtest/gtest.h>
@@ -144,11 +145,11 @@ TEST(Review, LocalEditIsNeverTickedForReplacementByItself) {
 
 TEST(Review, DatesReadAsTheUsersLocaleWritesThem) {
     const QDateTime date({2026, 11, 4}, {17, 48, 30});
-    EXPECT_EQ(reviewDate(date, QLocale("en_GB")), "4 Nov 2026, 17:48");
-    EXPECT_EQ(reviewDate(date, QLocale("en_US")), "Nov 4, 2026, 5:48 PM");
-    EXPECT_EQ(reviewDate(date, QLocale("de_DE")), "4. Nov. 2026, 17:48");
-    EXPECT_EQ(reviewDate(date, QLocale::c()), "4 Nov 2026, 17:48") << "seconds do not fit into the column";
-    EXPECT_EQ(reviewDate(date, QLocale("ja_JP")), "2026年11月4日, 17:48");
+    EXPECT_EQ(dateWithMonthName(date, QLocale("en_GB")), "4 Nov 2026, 17:48");
+    EXPECT_EQ(dateWithMonthName(date, QLocale("en_US")), "Nov 4, 2026, 5:48 PM");
+    EXPECT_EQ(dateWithMonthName(date, QLocale("de_DE")), "4. Nov. 2026, 17:48");
+    EXPECT_EQ(dateWithMonthName(date, QLocale::c()), "4 Nov 2026, 17:48") << "seconds do not fit into the column";
+    EXPECT_EQ(dateWithMonthName(date, QLocale("ja_JP")), "2026年11月4日, 17:48");
 }
 
 } // namespace

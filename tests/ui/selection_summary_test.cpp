@@ -1,4 +1,4 @@
-#include "ui/content_picker/selection_summary.h"
+#include "ui/bridge/selection_summary.h"
 
 #include <gtest/gtest.h>
 

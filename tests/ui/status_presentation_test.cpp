@@ -1,8 +1,7 @@
 #include "screen.h"
+#include "ui/main_window/status_symbol.h"
 #include "ui/theme/theme.h"
 #include "ui/theme/turning_clock.h"
-#include "ui/widgets/status_presentation.h"
-#include "ui/widgets/status_symbol.h"
 
 #include <gtest/gtest.h>
 
@@ -13,11 +12,9 @@ using namespace std::chrono_literals;
 
 namespace {
 
-ProfileStatus status(std::string title, bool active, bool failed = false) {
+ProfileStatus status(Phase phase) {
     ProfileStatus made;
-    made.title = std::move(title);
-    made.active = active;
-    made.failed = failed;
+    made.enter(phase, "");
     return made;
 }
 
@@ -41,36 +38,35 @@ TEST(StatusPresentation, FailureIsNeverHiddenAndWaitingNeverLooksLikeWork) {
     };
     const Case cases[] = {
         {ProfileStatus(), false, "pause.fill", &Colours::accent, false},
-        {status("Checking server", true), true, "arrow.triangle.2.circlepath", &Colours::accent, true},
-        {status("Uploading", true), true, "arrow.triangle.2.circlepath", &Colours::accent, true},
-        {status("Review remote changes", true), true, "arrow.triangle.2.circlepath", &Colours::accent, false},
-        {status("Watching", true), true, "arrow.triangle.2.circlepath", &Colours::accent, false},
-        {status("Uploading", false), false, "pause.fill", &Colours::accent, false},
+        {status(Phase::checking), true, "arrow.triangle.2.circlepath", &Colours::accent, true},
+        {status(Phase::uploading), true, "arrow.triangle.2.circlepath", &Colours::accent, true},
+        {status(Phase::awaitingReview), true, "arrow.triangle.2.circlepath", &Colours::accent, false},
+        {status(Phase::watching), true, "arrow.triangle.2.circlepath", &Colours::accent, false},
         // While the check is retried by itself the job runs on.
-        {status("Server check needs attention", true, true), true, "exclamationmark.circle", &Colours::warn, false},
-        {status("Needs attention", false, true), false, "exclamationmark.circle", &Colours::warn, false},
+        {status(Phase::checkFailed), true, "exclamationmark.circle", &Colours::warn, false},
+        {status(Phase::stopped), false, "exclamationmark.circle", &Colours::warn, false},
     };
     for (const Case& expected : cases) {
         EXPECT_EQ(
             present(expected.status, expected.running),
             (StatusPresentation{expected.symbol, expected.colour, expected.turns}))
-            << expected.status.title;
+            << expected.status.title();
     }
 }
 
 TEST(StatusSymbol, NothingIsRepaintedUnlessSomethingWorksAndIsSeen) {
     theme().apply(Appearance::light);
     StatusSymbol symbol;
-    symbol.setStatus(status("Uploading", true), true);
+    symbol.setStatus(status(Phase::uploading), true);
     QCoreApplication::processEvents();
     EXPECT_FALSE(turningClock().running()) << "before it is shown";
 
     symbol.show();
     EXPECT_TRUE(runs(turningClock()));
-    symbol.setStatus(status("Watching", true), true);
+    symbol.setStatus(status(Phase::watching), true);
     EXPECT_TRUE(stops(turningClock())) << "no longer working";
 
-    symbol.setStatus(status("Checking server", true), true);
+    symbol.setStatus(status(Phase::checking), true);
     EXPECT_TRUE(runs(turningClock()));
     symbol.hide();
     EXPECT_TRUE(stops(turningClock())) << "hidden";
@@ -86,8 +82,8 @@ TEST(StatusSymbol, NothingIsRepaintedUnlessSomethingWorksAndIsSeen) {
 TEST(StatusSymbol, ScreenReaderHearsTheStateThatTheColourShows) {
     StatusSymbol symbol;
     EXPECT_EQ(symbol.accessibleName(), "Paused");
-    symbol.setStatus(status("Uploading", true), true);
+    symbol.setStatus(status(Phase::uploading), true);
     EXPECT_EQ(symbol.accessibleName(), "Sync in progress");
-    symbol.setStatus(status("Server check needs attention", true, true), true);
+    symbol.setStatus(status(Phase::checkFailed), true);
     EXPECT_EQ(symbol.accessibleName(), "Server check needs attention");
 }

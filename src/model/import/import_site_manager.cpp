@@ -10,7 +10,7 @@
 namespace zembrastel {
 namespace {
 
-// The numbers of its protocols.
+// FileZilla's protocol numbers.
 enum class SiteProtocol { encryptedWherePossible = 0, sftp = 1, implicitTLS = 3, explicitTLS = 4, plain = 6 };
 
 constexpr int anonymousLogon = 0;
@@ -51,7 +51,7 @@ std::optional<std::string> decodedBase64(std::string_view text) {
     return bits < digitBits ? std::optional(bytes) : std::nullopt;
 }
 
-// The first `length` characters as the program that wrote them counted: code points, or the units of UTF-16.
+// The first `length` characters as FileZilla counts them: code points, or UTF-16 units.
 std::size_t bytesOf(std::string_view text, std::size_t length, bool inUnits) {
     constexpr unsigned char firstOfFour = 0xF0;
     constexpr unsigned char topBits = 0xC0;
@@ -149,7 +149,7 @@ void readTransport(SiteProtocol protocol, ProfileCandidate& candidate) {
     }
 }
 
-// Why a site of this protocol is no profile; empty when it is one.
+// Why a site with this protocol is skipped; empty if it is supported.
 std::string refusal(std::optional<int> protocol) {
     if (!protocol) return "Its protocol cannot be read.";
     switch (static_cast<SiteProtocol>(*protocol)) {
@@ -197,7 +197,7 @@ ProfilesFound profilesFromSiteManager(std::string_view xml) {
     const auto sites = document.child("FileZilla3").child("Servers");
     if (!sites) throw SyncError("it is not a site manager file of FileZilla");
     ProfilesFound found;
-    // Without recursion, however deep folders are in each other.
+    // Without recursion, however deep the folders are nested.
     for (auto node = sites.first_child(); node;) {
         if (std::string_view(node.name()) == "Server") {
             addSite(node, found);

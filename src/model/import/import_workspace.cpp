@@ -13,7 +13,7 @@ namespace {
 
 using Json = rapidjson::Value;
 
-// As people write it by hand. Numbers stay texts, and no nesting overflows the stack.
+// Accepts hand-written JSON with comments. Numbers stay text, and no nesting overflows the stack.
 constexpr unsigned parseFlags = rapidjson::kParseCommentsFlag | rapidjson::kParseTrailingCommasFlag
                                 | rapidjson::kParseNumbersAsStringsFlag | rapidjson::kParseIterativeFlag;
 
@@ -24,12 +24,12 @@ const Json* member(const Json& object, const char* key) {
     return found == object.MemberEnd() ? nullptr : &found->value;
 }
 
-// A connection, with what a variant of it has in place of its own values.
+// A connection, and the variant whose values replace its own.
 struct Connection {
     const Json& base;
     const Json* variant = nullptr;
 
-    // A variant's null takes the base's value away.
+    // A null in the variant removes the base's value.
     [[nodiscard]] const Json* value(const char* key) const {
         const Json* own = variant == nullptr ? nullptr : member(*variant, key);
         const Json* given = own == nullptr ? member(base, key) : own;
@@ -50,7 +50,7 @@ std::string withoutDots(std::string_view path) {
     return (path.starts_with('/') ? "/" : "") + join(components, '/');
 }
 
-// Leaves out what a Git ignore pattern does, or more; nothing where no rule can.
+// A rule that excludes what a Git ignore pattern excludes, or more; nullopt if no rule can.
 std::optional<std::string> ruleFor(std::string_view pattern) {
     constexpr std::string_view anyDepth = "**/";
     constexpr std::string_view contents = "/**";
@@ -60,7 +60,7 @@ std::optional<std::string> ruleFor(std::string_view pattern) {
     const bool withContents = pattern.ends_with(contents);
     if (withContents) pattern.remove_suffix(contents.size());
     pattern = pattern.substr(0, pattern.find_last_not_of('/') + 1);
-    // A name at the top alone is left out at every depth: no rule says less of it.
+    // A name that Git ignores only at the top is excluded at every depth: rules cannot be narrower.
     if (pattern.starts_with('/')) pattern.remove_prefix(1);
     const bool isName = pattern.find('/') == std::string_view::npos;
     if (pattern.empty() || pattern.find("**") != std::string_view::npos) return std::nullopt;
@@ -69,7 +69,7 @@ std::optional<std::string> ruleFor(std::string_view pattern) {
 }
 
 void readIgnored(const Connection& connection, ProfileCandidate& candidate) {
-    // It may hold the password, and is nobody's web page.
+    // It may contain the password, and belongs to no web site.
     std::string rules = candidate.profile.exclusions.text() + "\n.vscode";
     const Json* list = connection.value("ignore");
     if (list != nullptr && list->IsArray()) {
@@ -111,7 +111,7 @@ TransferProtocol transportOf(const Connection& connection) {
 std::int64_t portOf(const Connection& connection, TransferProtocol transport) {
     if (connection.value("port") == nullptr) return defaultPort(transport);
     const std::string text = connection.text("port");
-    std::int64_t port = 0; // which no profile may have
+    std::int64_t port = 0; // invalid in a profile
     const auto end = std::from_chars(text.data(), text.data() + text.size(), port).ptr;
     return end == text.data() + text.size() ? port : 0;
 }

@@ -22,7 +22,7 @@ ProfilesFound profilesFromExport(std::string_view json) {
     return found;
 }
 
-// Our own first key. Keys of the other forms stand in other files.
+// The first key of this program's exports.
 bool looksLikeExport(std::string_view text) { return text.find("\"zembrastelProfiles\"") != std::string_view::npos; }
 
 bool looksLikeXml(std::string_view bytes) {
@@ -32,7 +32,7 @@ bool looksLikeXml(std::string_view bytes) {
     return text == "<" || bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF"); // these are UTF-16
 }
 
-// Each name is tried once with each number, however many sites have it.
+// Tries each name once with each number, however many sites have it.
 void makeNamesUnique(std::vector<ProfileCandidate>& candidates) {
     std::unordered_set<std::string> taken;
     std::unordered_map<std::string, int> nextNumbers;

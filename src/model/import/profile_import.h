@@ -1,8 +1,8 @@
-// Profiles out of the files of other programs, and out of our own export.
+// Profiles from files of other programs, and from this program's export.
 //
-// Pure but for readProfiles(), which reads one file; any thread. Nothing is saved: the caller shows what was found, has
-// the user complete it, and saves profiles and passwords. Whoever wrote the file is not trusted: its size is limited,
-// entities are not expanded, and no nesting is too deep. Errors are SyncErrors without a full stop at the end.
+// Pure functions, except readProfiles(), which reads one file; any thread. Nothing is saved: the caller shows the
+// result, lets the user complete it, and saves profiles and passwords. The file is not trusted: its size is limited,
+// entities are not expanded, and deep nesting does no harm. Errors are SyncErrors without a full stop at the end.
 #pragma once
 
 #include "model/profile.h"
@@ -16,14 +16,14 @@
 namespace zembrastel {
 
 struct ProfileCandidate {
-    // Not enabled and not validated. What the source does not have is empty, the local folder above all; the remote
-    // folder is then "/". The name is unlike those of the other candidates.
+    // Not enabled and not validated. Fields that the source lacks are empty, often the local folder; a missing remote
+    // folder is "/". The name differs from those of the other candidates.
     Profile profile;
     std::optional<std::string> password;
-    std::vector<std::string> notes; // sentences: what could not be taken over as it stands
+    std::vector<std::string> notes; // sentences about settings that could not be imported unchanged
 };
 
-// Ends the note about a remote folder that the source does not tell.
+// Ends the note about a missing remote folder.
 inline constexpr std::string_view rootTakenNote = "\"/\" is taken.";
 
 struct SkippedProfile {
@@ -38,17 +38,17 @@ struct ProfilesFound {
 
 inline constexpr std::size_t largestImport = std::size_t{4} << 20U; // bytes
 
-// Reads FileZilla's site manager (or what it exports), the sftp.json of a VS Code workspace, or an export of our own,
-// told apart by what they hold. `file` is where the bytes are from: a workspace is the folder around its ".vscode".
+// Reads FileZilla's site manager or its exports, the sftp.json of a VS Code workspace, or an export of this program.
+// The contents decide which. `file` is the source of the bytes: a workspace is the folder above its ".vscode".
 [[nodiscard]] ProfilesFound findProfiles(std::string_view bytes, const std::filesystem::path& file);
 
 // The same for a regular file. Throws std::filesystem::filesystem_error as well.
 [[nodiscard]] ProfilesFound readProfiles(const std::filesystem::path& file);
 
-// `wanted`, or with the lowest number from 2 behind it that makes it unlike all the names that are taken.
+// `wanted`, with the lowest number from 2 appended if the name is taken.
 [[nodiscard]] std::string unusedName(const std::string& wanted, const std::vector<std::string>& taken);
 
-// The parsers of single forms, for findProfiles() alone. Names may still be equal.
+// The parsers of the single formats, for findProfiles() only. Names may still be equal.
 [[nodiscard]] ProfilesFound profilesFromSiteManager(std::string_view xml);
 [[nodiscard]] ProfilesFound profilesFromWorkspace(std::string_view json, const std::filesystem::path& file);
 

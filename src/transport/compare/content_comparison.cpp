@@ -34,8 +34,8 @@ public:
         for (std::size_t number = 0; number < files.size(); ++number) {
             plan.files.push_back(fetched[number].get());
             plan.blocks.push_back(blockFor(number));
-            plan.mostWritten =
-                std::max(plan.mostWritten.value_or(1), static_cast<std::uint64_t>(files[number].fingerprint.size));
+            plan.maxWritten =
+                std::max(plan.maxWritten.value_or(1), static_cast<std::uint64_t>(files[number].fingerprint.size));
         }
         const auto ended = [&](std::size_t block, const BlockOutcome& outcome) {
             if (outcome.succeeded()) {

@@ -96,7 +96,7 @@ public:
                                                                .errors = errors.writing.get(),
                                                                .files = plan.files,
                                                                .environment = curlEnvironment(),
-                                                               .mostWritten = plan.mostWritten}) {}
+                                                               .maxWritten = plan.maxWritten}) {}
 
     void hold() {
         struct Registration {

@@ -32,7 +32,7 @@ struct TransferPlan {
     std::vector<TransferBlock> blocks;
     std::vector<int> files = {}; // borrowed; the options name them by ChildProcess::filePathOf()
     TransferControl::AtStop atStop = TransferControl::AtStop::ends;
-    std::optional<std::uint64_t> mostWritten = std::nullopt; // no file may become longer: that ends the conversation
+    std::optional<std::uint64_t> maxWritten = std::nullopt; // no file may become longer: that ends the conversation
 };
 
 // How one block ended.

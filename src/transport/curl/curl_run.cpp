@@ -37,10 +37,10 @@ void readWords(std::string_view text, Transcript& transcript) {
 BlockOutcome holdOne(
     const FTPTransport& transport, std::string_view path, bool directory, std::vector<TransferOption> options,
     int localFile, const std::function<void(const ChildProcess&)>& look = {},
-    std::optional<std::uint64_t> mostWritten = std::nullopt) {
+    std::optional<std::uint64_t> maxWritten = std::nullopt) {
     TransferPlan plan{
         .blocks = {{.path = std::string(path), .directory = directory, .options = std::move(options)}},
-        .mostWritten = mostWritten};
+        .maxWritten = maxWritten};
     if (localFile >= 0) plan.files.push_back(localFile);
     BlockOutcome only;
     const ConversationEvents events{
@@ -58,14 +58,14 @@ BlockOutcome holdOne(
 
 std::string FTPTransport::run(
     std::string_view path, bool directory, const std::vector<TransferOption>& options, int localFile,
-    const Position& position, std::optional<std::uint64_t> mostWritten) const {
+    const Position& position, std::optional<std::uint64_t> maxWritten) const {
     std::function<void(const ChildProcess&)> look;
     if (observer != nullptr && position) {
         look = [this, &position](const ChildProcess& curl) {
             if (const auto bytes = position(curl)) observer->fileMoved(*bytes);
         };
     }
-    auto done = holdOne(*this, path, directory, options, localFile, look, mostWritten);
+    auto done = holdOne(*this, path, directory, options, localFile, look, maxWritten);
     if (done.succeeded()) return std::move(done.output);
     if (done.code == curlCouldNotWrite && localFile >= 0) {
         if (const auto why = whyNotWritten(localFile); !why.empty()) done.message += ": " + why;

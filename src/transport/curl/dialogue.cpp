@@ -23,11 +23,11 @@ void Dialogue::add(TransferBlock block, Ended ended, std::function<void()> begin
 
 void Dialogue::hold(
     std::vector<int> files, TransferControl::AtStop atStop, const std::function<void(const ChildProcess&)>& look,
-    std::optional<std::uint64_t> mostWritten) {
+    std::optional<std::uint64_t> maxWritten) {
     if (plan.blocks.empty()) return;
     plan.files = std::move(files);
     plan.atStop = atStop;
-    plan.mostWritten = mostWritten;
+    plan.maxWritten = maxWritten;
     const ConversationEvents events{
         .begins =
             [this](std::size_t block) {

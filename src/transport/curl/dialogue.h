@@ -31,7 +31,7 @@ public:
     // the conversation is over then, and broken. Throws what converse() throws.
     void hold(
         std::vector<int> files, TransferControl::AtStop atStop, const std::function<void(const ChildProcess&)>& look,
-        std::optional<std::uint64_t> mostWritten = std::nullopt);
+        std::optional<std::uint64_t> maxWritten = std::nullopt);
 
     std::optional<BlockOutcome> broken{};    // the end that is the server's failure
     FailureScope scope = FailureScope::file; // of it
