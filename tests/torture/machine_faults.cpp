@@ -158,9 +158,9 @@ public:
                 line = running->readLine(limit);
             } catch (const std::runtime_error& error) {
                 throw std::runtime_error(
-                    "\"" + words + "\" was not told: " + error.what() + ", after:\n" + told + place.errors());
+                    "\"" + words + "\" was not printed: " + error.what() + ", after:\n" + output + place.errors());
             }
-            told += line + "\n";
+            output += line + "\n";
             if (line.find(words) != std::string::npos) return line;
         }
     }
@@ -206,7 +206,7 @@ public:
     const fs::path remote = server.root() / "site";
     Profile profile;
     FileTree expected; // in the end, on both sides
-    std::string told;
+    std::string output;
 
 private:
     std::unique_ptr<Program> running;
@@ -220,7 +220,7 @@ struct Fault {
     std::string name;
     Kind kind;
     fs::path (*place)(const Site&);
-    std::string told;     // what the user reads of it
+    std::string message;  // what the user reads of it
     bool saved = false;   // the change was sent, and only its record is missing
     std::size_t left = 0; // bytes free on the full disk
 };
@@ -263,9 +263,9 @@ void meet(Site& site, const Fault& fault) {
     site.write("page", randomBytes(100'000));
     begin(fault, place);
     site.resume();
-    site.waitFor(fault.told);
+    site.waitFor(fault.message);
     if (!fault.saved) require(readFile(site.remote / "page") == "old", "something was sent in spite of the fault");
-    require(site.told.find("page: No space") == std::string::npos, "the wrong disk is said to be full");
+    require(site.output.find("page: No space") == std::string::npos, "the wrong disk is said to be full");
     end(fault, place);
     if (!fault.saved) site.waitFor("Uploaded page");
     const auto recorded = [&site] { return site.savedBaseline() == scan(site.profile); };
@@ -286,7 +286,7 @@ void meetDownloading(Site& site, const Fault& fault) {
     site.profile.initialDownloadSelection = DownloadSelection::everything();
     begin(fault, site.local);
     site.start();
-    site.waitFor(fault.told);
+    site.waitFor(fault.message);
     site.waitFor("Retrying");
     require(readFile(site.local / "page") == local, "the local file is gone before it was replaced");
     end(fault, site.local);
@@ -296,8 +296,8 @@ void meetDownloading(Site& site, const Fault& fault) {
     site.verify();
 }
 
-// The local folder goes, others change the server, somebody edits the files on the disk elsewhere, and it comes back.
-void unmountAndBack(Site& site, const fs::path& mountPoint, const std::string& told) {
+// The local folder goes, others change the server, the user edits the files on the disk elsewhere, and it comes back.
+void unmountAndBack(Site& site, const fs::path& mountPoint, const std::string& message) {
     const fs::path inside = site.local.lexically_relative(mountPoint);
     const auto reappear = [&] { site.mountOver(mountPoint, site.disk); };
     site.mountSmall(site.disk);
@@ -307,15 +307,15 @@ void unmountAndBack(Site& site, const fs::path& mountPoint, const std::string& t
     site.start();
     site.waitFor(watching);
     site.unmount(mountPoint);
-    site.waitFor(told);
+    site.waitFor(message);
     writeFile(site.disk / inside / "page", "edited elsewhere");
     site.colleagueWrites("page", "by a colleague");
-    site.waitFor(told); // at the next attempt
+    site.waitFor(message); // at the next attempt
     require(readTree(site.remote) == FileTree{{"page", "by a colleague"}, {"folder/other", "other"}}, "server changed");
     require(site.savedBaseline().size() == 2, "what is not there was taken for deleted");
     reappear();
     site.waitFor("1 file newer on the server:");
-    require(site.told.find("Uploaded", site.told.find(told)) == std::string::npos, "something was sent unasked");
+    require(site.output.find("Uploaded", site.output.find(message)) == std::string::npos, "something was sent unasked");
     site.stop();
     require(readFile(site.remote / "page") == "by a colleague", "a colleague's edit was overwritten");
     const auto taken =
@@ -383,7 +383,7 @@ void run(const Effort&) {
         };
     }
     doAtOnce(works);
-    std::printf("%zu faults of the machine: told, recovered from, with nothing lost\n", works.size());
+    std::printf("%zu faults of the machine: reported, recovered from, with nothing lost\n", works.size());
 }
 
 } // namespace
