@@ -1,20 +1,14 @@
 #include "model/error.h"
 #include "model/private_items.h"
-#include "platform/directory_walk.h"
 #include "platform/folder.h"
 #include "platform/text.h"
-#include "transport/download/fetching.h"
-#include "transport/download/local_replacement.h"
-#include "transport/ftp_transport.h"
-#include "transport/listing/folder_loop.h"
-#include "transport/listing/remote_queries.h"
-#include "transport/local_place.h"
+#include "transport/download/arrival.h"
+#include "transport/download/remote_tree.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <deque>
 #include <exception>
-#include <functional>
 #include <map>
 #include <memory>
 #include <sys/stat.h>
@@ -22,176 +16,6 @@
 
 namespace zembrastel {
 namespace {
-
-bool isThere(const LocalPlace& place, const Fingerprint& version) {
-    const auto item = place.attributes();
-    return item && Fingerprint::of(*place.parent, *item) == version;
-}
-
-// A server file on its way into a local folder: into a place that is free, or into that of an older version.
-class Arrival {
-public:
-    // A file that is missing locally.
-    Arrival(const std::string& localFolder, const std::string& missing, std::optional<std::uint64_t> listedSize)
-        : Arrival(LocalPlace::resolveMakingFolders(localFolder, missing), listedSize, std::nullopt) {}
-
-    // Throws ChangedMeanwhile when the local file is not the one that was compared.
-    Arrival(const std::string& localFolder, const RemoteChange& change)
-        : Arrival(placeOf(localFolder, change), std::nullopt, change) {}
-
-    [[nodiscard]] FileToFetch toFetch() const {
-        return {
-            .path = path,
-            .into = staged,
-            .size = size,
-            .version = replaces ? std::optional(replaces->remoteDate) : std::nullopt};
-    }
-
-    // Nothing, with all as it was, when a file has appeared in the place.
-    [[nodiscard]] std::optional<Fingerprint> install() const {
-        staged.settleAsNew();
-        const auto fingerprint = staged.fingerprint();
-        return folder.install(staged.name(), name) ? std::optional(fingerprint) : std::nullopt;
-    }
-
-    // With the older version as a backup. Throws ChangedMeanwhile, with the local file as it was, when that changed.
-    Fingerprint replace(const FTPTransport& transport) {
-        const auto& [changed, version, date, both] = *replaces;
-        const auto& localFolder = transport.profile.localFolder;
-        transport.control->check();
-        const auto local = LocalPlace::resolve(localFolder, path);
-        if (!isThere(local, version)) {
-            throw ChangedMeanwhile(
-                path + " was edited locally while downloading. The local edit was kept; check again.");
-        }
-        const auto backup = makeBackup(localFolder, local, *transport.control);
-        transport.control->check();
-        const auto fingerprint = staged.fingerprint();
-        if (!replaceKeeping(staged, local, version, backup, localFolder)) {
-            throw ChangedMeanwhile(path + " changed while making its backup. The local copy was kept; check again.");
-        }
-        return fingerprint;
-    }
-
-    const std::string path;
-    const std::optional<RemoteChange> replaces;
-
-private:
-    Arrival(LocalPlace place, std::optional<std::uint64_t> listedSize, std::optional<RemoteChange> change)
-        : path(place.path), replaces(std::move(change)), name(place.name), folder(std::move(*place.parent)),
-          size(listedSize) {}
-
-    static LocalPlace placeOf(const std::string& localFolder, const RemoteChange& change) {
-        auto place = LocalPlace::resolve(localFolder, change.path);
-        if (isThere(place, change.local)) return place;
-        throw ChangedMeanwhile(
-            change.path + " changed locally after the comparison. Review it again before replacing it.");
-    }
-
-    const std::string name;
-    const Folder folder;
-    const std::optional<std::uint64_t> size;
-    StagedFile staged{folder};
-};
-
-// Fetches the files with one login and deals with each as soon as it is there.
-void fetchAll(
-    const FTPTransport& transport, const std::vector<std::unique_ptr<Arrival>>& arrivals, const FetchEvents& events) {
-    std::vector<FileToFetch> files;
-    files.reserve(arrivals.size());
-    for (const auto& arrival : arrivals) files.push_back(arrival->toFetch());
-    fetch(transport, files, events);
-}
-
-// What the server has below a folder, listed before anything is downloaded.
-class RemoteTree {
-public:
-    struct Node {
-        ListedFolder listed{};
-        const Node* above = nullptr;
-        int depth = 0;
-        bool leadsBack = false;
-        std::optional<std::string> failure{}; // why it is not listed
-    };
-
-    // Which entries of a folder are to be gone through, and which of the folders among them are to be listed.
-    using Choose = std::function<bool(const Node& folder, const RemoteEntry& entry)>;
-
-    RemoteTree(const FTPTransport& used, Choose isWanted, Choose isEntered)
-        : transport(used), wanted(std::move(isWanted)), entered(std::move(isEntered)) {}
-
-    // All folders of one depth after another.
-    const Node& list(const std::string& top, int depth) {
-        FolderLister lister(transport);
-        std::vector<std::string> level{top};
-        nodes[top] = {.listed = {.path = top, .entries = {}}, .depth = depth};
-        while (!level.empty()) {
-            std::vector<std::string> below;
-            lister.list(level, [&](std::size_t folder, ListedEntries listed) {
-                transport.control->check();
-                look(nodes.at(level[folder]), std::move(listed), below);
-            });
-            level = std::move(below);
-        }
-        return nodes.at(top);
-    }
-
-    // Nullptr for a folder that was not entered.
-    [[nodiscard]] const Node* find(const std::string& path) const {
-        const auto found = nodes.find(path);
-        return found == nodes.end() ? nullptr : &found->second;
-    }
-
-private:
-    void look(Node& node, ListedEntries listed, std::vector<std::string>& below) {
-        const auto& path = node.listed.path;
-        try {
-            node.listed.entries = resultOf(std::move(listed));
-            transport.nameAsLocal(path, node.listed.entries, itemsIn(path));
-            node.leadsBack = leadsBack(
-                node.listed, foldersAbove(node), [this](const std::string& far) { return transport.listIfThere(far); });
-        } catch (const SyncError& error) {
-            node.failure = error.what(); // what comes before it is downloaded all the same
-        }
-        if (node.failure || node.leadsBack) return;
-        std::uint64_t files = 0;
-        for (const auto& entry : node.listed.entries) {
-            if (!wanted(node, entry)) continue;
-            if (!entry.directory) ++files;
-            if (!entry.directory || !entered(node, entry)) continue;
-            auto child = childPath(path, entry.name);
-            nodes[child] = {.listed = {.path = child, .entries = {}}, .above = &node, .depth = node.depth + 1};
-            below.push_back(std::move(child));
-        }
-        if (transport.observer != nullptr) transport.observer->folderListed(files);
-    }
-
-    // The local files and folders; links and other items are none of them.
-    [[nodiscard]] std::vector<LocalItem> itemsIn(const std::string& path) const {
-        std::vector<LocalItem> items;
-        const auto place = LocalPlace::resolve(transport.profile.localFolder, path);
-        const auto folder = place.parent ? place.parent->enter(place.name) : std::nullopt;
-        if (!folder) return items;
-        visitItems(*folder, [&items](const WalkEntry& item) {
-            const bool usable = item.kind == EntryKind::file || item.kind == EntryKind::folder;
-            if (!usable || nameFault(item.name)) return;
-            items.push_back({.name = std::string(item.name), .directory = item.kind == EntryKind::folder});
-        });
-        return items;
-    }
-
-    static std::vector<const ListedFolder*> foldersAbove(const Node& node) {
-        std::vector<const ListedFolder*> above;
-        for (const auto* each = node.above; each != nullptr; each = each->above) above.push_back(&each->listed);
-        std::ranges::reverse(above);
-        return above;
-    }
-
-    const FTPTransport& transport;
-    const Choose wanted;
-    const Choose entered;
-    std::map<std::string, Node> nodes;
-};
 
 class TreeDownload {
 public:
@@ -214,7 +38,7 @@ public:
         } catch (const Cancelled&) {
             throw;
         } catch (const std::exception&) {
-            fetchQueued(); // what comes before the failure
+            fetchQueued(); // the files before the failure
             throw;
         }
         fetchQueued();
@@ -228,7 +52,7 @@ private:
         transport.control->check();
         if (node.failure) throw SyncError(*node.failure);
         if (node.leadsBack) {
-            say("Left out, because on the server it leads back to a folder above it: " + printable(path));
+            addLine("Left out, because on the server it leads back to a folder above it: " + printable(path));
             return;
         }
         if (!path.empty()) makeFolder(path);
@@ -237,7 +61,7 @@ private:
             transport.control->check();
             const auto below = childPath(path, entry.name);
             if (const auto fault = faultOf(entry, node.depth)) {
-                say(leftOutLine(*fault, below), !entry.directory);
+                addLine(leftOutLine(*fault, below), !entry.directory);
             } else {
                 take(below, entry);
             }
@@ -247,7 +71,7 @@ private:
     void take(const std::string& path, const RemoteEntry& entry) {
         const auto local = LocalPlace::resolve(profile.localFolder, path);
         if (const auto* item = privateAt(local)) {
-            say(leftOutText(path, *item), !entry.directory);
+            addLine(leftOutText(path, *item), !entry.directory);
         } else {
             entry.directory ? subfolder(local) : file(local, entry);
         }
@@ -263,7 +87,7 @@ private:
         (void)place.parent->enterOrMake(place.name);
     }
 
-    // Of an entry of a folder at this depth.
+    // Why an entry of a folder at this depth cannot be downloaded.
     [[nodiscard]] static std::optional<NameFault> faultOf(const RemoteEntry& entry, int depth) {
         if (const auto fault = nameFault(entry.name)) return fault;
         return entry.directory && depth + 1 >= mostFolderLevels ? std::optional(NameFault::tooDeep) : std::nullopt;
@@ -275,7 +99,7 @@ private:
         return !selection || (entry.directory ? selection->shouldVisit(path) : selection->includes(path));
     }
 
-    // A folder that stands where there is something else here is not listed.
+    // A folder whose local counterpart is not a folder is not listed.
     [[nodiscard]] bool isEntered(const Node& node, const RemoteEntry& entry) const {
         if (faultOf(entry, node.depth)) return false;
         try {
@@ -283,11 +107,11 @@ private:
                 LocalPlace::resolve(profile.localFolder, childPath(node.listed.path, entry.name)).attributes();
             return !item || S_ISDIR(item->st_mode);
         } catch (const SyncError&) {
-            return false; // told in its turn
+            return false; // reported in the order of the tree
         }
     }
 
-    // The server's dates of files that are here too, where listings have none.
+    // Requests the server's dates of files that exist locally too, if listings have no dates.
     void findDates(const Node& node) {
         std::vector<std::string> paths;
         collectUndated(node, paths);
@@ -312,7 +136,7 @@ private:
         try {
             return LocalPlace::resolve(profile.localFolder, path).attributes().has_value();
         } catch (const SyncError&) {
-            return false; // told in its turn
+            return false; // reported in the order of the tree
         }
     }
 
@@ -338,13 +162,13 @@ private:
     }
 
     void keepDifferentType(const LocalPlace& local, bool isFile) {
-        say("Kept local item with a different type: " + local.path, isFile);
+        addLine("Kept local item with a different type: " + local.path, isFile);
     }
 
     void updateOlder(const std::string& path, const Fingerprint& local, const RemoteEntry& entry) {
         const RemoteDate date = entry.modified ? *entry.modified : dateOf(path);
         if (!shouldOffer(date, local, std::nullopt)) {
-            say("Kept local file with the same or newer date: " + path, true);
+            addLine("Kept local file with the same or newer date: " + path, true);
             return;
         }
         const RemoteChange change{.path = path, .local = local, .remoteDate = date};
@@ -357,13 +181,13 @@ private:
                                     : readFacts(resultOf(found->second), path).modified;
     }
 
-    // Lines come in the order of the tree: one behind a file that is still to come waits for it.
-    void say(std::string line, bool isFile = false) {
+    // Lines are reported in the order of the tree: a line after a file that is still queued waits for it.
+    void addLine(std::string line, bool isFile = false) {
         lines.push_back({.after = queued.size(), .text = std::move(line), .isFile = isFile});
-        if (queued.empty()) sayUpTo(0);
+        if (queued.empty()) reportUpTo(0);
     }
 
-    void sayUpTo(std::size_t file) {
+    void reportUpTo(std::size_t file) {
         for (; !lines.empty() && lines.front().after <= file; lines.pop_front()) {
             report(lines.front().text);
             if (lines.front().isFile) countFile();
@@ -375,10 +199,10 @@ private:
     }
 
     void queue(std::unique_ptr<Arrival> arrival, const RemoteEntry& entry) {
-        constexpr std::uint64_t mostBytes = std::uint64_t{64} << 20;
+        constexpr std::uint64_t maxBytes = std::uint64_t{64} << 20;
         queued.push_back(std::move(arrival));
-        bytes += std::min(entry.size.value_or(0), mostBytes);
-        if (queued.size() == mostFetchedTogether || bytes >= mostBytes) fetchQueued();
+        bytes += std::min(entry.size.value_or(0), maxBytes);
+        if (queued.size() == maxFetchedTogether || bytes >= maxBytes) fetchQueued();
     }
 
     void fetchQueued() {
@@ -388,20 +212,20 @@ private:
             transport, arrivals,
             {.begins =
                  [&](std::size_t file) {
-                     sayUpTo(file);
+                     reportUpTo(file);
                      const auto& arrival = *arrivals[file];
                      report((arrival.replaces ? "Downloading newer server copy: " : "Downloading ") + arrival.path);
                  },
              .fetched =
                  [&](std::size_t file) {
-                     put(*arrivals[file]);
+                     putInPlace(*arrivals[file]);
                      countFile();
                  },
              .failed = [](std::size_t, const std::exception_ptr& why) { std::rethrow_exception(why); }});
-        sayUpTo(arrivals.size());
+        reportUpTo(arrivals.size());
     }
 
-    void put(Arrival& arrival) const {
+    void putInPlace(Arrival& arrival) const {
         const auto& path = arrival.path;
         if (arrival.replaces) {
             installed(path, arrival.replace(transport));
@@ -414,9 +238,9 @@ private:
     }
 
     struct Line {
-        std::size_t after; // so many queued files
+        std::size_t after; // this number of queued files
         std::string text;
-        bool isFile; // which is dealt with by it
+        bool isFile; // the line is about a file, which counts as done
     };
 
     const FTPTransport& transport;
@@ -430,7 +254,7 @@ private:
         [this](const Node& node, const RemoteEntry& entry) { return isEntered(node, entry); }};
     std::map<std::string, AnswerAboutFile> dates;
     std::vector<std::unique_ptr<Arrival>> queued;
-    std::uint64_t bytes = 0; // of those queued
+    std::uint64_t bytes = 0; // of the queued files
     std::deque<Line> lines;
 };
 
@@ -443,46 +267,6 @@ std::filesystem::path FTPTransport::safeLocalURL(std::string_view path) const {
 void FTPTransport::downloadTree(
     const std::string& path, int depth, const Report& report, const Installed& installed) const {
     TreeDownload(*this, report, installed).run(path, depth);
-}
-
-void FTPTransport::replaceLocal(const std::vector<RemoteChange>& changes, const ReplaceEvents& events) const {
-    for (std::size_t done = 0; done < changes.size();) {
-        std::vector<std::unique_ptr<Arrival>> arrivals;
-        std::vector<const RemoteChange*> chosen;
-        for (; done < changes.size() && arrivals.size() < mostFetchedTogether; ++done) {
-            control->check();
-            try {
-                arrivals.push_back(std::make_unique<Arrival>(profile.localFolder, changes[done]));
-                chosen.push_back(&changes[done]);
-            } catch (const ChangedMeanwhile& refusal) {
-                events.refused(changes[done], refusal);
-            }
-        }
-        const auto refusing = [&](std::size_t file, const auto& work) {
-            try {
-                work();
-            } catch (const ChangedMeanwhile& refusal) {
-                events.refused(*chosen[file], refusal);
-            }
-        };
-        fetchAll(
-            *this, arrivals,
-            {.begins = [](std::size_t) {},
-             .fetched =
-                 [&](std::size_t file) {
-                     refusing(file, [&] { events.replaced(*chosen[file], arrivals[file]->replace(*this)); });
-                 },
-             .failed = [&](std::size_t file,
-                           const std::exception_ptr& why) { refusing(file, [&] { std::rethrow_exception(why); }); }});
-    }
-}
-
-Fingerprint FTPTransport::replaceLocal(const RemoteChange& change) const {
-    Fingerprint installed;
-    replaceLocal(
-        {change}, {.replaced = [&](const RemoteChange&, const Fingerprint& fingerprint) { installed = fingerprint; },
-                   .refused = [](const RemoteChange&, const ChangedMeanwhile& refusal) { throw refusal; }});
-    return installed;
 }
 
 } // namespace zembrastel
