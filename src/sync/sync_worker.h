@@ -10,7 +10,6 @@
 #include "model/private_items.h"
 #include "model/profile.h"
 #include "model/publish_journal.h"
-#include "model/remote_date.h"
 #include "model/server_version.h"
 #include "platform/clock.h"
 #include "sync/retry_wait.h"

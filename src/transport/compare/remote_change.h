@@ -5,7 +5,7 @@
 
 #include "model/error.h"
 #include "model/fingerprint.h"
-#include "model/remote_date.h"
+#include "model/server_version.h"
 
 #include <optional>
 #include <string>

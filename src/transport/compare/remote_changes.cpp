@@ -1,4 +1,5 @@
 #include "model/scan.h"
+#include "platform/name_order.h"
 #include "platform/text.h"
 
 #include "transport/compare/missing_files.h"
@@ -211,8 +212,8 @@ private:
         }
         std::ranges::stable_sort(files, {}, [](const auto& file) { return file.fingerprint.size; });
         auto left = static_cast<std::int64_t>(toFetch);
-        const auto tooMuch = std::ranges::find_if(
-            files, [&left](const auto& file) { return (left -= file.fingerprint.size) < 0; });
+        const auto tooMuch =
+            std::ranges::find_if(files, [&left](const auto& file) { return (left -= file.fingerprint.size) < 0; });
         files.erase(tooMuch, files.end());
         return files;
     }

@@ -5,7 +5,6 @@
 
 #include "model/fingerprint.h"
 #include "model/publish_journal.h"
-#include "model/remote_date.h"
 #include "model/server_version.h"
 #include "transport/compare/remote_change.h"
 

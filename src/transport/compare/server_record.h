@@ -4,7 +4,6 @@
 #pragma once
 
 #include "model/fingerprint.h"
-#include "model/remote_date.h"
 #include "model/server_version.h"
 
 #include <chrono>

@@ -1,7 +1,7 @@
 #include "transport/curl/conversation.h"
 
 #include "model/error.h"
-#include "model/password_mask.h"
+#include "model/password_store.h"
 #include "platform/child_process.h"
 #include "platform/files.h"
 #include "platform/text.h"

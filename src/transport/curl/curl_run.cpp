@@ -1,5 +1,5 @@
 #include "model/error.h"
-#include "model/password_mask.h"
+#include "model/password_store.h"
 #include "platform/child_process.h"
 #include "platform/files.h"
 #include "platform/text.h"

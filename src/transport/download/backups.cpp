@@ -3,6 +3,7 @@
 #include "model/error.h"
 #include "platform/directory_walk.h"
 #include "platform/files.h"
+#include "platform/name_order.h"
 #include "platform/text.h"
 #include "platform/uuid.h"
 #include "transport/download/local_replacement.h"

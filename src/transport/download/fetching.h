@@ -6,7 +6,7 @@
 // Blocks its thread and calls the events on it. An exception of an event ends the work and is passed on.
 #pragma once
 
-#include "model/remote_date.h"
+#include "model/server_version.h"
 #include "transport/download/local_replacement.h"
 
 #include <cstddef>

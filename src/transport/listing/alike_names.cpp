@@ -1,5 +1,6 @@
 #include "transport/listing/alike_names.h"
 
+#include "platform/name_order.h"
 #include "platform/text.h"
 
 #include <algorithm>

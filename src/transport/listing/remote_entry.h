@@ -1,7 +1,7 @@
 // One item of a server folder, as listed.
 #pragma once
 
-#include "model/remote_date.h"
+#include "model/server_version.h"
 
 #include <cstdint>
 #include <optional>
