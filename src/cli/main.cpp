@@ -1,3 +1,4 @@
+// The executable of the command line: prepares the process before any thread or file exists, then runs the command.
 #include "cli/command_line.h"
 #include "platform/process_limits.h"
 

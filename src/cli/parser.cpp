@@ -10,7 +10,7 @@ namespace zembrastel::cli {
 namespace {
 
 // CLI11 takes "[a,b]" for a list wherever more than one text may follow. File names may look like that, so such an
-// argument gets this mark before parsing, and every option removes it. Nobody types it.
+// argument gets this mark before parsing, and every option removes it. Users do not type it.
 constexpr char bracketMark = '\x1F';
 
 std::string withBracketMark(const std::string& argument) {

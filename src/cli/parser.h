@@ -77,7 +77,7 @@ public:
         return {.syntax = added, .request = *request};
     }
 
-    // Adds a command that consists of others, of which the user names one.
+    // Adds a group of commands, of which the user names one.
     [[nodiscard]] Syntax group(const char* name, const char* help) const;
 
 private:

@@ -65,7 +65,7 @@ void pauseOrResumeInProgram(RunningProgram& program, const CommandContext& conte
         std::optional<answer::Changed> changed;
         const auto failed =
             program.ask({.kind = kind, .profiles = {profile.id}}, context.interrupt, [&](const ControlAnswer& answer) {
-                if (const auto* told = std::get_if<answer::Changed>(&answer)) changed = *told;
+                if (const auto* change = std::get_if<answer::Changed>(&answer)) changed = *change;
             });
         if (failed && failed->reason == answer::Failed::Reason::notSaved) {
             failChange(

@@ -247,7 +247,7 @@ ExitCode pushAlone(const CommandContext& context, const PushRequest& request) {
     return ExitCode::done;
 }
 
-// The running program does it and goes on with its other work.
+// A push by the running program.
 class PushInProgram {
 public:
     PushInProgram(RunningProgram& running, const CommandContext& commandContext, const std::string& name)

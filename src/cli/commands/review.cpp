@@ -233,14 +233,14 @@ public:
         std::optional<answer::Failed> failed;
         try {
             failed = program.ask(request, context.interrupt, [&](const ControlAnswer& answer) {
-                if (const auto* told = std::get_if<answer::Activity>(&answer)) {
-                    report.activityLogged(told->profile, told->line);
+                if (const auto* activity = std::get_if<answer::Activity>(&answer)) {
+                    report.activityLogged(activity->profile, activity->line);
                 } else if (const auto* outcome = std::get_if<answer::Outcome>(&answer)) {
                     reportOutcome(outcome->path, outcome->kept, outcome->downloaded);
                 }
             });
         } catch (const Cancelled&) {
-            throw CommandError(ExitCode::failed, "Interrupted. The running program goes on with what was decided.");
+            throw CommandError(ExitCode::failed, "Interrupted. The running program carries the decision out.");
         }
         if (failed) throw undecided(*failed);
         if (!leftOut.empty()) throw leftOutOf(leftOut, program.reviewWaits());

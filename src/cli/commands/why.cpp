@@ -110,7 +110,7 @@ ExitCode explainPath(const CommandContext& context, const WhyRequest& request) {
     std::error_code failed;
     if (!std::filesystem::exists(
             std::filesystem::symlink_status(std::filesystem::path(profile.localFolder) / path, failed))) {
-        context.output.note("There is nothing of that name in the local folder now.");
+        context.output.note("There is no such file or folder in the local folder now.");
     }
     return ExitCode::done;
 }

@@ -12,7 +12,7 @@
 namespace zembrastel::cli {
 namespace {
 
-// Programs that end others, and closing terminals, send more than one signal at a time.
+// Closing terminals, and programs that end other programs, send more than one signal at a time.
 constexpr std::chrono::seconds graceAfterInterrupt{2};
 
 bool isIgnored(int signalNumber) {
@@ -29,7 +29,7 @@ sigset_t endingSignals() {
     return set;
 }
 
-// What would have happened had the signal never been blocked.
+// Ends the program as if the signal had never been blocked.
 void endBy(int signalNumber) {
     struct sigaction byDefault {};
     byDefault.sa_handler = SIG_DFL;

@@ -1,9 +1,9 @@
-// Ctrl-C and the requests to end (SIGINT, SIGTERM, SIGHUP), as a call instead of a signal handler.
+// Turns Ctrl-C and the other requests to end (SIGINT, SIGTERM, SIGHUP) into a call, without a signal handler.
 //
-// One object, made in main() before any other thread: it blocks the signals everywhere and has a thread of its own wait
-// for them. The first signal within during() calls the action. One outside of it, or one that comes when the program
-// should long have ended, ends it at once, as if it had never been blocked. A SIGHUP that was ignored when the program
-// started (nohup) stays so.
+// One object, made in main() before any other thread: it blocks the signals in all threads, and its own thread waits
+// for them. The first signal during a Scope calls the action of the scope. A signal outside of a scope, or one more
+// than two seconds after the first, ends the program immediately, as if it had never been blocked. A SIGHUP that was
+// ignored when the program started (nohup) stays ignored.
 #pragma once
 
 #include "platform/descriptor.h"
@@ -20,7 +20,7 @@ class Interrupt {
 public:
     using Action = std::function<void()>;
 
-    // Takes the action back when it goes, and waits for one that is running.
+    // Restores the previous action when it ends, and waits for a running action.
     class Scope {
     public:
         Scope(Interrupt& owner, Action replaced) : interrupt(owner), before(std::move(replaced)) {}
@@ -39,8 +39,8 @@ public:
     Interrupt& operator=(const Interrupt&) = delete;
     ~Interrupt();
 
-    // For as long as the scope lives, an interrupt calls `action`, on the waiting thread: it must be quick and must not
-    // throw. After an interrupt the action is called at once. Scopes may be nested; the innermost counts.
+    // While the scope lives, an interrupt calls `action` on the waiting thread: it must be quick and must not throw. If
+    // there was an interrupt already, calls it immediately. Scopes may be nested; the innermost one counts.
     [[nodiscard]] Scope during(Action action);
 
     [[nodiscard]] bool happened() const;

@@ -95,7 +95,7 @@ std::string elidedInMiddle(std::string_view text, std::size_t columns) {
     auto cells = cellsOf(text);
     if (columnsOfCells(cells) <= columns) return std::string(text);
     if (columns == 0) return "";
-    // The end tells files apart better than the beginning: it gets the odd column.
+    // The end of a path distinguishes files better than its beginning, so it gets the odd column.
     const std::size_t tail = columns / 2;
     const auto front = fittingBytes(cells, columns - 1 - tail);
     const auto back = fittingBytes(std::vector<Cell>(cells.rbegin(), cells.rend()), tail);

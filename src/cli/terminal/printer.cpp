@@ -10,7 +10,7 @@ namespace {
 constexpr std::chrono::milliseconds graceAtEnd{500};
 constexpr std::chrono::milliseconds signalInterval{10};
 
-// Interrupts a system call that blocks. By default this signal is ignored, so nobody else depends on it.
+// Interrupts a system call that blocks. By default this signal is ignored, so no other code depends on it.
 constexpr int interruptingSignal = SIGURG;
 
 void makeSignalInterrupt() {
@@ -67,7 +67,7 @@ void Printer::finish() {
     changed.wait(lock, [this] { return ended; });
 }
 
-// What there is to print now: the count of the dropped lines takes their place.
+// The next line to print. The count of the dropped lines comes in their place.
 std::optional<Printer::Line> Printer::next() {
     if (!lines.empty()) {
         Line line = std::move(lines.front());

@@ -1,5 +1,5 @@
 // Prints lines on a thread of its own, so that a reader who stops reading (a terminal held with Ctrl-S, a full pipe)
-// holds up nothing but the printing.
+// delays only the printing.
 //
 // Identity. print() and showLive() may be called on any thread and return at once. The effects are called on the
 // printer's thread.
@@ -29,29 +29,30 @@ public:
         std::string text;
     };
 
-    // They may block in a system call. When givesUp() is true, a call that a signal interrupted is not repeated.
+    // The effects may block in a system call. If givesUp() is true, they do not repeat a call that a signal
+    // interrupted.
     struct Effects {
         std::function<void(const Line& line)> print;
         std::function<void(const Live& live)> showLive;
-        // The line that says how many lines were not printed.
+        // Returns the line that says how many lines were not printed.
         std::function<std::string(std::size_t lines)> unprinted;
     };
 
-    // Once so many bytes wait, further lines are dropped until all that waits is printed; then the reader is told how
-    // many they were. A thread that cannot be started throws std::system_error.
+    // When more than `room` bytes wait, drops further lines until all waiting ones are printed, and then prints how
+    // many were dropped. Throws std::system_error if the thread cannot be started.
     Printer(std::size_t room, Effects effects);
     Printer(const Printer&) = delete;
     Printer& operator=(const Printer&) = delete;
     ~Printer() { end(); }
 
     void print(Line line);
-    // The latest is shown when all lines before it are printed.
+    // Shows the latest of these after the lines before it.
     void showLive(Live live);
 
-    // Returns when everything is printed, however long the reader takes. Nothing more may be printed then.
+    // Returns when everything is printed, however long the reader takes. The caller prints nothing afterwards.
     void finish();
 
-    // Ends the thread. Gives the reader half a second for what still waits, then drops it.
+    // Ends the thread. Gives the reader half a second for the waiting lines, then drops them.
     void end();
 
     [[nodiscard]] bool givesUp() const { return givingUp; }

@@ -11,7 +11,7 @@
 namespace zembrastel::cli {
 namespace {
 
-// After a refused certificate curl adds four lines of general advice, which lead a user of this program nowhere.
+// After a refused certificate curl adds four lines of general advice, which do not help users of this program.
 std::string withoutCertificateAdvice(std::string_view text) {
     constexpr std::string_view beginning = "\nMore details here: https://curl.se/";
     constexpr std::string_view ending = "please visit the web page mentioned above.";
@@ -70,10 +70,10 @@ std::string counted(std::uint64_t number, std::string_view singular) {
 
 SystemTime systemTime(std::chrono::duration<double> sinceEpoch) {
     using Duration = SystemTime::duration;
-    // One second inside the range, which a double cannot express to the last tick.
-    const std::chrono::duration<double> most = Duration::max() - std::chrono::seconds(1);
+    // One second inside the range: a double cannot express its exact end.
+    const std::chrono::duration<double> limit = Duration::max() - std::chrono::seconds(1);
     if (std::isnan(sinceEpoch.count())) return {};
-    return SystemTime(std::chrono::duration_cast<Duration>(std::clamp(sinceEpoch, -most, most)));
+    return SystemTime(std::chrono::duration_cast<Duration>(std::clamp(sinceEpoch, -limit, limit)));
 }
 
 std::string clockTime(SystemTime time) { return formatted(time, ::localtime_r, "%H:%M:%S"); }

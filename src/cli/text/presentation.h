@@ -1,4 +1,4 @@
-// How texts, times and numbers are put before a person, one line at a time.
+// The form of texts, times and numbers in the output.
 //
 // Pure functions; any thread. Local times are those of the process's time zone.
 #pragma once
@@ -13,8 +13,8 @@
 
 namespace zembrastel::cli {
 
-// On one line: every run of white space and line breaks is one blank, and what a terminal could take for a command is
-// spelled out.
+// The text on one line: every run of white space and line breaks becomes one blank, and characters that could control a
+// terminal become visible escapes.
 [[nodiscard]] std::string oneLine(std::string_view text);
 
 // The name between double quotes, on one line.
@@ -25,8 +25,8 @@ namespace zembrastel::cli {
 
 using SystemTime = std::chrono::system_clock::time_point;
 
-// Of seconds since 1970-01-01 00:00:00 UTC, as fingerprints and, by sinceUnixEpoch(), remote dates count them. What is
-// out of the range of SystemTime becomes its nearest end.
+// The time of so many seconds since 1970-01-01 00:00:00 UTC, the unit of fingerprints and of sinceUnixEpoch(). A time
+// outside the range of SystemTime becomes the nearest one in it.
 [[nodiscard]] SystemTime systemTime(std::chrono::duration<double> sinceEpoch);
 
 [[nodiscard]] std::string clockTime(SystemTime time);     // "15:04:05", local

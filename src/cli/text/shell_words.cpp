@@ -19,14 +19,14 @@ public:
     }
 
 private:
-    // False when what begins here does not end.
+    // False if a quote that begins here does not end.
     bool takeNext() {
         const char next = take();
         if (blanks.find(next) != std::string_view::npos) {
             endWord();
             return true;
         }
-        inWord = true; // also by quotes with nothing between them
+        inWord = true; // also for empty quotes
         if (next == '\'') return takeSingleQuoted();
         if (next == '"') return takeDoubleQuoted();
         if (next == '\\') return takeEscaped();

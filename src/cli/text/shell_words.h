@@ -1,6 +1,7 @@
-// A command line as words, and words as a command line, in the way of the POSIX shell.
+// Splits a command line into words and quotes words for one, by the rules of the POSIX shell.
 //
-// Pure functions; any thread. Quotation is all that is understood: no variables, wildcards, pipes or comments.
+// Pure functions; any thread. Only quotes have a meaning: no variables, wildcards, pipes or comments. GLib's functions
+// would differ: g_shell_parse_argv drops what follows a "#", and g_shell_quote quotes plain words too.
 #pragma once
 
 #include <optional>
@@ -11,10 +12,11 @@
 namespace zembrastel::cli {
 
 // The words between blanks, tabs and line feeds. Single quotes keep all as it is, double quotes all but \" \\ \$ and
-// \`, a backslash keeps the next character. Nothing when a quotation is not closed or a backslash comes last.
+// \`, a backslash keeps the next character. Nullopt if a quote is not closed or a
+// backslash comes last.
 [[nodiscard]] std::optional<std::vector<std::string>> splitWords(std::string_view text);
 
-// `word` as a shell reads it back unchanged: between single quotes where it needs them.
+// `word` in a form that a shell reads back unchanged: in single quotes if it needs them.
 [[nodiscard]] std::string shellQuoted(std::string_view word);
 
 } // namespace zembrastel::cli

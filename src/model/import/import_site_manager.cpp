@@ -30,6 +30,7 @@ std::string textOf(const pugi::xml_node& element, const char* name) {
     return text;
 }
 
+// Refuses invalid and incomplete text; g_base64_decode would skip invalid characters and return a wrong password.
 std::optional<std::string> decodedBase64(std::string_view text) {
     constexpr std::string_view digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     constexpr unsigned digitBits = 6;

@@ -28,6 +28,7 @@ std::string asArgument(std::string_view argument) {
 }
 
 // The value of a key in the entry's own group; nullopt if there is none.
+// Not read by GKeyFile, which refuses the whole file for one malformed line.
 std::optional<std::string_view> valueIn(std::string_view entry, std::string_view key) {
     bool inGroup = false;
     while (!entry.empty()) {
