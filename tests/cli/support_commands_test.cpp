@@ -82,7 +82,7 @@ TEST_F(SupportCommands, DoctorSaysWhatIsWrongAndNeverThePassword) {
     EXPECT_EQ(written.status, 1);
     EXPECT_TRUE(contains(written.output, "Profile: Site\n"));
     EXPECT_TRUE(contains(written.output, "  WRONG   The server does not rename a file over one that is there."));
-    EXPECT_TRUE(contains(written.output, "Ask the hoster to allow it"));
+    EXPECT_TRUE(contains(written.output, "Ask the hosting provider to allow it"));
     EXPECT_EQ(readTree(server.root()), (FileTree{{"page", "x"}})) << "its own test files are gone again";
     EXPECT_EQ(doctor(server.password(), {}).status, 0) << "reading alone finds nothing wrong";
     const auto refused = doctor("wr0ng-w0rd", {"--json"});
