@@ -6,7 +6,7 @@
 #pragma once
 
 #include "app/demo.h"
-#include "app/jobs.h"
+#include "app/jobs/jobs.h"
 
 #include <exception>
 #include <filesystem>

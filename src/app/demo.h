@@ -5,7 +5,7 @@
 // paused goes on with what was not yet uploaded.
 #pragma once
 
-#include "app/job_work.h"
+#include "app/jobs/job_work.h"
 #include "app/profile_status.h"
 #include "model/profile.h"
 #include "platform/clock.h"

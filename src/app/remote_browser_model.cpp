@@ -3,6 +3,7 @@
 #include "model/error.h"
 #include "platform/directory_walk.h"
 #include "platform/folder.h"
+#include "platform/name_order.h"
 #include "platform/text.h"
 #include "transport/curl/remote_url.h"
 #include "transport/ftp_transport.h"

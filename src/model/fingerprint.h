@@ -2,7 +2,7 @@
 #pragma once
 
 #include "model/path_map.h"
-#include "platform/inode_numbers.h"
+#include "platform/file_attributes.h"
 
 #include <cstdint>
 #include <filesystem>

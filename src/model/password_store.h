@@ -28,4 +28,7 @@ struct PasswordStore {
 // The message of a failed call: the service's own text as a sentence, or the error's number if it has none.
 [[nodiscard]] std::string keychainMessage(int status, std::string_view words);
 
+// The text with dots in place of the password. An empty password changes nothing.
+[[nodiscard]] std::string withoutPassword(std::string text, std::string_view password);
+
 } // namespace zembrastel

@@ -10,7 +10,7 @@
 #pragma once
 
 #include "model/fingerprint.h"
-#include "model/remote_date.h"
+#include "model/server_version.h"
 #include "platform/uuid.h"
 
 #include <filesystem>

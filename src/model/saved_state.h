@@ -5,7 +5,7 @@
 
 #include "model/fingerprint.h"
 #include "model/profile.h"
-#include "model/remote_date.h"
+#include "model/server_version.h"
 
 #include <cstdint>
 #include <map>

@@ -1,4 +1,5 @@
 #include "model/scan.h"
+#include "model/path_map_recorder.h"
 
 #include "model/error.h"
 #include "model/private_items.h"

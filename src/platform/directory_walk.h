@@ -4,7 +4,7 @@
 // visitor reads.
 #pragma once
 
-#include "platform/inode_numbers.h"
+#include "platform/file_attributes.h"
 
 #include <filesystem>
 #include <functional>

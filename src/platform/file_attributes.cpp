@@ -1,4 +1,8 @@
 #include "platform/file_attributes.h"
+#include <csignal>
+#include <fcntl.h>
+#include <linux/magic.h>
+#include <sys/vfs.h>
 
 #include "platform/files.h"
 
@@ -71,6 +75,41 @@ void copyAttributes(int from, int to, const std::filesystem::path& name) {
     if (!groupKept || !listKept) mode &= ~(S_IRWXG & ~((mode & S_IRWXO) << 3U));
     // On some file systems all files have the same bits.
     if (::fchmod(to, mode) != 0 && errno != EPERM && errno != EOPNOTSUPP) throwFileError("chmod", name);
+}
+
+namespace {
+
+// Not in every version of the kernel's header.
+constexpr std::int64_t exfat = 0x2011BAB0;
+constexpr std::int64_t fuse = 0x65735546;
+constexpr std::int64_t virtualBoxFolder = 0x786F4256;
+
+} // namespace
+
+InodeNumbers inodeNumbersOf(std::int64_t fileSystemType) {
+    switch (fileSystemType) {
+    case MSDOS_SUPER_MAGIC:
+    case exfat:
+    case fuse:
+    case virtualBoxFolder:
+        return InodeNumbers::passing;
+    default:
+        return InodeNumbers::lasting;
+    }
+}
+
+InodeNumbers inodeNumbersAt(int descriptor) {
+    struct statfs found {};
+    return ::fstatfs(descriptor, &found) == 0 ? inodeNumbersOf(found.f_type) : InodeNumbers::lasting;
+}
+
+bool hasOpenWriter(int file) noexcept {
+    // If a writer opens the file during the lease, the kernel sends this process a signal. The default, SIGIO, would
+    // end the process; SIGURG is ignored.
+    if (::fcntl(file, F_SETSIG, SIGURG) != 0) return false;
+    if (::fcntl(file, F_SETLEASE, F_RDLCK) != 0) return errno == EAGAIN;
+    (void)::fcntl(file, F_SETLEASE, F_UNLCK);
+    return false;
 }
 
 } // namespace zembrastel

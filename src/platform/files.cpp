@@ -196,4 +196,10 @@ void copyContents(int from, int to, const std::filesystem::path& name, const std
     }
 }
 
+std::string whyNotWritten(int file) {
+    struct stat attributes {};
+    if (::fstat(file, &attributes) != 0 || ::pwrite(file, "", 1, attributes.st_size) == 1) return "";
+    return std::system_category().message(errno);
+}
+
 } // namespace zembrastel

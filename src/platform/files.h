@@ -42,4 +42,7 @@ void removeStaleWrites(const std::filesystem::path& file);
 // between pieces of at most 64 MiB; an exception from it ends the copy. `name` is for messages.
 void copyContents(int from, int to, const std::filesystem::path& name, const std::function<void()>& checkpoint);
 
+// Why the system refuses to write more of an open file, in the system's words; empty if it accepts more.
+[[nodiscard]] std::string whyNotWritten(int file);
+
 } // namespace zembrastel

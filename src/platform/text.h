@@ -1,7 +1,6 @@
-// Unicode classes, splitting, encoding, comparison and fixed-format dates, on UTF-8 text.
+// Unicode classes, splitting, encoding and fixed-format dates, on UTF-8 text.
 //
-// Pure functions; any thread. Only compareNames and nameSortKey depend on the process locale: they order names by the
-// rules of the user's language. Bytes that are not valid UTF-8 belong to no class.
+// Pure functions; any thread. None depends on the process locale. Bytes that are not valid UTF-8 belong to no class.
 #pragma once
 
 #include <chrono>
@@ -62,17 +61,6 @@ namespace zembrastel {
 
 // Equivalent JSON text with \uXXXX for the characters that printable() escapes. `json` must be valid.
 [[nodiscard]] std::string printableJson(std::string_view json);
-
-// Equal for names that differ only in case or in Unicode normalization form, which some file systems take for one file.
-// The name must be valid UTF-8.
-[[nodiscard]] std::string foldedName(std::string_view name);
-
-// Negative, zero or positive if `a` sorts before, with or after `b` in a file manager: numbers by value, without case,
-// by the rules of the user's language.
-[[nodiscard]] int compareNames(std::string_view a, std::string_view b);
-
-// Bytes that compare like compareNames compares the names. Faster for sorting many names: each is converted once.
-[[nodiscard]] std::string nameSortKey(std::string_view name);
 
 // The instant of "Wed, 01 Jan 2020 12:34:56 GMT" (RFC 9110, 5.6.7, IMF-fixdate). Accepts other zone names as well.
 [[nodiscard]] std::optional<std::chrono::sys_seconds> parseHttpDate(std::string_view text);

@@ -1,6 +1,6 @@
-// Files that could not go up for reasons of their own, and how long each of them waits before it is tried again.
+// Files whose upload failed for a reason of their own, and how long each waits before the next attempt.
 //
-// Identity; used on the worker's thread.
+// Used on the worker's thread.
 #pragma once
 
 #include "model/fingerprint.h"
@@ -12,27 +12,27 @@
 
 namespace zembrastel {
 
-// How long a file waits after so many failures in a row: 5, 10, 20, 40, 60 seconds, then 10 minutes each time.
+// The wait after this number of failures in a row: 5, 10, 20, 40, 60 seconds, then 10 minutes each time.
 [[nodiscard]] std::chrono::seconds fileRetryDelay(int failures);
 
 class FileRetries {
 public:
     using Time = std::chrono::steady_clock::time_point;
 
-    // This version of the file failed. Returns how long it waits. Another version counts anew.
+    // This version of the file failed. Returns how long it waits. Another version starts a new count.
     std::chrono::seconds failed(
         const std::string& path, const Fingerprint& version, const std::string& message, Time now);
 
-    // Does this version of the file still wait? A changed file does not.
+    // True if this version of the file still waits.
     [[nodiscard]] bool waits(const std::string& path, const Fingerprint& version, Time now) const;
 
-    // The file is published, or gone.
+    // Call it when the file is published or gone.
     void forget(const std::string& path) { files.erase(path); }
     void forgetIf(const std::function<bool(const std::string& path)>& gone) {
         std::erase_if(files, [&gone](const auto& file) { return gone(file.first); });
     }
 
-    // The failure of the first file, in the order of paths, that waits; nullptr when none does.
+    // The failure of the first file in the order of paths; nullptr if there is none.
     struct Failure {
         Fingerprint version;
         std::string message; // for the user

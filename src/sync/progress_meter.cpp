@@ -3,7 +3,7 @@
 namespace zembrastel {
 namespace {
 
-// Of several files: between two batches of them nothing is sent for a moment.
+// For several files: between two batches nothing is sent for a moment.
 constexpr std::chrono::seconds memoryForAll{15};
 
 } // namespace
@@ -11,7 +11,7 @@ constexpr std::chrono::seconds memoryForAll{15};
 void ProgressMeter::begin(TransferProgress::Work work, std::uint64_t filesQueued) {
     now = {.work = work, .filesQueued = filesQueued};
     begun = clock.steadyNow();
-    lastTold.reset();
+    lastReported.reset();
     bytesBefore = 0;
     rateOfAll = TransferRate(memoryForAll);
     rateOfAll.add(begun, 0);
@@ -20,19 +20,19 @@ void ProgressMeter::begin(TransferProgress::Work work, std::uint64_t filesQueued
 void ProgressMeter::setFiles(std::uint64_t done, std::uint64_t queued) {
     now.filesDone = done;
     now.filesQueued = queued;
-    if (queued > 1) tellCounts();
+    if (queued > 1) reportCounts();
 }
 
 void ProgressMeter::folderListed(std::uint64_t files) {
     ++now.folders;
     now.filesQueued += files;
-    tellCounts();
+    reportCounts();
 }
 
 void ProgressMeter::fileDone() {
     ++now.filesDone;
     now.file.reset();
-    tellCounts();
+    reportCounts();
 }
 
 void ProgressMeter::fileBegins(const std::string& filePath, std::optional<std::uint64_t> fileSize) {
@@ -51,7 +51,7 @@ void ProgressMeter::fileMoved(std::uint64_t bytes) {
     rateOfAll.add(time, now.bytes);
     now.rate = rateOfAll.perSecond();
     if (time - fileBegun < firstShown) return;
-    // A size that was passed was no size of this file.
+    // The reported size was too small.
     if (size && bytes > *size) size.reset();
     now.file = {
         .path = path,
@@ -59,18 +59,18 @@ void ProgressMeter::fileMoved(std::uint64_t bytes) {
         .size = size,
         .rate = rate.perSecond(),
         .left = size ? rate.left(*size - bytes) : std::nullopt};
-    tell(time);
+    reportNow(time);
 }
 
-void ProgressMeter::tellCounts() {
+void ProgressMeter::reportCounts() {
     const Time time = clock.steadyNow();
     if (time - begun < firstShown) return;
-    if (lastTold && time - *lastTold < observationInterval) return;
-    tell(time);
+    if (lastReported && time - *lastReported < observationInterval) return;
+    reportNow(time);
 }
 
-void ProgressMeter::tell(Time time) {
-    lastTold = time;
+void ProgressMeter::reportNow(Time time) {
+    lastReported = time;
     if (report) report(now);
 }
 

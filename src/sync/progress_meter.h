@@ -1,8 +1,7 @@
-// Makes what a transport tells of its work into reports of progress, few enough to be shown.
+// Turns the observations of a transport into progress reports, few enough to be shown.
 //
-// Identity; used on the thread of the work. Nothing is reported of work that is over within a second. After that at
-// most one report comes in an observationInterval, and one at the end of a file that was reported; what a report leaves
-// out is in the next one.
+// Used on the thread of the work. Work that ends within a second is not reported. After that there is at most one
+// report per observationInterval, and one at the end of a file that was reported. Each report has the latest counts.
 #pragma once
 
 #include "platform/clock.h"
@@ -19,20 +18,20 @@ class ProgressMeter final : public TransferObserver {
 public:
     using Report = std::function<void(const TransferProgress&)>;
 
-    // The first report of a file comes when it has been in transfer for so long, of a walk when it has taken so long.
+    // How long a transfer or a walk takes before its first report.
     static constexpr std::chrono::seconds firstShown{1};
 
     ProgressMeter(Clock& usedClock, Report reportTo) : clock(usedClock), report(std::move(reportTo)) {}
     ProgressMeter(const ProgressMeter&) = delete;
     ProgressMeter& operator=(const ProgressMeter&) = delete;
 
-    // Something else begins, with all counts at these.
+    // Other work begins; all counts start at zero, except `filesQueued`.
     void begin(TransferProgress::Work work, std::uint64_t filesQueued = 0);
 
-    // Where the files are not counted by what the transport tells: so many of so many are done.
+    // For work whose files the transport does not count: `done` of `queued` files are done.
     void setFiles(std::uint64_t done, std::uint64_t queued);
 
-    // So many bytes are still to be moved.
+    // The number of bytes that are still to be transferred.
     void expectBytes(std::uint64_t toCome) { now.bytesQueued = now.bytes + toCome; }
 
     void folderListed(std::uint64_t files) override;
@@ -43,15 +42,15 @@ public:
 private:
     using Time = std::chrono::steady_clock::time_point;
 
-    void tellCounts();
-    void tell(Time time);
+    void reportCounts();
+    void reportNow(Time time);
 
     Clock& clock;
     const Report report;
     TransferProgress now;
     Time begun{};
-    std::optional<Time> lastTold;
-    // Of the file in transfer.
+    std::optional<Time> lastReported;
+    // The file in transfer.
     std::string path;
     std::optional<std::uint64_t> size;
     Time fileBegun{};

@@ -34,7 +34,7 @@ void RetryWait::end() {
     waiting.reset();
 }
 
-// The clock sleeps on a stop source of this wait's own, which a stop of the job and a waking both end.
+// The clock sleeps on a stop source of this wait, which both a stop of the job and wake() end.
 bool RetryWait::sleep(Clock& clock, const std::stop_token& stop) {
     std::stop_source wait;
     const std::stop_callback stopped(stop, [&wait] { wait.request_stop(); });

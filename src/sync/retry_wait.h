@@ -1,8 +1,8 @@
-// The wait of a job before it tries again what failed: longer from failure to failure, and ended early when somebody
-// knows that trying again is worth it.
+// The wait of a job before the next attempt after a failure. It grows with each failure, and can be ended early, for
+// example when the network is back.
 //
-// Shared by the job, which waits (its own thread), and the model, which wakes it (main context). Its lock is held for
-// moments only.
+// Shared by the job, which waits (its own thread), and the model, which wakes it (main context). Its lock is never held
+// during the wait.
 #pragma once
 
 #include "platform/clock.h"
@@ -21,17 +21,17 @@ inline constexpr std::chrono::seconds firstRetryDelay{5};
 
 class RetryWait {
 public:
-    // How long the next wait lasts.
+    // The duration of the next wait.
     [[nodiscard]] std::chrono::seconds delay() const;
 
-    // What failed has worked: the next wait is the shortest again.
+    // Call it after a success: the next wait is the shortest again.
     void reset();
 
-    // Waits; the next wait is longer. False when a stop was requested.
+    // Waits; the next wait is longer. False if a stop was requested.
     [[nodiscard]] bool sleep(Clock& clock, const std::stop_token& stop);
 
-    // Ends a wait that is under way, as though it were over. The next is the shortest again, also where none is under
-    // way: what is being tried just now was begun before anybody knew better.
+    // Ends a running wait. The next wait is the shortest again, even if none is running: the present attempt may have
+    // started before the reason for this call.
     void wake();
 
 private:

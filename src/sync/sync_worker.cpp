@@ -64,7 +64,7 @@ private:
     std::optional<std::string> sendOnce() {
         worker.control->check();
         previous = scanFolder();
-        for (int look = 0; look < mostLooks; ++look) {
+        for (int scans = 0; scans < maxScans; ++scans) {
             sleep(pollInterval);
             const FileMap current = scanFolder();
             const KeepAsPrevious keep{previous, current};

@@ -1,4 +1,4 @@
-// How far the work on a profile's files has come, and the rules for its rate and its remaining time.
+// The progress of the work on a profile's files, and the rules for its rate and its remaining time.
 //
 // Values and pure functions; any thread.
 #pragma once
@@ -13,10 +13,10 @@ namespace zembrastel {
 struct TransferProgress {
     enum class Work { uploading, downloading, comparing };
 
-    // The one in transfer.
+    // The file in transfer.
     struct File {
         std::string path;
-        std::uint64_t bytes = 0; // that are through
+        std::uint64_t bytes = 0; // transferred so far
         std::optional<std::uint64_t> size = std::nullopt;
         std::optional<double> rate = std::nullopt; // bytes a second
         std::optional<std::chrono::seconds> left = std::nullopt;
@@ -25,13 +25,13 @@ struct TransferProgress {
     };
 
     Work work = Work::uploading;
-    std::optional<File> file = std::nullopt; // once it has taken longer than a moment
+    std::optional<File> file = std::nullopt; // set after its first second
     std::uint64_t filesDone = 0;
-    // Those known of, the done ones among them; 0 while nobody counts them, as in a comparison. With `folders` there
-    // may be more to come.
+    // The known files, including the done ones; 0 if files are not counted, as in a comparison. It can grow while
+    // folders are being listed.
     std::uint64_t filesQueued = 0;
     std::uint64_t folders = 0; // listed so far
-    // Of all files: what went through, how much there is to move where that is known, and the rate.
+    // Of all files: the transferred bytes, the bytes to transfer if known, and the rate.
     std::uint64_t bytes = 0;
     std::optional<std::uint64_t> bytesQueued = std::nullopt;
     std::optional<double> rate = std::nullopt; // bytes a second
@@ -39,9 +39,9 @@ struct TransferProgress {
     friend bool operator==(const TransferProgress&, const TransferProgress&) = default;
 };
 
-// The rate of a transfer, of one file or of several: an exponential moving average over about `memory` of what went
-// through between two looks. What went before the first look does not count: connecting takes its time, and a system
-// takes the first megabytes of an upload at once, long before they are on the wire.
+// The rate of a transfer of one file or several: an exponential moving average, over about `memory`, of the bytes
+// between two observations. Bytes before the first observation do not count: connecting takes time, and the system
+// buffers the first megabytes of an upload at once.
 class TransferRate {
 public:
     using Time = std::chrono::steady_clock::time_point;
@@ -50,11 +50,11 @@ public:
 
     void add(Time time, std::uint64_t bytes);
 
-    // In bytes a second; nothing before the second look.
+    // In bytes a second; nullopt before the second observation.
     [[nodiscard]] std::optional<double> perSecond() const { return average; }
 
-    // How long what is still to come will take. Nothing until the rate has been watched for three seconds, nor where
-    // it would be over a day: both would be guesses.
+    // The estimated time for the remaining bytes. Nullopt until the rate has been observed for three seconds, and if
+    // the result is over a day: both would be guesses.
     [[nodiscard]] std::optional<std::chrono::seconds> left(std::uint64_t bytesToCome) const;
 
 private:

@@ -1,7 +1,7 @@
 #include "sync/upload_queue.h"
 
 #include "model/error.h"
-#include "platform/open_writer.h"
+#include "platform/file_attributes.h"
 #include "platform/text.h"
 #include "transport/local_place.h"
 

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "model/fingerprint.h"
-#include "model/remote_date.h"
+#include "model/server_version.h"
 #include "sync/phase.h"
 #include "sync/transfer_progress.h"
 

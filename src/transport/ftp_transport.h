@@ -1,9 +1,9 @@
-// Every conversation with a server: one value for one profile and one job, and its operations.
+// The operations on a server: one value for one profile and one job.
 //
-// Each operation is one or more runs of curl, one after another, and blocks its thread until they end; none belongs on
-// the main context. Transports may share a control: cancelling it ends whatever runs under it, and every operation then
-// fails with Cancelled. All other failures are SyncErrors, curl's own words among them, or the system's errors
-// (std::filesystem::filesystem_error) passed on unchanged. No failure leaves a torn file on either side.
+// Each operation is one or more runs of curl, one after another, and blocks its thread until they end; call none on the
+// main context. Transports may share a control: cancelling it ends all their runs, and every operation then throws
+// Cancelled. All other failures are SyncErrors, curl's messages among them, or the system's errors
+// (std::filesystem::filesystem_error) passed on. No failure leaves a torn file on either side.
 //
 // Paths are relative, "/" between components, the same below the local and the remote folder; "" is the folder itself.
 #pragma once
@@ -37,13 +37,13 @@ namespace zembrastel {
 
 class ChildProcess;
 
-// One run of curl with all that was said in it, for finding out what is wrong with a server.
+// The full record of one run of curl, for the diagnosis of a server.
 struct Transcript {
     bool succeeded = false;
-    bool connected = false;             // did anybody answer at the host's port?
-    std::string output{};               // what curl wrote to its standard output, where it succeeded
-    std::string failure{};              // curl's own words; empty where it succeeded
-    std::vector<std::string> replies{}; // the server's lines, in their order
+    bool connected = false;             // true if the host's port accepted a connection
+    std::string output{};               // curl's standard output; empty unless it succeeded
+    std::string failure{};              // curl's message; empty if it succeeded
+    std::vector<std::string> replies{}; // the server's lines, in order
 };
 
 struct FTPTransport {
@@ -53,83 +53,83 @@ struct FTPTransport {
     Profile profile;
     std::string password;
     std::shared_ptr<TransferControl> control;
-    TransferObserver* observer = nullptr;    // borrowed; nothing is looked at for nobody
-    std::vector<PrivateItem> privateItems{}; // neither compared with the server's nor replaced by them
+    TransferObserver* observer = nullptr;    // borrowed; may be null
+    std::vector<PrivateItem> privateItems{}; // never compared with the server's files, nor replaced
     std::shared_ptr<ServerTraits> traits = std::make_shared<ServerTraits>(); // of the profile's server
     UploadLimits limits{};
 
-    // Tells how many bytes of a local file curl has read or written.
+    // Returns how many bytes of a local file curl has read or written.
     using Position = std::function<std::optional<std::uint64_t>(const ChildProcess& curl)>;
 
-    // One run of curl, a conversation of one block: the options that every operation has, then `options`. Returns what
-    // curl wrote to its standard output. The one local file that curl may read or write is the open `localFile`, which
-    // the options call ChildProcess::filePath: curl is given no path of the local side, so nobody can put a link into
-    // one. What `position` tells goes to the observer. A file that would become longer than `maxWritten` fails the
-    // run.
+    // One run of curl, a conversation of one block: the common options, then `options`. Returns curl's standard output.
+    // curl can read or write only one local file, the open `localFile`, which the options name ChildProcess::filePath:
+    // curl gets no local path, in which another program could put a link. The observer gets the results of `position`.
+    // The run fails if a file would become longer than `maxWritten`.
     std::string run(
         std::string_view path, bool directory, const std::vector<TransferOption>& options, int localFile = -1,
         const Position& position = {}, std::optional<std::uint64_t> maxWritten = std::nullopt) const;
 
-    // The same run, with all that was said in it. A failure is part of the transcript and not thrown.
+    // The same run with its full record. A failure is part of the transcript and not thrown.
     [[nodiscard]] Transcript transcribe(
         std::string_view path, bool directory, std::vector<TransferOption> options, int localFile = -1) const;
 
-    // The entries of one remote folder, in the server's order: those of MLSD that LIST shows as well, with MLSD's
-    // dates, or where the server has no MLSD those of LIST, without dates. Each name once. How listings that were cut
-    // are recognised, and how many folders are listed with one login: see remote_queries.h.
+    // The entries of one remote folder, in the server's order, each name once: the entries of MLSD that LIST shows too,
+    // with MLSD's dates; or, if the server has no MLSD, the entries of LIST, without dates. remote_queries.h describes
+    // how incomplete listings are recognised.
     [[nodiscard]] std::vector<RemoteEntry> list(std::string_view path) const;
 
-    // Gives entries of this folder the name of the local item that they are alike to (alike_names.h), if the server
-    // finds its own item under that name. Then an upload of the local item would replace it.
+    // Gives an entry of this folder the name of the local item with a similar name (alike_names.h), if the server finds
+    // its own item under that name. An upload of the local item would then replace it.
     void nameAsLocal(
         std::string_view path, std::vector<RemoteEntry>& entries, const std::vector<LocalItem>& local) const;
 
-    // As list(); nothing where the server has no such folder.
+    // As list(); nullopt if the server has no such folder.
     [[nodiscard]] std::optional<std::vector<RemoteEntry>> listIfThere(std::string_view path) const;
 
-    // Has the server a file that it finds under this very path, however it spells the name in its listing?
+    // True if the server finds a file under this path, whatever name its listing shows.
     [[nodiscard]] bool hasFile(std::string_view path) const;
 
     // The server's modification date of one file; never a guess.
     [[nodiscard]] RemoteDate modificationDate(std::string_view path) const;
 
-    // What the server tells of one file: the date as above, and the size, where it tells that.
+    // The server's facts of one file: the date as above, and the size if the server reports it.
     struct FileFacts {
         RemoteDate modified;
         std::optional<std::uint64_t> size = std::nullopt;
     };
     [[nodiscard]] FileFacts facts(std::string_view path) const;
 
-    // The size of one file in bytes, as the server tells it now; nothing where it does not.
+    // The present size of one file in bytes; nullopt if the server does not report it.
     [[nodiscard]] std::optional<std::uint64_t> size(std::string_view path) const;
 
-    // The version of one file, also of one that listings hide. Nullopt where it is not there, or the server does not
+    // The version of one file, also of one that listings hide. Nullopt if it does not exist, or the server does not
     // report its date.
     [[nodiscard]] std::optional<ServerVersion> findVersion(std::string_view path) const;
 
     // The number of entries in the profile's remote folder. Reads only.
     [[nodiscard]] std::size_t test() const;
 
-    // Sends the version of the local file that has this fingerprint and puts it in the place of the live one, whatever
-    // that is: see publishing.h. Missing remote folders are made. A failure at any moment leaves the live file as it
-    // was; a temporary file may stay on the server, until a later upload removes it.
+    // Sends the version of the local file with this fingerprint and replaces the live file by it, whatever its version:
+    // see publishing.h. Makes missing remote folders. A failure at any moment leaves the live file unchanged; a
+    // temporary file may stay on the server until a later upload removes it.
     void upload(const std::string& path, const Fingerprint& fingerprint) const;
 
-    // Where the file or folder of this path is, or would be. Throws SyncError when the path is not safe or a symbolic
-    // link stands anywhere on the way.
+    // The local path of this file or folder, whether or not it exists. Throws SyncError if the path is not safe or a
+    // symbolic link is on the way.
     [[nodiscard]] std::filesystem::path safeLocalURL(std::string_view path) const;
 
     // The initial download of the chosen contents below `path`, which is `depth` levels below the remote folder.
-    // Installs what is missing locally and replaces, with a backup, what is older than the server's; keeps all else.
-    // What no local file can be made of is left out: names that cannot be transferred, folders that are too deep or
-    // lead back to one above them; and what would come to stand in the place of a private item, or inside one. A local
-    // item is the server's if the server finds its own under the local name. `report` gets a line for each step,
-    // `installed` each file written: both are called on this thread.
+    // Installs files that are missing locally, replaces files that are older than the server's, with a backup, and
+    // keeps all others. Skips names that cannot be transferred, folders that are too deep or lead back to a folder
+    // above them, and items whose place is a private item or inside one. A local item is the counterpart of a server
+    // item if the server finds its item under the local name. `report` gets a line for each step, `installed` each
+    // written file: both are called on this thread.
     void downloadTree(const std::string& path, int depth, const Report& report, const Installed& installed) const;
 
-    // Replaces local files by the server's newer versions, with the old ones as backups under .zembrastel-backups: many
-    // with one login, each as soon as it is there. One of which either side changed or vanished since the comparison is
-    // left as it was and refused; any other failure ends the call. Both are called on this thread, once for each file.
+    // Replaces local files by the server's newer versions, many with one login, each as soon as it is fetched. The old
+    // versions become backups under .zembrastel-backups. A file that changed or vanished on either side since the
+    // comparison is left unchanged and refused; any other failure ends the call. One of the events is called for each
+    // file, on this thread.
     struct ReplaceEvents {
         std::function<void(const RemoteChange& change, const Fingerprint& installed)> replaced;
         std::function<void(const RemoteChange& change, const ChangedMeanwhile& refusal)> refused;
@@ -140,17 +140,23 @@ struct FTPTransport {
     Fingerprint replaceLocal(const RemoteChange& change) const;
 
     // Compares the scanned local files with the server and changes nothing on either side: see ServerCheck. Its changes
-    // are ordered as a file manager would order them. Paths are those of the local files, also where the server's
-    // listing has another spelling of the name. `report` gets a line for each folder. Fetches at most 32 MB, to compare
-    // contents.
+    // are in the order of a file manager. Paths are those of the local files, also if the server's listing shows a
+    // similar name. `report` gets a line for each folder. Fetches at most 32 MB, to compare contents.
     [[nodiscard]] ServerCheck newerRemoteFiles(const ServerRecord& recorded, const Report& report) const;
 
-    // Has the server's file the bytes of the local file, which has this fingerprint? False as well when the local file
-    // changed meanwhile. Fetches the file.
-    [[nodiscard]] bool hasContentsOf(const std::string& path, const Fingerprint& local) const;
+    struct FileToCompare {
+        std::string path; // relative
+        Fingerprint fingerprint{};
+    };
+
+    // The files of which the server has the same bytes. Files that changed locally meanwhile, or that the server
+    // refuses, are not among them. Fetches all of the files, many with one login, to a private folder. Throws SyncError
+    // if the server fails.
+    [[nodiscard]] std::set<std::string, std::less<>> filesWithEqualContents(
+        const std::vector<FileToCompare>& files) const;
 };
 
-// Throws the SyncError for a folder `depth` levels below the remote one, when that is too deep.
+// Throws SyncError if a folder `depth` levels below the remote folder is too deep.
 void checkFolderDepth(int depth);
 
 } // namespace zembrastel

@@ -23,7 +23,7 @@ std::filesystem::path standardised(const std::string& localFolder) {
     return folder.has_filename() ? folder : folder.parent_path();
 }
 
-// The local folder itself; nothing while it is missing.
+// The local folder itself; nullopt if it is missing.
 std::optional<Folder> openRoot(const std::filesystem::path& root) {
     try {
         return Folder::open(root);

@@ -25,7 +25,7 @@ SeenListing listedBy(const FTPTransport& transport, const std::vector<TransferOp
     try {
         seen.entries = parse(seen.answer.output);
     } catch (const SyncError&) {
-        // That it cannot be read is what was seen.
+        // Recorded as a listing without entries.
     }
     return seen;
 }
@@ -45,7 +45,7 @@ const RemoteEntry* firstFile(const ServerObservations& seen) {
     return file == entries->end() ? nullptr : &*file;
 }
 
-// Would LIST be asked in vain, and perhaps wait as long again?
+// True if LIST would fail too, perhaps after the same wait.
 bool isOver(const Transcript& answer) {
     if (answer.succeeded) return false;
     const bool loggedIn =
@@ -53,9 +53,10 @@ bool isOver(const Transcript& answer) {
     return !loggedIn || answer.failure.starts_with("curl: (9)") || answer.failure.starts_with("curl: (28)");
 }
 
-// What has curl send the handed-over file under the temporary name, and then give it its own, replacing what has it.
+// Options with which curl sends the open file under the temporary name, and then renames it to `name`, replacing an
+// existing file.
 std::vector<TransferOption> uploadOptions(const std::string& temporary, const std::string& name) {
-    // The renames are sent in the file's own remote folder once the transfer is complete, and only then.
+    // curl sends the renames in the file's remote folder, only after a complete transfer.
     return {
         {"ftp-create-dirs"},
         {"upload-file", ChildProcess::filePath},
@@ -80,7 +81,7 @@ public:
         seen.at = clock.now();
         if (seen.first.succeeded) {
             mustDelete(seen.name);
-            lookAt(report);
+            checkUploaded(report);
         } else if (seen.first.failure.starts_with("curl: (25)")) {
             const std::string plain = "zembrastel-" + id + ".probe";
             report("Uploading a test file without a dot before its name: " + plain);
@@ -98,12 +99,12 @@ private:
     Transcript upload() {
         const std::string temporary = temporaryName();
         auto answer = transport.transcribe(temporary, false, uploadOptions(temporary, seen.name), file.get());
-        // Where the renaming was refused the file is there; where the transfer was, part of it may be.
+        // If the rename was refused, the file is there; if the transfer failed, part of it may be.
         if (!answer.succeeded) made.emplace_back(temporary, answer.failure.starts_with("curl: (21)"));
         return answer;
     }
 
-    void lookAt(const FTPTransport::Report& report) {
+    void checkUploaded(const FTPTransport::Report& report) {
         seen.date = dateOf(transport, seen.name);
         const auto shown = listedBy(transport, {}, parseLIST);
         if (shown.entries) seen.listed = std::ranges::count(*shown.entries, seen.name, &RemoteEntry::name) > 0;
@@ -122,7 +123,7 @@ private:
     const PrivateFolder staging;
     const Descriptor file = staging.folder().create("probe", S_IRUSR | S_IWUSR);
     SeenUpload seen;
-    std::vector<std::pair<std::string, bool>> made; // by name: is it certain that it is there?
+    std::vector<std::pair<std::string, bool>> made; // by name; true if it certainly exists
 };
 
 } // namespace

@@ -1,8 +1,8 @@
-// Looks at a server step by step, by the same ways as all transfers go, and notes what is seen. What it means is for
-// others to say: see app/diagnosis/diagnosis.h.
+// Tests a server step by step, with the commands of normal transfers, and records its answers. They are interpreted in
+// app/diagnosis/diagnosis.h.
 //
-// Blocks its thread. Throws Cancelled, and the system's errors of this machine; whatever the server does is an
-// observation.
+// Blocks its thread. Throws Cancelled, and the system's errors of this machine. Failures of the server are
+// observations.
 #pragma once
 
 #include "platform/clock.h"
@@ -17,7 +17,7 @@ namespace zembrastel {
 
 struct SeenListing {
     Transcript answer;
-    std::optional<std::vector<RemoteEntry>> entries = std::nullopt; // nothing when it failed or cannot be read
+    std::optional<std::vector<RemoteEntry>> entries = std::nullopt; // nullopt if it failed or cannot be read
 };
 
 struct SeenDate {
@@ -26,29 +26,30 @@ struct SeenDate {
     std::optional<RemoteDate> date = std::nullopt;
 };
 
-// Of a test file that was uploaded, renamed, uploaded again over itself, and deleted.
+// The upload of a test file, which is renamed, uploaded again over itself, and deleted.
 struct SeenUpload {
-    std::chrono::system_clock::time_point at;           // when the first upload had ended
+    std::chrono::system_clock::time_point at;           // end of the first upload
     std::string name;                                   // of the test file
     Transcript first;                                   // under a temporary name, then renamed
-    std::optional<Transcript> second = std::nullopt;    // the same over what is there; only after a first
-    std::optional<Transcript> plainName = std::nullopt; // without a leading dot; only when the first was refused
+    std::optional<Transcript> second = std::nullopt;    // the same over the existing file, if the first succeeded
+    std::optional<Transcript> plainName = std::nullopt; // without a leading dot, if the first was refused
     std::optional<SeenDate> date = std::nullopt;        // of the test file
-    std::optional<bool> listed = std::nullopt;          // did LIST show it?
-    std::vector<std::string> left = {};                 // what could not be deleted, in the remote folder
+    std::optional<bool> listed = std::nullopt;          // true if LIST showed it
+    std::vector<std::string> left = {};                 // files in the remote folder that could not be deleted
 };
 
 struct ServerObservations {
     std::chrono::system_clock::time_point at;
     SeenListing mlsd;
-    // What follows is nothing where it was not come to.
+    // Nullopt for steps that were not reached.
     std::optional<SeenListing> list = std::nullopt;
-    std::optional<SeenListing> listAll = std::nullopt; // "LIST -a"; only where there is no MLSD
+    std::optional<SeenListing> listAll = std::nullopt; // "LIST -a", if the server has no MLSD
     std::optional<SeenDate> date = std::nullopt;       // of a file in the remote folder
     std::optional<SeenUpload> upload = std::nullopt;
 };
 
-// Reads only, unless `write` says to upload a test file, which is deleted again. `report` gets a line before each step.
+// Reads only, unless `write` is true: then it uploads a test file and deletes it. `report` gets a line before each
+// step.
 [[nodiscard]] ServerObservations probeServer(
     const FTPTransport& transport, bool write, const Clock& clock, const FTPTransport::Report& report);
 

@@ -43,7 +43,7 @@ void ServerTraits::learnFromFailedMLSD(std::string_view message) {
     if (!message.ends_with("response: 500") && !message.ends_with("response: 502")) return;
     const std::lock_guard guard(lock);
     mlsd = false;
-    // The two are of one standard.
+    // MLST and MLSD belong to one standard.
     if (listsSingly == Mlst::untried) listsSingly = Mlst::missing;
 }
 
@@ -154,8 +154,8 @@ std::optional<ServerTraits::Beginning> ServerTraits::continues(
 }
 
 void ServerTraits::addLeft(TemporaryJournal::Entry entry) {
-    constexpr std::size_t most = 1000; // of a server that is never reached again
-    if (left.size() == most) left.erase(left.begin());
+    constexpr std::size_t maxLeft = 1000; // for a server that is never reached again
+    if (left.size() == maxLeft) left.erase(left.begin());
     left.push_back({.entry = std::move(entry)});
 }
 

@@ -1,7 +1,7 @@
-// What was learnt about one server while the program runs.
+// Properties of one server that were learnt while the program runs.
 //
-// Shared by the transports of a profile, each on its thread: the one object of theirs beside TransferControl that has a
-// lock. A profile whose server or login changes gets a new one.
+// Shared by the transports of a profile, each on its own thread; it has a lock. A profile whose server or login changes
+// gets a new object.
 #pragma once
 
 #include "model/fingerprint.h"
@@ -19,42 +19,42 @@ namespace zembrastel {
 
 class ServerTraits {
 public:
-    // How much one login is good for. Some servers want each data connection to resume the TLS session of the control
-    // connection, in which this curl fails with TLS 1.3 from the second data connection on.
+    // The transfers that one login allows. Some servers require each data connection to resume the TLS session of the
+    // control connection; there this curl fails with TLS 1.3 from the second data connection on.
     enum class Login { manyTransfers, manyWithTls12, oneTransfer };
 
     ServerTraits() = default;
 
-    // With a journal, in which the names of temporary files outlive a program that is killed: those in it are left over
-    // from such a one.
+    // With a journal, which keeps the names of temporary files if the program is killed. The names in it are leftovers
+    // of such a run.
     explicit ServerTraits(TemporaryJournal used);
 
     [[nodiscard]] Login login() const;
 
-    // A login that was used so was refused a further data connection: the next ones are used with more care. False when
-    // there is no more careful way.
+    // The server refused a further data connection to a login used in this way: later logins are used for less. False
+    // if there is no such way.
     bool wasRefused(Login used);
 
     [[nodiscard]] bool hasMLSD() const;
     void lacksMLSD();
 
-    // The failure of a MLSD, in curl's words: the server may not know the command.
+    // Learns from curl's message about a failed MLSD whether the server knows the command.
     void learnFromFailedMLSD(std::string_view message);
 
-    // The facts of a single file in one reply (RFC 3659, 7), with date and size.
+    // MLST: date and size of a single file in one reply (RFC 3659, 7).
     enum class Mlst { untried, works, missing };
     [[nodiscard]] Mlst mlst() const;
     void learnMlst(Mlst learnt);
 
-    // A file can be continued where it ends (APPE).
+    // True if bytes can be appended to a file (APPE).
     [[nodiscard]] bool appends() const;
     void refusedToAppend();
 
-    // SITE CHMOD sets the mode of a file.
+    // True if SITE CHMOD sets the mode of a file.
     [[nodiscard]] bool changesModes() const;
     void refusedToChangeModes();
 
-    // The size that the server reports for a single file (SIZE) is of no use.
+    // True if the size that the server reports for a single file (SIZE) is usable.
     [[nodiscard]] bool confirmsSizes() const;
     void confirmsNoSizes();
 
@@ -64,32 +64,33 @@ public:
     // A temporary file of this program: its folder is relative to the profile's remote folder.
     using Leftover = TemporaryJournal::File;
 
-    // These are about to be sent. They are in the journal when the call returns.
+    // These files are about to be sent. They are in the journal when the call returns.
     void announce(const Profile& profile, const std::vector<Leftover>& files);
 
-    // The file is under its own name, or was never made.
+    // The temporary file was renamed, or was never made.
     void isGone(const Profile& profile, const Leftover& file);
 
-    // It may have stayed on the server.
+    // The temporary file may still be on the server.
     void leave(const Profile& profile, Leftover left);
 
-    // Those in the remote folder that the profile has now.
+    // The leftovers in the profile's present remote folder.
     [[nodiscard]] std::vector<Leftover> leftovers(const Profile& profile) const;
 
-    // It was removed, or there was none of that name. The latter counts only when it came more than once: a server may
-    // still be making the file of a connection that was given up.
+    // The file was removed, or there was no such file. The latter counts only after several attempts: a server may
+    // still create the file of an abandoned connection.
     void triedToRemove(const Leftover& tried, bool removed);
 
-    // The beginning of a large file that the server has under a temporary name, to be continued.
+    // The beginning of a large file that the server has under a temporary name, so that it can be continued.
     struct Beginning {
         Fingerprint version{};
         Leftover file{};
-        std::uint64_t confirmed = 0; // bytes of it that are the file's
-        std::uint64_t most = 0;      // that it can have
+        std::uint64_t confirmed = 0; // bytes that are certainly those of the file
+        std::uint64_t most = 0;      // size of the copy at most
     };
     void keep(const Profile& profile, const std::string& path, Beginning beginning);
 
-    // Takes back what was kept for this version of the file. That of another version becomes a leftover.
+    // Returns and forgets the beginning kept for this version of the file. The beginning of another version becomes a
+    // leftover.
     [[nodiscard]] std::optional<Beginning> continues(
         const Profile& profile, const std::string& path, const Fingerprint& version);
 
@@ -115,7 +116,7 @@ private:
     Mlst listsSingly = Mlst::untried;
     bool appendsFiles = true;
     bool modes = true;
-    std::vector<TemporaryJournal::Entry> sent; // under their temporary names, as far as is known
+    std::vector<TemporaryJournal::Entry> sent; // announced, neither gone nor left
     std::vector<Left> left;
     std::vector<Kept> kept;
     std::optional<TemporaryJournal> journal;

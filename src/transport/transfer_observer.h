@@ -1,7 +1,7 @@
-// Who is told how far an operation has come, with the files that it moves and with the folders that it goes through.
+// Receives the progress of an operation: the files that it transfers, and the folders that it visits.
 //
-// Identity; called on the thread of the operation, which goes on once the call has returned: it must not wait for
-// anybody, and throw nothing.
+// Called on the thread of the operation, which continues when the call has returned. Must not block, and must not
+// throw.
 #pragma once
 
 #include <chrono>
@@ -11,24 +11,24 @@
 
 namespace zembrastel {
 
-// How often the file in transfer is looked at. One that takes less is never looked at.
+// The interval at which the file in transfer is observed. A shorter transfer is not observed.
 inline constexpr std::chrono::milliseconds observationInterval{500};
 
 class TransferObserver {
 public:
     virtual ~TransferObserver() = default;
 
-    // A folder was listed, with so many files in it that are to be gone through.
+    // A folder was listed. `files` of its files will be processed.
     virtual void folderListed(std::uint64_t files) = 0;
 
-    // One of them was dealt with, in whatever way.
+    // One of these files was processed.
     virtual void fileDone() = 0;
 
-    // A file is about to be sent or fetched. Its size in bytes, where that is known.
+    // A file is about to be sent or fetched. `size` is in bytes; nullopt if unknown.
     virtual void fileBegins(const std::string& path, std::optional<std::uint64_t> size) = 0;
 
-    // So many bytes of it are through. Called once an observationInterval while the file is in transfer, and at the end
-    // of an upload.
+    // `bytes` of the file are transferred. Called once per observationInterval during the transfer, and at the end of
+    // an upload.
     virtual void fileMoved(std::uint64_t bytes) = 0;
 };
 

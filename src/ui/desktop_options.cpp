@@ -67,7 +67,7 @@ ParsedOptions parseDesktopOptions(int argc, const char* const* argv) {
     } catch (const CLI::ParseError& error) {
         return {
             .options = std::nullopt,
-            .text = "zembrastel: " + std::string(error.what()) + ". --help tells more.\n",
+            .text = "zembrastel: " + std::string(error.what()) + ". Run \"zembrastel --help\" for the options.\n",
             .exitCode = usageError};
     }
     if (!stateFolder.empty()) options.stateFolder = std::filesystem::absolute(stateFolder);

@@ -1,4 +1,4 @@
-#include "app/job.h"
+#include "app/jobs/job.h"
 
 #include "model/error.h"
 

@@ -25,7 +25,7 @@ class DesktopTest(unittest.TestCase):
                             ("Local folder", site.local)):
             self.desktop.type_into(editor.find("text", label), text)
 
-    def tell_failure(self):
+    def report_failure(self):
         """While all is as it was when the test failed."""
         path = os.path.join(OUTPUT, self.id().removeprefix("__main__.") + ".ppm")
         self.desktop.take_picture(path)
@@ -40,18 +40,18 @@ class DesktopTest(unittest.TestCase):
 class Result(unittest.TextTestResult):
     def addError(self, test, err):
         super().addError(test, err)
-        self.tell(test)
+        self.report(test)
 
     def addFailure(self, test, err):
         super().addFailure(test, err)
-        self.tell(test)
+        self.report(test)
 
     @staticmethod
-    def tell(test):
+    def report(test):
         try:
-            test.tell_failure()
-        except Exception as error:  # the failure itself must be told all the same
-            print(f"no more to tell: {error!r}", file=sys.stderr)
+            test.report_failure()
+        except Exception as error:  # the failure itself must still be reported
+            print(f"no more to report: {error!r}", file=sys.stderr)
 
 
 def main():

@@ -6,7 +6,7 @@ import time
 import pexpect
 import pyte
 
-WIDTH = 200  # columns, as the program is told
+WIDTH = 200  # columns, as the program sees it
 PATIENCE = 30  # seconds
 
 

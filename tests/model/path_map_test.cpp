@@ -1,4 +1,5 @@
 #include "model/path_map.h"
+#include "model/path_map_recorder.h"
 
 #include <gtest/gtest.h>
 #include <map>

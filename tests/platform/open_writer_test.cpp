@@ -1,5 +1,5 @@
 #include "platform/descriptor.h"
-#include "platform/open_writer.h"
+#include "platform/file_attributes.h"
 #include "support/temporary_folder.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+#include "platform/name_order.h"
 #include "platform/text.h"
 
 #include <array>

@@ -191,7 +191,7 @@ TEST_F(SyncWorkerTest, OnePassEndsWhateverHappens) {
     EXPECT_EQ(events.back(), "pass ended: Some files did not stop changing.");
     EXPECT_EQ(count("uploaded a"), 1U);
     EXPECT_EQ(count("uploaded log"), 0U);
-    EXPECT_EQ(waits.size(), static_cast<std::size_t>(mostLooks));
+    EXPECT_EQ(waits.size(), static_cast<std::size_t>(maxScans));
     run(1000);
     EXPECT_EQ(events.back(), "pass ended: well");
     EXPECT_EQ(testing::readTree(server.root() / "site"), site.files());

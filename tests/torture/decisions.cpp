@@ -1,6 +1,6 @@
 // Decisions at the wrong moment: a user who starts, pauses, decides late or on another review, edits, removes and
 // quits, while a colleague changes the server. There is never more than one worker, none beside a check, and no server
-// file is replaced that stood in a review nobody has answered. In the end every profile can be brought to watching.
+// file is replaced that stood in a review without an answer. In the end every profile reaches watching.
 //
 // The seed repeats what is asked; when threads run it cannot repeat.
 #include "app/app_model.h"
@@ -28,7 +28,7 @@ using namespace std::chrono_literals;
 
 constexpr std::array<const char*, 4> paths{"a", "b", "deep/c", "deep/d"};
 
-// Which checks and workers are at it. One that was told to stop may take a moment to end.
+// Which checks and workers are at it. One that is to stop may take a moment to end.
 class Shifts {
 public:
     [[nodiscard]] JobWork counted(const JobWork& work) {

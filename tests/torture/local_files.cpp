@@ -40,7 +40,7 @@ using Random = std::mt19937_64;
 
 std::size_t below(Random& random, std::size_t end) { return random() % end; }
 
-// Long enough to be told from all others, and often as long as others are.
+// Differs from all others, and often has the length of others.
 std::string uniqueContent(const std::string& what, Random& random) {
     constexpr std::array<std::size_t, 4> sizes{64, 64, 5000, 300'000};
     std::string content = what + " " + std::to_string(random()) + "\n";
@@ -229,7 +229,7 @@ private:
         }
         fs::remove(site / "sub/deep");
         for (const auto& path : paths) {
-            // Of a size of its own: with the dates equal, two of one size could not be told apart once they were
+            // Of a size of its own: with the dates equal, two of one size could not be distinguished once they were
             // exchanged, when the second got the inode number that the first had.
             onServer[path] = uniqueContent("server", random) + std::string(path.size(), '.');
             server.put("site/" + path, onServer[path]);

@@ -40,19 +40,19 @@ void check(bool held, const std::string& what) {
     std::printf("FAILED: %s\n", what.c_str());
 }
 
-// All that can be told of what lies below a folder, and of the folder itself.
+// All attributes and contents of a folder and of what lies below it.
 std::map<std::string, std::string> snapshot(const fs::path& folder) {
     std::map<std::string, std::string> items;
     const auto take = [&items](const fs::path& item) {
-        struct stat told {};
-        if (::lstat(item.c_str(), &told) != 0) throw std::runtime_error("stat");
+        struct stat status {};
+        if (::lstat(item.c_str(), &status) != 0) throw std::runtime_error("stat");
         auto& text = items[item];
         for (const auto number :
-             {static_cast<long>(told.st_ino), static_cast<long>(told.st_mode), static_cast<long>(told.st_nlink),
-              told.st_mtim.tv_sec, told.st_mtim.tv_nsec, told.st_ctim.tv_sec, told.st_ctim.tv_nsec}) {
+             {static_cast<long>(status.st_ino), static_cast<long>(status.st_mode), static_cast<long>(status.st_nlink),
+              status.st_mtim.tv_sec, status.st_mtim.tv_nsec, status.st_ctim.tv_sec, status.st_ctim.tv_nsec}) {
             text += std::to_string(number) + " ";
         }
-        if (S_ISREG(told.st_mode)) text += readFile(item);
+        if (S_ISREG(status.st_mode)) text += readFile(item);
     };
     take(folder);
     for (const auto& entry : fs::recursive_directory_iterator(folder)) take(entry.path());

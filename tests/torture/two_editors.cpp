@@ -34,7 +34,7 @@ using Paths = std::set<std::string, std::less<>>;
 constexpr std::array paths{"index.html", "page.html", "style.css", "sub/news.html", "sub/list.html"};
 constexpr const char* name = "site";
 constexpr auto seenLong = 1s; // a version that was on the server for longer must not be lost
-constexpr auto dateStep = 2s; // two dates that any server and any comparison tells apart
+constexpr auto dateStep = 2s; // a difference of dates that any server and any comparison sees
 constexpr auto inStepAfter = 60s;
 constexpr std::size_t smallest = 100; // longer than a content's first line
 
@@ -244,7 +244,7 @@ public:
 
     void stop() override {
         const int status = program->stop();
-        const bool hadBegun = !program->told().empty(); // before that, a signal just ends it
+        const bool hadBegun = !program->output().empty(); // before that, a signal just ends it
         require(status == 0 || !hadBegun, "the program did not end well: " + place.errors());
         program.reset();
     }
@@ -275,11 +275,11 @@ public:
     }
 
     std::optional<Review> review() override {
-        const auto told = program->newest("\"event\":\"review\"");
-        if (!told || told->first <= decided) return std::nullopt;
-        Review review{.seen = told->first, .paths = {}};
+        const auto line = program->newest("\"event\":\"review\"");
+        if (!line || line->first <= decided) return std::nullopt;
+        Review review{.seen = line->first, .paths = {}};
         for (const std::string path : paths) {
-            if (told->second.find("\"path\":\"" + path + "\"") != std::string::npos) review.paths.insert(path);
+            if (line->second.find("\"path\":\"" + path + "\"") != std::string::npos) review.paths.insert(path);
         }
         return review;
     }

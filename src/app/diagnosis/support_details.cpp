@@ -1,6 +1,6 @@
 #include "app/diagnosis/support_details.h"
 
-#include "model/password_mask.h"
+#include "model/password_store.h"
 #include "platform/text.h"
 
 #include <algorithm>

@@ -6,7 +6,7 @@
 #include "cli/session/server_call.h"
 #include "cli/session/session.h"
 #include "cli/text/presentation.h"
-#include "model/password_mask.h"
+#include "model/password_store.h"
 
 #include <algorithm>
 #include <filesystem>

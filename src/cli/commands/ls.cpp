@@ -1,4 +1,5 @@
 #include "cli/commands.h"
+#include "platform/name_order.h"
 
 #include "cli/session/profile_choice.h"
 #include "cli/session/server_call.h"

@@ -3,7 +3,7 @@
 // Pure functions; any thread. Local times are those of the process's time zone.
 #pragma once
 
-#include "model/remote_date.h"
+#include "model/server_version.h"
 #include "platform/text.h"
 
 #include <chrono>

@@ -1,5 +1,3 @@
-#include "transport/compare/content_comparison.h"
-
 #include "model/error.h"
 #include "platform/child_process.h"
 #include "platform/files.h"
@@ -16,7 +14,9 @@
 namespace zembrastel {
 namespace {
 
-constexpr std::size_t mostAtOnce = 64;
+constexpr std::size_t maxAtOnce = 64;
+
+using FileToCompare = FTPTransport::FileToCompare;
 
 class Batch {
 public:
@@ -28,7 +28,7 @@ public:
         }
     }
 
-    // How many of the first files were compared; the paths of the equal ones go to `equal`.
+    // Compares the first of the files and returns how many; adds the paths of the equal ones to `equal`.
     std::size_t run(std::set<std::string, std::less<>>& equal) {
         TransferPlan plan;
         for (std::size_t number = 0; number < files.size(); ++number) {
@@ -72,7 +72,7 @@ private:
         return zembrastel::scopeOf(outcome.code, outcome.message, data);
     }
 
-    // A server may end a long session, or allow no further data connection in it.
+    // False if the failure ends the comparison. A server may end a long session, or refuse further data connections.
     [[nodiscard]] bool goesOn() {
         if (scopeOf(brokenAt, *broken) == FailureScope::furtherData) return transport.traits->wasRefused(login);
         return compared > 0;
@@ -100,13 +100,12 @@ private:
 
 } // namespace
 
-std::set<std::string, std::less<>> filesWithEqualContents(
-    const FTPTransport& transport, const std::vector<FileToCompare>& files) {
+std::set<std::string, std::less<>> FTPTransport::filesWithEqualContents(const std::vector<FileToCompare>& files) const {
     std::set<std::string, std::less<>> equal;
     std::span<const FileToCompare> left(files);
     while (!left.empty()) {
-        transport.control->check();
-        left = left.subspan(Batch(transport, left.first(std::min(left.size(), mostAtOnce))).run(equal));
+        control->check();
+        left = left.subspan(Batch(*this, left.first(std::min(left.size(), maxAtOnce))).run(equal));
     }
     return equal;
 }

@@ -14,7 +14,7 @@ namespace {
 
 using Presence = RemoteFacts::Presence;
 
-constexpr std::size_t mostAsked = 200; // of each kind of name
+constexpr std::size_t maxAsked = 200; // of each kind of name
 
 Presence presenceBy(const BlockOutcome& outcome) {
     constexpr int noSuchFolder = 9;
@@ -23,7 +23,7 @@ Presence presenceBy(const BlockOutcome& outcome) {
     return outcome.code == noSuchFolder || outcome.code == noSuchFile ? Presence::absent : Presence::unknown;
 }
 
-// Of the first of these files, as far as the conversation came.
+// Asks about these files, in order, until the conversation ends.
 void ask(
     const FTPTransport& transport, const std::vector<std::string>& paths,
     const std::function<void(const std::string& path, const BlockOutcome& outcome)>& answered) {
@@ -42,7 +42,7 @@ Answers presenceOf(const FTPTransport& transport, const std::vector<std::string>
     Answers answers;
     ask(transport, paths,
         [&answers](const std::string& path, const BlockOutcome& outcome) { answers[path] = presenceBy(outcome); });
-    // Of the rest nothing is known.
+    // The files without an answer.
     for (const auto& path : paths) answers.try_emplace(path, Presence::unknown);
     return answers;
 }
@@ -71,7 +71,7 @@ std::set<std::string, std::less<>> findMissing(
     if (listed) asked.push_back(*listed);
     std::array<std::size_t, 2> ofKind{};
     for (const auto& path : unlisted) {
-        if (ofKind.at(mayBeHidden(path) ? 1 : 0)++ < mostAsked) asked.push_back(path);
+        if (ofKind.at(mayBeHidden(path) ? 1 : 0)++ < maxAsked) asked.push_back(path);
     }
     Answers answers = presenceOf(transport, asked);
     if (listed && answers.extract(*listed).mapped() != Presence::present) return {};

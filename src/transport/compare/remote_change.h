@@ -1,9 +1,11 @@
-// A file that is newer on the server, and the one rule that says so.
+// A file that is newer on the server, and the rule for it.
+//
+// Values and pure functions; any thread.
 #pragma once
 
 #include "model/error.h"
 #include "model/fingerprint.h"
-#include "model/remote_date.h"
+#include "model/server_version.h"
 
 #include <optional>
 #include <string>
@@ -12,25 +14,25 @@ namespace zembrastel {
 
 struct RemoteChange {
     std::string path;         // relative
-    Fingerprint local;        // of the local file when the two were compared
-    RemoteDate remoteDate;    // of the server's file at that time
-    bool bothChanged = false; // the local file was edited as well since the last synchronisation
+    Fingerprint local;        // of the local file at the comparison
+    RemoteDate remoteDate;    // of the server's file at the comparison
+    bool bothChanged = false; // true if the local file was edited too since the last synchronisation
 
     friend bool operator==(const RemoteChange&, const RemoteChange&) = default;
 };
 
-// Why one file was not replaced: it changed or vanished since the comparison, here or on the server. Other files still
-// can be.
+// One file was not replaced because it changed or vanished since the comparison, locally or on the server. Other files
+// can still be replaced.
 class ChangedMeanwhile : public SyncError {
 public:
     using SyncError::SyncError;
 };
 
-// Is the server's file newer than the local one by more than a second, and, where a date of it is known, changed by
-// more than a second since? The second absorbs servers that keep or report whole seconds.
+// True if the server's file is newer than the local one by more than a second and is an unknown version. The second
+// allows for servers that keep or report whole seconds.
 [[nodiscard]] bool shouldOffer(RemoteDate remote, const Fingerprint& local, std::optional<RemoteDate> knownRemote);
 
-// The second half of that rule: is the server's file another version than the known one?
+// True if no date is known, or the server's file is newer than the known date by more than a second.
 [[nodiscard]] bool isUnknownVersion(RemoteDate remote, std::optional<RemoteDate> knownRemote);
 
 } // namespace zembrastel

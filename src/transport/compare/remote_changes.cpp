@@ -1,6 +1,7 @@
 #include "model/scan.h"
+#include "platform/name_order.h"
 #include "platform/text.h"
-#include "transport/compare/content_comparison.h"
+
 #include "transport/compare/missing_files.h"
 #include "transport/compare/server_record.h"
 #include "transport/ftp_transport.h"
@@ -16,7 +17,7 @@ namespace {
 
 constexpr std::chrono::duration<double> precision{1.0};
 
-// One that was announced only because the user has decided about it has no more than a size.
+// False for a version that was announced because the user decided about it: such a version has only a size.
 bool isLocalVersion(const Fingerprint& announced) { return announced.modified != 0 || announced.inode != 0; }
 
 class Comparison {
@@ -48,7 +49,7 @@ public:
     }
 
 private:
-    // All folders of one depth after another: what is on one level is asked for together.
+    // Level by level, so that the folders of one level are listed together.
     void walk() {
         FolderLister lister(transport);
         std::vector<std::string> level{""};
@@ -57,29 +58,29 @@ private:
             std::vector<std::string> below;
             lister.list(level, [&](std::size_t folder, ListedEntries listed) {
                 transport.control->check();
-                look(level[folder], resultOf(std::move(listed)), below);
+                add(level[folder], resultOf(std::move(listed)), below);
             });
             level = std::move(below);
         }
         findDates();
     }
 
-    void look(const std::string& path, std::vector<RemoteEntry> entries, std::vector<std::string>& below) {
+    void add(const std::string& path, std::vector<RemoteEntry> entries, std::vector<std::string>& below) {
         report(path.empty() ? "Comparing the remote folder" : "Comparing " + path);
         transport.nameAsLocal(path, entries, localItems(local, path));
-        if (transport.observer != nullptr) transport.observer->folderListed(0); // which of them count, is seen below
+        if (transport.observer != nullptr) transport.observer->folderListed(0); // its files are counted below
         for (const auto& entry : entries) {
             std::string relative = childPath(path, entry.name);
             if (transport.profile.exclusions.matchEntry(relative)) continue;
             if (!entry.directory) {
-                if (local.contains(relative)) note(std::move(relative), entry);
+                if (local.contains(relative)) addFile(std::move(relative), entry);
             } else if (local.containsFolder(relative)) {
                 below.push_back(std::move(relative));
             }
         }
     }
 
-    void note(std::string path, const RemoteEntry& entry) {
+    void addFile(std::string path, const RemoteEntry& entry) {
         if (transport.observer != nullptr) transport.observer->fileDone();
         if (entry.modified) {
             found.seen.set(path, {.modified = *entry.modified, .size = entry.size});
@@ -97,7 +98,7 @@ private:
         }
     }
 
-    // A listing may hide a file that is there.
+    // Asks about single files: a listing may hide an existing file.
     void findUnanswered() {
         std::vector<std::string> unseen;
         for (const auto& path : recorded.unanswered) {
@@ -109,12 +110,12 @@ private:
                 const auto facts = readFacts(resultOf(answers[i]), unseen[i]);
                 found.seen.set(unseen[i], {.modified = facts.modified, .size = facts.size});
             } catch (const SyncError&) {
-                // It is not there, or the server does not say its date.
+                // It does not exist, or the server does not report its date.
             }
         }
     }
 
-    // Of the files that have their recorded size.
+    // Found minus recorded dates of the files with their recorded size.
     [[nodiscard]] std::vector<std::chrono::duration<double>> differences() const {
         std::vector<std::chrono::duration<double>> all;
         for (const auto& [path, version] : found.seen) {
@@ -159,7 +160,7 @@ private:
                             || (record.local != nullptr && isOtherVersion(here, *record.local))});
     }
 
-    // Published files, unchanged here since, that no listing showed.
+    // Published files, locally unchanged since, that no listing showed.
     [[nodiscard]] std::vector<std::string> unlisted() const {
         std::vector<std::string> paths;
         for (const auto& [path, published] : recorded.baseline) {
@@ -172,15 +173,15 @@ private:
         return paths;
     }
 
-    // Nothing counts as published. What has equal contents on the server is recorded; of the rest, a version that was
-    // recorded or decided on before may be replaced, and any other one is for the user to decide.
+    // No file counts as published. Files with equal contents are recorded. Of the others, versions that were recorded
+    // or decided about may be replaced; the user decides about all other versions.
     void compareAll(std::chrono::seconds shift) {
         std::vector<std::string> unseen;
         for (const auto& [path, fingerprint] : local) {
             if (!found.seen.contains(path)) unseen.emplace_back(path);
         }
         for (const auto& [path, version] : findHidden(transport, unseen)) found.seen.set(path, version);
-        const auto equal = filesWithEqualContents(transport, comparable());
+        const auto equal = transport.filesWithEqualContents(comparable());
         for (const auto& [path, version] : found.seen) {
             const Fingerprint& here = local.at(path);
             if (equal.contains(path)) {
@@ -202,22 +203,22 @@ private:
         for (auto& path : unlisted()) found.toSend.insert(std::move(path));
     }
 
-    // Of equal size on both sides; the small ones first, as far as all may be fetched.
-    [[nodiscard]] std::vector<FileToCompare> comparable() const {
-        std::vector<FileToCompare> files;
+    // Files of equal size on both sides, small ones first, up to the limit for fetching.
+    [[nodiscard]] std::vector<FTPTransport::FileToCompare> comparable() const {
+        std::vector<FTPTransport::FileToCompare> files;
         for (const auto& [path, version] : found.seen) {
             const Fingerprint& here = local.at(path);
             if (version.size == static_cast<std::uint64_t>(here.size)) files.push_back({std::string(path), here});
         }
-        std::ranges::stable_sort(files, {}, [](const FileToCompare& file) { return file.fingerprint.size; });
+        std::ranges::stable_sort(files, {}, [](const auto& file) { return file.fingerprint.size; });
         auto left = static_cast<std::int64_t>(toFetch);
-        const auto tooMuch = std::ranges::find_if(
-            files, [&left](const FileToCompare& file) { return (left -= file.fingerprint.size) < 0; });
+        const auto tooMuch =
+            std::ranges::find_if(files, [&left](const auto& file) { return (left -= file.fingerprint.size) < 0; });
         files.erase(tooMuch, files.end());
         return files;
     }
 
-    // Uploaded by this program, or acknowledged by the user.
+    // True if this program uploaded the version, or the user acknowledged it.
     [[nodiscard]] bool isKnownVersion(
         const std::string& path, const ServerVersion& version, std::chrono::seconds shift) const {
         if (announcedVersion(path, version) != nullptr) return true;
@@ -229,7 +230,7 @@ private:
         return isVersion(version, *date + shift, size.value_or(0));
     }
 
-    // Own uploads, and decisions, of which it is not certain that they were saved.
+    // The announced upload or decision for this version, which was perhaps not saved; null if there is none.
     [[nodiscard]] const Fingerprint* announcedVersion(const std::string& path, const ServerVersion& version) const {
         const auto* file = recorded.announced.files.find(path);
         const auto* date = recorded.announced.dates.find(path);
@@ -254,7 +255,7 @@ private:
         const auto size = static_cast<std::uint64_t>(here.size);
         if (version.size != size || size > toFetch) return false;
         toFetch -= size;
-        return transport.hasContentsOf(path, here);
+        return !transport.filesWithEqualContents({{path, here}}).empty();
     }
 
     const FTPTransport& transport;
@@ -262,7 +263,7 @@ private:
     const ServerRecord& recorded;
     const FTPTransport::Report& report;
     std::uint64_t toFetch = std::uint64_t{32} << 20; // bytes, to compare contents
-    std::vector<std::string> undated;                // files of which the listings give no date
+    std::vector<std::string> undated;                // files without a date in the listings
     std::vector<std::optional<std::uint64_t>> listedSizes;
     ServerCheck found;
 };
@@ -282,14 +283,10 @@ ServerCheck FTPTransport::newerRemoteFiles(const ServerRecord& recorded, const R
     const FileMap local =
         scan(profile, {.checkpoint = [this] { control->check(); }, .privateItems = privateItems}, recorded.baseline);
     if (local.empty()) {
-        (void)list(""); // a server that cannot be reached is still to be told
+        (void)list(""); // fails if the server cannot be reached
         return {};
     }
     return Comparison(*this, local, recorded, report).run();
-}
-
-bool FTPTransport::hasContentsOf(const std::string& path, const Fingerprint& local) const {
-    return !filesWithEqualContents(*this, {{path, local}}).empty();
 }
 
 } // namespace zembrastel

@@ -14,7 +14,7 @@ constexpr std::chrono::seconds farthestZones = std::chrono::hours(26); // from U
 
 bool equal(RemoteDate a, RemoteDate b) { return std::abs((a - b).count()) <= precision.count(); }
 
-// The multiple of the zone step that a difference is; nullopt for none.
+// The difference as a multiple of the zone step; nullopt if it is none.
 std::optional<std::chrono::seconds> zoneShift(Seconds difference) {
     if (std::abs(difference.count()) > Seconds(farthestZones + precision).count()) return std::nullopt;
     const auto steps = std::llround(difference / Seconds(zoneStep));

@@ -1,9 +1,9 @@
 #include "model/error.h"
-#include "model/password_mask.h"
+#include "model/password_store.h"
 #include "platform/child_process.h"
+#include "platform/files.h"
 #include "platform/text.h"
 #include "transport/curl/conversation.h"
-#include "transport/download/disk_refusal.h"
 #include "transport/ftp_transport.h"
 
 #include <optional>

@@ -3,6 +3,7 @@
 #include "model/error.h"
 #include "platform/directory_walk.h"
 #include "platform/files.h"
+#include "platform/name_order.h"
 #include "platform/text.h"
 #include "platform/uuid.h"
 #include "transport/download/local_replacement.h"
@@ -26,7 +27,7 @@ Time timeOf(const timespec& time) {
 
 std::string pathOf(const Backup& backup) { return std::string(backupFolder) + "/" + backup.id + "/" + backup.path; }
 
-// Attributes of an item that was just listed; nothing when it has gone since.
+// Attributes of an item that was just listed; nullopt if it is gone.
 std::optional<struct stat> attributesOf(const WalkEntry& entry) {
     try {
         return entry.attributes();
@@ -40,7 +41,7 @@ class Listing {
 public:
     explicit Listing(const TransferControl& transferControl) : control(transferControl) {}
 
-    // Says whether to enter a folder.
+    // True if a folder is to be entered.
     bool visit(const WalkEntry& entry) {
         control.check();
         const auto slash = entry.path.find('/');
@@ -77,8 +78,7 @@ public:
     }
 
 private:
-    // The folder of a backup is changed once, when the backup is made. The dates of the file itself are those it had
-    // before.
+    // The folder of a backup is changed once, when the backup is made. The file itself keeps its dates.
     bool beginBackup(const WalkEntry& entry, const struct stat& item) {
         if (entry.kind != EntryKind::folder || !Uuid::parse(entry.name)) return false;
         kept.insert_or_assign(std::string(entry.name), timeOf(item.st_mtim));

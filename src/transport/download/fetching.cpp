@@ -2,9 +2,9 @@
 
 #include "model/error.h"
 #include "platform/child_process.h"
+#include "platform/files.h"
 #include "transport/curl/dialogue.h"
 #include "transport/curl/persistence.h"
-#include "transport/download/disk_refusal.h"
 #include "transport/ftp_transport.h"
 #include "transport/listing/listing_parsers.h"
 #include "transport/listing/remote_queries.h"
@@ -24,10 +24,10 @@ constexpr int couldNotWrite = 23;
 constexpr int cannotContinue = 31;
 constexpr int continuesNothing = 36;
 
-// What curl may write above the size that the server told: its own messages, and what a file grows by meanwhile.
+// What curl may write beyond the reported size: its own messages, and the growth of the file meanwhile.
 constexpr std::uint64_t tolerance = std::uint64_t{64} << 10;
 
-// From this size on the server is asked for the date first, so that an interrupted download can continue.
+// For files of this size and more the date is requested first, so that an interrupted download can continue.
 constexpr std::uint64_t worthContinuing = std::uint64_t{1} << 20;
 
 bool differ(RemoteDate a, RemoteDate b) { return std::abs((a - b).count()) >= 1; }
@@ -36,7 +36,7 @@ bool differ(const Facts& a, const Facts& b) {
     return differ(a.modified, b.modified) || (a.size && b.size && *a.size != *b.size);
 }
 
-// Is this what curl says of a file, or of its folder, that the server has no more?
+// True if curl reports that the server has no such file, or no such folder.
 bool isMissing(const QueryFailure& failure) {
     return failure.message.starts_with("curl: (78) ") || failure.message.starts_with("curl: (9) ");
 }
@@ -47,15 +47,15 @@ struct Item {
     std::optional<std::uint64_t> expected = file.size;
     std::optional<Facts> before{}; // the version that is being fetched
     bool asked = false;            // for that version, since the last attempt
-    bool isTooLong = false;        // more than was told came: fetched once more and alone, by its own size
+    bool isTooLong = false;        // longer than reported: fetched once more, alone, by its own size
     bool mayContinue = true;
-    std::uint64_t kept = 0; // bytes of an attempt before
-    int fruitless = 0;      // attempts that brought nothing more
+    std::uint64_t kept = 0; // bytes of an earlier attempt
+    int fruitless = 0;      // attempts in a row without progress
     bool begun = false;
-    bool arrived = false; // and is still to be compared with the version before
+    bool arrived = false; // complete, but not yet compared with the version before
     bool toVerify = false;
     bool done = false;
-    std::exception_ptr failure{}; // to be reported in its turn
+    std::exception_ptr failure{}; // reported in the order of the files
 
     [[nodiscard]] std::uint64_t size() const { return static_cast<std::uint64_t>(file.into.fingerprint().size); }
 };
@@ -116,16 +116,16 @@ private:
             return;
         }
         if (!item.expected) item.expected = findContentLength(resultOf(answer));
-        const auto facts = factsIfTold(answer, path);
+        const auto facts = factsIfReported(answer, path);
         if (item.before && (!facts || differ(*facts, *item.before))) item.kept = 0;
         item.before = facts;
     }
 
-    static std::optional<Facts> factsIfTold(const AnswerAboutFile& answer, const std::string& path) {
+    static std::optional<Facts> factsIfReported(const AnswerAboutFile& answer, const std::string& path) {
         try {
             return readFacts(resultOf(answer), path);
         } catch (const SyncError&) {
-            return std::nullopt; // without a date it cannot be continued, and that is all
+            return std::nullopt; // without a date the download cannot be continued
         }
     }
 
@@ -165,7 +165,7 @@ private:
             };
         }
         const auto limit = limited ? std::optional(most) : std::nullopt;
-        dialogue.hold(std::move(files), TransferControl::AtStop::ends, look, limit);
+        dialogue.hold(std::move(files), look, limit);
         for (auto& item : items) {
             if (item.toVerify) verify(item);
         }
@@ -207,7 +207,7 @@ private:
         }
     }
 
-    // Is it still the version that it was?
+    // Completes the file if the server still has the version of before.
     void compare(Item& item, const BlockOutcome& outcome, Dialogue& dialogue) {
         item.arrived = false;
         try {
@@ -235,7 +235,7 @@ private:
         finish(item);
     }
 
-    // The listing may be wrong, or older than the file: what the server says of the file itself counts.
+    // The listing may be wrong, or older than the file: the size that the server reports for the file itself counts.
     void verify(Item& item) {
         item.toVerify = false;
         if (transport.size(item.file.path) == item.size()) {
@@ -252,7 +252,7 @@ private:
                       + std::to_string(*item.expected) + " bytes and sent " + sent + ".")));
     }
 
-    // Remembers what is there of an interrupted download. True when that is more than before.
+    // Remembers how much of an interrupted download arrived. True if that is more than before.
     static bool keepPart(Item& item) {
         const auto size = item.size();
         item.asked = false;
@@ -289,7 +289,7 @@ private:
         persistence.brokeOff(dialogue, progressed);
     }
 
-    // It has grown since it was listed, or the listing is wrong.
+    // The file has grown since it was listed, or the listing is wrong.
     void fetchBySize(Item& item) {
         if (item.isTooLong) {
             refuse(item, "more");

@@ -1,12 +1,12 @@
 // Fetches server files to temporary files here, many with one login.
 //
-// A download that was interrupted continues where it stopped as long as each attempt brings more of it, if the server
-// still has the file with the same date and size. Otherwise it begins anew, once.
+// An interrupted download continues where it stopped, as long as each attempt makes progress and the server's file
+// keeps its date and size. Otherwise it begins again, once.
 //
-// Blocks its thread, on which all calls of the events are made; what these throw ends the work and is passed on.
+// Blocks its thread and calls the events on it. An exception of an event ends the work and is passed on.
 #pragma once
 
-#include "model/remote_date.h"
+#include "model/server_version.h"
 #include "transport/download/local_replacement.h"
 
 #include <cstddef>
@@ -24,26 +24,25 @@ struct FTPTransport;
 struct FileToFetch {
     std::string path; // relative to the remote folder
     const StagedFile& into;
-    std::optional<std::uint64_t> size = std::nullopt; // as it was listed
+    std::optional<std::uint64_t> size = std::nullopt; // as listed
 
-    // Only the version of this date is of use. The server is asked before and after the download.
+    // If set, only the version with this date is accepted. It is checked before and after the download.
     std::optional<RemoteDate> version = std::nullopt;
 };
 
-// Each file that was begun ends in one of `fetched` and `failed`, in the order of the files, except when the work ends
-// early.
+// Each begun file ends in `fetched` or `failed`, in the order of the files, unless the work ends early.
 struct FetchEvents {
     std::function<void(std::size_t file)> begins;
 
-    // All of it is there: it has the size that the server told, and the date of its version.
+    // The file is complete: it has the size that the server reports, and the date of its version.
     std::function<void(std::size_t file)> fetched;
 
-    // A failure of this file alone: SyncError, or ChangedMeanwhile where the server has another version of it.
+    // A failure of this file alone: SyncError, or ChangedMeanwhile if the server has another version of it.
     std::function<void(std::size_t file, std::exception_ptr why)> failed;
 };
 
-// The number of files that are worth one call, at most.
-inline constexpr std::size_t mostFetchedTogether = 64;
+// The most files for one call.
+inline constexpr std::size_t maxFetchedTogether = 64;
 
 // Throws SyncError for a failure of the server, Cancelled, and the system's errors.
 void fetch(const FTPTransport& transport, const std::vector<FileToFetch>& files, const FetchEvents& events);

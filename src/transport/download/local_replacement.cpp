@@ -13,7 +13,7 @@
 namespace zembrastel {
 namespace {
 
-constexpr mode_t newFileMode = 0666; // less the umask, as any program's
+constexpr mode_t newFileMode = 0666; // less the umask
 constexpr mode_t ownFile = 0600;
 constexpr mode_t ownFolder = 0700;
 
@@ -23,20 +23,20 @@ struct stat attributesOf(int file, const std::filesystem::path& name) {
     return attributes;
 }
 
-// A file of this kind without a lock is a leftover. A start that comes between the making and the lock removes it: then
-// there is another.
+// A start of the program removes such files if they have no lock. If that happens between the creation and the lock,
+// another file is created.
 std::pair<std::string, Descriptor> makeLocked(const Folder& folder) {
     for (;;) {
         auto name = temporaryName();
         Descriptor file = folder.create(name, ownFile);
-        (void)::flock(file.get(), LOCK_EX); // waits for a start at most, which holds it for a moment
-        // Asked by the name: some file systems count no links at all.
+        (void)::flock(file.get(), LOCK_EX); // a start holds it only for a moment
+        // Checked by name: some file systems do not count links.
         if (folder.attributes(name)) return {std::move(name), std::move(file)};
     }
 }
 
-// What comes of newFileMode in this folder. One that is made tells: asking for the umask would change it for all
-// threads, and a folder may have a default access-control list in its place.
+// The mode that newFileMode results in, found by creating a file: reading the umask would change it for all threads,
+// and the folder may have a default access-control list.
 mode_t modeOfNewFiles(const Folder& folder) {
     const std::string name = temporaryName();
     const Descriptor file = folder.create(name, newFileMode);
@@ -54,7 +54,7 @@ void copyFile(int from, const LocalPlace& to, const std::function<void()>& check
     if (::fsync(copy.get()) != 0) throwFileError("fsync", to.url);
 }
 
-// Half a backup is none, and every attempt on a full disk would leave one more.
+// Removes an incomplete backup: otherwise each attempt on a full disk would leave one.
 void discardBackup(const std::string& localFolder, std::string path) {
     try {
         const auto file = LocalPlace::resolve(localFolder, path);
@@ -64,13 +64,13 @@ void discardBackup(const std::string& localFolder, std::string path) {
             if (folder.parent) folder.parent->removeFolder(folder.name);
         }
     } catch (const SyncError&) {
-        // A link stands on the way now; the failure before it is the one to report.
+        // A link is on the way now; the earlier failure is reported.
     } catch (const std::filesystem::filesystem_error&) {
-        // It stays, and does no harm.
+        // It stays, which does no harm.
     }
 }
 
-// Makes a place for the file under a new backup folder and has it filled; when that fails nothing is left of it.
+// Makes a place for the file in a new backup folder and calls `fill` with it. Removes both if that fails.
 template <class Fill>
 LocalPlace makeBackupBy(const Fill& fill, const std::string& localFolder, const std::string& path) {
     const std::string backupPath = std::string(backupFolder) + "/" + Uuid::random().text() + "/" + path;
@@ -84,7 +84,7 @@ LocalPlace makeBackupBy(const Fill& fill, const std::string& localFolder, const 
     }
 }
 
-// False, with nothing done, where only a copy can be the backup.
+// Moves the file to the backup. False, with nothing done, if the backup must be a copy.
 bool becomesBackup(const Folder& folder, const std::string& name, const LocalPlace& backup) {
     const auto item = folder.attributes(name);
     if (item && item->st_nlink > 1) return false;
@@ -97,9 +97,8 @@ bool becomesBackup(const Folder& folder, const std::string& name, const LocalPla
     }
 }
 
-// Puts what an exchange brought out under `name` back in its place, where `placed` stands since. The editing may go on:
-// what comes out now can be a newer edit still, which has to go back in its turn. The place has the newest once there
-// comes out what was put in before; that is then under `name`.
+// Swaps the displaced file `name` back to its place, where our file `placed` is now. If the user saves meanwhile, the
+// swap yields a newer version; repeat until our own file comes out, which is then under `name`.
 void putBack(const Folder& folder, const std::string& name, const std::string& place, ino_t placed) {
     try {
         for (auto out = folder.attributes(name); out && folder.exchange(name, place);) {
@@ -108,7 +107,7 @@ void putBack(const Folder& folder, const std::string& name, const std::string& p
             placed = std::exchange(out, back)->st_ino;
         }
     } catch (const std::filesystem::filesystem_error& error) {
-        // The place was cleared meanwhile, and stays so.
+        // The user removed the file meanwhile.
         if (error.code() != std::errc::no_such_file_or_directory) throw;
     }
 }
@@ -133,7 +132,7 @@ void StagedFile::settleLike(int original) const {
 void StagedFile::settleAsNew() const {
     requireInPlace();
     const mode_t mode = modeOfNewFiles(folder);
-    // Where all files have the same bits it has them already.
+    // On a file system where all files have the same bits, it has them already.
     if (::fchmod(file.get(), mode) != 0 && errno != EPERM) throwFileError("chmod", folder.path() / temporary);
     flush();
 }
@@ -189,7 +188,7 @@ bool replaceKeeping(
     if (!isVersion(local.attributes())) return false;
     staged.settleLike(folder.openForReading(local.name).get());
     if (!staged.exchangeWith(local.name)) {
-        if (!isVersion(local.attributes())) return false; // settling took its time
+        if (!isVersion(local.attributes())) return false; // the file may have changed meanwhile
         folder.replace(staged.name(), folder, local.name);
         return true;
     }
@@ -198,13 +197,12 @@ bool replaceKeeping(
         try {
             moved = becomesBackup(folder, staged.name(), backup);
         } catch (const std::filesystem::filesystem_error&) {
-            // The copy that was made before is the backup then.
+            // The copy made before is the backup.
         }
         if (!moved) folder.remove(staged.name());
         return true;
     }
-    // An edit slipped in between the look and the exchange. Until it is back, the temporary name is the only one it
-    // has.
+    // The user saved between the check and the exchange. Until the edit is back, it has only the temporary name.
     putBack(folder, staged.name(), local.name, attributesOf(staged.descriptor(), local.url).st_ino);
     moveToBackup(localFolder, folder, staged.name(), local.path);
     return false;

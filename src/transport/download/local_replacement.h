@@ -1,8 +1,8 @@
-// How a local file is replaced by another version of it so that nothing is lost: the new version is made under a
-// temporary name beside it, the old one is backed up, and the two change places in one step.
+// Replaces a local file by another version of it without loss: the new version is written under a temporary name beside
+// it, the old one is backed up, and the two are exchanged in one step.
 //
-// Blocks its thread on the disk alone. Failures are thrown as std::filesystem::filesystem_error, or as SyncError where
-// a symbolic link stands in the way.
+// Blocks its thread on the disk only. Failures are thrown as std::filesystem::filesystem_error, or as SyncError if a
+// symbolic link is on the way.
 #pragma once
 
 #include "model/fingerprint.h"
@@ -18,12 +18,12 @@
 
 namespace zembrastel {
 
-// The folder in the local folder that holds the backups: each in a folder of its own, named by a fresh id, and there
-// under the path that the file had. It and all folders in it are for the owner alone.
+// The folder in the local folder that holds the backups: each in a folder of its own, named by a fresh id, under the
+// path of the file. Only the owner can read it and the folders in it.
 inline constexpr std::string_view backupFolder = ".zembrastel-backups";
 
-// A new, empty file under a temporary name in the folder where it is to be installed; removed unless it was moved on.
-// Nobody but the owner may read it before it is settled.
+// A new, empty file under a temporary name in the folder where it will be installed; removed unless it was installed.
+// Only the owner can read it before it is settled.
 class StagedFile {
 public:
     explicit StagedFile(const Folder& into);
@@ -33,23 +33,20 @@ public:
 
     [[nodiscard]] int descriptor() const { return file.get(); }
 
-    // Gives it what the open file `original` has beside its content (see copyAttributes), and flushes it to the disk.
-    // Done before the file is installed: a crash that left it short would otherwise have the short file uploaded as a
-    // local edit. Throws when something else has come to stand under the temporary name.
+    // Gives it the attributes of the open file `original` (see copyAttributes), and flushes it to the disk. Call it
+    // before the file is installed: after a crash, a short file would be uploaded as a local edit. Throws if another
+    // file has the temporary name now.
     void settleLike(int original) const;
 
-    // The same with the permission bits that any program's new file gets here.
+    // The same with the permission bits of a new file in this folder.
     void settleAsNew() const;
 
-    // Of what is in it now.
-    [[nodiscard]] struct stat attributes() const;
-
-    // Of what is in it now. Read before the file is installed: what stands in the place afterwards may be an edit.
+    // Of its present content. Read it before the file is installed: afterwards an edit may be in its place.
     [[nodiscard]] Fingerprint fingerprint() const;
 
-    // Swaps it with the file of that name in one step. False, with nothing swapped, where the file system cannot. What
-    // stood there is then under name(), which has become that of a displaced file, and is no longer removed: it may be
-    // the only copy of an edit.
+    // Exchanges it with the file of that name in one step. The other file is then under name(), which is the name of a
+    // displaced file now; it is not removed any more, since it may be the only copy of an edit. False, with nothing
+    // exchanged, if the file system cannot.
     [[nodiscard]] bool exchangeWith(const std::string& place);
 
     [[nodiscard]] const std::string& name() const { return temporary; }
@@ -66,20 +63,20 @@ private:
     bool exchanged = false;
 };
 
-// Copies the file, with its date and all that copyAttributes keeps, to a new backup place.
+// Copies the file, with its date and attributes (see copyAttributes), to a new backup.
 [[nodiscard]] LocalPlace makeBackup(
     const std::string& localFolder, const LocalPlace& original, const TransferControl& control);
 
 // Puts the staged file in the place of the local version with this fingerprint. False, with the newest local edit in
-// place, when that is no longer the version there. Whatever stood in the place for a moment goes to a backup and is
-// never removed: a program may still have it open, and what it writes is then in the backup. One that has other names
-// is copied: by those it would change in the backup as well.
+// place, if the local file is another version. Each displaced file goes to a backup and is never removed: if a program
+// still has it open, its writes go to the backup. A file with several hard links is copied instead: a change through
+// another link would change the backup too.
 [[nodiscard]] bool replaceKeeping(
     StagedFile& staged, const LocalPlace& local, const Fingerprint& version, const LocalPlace& backup,
     const std::string& localFolder);
 
-// Moves the file to a new backup of `path`, or copies and removes it where it has other names or the backups are on
-// another file system.
+// Moves the file to a new backup of `path`. Copies and removes it instead if it has several hard links, or if the
+// backups are on another file system.
 void moveToBackup(
     const std::string& localFolder, const Folder& folder, const std::string& name, const std::string& path);
 

@@ -1,5 +1,6 @@
 #include "transport/listing/alike_names.h"
 
+#include "platform/name_order.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -19,9 +20,9 @@ std::vector<std::string_view> sortedNames(const Items& items) {
     return names;
 }
 
-// The indices of the items that have none of these names.
+// The indices of the items with other names than these.
 template <class Items>
-std::vector<std::size_t> without(const Items& items, const std::vector<std::string_view>& names) {
+std::vector<std::size_t> unnamed(const Items& items, const std::vector<std::string_view>& names) {
     std::vector<std::size_t> found;
     for (std::size_t i = 0; i < items.size(); ++i) {
         if (!std::ranges::binary_search(names, items[i].name)) found.push_back(i);
@@ -29,7 +30,7 @@ std::vector<std::size_t> without(const Items& items, const std::vector<std::stri
     return found;
 }
 
-// By kind and folded name; nothing for what two items share.
+// Indices by kind and folded name; nullopt if two items share them.
 using Folded = std::map<std::pair<bool, std::string>, std::optional<std::size_t>>;
 
 template <class Items>
@@ -42,7 +43,7 @@ Folded foldedOnce(const Items& items, const std::vector<std::size_t>& indices) {
     return folded;
 }
 
-// The folders of all paths that are new or changed, and those above them.
+// The folders of all new or changed paths, and the folders above them.
 std::set<std::string, std::less<>> changedFolders(const FileMap& files, const FileMap& before) {
     std::set<std::string, std::less<>> folders;
     files.forEachDifference(before, [&](std::string_view path, const Fingerprint* now, const Fingerprint*) {
@@ -68,9 +69,9 @@ std::vector<LocalItem> localItems(const FileMap& files, std::string_view folder)
 }
 
 std::vector<AlikeItems> alikeItems(const std::vector<RemoteEntry>& entries, const std::vector<LocalItem>& local) {
-    const auto onlyLocal = without(local, sortedNames(entries));
+    const auto onlyLocal = unnamed(local, sortedNames(entries));
     if (onlyLocal.empty()) return {};
-    const auto onlyRemote = without(entries, sortedNames(local));
+    const auto onlyRemote = unnamed(entries, sortedNames(local));
     if (onlyRemote.empty()) return {};
     std::vector<AlikeItems> found;
     const auto localNames = foldedOnce(local, onlyLocal);
@@ -86,7 +87,7 @@ std::vector<AlikeItems> alikeItems(const std::vector<RemoteEntry>& entries, cons
 std::vector<std::string> alikeNameLines(const FileMap& files, const FileMap& before) {
     std::vector<std::string> lines;
     for (const auto& folder : changedFolders(files, before)) {
-        std::vector<std::pair<std::string, std::string>> names; // folded, and as they are spelt
+        std::vector<std::pair<std::string, std::string>> names; // folded, and unchanged
         files.forEachChild(
             folder, [&names](std::string_view name, bool) { names.emplace_back(foldedName(name), std::string(name)); });
         std::ranges::sort(names);

@@ -1,6 +1,6 @@
-// Names that differ only in case or in Unicode normalization form: to some servers they are one name.
+// Names that differ only in case or in Unicode normalization form: some servers treat them as one name.
 //
-// Pure functions; any thread. Names that are on both sides as they are spelt cost a look each, and are never folded.
+// Pure functions; any thread. Identical names on both sides are never folded, so they cost little.
 #pragma once
 
 #include "model/fingerprint.h"
@@ -18,7 +18,7 @@ struct LocalItem {
     bool directory = false;
 };
 
-// The items that lie in this folder of the map itself.
+// The items directly in this folder of the map.
 [[nodiscard]] std::vector<LocalItem> localItems(const FileMap& files, std::string_view folder);
 
 struct AlikeItems {
@@ -28,12 +28,12 @@ struct AlikeItems {
     friend bool operator==(const AlikeItems&, const AlikeItems&) = default;
 };
 
-// The items of one kind of which the server's and the local one are alike, and neither is on the other side as it is
-// spelt. Left out is what is alike to a second such item of either side: a side that has two tells them apart.
+// Pairs of a server item and a local item of one kind whose names are alike, and of which neither name exists on the
+// other side. Items with several counterparts are not paired: a side with both names distinguishes them.
 [[nodiscard]] std::vector<AlikeItems> alikeItems(
     const std::vector<RemoteEntry>& entries, const std::vector<LocalItem>& local);
 
-// A line for the user for each set of local items that are alike, from the folders in which a path is new or changed
+// A line for the user for each set of local items with alike names, from the folders with a path that is new or changed
 // since `before`.
 [[nodiscard]] std::vector<std::string> alikeNameLines(const FileMap& files, const FileMap& before);
 

@@ -5,7 +5,7 @@
 namespace zembrastel {
 namespace {
 
-// Servers that resolve a whole path at a time refuse one with more than 40 links.
+// Servers that resolve a whole path at once refuse a path with more than 40 links.
 constexpr std::size_t levelsRepeated = 32;
 
 bool listAlike(const std::vector<RemoteEntry>& a, const std::vector<RemoteEntry>& b) {

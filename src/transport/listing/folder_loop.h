@@ -1,6 +1,6 @@
-// Recognises a folder of a server that leads back to a folder above it, as a symbolic link can.
+// Recognises a server folder that leads back to a folder above it, as a symbolic link can.
 //
-// Pure but for the listing, which the caller does; any thread.
+// Pure functions, except for the listing, which the caller provides; any thread.
 #pragma once
 
 #include "transport/listing/remote_entry.h"
@@ -14,23 +14,22 @@
 
 namespace zembrastel {
 
-// A folder of a walk and what it was listed with.
+// A folder of a walk and its entries.
 struct ListedFolder {
     std::string path;
     std::vector<RemoteEntry> entries;
 };
 
-// The path of the folder in which the way from `above` down to `below` is repeated as often as a real tree never is.
-// `below` lies below `above`.
+// `below` followed by so many repetitions of the way from `above` to `below` that no real tree has such a path. `below`
+// is below `above`.
 [[nodiscard]] std::string repeatedFar(std::string_view above, std::string_view below);
 
-// Nothing where the server has no such folder.
+// Returns nullopt if the server has no such folder.
 using ListIfThere = std::function<std::optional<std::vector<RemoteEntry>>(const std::string& path)>;
 
-// Is `folder` one of those above it once more? It is where it lists exactly as that one does, and where the same way
-// down, repeated far beyond what people make, still leads to such a folder. One copy of a folder within itself, or a
-// few, are no loop. `list` is called only for a folder that lists as one above it.
-// Those above are in their order, the topmost first.
+// True if `folder` is the same as a folder above it: both have equal entries, and the way between them, repeated many
+// times, still leads to such a folder. A few copies of a folder within itself are no loop. `list` is called only if a
+// folder above has equal entries. `above` begins with the topmost folder.
 [[nodiscard]] bool leadsBack(
     const ListedFolder& folder, std::span<const ListedFolder* const> above, const ListIfThere& list);
 

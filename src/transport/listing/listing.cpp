@@ -11,7 +11,8 @@ namespace {
 constexpr const char* noSuchFolder = "curl: (9)";
 constexpr const char* noSuchFile = "curl: (78)";
 
-// What `ask` returns; nothing when it fails with the words of curl that say that there is no such item.
+// The result of `ask`; nullopt if it fails with a message that begins with `words`, by which curl reports that there is
+// no such item.
 template <class Ask>
 auto unlessAbsent(const char* words, Ask ask) -> std::optional<decltype(ask())> {
     try {

@@ -11,7 +11,7 @@
 namespace zembrastel {
 namespace {
 
-// Calls `take` with every line that is not empty, without its line feed and one carriage return before it.
+// Calls `take` with every non-empty line, without its line feed and one carriage return before it.
 template <class Take>
 void forEachLine(std::string_view text, Take take) {
     while (!text.empty()) {
@@ -29,7 +29,7 @@ void requireValidName(std::string_view name) {
 
 constexpr char lowercase(char byte) { return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte; }
 
-// Is this ASCII `word`, which is in lower case, at the start of the text, in any case?
+// True if the text starts with this lower-case ASCII `word`, ignoring case.
 bool startsWith(std::string_view text, std::string_view word) {
     if (text.size() < word.size()) return false;
     return std::ranges::equal(
@@ -40,7 +40,7 @@ bool isWord(std::string_view text, std::string_view word) {
     return text.size() == word.size() && startsWith(text, word);
 }
 
-// The first fact that begins with this key, "=" included.
+// The first fact with this key; the key includes "=".
 std::optional<std::string_view> findFact(std::string_view facts, std::string_view key) {
     while (!facts.empty()) {
         const std::size_t end = std::min(facts.find(';'), facts.size());
@@ -50,7 +50,7 @@ std::optional<std::string_view> findFact(std::string_view facts, std::string_vie
     return std::nullopt;
 }
 
-// Nothing for what is no number of bytes, whatever a server may mean by it.
+// Nullopt if the text is not a number of bytes.
 std::optional<std::uint64_t> byteCount(std::string_view text) {
     std::uint64_t count = 0;
     const auto* const end = text.data() + text.size();
@@ -58,8 +58,8 @@ std::optional<std::uint64_t> byteCount(std::string_view text) {
     return read.ec == std::errc() && read.ptr == end ? std::optional(count) : std::nullopt;
 }
 
-// Walks along one line. Each step takes as much as it can and is never taken back: where a list of columns is
-// separated by white space, no other way to divide the line exists.
+// Reads one line from left to right. Each step takes as much as possible and is never undone: columns separated by
+// white space can be divided in only one way.
 class Columns {
 public:
     explicit Columns(std::string_view line) : rest(line) {}
@@ -102,10 +102,10 @@ public:
         return true;
     }
 
-    bool digits(std::size_t least = 1, std::size_t most = std::string_view::npos) {
+    bool digits(std::size_t min = 1, std::size_t max = std::string_view::npos) {
         std::size_t count = 0;
-        while (count < most && take(digitSize())) ++count;
-        return count >= least;
+        while (count < max && take(digitSize())) ++count;
+        return count >= min;
     }
 
 private:
@@ -136,10 +136,10 @@ enum class Kind { file, directory, link };
 struct ListLine {
     Kind kind;
     std::string_view name;
-    std::string_view size; // digits of any script; none for a folder of the Windows form
+    std::string_view size; // digits of any script; empty for a folder of the Windows form
 };
 
-// A line with a line break in its name is not of either form: nobody can say where such a name ends.
+// Nullopt if the name contains a line break: then its end is unknown.
 std::optional<ListLine> listLine(Kind kind, std::string_view name, std::string_view size) {
     if (containsLineBreak(name)) return std::nullopt;
     return ListLine{kind, name, size};
@@ -150,7 +150,7 @@ Kind unixKind(char letter) {
     return letter == 'l' ? Kind::link : Kind::file;
 }
 
-// "drwxr-xr-x  2 web  www  4096 Jan  1 12:00 name": one blank alone ends the last column, more belong to the name.
+// "drwxr-xr-x  2 web  www  4096 Jan  1 12:00 name": one blank ends the last column; further blanks belong to the name.
 std::optional<ListLine> unixLine(std::string_view line) {
     Columns columns(line);
     if (!columns.oneOf("d-l") || !columns.everyOf("rwxstST-", 9)) return std::nullopt;
@@ -169,7 +169,7 @@ std::optional<ListLine> unixLine(std::string_view line) {
     return listLine(unixKind(line.front()), columns.remaining(), digits);
 }
 
-// "01-02-2026  10:15AM       <DIR>          name": all blanks before the name are the column's padding.
+// "01-02-2026  10:15AM       <DIR>          name": all blanks before the name are padding.
 std::optional<ListLine> windowsLine(std::string_view line) {
     Columns columns(line);
     const bool date = columns.digits(2, 2) && columns.oneOf("-") && columns.digits(2, 2) && columns.oneOf("-")
@@ -191,7 +191,7 @@ int number(std::string_view digits) {
     return value;
 }
 
-// Of "0755".
+// The permission bits of "0755".
 std::optional<unsigned> permissionBits(std::string_view octal) {
     unsigned mode = 0;
     const auto* const end = octal.data() + octal.size();
@@ -256,7 +256,7 @@ std::vector<RemoteEntry> parseLIST(std::string_view text) {
 bool isCutShort(std::string_view listing) { return !listing.empty() && !listing.ends_with('\n'); }
 
 void keepShown(std::vector<RemoteEntry>& entries, const std::vector<RemoteEntry>& shown) {
-    // Sorted rather than hashed: a server could choose a million names that all have the same hash.
+    // Sorted, not hashed: a server could choose a million names with the same hash.
     std::vector<std::string_view> names;
     names.reserve(shown.size());
     for (const auto& entry : shown) names.push_back(entry.name);
@@ -271,7 +271,7 @@ void keepShown(std::vector<RemoteEntry>& entries, const std::vector<RemoteEntry>
         if (keep) taken[static_cast<std::size_t>(found - names.begin())] = true;
         kept.push_back(keep);
     }
-    // Only now: until here `names` may be those of the entries.
+    // Only now: `names` may refer to the entries.
     std::size_t index = 0;
     std::erase_if(entries, [&](const RemoteEntry&) { return !kept[index++]; });
 }
@@ -297,7 +297,7 @@ std::optional<RemoteDate> parseFTPDate(std::string_view text) {
 
 namespace {
 
-// Of the first header line with this key, which is in lower case and has its colon.
+// The value of the first header line with this key, which is in lower case and includes the colon.
 std::optional<std::string_view> findHeader(std::string_view headers, std::string_view key) {
     std::optional<std::string_view> value;
     forEachLine(headers, [&](std::string_view line) {

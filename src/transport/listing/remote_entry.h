@@ -1,7 +1,7 @@
-// One item of a folder on the server, as a listing gives it.
+// One item of a server folder, as listed.
 #pragma once
 
-#include "model/remote_date.h"
+#include "model/server_version.h"
 
 #include <cstdint>
 #include <optional>
@@ -11,16 +11,16 @@
 namespace zembrastel {
 
 struct RemoteEntry {
-    std::string name; // one path component that passed validName()
+    std::string name; // a path component that passed validName()
     bool directory = false;
-    std::optional<RemoteDate> modified; // nothing when the listing gave no date
-    bool localOnly = false;             // true only for what exists in the local folder alone
+    std::optional<RemoteDate> modified; // nullopt if the listing has no date
+    bool localOnly = false;             // true only for an item that exists only in the local folder
 
-    // In bytes, as far as the listing tells. Two listings of one item need not agree: a download of another size is
-    // compared with what the server says of the file itself.
+    // In bytes; nullopt if the listing has no size. Two listings of one item may differ: a download of another size is
+    // compared with the size that the server reports for the file itself.
     std::optional<std::uint64_t> size = std::nullopt;
 
-    std::optional<unsigned> mode = std::nullopt; // permission bits, where the listing shows them (UNIX.mode)
+    std::optional<unsigned> mode = std::nullopt; // permission bits, if the listing shows them (UNIX.mode)
 
     friend bool operator==(const RemoteEntry& a, const RemoteEntry& b) {
         return a.name == b.name && a.directory == b.directory && a.modified == b.modified && a.localOnly == b.localOnly;

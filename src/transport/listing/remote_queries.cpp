@@ -16,8 +16,8 @@ namespace {
 
 using Entries = std::vector<RemoteEntry>;
 
-// In one conversation. It bounds the text that curl is given.
-constexpr std::size_t mostBlocks = 300;
+// In one conversation. It limits the text that curl gets.
+constexpr std::size_t maxBlocks = 300;
 
 constexpr int partialTransfer = 18;
 constexpr int refusedTransfer = 19;
@@ -31,7 +31,7 @@ bool isUnknownCommand(const BlockOutcome& outcome) {
     return outcome.code == refusedTransfer && (outcome.message.ends_with(" 500") || outcome.message.ends_with(" 502"));
 }
 
-// Is every name of `a` that a listing has to show in `b`?
+// True if `b` has every name of `a` that a listing must show.
 bool shows(const Entries& b, const Entries& a) {
     std::vector<std::string_view> names;
     names.reserve(b.size());
@@ -48,8 +48,8 @@ struct Answer {
     bool isUnknown = false; // the command
     int cuts = 0;
     bool settled = false;
-    std::optional<Entries> entries = {}; // all, or of a cut listing those of the whole lines
-    std::string failure = {};            // why it is not whole
+    std::optional<Entries> entries = {}; // of an incomplete listing, the entries of its complete lines
+    std::string failure = {};            // why it is incomplete
 
     [[nodiscard]] bool isWhole() const { return entries && failure.empty(); }
 
@@ -63,18 +63,18 @@ struct Answer {
         if (cut) wasCut(path);
     }
 
-    // It is asked for once more.
+    // An incomplete listing is requested once more.
     void wasCut(const std::string& path) {
-        constexpr int mostCuts = 2;
+        constexpr int maxCuts = 2;
         failure = cutMessage(path);
-        settled = ++cuts == mostCuts;
+        settled = ++cuts == maxCuts;
     }
 
 private:
     void read(std::string_view text) {
         try {
             if (!isValidUtf8(text)) throw SyncError("The server's filenames are not UTF-8.");
-            const auto lines = text.substr(0, text.rfind('\n') + 1); // of an empty text none
+            const auto lines = text.substr(0, text.rfind('\n') + 1); // empty for an empty text
             entries = byMLSD ? parseMLSD(lines) : parseLIST(lines);
         } catch (const SyncError& error) {
             failure = error.what();
@@ -82,7 +82,7 @@ private:
     }
 };
 
-// The names in the server's replies to STAT; nothing where it does not list the folder.
+// The names in the server's replies to STAT; nullopt if STAT does not list the folder.
 std::optional<Entries> readStatus(const BlockOutcome& outcome) {
     if (!outcome.succeeded() || !isValidUtf8(outcome.output)) return std::nullopt;
     Entries entries;
@@ -93,7 +93,7 @@ std::optional<Entries> readStatus(const BlockOutcome& outcome) {
             for (auto& entry : parseLIST(line)) entries.push_back(std::move(entry));
             lists = lists || !trimmed(line).empty();
         } catch (const SyncError&) {
-            // Other words of the server.
+            // Not a line of the listing.
         }
     }
     return lists ? std::optional(std::move(entries)) : std::nullopt;
@@ -101,17 +101,17 @@ std::optional<Entries> readStatus(const BlockOutcome& outcome) {
 
 struct AskedFolder {
     std::string path;
-    // The first one has the dates, where there are any; the second one confirms it.
+    // The first has the dates, if there are any; the second confirms it.
     std::array<Answer, 2> answers{};
     bool needsWitness = false;
     bool askedWitness = false;
-    std::optional<Entries> witness{}; // what came over the control connection
+    std::optional<Entries> witness{}; // the names from the control connection
     bool askedAgain = false;
 
-    // Sees what is still to be asked. True when nothing is.
+    // Decides which listings are still needed. True if none is.
     [[nodiscard]] bool settle() {
         if (!std::ranges::all_of(answers, &Answer::settled)) return false;
-        if (std::ranges::none_of(answers, &Answer::isWhole) || areSound()) return true;
+        if (std::ranges::none_of(answers, &Answer::isWhole) || agree()) return true;
         if (!askedWitness) {
             needsWitness = true;
             return false;
@@ -135,25 +135,25 @@ struct AskedFolder {
             keepShown(*second.entries, *second.entries);
             return std::move(*second.entries);
         }
-        // Some servers end no LIST with a line break. What such a listing shows must be in the other one all the same.
+        // Some servers never end LIST with a line break. The other listing must still have the names of such a listing.
         if (!second.isWhole() && second.entries && !shows(*first.entries, *second.entries)) {
             return QueryFailure{second.failure};
         }
-        // Where LIST cannot confirm it, MLSD is enough.
+        // If LIST cannot confirm it, MLSD is enough.
         keepShown(*first.entries, second.isWhole() ? *second.entries : *first.entries);
         return std::move(*first.entries);
     }
 
 private:
-    // Two listings that show the same were not cut.
-    [[nodiscard]] bool areSound() const {
+    // Two listings with the same names are complete.
+    [[nodiscard]] bool agree() const {
         const auto& [first, second] = answers;
         return first.isWhole() && second.isWhole() && !first.entries->empty() && shows(*first.entries, *second.entries)
                && shows(*second.entries, *first.entries);
     }
 };
 
-// A listing over the control connection, which cannot lose its end unseen.
+// Requests a listing over the control connection, whose loss is always noticed.
 void askForStatus(Dialogue& dialogue, AskedFolder& folder) {
     dialogue.add(
         {.path = folder.path, .directory = true, .options = {{"head"}, {"dump-header", "-"}, {"quote", "-*STAT ."}}},
@@ -163,7 +163,7 @@ void askForStatus(Dialogue& dialogue, AskedFolder& folder) {
         });
 }
 
-// Asks the server about all of `items`: `plan` adds the blocks for one, or none when nothing is left to ask about it.
+// Queries the server about all `items`: `plan` adds the blocks for an item, or none if the item is done.
 template <class Item, class Plan>
 void askAbout(const FTPTransport& transport, std::vector<Item>& items, const Plan& plan) {
     Persistence persistence(*transport.traits);
@@ -171,11 +171,11 @@ void askAbout(const FTPTransport& transport, std::vector<Item>& items, const Pla
         Dialogue dialogue(transport, transport.traits->login());
         std::size_t blocks = 0;
         for (auto& item : items) {
-            if (blocks >= mostBlocks) break;
+            if (blocks >= maxBlocks) break;
             blocks += plan(dialogue, item);
         }
         if (dialogue.isEmpty()) return;
-        dialogue.hold({}, TransferControl::AtStop::ends, {});
+        dialogue.hold({}, {});
         if (dialogue.broken) persistence.brokeOff(dialogue, dialogue.progressed);
     }
 }
@@ -183,9 +183,9 @@ void askAbout(const FTPTransport& transport, std::vector<Item>& items, const Pla
 } // namespace
 
 void FolderLister::list(const std::vector<std::string>& paths, const Take& take) {
-    constexpr std::size_t mostTogether = 150;
+    constexpr std::size_t maxTogether = 150;
     for (std::size_t done = 0; done < paths.size();) {
-        const auto count = std::min(mostTogether, paths.size() - done);
+        const auto count = std::min(maxTogether, paths.size() - done);
         for (auto& listed : listTogether(std::span(paths).subspan(done, count))) take(done++, std::move(listed));
     }
 }
@@ -210,7 +210,7 @@ std::vector<ListedEntries> FolderLister::listTogether(std::span<const std::strin
         std::size_t blocks = 0;
         for (auto& answer : folder.answers) {
             if (answer.settled) continue;
-            // One transfer of data is all that such a login allows.
+            // Such a login allows only one data transfer.
             if (dialogue.login == ServerTraits::Login::oneTransfer && !dialogue.isEmpty()) break;
             TransferBlock block{.path = folder.path, .directory = true};
             if (answer.byMLSD) block.options.push_back({"request", "MLSD"});

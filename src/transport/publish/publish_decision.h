@@ -3,7 +3,6 @@
 // Pure functions; any thread.
 #pragma once
 
-#include "model/remote_date.h"
 #include "model/server_version.h"
 
 #include <cstddef>

@@ -143,7 +143,7 @@ void BackupsSheet::askToRestore() {
     const bool synced = profile.includesInSync(backup->path) && !profile.excludes(backup->path);
     ConfirmDialog::ask(
         this, tr("Restore this version?"),
-        tr("%1 becomes what it was until %2. What the file holds now is kept as a backup. %3")
+        tr("This restores the version of %1 that was replaced on %2. The current version is kept as a backup. %3")
             .arg(
                 toQString(backup->path), dateWithMonthName(localTime(backup->kept), QLocale()),
                 synced

@@ -98,7 +98,7 @@ void Notifier::showFailure(const QString& key, const Profile& profile) {
 void Notifier::showRecovery(const QString& key, const Profile& profile) {
     desktop.show(
         key, {.title = tr("%1 is kept up to date again").arg(onOneLine(toQString(profile.name))),
-              .text = tr("What had failed works again."),
+              .text = tr("The problem is resolved."),
               .action = tr("Show")});
 }
 

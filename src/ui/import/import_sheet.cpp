@@ -68,8 +68,8 @@ ImportSheet::ImportSheet(
     setWindowModality(Qt::WindowModal);
     QLayout* const head = makeSheetHead(
         *this, "plus", tr("Import profiles"),
-        {tr("Profiles come in paused. Starting one uploads what its local folder holds; files that are excluded stay "
-            "here. Passwords go to the desktop's keyring.")});
+        {tr("Imported profiles are paused. Starting one uploads the files of its local folder, except excluded files. "
+            "Passwords are stored in the desktop's keyring.")});
     list->setAccessibleName(tr("Profiles found"));
     layOutSheet(*this, head, makeSheetTools({all, none, another}, count), makeListCard(list, listInset), makeFoot());
     connect(all, &QPushButton::clicked, rows, [this] { rows->tickAll(true); });

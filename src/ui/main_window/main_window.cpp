@@ -196,19 +196,18 @@ void MainWindow::askToSkipCheck(const Uuid& id) {
 void MainWindow::askToSendAll(const Uuid& id) {
     ConfirmDialog::ask(
         this, tr("Send everything again?"),
-        tr("Every file is compared with the server first. Files that are the same there are left alone, and all others "
-           "are uploaded. Where the server has a version that was not uploaded from here, you decide first. A paused "
-           "profile starts watching."),
+        tr("Every file is compared with the server first. Identical files are skipped, and all others are uploaded. If "
+           "the server has a version that was not uploaded from here, you decide first. A paused profile starts "
+           "watching."),
         tr("Send everything"), [this, id] { sendAll(id); });
 }
 
 void MainWindow::offerToSendAll(const Uuid& id) {
     ConfirmDialog::ask(
         this, tr("Nothing has been sent to the new place yet"),
-        tr("The files that are recorded as uploaded are in the old place. From now on only what changes is uploaded to "
-           "the new one. To upload everything, each file is compared with the server first: files that are the same "
-           "there are left alone, and where the server has another version, you decide first. A paused profile starts "
-           "watching."),
+        tr("The files that are recorded as uploaded are in the old place. From now on only changed files are uploaded "
+           "to the new one. To upload everything, each file is compared with the server first: identical files are "
+           "skipped, and if the server has another version, you decide first. A paused profile starts watching."),
         tr("Send everything"), [this, id] { sendAll(id); }, tr("Not now"));
 }
 

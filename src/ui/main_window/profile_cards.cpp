@@ -160,7 +160,8 @@ QFrame* DetailBanners::makeMissingBanner() {
     layout->setSpacing(12);
     layout->addWidget(new SymbolView("exclamationmark.triangle", &Colours::warn));
     layout->addWidget(
-        new WrapLabel(tr("The local folder is empty. If you deleted its files, forget them; on the server they stay.")),
+        new WrapLabel(tr("The local folder is empty. If you deleted its files yourself, forget them; the copies on the "
+                         "server stay.")),
         1);
     layout->addWidget(forget);
     return banner;

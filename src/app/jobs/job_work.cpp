@@ -1,4 +1,4 @@
-#include "app/job_work.h"
+#include "app/jobs/job_work.h"
 
 #include "transport/publish/leftovers.h"
 

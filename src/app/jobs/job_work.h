@@ -4,7 +4,7 @@
 // requested or their control was cancelled.
 #pragma once
 
-#include "app/job.h"
+#include "app/jobs/job.h"
 #include "sync/progress_meter.h"
 #include "sync/sync_worker.h"
 #include "transport/ftp_transport.h"

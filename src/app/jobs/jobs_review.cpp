@@ -1,5 +1,5 @@
 // The review of what the server check finds, and the download of the versions that the user chose.
-#include "app/jobs.h"
+#include "app/jobs/jobs.h"
 #include "model/error.h"
 #include "sync/progress_meter.h"
 #include "transport/ftp_transport.h"

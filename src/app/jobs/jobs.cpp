@@ -1,4 +1,4 @@
-#include "app/jobs.h"
+#include "app/jobs/jobs.h"
 
 #include "model/error.h"
 

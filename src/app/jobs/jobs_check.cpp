@@ -1,5 +1,5 @@
 // The server check before watching starts.
-#include "app/jobs.h"
+#include "app/jobs/jobs.h"
 #include "app/record_of.h"
 #include "model/error.h"
 #include "platform/text.h"

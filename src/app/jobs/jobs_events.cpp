@@ -1,5 +1,5 @@
 // How what a worker reports becomes part of the records and statuses.
-#include "app/jobs.h"
+#include "app/jobs/jobs.h"
 
 #include <algorithm>
 #include <cassert>
