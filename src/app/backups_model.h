@@ -1,7 +1,7 @@
-// The backups of one local folder for those who show them: everything that touches the disk runs in the background.
+// The backups of one local folder for the views. All disk access runs in the background.
 //
-// Lives on the main context: every call comes from there, and none blocks. Each `done` is called there, once, with what
-// was asked for or the text of a failure, and not once the model has gone.
+// Main context; no call blocks. Each `done` is called there once, with the result or the text of a failure. It is not
+// called after the model is destroyed.
 #pragma once
 
 #include "app/context/background_tasks.h"
@@ -21,7 +21,7 @@ namespace zembrastel {
 template <class Value>
 struct BackupResult {
     Value value{};
-    std::string failure{}; // empty where there is none
+    std::string failure{}; // empty if there is none
 };
 
 class BackupsModel {
@@ -33,7 +33,7 @@ public:
     BackupsModel(MainContext& mainContext, std::string folder);
     BackupsModel(const BackupsModel&) = delete;
     BackupsModel& operator=(const BackupsModel&) = delete;
-    // Ends what is under way: a file that is being restored is then as it was.
+    // Ends what runs: a file that is being restored stays as it was.
     ~BackupsModel();
 
     // As listBackups() orders them.

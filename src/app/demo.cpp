@@ -35,7 +35,7 @@ constexpr std::array past{
     PastLine{95s, "Watching paused."},
 };
 
-// One saved file of the script, which begins again when it has come to its end.
+// One saved file of the script. After the last one the script begins again.
 struct Edit {
     milliseconds quietBefore; // none for a file that was saved together with the one before
     const char* path;
@@ -81,8 +81,8 @@ public:
     }
 
 private:
-    // Each version in the baseline bears the number of its edit, so the baseline tells how far the script has come, as
-    // it tells a real worker what is on the server.
+    // Each version in the baseline has the number of its edit as inode, so the baseline shows the position in the
+    // script.
     [[nodiscard]] static std::size_t editsIn(const FileMap& baseline) {
         std::size_t count = 0;
         for (const auto& [path, version] : baseline) count = std::max<std::size_t>(count, version.inode);

@@ -4,83 +4,83 @@
 
 namespace zembrastel {
 
-ProfileLook lookAt(const AppModel& model, const Profile& profile) {
-    using Health = ProfileLook::Health;
+ObservedProfile observe(const AppModel& model, const Profile& profile) {
+    using Health = ObservedProfile::Health;
     const ProfileStatus& status = model.status(profile.id);
     const auto review = model.reviews().find(profile.id);
     const bool running = model.running(profile.id);
-    ProfileLook look{.id = profile.id};
-    // A review that was put off waits for nobody.
-    if (running && review != model.reviews().end()) look.toReview = review->second.changes.size();
+    ObservedProfile observed{.id = profile.id};
+    // A postponed review does not wait for the user.
+    if (running && review != model.reviews().end()) observed.toReview = review->second.changes.size();
     if (status.failed()) {
-        look.health = Health::failing;
+        observed.health = Health::failing;
     } else if (running) {
-        const bool settled = look.toReview > 0 || (status.phase == Phase::watching && !status.unsaved);
-        look.health = settled ? Health::well : Health::working;
+        const bool settled = observed.toReview > 0 || (status.phase == Phase::watching && !status.unsaved);
+        observed.health = settled ? Health::well : Health::working;
     }
-    return look;
+    return observed;
 }
 
-std::vector<Notice> Notices::look(const std::vector<ProfileLook>& profiles, Time now, bool seen) {
-    std::vector<Notice> told;
+std::vector<Notice> Notices::update(const std::vector<ObservedProfile>& profiles, Time now, bool seen) {
+    std::vector<Notice> due;
     std::map<Uuid, Past> current;
     for (const auto& profile : profiles) {
         Past past = pasts[profile.id];
-        lookAtReview(profile, past, seen, told);
-        lookAtHealth(profile, past, now, told);
+        updateReview(profile, past, seen, due);
+        updateHealth(profile, past, now, due);
         current.emplace(profile.id, past);
         pasts.erase(profile.id);
     }
     for (const auto& [id, removed] : pasts) {
-        if (removed.reviewTold) told.push_back({Notice::Kind::reviewIsOver, id});
-        if (removed.failureTold) told.push_back({Notice::Kind::failureIsOver, id});
+        if (removed.reviewShown) due.push_back({Notice::Kind::reviewIsOver, id});
+        if (removed.failureShown) due.push_back({Notice::Kind::failureIsOver, id});
     }
     pasts = std::move(current);
-    return told;
+    return due;
 }
 
-void Notices::lookAtReview(const ProfileLook& profile, Past& past, bool seen, std::vector<Notice>& told) {
+void Notices::updateReview(const ObservedProfile& profile, Past& past, bool seen, std::vector<Notice>& due) {
     const bool isNew = profile.toReview > 0 && past.reviewed == 0;
     if (isNew && !seen) {
-        told.push_back({Notice::Kind::reviewWaits, profile.id});
-        past.reviewTold = true;
+        due.push_back({Notice::Kind::reviewWaits, profile.id});
+        past.reviewShown = true;
     }
-    if (profile.toReview == 0 && past.reviewTold) {
-        told.push_back({Notice::Kind::reviewIsOver, profile.id});
-        past.reviewTold = false;
+    if (profile.toReview == 0 && past.reviewShown) {
+        due.push_back({Notice::Kind::reviewIsOver, profile.id});
+        past.reviewShown = false;
     }
     past.reviewed = profile.toReview;
 }
 
-void Notices::lookAtHealth(const ProfileLook& profile, Past& past, Time now, std::vector<Notice>& told) {
+void Notices::updateHealth(const ObservedProfile& profile, Past& past, Time now, std::vector<Notice>& due) {
     switch (profile.health) {
-    case ProfileLook::Health::failing:
+    case ObservedProfile::Health::failing:
         if (!past.failingSince) past.failingSince = now;
-        if (!past.failureTold && now - *past.failingSince > failureToTell) {
-            told.push_back({Notice::Kind::failing, profile.id});
-            past.failureTold = true;
+        if (!past.failureShown && now - *past.failingSince > failureNoticeDelay) {
+            due.push_back({Notice::Kind::failing, profile.id});
+            past.failureShown = true;
         }
         return;
-    case ProfileLook::Health::working: // another try is no success yet
+    case ObservedProfile::Health::working: // another attempt is no success yet
         return;
-    case ProfileLook::Health::well:
-    case ProfileLook::Health::stopped:
+    case ObservedProfile::Health::well:
+    case ObservedProfile::Health::stopped:
         break;
     }
-    if (past.failureTold) {
-        const bool well = profile.health == ProfileLook::Health::well;
-        told.push_back({well ? Notice::Kind::recovered : Notice::Kind::failureIsOver, profile.id});
+    if (past.failureShown) {
+        const bool well = profile.health == ObservedProfile::Health::well;
+        due.push_back({well ? Notice::Kind::recovered : Notice::Kind::failureIsOver, profile.id});
     }
     past.failingSince.reset();
-    past.failureTold = false;
+    past.failureShown = false;
 }
 
-std::optional<Notices::Time> Notices::nextLook() const {
+std::optional<Notices::Time> Notices::nextUpdate() const {
     std::optional<Time> next;
     for (const auto& [id, past] : pasts) {
-        if (!past.failingSince || past.failureTold) continue;
-        // Just after: a failure is told when it is older than that.
-        const Time due = *past.failingSince + failureToTell + std::chrono::milliseconds(1);
+        if (!past.failingSince || past.failureShown) continue;
+        // Just after: a failure is shown if it is older than the delay.
+        const Time due = *past.failingSince + failureNoticeDelay + std::chrono::milliseconds(1);
         next = next ? std::min(*next, due) : due;
     }
     return next;

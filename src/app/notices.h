@@ -1,7 +1,7 @@
-// What the user is to be told of by a notification: a review that waits, and a profile that has failed for long, once,
-// and once more when it has recovered. Never anything of a single file.
+// The notifications for the user: one for a review that waits, one for a profile that has failed for long, and one when
+// that profile has recovered. Never one for a single file.
 //
-// Pure: it is shown the profiles and the time, and holds what it has told. One thread.
+// Depends on its arguments alone, and remembers what was shown. One thread.
 #pragma once
 
 #include "app/app_model.h"
@@ -15,13 +15,13 @@
 
 namespace zembrastel {
 
-inline constexpr std::chrono::minutes failureToTell{1};
+inline constexpr std::chrono::minutes failureNoticeDelay{1};
 
 // One profile as it is now.
-struct ProfileLook {
+struct ObservedProfile {
     enum class Health {
-        stopped, // does nothing, and nothing is wrong
-        working, // whether it will go well is not known yet
+        stopped, // no job, and no failure
+        working, // the outcome is not known yet
         failing,
         well,
     };
@@ -34,10 +34,10 @@ struct ProfileLook {
 struct Notice {
     enum class Kind {
         reviewWaits,
-        reviewIsOver, // takes the notice of it away
+        reviewIsOver, // removes the notice
         failing,
         recovered,
-        failureIsOver, // takes the notice of it away: nobody has recovered
+        failureIsOver, // removes the notice: the profile has not recovered
     };
 
     Kind kind = Kind::reviewWaits;
@@ -46,28 +46,28 @@ struct Notice {
     friend bool operator==(const Notice&, const Notice&) = default;
 };
 
-[[nodiscard]] ProfileLook lookAt(const AppModel& model, const Profile& profile);
+[[nodiscard]] ObservedProfile observe(const AppModel& model, const Profile& profile);
 
 class Notices {
 public:
     using Time = std::chrono::steady_clock::time_point;
 
-    // What is to be told now. `seen` says that the user has the window before him, where a review opens by itself.
-    [[nodiscard]] std::vector<Notice> look(const std::vector<ProfileLook>& profiles, Time now, bool seen);
+    // What to show now. `seen`: the window is in front, where a review opens by itself.
+    [[nodiscard]] std::vector<Notice> update(const std::vector<ObservedProfile>& profiles, Time now, bool seen);
 
-    // When to look again though nothing has changed; nothing when there is no need to.
-    [[nodiscard]] std::optional<Time> nextLook() const;
+    // When to update again although nothing has changed; nullopt if there is no need.
+    [[nodiscard]] std::optional<Time> nextUpdate() const;
 
 private:
     struct Past {
         std::size_t reviewed = 0;
         std::optional<Time> failingSince;
-        bool failureTold = false;
-        bool reviewTold = false;
+        bool failureShown = false;
+        bool reviewShown = false;
     };
 
-    static void lookAtReview(const ProfileLook& profile, Past& past, bool seen, std::vector<Notice>& told);
-    static void lookAtHealth(const ProfileLook& profile, Past& past, Time now, std::vector<Notice>& told);
+    static void updateReview(const ObservedProfile& profile, Past& past, bool seen, std::vector<Notice>& due);
+    static void updateHealth(const ObservedProfile& profile, Past& past, Time now, std::vector<Notice>& due);
 
     std::map<Uuid, Past> pasts;
 };

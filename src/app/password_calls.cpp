@@ -33,7 +33,7 @@ struct PasswordCalls::Shared {
     bool stopping = false;
     bool ended = false;
 
-    // The next request; nothing once the object is going.
+    // The next request; nullopt once the object is being destroyed.
     std::optional<Request> next() {
         std::unique_lock lock(mutex);
         changed.wait(lock, [this] { return stopping || !requests.empty(); });
@@ -45,7 +45,7 @@ struct PasswordCalls::Shared {
 
     void handOver(Request request, Result result) {
         const std::lock_guard lock(mutex);
-        if (stopping) return; // the context may have gone too
+        if (stopping) return; // the context may be destroyed too
         context.post([done = std::move(request.done), result = std::move(result)] { done(result); });
     }
 

@@ -34,7 +34,7 @@ public:
     Passwords(MainContext& context, PasswordAccess toUse, std::map<Uuid, std::string> known)
         : access(std::move(toUse)), atHand(std::move(known)), calls(context) {}
 
-    // Has the password at hand until the program ends, without storing it anywhere.
+    // Keeps the password in memory until the program ends, and stores it nowhere.
     void keep(const Uuid& id, const std::string& password) { atHand.insert_or_assign(id, password); }
 
     // Hands the password to `then`: before it returns if the password is at hand, or else when the secret store has

@@ -11,12 +11,12 @@ Profile importable(const Profile& found, const std::vector<Profile>& others) {
         throw SyncError("There is a profile of this name already.");
     }
     if (found.localFolder.empty()) throw LocalFolderWanted("It has no local folder.");
-    std::error_code ignored; // what cannot be looked at is not there either
+    std::error_code ignored; // a folder that cannot be read counts as missing
     if (!std::filesystem::is_directory(found.localFolder, ignored)) {
         throw LocalFolderWanted("There is no folder " + found.localFolder + " here.");
     }
     Profile valid = found.validated();
-    // The copy of a profile that is here, renamed perhaps, is one of its own.
+    // A copy of a known profile becomes another profile.
     if (std::ranges::find(others, valid.id, &Profile::id) != others.end()) valid.id = Uuid::random();
     return valid;
 }

@@ -1,6 +1,6 @@
-// Whether a profile out of another program's file, or out of an export, can be saved as it stands.
+// Whether a profile from a file of another program, or from an export, can be saved unchanged.
 //
-// Any thread: the profiles that are there already are passed in. It looks at the local folder, which may block.
+// Any thread. Reads the local folder, which may block.
 #pragma once
 
 #include "model/error.h"
@@ -10,13 +10,13 @@
 
 namespace zembrastel {
 
-// The user has to name another local folder first.
+// The user must name another local folder first.
 class LocalFolderWanted : public SyncError {
 public:
     using SyncError::SyncError;
 };
 
-// The profile as it is to be saved beside the others. Throws SyncError with a sentence that says why it cannot be.
+// The profile as it is saved beside the others. Throws SyncError if it cannot be saved.
 [[nodiscard]] Profile importable(const Profile& found, const std::vector<Profile>& others);
 
 } // namespace zembrastel

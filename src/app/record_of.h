@@ -1,4 +1,4 @@
-// What the saved state has recorded of one profile's files on both sides, for a comparison with the server.
+// What is recorded of the files of one profile, for a comparison with the server.
 //
 // A function of its arguments; any thread.
 #pragma once
@@ -8,7 +8,7 @@
 
 namespace zembrastel {
 
-// Without what is not in the saved state: the announced files and what reviews left open.
+// Only what the saved state has: not the announced files, and not what reviews left open.
 [[nodiscard]] ServerRecord recordOf(const SavedState& state, const Uuid& profile);
 
 } // namespace zembrastel

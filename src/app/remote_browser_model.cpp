@@ -95,8 +95,8 @@ RemoteBrowserModel::~RemoteBrowserModel() {
     for (const auto& [path, control] : controls) control->cancel();
 }
 
-void RemoteBrowserModel::notify(const std::function<void(RemoteBrowserObserver&)>& tell) const {
-    for (auto* observer : observers) tell(*observer);
+void RemoteBrowserModel::notify(const std::function<void(RemoteBrowserObserver&)>& report) const {
+    for (auto* observer : observers) report(*observer);
 }
 
 void RemoteBrowserModel::load(std::string path) {

@@ -1,9 +1,9 @@
-// The tree behind the content picker: the server's folders, listed one at a time as they are opened, together with what
-// exists in the local folder alone. What is chosen in it is not its business.
+// The tree of the content picker: the folders of the server, listed one at a time as they are opened, together with the
+// items that exist only in the local folder. It does not know what is chosen.
 //
-// Lives on the main context: every call comes from there, and none blocks on a server. Listings run side by side, each
-// on a thread and under a control of its own; what fails stays with its folder. Loaded contents are never refreshed: to
-// look again, make a new model. Paths are relative to the profile's remote folder; "" is that folder itself.
+// Main context; no call blocks on a server. Listings run side by side, each with a thread and a control of its own; a
+// failure belongs to its folder. Loaded contents are never refreshed: make a new model for that. Paths are relative to
+// the profile's remote folder, which is "".
 #pragma once
 
 #include "app/context/background_tasks.h"
@@ -30,7 +30,7 @@ struct RemoteBrowserRow {
     int depth = 0;                            // 0 for what lies in the remote folder itself
 };
 
-// What the model tells those who show it. Called on the main context, after the change.
+// Reports changes to the views. Called on the main context, after the change.
 class RemoteBrowserObserver {
 public:
     virtual ~RemoteBrowserObserver() = default;
@@ -51,10 +51,10 @@ public:
     RemoteBrowserModel(MainContext& mainContext, Profile toBrowse, std::string knownPassword, bool withLocal);
     RemoteBrowserModel(const RemoteBrowserModel&) = delete;
     RemoteBrowserModel& operator=(const RemoteBrowserModel&) = delete;
-    // Ends what is under way, which takes a moment and no answer from a server. Nothing of it is heard again.
+    // Ends all listings without waiting for a server. No result is reported afterwards.
     ~RemoteBrowserModel();
 
-    // The observer must outlive the model or be taken away again.
+    // The observer must outlive the model or be removed.
     void observe(RemoteBrowserObserver& observer) { observers.insert(&observer); }
     void forget(RemoteBrowserObserver& observer) { observers.erase(&observer); }
 
@@ -90,7 +90,7 @@ private:
     [[nodiscard]] bool isLocalOnly(std::string_view path) const;
     void finish(const std::string& path, const std::shared_ptr<TransferControl>& control, const Result& result);
     void appendRows(const std::string& folder, int depth, std::vector<RemoteBrowserRow>& rows) const;
-    void notify(const std::function<void(RemoteBrowserObserver&)>& tell) const;
+    void notify(const std::function<void(RemoteBrowserObserver&)>& report) const;
 
     MainContext& context;
     const Profile browsed;

@@ -17,13 +17,13 @@ constexpr std::chrono::seconds longestGathering{2};
 } // namespace
 
 StateSaver::StateSaver(
-    MainContext& mainContext, Clock& clockToUse, StateStore place, const SavedState& saved, Failed told)
-    : context(mainContext), clock(clockToUse), store(std::move(place)), state(saved), failed(std::move(told)),
+    MainContext& mainContext, Clock& clockToUse, StateStore place, const SavedState& saved, Failed report)
+    : context(mainContext), clock(clockToUse), store(std::move(place)), state(saved), failed(std::move(report)),
       retryDelay(firstRetryDelay) {}
 
 void StateSaver::save() {
     if (writing.valid()) writing.wait();
-    writing = {}; // whatever became of it, all of it is written again
+    writing = {}; // its result does not matter: all of it is written again
     waiting.merge(written);
     written.clear();
     const auto began = clock.steadyNow();
@@ -55,7 +55,7 @@ void StateSaver::flush() {
     try {
         save();
     } catch (const std::exception& error) {
-        tellFailed(error);
+        reportFailed(error);
     }
 }
 
@@ -68,7 +68,7 @@ void StateSaver::startWrite() {
     if ((waiting.empty() && !refused) || writing.valid()) return;
     written.swap(waiting);
     auto write = [this, began = clock.steadyNow(), snapshot = state, turn = ++turns] {
-        // Posted however the write ends, and before it is over: a saver that goes waits for all of this.
+        // Posted in any case, and before the thread ends: the destructor waits for the thread.
         const auto finish = lifetime.guard([this, turn] {
             if (turn == turns) finishWrite();
         });
@@ -90,7 +90,7 @@ void StateSaver::startWrite() {
 }
 
 void StateSaver::finishWrite() {
-    if (!writing.valid()) return; // saved once more meanwhile
+    if (!writing.valid()) return; // saved again meanwhile
     try {
         rest(writing.get());
     } catch (const std::exception& error) {
@@ -107,15 +107,15 @@ void StateSaver::failedWrite(const std::exception& error) {
     waiting.merge(written);
     written.clear();
     retryLater();
-    tellFailed(error);
+    reportFailed(error);
 }
 
-// What the user wanted saved needs no telling: the exception has told it.
-void StateSaver::tellFailed(const std::exception& error) const {
+// A save for the user is reported by its exception.
+void StateSaver::reportFailed(const std::exception& error) const {
     if (!waiting.empty()) failed(waiting, describe(error));
 }
 
-// Tries again by itself: it may be long until something else is reported, and nobody tells when the disk is well again.
+// Tries again by itself: the next report may come late, and there is no signal when the disk works again.
 void StateSaver::retryLater() {
     if (std::exchange(retrying, true)) return;
     context.postAfter(retryDelay, lifetime.guard([this] {

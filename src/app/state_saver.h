@@ -1,11 +1,10 @@
-// When and how the model's state reaches the disk: what the user does at once, what workers report as soon as that is
-// cheap enough, and that without the main context waiting for the disk.
+// When and how the model's state is written to the disk: at once for what the user does, as soon as it is cheap enough
+// for what workers report. The main context does not wait for the disk in the second case.
 //
-// Lives on the main context. Saving may take a tenth of the time: after a save that took one part, the next nine are
-// for other things, 50 milliseconds at least and two seconds at most; what is reported meanwhile is gathered into one
-// save. A report that comes alone is saved at once. A thread does it, one
-// save at a time, from a copy of the state, which shares what it holds with the state itself. A program that is killed
-// loses at most what was reported since the last save that was completed had begun.
+// Main context. Saving may take a tenth of the time: after a save there is a pause of nine times its duration, at least
+// 50 milliseconds and at most two seconds; reports in that time are gathered into one save. A single report is saved at
+// once. A thread writes a copy of the state, one save at a time; the copy shares its contents with the state itself. A
+// program that is killed loses at most the reports since the start of the last completed save.
 #pragma once
 
 #include "app/context/lifetime.h"
@@ -26,28 +25,28 @@ namespace zembrastel {
 
 class StateSaver {
 public:
-    // Told on the main context that what was reported for these profiles is not on the disk, and why. It stays to be
-    // saved: with the next report, by flush(), or at the latest a while later, which grows to a minute.
+    // Called on the main context if the reports for these profiles could not be written, with the reason. They are
+    // written with the next report, by flush(), or by a retry after at most a minute.
     using Failed = std::function<void(const std::set<Uuid>& profiles, const std::string& message)>;
 
     // `saved` must outlive the saver.
-    StateSaver(MainContext& mainContext, Clock& clockToUse, StateStore place, const SavedState& saved, Failed told);
+    StateSaver(MainContext& mainContext, Clock& clockToUse, StateStore place, const SavedState& saved, Failed report);
     StateSaver(const StateSaver&) = delete;
     StateSaver& operator=(const StateSaver&) = delete;
-    // Waits for the write under way.
+    // Waits for a running write.
     ~StateSaver() = default;
 
     // Saves before it returns. Throws what StateStore::save() throws; that is then tried again later, with what was
     // reported before.
     void save();
 
-    // Saves what was reported for a profile, now or a little later.
+    // Saves the reports for a profile, now or a little later.
     void saveSoon(const Uuid& profile);
 
-    // Saves before it returns what waits to be saved, if anything does.
+    // Saves all waiting reports before it returns.
     void flush();
 
-    // Nothing is told of this profile any more.
+    // No failure is reported for this profile any more.
     void forget(const Uuid& profile);
 
 private:
@@ -58,7 +57,7 @@ private:
     void scheduleWrite();
     void rest(Duration afterWrite);
     void failedWrite(const std::exception& error);
-    void tellFailed(const std::exception& error) const;
+    void reportFailed(const std::exception& error) const;
     void retryLater();
 
     MainContext& context;
@@ -66,8 +65,8 @@ private:
     const StateStore store;
     const SavedState& state;
     const Failed failed;
-    std::set<Uuid> waiting; // profiles with reports that no write has taken along
-    std::set<Uuid> written; // those of the write under way
+    std::set<Uuid> waiting; // profiles with reports that no write contains
+    std::set<Uuid> written; // those of the running write
     bool scheduled = false;
     int turns = 0; // of writing
     std::chrono::steady_clock::time_point nextWrite{};
@@ -75,7 +74,7 @@ private:
     bool retrying = false;
     bool refused = false; // save() failed since the last write that succeeded
     Lifetime lifetime;
-    std::future<Duration> writing; // last, so that the thread has ended before what it uses goes
+    std::future<Duration> writing; // last: the thread ends before what it uses
 };
 
 } // namespace zembrastel

@@ -1,5 +1,5 @@
 #include "app/remote_browser_model.h"
-#include "checks/office.h"
+#include "checks/server_fixture.h"
 #include "checks/subjects.h"
 
 namespace zembrastel {
@@ -7,10 +7,10 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-// A folder that exists on both sides, one that exists locally alone, and a file on the server alone.
-class Selector : public Office {
+// A folder on both sides, a folder that is local only, and a file that is only on the server.
+class Selector : public ServerFixture {
 public:
-    explicit Selector(const TestServer& server) : Office(server) {
+    explicit Selector(const TestServer& server) : ServerFixture(server) {
         colleagueUploads("shared/page", "1");
         write("shared/page", "1");
         write("drafts/note", "1");

@@ -1,6 +1,6 @@
 #include "checks/built_in_checks.h"
 
-#include "checks/office.h"
+#include "checks/server_fixture.h"
 #include "checks/subjects.h"
 #include "model/error.h"
 
@@ -15,13 +15,13 @@ constexpr int exitInterrupted = 128 + SIGINT;
 
 volatile std::sig_atomic_t interrupted = 0;
 
-// The first Ctrl-C ends the run after the check in hand, so that temporary folders go, a second one at once.
+// The first Ctrl-C ends the run after the current check, so that temporary folders are removed; a second one at once.
 void noteInterrupt(int number) {
     interrupted = 1;
     std::signal(number, SIG_DFL);
 }
 
-// At once, for whoever watches a slow server.
+// Flushed at once, for a user who watches a slow server.
 void print(const std::string& line) {
     std::puts(line.c_str());
     std::fflush(stdout);
@@ -42,7 +42,7 @@ std::optional<std::string> failureOf(const Check& check) {
     }
 }
 
-// A line for each check, and one with the count. A check that fails holds none of the others up.
+// Prints a line for each check, and one with the count. The checks after a failed one still run.
 int run(const Checks& checks) {
     std::size_t passed = 0;
     for (const auto& check : checks) {
@@ -55,7 +55,7 @@ int run(const Checks& checks) {
     return passed == checks.size() ? 0 : 1;
 }
 
-// What to do about a server that cannot be used.
+// How to start a server that can be used.
 std::string advice(const TestServer& server) {
     const auto port = std::to_string(server.port);
     const std::string user = TestServer::username;

@@ -1,4 +1,4 @@
-#include "checks/workplace.h"
+#include "checks/check_fixture.h"
 
 #include "model/scan.h"
 #include "platform/files.h"
@@ -10,8 +10,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The machine's clock, but every wait is over in a moment: two polls then take no four seconds.
-class HastyClock final : public Clock {
+// The machine's clock with short waits: two polls would take four seconds.
+class FastClock final : public Clock {
 public:
     [[nodiscard]] std::chrono::system_clock::time_point now() const override { return systemClock().now(); }
     [[nodiscard]] std::chrono::steady_clock::time_point steadyNow() const override { return systemClock().steadyNow(); }
@@ -25,7 +25,7 @@ private:
 
 } // namespace
 
-Workplace::Workplace() {
+CheckFixture::CheckFixture() {
     fs::create_directory(siteFolder);
     profile.name = "Built-in check";
     profile.host = "127.0.0.1";
@@ -33,25 +33,25 @@ Workplace::Workplace() {
     profile.localFolder = siteFolder;
 }
 
-void Workplace::write(const std::string& path, const std::string& text, std::chrono::seconds ago) const {
+void CheckFixture::write(const std::string& path, const std::string& text, std::chrono::seconds ago) const {
     const auto file = local(path);
     fs::create_directories(file.parent_path());
     writeAtomically(file, text);
     fs::last_write_time(file, fs::file_time_type::clock::now() - ago);
 }
 
-std::string Workplace::read(const std::string& path) const { return readFile(local(path)).value_or("no such file"); }
+std::string CheckFixture::read(const std::string& path) const { return readFile(local(path)).value_or("no such file"); }
 
-std::vector<std::string> Workplace::scanned() const {
+std::vector<std::string> CheckFixture::scanned() const {
     std::vector<std::string> paths;
     for (const auto& [path, fingerprint] : scan(profile)) paths.push_back(path);
     std::sort(paths.begin(), paths.end());
     return paths;
 }
 
-AppModel& Workplace::open() {
+AppModel& CheckFixture::open() {
     close();
-    static HastyClock clock;
+    static FastClock clock;
     model = std::make_unique<AppModel>(
         queue, AppModel::Options{
                    .storeOverride = StateStore(folder() / "state"),

@@ -1,7 +1,7 @@
-// What a check works in: a local folder with a profile for it, and the program with a saved state and passwords of its
-// own, which can be closed and opened again. All in a temporary folder that goes with the object.
+// The surroundings of a check: a local folder with a profile, and the program with a saved state and passwords of its
+// own, which can be closed and opened again. All of it is in a temporary folder that is removed with the object.
 //
-// Belongs to one thread, on which the program works while waitUntil() runs. Its polls follow one another at once.
+// Used by one thread, on which the program works while waitUntil() runs. Its waits are short.
 #pragma once
 
 #include "app/app_model.h"
@@ -17,27 +17,27 @@
 
 namespace zembrastel {
 
-class Workplace {
+class CheckFixture {
 public:
     // The profile is valid and not enabled, the local folder empty.
-    Workplace();
+    CheckFixture();
 
     [[nodiscard]] const std::filesystem::path& folder() const { return temporary.path(); }
     [[nodiscard]] std::filesystem::path local(const std::string& path) const { return siteFolder / path; }
 
-    // Makes or replaces a local file, with its missing folders, as though that had been done so long ago.
+    // Makes or replaces a local file, and its missing folders. The file is dated so long ago.
     void write(const std::string& path, const std::string& text, std::chrono::seconds ago = {}) const;
     [[nodiscard]] std::string read(const std::string& path) const;
 
     // The paths that a scan of the local folder finds.
     [[nodiscard]] std::vector<std::string> scanned() const;
 
-    // Opens the program with what it saved last, closing it before where it is open.
+    // Opens the program with its last saved state. Closes it first if it is open.
     AppModel& open();
     void close() { model.reset(); }
     [[nodiscard]] AppModel& program() const { return *model; }
 
-    // Does the program's work until the condition holds; false when it does not within this time.
+    // Does the program's work until the condition holds. False if it does not hold within this time.
     bool waitUntil(
         const std::function<bool()>& condition, std::chrono::milliseconds atMost = std::chrono::seconds(30)) {
         return queue.runUntil(condition, atMost);

@@ -1,4 +1,4 @@
-#include "checks/office.h"
+#include "checks/server_fixture.h"
 #include "checks/subjects.h"
 
 #include <algorithm>
@@ -10,11 +10,11 @@ using namespace std::chrono_literals;
 using Choice = std::set<std::string, std::less<>>;
 using Paths = std::vector<std::string>;
 
-// The program is open and has uploaded three files; then it is closed. While it is, the colleague changes two of them
-// on the server, and two are edited locally: one of hers and one that she left alone.
-class Restart : public Office {
+// The program uploads three files and is closed. Meanwhile the colleague changes two of them on the server, and two are
+// edited locally: one of hers, and the third.
+class Restart : public ServerFixture {
 public:
-    using Office::Office;
+    using ServerFixture::ServerFixture;
 
     void firstRun() {
         for (const auto* path : {"both", "mine", "theirs"}) write(path, "1", 1h);
@@ -56,7 +56,7 @@ public:
         return paths;
     }
 
-    // Gives what should not happen the time of many polls.
+    // Waits as long as many polls take.
     void requireNoUpload() {
         const bool uploaded = waitUntil([this] { return status().uploaded > 0; }, 500ms);
         require(!uploaded && onServer("mine") == "1", "the local edit was uploaded");
@@ -166,7 +166,7 @@ Checks reviewChecks(const TestServer& server) {
         {"stay-paused review choice stops startup sync", stayingPaused}};
     Checks checks;
     for (const auto& [name, check] : all) {
-        // Every first run comes before the first check, so that hardly any has to wait for a later date.
+        // All first runs are before the first check, so that few checks wait for a later date.
         const auto site = std::make_shared<Restart>(server);
         site->firstRun();
         checks.push_back({name, [site, check = check] {

@@ -1,5 +1,5 @@
+#include "checks/check_fixture.h"
 #include "checks/subjects.h"
-#include "checks/workplace.h"
 #include "model/scan.h"
 #include "sync/sync_worker.h"
 
@@ -9,8 +9,8 @@ namespace {
 namespace fs = std::filesystem;
 using Paths = std::vector<std::string>;
 
-// A folder with something in every place that the checks look at.
-struct Site : Workplace {
+// A folder with a file in every place that the checks use.
+struct Site : CheckFixture {
     Site() {
         for (const auto* path : {"docs/a.txt", "docs/private/b.txt", "images/logo.png", "index.html"}) write(path, "1");
     }

@@ -1,10 +1,10 @@
-// A workplace whose profile goes to a folder of its own on the test server, on which a colleague works too, with a
-// folder and a connection of hers.
+// A fixture whose profile publishes to a folder of its own on the test server. A colleague works on that folder too,
+// with a local folder and a connection of her own.
 //
-// One thread, as Workplace. All server work of the colleague blocks; what fails is thrown.
+// One thread, as CheckFixture. The colleague's server work blocks, and throws if it fails.
 #pragma once
 
-#include "checks/workplace.h"
+#include "checks/check_fixture.h"
 #include "transport/ftp_transport.h"
 
 namespace zembrastel {
@@ -17,21 +17,21 @@ struct TestServer {
     std::string remoteFolder = "zembrastel-checks-" + Uuid::random().text(); // of this run alone, in the login folder
 };
 
-class Office : public Workplace {
+class ServerFixture : public CheckFixture {
 public:
-    // The remote folder is there, with nothing that concerns the profile in it.
-    explicit Office(const TestServer& server);
+    // Makes the remote folder, with nothing in it that concerns the profile.
+    explicit ServerFixture(const TestServer& server);
 
     // Makes or replaces a file on the server.
     void colleagueUploads(const std::string& path, const std::string& text) const;
 
-    // Replaces a file on the server, and again until its date has moved by more than what dates are compared to, which
-    // takes up to two seconds.
+    // Replaces a file on the server, again and again until its date differs by more than the precision of the
+    // comparison: up to two seconds.
     void colleagueEdits(const std::string& path, const std::string& text) const;
 
     [[nodiscard]] std::string onServer(const std::string& path) const { return colleague.run(path, false, {}); }
 
-    // Does the program's work until it waits for edits or for the user, and throws when it gets elsewhere.
+    // Does the program's work until it waits for edits or for the user. Throws if it is in another phase then.
     void requirePhase(Phase phase);
 
     [[nodiscard]] const ProfileStatus& status() const { return program().status(profile.id); }

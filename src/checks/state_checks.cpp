@@ -1,5 +1,5 @@
+#include "checks/check_fixture.h"
 #include "checks/subjects.h"
-#include "checks/workplace.h"
 #include "model/error.h"
 #include "model/scan.h"
 #include "platform/files.h"
@@ -20,7 +20,7 @@ void unconfirmedDownload() {
     constexpr const char* refusal =
         "Choose the initial download files and folders before starting. Open Edit profile, choose the contents, and "
         "save your selection.";
-    Workplace place;
+    CheckFixture place;
     auto& profile = place.profile;
     auto& program = place.open();
     profile.needsDownload = true;
@@ -35,7 +35,7 @@ void unconfirmedDownload() {
 
 void noPasswordInFile() {
     constexpr const char* password = "kept-out-of-files";
-    Workplace place;
+    CheckFixture place;
     place.open().save(place.profile, password);
     place.close();
     requireEqual("the stored password", place.passwords[place.profile.id], password);
@@ -45,7 +45,7 @@ void noPasswordInFile() {
 }
 
 void offlineBaseline() {
-    Workplace place;
+    CheckFixture place;
     place.write("index.html", "made without a server");
     const auto recorded = scan(place.profile);
     place.open().save(place.profile, std::nullopt, recorded);

@@ -7,14 +7,14 @@ namespace zembrastel {
 
 struct TestServer;
 
-// Without a server; nothing but temporary folders is touched.
+// Without a server. Only temporary folders are used.
 [[nodiscard]] Checks exclusionChecks();
 [[nodiscard]] Checks selectionChecks();
 [[nodiscard]] Checks stateChecks();
 [[nodiscard]] Checks scanChecks();
 [[nodiscard]] Checks timestampChecks();
 
-// With one. Making the checks already works on the server, and throws when that cannot be used.
+// With a server. This call works on the server already, and throws if it cannot be used.
 [[nodiscard]] Checks reviewChecks(const TestServer& server);
 [[nodiscard]] Checks browserChecks(const TestServer& server);
 

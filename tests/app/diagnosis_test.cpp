@@ -1,4 +1,4 @@
-// What is made of a look at a server: from given observations, and from real servers that are set wrong.
+// The findings from given observations, and from real servers with wrong settings.
 #include "app/diagnosis/diagnosis.h"
 
 #include "support/local_site.h"
@@ -21,7 +21,7 @@ const Finding* findingOf(const std::vector<Finding>& findings, std::string_view 
     return found == findings.end() ? nullptr : &*found;
 }
 
-// What is wrong, and nothing else.
+// The subjects of what is wrong.
 Words wrongIn(const std::vector<Finding>& findings) {
     Words subjects;
     for (const auto& each : findings) {
@@ -45,7 +45,7 @@ Profile profileOf(TransferProtocol transport, std::int64_t port) {
     return profile;
 }
 
-TEST(Diagnosis, FailedConnectionIsToldByItsCause) {
+TEST(Diagnosis, FailedConnectionIsNamedByItsCause) {
     const auto ftp = TransferProtocol::ftp;
     const auto ftps = TransferProtocol::ftps;
     const auto implicit = TransferProtocol::implicitTLS;
@@ -62,7 +62,7 @@ TEST(Diagnosis, FailedConnectionIsToldByItsCause) {
     const std::string silence = "curl: (28) Timeout was reached";
     const std::string untrusted = "curl: (60) SSL certificate problem: ";
     for (const auto& [failure, replies, subject, words, transport, port, connected] : std::vector<Case>{
-             {"curl: (6) Could not resolve host: x", {}, "address", "Nobody knows", ftps, 21, false},
+             {"curl: (6) Could not resolve host: x", {}, "address", "is unknown", ftps, 21, false},
              {"curl: (7) Failed to connect", {}, "port", "nothing at port 2121", ftps, 2121, false},
              {"curl: (28) Connection timed out", {}, "port", "firewall", ftps, 21, false},
              {silence, {"421 Too many connections (8) from this IP"}, "connections", "too many", ftp},
@@ -93,7 +93,7 @@ TEST(Diagnosis, FailedConnectionIsToldByItsCause) {
     }
 }
 
-TEST(Diagnosis, ClockIsJudgedByADateOfTheMoment) {
+TEST(Diagnosis, WrongClockIsNamed) {
     using namespace std::chrono_literals;
     struct Case {
         std::chrono::seconds ahead;
@@ -104,8 +104,8 @@ TEST(Diagnosis, ClockIsJudgedByADateOfTheMoment) {
     for (const auto& [ahead, isWrong, words] : std::vector<Case>{
              {0s, false, "agrees"},
              {-90s, false, "agrees"},
-             {9h, true, "9 hours ahead: the server tells dates in its local time"},
-             {-5h - 30min + 20s, true, "5 hours 30 minutes behind: the server tells dates in its local time"},
+             {9h, true, "9 hours ahead: the server reports dates in its local time"},
+             {-5h - 30min + 20s, true, "5 hours 30 minutes behind: the server reports dates in its local time"},
              {37min, true, "37 minutes ahead: the server's clock is off"},
              {-24h * 400, true, "400 days behind: the server's clock is off"}}) {
         ServerObservations seen{.at = now, .mlsd = {.answer = {.succeeded = true}, .entries = {{}}}};
@@ -119,7 +119,7 @@ TEST(Diagnosis, ClockIsJudgedByADateOfTheMoment) {
     }
 }
 
-TEST(Diagnosis, ListingOfTenThousandIsTakenForCutOff) {
+TEST(Diagnosis, CutListingIsNamed) {
     for (const auto& [count, cut] :
          std::vector<std::pair<std::size_t, bool>>{{9'990, false}, {9'998, true}, {10'000, true}, {10'050, false}}) {
         const ServerObservations seen{
@@ -131,26 +131,7 @@ TEST(Diagnosis, ListingOfTenThousandIsTakenForCutOff) {
     }
 }
 
-// One look at a server, as a site owner's.
-struct Look {
-    explicit Look(const FtpServer& server, const LocalSite& site, bool write) {
-        const auto transport = site.transport();
-        const auto before = testing::readTree(server.root());
-        findings = diagnose(site.profile, probeServer(transport, write, systemClock(), [](const std::string&) {}));
-        unchanged = testing::readTree(server.root()) == before;
-    }
-
-    [[nodiscard]] std::string said() const {
-        std::string all;
-        for (const auto& each : findings) all += each.text + " " + each.remedy + "\n";
-        return all;
-    }
-
-    std::vector<Finding> findings;
-    bool unchanged = false; // is all on the server as it was?
-};
-
-TEST(DoctorOnServers, SettingsThatHarmAreNamed) {
+TEST(Diagnosis, HarmfulServerSettingsAreNamed) {
     struct Case {
         Kind kind;
         Words settings;
@@ -178,12 +159,17 @@ TEST(DoctorOnServers, SettingsThatHarmAreNamed) {
         FtpServer server(kind, {.showHidden = kind == Kind::odd, .extra = settings, .environment = environment});
         for (const auto* name : {"page", "b", "c", "d", "e", "f", "g", "h"})
             server.put("site/" + std::string(name), "x");
-        const Look look(server, LocalSite(server), true);
+        const LocalSite site(server);
+        const auto before = testing::readTree(server.root());
+        const auto findings =
+            diagnose(site.profile, probeServer(site.transport(), true, systemClock(), [](const std::string&) {}));
+        std::string said;
+        for (const auto& each : findings) said += each.text + " " + each.remedy + "\n";
         const std::string what = FtpServer::name(kind) + (settings.empty() ? "" : " " + settings.front());
-        EXPECT_EQ(wrongIn(look.findings), wrong) << what;
-        EXPECT_NE(look.said().find(words), std::string::npos) << what << ": " << look.said();
-        EXPECT_TRUE(allHelp(look.findings)) << what;
-        EXPECT_EQ(look.unchanged, deletes) << what;
+        EXPECT_EQ(wrongIn(findings), wrong) << what;
+        EXPECT_NE(said.find(words), std::string::npos) << what << ": " << said;
+        EXPECT_TRUE(allHelp(findings)) << what;
+        EXPECT_EQ(testing::readTree(server.root()) == before, deletes) << what;
     }
 }
 

@@ -9,7 +9,7 @@ using namespace std::chrono_literals;
 using Work = TransferProgress::Work;
 using File = TransferProgress::File;
 
-TEST(ProgressText, SaysWhatIsKnownAndNothingElse) {
+TEST(ProgressText, ShowsOnlyWhatIsKnown) {
     struct Case {
         TransferProgress progress;
         std::string text;

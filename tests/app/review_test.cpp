@@ -56,20 +56,6 @@ protected:
     }
 };
 
-TEST_F(Review, ChosenVersionsWinAndLoseNothing) {
-    reviewBothSides();
-    EXPECT_EQ(
-        status().detail, "2 newer server files found. Uploads are paused until you choose which versions to keep.");
-    EXPECT_EQ(decide({"theirs"}), Decision::accepted);
-    EXPECT_FALSE(model->presentedReview());
-    EXPECT_EQ(status().phase, Phase::downloadingReview);
-    EXPECT_EQ(status().detail, "Replacing 1 selected local files, with backups.");
-    ASSERT_TRUE(uploads(2));
-    EXPECT_EQ(onServer("both"), "local edit");
-    EXPECT_EQ(testing::readFile(site / "theirs"), "server edit");
-    EXPECT_EQ(site.backups(), (testing::FileTree{{"theirs", "1"}}));
-}
-
 TEST_F(Review, LeftFileStaysAwayUntilEverythingIsSent) {
     testing::writeTree(site.root(), {{"gone", "1"}, {"there", "1"}});
     withProfile().start(id());
@@ -144,6 +130,7 @@ TEST_F(Review, LateDecisionWhileWatchingStartsNoSecondWorker) {
     EXPECT_EQ(model->resolveReview(id(), late.reviewId, {"theirs"}), Decision::outdated);
     EXPECT_TRUE(model->watching(id()));
     EXPECT_EQ(logged("Watching started."), 1U);
+    EXPECT_EQ(logged("Server comparison skipped by your choice; pending local edits may replace remote copies."), 1U);
     editOnServer("theirs", "a later edit", 3);
     model->retryCheck(id());
     ASSERT_TRUE(reaches(Phase::awaitingReview));
@@ -151,15 +138,20 @@ TEST_F(Review, LateDecisionWhileWatchingStartsNoSecondWorker) {
     EXPECT_EQ(onServer("theirs"), "a later edit");
 }
 
-TEST_F(Review, PostponedDecisionResumesAndAsksNoSecondTime) {
+TEST_F(Review, PostponedDecisionAppliesToEachFileOnce) {
     reviewBothSides();
+    EXPECT_EQ(
+        status().detail, "2 newer server files found. Uploads are paused until you choose which versions to keep.");
     (void)stayPaused();
     EXPECT_EQ(offered(), (std::vector<std::string>{"both", "theirs"}));
     EXPECT_FALSE(saved().profiles.front().enabled);
     model->openReview(id());
     EXPECT_EQ(decide({"theirs"}), Decision::accepted);
     EXPECT_FALSE(model->presentedReview());
+    ASSERT_TRUE(reaches(Phase::downloadingReview));
+    EXPECT_EQ(status().detail, "Replacing 1 selected local files, with backups.");
     ASSERT_TRUE(uploads(2));
+    EXPECT_EQ(site.backups(), (testing::FileTree{{"theirs", "1"}}));
     EXPECT_EQ(testing::readFile(site / "theirs"), "server edit");
     EXPECT_EQ(testing::readFile(site / "both"), "local edit");
     EXPECT_EQ(onServer("both"), "local edit");

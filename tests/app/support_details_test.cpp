@@ -1,4 +1,4 @@
-// What is sent to whoever helps.
+// What is sent to a person who helps.
 #include "app/diagnosis/support_details.h"
 
 #include "platform/text.h"
@@ -8,7 +8,7 @@
 namespace zembrastel {
 namespace {
 
-TEST(SupportDetails, PasswordIsNowhereInThem) {
+TEST(SupportDetails, PasswordIsMasked) {
     const std::string password = "geheim&1";
     Profile profile;
     profile.name = "Site of " + password;

@@ -6,7 +6,7 @@
 namespace zembrastel {
 namespace {
 
-TEST(Check, FailsWhereItsRequirementDoesNotHold) {
+TEST(Check, FailsUnlessItsRequirementHolds) {
     EXPECT_THROW(require(false, ""), std::runtime_error);
     EXPECT_THROW(requireEqual("", "seen", "expected"), std::runtime_error);
     EXPECT_THROW(requireEqual("", {"seen"}, std::vector<std::string>{}), std::runtime_error);

@@ -1,7 +1,6 @@
-// The model's threads: started together with what stops them, and joined before the model goes.
+// Threads of the model. They are stopped and joined before the model is destroyed.
 //
-// Used on the main context alone. A thread whose body has ended is joined at once, so a program that runs for months
-// keeps none of them.
+// Main context. A thread whose body has ended is joined at once, so that ended threads do not accumulate.
 #pragma once
 
 #include "app/context/lifetime.h"

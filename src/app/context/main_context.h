@@ -13,14 +13,14 @@ class MainContext {
 public:
     virtual ~MainContext() = default;
 
-    // Has `work` run on the main context, after all that was posted before. Any thread.
+    // Runs `work` on the main context, after all work posted before. Any thread.
     virtual void post(std::function<void()> work) = 0;
 
     // The same, once `delay` has passed.
     virtual void postAfter(std::chrono::milliseconds delay, std::function<void()> work) = 0;
 };
 
-// Runs `work` on the main context and returns once it has run. Throws Cancelled when a stop is requested before: the
+// Runs `work` on the main context and returns once it has run. Throws Cancelled if a stop is requested before: the
 // work may then still run later. Never call it on the main context itself.
 void runOnMain(MainContext& context, const std::stop_token& stop, std::function<void()> work);
 

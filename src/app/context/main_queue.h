@@ -1,4 +1,4 @@
-// A main context without a user interface: a queue that the thread which calls runUntil() works off.
+// A main context without a user interface: a queue. The thread that calls runUntil() runs the work.
 //
 // post(), postAfter() and quit() may be called from any thread; runUntil() from one at a time.
 #pragma once
@@ -16,8 +16,8 @@ public:
     void post(std::function<void()> work) override;
     void postAfter(std::chrono::milliseconds delay, std::function<void()> work) override;
 
-    // Works until the condition, which is looked at before each piece of work, holds, or quit() was called, or the time
-    // is over. Tells whether the condition holds.
+    // Works until the condition holds, quit() is called, or the time is over. The condition is tested before each piece
+    // of work. Returns whether it holds.
     bool runUntil(const std::function<bool()>& condition);
     bool runUntil(const std::function<bool()>& condition, std::chrono::milliseconds atMost);
 

@@ -1,4 +1,4 @@
-// Has the model try again at once what waits for a retry, whenever the machine wakes up or its network is back.
+// Retries at once whatever waits for a retry when the machine wakes up or its network is back.
 //
 // Main context; one object a process. The model and the context must outlive it.
 #pragma once

@@ -1,6 +1,6 @@
-// The program that holds a state folder, as another program of the user's talks to it.
+// A connection to the program that holds a state folder.
 //
-// One thread, but for end().
+// One thread, except end().
 #pragma once
 
 #include "app/control/control_messages.h"
@@ -14,23 +14,23 @@ namespace zembrastel {
 
 class ControlClient {
 public:
-    // Nothing when no program serves that folder.
+    // nullopt if no program serves that folder.
     [[nodiscard]] static std::optional<ControlClient> connect(const std::filesystem::path& stateFolder);
 
-    // False when the other program has gone.
+    // False if the other program has ended.
     [[nodiscard]] bool ask(const ControlRequest& request) { return connection.send(encode(request)); }
 
-    // The next answer; nothing when the other program has gone, end() was called, or the time is over. Throws
-    // SyncError for what is no answer.
+    // The next answer; nullopt if the other program has ended, end() was called, or the time is over. Throws SyncError
+    // for a line that is no answer.
     [[nodiscard]] std::optional<ControlAnswer> next(std::optional<std::chrono::milliseconds> atMost = std::nullopt);
 
     // Ends next() for good. Any thread.
     void end() const { connection.end(); }
 
-    // Whether next() met the end: the other program has gone, or end() was called.
+    // Whether the other program has ended, or end() was called.
     [[nodiscard]] bool isOver() const { return connection.isOver(); }
 
-    // The other program's process; nothing where the system does not tell.
+    // The other program's process; nullopt if the system does not report it.
     [[nodiscard]] std::optional<int> process() const { return connection.process(); }
 
 private:
@@ -39,7 +39,7 @@ private:
     LocalConnection connection;
 };
 
-// Asks that program to show its window. False when there is none, or it does not answer within a second.
+// Asks that program to show its window. False if there is none, or if it does not answer within a second.
 [[nodiscard]] bool askToShow(const std::filesystem::path& stateFolder);
 
 } // namespace zembrastel

@@ -72,7 +72,7 @@ struct ShownPhase {
     friend bool operator==(const ShownPhase&, const ShownPhase&) = default;
 };
 
-// The same one if several phases look alike.
+// One of them if several phases are shown alike.
 void enterShownPhase(ProfileStatus& status, const ShownPhase& shown) {
     for (const bool unsaved : {false, true}) {
         for (const auto& facts : phaseTable) {
@@ -98,14 +98,14 @@ void eachField(Maybe<ProfileStatus> auto& status, const auto& visit) {
     visit("progress", status.progress);
 }
 
-void eachField(Maybe<answer::Status> auto& told, const auto& visit) {
-    visit("profile", told.profile);
-    visit("name", told.name);
-    visit("enabled", told.enabled);
-    visit("running", told.running);
-    visit("newerOnServer", told.newerOnServer);
-    visit("missingOnServer", told.missingOnServer);
-    visit("status", told.status);
+void eachField(Maybe<answer::Status> auto& sent, const auto& visit) {
+    visit("profile", sent.profile);
+    visit("name", sent.name);
+    visit("enabled", sent.enabled);
+    visit("running", sent.running);
+    visit("newerOnServer", sent.newerOnServer);
+    visit("missingOnServer", sent.missingOnServer);
+    visit("status", sent.status);
 }
 
 void eachField(Maybe<Activity> auto& line, const auto& visit) {
@@ -120,14 +120,14 @@ void eachField(Maybe<Activity> auto& line, const auto& visit) {
     }
 }
 
-void eachField(Maybe<answer::Activity> auto& told, const auto& visit) {
-    visit("profile", told.profile);
-    visit("line", told.line);
+void eachField(Maybe<answer::Activity> auto& sent, const auto& visit) {
+    visit("profile", sent.profile);
+    visit("line", sent.line);
 }
 
-void eachField(Maybe<answer::Changed> auto& told, const auto& visit) {
-    visit("profile", told.profile);
-    visit("retried", told.retried);
+void eachField(Maybe<answer::Changed> auto& sent, const auto& visit) {
+    visit("profile", sent.profile);
+    visit("retried", sent.retried);
 }
 
 void eachField(Maybe<RemoteChange> auto& change, const auto& visit) {
@@ -137,24 +137,24 @@ void eachField(Maybe<RemoteChange> auto& change, const auto& visit) {
     visit("bothChanged", change.bothChanged);
 }
 
-void eachField(Maybe<answer::Review> auto& told, const auto& visit) {
-    visit("profile", told.profile);
-    visit("revision", told.revision);
-    visit("files", told.changes);
+void eachField(Maybe<answer::Review> auto& sent, const auto& visit) {
+    visit("profile", sent.profile);
+    visit("revision", sent.revision);
+    visit("files", sent.changes);
 }
 
-void eachField(Maybe<answer::Outcome> auto& told, const auto& visit) {
-    visit("path", told.path);
-    visit("kept", told.kept);
-    visit("downloaded", told.downloaded);
+void eachField(Maybe<answer::Outcome> auto& sent, const auto& visit) {
+    visit("path", sent.path);
+    visit("kept", sent.kept);
+    visit("downloaded", sent.downloaded);
 }
 
-void eachField(Maybe<answer::Failed> auto& told, const auto& visit) {
-    visit("reason", told.reason);
-    visit("text", told.text);
+void eachField(Maybe<answer::Failed> auto& sent, const auto& visit) {
+    visit("reason", sent.reason);
+    visit("text", sent.text);
 }
 
-void eachField(Maybe<answer::Done> auto& told, const auto& visit) { visit("reviewWaits", told.reviewWaits); }
+void eachField(Maybe<answer::Done> auto& sent, const auto& visit) { visit("reviewWaits", sent.reviewWaits); }
 
 // The words for the cases of an enumeration, in their order.
 template <class T>
@@ -356,7 +356,7 @@ std::string encode(const ControlAnswer& answer) {
     write(writer, controlVersion);
     writer.Key("answer");
     writer.String(answerWords.at(answer.index()));
-    std::visit([&writer](const auto& told) { writeFields(writer, told); }, answer);
+    std::visit([&writer](const auto& sent) { writeFields(writer, sent); }, answer);
     writer.EndObject();
     return {buffer.GetString(), buffer.GetSize()};
 }
@@ -376,7 +376,7 @@ ControlAnswer decodeControlAnswer(std::string_view line) {
     require(document.HasMember("answer"));
     ControlAnswer decoded = emptyAnswer(
         readWord(document["answer"], answerWords), std::make_index_sequence<std::variant_size_v<ControlAnswer>>());
-    std::visit([&document](auto& told) { read(document, told); }, decoded);
+    std::visit([&document](auto& sent) { read(document, sent); }, decoded);
     return decoded;
 }
 

@@ -1,9 +1,10 @@
-// What other programs of the user ask of the one that holds a state folder, and what it answers: one JSON object a line
-// both ways, each with the "version" of this language.
+// The requests that the user's other programs send to the program that holds a state folder, and its answers: one JSON
+// object a line in both directions, each with the "version" of the protocol.
 //
-// Values and pure functions; any thread. A request is answered by lines of which the last is Failed or Done; that of
-// `follow` does not end. Members that a reader does not know are passed over, those that are left out have the default
-// of their field.
+// Values and pure functions; any thread. The last line of an answer is Failed or Done; the answer to `follow` has no
+// end. Readers skip unknown members; a missing member has the default of its field. The codec is not shared with the
+// saved state: that one is parsed with simdjson for speed and names the place of each error, so a common codec would be
+// longer.
 #pragma once
 
 #include "app/profile_status.h"

@@ -62,7 +62,7 @@ void ControlService::carryOut(Client client, const ControlRequest& request) {
         return end(client);
     case ControlRequest::Kind::follow:
         report(client, request);
-        for (const auto& profile : model.profiles()) lastTold[profile.id] = encode(statusOf(profile));
+        for (const auto& profile : model.profiles()) lastSent[profile.id] = encode(statusOf(profile));
         followers.insert_or_assign(client, request.profiles);
         server->ready(client);
         return;
@@ -72,7 +72,7 @@ void ControlService::carryOut(Client client, const ControlRequest& request) {
     case ControlRequest::Kind::retry:
         return retryEach(client, request);
     case ControlRequest::Kind::review:
-        // What the last check failed with is no answer to a question that is asked now.
+        // The failure of an earlier check does not answer this request.
         if (hasFailedCheck(model, request.profiles.front())) model.retryCheck(request.profiles.front());
         waitings.insert_or_assign(client, Waiting{.profile = request.profiles.front(), .decided = {}, .selected = {}});
         return answerSoon();
@@ -151,7 +151,7 @@ void ControlService::decide(Client client, const ControlRequest& request) {
     if (review == model.reviews().end() || review->second.reviewId.text() != request.revision) {
         refuse(answer::Failed::Reason::otherReview, outdatedDecision);
     }
-    // Postponed: another program's user has paused the profile, and resumes it himself.
+    // Postponed: the profile was paused elsewhere, and is resumed there.
     if (!model.running(id)) refuse(answer::Failed::Reason::paused);
     Waiting waiting{.profile = id, .decided = review->second.changes, .selected = {}};
     for (const auto& change : waiting.decided) {
@@ -217,7 +217,7 @@ void ControlService::forget(Client client) {
 
 answer::Status ControlService::statusOf(const Profile& profile) const {
     const auto review = model.reviews().find(profile.id);
-    answer::Status told{
+    answer::Status shown{
         .profile = profile.id,
         .name = profile.name,
         .enabled = profile.enabled,
@@ -225,24 +225,24 @@ answer::Status ControlService::statusOf(const Profile& profile) const {
         .newerOnServer = review == model.reviews().end() ? 0 : static_cast<std::int64_t>(review->second.changes.size()),
         .missingOnServer = static_cast<std::int64_t>(model.missingOnServer(profile.id).size()),
         .status = model.status(profile.id)};
-    told.status.activity.clear();
-    return told;
+    shown.status.activity.clear();
+    return shown;
 }
 
-// A worker repeats its status at every look at the folder; it is told when it is another one.
-void ControlService::tellFollowers(const Profile& profile) {
+// A worker repeats its status at every poll; it is sent if it has changed.
+void ControlService::notifyFollowers(const Profile& profile) {
     if (followers.empty()) return;
-    const answer::Status told = statusOf(profile);
-    std::string line = encode(ControlAnswer(told));
-    if (lastTold[profile.id] == line) return;
-    lastTold[profile.id] = std::move(line);
+    const answer::Status shown = statusOf(profile);
+    std::string line = encode(ControlAnswer(shown));
+    if (lastSent[profile.id] == line) return;
+    lastSent[profile.id] = std::move(line);
     for (const auto& [client, profiles] : followers) {
-        if (profiles.empty() || std::ranges::count(profiles, profile.id) > 0) send(client, told);
+        if (profiles.empty() || std::ranges::count(profiles, profile.id) > 0) send(client, shown);
     }
 }
 
 void ControlService::statusChanged(const Uuid& id) {
-    if (const Profile* profile = model.profile(id)) tellFollowers(*profile);
+    if (const Profile* profile = model.profile(id)) notifyFollowers(*profile);
     answerSoon();
 }
 
@@ -259,11 +259,11 @@ void ControlService::reviewChanged(const Uuid& id) { statusChanged(id); }
 
 void ControlService::profilesChanged() {
     std::erase_if(pausedHere, [this](const Uuid& id) { return model.profile(id) == nullptr || model.running(id); });
-    for (const auto& profile : model.profiles()) tellFollowers(profile);
+    for (const auto& profile : model.profiles()) notifyFollowers(profile);
     answerSoon();
 }
 
-// Not at once: an observer is told in the middle of a change, such as the restart after an initial download.
+// Later, because observers are notified in the middle of a change, such as the restart after an initial download.
 void ControlService::answerSoon() {
     if (waitings.empty() || answersDue) return;
     answersDue = true;
@@ -298,7 +298,7 @@ bool ControlService::answerIfSettled(Client client, const Waiting& waiting) {
     const bool waitsAgain = review != model.reviews().end();
     const bool over = waitsAgain || failure != model.checkFailures().end() || model.watching(id) || !model.running(id);
     if (!over) return false;
-    if (decided) tellOutcome(client, waiting);
+    if (decided) sendOutcomes(client, waiting);
     if (waitsAgain && model.running(id)) {
         end(client, answer::Done{.reviewWaits = true});
         return true;
@@ -318,7 +318,7 @@ bool ControlService::answerIfSettled(Client client, const Waiting& waiting) {
     return true;
 }
 
-void ControlService::tellOutcome(Client client, const Waiting& waiting) {
+void ControlService::sendOutcomes(Client client, const Waiting& waiting) {
     for (const auto& change : waiting.decided) {
         const auto* known = model.remoteDates(waiting.profile).find(change.path);
         const bool kept = !waiting.selected.contains(change.path);
@@ -327,7 +327,7 @@ void ControlService::tellOutcome(Client client, const Waiting& waiting) {
     }
 }
 
-void ControlService::send(Client client, const ControlAnswer& told) { server->send(client, encode(told)); }
+void ControlService::send(Client client, const ControlAnswer& answer) { server->send(client, encode(answer)); }
 
 void ControlService::end(Client client, const ControlAnswer& last) {
     send(client, last);

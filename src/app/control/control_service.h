@@ -1,7 +1,7 @@
-// Lets other programs of the user ask and tell the one that holds a state folder: see control_messages.h.
+// Answers the requests of the user's other programs: see control_messages.h.
 //
-// Main context; the socket's thread only hands requests over. Whatever a client sends or leaves undone, the model sees
-// whole requests alone, one of each client at a time.
+// Main context; the socket's thread only hands requests over. The model gets only complete requests, one of each client
+// at a time.
 #pragma once
 
 #include "app/app_model.h"
@@ -23,7 +23,7 @@ namespace zembrastel {
 class ControlService final : private ModelObserver {
 public:
     // The model, the context and the folder, which this program must hold, outlive the service. `show` brings the
-    // window forward; nothing for a program without one.
+    // window forward; nullptr for a program without a window.
     ControlService(
         AppModel& served, MainContext& mainContext, const std::filesystem::path& stateFolder,
         std::function<void()> show = nullptr);
@@ -31,19 +31,19 @@ public:
     ControlService& operator=(const ControlService&) = delete;
     ~ControlService() override;
 
-    // Why nobody can ask anything, if so: the program works without it.
+    // Why no program can send requests; nullopt if they can. The program works without that.
     [[nodiscard]] const std::optional<std::string>& failure() const { return unreachable; }
 
-    // Has a request paused a profile that a later one may resume?
+    // Whether a request has paused a profile that a later one may resume.
     [[nodiscard]] bool holdsPaused() const { return !pausedHere.empty(); }
 
 private:
     using Client = LocalServer::Client;
 
-    // A request whose answer waits for what the profile's job comes to.
+    // A request whose answer waits for the profile's job.
     struct Waiting {
         Uuid profile;
-        std::vector<RemoteChange> decided; // nothing while the check is awaited
+        std::vector<RemoteChange> decided; // empty while the check is awaited
         PathSet selected;
         bool leavesMissing = false; // once the check has found which files are missing
     };
@@ -67,20 +67,20 @@ private:
     void profilesChanged() override;
 
     [[nodiscard]] answer::Status statusOf(const Profile& profile) const;
-    void tellFollowers(const Profile& profile);
+    void notifyFollowers(const Profile& profile);
     void answerSoon();
     void answerWaiting();
     [[nodiscard]] bool answerIfSettled(Client client, const Waiting& waiting);
     void leaveMissing(Client client, const Profile& profile);
-    void tellOutcome(Client client, const Waiting& waiting);
-    void send(Client client, const ControlAnswer& told);
+    void sendOutcomes(Client client, const Waiting& waiting);
+    void send(Client client, const ControlAnswer& answer);
     void end(Client client, const ControlAnswer& last = answer::Done{});
 
     AppModel& model;
     MainContext& context;
     const std::function<void()> showWindow;
-    std::map<Client, std::vector<Uuid>> followers; // the profiles that each wants to hear of; all when empty
-    std::map<Uuid, std::string> lastTold;          // to followers
+    std::map<Client, std::vector<Uuid>> followers; // the profiles that each follows; all if empty
+    std::map<Uuid, std::string> lastSent;          // to followers
     std::map<Client, Waiting> waitings;
     std::set<Uuid> pausedHere;
     bool answersDue = false;

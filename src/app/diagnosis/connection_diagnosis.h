@@ -11,19 +11,19 @@
 
 namespace zembrastel {
 
-// "curl: (28) Timeout was reached" has 28; what is no such text has 0.
+// 28 for "curl: (28) Timeout was reached"; 0 for any other text.
 [[nodiscard]] int curlCode(std::string_view failure);
 
-// Of a conversation in which nobody answered at the port.
+// Explains a conversation without any answer at the port.
 [[nodiscard]] Finding unreached(const Profile& profile, const Transcript& answer);
 
-// Why there was a connection and no login; nothing where there was one.
+// Why there was a connection and no login; nullopt if there was a login.
 [[nodiscard]] std::optional<Finding> refusedBeforeLogin(const Profile& profile, const Transcript& answer);
 
-// Did the server refuse because there are too many connections already?
-[[nodiscard]] bool tellsOfTooMany(const Transcript& answer);
+// Whether the server refused because there are too many connections.
+[[nodiscard]] bool reportsTooMany(const Transcript& answer);
 
-// Of a server that hangs up, for that reason or another.
+// Explains a server that hangs up, for that reason or another.
 [[nodiscard]] Finding turnedAway(const Transcript& answer);
 
 } // namespace zembrastel

@@ -58,7 +58,7 @@ private:
     }
 
     void address() {
-        // A number needs nobody who knows it.
+        // A numeric address needs no name lookup.
         if (profile.host.find_first_not_of("0123456789.") == std::string::npos) return;
         add(fine(Subject::address, "The name " + profile.host + " is known."));
     }
@@ -69,8 +69,9 @@ private:
             return;
         }
         add(notice(
-            Subject::encryption, "Nothing is encrypted: whoever is on the way can read the password and all files.",
-            "Ask the hoster whether the server has FTPS, and choose it in the profile."));
+            Subject::encryption,
+            "Nothing is encrypted: anyone on the network path can read the password and all files.",
+            "Ask the hosting provider whether the server has FTPS, and choose it in the profile."));
     }
 
     [[nodiscard]] bool folder() {
@@ -80,7 +81,7 @@ private:
                 Subject::folder,
                 "The server does not open the folder " + profile.remoteFolder + "." + said(seen.mlsd.answer),
                 "Check the remote folder in the profile. Without a slash at its beginning it starts in the login "
-                "folder, with one at the server's root. Ask the hoster which folder the site is in."));
+                "folder, with one at the server's root. Ask the hosting provider which folder the site is in."));
             return false;
         }
         if (seen.mlsd.answer.succeeded || (seen.list && seen.list->answer.succeeded)) {
@@ -88,14 +89,15 @@ private:
             return true;
         }
         const Transcript& answer = seen.list ? seen.list->answer : seen.mlsd.answer;
-        if (tellsOfTooMany(answer)) {
+        if (reportsTooMany(answer)) {
             add(turnedAway(answer));
             return false;
         }
         add(wrong(
             Subject::listing, "The server takes the login and does not list the folder." + said(answer),
             "Listings and files go over connections of their own (passive mode), which a firewall may stop. Ask the "
-            "hoster which ports passive mode uses, whether they are open, and whether the account may list the "
+            "hosting provider which ports passive mode uses, whether they are open, and whether the account may list "
+            "the "
             "folder."));
         return false;
     }
@@ -111,7 +113,8 @@ private:
                 Subject::listing,
                 "The server's listing of the folder cannot be read: it is in a form of its own, or holds "
                 "names that are not in UTF-8 or special files.",
-                "Ask the hoster whether the server has MLSD and uses UTF-8. Look for special files, such as sockets, "
+                "Ask the hosting provider whether the server has MLSD and uses UTF-8. Check for special files, such as "
+                "sockets, "
                 "and names with odd letters in the folder."));
         } else if (seen.mlsd.entries) {
             add(fine(Subject::listing, "The server lists with dates (MLSD): " + amount() + " in the folder."));
@@ -119,7 +122,7 @@ private:
             add(notice(
                 Subject::listing, "The server lists without dates (LIST, no MLSD): " + amount() + " in the folder.",
                 "All works, with one more question to the server for each file that is compared. Ask the "
-                "hoster whether there is a server with MLSD."));
+                "hosting provider whether there is a server with MLSD."));
         }
     }
 
@@ -139,7 +142,8 @@ private:
         if (!isCut(seen.mlsd) && !(seen.list && isCut(*seen.list))) return;
         add(wrong(
             Subject::completeness, "The server cuts the listing of a large folder off, at " + amount() + ".",
-            "What is beyond is neither offered nor compared. Ask the hoster to raise the limit above the number of "
+            "What is beyond is neither offered nor compared. Ask the hosting provider to raise the limit above the "
+            "number of "
             "files in the largest folder (pure-ftpd: -L 20000:5), or spread the files over more folders."));
     }
 
@@ -164,7 +168,7 @@ private:
                 "The server's listings leave out names that begin with a dot"
                     + (hidden != there.end() ? ", such as " + *hidden : std::string()) + ".",
                 "Files like .htaccess are uploaded all the same, but a newer version on the server is not "
-                "noticed. Ask the hoster to have them listed (proftpd: ListOptions -a; vsftpd: "
+                "noticed. Ask the hosting provider to have them listed (proftpd: ListOptions -a; vsftpd: "
                 "force_dot_files=YES; pure-ftpd: -D)."));
         } else if (!shown.empty() || (seen.upload && seen.upload->listed == true)) {
             add(fine(Subject::hiddenFiles, "Names that begin with a dot are listed."));
@@ -186,11 +190,12 @@ private:
                 Subject::dateQuery,
                 "There is no file in the folder whose date could be asked for; --write makes one."));
         } else if (date->date) {
-            add(fine(Subject::dateQuery, "The server tells the date of a file."));
+            add(fine(Subject::dateQuery, "The server reports the date of a file."));
         } else {
             add(wrong(
-                Subject::dateQuery, "The server does not tell the date of a file." + said(date->answer),
-                "Without it nobody can say which files are newer on the server. Ask the hoster to allow the command "
+                Subject::dateQuery, "The server does not report the date of a file." + said(date->answer),
+                "Without it Zembrastel cannot find newer files on the server. Ask the hosting provider to allow the "
+                "command "
                 "MDTM."));
         }
     }
@@ -226,14 +231,15 @@ private:
         const std::string distance = roughly(difference) + (difference.count() > 0 ? " ahead" : " behind");
         if (isZoneDifference(difference)) {
             return wrong(
-                Subject::clock, how + distance + ": the server tells dates in its local time, not in UTC.",
-                "Files look newer or older than they are, so wrong versions may be offered. Ask the hoster to have "
-                "dates told in UTC (vsftpd: use_localtime=NO).");
+                Subject::clock, how + distance + ": the server reports dates in its local time, not in UTC.",
+                "Files look newer or older than they are, so wrong versions may be offered. Ask the hosting provider "
+                "to have "
+                "dates reported in UTC (vsftpd: use_localtime=NO).");
         }
         return wrong(
             Subject::clock, how + distance + ": the server's clock is off.",
-            "Files look newer or older than they are, so wrong versions may be offered. Look at this machine's own "
-            "clock; if that is right, ask the hoster to set the server's.");
+            "Files look newer or older than they are, so wrong versions may be offered. Check this machine's own "
+            "clock; if that is right, ask the hosting provider to set the server's.");
     }
 
     void serverClock() {
@@ -247,19 +253,21 @@ private:
             return;
         }
         if (const auto twice = listedAndQueried(); std::abs(twice.count()) > clockTolerance.count()) {
-            add(wrongClock(twice, "Asked for the date of a file, the server tells another than in its listing, "));
+            add(wrongClock(
+                twice, "Asked for the date of a file, the server reports another one than in its listing, "));
             return;
         }
-        // Of old files nothing can be said; none can be from the future. How old this one is nobody knows, so which of
-        // the two it is neither.
+        // The dates of old files prove nothing, but no file is from the future. The age of this one is unknown, so the
+        // cause is not decided.
         const auto ahead = furthestAhead();
         if (ahead.count() > clockTolerance.count()) {
             add(wrong(
                 Subject::clock,
                 "A file on the server is dated " + roughly(ahead)
-                    + " in the future: the server tells dates in its local time, not in UTC, or its clock is off.",
+                    + " in the future: the server reports dates in its local time, not in UTC, or its clock is off.",
                 "Files look newer or older than they are, so wrong versions may be offered. --write finds out which it "
-                "is. Ask the hoster to have dates told in UTC (vsftpd: use_localtime=NO), and the clock set."));
+                "is. Ask the hosting provider to have dates reported in UTC (vsftpd: use_localtime=NO), and the clock "
+                "set."));
         } else {
             add(unknown(Subject::clock, "No file is dated in the future; only --write compares the server's clock."));
         }
@@ -293,7 +301,7 @@ private:
             for (const auto& name : test.left) names += (names.empty() ? "" : ", ") + name;
             add(notice(
                 Subject::testFile, "The server did not delete the test, which is left in the folder: " + names + ".",
-                "Nobody needs it: delete it in another way. Zembrastel itself never deletes files on the "
+                "It is not needed: delete it in another way. Zembrastel itself never deletes files on the "
                 "server, so it works without that right."));
         } else if (test.first.succeeded || (test.plainName && test.plainName->succeeded)) {
             add(fine(Subject::testFile, "The test file was deleted again; nothing is left of it."));
@@ -306,7 +314,8 @@ private:
         } else if (contains(second.failure, "RNTO")) {
             add(wrong(
                 Subject::replacement, "The server does not rename a file over one that is there." + said(second),
-                "So files can be uploaded once and never again. Ask the hoster to allow it (proftpd: AllowOverwrite "
+                "So files can be uploaded once and never again. Ask the hosting provider to allow it (proftpd: "
+                "AllowOverwrite "
                 "on)."));
         } else {
             add(wrong(Subject::replacement, "A second upload of the test file failed." + said(second), uploadRemedy));
@@ -317,21 +326,23 @@ private:
         if (test.plainName && test.plainName->succeeded) {
             return wrong(
                 Subject::temporaryName, "The server refuses names that begin with a dot." + said(test.first),
-                "Every upload begins under such a name (.zembrastel-…), so none works. Ask the hoster to allow names "
+                "Every upload begins under such a name (.zembrastel-…), so none works. Ask the hosting provider to "
+                "allow names "
                 "with a leading dot, or at least those that begin with .zembrastel- (proftpd: PathDenyFilter; vsftpd: "
                 "deny_file; pure-ftpd: -x).");
         }
         if (containsAny(test.first.failure, {"RNFR", "RNTO"})) {
             return wrong(
-                Subject::rename, "The server takes a file and lets nobody rename it." + said(test.first),
-                "Every upload ends with giving the file its name, so none works. Ask the hoster to allow the commands "
+                Subject::rename, "The server takes a file and does not let it be renamed." + said(test.first),
+                "Every upload ends with giving the file its name, so none works. Ask the hosting provider to allow the "
+                "commands "
                 "RNFR and RNTO (vsftpd: cmds_denied; pure-ftpd: without -G).");
         }
         return wrong(Subject::upload, "The server takes no file in this folder." + said(test.first), uploadRemedy);
     }
 
     static constexpr const char* uploadRemedy =
-        "Ask the hoster whether the account may write in this folder, and whether its space is used up.";
+        "Ask the hosting provider whether the account may write in this folder, and whether its space is used up.";
 
     const Profile& profile;
     const ServerObservations& seen;

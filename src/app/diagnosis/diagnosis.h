@@ -1,4 +1,4 @@
-// What a look at a server means for a profile, in words for the site owner and for the hoster.
+// What observations of a server mean for a profile, in words for the site owner and for the hosting provider.
 //
 // A pure function; any thread.
 #pragma once
@@ -11,7 +11,7 @@
 
 namespace zembrastel {
 
-// In the order in which things are come to: whatever cannot be reached because of one that is wrong is left out.
+// In the order of the conversation. What a fault makes unreachable is not reported.
 [[nodiscard]] std::vector<Finding> diagnose(const Profile& profile, const ServerObservations& seen);
 
 } // namespace zembrastel

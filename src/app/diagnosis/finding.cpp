@@ -43,7 +43,7 @@ Finding wrong(Subject subject, std::string text, std::string remedy) {
     return {.subject = subject, .outcome = Outcome::wrong, .text = std::move(text), .remedy = std::move(remedy)};
 }
 
-// That of the question for UTF-8 names, which many servers do not know, is none.
+// A refusal of OPTS UTF8 does not count: many servers do not know it.
 std::string refusal(const Transcript& answer) {
     for (auto reply = answer.replies.rbegin(); reply != answer.replies.rend(); ++reply) {
         if (isRefusal(*reply) && !containsAny(*reply, {"OPTS", "UTF8"})) return *reply;

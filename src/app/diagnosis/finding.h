@@ -1,4 +1,4 @@
-// One thing that was found out about a server, and the words for it.
+// One fact about a server, and the words for it.
 //
 // Pure functions; any thread.
 #pragma once
@@ -43,7 +43,7 @@ struct Finding {
     Subject subject = Subject::address;
     Outcome outcome = Outcome::fine;
     std::string text;     // what was seen
-    std::string remedy{}; // what to do, and what to ask the hoster for; empty where all is well
+    std::string remedy{}; // what to do, and what to ask the hosting provider for; empty if all is well
 };
 
 // One word that stays the same, for other programs.
@@ -55,10 +55,10 @@ struct Finding {
 [[nodiscard]] Finding notice(Subject subject, std::string text, std::string remedy);
 [[nodiscard]] Finding wrong(Subject subject, std::string text, std::string remedy);
 
-// The last reply by which the server refused something; empty where there was none.
+// The last reply that refused something; empty if there was none.
 [[nodiscard]] std::string refusal(const Transcript& answer);
 
-// The server's words of refusal, else curl's, as the end of a sentence.
+// The server's words of refusal, or else curl's, as the end of a sentence.
 [[nodiscard]] std::string said(const Transcript& answer);
 
 [[nodiscard]] bool contains(std::string_view text, std::string_view words);

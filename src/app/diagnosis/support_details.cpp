@@ -12,7 +12,7 @@
 namespace zembrastel {
 namespace {
 
-constexpr std::size_t mostLines = 20;
+constexpr std::size_t maxLines = 20;
 
 std::string systemName() {
     utsname names{};
@@ -20,7 +20,7 @@ std::string systemName() {
     return ", " + std::string(names.sysname) + " " + names.release + " " + names.machine;
 }
 
-// In UTC: whoever helps may live elsewhere.
+// In UTC: the helper may live in another time zone.
 std::string timeText(std::chrono::system_clock::time_point time) {
     const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
     std::tm calendar{};
@@ -83,7 +83,7 @@ void addStatus(Lines& lines, const ProfileStatus& status) {
         std::to_string(status.uploaded) + " uploaded, " + std::to_string(status.pending) + " waiting");
     if (status.activity.empty()) return;
     lines.line("Last activity, the newest first, in UTC:");
-    const auto count = std::min(mostLines, status.activity.size());
+    const auto count = std::min(maxLines, status.activity.size());
     for (std::size_t n = 0; n < count; ++n) {
         const Activity& each = status.activity[n];
         lines.line("  " + timeText(each.date) + (each.error() ? "  failed: " : "  ") + each.text);

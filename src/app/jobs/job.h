@@ -1,9 +1,9 @@
-// What runs for one profile, from its start to its end: the state that it is in, and the steps from there.
+// The job of one profile from its start to its end: its state, and the steps to the next state.
 //
-// Main context. A job has at most one task, which belongs to its state, and one review, which belongs to the state
-// that waits for the decision. Each step names the states that it may leave. From any other it changes nothing, starts
-// nothing and returns false; so a result or a decision that comes too late has no effect, and a task that runs is never
-// replaced by another.
+// Main context. A job has at most one task, which belongs to its state, and at most one review, which belongs to the
+// state that waits for the decision. Each step is allowed in certain states. In any other state it changes nothing,
+// starts no task and returns false: a late result or decision has no effect, and a running task is never replaced by
+// another.
 #pragma once
 
 #include "app/remote_review.h"
@@ -21,7 +21,7 @@
 
 namespace zembrastel {
 
-// What the tasks of one job work with.
+// The values that the tasks of one job use.
 struct Assignment {
     explicit Assignment(Profile assigned) : profile(std::move(assigned)) {}
 
@@ -32,7 +32,7 @@ struct Assignment {
     std::shared_ptr<RetryWait> retryWait = std::make_shared<RetryWait>();
     std::shared_ptr<ServerTraits> traits = std::make_shared<ServerTraits>();
     ServerVersions seen = {};    // by the server check
-    PathSet toSend = {};         // published files that the check found are to be sent again
+    PathSet toSend = {};         // published files that are sent again
     bool checkSkipped = false;   // by the user
     bool filesMayBeGone = false; // see SyncWorker
 };
@@ -54,7 +54,7 @@ public:
     struct DownloadingReview {
         std::stop_source task;
     };
-    // The download that a review ended with. Only the user goes on from here.
+    // The download after a review. Only the user can continue.
     struct DownloadFailed {
         std::string message;
     };
@@ -70,10 +70,10 @@ public:
         ReadingPassword, Checking, CheckFailed, AwaitingDecision, DownloadingReview, DownloadFailed, InitialDownload,
         Watching, Ended>;
 
-    // Starts the task of the next state. What it throws leaves the job as it was.
+    // Starts the task of the next state. If it throws, the state stays.
     using StartTask = std::function<std::stop_source()>;
 
-    // What is known of the profile's server outlives the job.
+    // The traits of the server outlive the job.
     explicit Job(const Profile& profile, std::shared_ptr<ServerTraits> traits = std::make_shared<ServerTraits>())
         : assignment(profile) {
         assignment.traits = std::move(traits);
@@ -92,7 +92,7 @@ public:
     // Why no upload starts; nullptr in any other state.
     [[nodiscard]] const std::string* failure() const;
 
-    // The user says that the files of an empty local folder are gone.
+    // The user confirms that the files of an empty local folder are deleted.
     void letFilesBeGone() { assignment.filesMayBeGone = true; }
 
     // Keeps the password for the tasks.

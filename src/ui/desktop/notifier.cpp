@@ -22,8 +22,8 @@ Notifier::Notifier(
     ModelBridge& observed, const WindowSettings& chosen, const QDBusConnection& sessionBus,
     std::function<Notices::Time()> clock, QObject* parent)
     : QObject(parent), bridge(observed), settings(chosen), now(std::move(clock)), desktop(sessionBus) {
-    nextLook.setSingleShot(true);
-    connect(&nextLook, &QTimer::timeout, this, &Notifier::check);
+    nextUpdate.setSingleShot(true);
+    connect(&nextUpdate, &QTimer::timeout, this, &Notifier::check);
     connect(&bridge, &ModelBridge::statusChanged, this, &Notifier::scheduleCheck);
     connect(&bridge, &ModelBridge::reviewChanged, this, &Notifier::scheduleCheck);
     connect(&bridge, &ModelBridge::profilesChanged, this, &Notifier::scheduleCheck);
@@ -33,19 +33,20 @@ Notifier::Notifier(
 // One check for all changes that busy profiles report within that time.
 void Notifier::scheduleCheck() {
     constexpr int gatheringMilliseconds = 100;
-    if (!nextLook.isActive() || nextLook.remainingTime() > gatheringMilliseconds) nextLook.start(gatheringMilliseconds);
+    if (!nextUpdate.isActive() || nextUpdate.remainingTime() > gatheringMilliseconds)
+        nextUpdate.start(gatheringMilliseconds);
 }
 
 void Notifier::check() {
     const AppModel& model = bridge.model();
-    std::vector<ProfileLook> looks;
-    for (const auto& profile : model.profiles()) looks.push_back(lookAt(model, profile));
+    std::vector<ObservedProfile> looks;
+    for (const auto& profile : model.profiles()) looks.push_back(observe(model, profile));
     const auto checked = now();
     const bool seen = QApplication::activeWindow() != nullptr;
-    for (const auto& notice : notices.look(looks, checked, seen)) show(notice);
-    nextLook.stop();
-    if (const auto due = notices.nextLook()) {
-        nextLook.start(std::chrono::ceil<std::chrono::milliseconds>(std::max(*due - checked, {})));
+    for (const auto& notice : notices.update(looks, checked, seen)) show(notice);
+    nextUpdate.stop();
+    if (const auto due = notices.nextUpdate()) {
+        nextUpdate.start(std::chrono::ceil<std::chrono::milliseconds>(std::max(*due - checked, {})));
     }
 }
 

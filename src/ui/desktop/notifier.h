@@ -46,7 +46,7 @@ private:
     const std::function<Notices::Time()> now;
     DesktopNotifications desktop;
     Notices notices;
-    QTimer nextLook;
+    QTimer nextUpdate;
 };
 
 } // namespace zembrastel::ui
