@@ -14,7 +14,7 @@
 namespace zembrastel::ui {
 namespace {
 
-// Collects Qt's messages while the application is created. The reason for a failure cannot be told apart from the
+// Collects Qt's messages while the application is created. The reason for a failure cannot be distinguished from the
 // others.
 std::vector<std::pair<QtMsgType, QString>>& said() {
     static std::vector<std::pair<QtMsgType, QString>> messages;

@@ -1,8 +1,9 @@
 // Renders every screen into PNG files, light and dark, without a display: screenshots FOLDER [NAME...]
 //
-// Fails when a picture does not have its size or shows nothing. At a scale factor (QT_SCALE_FACTOR) other than 1 the
-// files are named NAME-light@2x.png.
+// Fails if a picture has the wrong size or is blank, if a control has no name, or if a text is cut. At a scale factor
+// (QT_SCALE_FACTOR) other than 1 the files are named NAME-light@2x.png.
 #include "model/error.h"
+#include "support/fake_clock.h"
 #include "support/file_tree.h"
 #include "support/ftp_server.h"
 #include "support/local_site.h"
@@ -28,12 +29,10 @@
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdio>
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <stdexcept>
 
 namespace zembrastel::screenshots {
@@ -49,25 +48,15 @@ using testing::LocalSite;
 
 [[noreturn]] void fail(const QString& problem) { throw std::runtime_error(problem.toStdString()); }
 
-// Stands still until it is set; who sleeps on it sleeps on.
-class PictureClock final : public Clock {
+// Shows the time of today that was set last. No sleep on it ends by itself.
+class PictureClock final : public testing::FakeClock {
 public:
-    void set(std::chrono::seconds sinceMidnight) { shown = sinceMidnight; }
-
-    [[nodiscard]] std::chrono::system_clock::time_point now() const override {
-        return std::chrono::floor<std::chrono::days>(std::chrono::system_clock::now()) + shown.load();
+    PictureClock() {
+        onSleep = [](std::chrono::nanoseconds) { return false; };
     }
-    [[nodiscard]] std::chrono::steady_clock::time_point steadyNow() const override { return {}; }
-    [[nodiscard]] bool sleep(const std::stop_token& stop, std::chrono::nanoseconds) override {
-        std::mutex mutex;
-        std::condition_variable_any never;
-        std::unique_lock lock(mutex);
-        (void)never.wait(lock, stop, [] { return false; });
-        return false;
+    void set(std::chrono::seconds sinceMidnight) {
+        advance(std::chrono::floor<std::chrono::days>(std::chrono::system_clock::now()) + sinceMidnight - now());
     }
-
-private:
-    std::atomic<std::chrono::seconds> shown{};
 };
 
 RemoteChange change(const char* path, std::chrono::sys_seconds local, std::chrono::sys_seconds remote, bool both) {
@@ -78,14 +67,14 @@ RemoteChange change(const char* path, std::chrono::sys_seconds local, std::chron
         .bothChanged = both};
 }
 
-// A site, and what its job finds and does.
+// A site, and the script of its job.
 struct Sample {
     const char* name;
     const char* host;
     const char* remoteFolder;
     const char* localFolder;
     std::vector<std::pair<std::chrono::seconds, std::string>> lines{}; // of the log, with the time of the day
-    std::optional<TransferProgress> progress{};                        // of an upload that goes on
+    std::optional<TransferProgress> progress{};                        // of a running upload
     std::vector<RemoteChange> changes{};
     std::string failure{};
     PathSet missing{}; // on the server
@@ -140,7 +129,7 @@ std::vector<Sample> samples() {
          .missing = {"assets/img/banner-old.webp", "blog/2025/summer-sale.html", "news.html", "robots.txt"}}};
 }
 
-// The samples in one model, each in a state that it came to by events, without a server.
+// The samples in one model. Events without a server bring each into its state.
 class SampleSites {
 public:
     explicit SampleSites(MainContext& context) {
@@ -164,10 +153,10 @@ public:
                          .passwordAccess = {.save = nullptr, .read = nullptr, .remove = nullptr},
                          .work = work(),
                          .clock = clock});
-        for (std::size_t i = 0; i + 1 < all.size(); ++i) start(all[i]); // the last one stays paused
+        for (std::size_t i = 0; i + 1 < all.size(); ++i) start(all[i]); // except the last one
     }
 
-    // The paused site, which finds files missing on its server.
+    // Starts the paused site, whose check finds missing files on the server.
     void startLast() { start(all.back()); }
 
     [[nodiscard]] AppModel& model() { return *app; }
@@ -181,7 +170,7 @@ private:
         clock.set(9h + 38min + 9s);
         const auto done = [&, before = played.load()] { return played > before || shows(sample, site); };
         app->toggle(site);
-        if (!testing::waitFor(done)) fail("a site did not come to its state");
+        if (!testing::waitFor(done)) fail("a site did not reach its state");
         QCoreApplication::processEvents();
     }
 
@@ -206,7 +195,7 @@ private:
 
     void play(const SyncWorker& worker) {
         const Sample& sample = of(worker.profile);
-        worker.events.deliver(watchingStatus()); // after which all lines of the start are in the log
+        worker.events.deliver(watchingStatus()); // so that all lines of the start are in the log
         for (const auto& [time, text] : sample.lines) {
             clock.set(time);
             if (text.starts_with("Uploaded ")) {
@@ -494,9 +483,9 @@ void fillAlbum(Album album) {
     }
 }
 
-// The same pictures on every machine and in every session: nothing of the user's settings counts.
-void standApart(const std::filesystem::path& folder) {
-    const std::filesystem::path screen = folder / "screen.json"; // one that every window fits on, at any scale
+// Isolates the pictures from the machine and from the user's settings.
+void isolate(const std::filesystem::path& folder) {
+    const std::filesystem::path screen = folder / "screen.json"; // large enough for every window at any scale
     testing::writeFile(screen, R"({"screens": [{"name": "", "x": 0, "y": 0, "width": 3840, "height": 2160,
                                 "logicalDpi": 96, "logicalBaseDpi": 96, "dpr": 1}]})");
     qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" + QByteArray::fromStdString(screen.string()));
@@ -513,7 +502,7 @@ void standApart(const std::filesystem::path& folder) {
 
 int main(int argc, char** argv) {
     const zembrastel::testing::TemporaryFolder session;
-    zembrastel::screenshots::standApart(session.path());
+    zembrastel::screenshots::isolate(session.path());
     const QApplication application(argc, argv);
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedKingdom));
     QApplication::setQuitOnLastWindowClosed(false);

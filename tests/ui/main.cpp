@@ -7,7 +7,7 @@
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     testing::InitGoogleTest(&argc, argv);
-    // On the heap, for the test of what happens once it has gone.
+    // On the heap, because one test deletes it.
     auto* const application = new zembrastel::testing::TimedApplication(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     zembrastel::ui::theme().apply(zembrastel::ui::Appearance::light); // as the program does before its first window

@@ -115,13 +115,8 @@ TEST(EditorRules, UntouchedFieldsKeepLaterChanges) {
     EXPECT_EQ(withEdits(saved, original, draft), merged);
 }
 
-TEST(EditorRules, SaveButtonNamesWhatItDoes) {
-    EXPECT_EQ(savingLabel({.busy = true, .downloadFirst = true}), "Saving…");
-    EXPECT_EQ(savingLabel({.downloadFirst = true}), "Choose download contents…");
-    EXPECT_EQ(savingLabel({.isNew = true, .downloadFirst = true, .contentsChosen = true}), "Create profile & download");
+TEST(EditorRules, ResynchronisationAndPortChangeAreExplicit) {
     EXPECT_EQ(savingLabel({.downloadFirst = true, .contentsChosen = true}), "Save & resynchronise");
-    EXPECT_EQ(savingLabel({.isNew = true, .contentsChosen = true}), "Create profile");
-    EXPECT_EQ(savingLabel({}), "Save changes");
     EXPECT_EQ(portAfterChange(21, TransferProtocol::ftps, TransferProtocol::implicitTLS), 990);
     EXPECT_EQ(portAfterChange(2121, TransferProtocol::ftps, TransferProtocol::implicitTLS), 2121);
 }

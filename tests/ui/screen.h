@@ -1,4 +1,4 @@
-// What a test looks for on a screen, as those who see it, hear it or type on it do. Main thread.
+// Finds the parts of a screen by what users see or a screen reader announces. Main thread.
 #pragma once
 
 #include <QAbstractButton>
@@ -9,28 +9,28 @@
 
 namespace zembrastel::testing {
 
-// In milliseconds. Far longer than a busy machine takes, as only what never comes takes all of it.
+// In milliseconds. Far longer than a busy machine needs, because only a failing test waits that long.
 inline constexpr int patience = 30'000;
 
-// Handles events until the condition holds. False when it does not come to that.
+// Handles events until the condition holds. Returns false after `patience`.
 template <class Condition>
 [[nodiscard]] bool waitFor(Condition condition) {
     return QTest::qWaitFor(condition, patience);
 }
 
-// The button or switch that can be seen, by its text or by its name for screen readers; nullptr when there is none.
+// The visible button or switch with that text or accessible name; nullptr if there is none.
 [[nodiscard]] QAbstractButton* findButton(const QWidget& within, const QString& name);
 
-// The same, but throws std::logic_error when there is none.
+// The same, but throws std::logic_error if there is none.
 [[nodiscard]] QAbstractButton& button(const QWidget& within, const QString& name);
 
-// The label of that text that can be seen; nullptr when there is none.
+// The visible label with that text; nullptr if there is none.
 [[nodiscard]] QLabel* findLabel(const QWidget& within, const QString& text);
 
-// The line of a form. Throws std::logic_error when there is none of that caption.
+// The line of a form with that caption. Throws std::logic_error if there is none.
 [[nodiscard]] QLineEdit& line(const QWidget& within, const QString& caption);
 
-// The classes of the controls that can be seen and take the keyboard, but have no name for screen readers.
+// The classes of the visible controls that take the keyboard but have no accessible name.
 [[nodiscard]] QStringList namelessControls(const QWidget& within);
 
 } // namespace zembrastel::testing

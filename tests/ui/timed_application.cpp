@@ -11,7 +11,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr TimedApplication::Milliseconds longestWait{50};
+constexpr TimedApplication::Milliseconds maxWait{50};
 
 class EventLimit : public ::testing::EmptyTestEventListener {
 public:
@@ -24,7 +24,7 @@ public:
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
         (void)what;
 #else
-        EXPECT_LE(took, longestWait) << took.count() << " ms for " << what.toStdString();
+        EXPECT_LE(took, maxWait) << took.count() << " ms for " << what.toStdString();
 #endif
     }
 
@@ -37,12 +37,12 @@ private:
 bool TimedApplication::notify(QObject* receiver, QEvent* event) {
     if (handling) return QApplication::notify(receiver, event);
     handling = true;
-    const char* const name = receiver->metaObject()->className(); // the receiver may go with the event
+    const char* const name = receiver->metaObject()->className(); // the event may delete the receiver
     const int type = event->type();
     const auto waited = processorWait.soFar() + hostTheft.soFar();
     const auto began = Clock::now();
     const bool result = QApplication::notify(receiver, event);
-    // Read before the account: a wait in between is none of the event's.
+    // Read before the waits: a wait in between is not part of the event.
     const Milliseconds all = Clock::now() - began;
     const Milliseconds took = all - (processorWait.soFar() + hostTheft.soFar() - waited);
     if (took > longest.took) longest = {took, QStringLiteral("event %1 of a %2").arg(type).arg(QLatin1String(name))};

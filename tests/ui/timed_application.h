@@ -1,7 +1,7 @@
-// The application of the tests, which holds every test to what a user feels: no event may keep the window waiting.
+// The application of the tests. It fails each test in which one event blocks the window noticeably.
 //
-// Main thread. Time in which the thread could run but had no processor, or the machine had none, is not counted, so
-// that a busy machine does not look like a slow program; built with a sanitizer, it only measures.
+// Main thread. Does not count time in which the thread was ready to run but had no processor, so that a busy machine
+// does not look like a slow program. With a sanitizer it only measures.
 #pragma once
 
 #include "support/processor_wait.h"
@@ -25,7 +25,7 @@ public:
         QString what;
     };
 
-    // The event that took longest since the last call.
+    // Returns the slowest event since the last call.
     [[nodiscard]] Handling takeLongest();
 
 private:
@@ -35,7 +35,7 @@ private:
     Handling longest;
 };
 
-// Has each test fail in which an event took longer than a user may wait.
+// From now on each test fails in which an event took longer than 50 ms.
 void holdEventsToTime(TimedApplication& application);
 
 } // namespace zembrastel::testing
