@@ -37,7 +37,7 @@ AppModel::Options optionsFor(const StateStore& store, bool watches, Clock& clock
 
 void requireSuccess(const AppModel& model, const Uuid& id) {
     const ProfileStatus& status = model.status(id);
-    if (status.failed) throw std::runtime_error(status.title + ": " + status.detail);
+    if (status.failed()) throw std::runtime_error(status.title() + ": " + status.detail);
 }
 
 void check(const std::string& stateFolder) {

@@ -11,8 +11,7 @@ def desktop_of(bench):
     """The tests' desktop module, told which programs are meant, and a desktop with a keyring, the same for all."""
     if bench.desktop is None:
         os.environ |= {"ZEMBRASTEL": bench.binary("zembrastel"), "ZEMBRASTEL_CLI": bench.command_line,
-                       "ZEMBRASTEL_SERVERS_DIR": bench.servers, "EVENT_TIMES_LEAST": "1",
-                       "EVENT_TIMES_LIBRARY": bench.library("tests/libevent_times.so")}
+                       "ZEMBRASTEL_SERVERS_DIR": bench.servers}
         sys.path.append(os.path.join(SOURCE, "tests/desktop"))
         import desktop as module
         opened = module.Desktop()
@@ -70,10 +69,16 @@ def turns_during_uploads(bench, profiles):
 
     module, desktop = desktop_of(bench)
     store_passwords(bench, desktop, state)
+    times = desktop.path("event times")
+    usual = dict(desktop.environment)
+    desktop.environment |= {"LD_PRELOAD": bench.library("bench/libevent_times.so"), "EVENT_TIMES_FILE": times,
+                            "EVENT_TIMES_LEAST": "1", "EVENT_TIMES_DISPLAY": str(desktop.server.pid)}
     program = module.Program(desktop, "--state", state)
+    desktop.environment = usual
     program.window(seconds=60)
+    start_events = len((module.read("", times) or b"").splitlines())
     module.wait_until(all_uploaded, "every profile has uploaded", 240)
-    lines = program.read_event_times()[program.start_events:]
+    lines = (module.read("", times) or b"").decode("utf8", "replace").splitlines()[start_events:]
     module.Desktop.stop(program.process)
     turns = []
     for line in lines:

@@ -63,7 +63,7 @@ void measure(const std::string& folder, std::size_t polls) {
     bool steady = true;
     const auto noteEvent = [&](const WorkerEvent& event) {
         const auto* const status = std::get_if<event::Status>(&event);
-        steady = steady && status != nullptr && status->title == watchingStatus().title;
+        steady = steady && status != nullptr && status->phase == Phase::watching;
         watch.event();
     };
     const SyncWorker worker{

@@ -92,7 +92,7 @@ public:
 
     void statusChanged(const Uuid& id) override {
         uploaded = static_cast<std::size_t>(model.status(id).uploaded);
-        title = model.status(id).title + ": " + model.status(id).detail;
+        title = model.status(id).title() + ": " + model.status(id).detail;
         if (most != 0 && uploaded == most) then();
     }
 

@@ -97,6 +97,11 @@ user_unit_can_be_started() {
   local complaints
   complaints=$(XDG_RUNTIME_DIR=$place systemd-analyze verify --user "$unit" 2>&1) || fail "$complaints"
   [ -z "$complaints" ] || fail "$complaints"
+  # Its options are known: the program ends with 1 since there is no profile; an unknown option would be 2.
+  local status=0
+  (umask 077 && echo s3cret > "$place/password")
+  CREDENTIALS_DIRECTORY=$place bash -c "$(sed -n 's/^ExecStart=//p' "$unit")" 2> "$place/said" || status=$?
+  [ $status = 1 ] && grep -q 'no profile to watch' "$place/said" || fail "$(cat "$place/said")"
 }
 
 "$1"

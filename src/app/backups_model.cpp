@@ -14,24 +14,21 @@ BackupsModel::~BackupsModel() { control->cancel(); }
 
 template <class Value>
 void BackupsModel::run(std::function<Value(const TransferControl&)> work, Done<Value> done) {
-    const auto tell = [&main = context, weak = std::weak_ptr(alive),
-                       done = std::move(done)](BackupResult<Value> result) {
-        main.post([weak, done, result = std::move(result)] {
-            if (const auto here = weak.lock()) done(result);
-        });
+    const auto report = [this, done = std::move(done)](BackupResult<Value> result) {
+        context.post(lifetime.guard([done, result = std::move(result)] { done(result); }));
     };
     try {
-        (void)tasks.start([work = std::move(work), tell, stopper = control](const std::stop_token&) {
+        (void)tasks.start([work = std::move(work), report, stopper = control](const std::stop_token&) {
             try {
-                tell({.value = work(*stopper)});
+                report({.value = work(*stopper)});
             } catch (const Cancelled&) {
-                // Nobody waits for it any more.
+                // No caller waits for it any more.
             } catch (const std::exception& error) {
-                tell({.failure = describe(error)});
+                report({.failure = describe(error)});
             }
         });
     } catch (const std::system_error& error) {
-        tell({.failure = describe(error)});
+        report({.failure = describe(error)});
     }
 }
 

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "app/context/background_tasks.h"
+#include "app/context/lifetime.h"
 #include "app/context/main_context.h"
 #include "transport/download/backups.h"
 #include "transport/transfer_control.h"
@@ -47,8 +48,7 @@ private:
     MainContext& context;
     const std::string localFolder;
     const std::shared_ptr<TransferControl> control = std::make_shared<TransferControl>();
-    // Watched by what is posted to the main context, which may come when the model has gone.
-    const std::shared_ptr<int> alive = std::make_shared<int>();
+    Lifetime lifetime;
     BackgroundTasks tasks;
 };
 

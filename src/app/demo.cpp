@@ -17,21 +17,21 @@ using std::chrono::milliseconds;
 
 struct PastLine {
     std::chrono::seconds ago;
-    const char* text;
-    bool error = false;
+    const char* text; // of an uploaded file: its path
+    Activity::Kind kind = Activity::Kind::note;
 };
 
 constexpr std::array past{
     PastLine{2843s, "Checking for newer server files before watching resumes."},
     PastLine{2840s, "Watching started."},
-    PastLine{2511s, "Uploaded index.html"},
-    PastLine{2509s, "Uploaded css/site.css"},
-    PastLine{2178s, "Uploaded images/team/autumn-outing-group-photo-wide.webp"},
-    PastLine{1604s, "curl: (56) response reading failed (errno: 104)", true},
-    PastLine{1598s, "Uploaded js/menu.js"},
-    PastLine{1043s, "Uploaded blog/2026/new-opening-hours.html"},
-    PastLine{1041s, "Uploaded blog/index.html"},
-    PastLine{1040s, "Uploaded feed.xml"},
+    PastLine{2511s, "index.html", Activity::Kind::uploaded},
+    PastLine{2509s, "css/site.css", Activity::Kind::uploaded},
+    PastLine{2178s, "images/team/autumn-outing-group-photo-wide.webp", Activity::Kind::uploaded},
+    PastLine{1604s, "curl: (56) response reading failed (errno: 104)", Activity::Kind::failure},
+    PastLine{1598s, "js/menu.js", Activity::Kind::uploaded},
+    PastLine{1043s, "blog/2026/new-opening-hours.html", Activity::Kind::uploaded},
+    PastLine{1041s, "blog/index.html", Activity::Kind::uploaded},
+    PastLine{1040s, "feed.xml", Activity::Kind::uploaded},
     PastLine{95s, "Watching paused."},
 };
 
@@ -152,8 +152,6 @@ private:
     std::size_t next; // number of an edit
 };
 
-} // namespace
-
 Profile sampleProfile() {
     Profile sample;
     sample.name = "My website";
@@ -168,9 +166,14 @@ Profile sampleProfile() {
 ProfileStatus samplePast(std::chrono::system_clock::time_point now) {
     ProfileStatus status;
     status.detail = "Local changes will upload when you resume.";
-    for (const auto& [ago, text, error] : past) {
-        status.activity.push_front({.date = now - ago, .text = text, .error = error});
-        if (!status.activity.front().text.starts_with("Uploaded ")) continue;
+    for (const auto& [ago, text, kind] : past) {
+        const bool uploaded = kind == Activity::Kind::uploaded;
+        status.activity.push_front(
+            {.date = now - ago,
+             .text = uploaded ? "Uploaded " + std::string(text) : text,
+             .kind = kind,
+             .path = uploaded ? text : ""});
+        if (!uploaded) continue;
         ++status.uploaded;
         status.lastUpload = now - ago;
     }
@@ -193,15 +196,23 @@ JobWork demoWork(Clock& clock) {
             }};
 }
 
+} // namespace
+
 Profile withExistingFolder(Profile profile) {
     if (!profile.localFolder.empty()) profile.localFolder = "/";
     return profile;
 }
 
-Profile validatedForDemo(const Profile& profile) {
-    Profile valid = withExistingFolder(profile).validated();
-    valid.localFolder = profile.localFolder;
-    return valid;
+Demonstration demonstration(Clock& clock) {
+    return {
+        .profile = sampleProfile(),
+        .past = samplePast(clock.now()),
+        .work = demoWork(clock),
+        .validated = [](const Profile& profile) {
+            Profile valid = withExistingFolder(profile).validated();
+            valid.localFolder = profile.localFolder;
+            return valid;
+        }};
 }
 
 } // namespace zembrastel

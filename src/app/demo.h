@@ -1,6 +1,8 @@
 // The demonstration: a sample profile with a past, and jobs that report a day's work on a site without any server.
 //
-// Nothing here touches the network, the disk or the secret store. What is reported follows from the script alone.
+// Nothing here touches the network, the disk or the secret store. What is reported follows from the script alone: a
+// server that never has anything newer, and edits that are uploaded every few seconds, for ever. A profile that was
+// paused goes on with what was not yet uploaded.
 #pragma once
 
 #include "app/job_work.h"
@@ -8,23 +10,23 @@
 #include "model/profile.h"
 #include "platform/clock.h"
 
-#include <chrono>
+#include <functional>
 
 namespace zembrastel {
 
-[[nodiscard]] Profile sampleProfile();
+// What a model shows without a store, a secret store and a server.
+struct Demonstration {
+    Profile profile;
+    ProfileStatus past; // of the profile: uploads, a failure that went by, and a pause
+    JobWork work;
+    // The profile as it is saved. Throws SyncError.
+    std::function<Profile(const Profile&)> validated;
+};
 
-// What the sample profile has done so far: uploads, a failure that went by, and a pause.
-[[nodiscard]] ProfileStatus samplePast(std::chrono::system_clock::time_point now);
+// The clock must outlive the demonstration.
+[[nodiscard]] Demonstration demonstration(Clock& clock = systemClock());
 
-// A server that never has anything newer, and edits that go up every few seconds, for ever. A profile that was paused
-// goes on with what was not yet uploaded. The clock must outlive the work.
-[[nodiscard]] JobWork demoWork(Clock& clock);
-
-// The profile with a local folder that is there, which a demonstration takes for granted of any that is named.
+// The profile with a local folder that exists: a demonstration takes that for granted of any folder that is named.
 [[nodiscard]] Profile withExistingFolder(Profile profile);
-
-// The profile as validated() returns it, whether or not its local folder is there.
-[[nodiscard]] Profile validatedForDemo(const Profile& profile);
 
 } // namespace zembrastel

@@ -4,6 +4,16 @@
 
 namespace zembrastel {
 
+FTPTransport transportFor(const Assignment& work, ProgressMeter& meter, const std::vector<PrivateItem>& privateItems) {
+    return {
+        .profile = work.profile,
+        .password = work.password,
+        .control = work.control,
+        .observer = &meter,
+        .privateItems = privateItems,
+        .traits = work.traits};
+}
+
 JobWork serverWork() {
     return {
         .check = [](const FTPTransport& server, const ServerRecord& recorded,

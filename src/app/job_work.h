@@ -1,10 +1,11 @@
-// What a job does off the main context: with the profile's server, or, in a demonstration, with nobody.
+// What a job does off the main context: with the profile's server, or, in a demonstration, without one.
 //
 // The functions are called on threads of jobs, several at a time. They block, and end soon after their stop was
 // requested or their control was cancelled.
 #pragma once
 
-#include "app/remote_review.h"
+#include "app/job.h"
+#include "sync/progress_meter.h"
 #include "sync/sync_worker.h"
 #include "transport/ftp_transport.h"
 
@@ -15,7 +16,7 @@
 namespace zembrastel {
 
 struct JobWork {
-    // Compares the local folder with the server. Throws Cancelled when it was stopped, and else what the user reads.
+    // Compares the local folder with the server. Throws Cancelled if it was stopped, or else what the user reads.
     std::function<ServerCheck(const FTPTransport& server, const ServerRecord& recorded, const std::stop_token& stop)>
         check;
 
@@ -23,6 +24,10 @@ struct JobWork {
     // Throws nothing.
     std::function<void(const SyncWorker& worker, const std::stop_token& stop)> watch;
 };
+
+// The server of a job's profile. The meter must outlive it.
+[[nodiscard]] FTPTransport transportFor(
+    const Assignment& work, ProgressMeter& meter, const std::vector<PrivateItem>& privateItems = {});
 
 [[nodiscard]] JobWork serverWork();
 

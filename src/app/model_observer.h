@@ -1,8 +1,11 @@
-// What the model tells those who show it. Called on the main context, after the change.
+// What the model reports to the parts of the program that show it. Main context; called after the change.
 #pragma once
 
 #include "app/profile_status.h"
 #include "platform/uuid.h"
+
+#include <functional>
+#include <set>
 
 namespace zembrastel {
 
@@ -21,6 +24,21 @@ public:
     // Of one profile: its review or its check failure. For the first, also which review is presented.
     virtual void reviewChanged(const Uuid&) {}
     virtual void presentedReviewChanged() {}
+};
+
+// Those that observe a model. Each must outlive the model or be removed.
+class Observers {
+public:
+    void add(ModelObserver& observer) { all.insert(&observer); }
+    void remove(ModelObserver& observer) { all.erase(&observer); }
+    void clear() { all.clear(); }
+
+    void notify(const std::function<void(ModelObserver&)>& report) const {
+        for (auto* observer : all) report(*observer);
+    }
+
+private:
+    std::set<ModelObserver*> all;
 };
 
 } // namespace zembrastel

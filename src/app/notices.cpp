@@ -1,7 +1,5 @@
 #include "app/notices.h"
 
-#include "sync/sync_worker.h"
-
 #include <algorithm>
 
 namespace zembrastel {
@@ -14,10 +12,10 @@ ProfileLook lookAt(const AppModel& model, const Profile& profile) {
     ProfileLook look{.id = profile.id};
     // A review that was put off waits for nobody.
     if (running && review != model.reviews().end()) look.toReview = review->second.changes.size();
-    if (status.failed) {
+    if (status.failed()) {
         look.health = Health::failing;
     } else if (running) {
-        const bool settled = look.toReview > 0 || status.title == watchingStatus().title;
+        const bool settled = look.toReview > 0 || (status.phase == Phase::watching && !status.unsaved);
         look.health = settled ? Health::well : Health::working;
     }
     return look;

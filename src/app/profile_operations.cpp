@@ -1,9 +1,7 @@
 // What the user does with profiles: create and edit, pause and resume, remove.
 #include "app/app_model.h"
-#include "app/demo.h"
 #include "model/error.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace zembrastel {
@@ -15,20 +13,7 @@ bool differsInScope(const Profile& old, const Profile& changed) {
 
 } // namespace
 
-void AppModel::keepSharedScope(const Profile& old, const Profile& changed) {
-    const auto isOutside = [&old, &changed](std::string_view path, const auto&) {
-        return !old.includesInSync(path) || !changed.includesInSync(path);
-    };
-    if (const auto files = state.baselines.find(changed.id); files != state.baselines.end()) {
-        files->second.eraseIf(isOutside);
-    }
-    if (!state.remoteDates) return;
-    if (const auto dates = state.remoteDates->find(changed.id); dates != state.remoteDates->end()) {
-        dates->second.eraseIf(isOutside);
-    }
-}
-
-// The profile as it is saved: valid, and with what a change of its sync contents entails.
+// The profile as it is saved: valid, and with the consequences of a change of its sync contents.
 Profile AppModel::savable(Profile changed) const {
     const Profile* old = profile(changed.id);
     if (old != nullptr && differsInScope(*old, changed)) {
@@ -39,8 +24,8 @@ Profile AppModel::savable(Profile changed) const {
         changed.enabled = false;
         changed.needsDownload = false;
     }
-    changed = options.demo ? validatedForDemo(changed) : changed.validated();
-    if (runningProfileWithFolder(changed.id, changed.localFolder) != nullptr) {
+    changed = options.demonstration ? options.demonstration->validated(changed) : changed.validated();
+    if (jobs.runningInFolder(changed.localFolder, changed.id) != nullptr) {
         throw SyncError(
             "Another active profile already watches this local folder. Pause it before using this profile.");
     }
@@ -49,60 +34,37 @@ Profile AppModel::savable(Profile changed) const {
 
 void AppModel::save(
     Profile changed, const std::optional<std::string>& password, std::optional<FileMap> initialBaseline) {
-    Profile* stored = find(changed.id);
+    const Profile* stored = profile(changed.id);
     const std::optional<Profile> old = stored == nullptr ? std::nullopt : std::optional(*stored);
     const bool scopeEdited = old && differsInScope(*old, changed);
     changed = savable(std::move(changed));
-    const bool placeEdited = old && !isSamePlaceOnServer(*old, changed);
-    if (password && !options.demo) {
-        options.passwordAccess.save(*password, changed.id);
-        passwords.insert_or_assign(changed.id, *password);
-    }
-
     const Uuid id = changed.id;
+    if (password) passwords.storeNow(id, *password);
     stopJob(id);
-    if (initialBaseline) state.baselines[id] = std::move(*initialBaseline);
-    if (scopeEdited) keepSharedScope(*old, changed);
-    if (placeEdited) forgetServer(id);
+    if (initialBaseline) records.setBaseline(id, *std::move(initialBaseline));
+    if (scopeEdited) records.keepSharedScope(*old, changed);
+    if (old && !isSamePlaceOnServer(*old, changed)) forgetServer(id);
     const bool enabled = changed.enabled;
     const bool empty = changed.hasEmptySyncSelection();
-    if (stored == nullptr) {
-        state.profiles.push_back(std::move(changed));
-    } else {
-        *stored = std::move(changed);
-    }
-    notify([](ModelObserver& observer) { observer.profilesChanged(); });
+    records.put(std::move(changed));
+    observers.notify([](ModelObserver& observer) { observer.profilesChanged(); });
     select(id);
     try {
-        persist();
+        records.persist();
     } catch (const std::exception& error) {
-        changeStatus(id, [&error](ProfileStatus& status) {
-            status.active = false;
-            status.failed = true;
-            status.title = "Needs attention";
-            status.detail = "The profile could not be saved, and does not run: " + describe(error);
-        });
+        statuses.enter(id, Phase::stopped, "The profile could not be saved, and does not run: " + describe(error));
         throw;
     }
     if (!empty && enabled) {
         start(id);
         return;
     }
-    changeStatus(id, [empty](ProfileStatus& status) {
-        const ProfileStatus unstarted;
-        status.active = false;
-        status.failed = false;
-        status.pending = 0;
-        status.title = empty ? "Nothing selected" : unstarted.title;
-        status.detail = empty ? "Choose files or folders in Edit sync contents to resume syncing." : unstarted.detail;
-    });
-}
-
-void AppModel::saveTogether(const std::function<void()>& changes) {
-    savesLater = true;
-    changes();
-    savesLater = false;
-    if (std::exchange(saveIsDue, false)) persist();
+    statuses.change(id, [](ProfileStatus& status) { status.pending = 0; });
+    if (empty) {
+        statuses.enter(id, Phase::nothingSelected, "Choose files or folders in Edit sync contents to resume syncing.");
+    } else {
+        statuses.enterPaused(id);
+    }
 }
 
 void AppModel::toggle(const Uuid& id) {
@@ -114,80 +76,62 @@ void AppModel::toggle(const Uuid& id) {
 }
 
 void AppModel::pause(const Uuid& id) {
-    Profile* paused = find(id);
+    Profile* paused = records.find(id);
     if (paused == nullptr || (!running(id) && !paused->enabled)) return;
     const bool wasRunning = running(id);
     stopJob(id);
     paused->enabled = false;
-    changeStatus(id, [](ProfileStatus& status) {
-        status.active = false;
-        status.failed = false;
-        status.title = "Paused";
-        status.detail = "Local changes will upload when you resume.";
-    });
-    if (wasRunning) log(id, "Watching paused.");
-    notify([](ModelObserver& observer) { observer.profilesChanged(); });
-    persist();
+    statuses.enter(id, Phase::paused, "Local changes will upload when you resume.");
+    if (wasRunning) statuses.log(id, "Watching paused.");
+    observers.notify([](ModelObserver& observer) { observer.profilesChanged(); });
+    records.persist();
 }
 
 void AppModel::resume(const Uuid& id) { resumeWith(id, std::nullopt); }
 
-void AppModel::resumeWith(const Uuid& id, const Earlier& earlier) {
-    Profile* resumed = find(id);
+void AppModel::resumeWith(const Uuid& id, const Jobs::Earlier& earlier) {
+    Profile* resumed = records.find(id);
     if (resumed == nullptr || (running(id) && resumed->enabled)) return;
     resumed->enabled = true;
-    startWith(id, earlier);
-    notify([](ModelObserver& observer) { observer.profilesChanged(); });
-    persist();
+    jobs.start(id, earlier);
+    observers.notify([](ModelObserver& observer) { observer.profilesChanged(); });
+    records.persist();
 }
 
 void AppModel::remove(const Uuid& id) {
     if (profile(id) == nullptr) return;
-    if (options.demo) {
-        forgetProfile(id);
-        return;
-    }
-    passwordCalls.ask(
-        [removePassword = options.passwordAccess.remove, id] {
-            removePassword(id);
-            return std::string();
-        },
-        [weak = std::weak_ptr(self), id](const PasswordCalls::Result& result) {
-            const auto alive = weak.lock();
-            if (!alive) return;
-            if (result.failure) {
-                (*alive)->setAlert(*result.failure);
-            } else {
-                (*alive)->forgetProfile(id);
-            }
-        });
+    passwords.remove(id, [this, id](const std::optional<std::string>& failure) {
+        if (failure) {
+            setAlert(*failure);
+        } else {
+            forgetProfile(id);
+        }
+    });
 }
 
 // What was seen of the profile's place on the server.
 void AppModel::forgetServer(const Uuid& id) {
-    if (state.remoteDates) state.remoteDates->erase(id);
-    unanswered.erase(id);
-    disputed.erase(id);
-    missing.erase(id);
-    resends.erase(id);
-    serverTraits.erase(id);
-    if (const auto journal = journalOf(id)) journal->remove();
+    records.forgetDates(id);
+    pendingReviews.forget(id);
+    jobs.forgetServer(id);
+    if (const auto& folder = records.folder()) {
+        ResendRequest(*folder, id).remove();
+        PublishJournal(*folder, id).remove();
+    }
 }
 
 void AppModel::forgetProfile(const Uuid& id) {
     stopJob(id);
-    if (stateFolder) TemporaryJournal(*stateFolder, id).remove();
-    std::erase_if(state.profiles, [&id](const Profile& candidate) { return candidate.id == id; });
-    state.baselines.erase(id);
-    statuses.erase(id);
-    passwords.erase(id);
-    lanes.erase(id);
+    if (const auto& folder = records.folder()) TemporaryJournal(*folder, id).remove();
+    records.erase(id);
+    statuses.forget(id);
+    passwords.forget(id);
+    jobs.forget(id);
     forgetServer(id);
-    if (saver) saver->forget(id);
-    notify([](ModelObserver& observer) { observer.profilesChanged(); });
+    observers.notify([](ModelObserver& observer) { observer.profilesChanged(); });
     if (selected == id) select(profiles().empty() ? std::nullopt : std::optional(profiles().front().id));
     try {
-        persist();
+        records.persist();
     } catch (const std::exception& error) {
         setAlert(describe(error));
     }

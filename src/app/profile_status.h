@@ -4,6 +4,7 @@
 #pragma once
 
 #include "platform/uuid.h"
+#include "sync/phase.h"
 #include "sync/transfer_progress.h"
 
 #include <chrono>
@@ -12,31 +13,56 @@
 #include <deque>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace zembrastel {
 
 struct Activity {
+    enum class Kind { note, failure, uploaded, downloaded };
+
     Uuid id = Uuid::random();
     std::chrono::system_clock::time_point date;
     std::string text;
-    bool error = false;
+    Kind kind = Kind::note;
+    std::string path = {}; // of the file that was uploaded or downloaded
+
+    [[nodiscard]] bool error() const { return kind == Kind::failure; }
 };
 
 struct ProfileStatus {
-    static constexpr std::size_t mostActivities = 150;
+    static constexpr std::size_t maxActivities = 150;
 
-    std::string title = "Paused";
+    Phase phase = Phase::paused;
     std::string detail = "Changes will wait until you start watching.";
-    bool active = false;
-    bool failed = false;
-    // None of the synchronised files was found: the profile waits for them, or for AppModel::forgetMissingFiles().
-    bool filesMissing = false;
+    bool unsaved = false;      // the state could not be saved since the phase began: `detail` says why
     std::int64_t uploaded = 0; // files, since launch
     std::int64_t pending = 0;  // files
     std::optional<std::chrono::system_clock::time_point> lastUpload;
-    std::deque<Activity> activity; // newest first, at most mostActivities
-    // Of work under this title that takes longer than a moment.
+    std::deque<Activity> activity; // newest first, at most maxActivities
+    // Of work in this phase that takes longer than a moment.
     std::optional<TransferProgress> progress;
+
+    // Begins a phase, or repeats it with another detail.
+    void enter(Phase next, std::string explanation) {
+        if (phase != next || unsaved) progress.reset();
+        phase = next;
+        detail = std::move(explanation);
+        unsaved = false;
+    }
+
+    // Reports that the state could not be saved, until the next phase is entered.
+    void reportUnsaved(std::string problem) {
+        if (!unsaved) progress.reset();
+        unsaved = true;
+        detail = std::move(problem);
+    }
+
+    [[nodiscard]] std::string title() const { return unsaved ? attentionTitle : factsOf(phase).title; }
+    [[nodiscard]] bool active() const { return factsOf(phase).active; }
+    [[nodiscard]] bool failed() const { return factsOf(phase).failed; }
+    [[nodiscard]] bool working() const { return !unsaved && factsOf(phase).working; }
+    // None of the synchronised files was found: the profile waits for them, or for AppModel::forgetMissingFiles().
+    [[nodiscard]] bool filesMissing() const { return !unsaved && phase == Phase::filesMissing; }
 };
 
 } // namespace zembrastel

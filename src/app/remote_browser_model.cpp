@@ -116,17 +116,16 @@ void RemoteBrowserModel::load(std::string path) {
     underWay.insert(path);
     failures.erase(path);
     notify(changed);
-    const auto done = [&main = context, weak = std::weak_ptr(self), path, control](Result result) {
-        main.post([weak, path, control, result = std::move(result)] {
-            if (const auto alive = weak.lock()) (*alive)->finish(path, control, result);
-        });
+    const auto done = [this, path, control](Result result) {
+        context.post(
+            lifetime.guard([this, path, control, result = std::move(result)] { finish(path, control, result); }));
     };
     try {
         (void)tasks.start([listing, done](const std::stop_token&) {
             try {
                 done({.entries = std::make_shared<const std::vector<RemoteEntry>>(listing.run()), .failure = {}});
             } catch (const Cancelled&) {
-                // Nobody waits for it any more.
+                // No caller waits for it any more.
             } catch (const std::exception& error) {
                 done({.entries = nullptr, .failure = describe(error)});
             }

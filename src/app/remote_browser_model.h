@@ -7,6 +7,7 @@
 #pragma once
 
 #include "app/context/background_tasks.h"
+#include "app/context/lifetime.h"
 #include "app/context/main_context.h"
 #include "model/profile.h"
 #include "transport/listing/remote_entry.h"
@@ -101,8 +102,7 @@ private:
     std::set<std::string, std::less<>> underWay;
     std::map<std::string, std::string, std::less<>> failures;
     std::map<std::string, std::shared_ptr<TransferControl>> controls; // of the folders under way
-    // Watched by what is posted to the main context, which may come when the model has gone.
-    std::shared_ptr<RemoteBrowserModel*> self = std::make_shared<RemoteBrowserModel*>(this);
+    Lifetime lifetime;
     BackgroundTasks tasks;
 };
 

@@ -67,11 +67,11 @@ void StateSaver::forget(const Uuid& profile) {
 void StateSaver::startWrite() {
     if ((waiting.empty() && !refused) || writing.valid()) return;
     written.swap(waiting);
-    auto write = [this, began = clock.steadyNow(), snapshot = state, turn = ++turns, weak = std::weak_ptr(self)] {
+    auto write = [this, began = clock.steadyNow(), snapshot = state, turn = ++turns] {
         // Posted however the write ends, and before it is over: a saver that goes waits for all of this.
-        const auto finish = [this, turn, weak] {
-            if (!weak.expired() && turn == turns) finishWrite();
-        };
+        const auto finish = lifetime.guard([this, turn] {
+            if (turn == turns) finishWrite();
+        });
         try {
             store.save(snapshot);
         } catch (...) {
@@ -118,22 +118,20 @@ void StateSaver::tellFailed(const std::exception& error) const {
 // Tries again by itself: it may be long until something else is reported, and nobody tells when the disk is well again.
 void StateSaver::retryLater() {
     if (std::exchange(retrying, true)) return;
-    context.postAfter(retryDelay, [this, weak = std::weak_ptr(self)] {
-        if (weak.expired()) return;
+    context.postAfter(retryDelay, lifetime.guard([this] {
         retrying = false;
         startWrite();
-    });
+    }));
     retryDelay = nextRetryDelay(retryDelay);
 }
 
 void StateSaver::scheduleWrite() {
     scheduled = true;
     const auto delay = std::max(nextWrite - clock.steadyNow(), Duration::zero());
-    context.postAfter(std::chrono::ceil<std::chrono::milliseconds>(delay), [this, weak = std::weak_ptr(self)] {
-        if (weak.expired()) return;
+    context.postAfter(std::chrono::ceil<std::chrono::milliseconds>(delay), lifetime.guard([this] {
         scheduled = false;
         startWrite();
-    });
+    }));
 }
 
 void StateSaver::rest(Duration afterWrite) {

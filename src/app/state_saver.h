@@ -8,6 +8,7 @@
 // loses at most what was reported since the last save that was completed had begun.
 #pragma once
 
+#include "app/context/lifetime.h"
 #include "app/context/main_context.h"
 #include "model/state_store.h"
 #include "platform/clock.h"
@@ -73,8 +74,7 @@ private:
     std::chrono::seconds retryDelay; // after the next failure
     bool retrying = false;
     bool refused = false; // save() failed since the last write that succeeded
-    // Watched by what is posted to the main context, which may come when the saver has gone.
-    std::shared_ptr<bool> self = std::make_shared<bool>();
+    Lifetime lifetime;
     std::future<Duration> writing; // last, so that the thread has ended before what it uses goes
 };
 

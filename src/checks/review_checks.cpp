@@ -10,9 +10,6 @@ using namespace std::chrono_literals;
 using Choice = std::set<std::string, std::less<>>;
 using Paths = std::vector<std::string>;
 
-constexpr auto review = "Review remote changes";
-constexpr auto watching = "Watching";
-
 // The program is open and has uploaded three files; then it is closed. While it is, the colleague changes two of them
 // on the server, and two are edited locally: one of hers and one that she left alone.
 class Restart : public Office {
@@ -24,8 +21,8 @@ public:
         profile.enabled = true;
         open().save(profile, TestServer::password);
         const bool uploaded =
-            waitUntil([this] { return status().failed || program().remoteDates(profile.id).size() == 3; });
-        require(uploaded && !status().failed, "the first uploads fail: " + status().title + ", " + status().detail);
+            waitUntil([this] { return status().failed() || program().remoteDates(profile.id).size() == 3; });
+        require(uploaded && !status().failed(), "the first uploads fail: " + status().title() + ", " + status().detail);
         close();
     }
 
@@ -36,9 +33,9 @@ public:
         colleagueEdits("theirs", "server edit");
     }
 
-    void reopen(const std::string& expectedStatus) {
+    void reopen(Phase expected) {
         open().startEnabled();
-        requireStatus(expectedStatus);
+        requirePhase(expected);
     }
 
     void resolve(const Choice& downloads) {
@@ -46,7 +43,7 @@ public:
         require(
             program().resolveReview(profile.id, reviewId, downloads) == Decision::accepted,
             "the review stays: " + program().alert().value_or("no reason is given"));
-        requireStatus(watching);
+        requirePhase(Phase::watching);
     }
 
     [[nodiscard]] Paths offered() const {
@@ -75,7 +72,7 @@ public:
 };
 
 void presentedOnRestart(Restart& site) {
-    site.reopen(review);
+    site.reopen(Phase::awaitingReview);
     const auto& presented = site.program().presentedReview();
     require(presented && presented->id == site.profile.id, "the review is not presented");
     require(site.status().uploaded == 0 && site.onServer("mine") == "1", "a local edit was uploaded before it");
@@ -83,12 +80,12 @@ void presentedOnRestart(Restart& site) {
 }
 
 void localEditsIdentified(Restart& site) {
-    site.reopen(review);
+    site.reopen(Phase::awaitingReview);
     requireEqual("the review", site.offered(), {"both, edited locally too", "theirs"});
 }
 
 void uploadsPaused(Restart& site) {
-    site.reopen(review);
+    site.reopen(Phase::awaitingReview);
     site.write("later", "during the review");
     site.requireNoUpload();
     site.resolve({});
@@ -97,7 +94,7 @@ void uploadsPaused(Restart& site) {
 }
 
 void nothingDownloadedUnasked(Restart& site) {
-    site.reopen(review);
+    site.reopen(Phase::awaitingReview);
     requireEqual("the local file during the review", site.read("theirs"), "1");
     site.resolve({});
     requireEqual("the local file that was kept", site.read("theirs"), "1");
@@ -105,7 +102,7 @@ void nothingDownloadedUnasked(Restart& site) {
 }
 
 void downloadBeforeWatching(Restart& site) {
-    site.reopen(review);
+    site.reopen(Phase::awaitingReview);
     site.resolve({"both", "theirs"});
     for (const auto* path : {"both", "theirs"}) {
         requireEqual(path, site.read(path), "server edit");
@@ -117,7 +114,7 @@ void downloadBeforeWatching(Restart& site) {
 }
 
 void downloadsAcknowledged(Restart& site) {
-    site.reopen(review);
+    site.reopen(Phase::awaitingReview);
     const auto changes = site.program().reviews().at(site.profile.id).changes;
     site.resolve({"both", "theirs"});
     const auto& dates = site.program().remoteDates(site.profile.id);
@@ -125,14 +122,14 @@ void downloadsAcknowledged(Restart& site) {
         require(dates.at(change.path) == change.remoteDate, "the server's date of " + change.path + " is not recorded");
     }
     require(site.status().uploaded == 1, std::to_string(site.status().uploaded) + " files went up, not the edited one");
-    site.reopen(watching);
+    site.reopen(Phase::watching);
     require(site.status().uploaded == 0, "after a restart files went up again");
 }
 
 void keptRevisionNotOffered(Restart& site) {
-    site.reopen(review);
+    site.reopen(Phase::awaitingReview);
     site.resolve({});
-    site.reopen(watching);
+    site.reopen(Phase::watching);
     requireEqual("the server's copy", site.onServer("theirs"), "server edit");
 }
 
@@ -140,17 +137,17 @@ void laterEditOffered(Restart& site) {
     keptRevisionNotOffered(site);
     site.close();
     site.colleagueEdits("theirs", "a later edit");
-    site.reopen(review);
+    site.reopen(Phase::awaitingReview);
     requireEqual("the review", site.offered(), {"theirs"});
 }
 
 void stayingPaused(Restart& site) {
-    site.reopen(review);
+    site.reopen(Phase::awaitingReview);
     site.program().pauseReview(site.profile.id, site.program().reviews().at(site.profile.id).reviewId);
     require(!site.program().running(site.profile.id), "the profile still runs");
     require(!site.offered().empty(), "the review is lost");
     site.requireNoUpload();
-    site.reopen("Paused");
+    site.reopen(Phase::paused);
     site.requireNoUpload();
 }
 

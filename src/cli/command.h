@@ -1,23 +1,37 @@
-// What every command is given and gives back.
-//
-// Each command has a file pair of its own with one function, which adds its part of the syntax to the parser. When the
-// user chose the command, parsing puts what is to run into `chosen`.
+// The interface of every command: its context, its exit codes and its errors.
 #pragma once
 
-#include "cli/exit_code.h"
 #include "cli/terminal/interrupt.h"
 #include "cli/terminal/output.h"
 
 #include <functional>
+#include <stdexcept>
 #include <string>
-
-namespace CLI {
-class App;
-}
 
 namespace zembrastel::cli {
 
-// Those of the user's that belong to no command. An empty text stands for an option that was not given.
+// Scripts rely on the numbers.
+enum class ExitCode {
+    done = 0,
+    failed = 1,
+    usage = 2,
+    reviewWaiting = 3, // newer server files wait for a decision
+    stateInUse = 4,    // another running program holds the state folder
+    refused = 5,       // the server refused the login
+    notRunning = 6,    // no program runs on the state folder, or it has ended
+    notAnswering = 7,  // the running program does not answer
+    interrupted = 8    // by Ctrl-C or a signal, before the work was done
+};
+
+// Ends the command. The message is one sentence or more for the user.
+class CommandError : public std::runtime_error {
+public:
+    CommandError(ExitCode exitCode, const std::string& message) : std::runtime_error(message), code(exitCode) {}
+
+    ExitCode code;
+};
+
+// The options that every command has. An empty text stands for an option that was not given.
 struct GlobalOptions {
     std::string program = "zembrastel-cli"; // as the user called it
     std::string stateFolder{};
@@ -27,13 +41,13 @@ struct GlobalOptions {
 };
 
 // Outlives the command.
-struct Surroundings {
+struct CommandContext {
     const GlobalOptions& options;
     Output& output;
     Interrupt& interrupt;
 };
 
-// Runs to its end. Throws CommandError, or anything else that describe() has words for.
-using Command = std::function<ExitCode(const Surroundings&)>;
+// Runs to its end. Throws CommandError, or another exception that describe() puts into words.
+using Command = std::function<ExitCode(const CommandContext&)>;
 
 } // namespace zembrastel::cli

@@ -1,12 +1,11 @@
-// The program behind main(): the syntax of the command line, and the run of the command that it names.
+// The program behind main(): parses the command line and runs the command.
 #pragma once
 
-#include "cli/exit_code.h"
-#include "cli/terminal/interrupt.h"
+#include "cli/command.h"
 
 namespace zembrastel::cli {
 
-// Throws nothing: every failure is told on standard error and becomes an exit code.
+// Throws nothing: prints every failure on standard error and returns its exit code.
 [[nodiscard]] ExitCode runCommandLine(int argumentCount, char** arguments, Interrupt& interrupt);
 
 } // namespace zembrastel::cli

@@ -22,10 +22,11 @@ std::filesystem::path namedOrOwn(std::optional<std::filesystem::path> folder) {
     return folder ? *std::move(folder) : dataFolder() / "Zembrastel";
 }
 
-// The file, leftovers of its writes, the lock, the socket, and the journals (publish_journal.h, temporary_journal.h).
+// The file, leftovers of its writes, the lock, the socket, journals and requests (publish_journal.h,
+// temporary_journal.h, resend_request.h).
 bool isOwnName(std::string_view name) {
     return name.starts_with(fileName) || name == lockName || name == "socket" || name.starts_with("publishing-")
-           || name.starts_with("sending-");
+           || name.starts_with("sending-") || name.starts_with("resend-");
 }
 
 } // namespace

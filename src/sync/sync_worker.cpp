@@ -80,7 +80,7 @@ private:
         try {
             worker.profile.validateDownloadSelection();
         } catch (const SyncError& error) {
-            status("Needs download selection", describe(error), 0);
+            status(Phase::lacksSelection, describe(error), 0);
             return false;
         }
         while (!tryDownload()) {
@@ -104,7 +104,7 @@ private:
         } catch (const Cancelled&) {
             throw;
         } catch (const std::exception& error) {
-            waitToRetry("Retrying download", describe(error));
+            waitToRetry(Phase::retryingDownload, describe(error));
             return false;
         }
         worker.events.deliver(event::Baseline{baseline});
@@ -123,7 +123,7 @@ private:
         } catch (const Cancelled&) {
             throw;
         } catch (const std::exception& error) {
-            waitToRetry("Waiting to retry", describe(error), filesMissing);
+            waitToRetry(filesMissing ? Phase::filesMissing : Phase::waitingToRetry, describe(error));
             return;
         }
         worker.retryWait->reset();
@@ -220,7 +220,7 @@ private:
         const auto failure = uploads.failure();
         if (!failure || std::exchange(waitingShown, true)) return;
         const auto waiting = static_cast<std::int64_t>(changedPaths(current, baseline).size());
-        status("Waiting to retry", retryDetail(failure->problem, failure->left), waiting);
+        status(Phase::waitingToRetry, retryDetail(failure->problem, failure->left), waiting);
     }
 
     void forgetDeleted(const FileMap& current) {
@@ -233,10 +233,9 @@ private:
         worker.events.deliver(event::Baseline{baseline});
     }
 
-    void waitToRetry(const std::string& title, const std::string& problem, bool missing = false) {
+    void waitToRetry(Phase phase, const std::string& problem) {
         activity(problem, true);
-        worker.events.deliver(event::Status{
-            .title = title, .detail = retryDetail(problem, worker.retryWait->delay()), .filesMissing = missing});
+        status(phase, retryDetail(problem, worker.retryWait->delay()), 0);
         if (!worker.retryWait->sleep(worker.clock, stop)) throw Cancelled();
     }
 
@@ -244,9 +243,8 @@ private:
         if (!worker.clock.sleep(stop, duration)) throw Cancelled();
     }
 
-    void status(std::string title, std::string detail, std::int64_t pending) const {
-        worker.events.deliver(
-            event::Status{.title = std::move(title), .detail = std::move(detail), .pending = pending});
+    void status(Phase phase, std::string detail, std::int64_t pending) const {
+        worker.events.deliver(event::Status{.phase = phase, .detail = std::move(detail), .pending = pending});
     }
 
     void activity(std::string text, bool error) const {
@@ -281,19 +279,19 @@ std::string missingFilesProblem(const std::string& localFolder) {
 }
 
 event::Status watchingStatus() {
-    return {.title = "Watching", .detail = "Local changes upload automatically. Checking every 2 seconds."};
+    return {.phase = Phase::watching, .detail = "Local changes upload automatically. Checking every 2 seconds."};
 }
 
 event::Status queuedStatus(std::int64_t pending) {
-    return {.title = "Changes queued", .detail = "Waiting for files to finish saving…", .pending = pending};
+    return {.phase = Phase::queued, .detail = "Waiting for files to finish saving…", .pending = pending};
 }
 
 event::Status uploadingStatus(std::string path, std::int64_t pending) {
-    return {.title = "Uploading", .detail = std::move(path), .pending = pending};
+    return {.phase = Phase::uploading, .detail = std::move(path), .pending = pending};
 }
 
 event::Status downloadingStatus() {
-    return {.title = "Downloading", .detail = "Copying server files into your local folder…"};
+    return {.phase = Phase::downloading, .detail = "Copying server files into your local folder…"};
 }
 
 std::vector<std::string> changedPaths(const FileMap& current, const FileMap& baseline) {

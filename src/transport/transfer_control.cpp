@@ -27,6 +27,12 @@ void TransferControl::cancel() {
     if (process != nullptr) process->terminate();
 }
 
+void TransferControl::change(ChildProcess& child, AtStop atStop) {
+    const std::lock_guard guard(lock);
+    if (stopped) throw Cancelled();
+    process = atStop == AtStop::ends ? &child : nullptr;
+}
+
 void TransferControl::clear() {
     const std::lock_guard guard(lock);
     process = nullptr;

@@ -31,6 +31,10 @@ public:
     // wait for it.
     void cancel();
 
+    // Changes what a stop does to the child that launch() started. Throws Cancelled, changing nothing, once the control
+    // is stopped.
+    void change(ChildProcess& child, AtStop atStop);
+
     // Forgets the child. Call it before the child is collected.
     void clear();
 

@@ -14,7 +14,8 @@
 namespace zembrastel::ui {
 namespace {
 
-// What Qt said while the application was made. Nothing else can be told apart from why it failed.
+// Collects Qt's messages while the application is created. The reason for a failure cannot be told apart from the
+// others.
 std::vector<std::pair<QtMsgType, QString>>& said() {
     static std::vector<std::pair<QtMsgType, QString>> messages;
     return messages;
@@ -32,7 +33,7 @@ QString whyNoWindow() {
     std::fprintf(
         stderr, "zembrastel: Cannot open a window: %s. Start it in a desktop session, or use zembrastel-cli.\n",
         reason);
-    std::_Exit(1); // Qt is half made: nothing of it can be taken down in order
+    std::_Exit(1); // Qt is only half initialised and cannot be torn down in order
 }
 
 void takeMessage(QtMsgType type, const QMessageLogContext&, const QString& text) {
@@ -43,8 +44,8 @@ void takeMessage(QtMsgType type, const QMessageLogContext&, const QString& text)
     endWithoutWindow(qUtf8Printable(whyNoWindow()));
 }
 
-// Ends the program unless it is destroyed in time. A display that accepts the connection and says nothing more would
-// hold it for ever.
+// Ends the program unless it is destroyed in time. Qt would wait for ever for a display that accepts the connection but
+// does not answer.
 class Patience {
 public:
     Patience() : thread([this](const std::stop_token& stop) { wait(stop); }) {}

@@ -1,4 +1,4 @@
-// Makes Qt's application, which needs a display to show windows on.
+// Creates the Qt application, which needs a display to show windows on.
 //
 // Main thread, once.
 #pragma once
@@ -9,9 +9,9 @@
 
 namespace zembrastel::ui {
 
-// Where no window can be opened, ends the program with exit code 1 and one line on standard error; Qt by itself would
-// abort, or wait for ever for a display that does not answer, which ends after 20 seconds here. What Qt says otherwise
-// goes where it usually does. `argc` and `argv` must outlive the application.
+// If no window can be opened, ends the program with exit code 1 and one line on standard error. Qt by itself would
+// abort, or wait for ever for a display that does not answer; here that wait ends after 20 seconds. Other messages of
+// Qt are printed as usual. `argc` and `argv` must outlive the application.
 [[nodiscard]] std::unique_ptr<QApplication> startApplication(int& argc, char** argv);
 
 } // namespace zembrastel::ui

@@ -16,7 +16,7 @@ constexpr int usageError = 2;
 constexpr auto selfTest = "--self-test";
 constexpr auto integrationTest = "--integration-test";
 
-// A decimal number with or without a sign, and nothing beside it.
+// A decimal number with an optional sign, and nothing else.
 std::optional<std::int64_t> wholeNumber(std::string_view text) {
     if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
     std::int64_t number = 0;
@@ -27,7 +27,7 @@ std::optional<std::int64_t> wholeNumber(std::string_view text) {
 
 } // namespace
 
-std::optional<ChecksAsked> checksAskedFor(int argc, const char* const* argv) {
+std::optional<ChecksAsked> requestedChecks(int argc, const char* const* argv) {
     const std::vector<std::string_view> arguments(argv + std::min(argc, 1), argv + argc);
     if (std::find(arguments.begin(), arguments.end(), selfTest) != arguments.end()) return ChecksAsked{};
     const auto found = std::find(arguments.begin(), arguments.end(), integrationTest);
@@ -46,7 +46,7 @@ ParsedOptions parseDesktopOptions(int argc, const char* const* argv) {
            "--state", stateFolder,
            "Where profiles are saved (default: Zembrastel in\n$XDG_DATA_HOME or ~/.local/share)")
         ->type_name("DIR");
-    // For the help, and to refuse them with "=": written as they should be they are found before.
+    // Only for the help text, and to refuse "--option=value"; the correct forms were handled before.
     app.add_flag(selfTest)
         ->description("Run the built-in checks that need no server, and exit")
         ->disable_flag_override();
@@ -60,14 +60,14 @@ ParsedOptions parseDesktopOptions(int argc, const char* const* argv) {
     app.get_help_ptr()->description("Print this help and exit");
     try {
         app.parse(argc, argv);
-    } catch (const CLI::Success& told) {
+    } catch (const CLI::Success& success) {
         std::ostringstream text;
-        app.exit(told, text, text);
+        app.exit(success, text, text);
         return {.options = std::nullopt, .text = text.str(), .exitCode = 0};
     } catch (const CLI::ParseError& error) {
         return {
             .options = std::nullopt,
-            .text = "zembrastel: " + std::string(error.what()) + ". --help tells more.\n",
+            .text = "zembrastel: " + std::string(error.what()) + ". Run \"zembrastel --help\" for the options.\n",
             .exitCode = usageError};
     }
     if (!stateFolder.empty()) options.stateFolder = std::filesystem::absolute(stateFolder);

@@ -1,6 +1,6 @@
-// What the command line of the desktop program asks for.
+// The command line of the desktop program.
 //
-// Pure; before the application is there, so that nothing here needs a display.
+// Pure. Runs before the application exists, so nothing here needs a display.
 #pragma once
 
 #include <cstdint>
@@ -12,27 +12,26 @@ namespace zembrastel::ui {
 
 struct DesktopOptions {
     bool demo = false;                                // a sample profile; no network, disk or secret store
-    bool background = false;                          // no window until it is asked for
-    std::optional<std::filesystem::path> stateFolder; // absolute; the user's own where nothing is named
+    bool background = false;                          // no window until the user asks for it
+    std::optional<std::filesystem::path> stateFolder; // absolute; nullopt for the user's own state folder
 };
 
-// What was asked for; or, when that was only to be told something or was not understood, the text to print and the
-// exit code to end with.
+// The parsed options; or, if the arguments only request a text or are invalid, the text to print and the exit code.
 struct ParsedOptions {
     std::optional<DesktopOptions> options;
     std::string text;
     int exitCode = 0;
 };
 
-// The built-in checks that are asked for: those without a server, or those with one on this port.
+// The built-in checks to run: those without a server, or those with a server on this port.
 struct ChecksAsked {
     bool withServer = false;
     std::int64_t port = 0;
 };
 
-// Looked for anywhere among the arguments and before all else there, which then counts for nothing. The port is the
-// argument after the switch where that is a whole number, else the default one.
-[[nodiscard]] std::optional<ChecksAsked> checksAskedFor(int argc, const char* const* argv);
+// Finds the switch anywhere among the arguments; all other arguments are then ignored. The port is the argument after
+// the switch if that is a whole number, else the default port.
+[[nodiscard]] std::optional<ChecksAsked> requestedChecks(int argc, const char* const* argv);
 
 [[nodiscard]] ParsedOptions parseDesktopOptions(int argc, const char* const* argv);
 

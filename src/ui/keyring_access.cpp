@@ -33,7 +33,7 @@ void remove(const Uuid& id) {
 
 } // namespace
 
-// What helps where a password cannot be stored, the editor knows itself.
+// The editor adds the remedy for a password that cannot be stored.
 AppModel::PasswordAccess keyringAccess() { return {.save = PasswordStore::save, .read = read, .remove = remove}; }
 
 } // namespace zembrastel::ui

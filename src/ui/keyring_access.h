@@ -1,6 +1,6 @@
-// The keyring as the desktop program uses it: a failure also tells what the user can do about it.
+// The keyring for the desktop program: its errors also say what the user can do.
 //
-// The functions block for as long as the keyring does, and throw SyncError. Any thread.
+// The functions block as long as the keyring does, and throw SyncError. Any thread.
 #pragma once
 
 #include "app/app_model.h"

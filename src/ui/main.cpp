@@ -28,7 +28,7 @@
 namespace zembrastel::ui {
 namespace {
 
-// A demonstration changes nothing of the user's.
+// The demonstration never changes the user's files.
 std::optional<LoginEntry> loginEntry(const DesktopOptions& options) {
     if (options.demo) return std::nullopt;
     std::vector<std::string> command{QApplication::applicationFilePath().toStdString(), "--background"};
@@ -36,7 +36,7 @@ std::optional<LoginEntry> loginEntry(const DesktopOptions& options) {
     return LoginEntry("org.zembrastel.Zembrastel", "Zembrastel", std::move(command));
 }
 
-// The state folder with its lock, or why this program cannot have it, which the user then reads in the window.
+// The state folder and its lock, or the reason why this program cannot use it. The window shows that reason.
 struct HeldState {
     std::optional<StateStore> store;
     std::optional<InstanceLock> lock;
@@ -75,7 +75,7 @@ int runDesktop(const DesktopOptions& options, Termination& termination, int argc
     followSystemAppearance(appearance);
     QtMainContext context;
     AppModel model(
-        context, {.demo = options.demo,
+        context, {.demonstration = options.demo ? std::optional(demonstration()) : std::nullopt,
                   .storeOverride = held.store,
                   .storeFailure = held.failure,
                   .passwordAccess = keyringAccess()});
@@ -89,7 +89,7 @@ int runDesktop(const DesktopOptions& options, Termination& termination, int argc
             QObject::connect(&activation.emplace(), &BusActivation::showRequested, &shell, &Shell::showWindow);
         }
     }
-    termination.whenAsked([] { QApplication::quit(); });
+    termination.onRequest([] { QApplication::quit(); });
     if (!options.background || model.alert()) shell.showWindow();
     model.startEnabled();
     const int result = QApplication::exec();
@@ -104,8 +104,8 @@ int main(int argc, char** argv) {
     zembrastel::forbidCoreDumps(); // they would hold passwords
     zembrastel::prepareFileLimits();
     std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGCHLD, SIG_DFL); // a parent's SIG_IGN would hide how transfers end
-    if (const auto checks = zembrastel::ui::checksAskedFor(argc, argv)) {
+    std::signal(SIGCHLD, SIG_DFL); // with an inherited SIG_IGN, exit codes of transfers would be lost
+    if (const auto checks = zembrastel::ui::requestedChecks(argc, argv)) {
         return checks->withServer ? zembrastel::runIntegrationTest(checks->port) : zembrastel::runSelfTest();
     }
     const auto parsed = zembrastel::ui::parseDesktopOptions(argc, argv);

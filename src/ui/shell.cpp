@@ -7,6 +7,7 @@
 #include "ui/import/import_sheet.h"
 #include "ui/profile_editor/profile_editor.h"
 #include "ui/remote_changes/review_sheet.h"
+#include "ui/theme/qt_text.h"
 #include "ui/widgets/confirm_dialog.h"
 
 #include <QAction>
@@ -16,11 +17,11 @@ namespace zembrastel::ui {
 
 namespace {
 
-// As people write paths in their home folder.
+// With "~" for the home folder.
 QString shortPath(const std::filesystem::path& path) {
     const auto inHome = path.lexically_relative(homeFolder());
     const bool below = !inHome.empty() && *inHome.begin() != "..";
-    return QString::fromStdString(below ? "~/" + inHome.string() : path.string());
+    return toQString(below ? "~/" + inHome.string() : path.string());
 }
 
 } // namespace
@@ -34,18 +35,19 @@ Shell::Shell(AppModel& model, MainContext& mainContext, std::optional<LoginEntry
          .editProfile = [this](const Uuid& id) { openEditor(id, false); },
          .editContents = [this](const Uuid& id) { openEditor(id, true); },
          .showBackups = [this](const Uuid& id) { showBackups(id); },
-         .showReview = [this](const RemoteReview& review, bool askedFor) { showReview(review, askedFor); }});
-    // Queued, since quitting closes the window too: nothing more is handled then.
-    connect(&window, &MainWindow::closed, this, &Shell::tellThatSyncingGoesOn, Qt::QueuedConnection);
+         .showReview =
+             [this](const RemoteReview& review, bool requestedByUser) { showReview(review, requestedByUser); }});
+    // Queued, because quitting also closes the window; after that no more events are handled.
+    connect(&window, &MainWindow::closed, this, &Shell::explainBackgroundSync, Qt::QueuedConnection);
     connect(&tray, &TrayItem::openRequested, this, &Shell::showWindow);
     connect(&tray, &TrayItem::failed, this, [this](const QString& message) {
-        window.tellFailure(message);
+        window.showFailure(message);
         showWindow();
     });
     connect(&tray, &TrayItem::quitRequested, qApp, &QApplication::quit);
     connect(&tray, &TrayItem::shownChanged, &window, [this] { window.offerQuit(!tray.isShown()); });
-    connect(&notifier, &Notifier::profileWanted, this, &Shell::showProfile);
-    connect(&notifier, &Notifier::windowWanted, this, &Shell::showWindow);
+    connect(&notifier, &Notifier::profileRequested, this, &Shell::showProfile);
+    connect(&notifier, &Notifier::windowRequested, this, &Shell::showWindow);
     connect(&window, &MainWindow::quitRequested, qApp, &QApplication::quit);
     auto* const quit = new QAction(tr("Quit Zembrastel"), this);
     quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
@@ -71,10 +73,10 @@ void Shell::startAtLogin(bool wanted) {
     try {
         wanted ? startEntry->switchOn() : startEntry->switchOff();
     } catch (const std::exception& error) {
-        window.tellFailure(QString::fromStdString(describe(error)));
+        window.showFailure(toQString(describe(error)));
         return;
     }
-    ConfirmDialog::tell(
+    ConfirmDialog::showMessage(
         &window, tr("Start at login"),
         (wanted ? tr("Zembrastel will start in the background when you log in: the entry %1 was written.")
                 : tr("Zembrastel will not start when you log in: the entry %1 was removed."))
@@ -130,24 +132,24 @@ void Shell::showBackups(const Uuid& id) {
     sheet->open();
 }
 
-void Shell::showReview(const RemoteReview& review, bool askedFor) {
+void Shell::showReview(const RemoteReview& review, bool requestedByUser) {
     auto* const sheet = new RemoteChangesView(bridge, review, &window);
     sheet->setAttribute(Qt::WA_DeleteOnClose);
-    askedFor ? sheet->open() : sheet->openByItself();
+    requestedByUser ? sheet->open() : sheet->openByItself();
 }
 
-void Shell::tellThatSyncingGoesOn() {
+void Shell::explainBackgroundSync() {
     if (tray.isShown()) {
-        if (!settings.toldOfTray() && settings.notifies()) {
-            notifier.tellOfTray();
-            settings.setToldOfTray();
+        if (!settings.trayExplained() && settings.notifies()) {
+            notifier.explainTray();
+            settings.setTrayExplained();
         }
         return;
     }
-    if (toldOfClosing) return;
-    toldOfClosing = true;
-    // The desktop has no tray to come back from: the user must know the way.
-    ConfirmDialog::tell(
+    if (closingExplained) return;
+    closingExplained = true;
+    // Without a tray the user must learn how to reach the program again.
+    ConfirmDialog::showMessage(
         nullptr, tr("Zembrastel keeps syncing"),
         tr("Its window is closed and this desktop has no tray to show it in. Start Zembrastel again to open the "
            "window; Ctrl+Q there quits and stops transfers."));

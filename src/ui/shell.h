@@ -1,7 +1,7 @@
-// The desktop program put together: the window with its dialogs, the tray item, and how it ends.
+// Assembles the desktop program: the window with its dialogs, and the tray item.
 //
-// Main thread. Closing the window leaves the program running; it ends when the user quits, by the tray's menu or
-// Ctrl+Q, or when the desktop or a signal asks it to.
+// Main thread. Closing the window leaves the program running. The program ends when the user quits, by the tray's menu
+// or Ctrl+Q, or when the desktop or a signal requests it.
 #pragma once
 
 #include "ui/bridge/model_bridge.h"
@@ -23,7 +23,7 @@ class Shell : public QObject {
     Q_OBJECT
 
 public:
-    // The model and the context must outlive the shell. With `loginEntry` the user can have the program started at
+    // The model and the context must outlive the shell. With `loginEntry` the menu offers to start the program at
     // login.
     Shell(AppModel& model, MainContext& mainContext, std::optional<LoginEntry> loginEntry = std::nullopt);
 
@@ -39,8 +39,8 @@ private:
         ProfileEditor& editor, const Profile& draft, const std::string& password, bool syncMode,
         const DownloadSelection& current, std::function<void(const DownloadSelection& chosen)> apply);
     void showBackups(const Uuid& id);
-    void showReview(const RemoteReview& review, bool askedFor);
-    void tellThatSyncingGoesOn();
+    void showReview(const RemoteReview& review, bool requestedByUser);
+    void explainBackgroundSync();
 
     MainContext& context;
     ModelBridge bridge;
@@ -49,7 +49,7 @@ private:
     WindowSettings settings;
     Notifier notifier;
     const std::optional<LoginEntry> startEntry;
-    bool toldOfClosing = false;
+    bool closingExplained = false;
 };
 
 } // namespace zembrastel::ui

@@ -17,7 +17,7 @@ Termination::Termination() {
     if (!signals) throw std::system_error(errno, std::system_category(), "signalfd");
 }
 
-void Termination::whenAsked(std::function<void()> end) {
+void Termination::onRequest(std::function<void()> end) {
     notifier = std::make_unique<QSocketNotifier>(signals.get(), QSocketNotifier::Read);
     QObject::connect(notifier.get(), &QSocketNotifier::activated, [this, end = std::move(end)] {
         signalfd_siginfo arrived{};

@@ -1,7 +1,7 @@
-// Ends the program in good order when it is asked to by a signal: SIGTERM, SIGINT or SIGHUP.
+// Ends the program in good order on SIGTERM, SIGINT or SIGHUP.
 //
-// The signals are blocked in the thread that makes the object, and with it in all that it starts: make it before any
-// other thread is there, and before the application.
+// The constructor blocks the signals in its thread, and so in all threads that this thread starts later. Construct it
+// before any other thread and before the application.
 #pragma once
 
 #include "platform/descriptor.h"
@@ -18,9 +18,9 @@ public:
     // Throws std::system_error.
     Termination();
 
-    // Has `end` called on the main thread when a signal comes, or at once when one has come already. Needs the
+    // Calls `end` on the main thread when a signal arrives, or at once if one has already arrived. Needs the
     // application.
-    void whenAsked(std::function<void()> end);
+    void onRequest(std::function<void()> end);
 
 private:
     Descriptor signals;

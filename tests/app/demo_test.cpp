@@ -4,7 +4,6 @@
 #include "support/temporary_folder.h"
 #include "support/work_off.h"
 
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -17,93 +16,73 @@
 namespace zembrastel::testing {
 namespace {
 
-class Diary final : public ModelObserver {
-public:
-    void activityLogged(const Uuid&, const Activity& line) override {
-        if (line.text.starts_with("Uploaded ")) uploads.push_back(line.text);
-    }
-
-    std::vector<std::string> uploads; // the oldest first
-};
-
-class Demo : public ::testing::Test {
+class Demo : public ::testing::Test, private ModelObserver {
 protected:
     Demo() {
-        setenv("XDG_DATA_HOME", folder.path().c_str(), 1); // where a model without a state folder would make one
+        setenv("XDG_DATA_HOME", folder.path().c_str(), 1); // for a model that opens a state folder
         begin();
     }
 
     void begin() {
-        model.reset();
-        const auto refuse = [] { ADD_FAILURE() << "the secret store was called"; };
+        uploaded.clear();
+        const auto refuse = [](const auto&...) -> std::string {
+            ADD_FAILURE() << "the secret store was called";
+            return "";
+        };
         model = std::make_unique<AppModel>(
             queue, AppModel::Options{
-                       .demo = true,
-                       .passwordAccess = {
-                           .save = [refuse](const std::string&, const Uuid&) { refuse(); },
-                           .read =
-                               [refuse](const Uuid&) {
-                                   refuse();
-                                   return std::string();
-                               },
-                           .remove = [refuse](const Uuid&) { refuse(); }},
+                       .demonstration = demonstration(clock),
+                       .passwordAccess = {.save = refuse, .read = refuse, .remove = refuse},
                        .clock = clock});
-        diary = std::make_unique<Diary>();
-        model->observe(*diary);
+        model->observe(*this);
         id = model->profiles().front().id;
+        model->startEnabled();
     }
 
-    [[nodiscard]] const ProfileStatus& status() const { return model->status(id); }
+    void activityLogged(const Uuid&, const Activity& line) override {
+        if (line.kind == Activity::Kind::uploaded) uploaded.push_back(line.path);
+    }
 
     [[nodiscard]] bool uploads(std::size_t count) {
-        return queue.runUntil([&] { return diary->uploads.size() >= count; }, std::chrono::seconds(30));
+        return queue.runUntil([&] { return uploaded.size() >= count; }, std::chrono::seconds(30));
     }
 
     TemporaryFolder folder;
     FakeClock clock;
     MainQueue queue;
+    std::vector<std::string> uploaded; // the oldest first
     std::unique_ptr<AppModel> model;
-    std::unique_ptr<Diary> diary;
     Uuid id;
 };
 
-TEST_F(Demo, APauseStopsItAndResumingGoesOnWhereItWas) {
-    model->start(id);
+TEST_F(Demo, PausedProfileContinuesWhereItStopped) {
     ASSERT_TRUE(uploads(40));
-    const std::vector<std::string> unbroken(diary->uploads.begin(), diary->uploads.begin() + 40);
-
+    const std::vector<std::string> unbroken(uploaded.begin(), uploaded.begin() + 40);
     begin();
-    model->start(id);
     for (std::size_t count = 3; count <= 40; count += 3) {
         ASSERT_TRUE(uploads(count));
         model->toggle(id);
-        EXPECT_FALSE(model->running(id) || status().active);
-        EXPECT_EQ(status().title, "Paused");
-        const auto heard = diary->uploads;
+        const auto heard = uploaded;
         ASSERT_TRUE(workOff(queue));
-        EXPECT_EQ(diary->uploads, heard) << "a paused profile reports no more";
-        EXPECT_EQ(status().title, "Paused");
+        EXPECT_EQ(uploaded, heard) << "a paused profile reports no more";
+        EXPECT_EQ(model->status(id).phase, Phase::paused);
         model->toggle(id);
     }
     ASSERT_TRUE(uploads(40));
-    EXPECT_EQ(std::vector(diary->uploads.begin(), diary->uploads.begin() + 40), unbroken);
+    EXPECT_EQ(std::vector(uploaded.begin(), uploaded.begin() + 40), unbroken);
 }
 
-TEST_F(Demo, NothingIsWrittenStartedOrAskedOfTheSecretStore) {
+TEST_F(Demo, NothingReachesDiskServerOrSecretStore) {
     const auto pageFaultsOfChildren = [] {
         rusage usage{};
         getrusage(RUSAGE_CHILDREN, &usage);
         return usage.ru_minflt;
     };
     const auto before = pageFaultsOfChildren();
-    model->startEnabled();
     ASSERT_TRUE(uploads(5));
-    Profile second;
-    second.name = "Second";
-    second.host = "localhost";
-    second.username = "user";
+    Profile second = *model->profile(id);
+    second.id = Uuid::random();
     second.localFolder = "/Users/you/Projects/second";
-    second.enabled = true;
     model->save(second, "secret");
     model->storePassword(second.id, "secret", [](const std::optional<std::string>& failure) { EXPECT_FALSE(failure); });
     model->retryCheck(id);

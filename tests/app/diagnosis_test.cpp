@@ -17,7 +17,7 @@ using Outcome = Finding::Outcome;
 using Words = std::vector<std::string>;
 
 const Finding* findingOf(const std::vector<Finding>& findings, std::string_view subject) {
-    const auto found = std::ranges::find(findings, subject, &Finding::subject);
+    const auto found = std::ranges::find(findings, subject, [](const Finding& each) { return word(each.subject); });
     return found == findings.end() ? nullptr : &*found;
 }
 
@@ -25,7 +25,7 @@ const Finding* findingOf(const std::vector<Finding>& findings, std::string_view 
 Words wrongIn(const std::vector<Finding>& findings) {
     Words subjects;
     for (const auto& each : findings) {
-        if (each.outcome == Outcome::wrong) subjects.push_back(each.subject);
+        if (each.outcome == Outcome::wrong) subjects.emplace_back(word(each.subject));
     }
     return subjects;
 }

@@ -24,8 +24,7 @@ protected:
         server.handOver();
     }
 
-    // Ends the model and loads the state anew, as a restart of the program does. `how` is what is not the same each
-    // time.
+    // Ends the model and loads the state anew, as a restart of the program does.
     AppModel& restart(AppModel::Options how) {
         model.reset();
         how.storeOverride = StateStore(stateFolder / "state");
@@ -51,42 +50,44 @@ protected:
         return queue.runUntil(condition, std::chrono::seconds(30));
     }
 
-    [[nodiscard]] bool reaches(const std::string& title) {
-        return runUntil([&] { return model->status(id()).title == title; });
+    [[nodiscard]] const ProfileStatus& status() const { return model->status(id()); }
+
+    [[nodiscard]] bool reaches(Phase phase) {
+        return runUntil([&] { return status().phase == phase && !status().unsaved; });
     }
 
     [[nodiscard]] bool uploads(std::int64_t count) {
-        return runUntil([&] { return model->status(id()).uploaded >= count; });
+        return runUntil([&] { return status().uploaded >= count; });
     }
 
-    // On the profile's review as it is now.
+    // Decides on the profile's current review.
     Decision decide(const PathSet& downloads) {
         const RemoteReview review = model->reviews().at(id());
         return model->resolveReview(review.id, review.reviewId, downloads);
     }
 
-    // Returns the review that is postponed.
+    // Returns the postponed review.
     RemoteReview stayPaused() {
         const RemoteReview review = model->reviews().at(id());
         model->pauseReview(review.id, review.reviewId);
         return review;
     }
 
-    // So many more looks at the local folder.
+    // So many more polls of the local folder.
     [[nodiscard]] bool polls(std::size_t count) {
         const auto all = clock.sleeps().size() + count;
         return runUntil([&] { return clock.sleeps().size() >= all; });
     }
 
     [[nodiscard]] std::size_t logged(const std::string& text) const {
-        const auto& activity = model->status(id()).activity;
+        const auto& activity = status().activity;
         return static_cast<std::size_t>(
             std::count_if(activity.begin(), activity.end(), [&](const auto& line) { return line.text == text; }));
     }
 
     [[nodiscard]] SavedState saved() const { return StateStore(stateFolder / "state").load(); }
 
-    // What is saved of the profile, which is nothing until a save was completed.
+    // What is saved of the profile: nothing before the first save has completed.
     [[nodiscard]] FileMap savedBaseline() const { return saved().baselines[id()]; }
     [[nodiscard]] RemoteDates savedDates() const {
         auto dates = saved().remoteDates;
@@ -110,7 +111,7 @@ protected:
     TemporaryFolder stateFolder;
     FakeClock clock;
     MainQueue queue;
-    // Its own, since a call to a secret store may outlive the model.
+    // Shared, because a call to a secret store may outlive the model.
     std::shared_ptr<std::map<Uuid, std::string>> storedPasswords = std::make_shared<std::map<Uuid, std::string>>();
     AppModel::PasswordAccess passwords{
         .save = [stored = storedPasswords](const std::string& password, const Uuid& id) { (*stored)[id] = password; },

@@ -20,7 +20,7 @@ protected:
     Profile edited() const { return *model->profile(id()); }
 };
 
-TEST_F(ProfileOperations, EditThatTouchesNoContentsLeavesTheBaselineAlone) {
+TEST_F(ProfileOperations, EditOfTheNameKeepsTheBaseline) {
     syncTwoFolders();
     auto profile = edited();
     profile.name = "  Renamed ";
@@ -32,7 +32,7 @@ TEST_F(ProfileOperations, EditThatTouchesNoContentsLeavesTheBaselineAlone) {
     EXPECT_TRUE(model->running(id())) << "an enabled profile goes on";
 }
 
-TEST_F(ProfileOperations, NarrowedContentsAreForgottenAndReAddedOnesComparedAfresh) {
+TEST_F(ProfileOperations, AddedContentsAreComparedAfresh) {
     syncTwoFolders();
     auto profile = edited();
     profile.syncSelection = DownloadSelection{.rules = {{"keep", true}}};
@@ -43,13 +43,13 @@ TEST_F(ProfileOperations, NarrowedContentsAreForgottenAndReAddedOnesComparedAfre
     EXPECT_FALSE(model->remoteDates(id()).contains("drop/b"));
     EXPECT_TRUE(model->baseline(id()).contains("keep/a"));
     EXPECT_EQ(testing::readFile(site / "drop/b"), "1");
-    ASSERT_TRUE(reaches("Watching"));
+    ASSERT_TRUE(reaches(Phase::watching));
 
     editOnServer("drop/b", "server edit", 1);
     profile = edited();
     profile.syncSelection = DownloadSelection::everything();
     model->save(profile, std::nullopt);
-    ASSERT_TRUE(reaches("Watching"));
+    ASSERT_TRUE(reaches(Phase::watching));
     EXPECT_EQ(testing::readFile(site / "drop/b"), "server edit");
     EXPECT_EQ(site.backups(), (testing::FileTree{{"drop/b", "1"}}));
 
@@ -59,8 +59,8 @@ TEST_F(ProfileOperations, NarrowedContentsAreForgottenAndReAddedOnesComparedAfre
     EXPECT_FALSE(edited().enabled);
     EXPECT_FALSE(edited().needsDownload);
     EXPECT_FALSE(model->running(id()));
-    EXPECT_EQ(model->status(id()).title, "Nothing selected");
-    EXPECT_EQ(model->status(id()).detail, "Choose files or folders in Edit sync contents to resume syncing.");
+    EXPECT_EQ(status().phase, Phase::nothingSelected);
+    EXPECT_EQ(status().detail, "Choose files or folders in Edit sync contents to resume syncing.");
 }
 
 TEST_F(ProfileOperations, RefusedSaveChangesNothing) {
@@ -78,7 +78,7 @@ TEST_F(ProfileOperations, RefusedSaveChangesNothing) {
     EXPECT_EQ(edited(), before.profiles.front());
 }
 
-TEST_F(ProfileOperations, StoringAPasswordBlocksNothingAndIsDoneInOrder) {
+TEST_F(ProfileOperations, StoringAPasswordBlocksNothing) {
     std::promise<void> answer;
     passwords.save = [ready = answer.get_future().share(),
                       stored = storedPasswords](const std::string& password, const Uuid& id) {
@@ -110,7 +110,7 @@ TEST_F(ProfileOperations, StoringAPasswordBlocksNothingAndIsDoneInOrder) {
     model->storePassword(other, "late", note);
     model.reset();
     ASSERT_TRUE(testing::workOff(queue));
-    EXPECT_EQ(told.size(), 3U) << "nothing is told once the model has gone";
+    EXPECT_EQ(told.size(), 3U) << "no result once the model is gone";
 }
 
 } // namespace

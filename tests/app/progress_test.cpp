@@ -1,21 +1,13 @@
 // How progress reaches the model, and what ends it.
 #include "app/model_fixture.h"
 #include "model/error.h"
-#include "platform/files.h"
-#include "support/wait_for.h"
 #include "support/work_off.h"
-#include "transport/transfer_observer.h"
 
-#include <atomic>
 #include <latch>
-#include <set>
 #include <vector>
 
 namespace zembrastel {
 namespace {
-
-using namespace std::chrono_literals;
-using Work = TransferProgress::Work;
 
 TransferProgress fileOf(const std::string& path, std::uint64_t done, std::uint64_t queued) {
     return {.file = TransferProgress::File{.path = path, .bytes = 1}, .filesDone = done, .filesQueued = queued};
@@ -39,10 +31,10 @@ protected:
         restart({.work = std::move(work), .clock = clock}).start(id());
     }
 
-    [[nodiscard]] const std::optional<TransferProgress>& progress() const { return model->status(id()).progress; }
+    [[nodiscard]] const std::optional<TransferProgress>& progress() const { return status().progress; }
 };
 
-TEST_F(ModelProgress, ModelThatIsBehindGetsOneReportInItsTurnAndTheWorkerGoesOn) {
+TEST_F(ModelProgress, SlowModelGetsOneReportAndDelaysNoWorker) {
     std::latch reported(1);
     std::latch applied(1);
     std::vector<std::string> seen;
@@ -55,7 +47,7 @@ TEST_F(ModelProgress, ModelThatIsBehindGetsOneReportInItsTurnAndTheWorkerGoesOn)
         worker.events.progress(fileOf("4", 0, 2));
         worker.events.deliver(event::Uploaded{.path = "a", .fingerprint = {}});
     });
-    ASSERT_TRUE(reaches("Uploading"));
+    ASSERT_TRUE(reaches(Phase::uploading));
     reported.wait();
     EXPECT_FALSE(progress());
     ASSERT_TRUE(runUntil([&] {
@@ -71,7 +63,7 @@ TEST_F(ModelProgress, ModelThatIsBehindGetsOneReportInItsTurnAndTheWorkerGoesOn)
     model.reset(); // before what its thread uses
 }
 
-TEST_F(ModelProgress, NothingIsShownOfWorkThatWasStoppedOrIsOver) {
+TEST_F(ModelProgress, StoppedWorkShowsNoProgress) {
     std::latch stopped(1);
     std::latch reported(1);
     startWith([&](const SyncWorker& worker) {
@@ -85,7 +77,7 @@ TEST_F(ModelProgress, NothingIsShownOfWorkThatWasStoppedOrIsOver) {
         reported.count_down();
     });
     ASSERT_TRUE(runUntil([&] { return progress().has_value(); }));
-    ASSERT_TRUE(reaches("Changes queued"));
+    ASSERT_TRUE(reaches(Phase::queued));
     EXPECT_FALSE(progress());
     ASSERT_TRUE(runUntil([&] { return progress().has_value(); }));
     model->toggle(id());

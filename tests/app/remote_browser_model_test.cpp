@@ -4,19 +4,9 @@
 #include "support/local_site.h"
 #include "support/work_off.h"
 
-#include <chrono>
-#include <condition_variable>
-#include <ctime>
-#include <deque>
-#include <filesystem>
-#include <functional>
+#include <atomic>
 #include <gtest/gtest.h>
-#include <memory>
-#include <mutex>
-#include <set>
-#include <string>
 #include <sys/stat.h>
-#include <vector>
 
 namespace zembrastel {
 namespace {
@@ -24,240 +14,161 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 using testing::FtpServer;
-using testing::LocalSite;
 using Texts = std::vector<std::string>;
 
-// A main context on which nothing happens until the test lets it: for results that come too late.
-class HeldContext final : public MainContext {
+// A queue, and whether a result was posted to it.
+class WatchedQueue final : public MainContext {
 public:
-    void post(std::function<void()> work) override {
-        const std::lock_guard lock(mutex);
-        posted.push_back(std::move(work));
-        changed.notify_all();
-    }
-    void postAfter(std::chrono::milliseconds, std::function<void()> work) override { post(std::move(work)); }
-
-    // The next piece of work, once it is there.
-    std::function<void()> take() {
-        std::unique_lock lock(mutex);
-        if (!changed.wait_for(lock, 30s, [this] { return !posted.empty(); })) throw std::runtime_error("nothing came");
-        auto work = std::move(posted.front());
-        posted.pop_front();
-        return work;
+    void post(std::function<void()> work) override { postAfter(0ms, std::move(work)); }
+    void postAfter(std::chrono::milliseconds delay, std::function<void()> work) override {
+        queue.postAfter(delay, std::move(work));
+        posted.test_and_set();
+        posted.notify_all();
     }
 
-    // What is left when no thread posts any more.
-    void runAll() {
-        while (!posted.empty()) take()();
-    }
-
-private:
-    std::mutex mutex;
-    std::condition_variable changed;
-    std::deque<std::function<void()>> posted;
+    MainQueue queue;
+    std::atomic_flag posted;
 };
 
-class Witness final : public RemoteBrowserObserver {
-public:
-    void folderChanged(const std::string& path) override { events.push_back("folder " + path); }
-    void expandedChanged(const std::string& path) override { events.push_back("expanded " + path); }
-
-    Texts events;
-};
-
-// One line a row, indented by its depth; "+" marks what is local only, "/" a folder.
-Texts shown(const RemoteBrowserModel& browser) {
-    Texts lines;
-    for (const auto& row : browser.rows()) {
-        EXPECT_EQ(fs::path(row.path).filename(), row.entry->name);
-        lines.push_back(
-            std::string(static_cast<std::size_t>(row.depth), ' ') + (row.entry->localOnly ? "+" : "") + row.entry->name
-            + (row.entry->directory ? "/" : ""));
-    }
-    return lines;
-}
-
-// A browser of the folder `site` on one server.
-class Browsing {
-public:
+// A browser of the folder `site` on a server.
+struct Browsing : RemoteBrowserObserver {
     explicit Browsing(FtpServer::Kind kind, const Texts& extra = {}) : server(kind, {.extra = extra}), site(server) {
         fs::create_directory(server.root() / "site");
     }
 
     RemoteBrowserModel& open(bool includeLocal = false) {
-        browser = std::make_unique<RemoteBrowserModel>(queue, site.profile, site.password, includeLocal);
-        browser->observe(witness);
+        browser = std::make_unique<RemoteBrowserModel>(context, site.profile, site.password, includeLocal);
+        browser->observe(*this);
+        browser->load("");
         return *browser;
     }
 
-    void put(const testing::FileTree& files) {
-        for (const auto& [path, content] : files) server.put("site/" + path, content);
+    void put(const Texts& paths) {
+        for (const auto& path : paths) server.put("site/" + path, "");
     }
+
+    void folderChanged(const std::string& path) override { events.push_back(path); }
 
     // Until nothing is loading.
     [[nodiscard]] bool settles() {
-        return queue.runUntil([this] { return browser->loading().empty(); }, 30s);
+        return context.queue.runUntil([this] { return browser->loading().empty(); }, 30s);
+    }
+
+    // One line a row, indented by its depth; "+" marks an item that is local only, "/" a folder.
+    [[nodiscard]] Texts shown() const {
+        Texts lines;
+        for (const auto& row : browser->rows()) {
+            EXPECT_EQ(fs::path(row.path).filename(), row.entry->name);
+            lines.push_back(
+                std::string(static_cast<std::size_t>(row.depth), ' ') + (row.entry->localOnly ? "+" : "")
+                + row.entry->name + (row.entry->directory ? "/" : ""));
+        }
+        return lines;
     }
 
     FtpServer server;
-    LocalSite site;
-    Witness witness;
-    MainQueue queue;
+    testing::LocalSite site;
+    Texts events;
+    WatchedQueue context;
     std::unique_ptr<RemoteBrowserModel> browser;
 };
 
-class RemoteBrowser : public ::testing::Test, protected Browsing {
-protected:
-    RemoteBrowser() : Browsing(FtpServer::Kind::vsftpd) {}
-};
+TEST(RemoteBrowser, FailureStaysWithItsFolder) {
+    Browsing shop(FtpServer::Kind::vsftpd);
+    shop.put({"file10", "file2", "Beta/x", "alpha/deep/y", "alpha/.htaccess", "lost/page"});
+    auto& browser = shop.open();
+    ASSERT_TRUE(shop.settles());
+    EXPECT_EQ(shop.shown(), (Texts{"alpha/", "Beta/", "lost/", "file2", "file10"}));
+    EXPECT_EQ(browser.children().size(), 1U);
 
-TEST_F(RemoteBrowser, FoldersOpenOneByOneInFileManagerOrderAndAreListedOnce) {
-    put({{"file10", ""}, {"file2", ""}, {"Beta/x", ""}, {"alpha/deep/y", ""}, {"alpha/.htaccess", ""}});
-    fs::create_directory(server.root() / "site/empty");
-    open().load("");
-    EXPECT_EQ(browser->loading(), (std::set<std::string, std::less<>>{""}));
-    ASSERT_TRUE(settles());
-    EXPECT_EQ(shown(*browser), (Texts{"alpha/", "Beta/", "empty/", "file2", "file10"}));
-    EXPECT_EQ(browser->children().size(), 1U);
+    fs::rename(shop.server.root() / "site/lost", shop.server.root() / "lost");
+    for (const auto* folder : {"alpha", "alpha/deep", "lost"}) browser.toggle(folder); // a child before its parent
+    ASSERT_TRUE(shop.settles());
+    EXPECT_EQ(browser.errors().size(), 1U);
+    EXPECT_EQ(browser.errors().at("lost"), "curl: (9) Server denied you to change to the given directory");
+    fs::rename(shop.server.root() / "lost", shop.server.root() / "site/lost");
+    for (int times = 0; times < 2; ++times) browser.toggle("lost"); // to try again
+    EXPECT_TRUE(browser.errors().empty());
+    ASSERT_TRUE(shop.settles());
+    const Texts opened{"alpha/", " deep/", "  y", " .htaccess", "Beta/", "lost/", " page", "file2", "file10"};
+    EXPECT_EQ(shop.shown(), opened);
 
-    browser->toggle("alpha");
-    browser->toggle("alpha/deep"); // before its parent is there
-    browser->toggle("empty");
-    ASSERT_TRUE(settles());
-    const Texts opened{"alpha/", " deep/", "  y", " .htaccess", "Beta/", "empty/", "file2", "file10"};
-    EXPECT_EQ(shown(*browser), opened);
-    EXPECT_EQ(browser->rows()[2].path, "alpha/deep/y");
-    EXPECT_TRUE(browser->children().at("empty")->empty());
-
-    server.stop(); // nothing needs it again
-    browser->toggle("alpha");
-    EXPECT_EQ(shown(*browser), (Texts{"alpha/", "Beta/", "empty/", "file2", "file10"}));
-    browser->toggle("alpha");
-    EXPECT_EQ(shown(*browser), opened);
-    EXPECT_TRUE(browser->loading().empty());
-    EXPECT_TRUE(browser->errors().empty());
+    shop.server.stop(); // what is loaded needs no server
+    browser.toggle("alpha");
+    EXPECT_EQ(shop.shown(), (Texts{"alpha/", "Beta/", "lost/", " page", "file2", "file10"}));
+    browser.toggle("alpha");
+    EXPECT_EQ(shop.shown(), opened);
+    EXPECT_TRUE(browser.loading().empty() && browser.errors().empty());
 }
 
-TEST_F(RemoteBrowser, FailureStaysWithItsFolderAndReopeningTriesAgain) {
-    put({{"good/page", ""}, {"lost/page", ""}});
-    open().load("");
-    ASSERT_TRUE(settles());
-    fs::rename(server.root() / "site/lost", server.root() / "lost");
-    browser->toggle("lost");
-    browser->toggle("good");
-    ASSERT_TRUE(settles());
-    EXPECT_EQ(browser->errors().size(), 1U);
-    EXPECT_EQ(browser->errors().at("lost"), "curl: (9) Server denied you to change to the given directory");
-    EXPECT_EQ(shown(*browser), (Texts{"good/", " page", "lost/"}));
-
-    fs::rename(server.root() / "lost", server.root() / "site/lost");
-    browser->toggle("lost");
-    browser->toggle("lost");
-    EXPECT_TRUE(browser->errors().empty());
-    ASSERT_TRUE(settles());
-    EXPECT_EQ(shown(*browser), (Texts{"good/", " page", "lost/", " page"}));
-}
-
-TEST_F(RemoteBrowser, LocalProblemNeverHidesWhatTheServerHas) {
-    put({{"linked/page", ""}, {"missing/page", ""}, {"kind/page", ""}, {"ours/page", ""}});
-    testing::writeTree(site.root(), {{"target/secret", ""}, {"kind", "a file here"}, {"ours/local", ""}});
+TEST(RemoteBrowser, LocalItemsHideNoServerItems) {
+    Browsing shop(FtpServer::Kind::odd);
+    shop.put({"linked/page", "kind/page", "ours/page", "both"});
+    const auto& site = shop.site;
+    testing::writeTree(
+        site.root(), {{"target/inner/note", ""},
+                      {"kind", "a file here"},
+                      {"ours/local", ""},
+                      {"both", ""},
+                      {".well-known/key", ""}});
     fs::create_directory_symlink(site / "target", site / "linked");
-    fs::create_directory_symlink(site / "target", site / "only-a-link");
     fs::create_symlink(site / "kind", site / "file-link");
     ASSERT_EQ(::mkfifo((site / "fifo").c_str(), 0600), 0);
     testing::writeFile(site / "caf\xE9", ""); // not UTF-8
     testing::writeFile(site / "two\nlines", "");
-    open(true).load("");
-    for (const auto* folder : {"linked", "missing", "kind", "ours", "target"}) browser->toggle(folder);
-    ASSERT_TRUE(settles());
-    EXPECT_TRUE(browser->errors().contains("target")); // asked for before it was known to be local only
+    auto& browser = shop.open(true);
+    for (const auto* folder : {"linked", "kind", "ours"}) browser.toggle(folder);
+    ASSERT_TRUE(shop.settles());
+    browser.toggle("target");
+    ASSERT_TRUE(shop.settles());
+    EXPECT_TRUE(browser.errors().empty());
     EXPECT_EQ(
-        shown(*browser),
-        (Texts{"kind/", " page", "linked/", " page", "missing/", " page", "ours/", " +local", " page", "+target/"}));
+        shop.shown(), (Texts{
+                          "+.well-known/", "kind/", " page", "linked/", " page", "ours/", " +local", " page",
+                          "+target/", " +inner/", "both"}));
+    EXPECT_TRUE(browser.rows().back().entry->modified) << "the server's entry";
 
-    site.profile.localFolder = site / "nowhere";
-    open(true).load("");
-    ASSERT_TRUE(settles());
-    EXPECT_EQ(shown(*browser), (Texts{"kind/", "linked/", "missing/", "ours/"}));
+    shop.site.profile.localFolder = site / "nowhere";
+    shop.open(true);
+    ASSERT_TRUE(shop.settles());
+    EXPECT_EQ(shop.shown(), (Texts{"kind/", "linked/", "ours/", "both"}));
 }
 
-TEST(RemoteBrowserWithLocal, WhatIsOnBothSidesIsListedOnceAndHiddenLocalItemsAreShown) {
-    Browsing shop(FtpServer::Kind::odd);
-    shop.put({{"shared/server.html", ""}, {"both", "server"}, {"zeta", ""}});
-    testing::writeTree(
-        shop.site.root(),
-        {{"both", "here"}, {"shared/here.html", ""}, {"drafts/inner/note", ""}, {".well-known/key", ""}, {"note", ""}});
-    shop.open(true).load("");
-    ASSERT_TRUE(shop.settles());
-    shop.browser->toggle("drafts");
-    shop.browser->toggle("shared");
-    ASSERT_TRUE(shop.settles());
-    shop.browser->toggle("drafts/inner");
-    ASSERT_TRUE(shop.settles());
-    EXPECT_EQ(
-        shown(*shop.browser), (Texts{
-                                  "+.well-known/", "+drafts/", " +inner/", "  +note", "shared/", " +here.html",
-                                  " server.html", "both", "+note", "zeta"}));
-    EXPECT_TRUE(shop.browser->rows()[7].entry->modified);
-    EXPECT_TRUE(shop.browser->errors().empty());
-
-    shop.open(false).load("");
-    ASSERT_TRUE(shop.settles());
-    EXPECT_EQ(shown(*shop.browser), (Texts{"shared/", "both", "zeta"}));
-}
-
-TEST(RemoteBrowserOnAHangingServer, SlowFolderHoldsUpNeitherTheOthersNorTheEnd) {
+TEST(RemoteBrowser, SlowFolderDelaysNeitherOthersNorTheEnd) {
     Browsing shop(FtpServer::Kind::odd, {"--hang=CWD", "--only=slow*", "--times=4"});
-    shop.put({{"slow1/page", ""}, {"slow2/page", ""}, {"quick/page", ""}});
-    shop.open().load("");
+    shop.put({"slow1/page", "slow2/page", "quick/page"});
+    auto& browser = shop.open();
     ASSERT_TRUE(shop.settles());
-    auto& browser = *shop.browser;
     for (const auto* folder : {"slow1", "slow2", "quick"}) browser.toggle(folder);
-    ASSERT_TRUE(shop.queue.runUntil([&] { return browser.children().contains("quick"); }, 30s));
-    EXPECT_EQ(browser.loading(), (std::set<std::string, std::less<>>{"slow1", "slow2"}));
-
+    ASSERT_TRUE(shop.context.queue.runUntil([&] { return browser.children().contains("quick"); }, 30s));
     const auto begin = std::chrono::steady_clock::now();
-    shop.witness.events.clear();
+    shop.events.clear();
     browser.cancel();
-    EXPECT_EQ(shop.witness.events, (Texts{"folder slow1", "folder slow2"}));
+    EXPECT_EQ(shop.events, (Texts{"slow1", "slow2"}));
     EXPECT_TRUE(browser.loading().empty());
     browser.load("slow1");
     browser.load("slow2");
-    shop.witness.events.clear();
     shop.browser.reset();
-    // curl would wait for its 120 seconds.
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, 10s);
-    ASSERT_TRUE(testing::workOff(shop.queue));
-    EXPECT_TRUE(shop.witness.events.empty());
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 10s) << "curl would wait for its 120 seconds";
 }
 
-TEST_F(RemoteBrowser, ResultThatComesTooLateReachesNobody) {
-    HeldContext context;
-    put({{"old", ""}});
-    const auto begin = [&] {
-        browser = std::make_unique<RemoteBrowserModel>(context, site.profile, site.password, false);
-        browser->observe(witness);
-        browser->load("");
-    };
-    begin();
-    const auto orphan = context.take();
-    browser.reset();
-    orphan();
-    context.runAll();
-    EXPECT_EQ(witness.events, Texts{"folder "});
+TEST(RemoteBrowser, LateResultIsDropped) {
+    Browsing shop(FtpServer::Kind::vsftpd);
+    shop.put({"old"});
+    shop.open();
+    shop.context.posted.wait(false);
+    shop.browser.reset();
+    ASSERT_TRUE(testing::workOff(shop.context.queue));
+    EXPECT_EQ(shop.events, Texts{""}) << "only that loading began";
 
-    begin();
-    const auto late = context.take();
-    browser->cancel();
-    put({{"new", ""}});
-    browser->load("");
-    late();
-    EXPECT_TRUE(browser->children().empty());
-    EXPECT_TRUE(browser->loading().contains(""));
-    while (!browser->loading().empty()) context.take()();
-    EXPECT_EQ(shown(*browser), (Texts{"new", "old"}));
-    browser.reset();
-    context.runAll();
+    shop.context.posted.clear();
+    auto& browser = shop.open();
+    shop.context.posted.wait(false);
+    browser.cancel();
+    shop.put({"new"});
+    browser.load("");
+    ASSERT_TRUE(shop.settles());
+    EXPECT_EQ(shop.shown(), (Texts{"new", "old"}));
 }
 
 } // namespace

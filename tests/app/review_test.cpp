@@ -9,9 +9,9 @@ namespace fs = std::filesystem;
 
 class Review : public testing::ModelFixture {
 protected:
-    // Three files in sync, then closed; on the server two are changed, of which one is edited locally too, and a
-    // further local edit waits.
-    void changeBothSidesWhileClosed() {
+    // Three files in sync, then a restart; meanwhile two of them are changed on the server, and two are edited locally:
+    // one of these two, and the third.
+    void changeBothSides() {
         testing::writeTree(site.root(), {{"both", "1"}, {"theirs", "1"}, {"mine", "1"}});
         withProfile().start(id());
         ASSERT_TRUE(uploads(3));
@@ -21,24 +21,22 @@ protected:
         testing::writeFile(site / "mine", "local edit");
         editOnServer("both", "server edit", 1);
         editOnServer("theirs", "server edit", 1);
+        restart();
     }
 
-    // Then the review is put off, and the colleague changes a third file, which is edited locally as well.
-    RemoteReview postponeWhileAColleagueGoesOn() {
-        changeBothSidesWhileClosed();
-        restart().start(id());
-        EXPECT_TRUE(reaches("Review remote changes"));
-        editOnServer("mine", "meanwhile", 3);
-        return stayPaused();
+    void reviewBothSides() {
+        changeBothSides();
+        model->resume(id());
+        ASSERT_TRUE(reaches(Phase::awaitingReview));
     }
 
-    void expectReviewOfAllAndNothingDone() {
-        ASSERT_TRUE(reaches("Review remote changes"));
+    void expectReviewOfAllAndNothingDone(const std::string& third) {
+        ASSERT_TRUE(reaches(Phase::awaitingReview));
         EXPECT_EQ(offered(), (std::vector<std::string>{"both", "mine", "theirs"}));
         EXPECT_TRUE(model->presentedReview());
         EXPECT_FALSE(model->watching(id()));
-        EXPECT_EQ(model->status(id()).uploaded, 0);
-        EXPECT_EQ(onServer("mine"), "meanwhile");
+        EXPECT_EQ(status().uploaded, 0);
+        EXPECT_EQ(onServer("mine"), third);
         EXPECT_EQ(onServer("both"), "server edit");
         EXPECT_EQ(testing::readFile(site / "both"), "local edit");
         EXPECT_EQ(testing::readFile(site / "theirs"), "1");
@@ -58,17 +56,14 @@ protected:
     }
 };
 
-TEST_F(Review, EachFileGoesTheWayThatWasChosenForItAndLosesNothing) {
-    changeBothSidesWhileClosed();
-    restart().start(id());
-    ASSERT_TRUE(reaches("Review remote changes"));
+TEST_F(Review, ChosenVersionsWinAndLoseNothing) {
+    reviewBothSides();
     EXPECT_EQ(
-        model->status(id()).detail,
-        "2 newer server files found. Uploads are paused until you choose which versions to keep.");
+        status().detail, "2 newer server files found. Uploads are paused until you choose which versions to keep.");
     EXPECT_EQ(decide({"theirs"}), Decision::accepted);
     EXPECT_FALSE(model->presentedReview());
-    EXPECT_EQ(model->status(id()).title, "Downloading server changes");
-    EXPECT_EQ(model->status(id()).detail, "Replacing 1 selected local files, with backups.");
+    EXPECT_EQ(status().phase, Phase::downloadingReview);
+    EXPECT_EQ(status().detail, "Replacing 1 selected local files, with backups.");
     ASSERT_TRUE(uploads(2));
     EXPECT_EQ(onServer("both"), "local edit");
     EXPECT_EQ(testing::readFile(site / "theirs"), "server edit");
@@ -82,81 +77,82 @@ TEST_F(Review, LeftFileStaysAwayUntilEverythingIsSent) {
     ASSERT_TRUE(runUntil([&] { return model->remoteDates(id()).size() == 2; }));
     fs::remove(server.root() / "site/gone");
     restart().start(id());
-    ASSERT_TRUE(reaches("Watching"));
+    ASSERT_TRUE(reaches(Phase::watching));
     EXPECT_EQ(model->missingOnServer(id()), PathSet{"gone"});
     model->leaveMissing(id());
     restart().start(id());
-    ASSERT_TRUE(reaches("Watching"));
+    ASSERT_TRUE(reaches(Phase::watching));
     EXPECT_TRUE(model->missingOnServer(id()).empty());
-    EXPECT_EQ(model->status(id()).uploaded, 0);
+    EXPECT_EQ(status().uploaded, 0);
 
     server.stop();
     model->sendAgain(id(), Resend::everything);
-    ASSERT_TRUE(reaches("Server check needs attention"));
+    ASSERT_TRUE(reaches(Phase::checkFailed));
     EXPECT_EQ(savedBaseline().size(), 2U) << "nothing is forgotten before the comparison";
+    restart(); // the request outlives the program
     server.restart();
+    model->start(id());
     ASSERT_TRUE(uploads(1));
-    ASSERT_TRUE(reaches("Watching"));
-    EXPECT_EQ(model->status(id()).uploaded, 1) << "the other file is equal";
+    ASSERT_TRUE(reaches(Phase::watching));
+    EXPECT_EQ(status().uploaded, 1) << "the other file is equal";
     EXPECT_EQ(onServer("gone"), "1");
+    EXPECT_EQ(ResendRequest(stateFolder / "state", id()).read(), std::nullopt);
 }
 
 TEST_F(Review, DecisionIsKeptByAProgramThatDoesNotWatch) {
-    changeBothSidesWhileClosed();
+    changeBothSides();
     restart({.clock = clock, .watches = false}).start(id());
-    ASSERT_TRUE(reaches("Review remote changes"));
+    ASSERT_TRUE(reaches(Phase::awaitingReview));
     EXPECT_EQ(decide({}), Decision::accepted);
     EXPECT_FALSE(model->running(id()));
-    EXPECT_EQ(model->status(id()).title, "Paused");
+    EXPECT_EQ(status().phase, Phase::paused);
     EXPECT_EQ(onServer("mine"), "1");
     restart().start(id());
     EXPECT_TRUE(uploads(2));
 }
 
-// The harm in each: what a colleague changed after the review that was put off is overwritten.
-TEST_F(Review, LateDecisionDuringTheCheckOverwritesNothing) {
-    const RemoteReview late = postponeWhileAColleagueGoesOn();
-    model->start(id());
-    EXPECT_EQ(model->status(id()).title, "Checking server");
-    EXPECT_FALSE(model->reviews().contains(id()));
-    EXPECT_EQ(model->resolveReview(id(), late.reviewId, {"theirs"}), Decision::outdated);
-    expectReviewOfAllAndNothingDone();
-}
-
-TEST_F(Review, LateDecisionOnFewerFilesOverwritesNothing) {
-    const RemoteReview late = postponeWhileAColleagueGoesOn();
+// The harm: what a colleague changed after the postponed review is overwritten.
+TEST_F(Review, LateDecisionOverwritesNothing) {
+    reviewBothSides();
+    editOnServer("mine", "meanwhile", 3);
+    const RemoteReview late = stayPaused();
     model->openReview(id());
     model->start(id());
-    EXPECT_FALSE(model->presentedReview()) << "the sheet goes with its review";
-    ASSERT_TRUE(reaches("Review remote changes"));
+    EXPECT_FALSE(model->presentedReview()) << "the sheet closes with its review";
+    EXPECT_EQ(status().phase, Phase::checking);
+    EXPECT_EQ(model->resolveReview(id(), late.reviewId, {"theirs"}), Decision::outdated);
+    ASSERT_TRUE(reaches(Phase::awaitingReview));
     EXPECT_EQ(model->resolveReview(id(), late.reviewId, {}), Decision::outdated);
     model->pauseReview(id(), late.reviewId);
-    expectReviewOfAllAndNothingDone();
+    expectReviewOfAllAndNothingDone("meanwhile");
+
+    const RemoteReview next = stayPaused();
+    editOnServer("mine", "even later", 4);
+    EXPECT_EQ(decide({"both"}), Decision::accepted);
+    expectReviewOfAllAndNothingDone("even later");
+    EXPECT_NE(model->reviews().at(id()).reviewId, next.reviewId);
+    EXPECT_TRUE(model->profile(id())->enabled);
 }
 
 TEST_F(Review, LateDecisionWhileWatchingStartsNoSecondWorker) {
-    changeBothSidesWhileClosed();
-    restart().start(id());
-    ASSERT_TRUE(reaches("Review remote changes"));
+    reviewBothSides();
     const RemoteReview late = stayPaused();
     for (const auto* path : {"both", "theirs"}) editOnServer(path, "server edit", -1); // no longer newer
     model->startWithoutCheck(id());
-    ASSERT_TRUE(reaches("Watching"));
+    ASSERT_TRUE(reaches(Phase::watching));
     ASSERT_TRUE(uploads(2));
     EXPECT_EQ(model->resolveReview(id(), late.reviewId, {"theirs"}), Decision::outdated);
     EXPECT_TRUE(model->watching(id()));
     EXPECT_EQ(logged("Watching started."), 1U);
     editOnServer("theirs", "a later edit", 3);
     model->retryCheck(id());
-    ASSERT_TRUE(reaches("Review remote changes"));
+    ASSERT_TRUE(reaches(Phase::awaitingReview));
     EXPECT_EQ(offered(), std::vector<std::string>{"theirs"});
     EXPECT_EQ(onServer("theirs"), "a later edit");
 }
 
 TEST_F(Review, PostponedDecisionResumesAndAsksNoSecondTime) {
-    changeBothSidesWhileClosed();
-    restart().resume(id());
-    ASSERT_TRUE(reaches("Review remote changes"));
+    reviewBothSides();
     (void)stayPaused();
     EXPECT_EQ(offered(), (std::vector<std::string>{"both", "theirs"}));
     EXPECT_FALSE(saved().profiles.front().enabled);
@@ -172,22 +168,12 @@ TEST_F(Review, PostponedDecisionResumesAndAsksNoSecondTime) {
     EXPECT_TRUE(model->running(id()));
 }
 
-TEST_F(Review, PostponedDecisionIsAskedAgainAfterANewEdit) {
-    const RemoteReview late = postponeWhileAColleagueGoesOn();
-    EXPECT_EQ(decide({"both"}), Decision::accepted);
-    expectReviewOfAllAndNothingDone();
-    EXPECT_NE(model->reviews().at(id()).reviewId, late.reviewId);
-    EXPECT_TRUE(model->profile(id())->enabled);
-}
-
 TEST_F(Review, PausedReviewLetsNoLaterLocalEditOverwriteIt) {
-    changeBothSidesWhileClosed();
-    restart().start(id());
-    ASSERT_TRUE(reaches("Review remote changes"));
+    reviewBothSides();
     model->pause(id());
     editLater("theirs");
     model->resume(id());
-    ASSERT_TRUE(reaches("Review remote changes"));
+    ASSERT_TRUE(reaches(Phase::awaitingReview));
     EXPECT_EQ(offered(), (std::vector<std::string>{"both", "theirs"}));
     EXPECT_EQ(onServer("theirs"), "server edit");
 }
@@ -201,12 +187,12 @@ TEST_F(Review, ChangedFilesDoNotStopTheOtherDownloads) {
     testing::writeFile(site / "mine", "local edit");
     for (const auto* path : {"edited", "fine", "gone", "removed"}) editOnServer(path, "server edit", 1);
     model->resume(id());
-    ASSERT_TRUE(reaches("Review remote changes"));
+    ASSERT_TRUE(reaches(Phase::awaitingReview));
     editLater("edited");
     fs::remove(site / "gone");
     fs::remove(server.root() / "site/removed");
     EXPECT_EQ(decide({"edited", "fine", "gone", "removed"}), Decision::accepted);
-    ASSERT_TRUE(reaches("Review remote changes"));
+    ASSERT_TRUE(reaches(Phase::awaitingReview));
     EXPECT_EQ(
         logged("Not downloaded, because they changed meanwhile: edited, gone, removed. The server is checked again "
                "before anything is uploaded."),
@@ -225,28 +211,24 @@ TEST_F(Review, ChangedFilesDoNotStopTheOtherDownloads) {
 }
 
 TEST_F(Review, FailedDownloadCanBeRetriedBeforeAnyUpload) {
-    changeBothSidesWhileClosed();
-    restart().start(id());
-    ASSERT_TRUE(reaches("Review remote changes"));
+    reviewBothSides();
     server.stop();
     EXPECT_EQ(decide({"theirs"}), Decision::accepted);
-    EXPECT_EQ(model->status(id()).title, "Downloading server changes");
-    ASSERT_TRUE(reaches("Server check needs attention"));
-    EXPECT_TRUE(model->status(id()).detail.ends_with(
-        " Uploads remain paused. Retry the server check to review the latest versions."))
-        << model->status(id()).detail;
+    EXPECT_EQ(status().phase, Phase::downloadingReview);
+    ASSERT_TRUE(reaches(Phase::checkFailed));
+    EXPECT_TRUE(
+        status().detail.ends_with(" Uploads remain paused. Retry the server check to review the latest versions."))
+        << status().detail;
     editLater("theirs");
     server.restart();
     model->retryCheck(id());
-    ASSERT_TRUE(reaches("Review remote changes"));
+    ASSERT_TRUE(reaches(Phase::awaitingReview));
     EXPECT_EQ(offered(), std::vector<std::string>{"theirs"}) << "the other file's version was kept";
     EXPECT_EQ(onServer("mine"), "1");
 }
 
 TEST_F(Review, DecisionThatCannotBeSavedIsNone) {
-    changeBothSidesWhileClosed();
-    restart().start(id());
-    ASSERT_TRUE(reaches("Review remote changes"));
+    reviewBothSides();
     fs::rename(stateFolder / "state", stateFolder / "aside");
     testing::writeFile(stateFolder / "state", "in the way");
     const RemoteDates dates = model->remoteDates(id());

@@ -17,11 +17,13 @@ TEST(SupportDetails, PasswordIsNowhereInThem) {
     profile.exclusions = Exclusions("*.psd\n" + password);
     profile.syncSelection = DownloadSelection{{{"images", true}, {"images/" + password, false}}};
     ProfileStatus status;
-    status.title = "Waiting to retry";
+    status.phase = Phase::waitingToRetry;
     status.detail = "530 no " + password;
     for (int n = 0; n < 100; ++n) {
         status.activity.push_back(
-            {.date = {}, .text = "line " + std::to_string(n) + "\nof " + password, .error = n == 0});
+            {.date = {},
+             .text = "line " + std::to_string(n) + "\nof " + password,
+             .kind = n == 0 ? Activity::Kind::failure : Activity::Kind::note});
     }
     const auto details = supportDetails(
         {.program = "zembrastel 9.8",

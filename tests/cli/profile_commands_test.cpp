@@ -26,9 +26,9 @@ protected:
     }
 
     // Runs the command on a terminal where this is typed.
-    [[nodiscard]] CliResult typed(const std::string& text, const CliPlace::Arguments& arguments) const {
+    [[nodiscard]] CliResult answer(const std::string& text, const std::string& command) const {
         return place.runInShellWithSecretService(
-            "printf '" + text + "\\n' | script -qec " + cli::shellQuoted(place.shellCommand(arguments)) + " /dev/null");
+            "printf '" + text + "\\n' | script -qec " + cli::shellQuoted(place.shellCommand(command)) + " /dev/null");
     }
 
     CliPlace place;
@@ -36,11 +36,9 @@ protected:
     Profile profile;
 };
 
-TEST_F(ProfileCommands, SetChangesWhatIsNamedAndNothingElse) {
-    const auto result = place.run(
-        {"profile", "set", "x", "--host", "h2", "--transport", "implicit", "--exclude", "*.psd", "--disabled",
-         "--json"});
-    ASSERT_EQ(result.status, 0) << result.errors;
+TEST_F(ProfileCommands, SetChangesOnlyTheNamedSettings) {
+    const auto result =
+        place.expect(0, "profile set x --host h2 --transport implicit --exclude *.psd --disabled --json");
     Profile expected = profile;
     expected.host = "h2";
     expected.transport = TransferProtocol::implicitTLS;
@@ -51,153 +49,118 @@ TEST_F(ProfileCommands, SetChangesWhatIsNamedAndNothingElse) {
     EXPECT_EQ(decodeProfile(result.output), expected);
     EXPECT_EQ(place.saved().baselines.at(profile.id).size(), 1U); // no upload is forgotten
 
-    ASSERT_EQ(place.run({"profile", "set", "x", "--port", "2121"}).status, 0);
-    ASSERT_EQ(place.run({"profile", "set", "x", "--transport", "ftp", "--enabled"}).status, 0);
-    EXPECT_EQ(place.saved().profiles.front().port, 2121); // an unusual one was meant
-    EXPECT_TRUE(place.saved().profiles.front().enabled);
-    EXPECT_TRUE(contains(place.run({"profile", "show", "x"}).output, "web@h2:2121\n"));
+    place.expect(0, "profile set x --port 2121");
+    place.expect(0, "profile set x --transport ftp --enabled");
+    place.expect(0, "profile show x", {"web@h2:2121\n", "Enabled           yes\n"}); // an unusual port was meant
 }
 
-TEST_F(ProfileCommands, ChangedSelectionIsDownloadedBeforeItIsUploaded) {
-    ASSERT_EQ(place.run({"profile", "set", "x", "--sync", "images"}).status, 0);
-    EXPECT_TRUE(place.saved().profiles.front().needsDownload);
-    EXPECT_FALSE(place.saved().baselines.at(profile.id).contains("index.html"));
-    ASSERT_EQ(place.run({"profile", "set", "x", "--no-sync", "/"}).status, 0);
-    EXPECT_FALSE(place.saved().profiles.front().enabled);
-}
-
-TEST_F(ProfileCommands, RefusedChangeLeavesTheSavedStateUntouched) {
+TEST_F(ProfileCommands, RefusedChangeLeavesTheSavedState) {
     Profile other = profile;
     other.id = Uuid::random();
     other.name = "y";
     save({profile, other});
     const std::string before = readFile(place.stateFile());
-    const std::vector<std::pair<CliPlace::Arguments, std::string>> refused{
-        {{"set", "x", "--name", "y"}, "There is a profile \"y\" already."},
-        {{"set", "x", "--name", ""}, "Enter a name"},
-        {{"set", "x", "--host", "new", "--password-command", "echo hush"}, "Keychain: "},
-        {{"duplicate", "x", "y"}, "There is a profile \"y\" already."},
-        {{"duplicate", "x", "--with-password"}, "Keychain: "},
-        {{"remove", "x", "--yes"}, "--keep-password"},
-        {{"export", "z"}, "No profile has the name or id"},
-        {{"import", "/nonexistent/file"}, "Cannot import"}};
-    for (auto [arguments, words] : refused) {
-        arguments.insert(arguments.begin(), "profile");
-        const auto result = place.run(arguments);
-        EXPECT_EQ(result.status, 1) << ::testing::PrintToString(arguments);
-        EXPECT_TRUE(contains(result.errors, words));
-        EXPECT_TRUE(isOneLine(result.errors)) << result.errors;
-        EXPECT_EQ(readFile(place.stateFile()), before) << ::testing::PrintToString(arguments);
+    struct Case {
+        std::string line;
+        int status;
+        std::string printed;
+    };
+    for (const auto& [line, status, printed] : std::vector<Case>{
+             {"set x --name y", 1, "There is a profile \"y\" already."},
+             {"set x --name ''", 1, "Enter a name"},
+             {"set x --host new --password-command 'echo hush'", 1, "Keychain: "},
+             {"set x --ask-password", 2, "needs a terminal"},
+             {"duplicate x y", 1, "There is a profile \"y\" already."},
+             {"duplicate x --with-password", 1, "Keychain: "},
+             {"remove x --yes", 1, "--keep-password"},
+             {"remove x", 2, "needs a terminal"},
+             {"export z", 1, "No profile has the name or id"},
+             {"import /nonexistent/file", 1, "Cannot import"}}) {
+        place.expect(status, "profile " + line, {printed});
+        EXPECT_EQ(readFile(place.stateFile()), before);
     }
-    EXPECT_EQ(place.run({"profile", "remove", "x"}).status, 2); // there is no terminal to ask in
-    EXPECT_EQ(place.run({"profile", "set", "x", "--ask-password"}).status, 2);
-    EXPECT_EQ(readFile(place.stateFile()), before);
 }
 
-TEST_F(ProfileCommands, RemovalIsAskedForAndKeepsAllFiles) {
+TEST_F(ProfileCommands, RemovalAsksAndKeepsAllFiles) {
     const auto files = readTree(site);
-    const auto kept = typed("n", {"profile", "remove", "x"});
+    const auto kept = answer("n", "profile remove x");
     EXPECT_EQ(kept.status, 1);
     EXPECT_TRUE(contains(
         kept.output,
         "This removes the saved connection and its Keychain password. Your local and remote files are kept."));
     EXPECT_EQ(place.saved().profiles.size(), 1U);
-    EXPECT_EQ(typed("yes", {"profile", "remove", "x"}).status, 0);
+    EXPECT_EQ(answer("yes", "profile remove x").status, 0);
     EXPECT_EQ(place.saved(), (SavedState{.profiles = {}, .baselines = {}, .remoteDates = place.saved().remoteDates}));
     EXPECT_EQ(readTree(site), files);
     save({profile});
-    EXPECT_EQ(place.run({"profile", "remove", "x", "--yes", "--keep-password"}).status, 0);
+    place.expect(0, "profile remove x --yes --keep-password");
     EXPECT_TRUE(place.saved().profiles.empty());
 }
 
-TEST_F(ProfileCommands, ExportIsImportedElsewhereOnceAndWithoutStarting) {
+TEST_F(ProfileCommands, ImportStartsNothingAndReplacesNothing) {
     profile.remoteFolder = "/\u202Etxt"; // would be shown from right to left
     save({profile});
-    const auto file = place.path("export.json");
-    ASSERT_EQ(place.run({"profile", "export", "x", "--output", file.string()}).status, 0);
-    EXPECT_EQ(readFile(file), place.run({"profile", "export"}).output);
-    for (const auto& command : {CliPlace::Arguments{"profile", "export"}, {"profile", "list", "--json"}}) {
-        const auto shown = place.run(command).output;
-        EXPECT_TRUE(contains(shown, R"("remoteFolder":"/\u202Etxt")")) << shown;
-    }
+    const auto file = place.path("export.json").string();
+    place.expect(0, "profile export x --output " + file);
+    EXPECT_EQ(readFile(file), place.expect(0, "profile export", {R"("remoteFolder":"/\u202Etxt")"}).output);
+    place.expect(0, "profile list --json", {R"("remoteFolder":"/\u202Etxt")"});
 
     const CliPlace other;
-    const auto dry = other.run({"profile", "import", file.string(), "--dry-run", "--json"});
-    EXPECT_EQ(dry.status, 0) << dry.errors;
-    EXPECT_TRUE(contains(dry.output, R"({"event":"importable","profile":"x")"));
+    other.expect(0, "profile import --dry-run --json " + file, {R"({"event":"importable","profile":"x")"});
     EXPECT_FALSE(std::filesystem::exists(other.stateFile()));
-    ASSERT_EQ(other.run({"profile", "import", "-"}, "< '" + file.string() + "'").status, 0);
+    ASSERT_EQ(other.run("profile import -", "< " + file).status, 0);
     Profile expected = profile;
     expected.enabled = false;
     EXPECT_EQ(other.saved().profiles, std::vector{expected});
-    const auto again = other.run({"profile", "import", file.string()});
-    EXPECT_EQ(again.status, 1);
-    EXPECT_TRUE(contains(again.output, "Skipped \"x\": There is a profile of this name already."));
+    other.expect(1, "profile import " + file, {"Skipped \"x\": There is a profile of this name already."});
 }
 
-TEST_F(ProfileCommands, ImportTakesWhatItCanAndTellsTheRest) {
-    const auto file = place.path("sites.xml");
+TEST_F(ProfileCommands, ImportNamesWhatItSkips) {
+    const auto file = place.path("sites.xml").string();
+    const std::string folder = "<LocalDir>" + site.string() + "</LocalDir></Server>";
     writeFile(
         file, R"(<FileZilla3><Servers>
         <Server><Host>a</Host><Protocol>4</Protocol><User>u</User><Name>no folder</Name></Server>
         <Server><Host>b</Host><Protocol>1</Protocol><User>u</User><Name>shell</Name></Server>
-        <Server><Host>c</Host><Protocol>4</Protocol><User>u</User><Name>good</Name><LocalDir>)"
-                  + site.string() + R"(</LocalDir></Server>
-        <Server><Host>d</Host><Protocol>4</Protocol><User>u</User><Pass encoding="base64">aHVzaA==</Pass>
-        <Name>secret</Name><LocalDir>)"
-                  + site.string() + "</LocalDir></Server></Servers></FileZilla3>");
-    const auto import = [&](CliPlace::Arguments more) {
-        more.insert(more.begin(), {"profile", "import", file.string()});
-        return place.run(more);
-    };
-    const auto result = import({});
-    EXPECT_EQ(result.status, 0) << result.errors;
-    EXPECT_TRUE(contains(result.output, "Imported \"good\": u@c:21, FTPS (TLS), /, from " + site.string()));
-    EXPECT_TRUE(contains(result.output, "Skipped \"no folder\": It has no local folder. --only NAME"));
-    EXPECT_TRUE(contains(result.output, "Skipped \"shell\": It uses SFTP;"));
-    EXPECT_TRUE(contains(result.output, "Skipped \"secret\": Keychain: ")); // none is there
-    EXPECT_EQ(place.saved().profiles.size(), 2U);
-    EXPECT_EQ(import({"--local-folder", site.string()}).status, 2);
-    EXPECT_EQ(import({"--only", "shell"}).status, 1);
-    EXPECT_EQ(import({"--only", "no folder", "--local-folder", site.string(), "--remote-folder", "/www"}).status, 0);
+        <Server><Host>c</Host><Protocol>4</Protocol><User>u</User><Name>good</Name>)"
+                  + folder + R"(<Server><Host>d</Host><Protocol>4</Protocol><User>u</User>
+        <Pass encoding="base64">aHVzaA==</Pass><Name>secret</Name>)"
+                  + folder + "</Servers></FileZilla3>");
+    const std::string import = "profile import " + file;
+    const auto result = place.expect(
+        0, import,
+        {"Imported \"good\": u@c:21, FTPS (TLS), /, from " + site.string(),
+         "Skipped \"no folder\": It has no local folder. --only NAME", "Skipped \"shell\": It uses SFTP;",
+         "Skipped \"secret\": Keychain: "}); // there is none
+    place.expect(2, import + " --local-folder " + site.string());
+    place.expect(1, import + " --only shell");
+    place.expect(0, import + " --only 'no folder' --remote-folder /www --local-folder " + site.string());
     EXPECT_EQ(place.saved().profiles.back().remoteFolder, "/www");
-    EXPECT_EQ(import({"--only", "secret", "--no-passwords"}).status, 0);
+    place.expect(0, import + " --only secret --no-passwords");
     EXPECT_EQ(place.saved().profiles.size(), 4U);
     EXPECT_FALSE(contains(result.output + result.errors + readFile(place.stateFile()), "hush"));
 }
 
-TEST_F(ProfileCommands, WhyNamesWhatDecides) {
+TEST_F(ProfileCommands, WhyNamesTheDecidingRule) {
     profile.exclusions = Exclusions("*.psd\nbuild/out");
     profile.syncSelection = DownloadSelection{{{"", true}, {"images", false}, {"images/keep", true}}};
     save({profile});
     std::filesystem::create_symlink("index.html", site / "link");
-    struct Case {
-        std::string path;
-        bool synced;
-        std::string reason;
-        std::string decider;
-    };
-    const std::vector<Case> cases{
-        {"index.html", true, "selection", "/"},
-        {(site / "index.html").string(), true, "selection", "/"},
-        {"./a//b.psd/c", false, "exclusion", "*.psd"},
-        {"build/out/x", false, "exclusion", "build/out"},
-        {"a/.#b", false, "reserved", ".#"},
-        {"images/a.svg", false, "selection", "images"},
-        {"images/keep/a.svg", true, "selection", "images/keep"},
-        {"link", false, "link", "link"}};
-    for (const auto& [path, synced, reason, decider] : cases) {
-        const auto result = place.run({"why", "x", path, "--json"});
-        EXPECT_EQ(result.status, 0) << result.errors;
-        const std::string words = std::string(R"("synced":)") + (synced ? "true" : "false") + R"(,"reason":")" + reason
-                                  + R"(","decider":")" + decider + "\"";
-        EXPECT_TRUE(contains(result.output, words)) << path;
+    for (const auto& [path, expected] : std::vector<std::pair<std::string, std::string>>{
+             {"index.html", R"(true,"reason":"selection","decider":"/")"},
+             {(site / "index.html").string(), R"(true,"reason":"selection","decider":"/")"},
+             {"./a//b.psd/c", R"(false,"reason":"exclusion","decider":"*.psd")"},
+             {"build/out/x", R"(false,"reason":"exclusion","decider":"build/out")"},
+             {"a/.#b", R"(false,"reason":"reserved","decider":".#")"},
+             {"images/a.svg", R"(false,"reason":"selection","decider":"images")"},
+             {"images/keep/a.svg", R"(true,"reason":"selection","decider":"images/keep")"},
+             {"link", R"(false,"reason":"link","decider":"link")"}}) {
+        place.expect(0, "why x --json '" + path + "'", {R"("synced":)" + expected});
     }
-    EXPECT_EQ(
-        place.run({"why", "x", "a/b.psd"}).output,
-        "\"a/b.psd\" is not synced. The exclusion rule \"*.psd\" leaves out \"a/b.psd\".\n");
-    EXPECT_EQ(place.run({"why", "x", "/etc/passwd"}).status, 2);
-    EXPECT_EQ(place.run({"why", "x", "../y"}).status, 2);
+    place.expect(
+        0, "why x a/b.psd", {"\"a/b.psd\" is not synced. The exclusion rule \"*.psd\" leaves out \"a/b.psd\".\n"});
+    place.expect(2, "why x /etc/passwd");
+    place.expect(2, "why x ../y");
 }
 
 } // namespace

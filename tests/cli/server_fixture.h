@@ -11,7 +11,7 @@
 
 namespace zembrastel::testing {
 
-// A local folder "site", and a profile "My website" for it.
+// A local folder "site", and a profile "My website" for it. Every command gets its password.
 class CliWithServer : public ::testing::Test {
 protected:
     static constexpr std::chrono::seconds limit{30};
@@ -35,33 +35,33 @@ protected:
         place.saveProfile(profile);
     }
 
-    [[nodiscard]] CliPlace::Arguments withPassword(CliPlace::Arguments arguments) const {
-        arguments.insert(arguments.end(), {"--password-file", place.passwordFile().string()});
-        return arguments;
+    // Runs a command for the profile: "push --all".
+    CliResult expect(
+        int status, const std::string& command, const Texts& texts = {},
+        const std::source_location& where = std::source_location::current()) const {
+        const auto end = command.find(' ');
+        const std::string options = end == std::string::npos ? "" : command.substr(end);
+        return place.expect(status, command.substr(0, end) + " 'My website'" + options, texts, where);
     }
 
-    [[nodiscard]] CliResult run(const CliPlace::Arguments& arguments) const {
-        return place.run(withPassword(arguments));
-    }
+    [[nodiscard]] Program startWatch() const { return place.start("watch 'My website' --json"); }
 
-    [[nodiscard]] Program startWatch() const { return place.start(withPassword({"watch", "My website", "--json"})); }
-
-    // Everything told until a line contains `words`, that line included.
+    // Everything printed until a line contains `words`, that line included.
     static std::string readUntil(Program& program, const std::string& words) {
-        std::string told;
-        while (told.find(words) == std::string::npos) told += program.readLine(limit) + "\n";
-        return told;
+        std::string printed;
+        while (printed.find(words) == std::string::npos) printed += program.readLine(limit) + "\n";
+        return printed;
     }
 
     static std::string readUntilWatching(Program& program) { return readUntil(program, R"("title":"Watching")"); }
 
-    // For a program that watches that is no failure.
+    // A program that watches ends without failure.
     static void end(Program& program, int signal = SIGTERM) {
         ::kill(program.pid(), signal);
         EXPECT_EQ(program.wait(), 0);
     }
 
-    // As if somebody else had changed the file on the server since.
+    // As if another person had changed the file on the server since.
     void changeOnServer(const std::string& path, std::string_view text, std::chrono::seconds later) {
         server->put("site/" + path, text);
         touch(serverSite / path, std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()) + later);

@@ -22,7 +22,7 @@ std::string wordsOf(const std::string& text) {
     return lines;
 }
 
-TEST(ShellWords, PasswordCommandGetsTheArgumentsThatAShellWouldGiveIt) {
+TEST(ShellWords, PasswordCommandGetsItsArgumentsAsInAShell) {
     for (const std::string text :
          {"", " \t\n", "  secret-tool   lookup\tname 'My website' ", R"("a b"'c d'e\ f)", R"('' "" x)",
           R"("say \"hi\" \\ \$5 \`x\` \n \a")", R"('no \escape "here"')", R"(a\'b\"c\\d)", R"("it's")", "\\a\\ \\\tb",
@@ -38,7 +38,7 @@ TEST(ShellWords, PasswordCommandGetsTheArgumentsThatAShellWouldGiveIt) {
     }
 }
 
-TEST(ShellWords, CommandToTypeNamesTheSameProfileInAShell) {
+TEST(ShellWords, PrintedCommandNamesTheSameProfile) {
     for (const std::string word :
          {"plain", "My website", "it's", "", "$HOME", "a\"b\\c", "*", "~/x", "line\nfeed", "-x=1", "été", "a;b"}) {
         EXPECT_EQ(wordsOfShell(shellQuoted(word)), "<" + word + ">\n");

@@ -23,14 +23,14 @@ protected:
     std::filesystem::path site = place.path("site");
 };
 
-TEST_F(SupportCommands, VersionComesBackWhileAnotherProgramHoldsTheState) {
+TEST_F(SupportCommands, RestoreWorksBesideARunningProgram) {
     const std::string older = "11111111-2222-4333-8444-555555555555";
     const std::string newer = "AAAAAAAA-2222-4333-8444-555555555555";
     std::filesystem::create_directory(site);
     Profile profile;
     profile.localFolder = site.string();
     saveProfile(profile);
-    EXPECT_TRUE(contains(place.run({"backups", "Site"}).output, "There are no backups yet."));
+    place.expect(0, "backups Site", {"There are no backups yet."});
 
     writeFile(site / "index.html", "now");
     keepVersion(site, older, "index.html", "oldest", 5);
@@ -38,60 +38,45 @@ TEST_F(SupportCommands, VersionComesBackWhileAnotherProgramHoldsTheState) {
     keepVersion(site, "BBBBBBBB-2222-4333-8444-555555555555", "images/a.svg", "<svg/>", 9);
     const auto lock = InstanceLock::acquire(place.state());
     ASSERT_TRUE(lock);
+    place.expect(
+        0, "backups Site --json",
+        {R"("files":2,"versions":3,"bytes":17)",
+         R"({"event":"backup","path":"index.html","backup":")" + newer
+             + R"(","kept":"2026-03-04T09:00:00Z","modified":"2026-03-04T08:00:00Z","bytes":5,"version":1})"});
+    EXPECT_FALSE(contains(place.expect(0, "backups Site images").output, "index.html"));
 
-    const auto listed = place.run({"backups", "Site", "--json"});
-    EXPECT_TRUE(contains(listed.output, R"("files":2,"versions":3,"bytes":17)"));
-    EXPECT_TRUE(contains(
-        listed.output,
-        R"({"event":"backup","path":"index.html","backup":")" + newer
-            + R"(","kept":"2026-03-04T09:00:00Z","modified":"2026-03-04T08:00:00Z","bytes":5,"version":1})"));
-    EXPECT_FALSE(contains(place.run({"backups", "Site", "images"}).output, "index.html"));
-
-    // Which one is meant is never guessed.
-    const auto unclear = place.run({"restore", "Site", "index.html"});
-    EXPECT_EQ(unclear.status, 2);
-    EXPECT_TRUE(contains(unclear.errors, "2026-03-04 09:00:00 (AAAAAAAA), 2026-03-04 05:00:00 (11111111)"));
-    EXPECT_EQ(place.run({"restore", "Site", "index.html", "--version", "2026-03-04"}).status, 1);
-    EXPECT_EQ(place.run({"restore", "Site", "index.html", "--version", "2020"}).status, 1);
-    EXPECT_EQ(place.run({"restore", "Site", "missing.html", "--latest"}).status, 1);
+    // The program never guesses which version is meant.
+    place.expect(2, "restore Site index.html", {"2026-03-04 09:00:00 (AAAAAAAA), 2026-03-04 05:00:00 (11111111)"});
+    place.expect(1, "restore Site index.html --version 2026-03-04");
+    place.expect(1, "restore Site index.html --version 2020");
+    place.expect(1, "restore Site missing.html --latest");
     EXPECT_EQ(index(), "now");
-
-    const auto restored = place.run({"restore", "Site", "index.html", "--version", "2026-03-04 05:00"});
-    EXPECT_EQ(restored.status, 0) << restored.errors;
-    EXPECT_TRUE(contains(restored.output, "The version that it replaced is a backup now."));
-    EXPECT_TRUE(contains(restored.errors, "uploads the file"));
+    place.expect(
+        0, "restore Site index.html --version '2026-03-04 05:00'",
+        {"The version that it replaced is a backup now.", "uploads the file"});
     EXPECT_EQ(index(), "oldest");
-    EXPECT_EQ(place.run({"restore", "Site", (site / "index.html").string(), "--latest"}).status, 0);
+    place.expect(0, "restore Site --latest " + (site / "index.html").string());
     EXPECT_EQ(index(), "now");
-    EXPECT_EQ(place.run({"restore", "Site", "./index.html", "--version", "aaaa"}).status, 0);
+    place.expect(0, "restore Site ./index.html --version aaaa");
     EXPECT_EQ(index(), "older");
 }
 
-TEST_F(SupportCommands, DoctorSaysWhatIsWrongAndNeverThePassword) {
+TEST_F(SupportCommands, DoctorPrintsProblemsAndNoPassword) {
     FtpServer server(FtpServer::Kind::odd, {.extra = {"--echo", "--no-replace"}});
     server.put("page", "x");
     std::filesystem::create_directory(site);
     saveProfile(profileFor(server, site, server.remoteFolder()));
-    const auto doctor = [&](const std::string& password, const CliPlace::Arguments& more) {
-        place.savePassword(password);
-        CliPlace::Arguments arguments{"doctor", "Site", "--password-file", place.passwordFile().string()};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        return place.run(arguments);
-    };
-    const auto written = doctor(server.password(), {"--write"});
-    EXPECT_EQ(written.status, 1);
-    EXPECT_TRUE(contains(written.output, "Profile: Site\n"));
-    EXPECT_TRUE(contains(written.output, "  WRONG   The server does not rename a file over one that is there."));
-    EXPECT_TRUE(contains(written.output, "Ask the hoster to allow it"));
+    place.savePassword(server.password());
+    const auto written = place.expect(
+        1, "doctor Site --write",
+        {"Profile: Site\n", "  WRONG   The server does not rename a file over one that is there.", "Ask the h"});
     EXPECT_EQ(readTree(server.root()), (FileTree{{"page", "x"}})) << "its own test files are gone again";
-    EXPECT_EQ(doctor(server.password(), {}).status, 0) << "reading alone finds nothing wrong";
-    const auto refused = doctor("wr0ng-w0rd", {"--json"});
-    EXPECT_EQ(refused.status, 5);
-    EXPECT_TRUE(contains(refused.output, R"("subject":"login","outcome":"wrong")"));
-    EXPECT_TRUE(contains(refused.output, "••••")) << "the server repeats what it was given";
-    for (const auto& told : {written, refused}) {
+    place.expect(0, "doctor Site");   // reading alone finds no problem
+    place.savePassword("wr0ng-w0rd"); // the server repeats it
+    const auto refused = place.expect(5, "doctor Site --json", {R"("subject":"login","outcome":"wrong")", "••••"});
+    for (const auto& printed : {written, refused}) {
         for (const auto* password : {"s3cret", "wr0ng-w0rd"}) {
-            EXPECT_EQ((told.output + told.errors).find(password), std::string::npos) << told.output;
+            EXPECT_EQ((printed.output + printed.errors).find(password), std::string::npos) << printed.output;
         }
     }
 }

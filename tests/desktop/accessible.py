@@ -1,4 +1,4 @@
-"""What a program tells assistive technology, read and operated as a screen reader would do it."""
+"""A program through assistive technology, read and operated as by a screen reader."""
 from bus import BUS, call, read_property, wait_until
 
 INTERFACE = "org.a11y.atspi.Accessible"
@@ -38,7 +38,7 @@ class Accessible:
         return bool(self.ask(INTERFACE, "GetState")[0][0] >> state & 1)
 
     def length(self):
-        """How many characters it holds, which a password's field tells too."""
+        """How many characters it holds, also in a password field."""
         return read_property(self.bus, self.owner, self.path, "org.a11y.atspi.Text", "CharacterCount")
 
     def place(self):
@@ -49,7 +49,7 @@ class Accessible:
         self.ask("org.a11y.atspi.Component", "GrabFocus")
 
     def press(self):
-        """Does what a click does, which nobody can do while it is grey."""
+        """Does what a click does, once the control is not grey."""
         wait_until(lambda: self.has(SENSITIVE), f"“{self.name()}” can be pressed")
         names = [name for name, *_ in self.ask("org.a11y.atspi.Action", "GetActions")[0]]
         number = next(number for number, name in enumerate(names) if name in ("Press", "Toggle"))

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The window follows the desktop's dark setting, which the portal tells."""
+"""The window follows the desktop's dark setting, which it reads from the portal."""
 from bus import Portal, wait_until
 from desktop_case import DesktopTest, main
 
@@ -24,7 +24,7 @@ class AppearanceTest(DesktopTest):
             portal.turn(scheme)
             self.wait_until_dark(window, scheme == Portal.DARK)
 
-    def test_portal_that_comes_late_or_again_is_heard(self):
+    def test_dark_setting_of_a_late_portal_is_not_missed(self):
         window = self.start().window()
         self.wait_until_dark(window, False)
         portal = self.desktop.stand_in(Portal, Portal.DARK)

@@ -96,7 +96,7 @@ class StandIn:
         self.loop.run()
 
     def listen(self):
-        """Asks for what others tell."""
+        """Subscribes to signals of others."""
 
     def take_call(self, _bus, sender, _path, _interface, method, arguments, invocation):
         invocation.return_value(getattr(self, method)(sender, *arguments))
@@ -215,7 +215,7 @@ class TrayEntry:
 
 
 class Portal(StandIn):
-    """Tells programs whether the desktop is dark."""
+    """Has the setting whether the desktop is dark."""
     name = "org.freedesktop.portal.Desktop"
     path = "/org/freedesktop/portal/desktop"
     description = """
@@ -246,7 +246,7 @@ class Portal(StandIn):
 
 
 class Notifications(StandIn):
-    """Shows programs' notifications to nobody and remembers them."""
+    """Remembers notifications instead of showing them."""
     name = "org.freedesktop.Notifications"
     path = "/org/freedesktop/Notifications"
     description = """

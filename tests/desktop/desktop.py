@@ -7,11 +7,9 @@ import glob
 import os
 import shutil
 import signal
-import struct
 import subprocess
 import tempfile
 import time
-import zlib
 
 from Xlib import X, XK
 from Xlib.display import Display
@@ -25,18 +23,6 @@ SUPPORT = os.path.join(os.path.dirname(os.path.realpath(__file__)), "../support"
 PROGRAM = os.environ["ZEMBRASTEL"]
 COMMAND_LINE = os.environ["ZEMBRASTEL_CLI"]
 SERVERS = os.environ["ZEMBRASTEL_SERVERS_DIR"]
-EVENT_TIMES = os.environ.get("EVENT_TIMES_LIBRARY")  # writes down what keeps the program's main thread busy
-LONGEST_EVENT = 50  # milliseconds
-
-
-def picture(width, height, rows):
-    """Rows of red, green and blue as a PNG file."""
-    def part(kind, data):
-        return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
-
-    header = struct.pack(">IIBBBBB", width, height, 8, 2, 0, 0, 0)
-    pixels = zlib.compress(b"".join(b"\0" + row for row in rows))
-    return b"\x89PNG\r\n\x1a\n" + part(b"IHDR", header) + part(b"IDAT", pixels) + part(b"IEND", b"")
 
 
 class Desktop:
@@ -204,15 +190,12 @@ class Desktop:
         return self.display.screen().root.get_image(left, top, width, height, X.ZPixmap, 0xFFFFFFFF).data
 
     def take_picture(self, path):
+        """A PPM file of the whole screen."""
         width, height = self.display.screen().width_in_pixels, self.display.screen().height_in_pixels
-        rows = []
-        for top in range(height):
-            shown = self.pixels(0, top, width, 1)
-            row = bytearray(3 * width)
-            row[0::3], row[1::3], row[2::3] = shown[2::4], shown[1::4], shown[0::4]
-            rows.append(bytes(row))
+        shown, colours = self.pixels(0, 0, width, height), bytearray(3 * width * height)
+        colours[0::3], colours[1::3], colours[2::3] = shown[2::4], shown[1::4], shown[0::4]
         with open(path, "wb") as file:
-            file.write(picture(width, height, rows))
+            file.write(b"P6 %d %d 255\n" % (width, height) + colours)
 
 
 class Program:
@@ -222,14 +205,8 @@ class Program:
         self.desktop = desktop
         desktop.programs.append(self)
         self.name = f"program {len(desktop.programs)}"
-        self.event_times = desktop.path(self.name + " event times")
-        self.start_events = None  # how many were written down before a window was there
-        environment = dict(desktop.environment)
-        if EVENT_TIMES:
-            environment |= {"LD_PRELOAD": EVENT_TIMES, "EVENT_TIMES_FILE": self.event_times,
-                            "EVENT_TIMES_DISPLAY": str(desktop.server.pid)}
         # A parent may ignore the end of its children and allow core dumps.
-        self.process = desktop.spawn(self.name, ["env", "--ignore-signal=CHLD", PROGRAM, *arguments], env=environment)
+        self.process = desktop.spawn(self.name, ["env", "--ignore-signal=CHLD", PROGRAM, *arguments])
 
     def exit_status(self, seconds=PATIENCE):
         """Once it has ended."""
@@ -256,8 +233,6 @@ class Program:
             return next((window for window in self.windows() if window.name() == title), None)
 
         window = wait_until(find, f"the window “{title}” is shown", seconds)
-        if self.start_events is None:
-            self.start_events = len(self.read_event_times())
         wait_until(lambda: window.has(ACTIVE) or self.desktop.give_keyboard_to(title),
                    f"the window “{title}” has the keyboard")
         return window
@@ -270,17 +245,6 @@ class Program:
         listings = glob.glob(f"/proc/{self.process.pid}/task/*/children")
         children = [int(pid) for listing in listings for pid in (read("", listing) or b"").split()]
         return [pid for pid in children if read(f"/proc/{pid}", "comm") == b"curl\n"]
-
-    def read_event_times(self):
-        """Lines of two numbers, the milliseconds of a turn and those that the program is to answer for, and its event."""
-        if not os.path.exists(self.event_times):
-            return []
-        with open(self.event_times, encoding="utf8", errors="replace") as file:
-            return file.read().splitlines()
-
-    def long_events(self):
-        since_start = self.read_event_times()[self.start_events:] if self.start_events is not None else []
-        return [line for line in since_start if float(line.split()[1]) > LONGEST_EVENT]
 
 
 class Site:

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""One person's way through the program, from nothing to a published site and back, by what a screen reader is told."""
+"""One person's way through the program, from nothing to a published site and back, as a screen reader presents it."""
 import os
 
 from bus import wait_until
@@ -51,7 +51,7 @@ class JourneyTest(DesktopTest):
         self.create_profile(program, site)
         window = program.window()
         window.find("label", "Watching")
-        self.assertEqual([each.name() for each in window.shown() if "<" in each.description()], [], "tells markup")
+        self.assertEqual([each.name() for each in window.shown() if "<" in each.description()], [], "presents markup")
         self.assertEqual(self.desktop.count_passwords(), 1)
         self.assertEqual([read(site.local, name) for name in ("index.html", "pictures/logo.svg",
                                                               "pictures/unwanted.svg")], [b"first", b"logo", None])

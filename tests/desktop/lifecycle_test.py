@@ -34,7 +34,7 @@ class LifecycleTest(DesktopTest):
         wait_until(lambda: read(site.remote, temporary[0]), "some of it has arrived")
         return site, program, wait_until(program.transfers, "curl is seen")
 
-    def test_second_start_shows_the_window_of_one_in_the_background(self):
+    def test_second_start_shows_the_window_of_the_first(self):
         program = self.start("--background")
         wait_until(program.root, "the program is up")
         self.assertEqual(program.windows(), [])
@@ -45,7 +45,7 @@ class LifecycleTest(DesktopTest):
         program.window()
         self.assertEqual(program.end(signal.SIGINT), 0)
 
-    def test_launcher_that_asks_over_the_bus_gets_the_window(self):
+    def test_launcher_on_the_bus_gets_the_window(self):
         name = "org.zembrastel.Zembrastel"
         demo = self.start("--demo", "--background")
         wait_until(demo.root, "the sample is up")
@@ -62,7 +62,7 @@ class LifecycleTest(DesktopTest):
     def dialogs(program):
         return [window for window in program.windows() if window.role() == "dialog"]
 
-    def test_state_that_cannot_be_had_is_told_in_the_window(self):
+    def test_unusable_state_is_reported_in_the_window(self):
         site = Site(self.desktop)
         site.add_profile()
         state = self.desktop.path(".local/share/Zembrastel")
@@ -70,12 +70,12 @@ class LifecycleTest(DesktopTest):
         wait_until(lambda: self.run_command_line("status").returncode == 0, "the command line watches")
         write(self.desktop.folder, "file", b"in the way")
         in_the_way = self.desktop.path("file")
-        for told, arguments in ((f"The state folder {state} is in use by another running program. Stop that program, "
+        for message, arguments in ((f"The state folder {state} is in use by another running program. Stop that program, "
                                  "then quit Zembrastel and start it again.", ("--background",)),
                                 (f"{in_the_way}: ", ("--state", in_the_way + "/state"))):
             program = self.start(*arguments)
-            alert, = wait_until(lambda: self.dialogs(program), "it is told")
-            alert.find("label", f"Could not load saved profiles: {told}", str.startswith)
+            alert, = wait_until(lambda: self.dialogs(program), "the alert is shown")
+            alert.find("label", f"Could not load saved profiles: {message}", str.startswith)
             self.assertEqual(program.end(signal.SIGTERM), 0)
 
     def test_without_a_display_one_line_says_so(self):
@@ -103,13 +103,13 @@ class LifecycleTest(DesktopTest):
         window.find("label", "Watching")
         self.assertEqual(program.end(signal.SIGTERM), 0)
 
-    def test_termination_ends_the_program_and_its_upload_at_once(self):
+    def test_upload_does_not_outlive_a_terminated_program(self):
         site, program, transfers = self.start_slow_upload()
         self.assertEqual(program.end(signal.SIGTERM, AT_ONCE), 0)
         self.assertEqual([pid for pid in transfers if os.path.exists(f"/proc/{pid}")], [])
         self.assertEqual(read(site.remote, "index.html"), OLD)
 
-    def test_upload_that_was_killed_with_the_program_is_made_up_for(self):
+    def test_upload_killed_with_the_program_is_not_lost(self):
         site, program, transfers = self.start_slow_upload()
         program.end(signal.SIGKILL)
 

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""What the window's menu offers, and what the desktop's notifications tell: with services of the test's own."""
+"""What the window's menu offers, and the desktop's notifications: with services of the test's own."""
 import os
 import subprocess
 
@@ -25,7 +25,7 @@ NOTIFICATIONS = ("Up", "Up", "Up")
 
 
 class MenuTest(DesktopTest):
-    def test_site_of_filezilla_is_imported_and_started_with_no_other_step(self):
+    def test_imported_site_needs_no_other_step_to_start(self):
         site = Site(self.desktop)
         write(site.local, "index.html", b"mine")
         remote = "".join(f" {len(part)} {part}" for part in site.remote_folder.strip("/").split("/"))
@@ -45,13 +45,13 @@ class MenuTest(DesktopTest):
         self.assertEqual(read(site.remote, "index.html"), b"mine")
         self.assertEqual(self.desktop.count_passwords(), 1)
 
-    def test_start_at_login_is_written_told_and_taken_back(self):
+    def test_start_at_login_can_be_switched_off_again(self):
         entry = self.desktop.path(".config/autostart/org.zembrastel.Zembrastel.desktop")
         program = self.start()
         for is_there in (True, False):
             choose(program, *START_AT_LOGIN)
-            told = program.window("Start at login")
-            told.press_button("OK")
+            message = program.window("Start at login")
+            message.press_button("OK")
             program.wait_until_closed("Start at login")
             self.assertEqual(os.path.exists(entry), is_there)
             if is_there:
@@ -78,7 +78,7 @@ class NotificationTest(DesktopTest):
         program.exit_status()
         write(site.remote, "index.html", b"a colleague's", newer_by=60)
 
-    def test_review_is_told_of_in_the_background_and_opened_from_there(self):
+    def test_review_in_the_background_is_not_missed(self):
         self.prepare_review()
         program = self.start("--background")
         wait_until(lambda: self.notifications.shown, "a notification is shown")
@@ -103,7 +103,7 @@ class NotificationTest(DesktopTest):
         self.assertEqual(program.exit_status(), 0)
         self.tray.items.clear()
 
-    def test_first_close_into_the_tray_is_told_once_unless_notifications_are_switched_off(self):
+    def test_hint_at_first_close_comes_once_and_if_wanted(self):
         self.tray = self.desktop.stand_in(Tray)
         self.tray.appear()
         program = self.start()

@@ -14,7 +14,7 @@ class TrayTest(DesktopTest):
     def wait_for_menu(item, *labels):
         wait_until(lambda: item.labels() == list(labels), f"the menu is {labels}")
 
-    def test_menu_pauses_and_starts_profiles_brings_the_window_back_and_quits(self):
+    def test_tray_menu_controls_profiles_and_window(self):
         site = Site(self.desktop)
         site.add_profile("Tea & cake & my_site")
         self.tray.appear()
@@ -31,7 +31,7 @@ class TrayTest(DesktopTest):
         program.window().find("label", "Watching")
         self.wait_for_menu(item, "Open Zembrastel", "-", "Pause Tea & cake & my_site", "-", "Quit Zembrastel")
 
-        # A menu that somebody has open while files go up can still be clicked.
+        # A menu that is open while files go up can still be clicked.
         entries = item.entries()
         write(site.local, "index.html", b"new")
         program.window().find("list item", "Uploaded index.html, ", str.startswith)
@@ -59,7 +59,7 @@ class TrayTest(DesktopTest):
             wait_until(lambda: not has_owner(self.desktop.bus, item.owner), "the item goes")
             self.tray.appear()
 
-    def test_icon_stays_visible_when_the_desktop_turns_dark(self):
+    def test_tray_icon_stays_visible_on_a_dark_desktop(self):
         portal = self.desktop.stand_in(Portal, Portal.LIGHT)
         portal.appear()
         self.tray.appear()
@@ -68,10 +68,10 @@ class TrayTest(DesktopTest):
         before = item.read("IconPixmap")
         changes = self.tray.icon_changes
         portal.turn(Portal.DARK)
-        wait_until(lambda: self.tray.icon_changes > changes, "the icon is told to be another")
+        wait_until(lambda: self.tray.icon_changes > changes, "the icon is said to be another")
         self.assertNotEqual(item.read("IconPixmap"), before)
 
-    def test_without_a_tray_closing_tells_once_that_syncing_goes_on(self):
+    def test_closing_without_a_tray_strands_no_user(self):
         program = self.start()
         program.window()
         self.desktop.close_window("Zembrastel")

@@ -21,7 +21,7 @@ class WaitingTest(DesktopTest):
         self.desktop.press_keys("Return")
         return program.window("Edit sync profile")
 
-    def test_keyring_that_waits_for_its_user_holds_nothing_up(self):
+    def test_keyring_that_waits_does_not_block_the_window(self):
         Site(self.desktop).add_profile()
         self.desktop.keyring.send_signal(signal.SIGSTOP)
         program = self.start()
@@ -54,7 +54,7 @@ class WaitingTest(DesktopTest):
                     str.startswith)
         window.find("push button", "Start watching")
 
-    def test_server_that_falls_silent_holds_nothing_up(self):
+    def test_silent_server_does_not_block_the_window(self):
         site = Site(self.desktop, "--hang", "greeting", server="odd_ftp_server.py", encrypted=False)
         site.add_profile()
         program = self.start()

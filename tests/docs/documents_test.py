@@ -1,11 +1,11 @@
 #!/usr/bin/python3
-"""documents_test.py CASE BUILD SERVERS: the documents say what is so.
+"""documents_test.py CASE BUILD SERVERS: the documents are true.
 
-  follow:DOCUMENT    every command in it does what it says, for a reader who goes from top to bottom (see markdown.py)
-  references         every path, link, option, name and text of the program that a document names is there
+  follow:DOCUMENT    every command prints what the document shows, for a reader who goes from top to bottom (markdown.py)
+  references         every path, link, option, name and text of the program that a document names exists
 
-BUILD is the build folder, SERVERS where the FTP servers were unpacked. To be run beside a secret service of its own:
-tests/support/with_secret_service. Ends with 1 when a document is wrong, and says where and how.
+BUILD is the build folder, SERVERS the folder of the unpacked FTP servers. Run it inside
+tests/support/with_secret_service. Ends with 1 if a document is wrong, and prints where and how.
 """
 import os
 import re
@@ -23,107 +23,82 @@ LIMIT = 60  # seconds, for each thing that is waited for
 ANSWERS = [(r"[Pp]assword[^\n]*: ?", PASSWORD + "\n")]
 TYPED = {"cat > ~/.config/zembrastel/password": PASSWORD + "\n\x04"}
 
-# Go on until they are ended.
+# Run until they are stopped.
 ENDLESS = re.compile(r"zembrastel( --background| --demo)?$|zembrastel-cli .*(watch\b|--follow\b)")
 
 
 class Reader:
     """Follows one document."""
 
-    def __init__(self, place, name, build):
-        self.place = place
-        self.name = name
-        self.build = build
+    def __init__(self, place, name):
+        self.place, self.name = place, name
         self.running = None  # a Command, and its Terminal
         self.problems = []
 
-    def complain(self, step, text):
-        self.problems.append(f"{self.name}:{step.line}: {text}")
+    def complain(self, line, text):
+        self.problems.append(f"{self.name}:{line}: {text}")
 
     def follow(self, document):
-        self.problems += [f"{self.name}:{line}: a command outside of a console block: {text}"
-                          for line, text in document.escaped]
+        for line, text in document.escaped:
+            self.complain(line, f"a command outside of a console block: {text}")
         for step in document.steps:
             if isinstance(step, Stop):
-                self.stop(step)
-            else:
-                for command in step.before:
-                    self.place.run(command)
-                self.carry_out(step)
+                self.stop()
+                continue
+            for command in step.before:
+                self.place.run(command)
+            if self.running:
+                self.running[1].read(0)
+            if not_run.is_run(step.text):
+                self.run(step)
+            elif problem := not_run.problem(step.text):
+                self.complain(step.line, problem)
         if self.running:
-            self.stop(document.steps[-1])
-
-    def carry_out(self, command):
-        if self.running:
-            self.running[1].take_in()
-        problem = not_run.check(command.text, self.build, self.place)
-        if problem is None:
-            self.run(command)
-        elif problem:
-            self.complain(command, problem)
+            self.stop()
 
     def run(self, command):
         terminal = Terminal(self.place.here(command.text), self.place.environment, self.place.home, ANSWERS)
         for typed, text in TYPED.items():
             if typed in command.text:
-                terminal.type(text)
+                terminal.child.send(text)
         shown, interrupts = until_interrupt(command.shown)
         for text, action in command.at:
             if terminal.read_until(lambda output, text=text: text in output, LIMIT):
                 self.place.run(action)
         if command.goes_on or interrupts or ENDLESS.match(command.text):
-            matches = lambda output: re.match(pattern(shown), self.place.there(output))
-            if not terminal.read_until(matches, LIMIT):
-                self.complain(command, self.difference(command, terminal, "nothing yet"))
-                terminal.close()
-                return
+            terminal.read_until(lambda output: re.match(pattern(shown), self.place.there(output) + "\n"), LIMIT)
             if command.goes_on:
                 self.running = command, terminal
                 return
             terminal.interrupt()
         self.finish(command, terminal)
 
-    def stop(self, step):
-        if not self.running:
-            self.complain(step, "nothing is running that could be stopped")
-            return
+    def stop(self):
         (command, terminal), self.running = self.running, None
         terminal.interrupt()
-        command.shown = []
+        command.shown = ["…"]
         self.finish(command, terminal)
 
     def finish(self, command, terminal):
         status = terminal.ended(LIMIT)
-        printed = self.place.there(terminal.output())
-        if printed and not printed.endswith("\n"):
-            printed += "\n"
+        printed = self.place.there(terminal.output()).rstrip("\n") + "\n"
         expected = pattern(command.shown) if command.shown else r"(?s:.*)"
         if status != command.status or not re.fullmatch(expected, printed):
-            self.complain(command, self.difference(command, terminal, status))
-        terminal.close()
-
-    def difference(self, command, terminal, status):
-        shown = "".join(line + "\n" for line in command.shown) or "(whatever)\n"
-        return (f"$ {command.text}\n--- the document, which ends with {command.status}\n{shown}"
-                f"+++ the program, which ended with {status}\n{self.place.there(terminal.output())}")
-
-
-def follow(name, build, servers):
-    place = Place(os.path.join(build, "bin"), servers)
-    try:
-        reader = Reader(place, name, build)
-        reader.follow(Document(os.path.join(SOURCE, name)))
-        return reader.problems
-    finally:
-        place.close()
+            self.complain(command.line, f"$ {command.text}\n--- the document, with exit status {command.status}\n"
+                          + "\n".join(command.shown) + f"\n+++ the program, with exit status {status}\n{printed}")
 
 
 def main():
     case, build, servers = sys.argv[1:]
+    programs = os.path.join(build, "bin")
     if case == "references":
-        problems = references.check(os.path.join(build, "bin"))
+        problems = references.check(programs)
     else:
-        problems = follow(case.removeprefix("follow:"), build, servers)
+        name = case.removeprefix("follow:")
+        with Place(programs, servers) as place:
+            reader = Reader(place, name)
+            reader.follow(Document(os.path.join(SOURCE, name)))
+            problems = reader.problems
     print("\n\n".join(problems))
     sys.exit(bool(problems))
 

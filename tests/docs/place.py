@@ -110,7 +110,10 @@ class Place:
         subprocess.run(["bash", "-c", self.here(command)], cwd=self.home, env=self.environment, check=True,
                        stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL)
 
-    def close(self):
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
         self.server.stdin.close()
         self.server.wait()
         shutil.rmtree(self.folder, ignore_errors=True)

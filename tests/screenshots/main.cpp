@@ -17,6 +17,7 @@
 #include "ui/theme/theme.h"
 #include "ui/theme/turning_clock.h"
 #include "ui/widgets/confirm_dialog.h"
+#include "ui/widgets/elide_label.h"
 
 #include <QApplication>
 #include <QDir>
@@ -30,6 +31,8 @@
 #include <condition_variable>
 #include <cstdio>
 #include <filesystem>
+#include <functional>
+#include <memory>
 #include <mutex>
 #include <stdexcept>
 
@@ -43,14 +46,6 @@ using namespace std::chrono_literals;
 using testing::button;
 using testing::FtpServer;
 using testing::LocalSite;
-
-constexpr QSize mainSize(980, 640);
-constexpr QSize editorSize(880, 568);
-constexpr QSize advancedEditorSize(880, 656);
-constexpr QSize tallPickerSize(720, 776);
-constexpr QSize reviewSize(680, 480);
-constexpr QSize backupsSize(720, 520);
-constexpr QSize importSize(720, 560);
 
 [[noreturn]] void fail(const QString& problem) { throw std::runtime_error(problem.toStdString()); }
 
@@ -234,130 +229,95 @@ private:
     std::unique_ptr<AppModel> app;
 };
 
-// Where the pictures go.
+void settle() {
+    for (int turn = 0; turn < 3; ++turn) QCoreApplication::processEvents();
+}
+
+// Makes the pictures, and checks each screen: every control has a name for screen readers, and no text is cut.
 class Album {
 public:
     Album(QString folder, QStringList names) : place(std::move(folder)), wanted(std::move(names)) {
         if (!QDir().mkpath(place)) fail("cannot make the folder " + place);
     }
 
-    // A width or height of 0 or less is whatever the screen takes.
+    // From now on only checks the screens, each at its smallest size.
+    void onlyCheck() { onlyChecks = true; }
+
+    // A width or height of 0 is the screen's own choice.
     void add(const QString& name, QWidget& screen, QSize size) const {
         if (!wanted.isEmpty() && !wanted.contains(name)) return;
+        if (onlyChecks) screen.resize(screen.minimumSize());
+        if (onlyChecks) settle();
+        check(name, screen);
+        if (onlyChecks) return;
         const QImage picture = screen.grab().toImage().convertToFormat(QImage::Format_RGB888);
         const QSize taken = picture.deviceIndependentSize().toSize();
         if ((size.width() > 0 && taken.width() != size.width())
             || (size.height() > 0 && taken.height() != size.height())) {
             fail(QStringLiteral("%1 is %2 by %3").arg(name).arg(taken.width()).arg(taken.height()));
         }
-        if (isBlank(picture)) fail(name + " shows nothing");
-        const QString file = place + u'/' + fileName(name, picture.devicePixelRatio());
+        QImage plain(picture.size(), picture.format());
+        plain.setDevicePixelRatio(picture.devicePixelRatio());
+        plain.fill(picture.pixelColor(0, 0));
+        if (plain == picture) fail(name + " is blank");
+        const bool isDark = theme().appearance() == Appearance::dark;
+        const double scale = picture.devicePixelRatio();
+        const QString suffix = scale == 1 ? QString() : QStringLiteral("@%1x").arg(scale);
+        const QString file = place + u'/' + name + (isDark ? "-dark" : "-light") + suffix + ".png";
         constexpr int smallestFile = 0;
         if (!picture.save(file, "PNG", smallestFile)) fail("cannot write " + file);
     }
 
 private:
-    [[nodiscard]] static bool isBlank(const QImage& picture) {
-        const QRgb first = picture.pixel(0, 0);
-        for (int y = 0; y < picture.height(); ++y) {
-            for (int x = 0; x < picture.width(); ++x) {
-                if (picture.pixel(x, y) != first) return false;
-            }
+    static void check(const QString& name, const QWidget& screen) {
+        const QStringList nameless = testing::namelessControls(screen);
+        if (!nameless.isEmpty()) fail(name + " has controls without a name: " + nameless.join(u' '));
+        for (const auto* const each : screen.findChildren<QWidget*>()) {
+            const auto* const label = qobject_cast<const QLabel*>(each);
+            const auto* const button = qobject_cast<const QPushButton*>(each);
+            // These shorten or wrap their text by themselves.
+            const bool fits = qobject_cast<const ElideLabel*>(each) != nullptr
+                              || qobject_cast<const WrapLabel*>(each) != nullptr
+                              || qobject_cast<const ProgressLabel*>(each) != nullptr;
+            if ((label == nullptr && button == nullptr) || fits || !each->isVisible()) continue;
+            const int right = each->mapTo(&screen, QPoint(each->width(), 0)).x();
+            if (each->width() >= each->sizeHint().width() && right <= screen.width()) continue;
+            fail(name + " cuts the text: " + (label != nullptr ? label->text() : button->text()));
         }
-        return true;
-    }
-
-    [[nodiscard]] static QString fileName(const QString& name, double scale) {
-        const bool isDark = theme().appearance() == Appearance::dark;
-        const QString suffix = scale == 1 ? QString() : QStringLiteral("@%1x").arg(scale);
-        return name + (isDark ? "-dark" : "-light") + suffix + ".png";
     }
 
     QString place;
     QStringList wanted;
+    bool onlyChecks = false;
 };
 
-void settle() {
-    for (int turn = 0; turn < 3; ++turn) QCoreApplication::processEvents();
+// A screen of the album: `open` makes and opens it. If a question is open over it, the picture is of the question.
+struct Screen {
+    const char* name;
+    QSize size;
+    std::function<std::unique_ptr<QWidget>()> open;
+};
+
+void play(Album& album, const std::vector<Screen>& screens) {
+    for (const Appearance appearance : {Appearance::light, Appearance::dark}) {
+        theme().apply(appearance);
+        for (const auto& [name, size, open] : screens) {
+            const std::unique_ptr<QWidget> screen = open();
+            settle();
+            QWidget* const question = screen->findChild<ConfirmDialog*>();
+            if (auto* const focused = screen->focusWidget(); focused != nullptr && question == nullptr) {
+                focused->clearFocus(); // as while the keyboard is used elsewhere
+            }
+            settle();
+            album.add(name, question == nullptr ? *screen : *question, size);
+        }
+    }
 }
 
-// As it is while the keyboard is elsewhere.
-void withoutFocus(QWidget& screen) {
-    settle();
-    if (auto* const focused = screen.focusWidget()) focused->clearFocus();
-    settle();
-}
-
-void addMainWindow(const Album& album, ModelBridge& bridge, SampleSites& sites) {
-    MainWindow window(bridge);
-    window.resize(mainSize);
-    window.show();
-    settle();
-    const auto add = [&](const char* name, const char* site) {
-        sites.model().select(sites.id(site));
-        withoutFocus(window);
-        album.add(name, window, window.size());
-    };
-    add("main-watching", "My website");
-    add("main-uploading", "Client portal");
-    add("main-review", "Spring campaign");
-    add("main-check-failed", "Documentation");
-    add("main-paused", "Photo archive");
-}
-
-void addConfirmation(const Album& album, const QString& name, MainWindow& window) {
-    settle();
-    auto* const dialog = window.findChild<ConfirmDialog*>();
-    if (dialog == nullptr) fail(name + " did not open");
-    album.add(name, *dialog, {460, 0});
-    dialog->reject();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    settle();
-}
-
-void addMissingFiles(const Album& album, ModelBridge& bridge, SampleSites& sites) {
-    MainWindow window(bridge);
-    window.resize(mainSize);
-    window.show();
-    settle(); // a review that waits is shown, and selects its site
-    sites.model().select(sites.id("Photo archive"));
-    withoutFocus(window);
-    album.add("main-missing-files", window, mainSize);
-    window.offerToSendAll(sites.id("Photo archive"));
-    addConfirmation(album, "confirm-send-all", window);
-}
-
-void addWelcome(const Album& album, MainContext& context) {
-    const testing::TemporaryFolder folder;
-    AppModel model(context, {.storeOverride = StateStore(folder.path())});
-    ModelBridge bridge(model);
-    MainWindow window(bridge);
-    window.resize(mainSize);
-    window.show();
-    withoutFocus(window);
-    album.add("welcome", window, mainSize);
-}
-
-void addNewEditor(const Album& album, ModelBridge& bridge, MainContext& context) {
-    ProfileEditor editor(bridge, context, std::nullopt, nullptr);
-    editor.open();
-    withoutFocus(editor);
-    album.add("editor-new", editor, editorSize);
-}
-
-void addEditor(const Album& album, ModelBridge& bridge, MainContext& context, const Uuid& id) {
-    ProfileEditor editor(bridge, context, id, nullptr);
-    editor.open();
-    settle();
-    button(editor, "Excluded files and folders").click();
-    withoutFocus(editor);
-    album.add("editor-edit", editor, advancedEditorSize);
-}
-
-// The server's folders are made and listed for real; nothing of that server shows in the picture.
-class PickerScene {
+// The screens, with the servers and folders that they show.
+class Screens {
 public:
-    PickerScene() : server(FtpServer::Kind::vsftpd), site(server) {
+    Screens() : server(FtpServer::Kind::vsftpd), site(server) {
         site.profile.exclusions = Exclusions();
         for (const char* const path :
              {"assets/fonts/inter.woff2", "assets/img/hero-banner-2026.webp",
@@ -367,9 +327,62 @@ public:
         }
         std::filesystem::create_directory(server.root() / "site/uploads");
         testing::writeTree(site.root(), {{"drafts/next.html", ""}, {"notes.md", ""}});
+        makeBackups();
+        testing::writeFile(folder / "sitemanager.xml", importedFile);
     }
 
-    void add(const Album& album, MainContext& context) const {
+    [[nodiscard]] std::vector<Screen> all() {
+        constexpr QSize mainSize(980, 640);
+        return {
+            {"main-watching", mainSize, [this] { return mainWindow("My website"); }},
+            {"main-uploading", mainSize, [this] { return mainWindow("Client portal"); }},
+            {"main-review", mainSize, [this] { return mainWindow("Spring campaign"); }},
+            {"main-check-failed", mainSize, [this] { return mainWindow("Documentation"); }},
+            {"main-paused", mainSize, [this] { return mainWindow("Photo archive"); }},
+            {"welcome", mainSize, [this] { return shown(std::make_unique<MainWindow>(emptyBridge)); }},
+            {"editor-new", {880, 568}, [this] { return editor(std::nullopt); }},
+            {"editor-edit", {880, 656}, [this] { return editor(sites.id("Documentation")); }},
+            {"picker-sync", {720, 776}, [this] { return picker(); }},
+            {"review", {680, 480}, [this] { return review(); }},
+            {"backups", {720, 520}, [this] { return backups(); }},
+            {"import", {720, 560}, [this] { return import(); }}};
+    }
+
+    // These need the paused site to run.
+    [[nodiscard]] std::vector<Screen> withMissingFiles() {
+        sites.startLast();
+        const char* const name = "Photo archive";
+        return {
+            {"main-missing-files", {980, 640}, [=, this] { return mainWindow(name); }},
+            {"confirm-send-all", {460, 0}, [=, this] {
+                 auto window = mainWindow(name);
+                 window->offerToSendAll(sites.id(name));
+                 return window;
+             }}};
+    }
+
+private:
+    template <class Widget>
+    [[nodiscard]] static std::unique_ptr<Widget> shown(std::unique_ptr<Widget> widget) {
+        widget->show();
+        settle();
+        return widget;
+    }
+
+    [[nodiscard]] std::unique_ptr<MainWindow> mainWindow(const char* name) {
+        auto window = shown(std::make_unique<MainWindow>(bridge)); // which selects the site of a waiting review
+        sites.model().select(sites.id(name));
+        return window;
+    }
+
+    [[nodiscard]] std::unique_ptr<QWidget> editor(const std::optional<Uuid>& id) {
+        auto opened = shown(std::make_unique<ProfileEditor>(bridge, context, id, nullptr));
+        if (id) button(*opened, "Excluded files and folders").click();
+        return opened;
+    }
+
+    // The folders are listed by a real server, which the picture does not show.
+    [[nodiscard]] std::unique_ptr<QWidget> picker() {
         const DownloadSelection chosen{
             .rules = {
                 {"assets/fonts", true},
@@ -377,79 +390,78 @@ public:
                 {"drafts", true},
                 {"uploads", true},
                 {"index.html", true}}};
-        RemoteDownloadPicker picker(
+        auto opened = std::make_unique<RemoteDownloadPicker>(
             context, site.profile, site.password, chosen, true, [](const DownloadSelection&) {});
-        picker.resize(tallPickerSize);
-        picker.open();
-        auto& tree = picker.browser();
-        const auto open = [&](const char* folder) {
-            tree.toggle(folder);
-            listed(tree);
+        opened->resize(720, 776);
+        opened->open();
+        auto& tree = opened->browser();
+        const auto list = [&tree](const char* path) {
+            tree.toggle(path);
+            waitForListing(tree);
         };
-        listed(tree);
-        for (const char* const folder : {"assets", "assets/img", "uploads"}) open(folder);
-        // A folder that somebody else took away meanwhile.
+        waitForListing(tree);
+        for (const char* const each : {"assets", "assets/img", "uploads"}) list(each);
+        // Another user has removed this folder meanwhile.
         std::filesystem::rename(server.root() / "site/backup", server.root() / "elsewhere");
-        open("backup");
+        list("backup");
         std::filesystem::rename(server.root() / "elsewhere", server.root() / "site/backup");
-        withoutFocus(picker);
-        tree.toggle("assets/video"); // which is still being listed when the picture is taken
-        album.add("picker-sync", picker, tallPickerSize);
-        listed(tree);
+        if (auto* const focused = opened->focusWidget()) focused->clearFocus();
+        settle();
+        tree.toggle("assets/video"); // still loading when the picture is taken
+        return opened;
     }
 
-private:
-    static void listed(const RemoteBrowserModel& tree) {
+    static void waitForListing(const RemoteBrowserModel& tree) {
         if (!testing::waitFor([&tree] { return tree.loading().empty(); })) fail("a listing did not end");
         settle();
     }
 
-    FtpServer server;
-    LocalSite site;
-};
-
-void addReview(const Album& album, ModelBridge& bridge) {
-    RemoteChangesView sheet(bridge, bridge.model().presentedReview().value());
-    sheet.show(); // not opened: closing it would be a decision
-    withoutFocus(sheet);
-    album.add("review", sheet, reviewSize);
-}
-
-void addBackups(const Album& album, MainContext& context) {
-    using namespace std::chrono;
-    struct Kept {
-        const char* id;
-        const char* path;
-        std::size_t size;
-        minutes time;
-    };
-    const testing::TemporaryFolder folder;
-    Profile profile;
-    profile.name = "My website";
-    profile.localFolder = (folder / "site").string();
-    std::filesystem::create_directory(profile.localFolder);
-    const auto day = sys_days(year(2026) / 11 / 14);
-    const std::filesystem::path backups = folder / "site/.zembrastel-backups";
-    for (const auto& [id, path, size, time] : std::array{
-             Kept{"5C0C3F8E-1D2A-4B5E-9F11-7C2E4B6A9D10", "assets/css/site.css", 18'400, 17h + 48min},
-             Kept{"9E44A1B7-6F0C-4D0B-8E55-0A1B2C3D4E5F", "index.html", 6'214, 17h + 48min},
-             Kept{"12345678-6F0C-4D0B-8E55-0A1B2C3D4E5F", "index.html", 6'030, -62h},
-             Kept{"0B7D5A2C-6F0C-4D0B-8E55-0A1B2C3D4E5F", "uploads/catalogue-2026.pdf", 3'650'000, -200h}}) {
-        testing::writeFile(backups / id / path, std::string(size, 'x'));
-        testing::touch(backups / id / path, day + time - 31h);
-        testing::touch(backups / id, day + time);
+    [[nodiscard]] std::unique_ptr<QWidget> review() {
+        // Shown rather than opened: closing an open sheet would be a decision.
+        return shown(std::make_unique<RemoteChangesView>(bridge, sites.model().presentedReview().value()));
     }
-    BackupsSheet sheet(context, profile);
-    QSignalSpy listed(&sheet, &BackupsSheet::listed);
-    sheet.open();
-    if (!listed.wait(testing::patience)) fail("the backups were not listed");
-    withoutFocus(sheet);
-    album.add("backups", sheet, backupsSize);
-}
 
-void addImport(const Album& album, ModelBridge& bridge, MainContext& context) {
-    const testing::TemporaryFolder folder;
-    testing::writeFile(folder / "sitemanager.xml", R"(<FileZilla3><Servers>
+    void makeBackups() const {
+        using namespace std::chrono;
+        struct Kept {
+            const char* id;
+            const char* path;
+            std::size_t size;
+            minutes time;
+        };
+        const auto day = sys_days(year(2026) / 11 / 14);
+        for (const auto& [id, path, size, time] : std::array{
+                 Kept{"5C0C3F8E-1D2A-4B5E-9F11-7C2E4B6A9D10", "assets/css/site.css", 18'400, 17h + 48min},
+                 Kept{"9E44A1B7-6F0C-4D0B-8E55-0A1B2C3D4E5F", "index.html", 6'214, 17h + 48min},
+                 Kept{"12345678-6F0C-4D0B-8E55-0A1B2C3D4E5F", "index.html", 6'030, -62h},
+                 Kept{"0B7D5A2C-6F0C-4D0B-8E55-0A1B2C3D4E5F", "uploads/catalogue-2026.pdf", 3'650'000, -200h}}) {
+            const auto backup = folder / "site/.zembrastel-backups" / id;
+            testing::writeFile(backup / path, std::string(size, 'x'));
+            testing::touch(backup / path, day + time - 31h);
+            testing::touch(backup, day + time);
+        }
+    }
+
+    [[nodiscard]] std::unique_ptr<QWidget> backups() {
+        Profile profile;
+        profile.name = "My website";
+        profile.localFolder = (folder / "site").string();
+        auto opened = std::make_unique<BackupsSheet>(context, profile);
+        QSignalSpy listed(opened.get(), &BackupsSheet::listed);
+        opened->open();
+        if (!listed.wait(testing::patience)) fail("the backups were not listed");
+        return opened;
+    }
+
+    [[nodiscard]] std::unique_ptr<QWidget> import() {
+        auto opened = std::make_unique<ImportSheet>(bridge, context, folder / "sitemanager.xml", nullptr);
+        opened->open();
+        const auto* const list = opened->findChild<QListView*>();
+        if (!testing::waitFor([list] { return list->model()->rowCount() == 4; })) fail("no profiles were found");
+        return opened;
+    }
+
+    static constexpr const char* importedFile = R"(<FileZilla3><Servers>
       <Server><Name>Bakery</Name><Host>ftp.bakery.example</Host><Protocol>4</Protocol><User>web</User>
         <LocalDir>/srv</LocalDir><RemoteDir>1 0 11 public_html</RemoteDir><Pass encoding="base64">eA==</Pass></Server>
       <Server><Name>Choir</Name><Host>choir.example</Host><Protocol>0</Protocol><User>choir</User>
@@ -457,35 +469,28 @@ void addImport(const Album& album, ModelBridge& bridge, MainContext& context) {
       <Server><Name>Harbour tours</Name><Host>ftp.harbour.example</Host><Protocol>4</Protocol><User>tours</User>
         <RemoteDir>1 0 6 htdocs</RemoteDir></Server>
       <Server><Name>Build machine</Name><Host>build.example</Host><Protocol>1</Protocol><User>ci</User></Server>
-    </Servers></FileZilla3>)");
-    ImportSheet sheet(bridge, context, folder / "sitemanager.xml", nullptr);
-    sheet.open();
-    const auto* const list = sheet.findChild<QListView*>();
-    if (!testing::waitFor([list] { return list->model()->rowCount() == 4; })) fail("nothing was found to import");
-    withoutFocus(sheet);
-    album.add("import", sheet, importSize);
-}
+    </Servers></FileZilla3>)";
 
-void fillAlbum(const Album& album) {
+    const testing::TemporaryFolder folder;
+    FtpServer server;
+    LocalSite site;
     QtMainContext context;
-    SampleSites sites(context);
-    ModelBridge bridge(sites.model());
-    const PickerScene picker;
-    for (const Appearance appearance : {Appearance::light, Appearance::dark}) {
-        theme().apply(appearance);
-        addMainWindow(album, bridge, sites);
-        addWelcome(album, context);
-        addNewEditor(album, bridge, context);
-        addEditor(album, bridge, context, sites.id("Documentation"));
-        picker.add(album, context);
-        addReview(album, bridge);
-        addBackups(album, context);
-        addImport(album, bridge, context);
-    }
-    sites.startLast();
-    for (const Appearance appearance : {Appearance::light, Appearance::dark}) {
-        theme().apply(appearance);
-        addMissingFiles(album, bridge, sites);
+    SampleSites sites{context};
+    ModelBridge bridge{sites.model()};
+    AppModel emptyModel{context, {.storeOverride = StateStore(folder / "empty")}};
+    ModelBridge emptyBridge{emptyModel};
+};
+
+void fillAlbum(Album album) {
+    Screens screens;
+    play(album, screens.all());
+    play(album, screens.withMissingFiles());
+    album.onlyCheck();
+    for (const double points : {10.0, 14.0}) {
+        QFont font = QApplication::font();
+        font.setPointSizeF(points);
+        QApplication::setFont(font);
+        play(album, screens.all());
     }
 }
 

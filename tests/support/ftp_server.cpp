@@ -18,7 +18,7 @@ namespace zembrastel::testing {
 
 namespace {
 
-constexpr uid_t pureFtpdUser = 65534; // pureftpd serves as this one, whoever starts it
+constexpr uid_t pureFtpdUser = 65534; // pureftpd always serves as this one
 constexpr std::chrono::seconds limit{20};
 
 TransferProtocol protocol(FtpServer::Tls tls) {
@@ -49,8 +49,8 @@ struct LoopbackAddress {
     sockaddr* generic() { return reinterpret_cast<sockaddr*>(&address); }
 };
 
-// A socket bound to a free port but not listening: the port refuses connections, the kernel gives it to nobody who asks
-// for any, and a server that asks for this very one with SO_REUSEADDR may listen on it.
+// A socket bound to a free port but not listening: the port refuses connections, the kernel does not give it to a
+// program that asks for any, and a server that asks for this very one with SO_REUSEADDR may listen on it.
 Descriptor reservePort() {
     Descriptor reservation(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
     check(bool(reservation), "socket");

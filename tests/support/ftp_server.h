@@ -60,7 +60,7 @@ public:
     // Why such a server cannot run here, for GTEST_SKIP; nothing when it can.
     [[nodiscard]] static std::optional<std::string> unavailable(Kind kind, Tls tls);
 
-    // It stays the same from start to start, and is nobody else's while the server is stopped.
+    // It stays the same from start to start, and is not given to others while the server is stopped.
     [[nodiscard]] std::uint16_t port() const { return portNumber; }
 
     // The served folder on disk. What is made here by other means than put() may need handOver().

@@ -60,6 +60,19 @@ def parse_arguments():
     return options
 
 
+def find_names(options, folder):
+    """The names of this user and group; those that the machine does not know are made known to the servers alone."""
+    options.names = {}
+    try:
+        options.user, options.group = pwd.getpwuid(os.getuid()).pw_name, grp.getgrgid(os.getgid()).gr_name
+    except KeyError:
+        options.user = options.group = USER
+        write_lines(f"{folder}/users", [f"{USER}:x:{os.getuid()}:{os.getgid()}::{options.root}:/bin/sh"])
+        write_lines(f"{folder}/groups", [f"{USER}:x:{os.getgid()}:"])
+        options.names = {"LD_PRELOAD": "libnss_wrapper.so", "NSS_WRAPPER_PASSWD": f"{folder}/users",
+                         "NSS_WRAPPER_GROUP": f"{folder}/groups"}
+
+
 def password_hash():
     command = ["openssl", "passwd", "-6", "-salt", "loopback", PASSWORD]
     return subprocess.run(command, check=True, capture_output=True, text=True).stdout.strip()
@@ -84,8 +97,8 @@ def proftpd_command(options, folder):
         "ServerType inetd",
         "UseIPv6 off",
         "UseReverseDNS off",
-        "User " + pwd.getpwuid(uid).pw_name,
-        "Group " + grp.getgrgid(gid).gr_name,
+        f"User {options.user}",
+        f"Group {options.group}",
         "ScoreboardFile none",
         "ControlsEngine off",
         "DelayEngine off",
@@ -134,7 +147,7 @@ def vsftpd_command(options, folder):
         f"anon_root={options.root}",
         f"secure_chroot_dir={folder}/empty",
         "run_as_launching_user=YES",
-        "ftp_username=" + pwd.getpwuid(os.getuid()).pw_name,
+        f"ftp_username={options.user}",
         "write_enable=YES",
         "anon_upload_enable=YES",
         "anon_mkdir_write_enable=YES",
@@ -191,7 +204,7 @@ def pureftpd_command(options, folder):
 def server_environment(options):
     lib = f"{options.servers}/usr/lib"
     multiarch = [entry.path for entry in os.scandir(lib) if entry.is_dir() and entry.name.endswith("-gnu")]
-    return {**os.environ, "LC_ALL": "C.UTF-8", "LD_LIBRARY_PATH": ":".join(multiarch)}
+    return {**os.environ, "LC_ALL": "C.UTF-8", "LD_LIBRARY_PATH": ":".join(multiarch), **options.names}
 
 
 def children():
@@ -246,6 +259,7 @@ def has_login_at_top(options):
 
 def serve(options, folder, launcher):
     """Returns when the launcher at the other end of this socket has gone."""
+    find_names(options, folder)
     command, environment = COMMANDS[options.kind](options, folder), server_environment(options)
     signal.signal(signal.SIGCHLD, reap)
     with socket.create_server(("127.0.0.1", options.port), backlog=64) as listener:

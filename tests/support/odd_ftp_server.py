@@ -2,7 +2,7 @@
 """A loopback FTP server for tests: sound by default, odd on request. Needs pyftpdlib, and pyOpenSSL for TLS.
 
 Prints two lines once it listens: the port, and "/", the login folder, which is ROOT. Ends when its stdin closes or at
-SIGTERM. Login is web / s3cret unless told otherwise. Any user may run it.
+SIGTERM. Login is web / s3cret unless options say otherwise. Any user may run it.
 
 STAGE is where something odd happens: a command (USER PASS PWD CWD EPSV PASV TYPE LIST MLSD MDTM SIZE RETR STOR RNFR
 RNTO MKD QUIT), "greeting" (in place of the first reply), "data" (in a transfer, after 64 KiB) or "done" (after

@@ -1,4 +1,4 @@
-// What a process holds of the machine: to tell whether a program that runs for long needs more and more.
+// What a process holds of the machine: shows whether a program that runs for long needs more and more.
 //
 // Any thread. A process that has ended has std::filesystem::filesystem_error thrown.
 #pragma once

@@ -40,7 +40,7 @@ public:
     HostTheft(const HostTheft&) = delete;
     HostTheft& operator=(const HostTheft&) = delete;
 
-    // Since the machine began; zero where the host does not tell.
+    // Since the machine began; zero where the host does not report it.
     [[nodiscard]] std::chrono::nanoseconds soFar() const {
         char text[256] = {};
         long long ticks = 0;

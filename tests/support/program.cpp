@@ -61,17 +61,12 @@ std::vector<char*> pointers(const std::vector<std::string>& texts) {
     return result;
 }
 
-// The first of two entries with one name counts for most programs, so the additions replace what they repeat.
-std::vector<std::string> environmentWith(const std::vector<std::string>& additions) {
-    std::vector<std::string> result = additions;
-    for (char** entry = environ; *entry != nullptr; ++entry) {
-        const std::string text = *entry;
-        const std::string name = text.substr(0, text.find('=') + 1);
-        bool replaced = false;
-        for (const std::string& addition : additions) replaced = replaced || addition.starts_with(name);
-        if (!replaced) result.push_back(text);
-    }
-    return result;
+// The command, run by env where it has variables of its own.
+std::vector<std::string> withVariables(std::vector<std::string> command, const std::vector<std::string>& variables) {
+    if (variables.empty()) return command;
+    command.insert(command.begin(), variables.begin(), variables.end());
+    command.insert(command.begin(), "/usr/bin/env");
+    return command;
 }
 
 } // namespace
@@ -80,10 +75,9 @@ Program::Program(const std::vector<std::string>& command, const std::vector<std:
     Pipe toProgram;
     Pipe fromProgram;
     const SpawnSetup setup(toProgram.reading.get(), fromProgram.writing.get());
-    const std::vector<std::string> variables = environmentWith(environment);
-    const int error = posix_spawn(
-        &processId, command.front().c_str(), &setup.actions, &setup.attributes, pointers(command).data(),
-        pointers(variables).data());
+    const auto all = withVariables(command, environment);
+    const int error =
+        posix_spawn(&processId, all.front().c_str(), &setup.actions, &setup.attributes, pointers(all).data(), environ);
     if (error != 0) throw std::system_error(error, std::generic_category(), command.front());
     input = std::move(toProgram.writing);
     output = std::move(fromProgram.reading);
@@ -124,7 +118,7 @@ std::string Program::readLine(std::chrono::seconds limit) {
 void Program::writeLine(const std::string& line) {
     const std::string bytes = line + "\n";
     if (write(input.get(), bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()))
-        throw std::runtime_error("the program does not read what it is told");
+        throw std::runtime_error("the program does not read its input");
 }
 
 bool Program::readToEnd(std::string& text, std::chrono::seconds limit) {

@@ -42,7 +42,7 @@ private:
     void disturb(const std::stop_token& stop, std::chrono::milliseconds up, std::chrono::milliseconds down);
 
     std::vector<std::unique_ptr<FtpServer>> servers;
-    std::vector<Profile> profiles; // one a server, so that nobody asks a server that is being started
+    std::vector<Profile> profiles; // one a server, so that no server is asked while it starts
     std::uint64_t seed;
     std::size_t stopped = 0;
     std::jthread weather;

@@ -104,7 +104,8 @@ protected:
     void take(const WorkerEvent& taken) {
         const auto text = Overloaded{
             [](const event::Status& status) {
-                return status.title + " | " + status.detail + " | " + std::to_string(status.pending);
+                return std::string(factsOf(status.phase).title) + " | " + status.detail + " | "
+                       + std::to_string(status.pending);
             },
             [](const event::Activity& activity) { return (activity.error ? "error: " : "line: ") + activity.text; },
             [this](const event::Uploaded& uploaded) {

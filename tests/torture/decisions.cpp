@@ -1,6 +1,6 @@
 // Decisions at the wrong moment: a user who starts, pauses, decides late or on another review, edits, removes and
 // quits, while a colleague changes the server. There is never more than one worker, none beside a check, and no server
-// file is replaced that stood in a review nobody has answered. In the end every profile can be brought to watching.
+// file is replaced that stood in a review without an answer. In the end every profile reaches watching.
 //
 // The seed repeats what is asked; when threads run it cannot repeat.
 #include "app/app_model.h"
@@ -9,7 +9,7 @@
 #include "support/ftp_server.h"
 #include "support/temporary_folder.h"
 #include "torture/hasty_clock.h"
-#include "torture/seeded_run.h"
+#include "torture/torture.h"
 
 #include <algorithm>
 #include <array>
@@ -28,7 +28,7 @@ using namespace std::chrono_literals;
 
 constexpr std::array<const char*, 4> paths{"a", "b", "deep/c", "deep/d"};
 
-// Which checks and workers are at it. One that was told to stop may take a moment to end.
+// Which checks and workers are at it. One that is to stop may take a moment to end.
 class Shifts {
 public:
     [[nodiscard]] JobWork counted(const JobWork& work) {
@@ -149,12 +149,12 @@ private:
             verify();
             if (review() != nullptr) decide();
             if (model->checkFailures().contains(profile.id)) model->retryCheck(profile.id);
-            return model->watching(profile.id) && model->status(profile.id).title == "Watching";
+            return model->watching(profile.id) && model->status(profile.id).title() == "Watching";
         };
         if (queue.runUntil(isSettled, 60s)) return;
         std::string lines;
         for (const auto& line : model->status(profile.id).activity) lines += "\n  " + line.text;
-        throw std::runtime_error("does not come to watching: " + model->status(profile.id).title + lines);
+        throw std::runtime_error("does not come to watching: " + model->status(profile.id).title() + lines);
     }
 
     // What a review shows is not to be replaced on the server before it is answered.
@@ -315,38 +315,30 @@ private:
     std::unique_ptr<AppModel> model;
 };
 
-int tortured(int count, char** arguments) {
-    SeededRun torture("Decides on reviews at the wrong moment.");
-    int sequences = 1000;
-    int seconds = 3600;
-    torture.options.add_option("--sequences", sequences, "how many");
-    torture.options.add_option("--seconds", seconds, "how long at most");
-    const TemporaryFolder temporary;
-    ::setenv("TMPDIR", temporary.path().c_str(), 1);
-    return torture.run(count, arguments, [&](std::uint64_t seed) {
-        FtpServer server(FtpServer::Kind::proftpd);
-        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
-        std::size_t accepted = 0;
-        std::size_t outdated = 0;
-        int done = 0;
-        for (; done < sequences && std::chrono::steady_clock::now() < end; ++done) {
-            const std::uint64_t own = seed + static_cast<std::uint64_t>(done);
-            try {
-                Sequence sequence(server, own);
-                sequence.play();
-                accepted += sequence.accepted;
-                outdated += sequence.outdated;
-            } catch (const std::exception& error) {
-                throw std::runtime_error("sequence of seed " + std::to_string(own) + ": " + error.what());
-            }
+// Plays sequences, each with the next seed, for so many seconds at most.
+void playAll(const Effort& effort) {
+    FtpServer server(FtpServer::Kind::proftpd);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(effort.seconds);
+    std::size_t accepted = 0;
+    std::size_t outdated = 0;
+    std::size_t done = 0;
+    for (; done < effort.rounds && std::chrono::steady_clock::now() < end; ++done) {
+        try {
+            Sequence sequence(server, effort.seed + done);
+            sequence.play();
+            accepted += sequence.accepted;
+            outdated += sequence.outdated;
+        } catch (const std::exception& error) {
+            throw std::runtime_error("sequence of seed " + std::to_string(effort.seed + done) + ": " + error.what());
         }
-        std::printf(
-            "%d sequences: %zu decisions accepted, %zu too late; nothing replaced unanswered\n", done, accepted,
-            outdated);
-    });
+    }
+    std::printf(
+        "%zu sequences: %zu decisions accepted, %zu too late; nothing replaced unanswered\n", done, accepted, outdated);
 }
 
 } // namespace
-} // namespace zembrastel::testing
 
-int main(int count, char** arguments) { return zembrastel::testing::tortured(count, arguments); }
+const Torture decisions{
+    "decisions", "Decides on reviews at the wrong moment.", {.rounds = 1000, .seconds = 3600}, playAll};
+
+} // namespace zembrastel::testing

@@ -12,7 +12,7 @@
 #include "support/ftp_server.h"
 #include "support/wait_for.h"
 #include "torture/program_run.h"
-#include "torture/seeded_run.h"
+#include "torture/torture.h"
 
 #include <algorithm>
 #include <csignal>
@@ -90,7 +90,7 @@ private:
         for (std::size_t count = 1 + upTo(4); count > 0; --count) writeFile(local / anyPath(), anyContent());
     }
 
-    // Somebody else changes files on the server, later than anything before.
+    // A colleague changes files on the server, later than anything before.
     void changeOnServer(bool newOnesToo) {
         for (std::size_t count = 1 + upTo(4); count > 0; --count) {
             const std::string path = anyPath();
@@ -133,7 +133,7 @@ private:
         const bool alone = upTo(1) == 0;
         ProgramRun program(place, arguments);
         program.waitForLines(lines, atTransfer ? "loading" : "", {watching, reviewWaits});
-        if (watches && program.tells(reviewWaits)) { // nothing goes on that a kill could meet
+        if (watches && program.hasPrinted(reviewWaits)) { // nothing goes on that a kill could meet
             finish(program);
             decide();
             return false;
@@ -142,16 +142,16 @@ private:
         const auto children = program.kill(!alone);
         const int status = program.wait();
         if (children) requireTransfersEnded(*children, server);
-        verify(program.told(), !children);
+        verify(program.output(), !children);
         const bool adds = arguments.front() == "profile" && !children;
         require(!adds || (status == 0 && hasProfile(added)), "a new profile is missing");
         return children.has_value();
     }
 
-    // Ends the program as a user does; all that it told is on the disk then.
+    // Ends the program as a user does; all that it printed is on the disk then.
     void finish(ProgramRun& program) {
         require(program.stop() == 0, "the program did not end well");
-        verify(program.told(), true);
+        verify(program.output(), true);
     }
 
     // What stands on both sides before the program runs.
@@ -160,17 +160,17 @@ private:
         remoteBefore = readTree(remote);
     }
 
-    void verify(const std::vector<std::string>& told, bool endedWell) {
+    void verify(const std::vector<std::string>& output, bool endedWell) {
         const auto localNow = readTree(local);
         verifyLocal(localNow);
         verifyRemote(readTree(remote), localNow);
         const SavedState before = std::exchange(state, load());
         verifyState(before);
-        for (const auto& line : told) {
+        for (const auto& line : output) {
             const bool downloaded = line.find("Initial download complete") != std::string::npos;
             require(!downloaded || !state.profiles.front().needsDownload, "the end of the download is forgotten");
         }
-        if (endedWell) requireKnown(told);
+        if (endedWell) requireKnown(output);
     }
 
     SavedState load() const {
@@ -234,17 +234,17 @@ private:
         return state.remoteDates && state.remoteDates->contains(id) && state.remoteDates->at(id).contains(path);
     }
 
-    // The first line of what was told that the saved state does not know of; nothing if it knows of all. What has no
-    // line of its own, the date after an upload and the end of a download, is done once something else is told.
-    std::optional<std::string> forgotten(const std::vector<std::string>& told) {
-        for (std::size_t at = 0; at < told.size(); ++at) {
-            const auto path = [&line = told[at]](const std::string& words) -> std::optional<std::string> {
+    // The first line of the output that the saved state does not know of; nothing if it knows of all. What has no
+    // line of its own, the date after an upload and the end of a download, is done once another line comes.
+    std::optional<std::string> forgotten(const std::vector<std::string>& output) {
+        for (std::size_t at = 0; at < output.size(); ++at) {
+            const auto path = [&line = output[at]](const std::string& words) -> std::optional<std::string> {
                 const auto found = line.find(words);
                 if (found == std::string::npos) return std::nullopt;
                 const std::string rest = line.substr(found + words.size());
                 return rest.substr(0, rest.find(" (previous"));
             };
-            const bool isLast = at + 1 == told.size();
+            const bool isLast = at + 1 == output.size();
             bool known = true;
             if (const auto uploaded = path(uploadedWords)) {
                 known = isBaseline(*uploaded) && (isLast || hasDate(*uploaded));
@@ -255,7 +255,7 @@ private:
             } else if (const auto chosen = path("Downloaded newer server copy: ")) {
                 known = isBaseline(*chosen) && hasDate(*chosen);
             }
-            if (!known) return told[at];
+            if (!known) return output[at];
         }
         return std::nullopt;
     }
@@ -265,7 +265,7 @@ private:
         return files.contains(path) && files.at(path) == Fingerprint::read(local / path);
     }
 
-    // What is newer on the server: by somebody else, or by an upload that a kill kept from being recorded.
+    // What is newer on the server: by a colleague, or by an upload that a kill kept from being recorded.
     void decide() {
         remember();
         const bool keeps = upTo(1) == 0;
@@ -279,17 +279,17 @@ private:
         }
     }
 
-    // Of its own accord, as the program goes on: a kill then would lose nothing that it told.
-    void requireSaved(const std::vector<std::string>& told) {
+    // Of its own accord, as the program goes on: a kill then would lose nothing that it printed.
+    void requireSaved(const std::vector<std::string>& output) {
         const auto saved = [&] {
             state = load();
-            return !forgotten(told);
+            return !forgotten(output);
         };
-        if (!eventually(saved, ProgramRun::limit)) requireKnown(told);
+        if (!eventually(saved, ProgramRun::limit)) requireKnown(output);
     }
 
-    void requireKnown(const std::vector<std::string>& told) {
-        const auto line = forgotten(told);
+    void requireKnown(const std::vector<std::string>& output) {
+        const auto line = forgotten(output);
         require(!line, "forgotten: " + line.value_or(""));
     }
 
@@ -299,8 +299,8 @@ private:
             remember();
             ProgramRun program(place, command({"watch", name}));
             require(program.waitForLines(SIZE_MAX, "", {watching, reviewWaits}), "watching ended: " + place.errors());
-            reviewed = !program.tells(watching);
-            requireSaved(program.told());
+            reviewed = !program.hasPrinted(watching);
+            requireSaved(program.output());
             finish(program);
             if (reviewed) decide();
         }
@@ -333,27 +333,18 @@ private:
     FileTree remoteBefore;
 };
 
-void killInLanes(std::uint64_t seed, std::size_t rounds, std::size_t lanes) {
-    std::map<std::string, std::function<void()>> works;
-    for (std::size_t lane = 0; lane < lanes; ++lane) {
-        const std::size_t share = rounds / lanes + (lane < rounds % lanes ? 1 : 0);
-        const auto kind = lane % 2 == 0 ? FtpServer::Kind::proftpd : FtpServer::Kind::vsftpd;
-        works["lane " + std::to_string(lane)] = [=] { Lane(seed + lane, kind).kill(share); };
-    }
-    doAtOnce(works);
-    std::printf("%zu kills: nothing torn or lost, and all caught up\n", rounds);
-}
-
-int tortured(int count, char** arguments) {
-    SeededRun torture("Kills the program at random moments.");
-    std::size_t rounds = 300;
-    std::size_t lanes = 6;
-    torture.options.add_option("--rounds", rounds, "kills in all");
-    torture.options.add_option("--lanes", lanes, "programs at a time")->check(CLI::PositiveNumber);
-    return torture.run(count, arguments, [&](std::uint64_t seed) { killInLanes(seed, rounds, lanes); });
-}
-
 } // namespace
-} // namespace zembrastel::testing
 
-int main(int count, char** arguments) { return zembrastel::testing::tortured(count, arguments); }
+const Torture kills{
+    "kills", "Kills the program at random moments.", {.rounds = 300, .lanes = 6}, [](const Effort& effort) {
+        std::map<std::string, std::function<void()>> works;
+        for (std::size_t lane = 0; lane < effort.lanes; ++lane) {
+            const auto share = effort.rounds / effort.lanes + (lane < effort.rounds % effort.lanes ? 1 : 0);
+            const auto kind = lane % 2 == 0 ? FtpServer::Kind::proftpd : FtpServer::Kind::vsftpd;
+            works["lane " + std::to_string(lane)] = [=] { Lane(effort.seed + lane, kind).kill(share); };
+        }
+        doAtOnce(works);
+        std::printf("%zu kills: nothing torn or lost, and all caught up\n", effort.rounds);
+    }};
+
+} // namespace zembrastel::testing

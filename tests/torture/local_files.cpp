@@ -9,7 +9,7 @@
 #include "platform/files.h"
 #include "platform/uuid.h"
 #include "support/local_site.h"
-#include "torture/seeded_run.h"
+#include "torture/torture.h"
 #include "transport/download/backups.h"
 #include "transport/download/local_replacement.h"
 
@@ -40,7 +40,7 @@ using Random = std::mt19937_64;
 
 std::size_t below(Random& random, std::size_t end) { return random() % end; }
 
-// Long enough to be told from all others, and often as long as others are.
+// Differs from all others, and often has the length of others.
 std::string uniqueContent(const std::string& what, Random& random) {
     constexpr std::array<std::size_t, 4> sizes{64, 64, 5000, 300'000};
     std::string content = what + " " + std::to_string(random()) + "\n";
@@ -194,7 +194,7 @@ private:
     Steps steps;
 };
 
-class Torture {
+class Site {
 public:
     // The contents that have gone, and files that should have; "" when all is well.
     std::string round(std::uint64_t seed) {
@@ -229,7 +229,7 @@ private:
         }
         fs::remove(site / "sub/deep");
         for (const auto& path : paths) {
-            // Of a size of its own: with the dates equal, two of one size could not be told apart once they were
+            // Of a size of its own: with the dates equal, two of one size could not be distinguished once they were
             // exchanged, when the second got the inode number that the first had.
             onServer[path] = uniqueContent("server", random) + std::string(path.size(), '.');
             server.put("site/" + path, onServer[path]);
@@ -299,29 +299,24 @@ private:
     FileMap installed;
 };
 
-void run(std::uint64_t seed, std::size_t rounds) {
-    Torture torture;
+void run(const Effort& effort) {
+    Site torture;
     std::size_t failed = 0;
-    for (std::size_t i = 0; i < rounds; ++i) {
-        const auto lost = torture.round(seed + i);
+    for (std::size_t i = 0; i < effort.rounds; ++i) {
+        const auto lost = torture.round(effort.seed + i);
         if (lost.empty()) continue;
         ++failed;
-        std::printf(
-            "round %zu (--rounds 1 --seed %llu):\n%s", i, static_cast<unsigned long long>(seed + i), lost.c_str());
+        std::printf("round %zu (--rounds 1 --seed %s):\n%s", i, std::to_string(effort.seed + i).c_str(), lost.c_str());
     }
-    std::printf("%zu rounds, %zu edits, %zu failed", rounds, torture.actions, failed);
+    std::printf("%zu rounds, %zu edits, %zu failed", effort.rounds, torture.actions, failed);
     for (const auto& [outcome, count] : torture.outcomes) std::printf(", %s: %zu", outcome.c_str(), count);
     std::printf("\n");
     require(failed == 0, "contents were lost");
 }
 
 } // namespace
-} // namespace zembrastel::testing
 
-int main(int argc, char** argv) {
-    using namespace zembrastel::testing;
-    SeededRun torture("Edits local files while server files are installed in their places.");
-    std::size_t rounds = 5000;
-    torture.options.add_option("--rounds", rounds, "each with the next seed");
-    return torture.run(argc, argv, [&rounds](std::uint64_t seed) { run(seed, rounds); });
-}
+const Torture localFiles{
+    "local_files", "Edits local files while server files are installed in their places.", {.rounds = 5000}, run};
+
+} // namespace zembrastel::testing

@@ -1,6 +1,5 @@
 // The real program while the machine fails under it: disks full, read-only or taken away, permissions lost. Each time
-// the program must say in words what is wrong, go on by itself once it is not, and lose nothing. And the real program
-// on a disk that can do little.
+// the program must say in words what is wrong, go on by itself once it is not, and lose nothing.
 //
 // Every case has a thread with mounts of its own, a server, a state folder and a local folder. Where this process may
 // not mount, a line says which cases that left out.
@@ -11,7 +10,7 @@
 #include "support/ftp_server.h"
 #include "support/process_figures.h"
 #include "support/wait_for.h"
-#include "torture/seeded_run.h"
+#include "torture/torture.h"
 
 #include <algorithm>
 #include <csignal>
@@ -77,7 +76,6 @@ public:
         : place(std::move(folder)) {
         succeed(::mount(source.c_str(), place.c_str(), type, flags, options) == 0, "mount");
     }
-    explicit Mounted(fs::path folder) : place(std::move(folder)) {}
     Mounted(const Mounted&) = delete;
     Mounted& operator=(const Mounted&) = delete;
     ~Mounted() { ::umount2(place.c_str(), MNT_DETACH); }
@@ -100,17 +98,6 @@ public:
     }
     void mountOver(const fs::path& folder, const fs::path& source) {
         mounts.push_back(std::make_unique<Mounted>(folder, source, nullptr, MS_BIND, nullptr));
-    }
-    // Without links, permissions and the exchange of two names.
-    void mountExFat(const fs::path& folder) {
-        const auto image = place.path("image");
-        writeFile(image, "");
-        fs::resize_file(image, 16U << 20U);
-        require(runProgram({"/usr/sbin/mkfs.exfat", image}).status == 0, "cannot make the file system");
-        require(
-            runProgram({"/usr/bin/mount", "-t", "exfat-fuse", "-o", "loop", image, folder}).status == 0,
-            "cannot mount the file system");
-        mounts.push_back(std::make_unique<Mounted>(folder));
     }
     void unmount(const fs::path& folder) {
         require(eventually([&] { return ::umount(folder.c_str()) == 0; }), "cannot unmount"); // while it is scanned
@@ -153,32 +140,34 @@ public:
         if (!fs::exists(place.stateFile())) {
             StateStore(place.state()).save({.profiles = {profile}, .baselines = {}, .remoteDates = {}});
         }
-        running.emplace(place, CliPlace::Arguments{"watch", name, "--password-file", place.passwordFile().string()});
+        const CliPlace::Arguments watch{"watch", name, "--password-file", place.passwordFile().string()};
+        running.reset(new Program(place.start(watch))); // it cannot be moved
+        running->closeInput();
     }
 
-    [[nodiscard]] pid_t pid() const { return running->program.pid(); }
+    [[nodiscard]] pid_t pid() const { return running->pid(); }
 
     // What is done until resume() falls between two of the program's steps, however slow this machine is.
-    void suspend() const { require(running->program.suspend(), "the program ended: " + place.errors()); }
-    void resume() const { running->program.resume(); }
+    void suspend() const { require(running->suspend(), "the program ended: " + place.errors()); }
+    void resume() const { running->resume(); }
 
     std::string waitFor(const std::string& words) {
         while (true) {
             std::string line;
             try {
-                line = running->program.readLine(limit);
+                line = running->readLine(limit);
             } catch (const std::runtime_error& error) {
                 throw std::runtime_error(
-                    "\"" + words + "\" was not told: " + error.what() + ", after:\n" + told + place.errors());
+                    "\"" + words + "\" was not printed: " + error.what() + ", after:\n" + output + place.errors());
             }
-            told += line + "\n";
+            output += line + "\n";
             if (line.find(words) != std::string::npos) return line;
         }
     }
 
     void stop() {
         ::kill(pid(), SIGTERM);
-        require(running->program.wait() == 0, "the program did not end well: " + place.errors());
+        require(running->wait() == 0, "the program did not end well: " + place.errors());
         running.reset();
     }
 
@@ -217,33 +206,52 @@ public:
     const fs::path remote = server.root() / "site";
     Profile profile;
     FileTree expected; // in the end, on both sides
-    std::string told;
+    std::string output;
 
 private:
-    struct Running {
-        Running(const CliPlace& place, const CliPlace::Arguments& arguments) : program(place.start(arguments)) {
-            program.closeInput();
-        }
-        Program program;
-    };
-
-    std::optional<Running> running;
+    std::unique_ptr<Program> running;
     std::vector<std::unique_ptr<Mounted>> mounts; // undone before the folders are removed
 };
 
-// A fault that meets a program at its work.
+// What goes wrong with a folder or file, and the end of it.
 struct Fault {
+    enum class Kind { full, readOnly, closed };
+
     std::string name;
-    std::string told; // what the user reads of it
-    std::function<void(Site&)> breaks;
-    std::function<void(Site&)> mends;
-    std::function<void(Site&)> prepares = [](Site&) {};
-    bool saved = false; // the change was sent, and only its record is missing
+    Kind kind;
+    fs::path (*place)(const Site&);
+    std::string message;  // what the user reads of it
+    bool saved = false;   // the change was sent, and only its record is missing
+    std::size_t left = 0; // bytes free on the full disk
 };
+
+void begin(const Fault& fault, const fs::path& place) {
+    switch (fault.kind) {
+    case Fault::Kind::full:
+        return Site::fillUp(place, fault.left);
+    case Fault::Kind::readOnly:
+        return Site::remount(place, MS_RDONLY);
+    case Fault::Kind::closed:
+        // Still readable where only saving is to fail.
+        fs::permissions(place, fault.saved ? fs::perms::owner_read | fs::perms::owner_exec : fs::perms::none);
+    }
+}
+
+void end(const Fault& fault, const fs::path& place) {
+    switch (fault.kind) {
+    case Fault::Kind::full:
+        return Site::makeRoom(place);
+    case Fault::Kind::readOnly:
+        return Site::remount(place, 0);
+    case Fault::Kind::closed:
+        fs::permissions(place, fs::perms::owner_all);
+    }
+}
 
 // The work is to send a change meanwhile.
 void meet(Site& site, const Fault& fault) {
-    fault.prepares(site);
+    const auto place = fault.place(site);
+    fault.kind == Fault::Kind::closed ? site.obeyPermissions() : site.mountSmall(place);
     site.write("page", "old");
     site.write("folder/other", "other");
     site.start();
@@ -253,19 +261,22 @@ void meet(Site& site, const Fault& fault) {
     require(eventually(isSaved, limit), "the first files were not recorded");
     site.suspend();
     site.write("page", randomBytes(100'000));
-    fault.breaks(site);
+    begin(fault, place);
     site.resume();
-    site.waitFor(fault.told);
+    site.waitFor(fault.message);
     if (!fault.saved) require(readFile(site.remote / "page") == "old", "something was sent in spite of the fault");
-    fault.mends(site);
+    require(site.output.find("page: No space") == std::string::npos, "the wrong disk is said to be full");
+    end(fault, place);
     if (!fault.saved) site.waitFor("Uploaded page");
     const auto recorded = [&site] { return site.savedBaseline() == scan(site.profile); };
     require(eventually(recorded, limit), "the state was not saved once it could be");
     site.verify();
 }
 
-// The work is the initial download: of a new file, and of a newer one in place of this larger local file.
-void prepareDownload(Site& site, const std::string& local) {
+// The work is the initial download: of a new file, and of a newer one in place of a larger local file.
+void meetDownloading(Site& site, const Fault& fault) {
+    site.mountSmall(site.local);
+    const auto local = randomBytes(300'000);
     site.write("page", local);
     for (const std::string path : {"page", "sub/new"}) {
         site.expected[path] = randomBytes(100'000);
@@ -273,38 +284,20 @@ void prepareDownload(Site& site, const std::string& local) {
     }
     site.profile.needsDownload = true;
     site.profile.initialDownloadSelection = DownloadSelection::everything();
-}
-
-void verifyDownload(Site& site, const std::string& local) {
+    begin(fault, site.local);
+    site.start();
+    site.waitFor(fault.message);
+    site.waitFor("Retrying");
+    require(readFile(site.local / "page") == local, "the local file is gone before it was replaced");
+    end(fault, site.local);
     site.waitFor("Downloading sub/new");
     site.waitFor(watching);
     require(site.hasBackup(local), "the replaced file has no backup");
     site.verify();
 }
 
-void meetDownloading(Site& site, const Fault& fault) {
-    site.mountSmall(site.local);
-    const auto local = randomBytes(300'000);
-    prepareDownload(site, local);
-    fault.breaks(site);
-    site.start();
-    site.waitFor(fault.told);
-    site.waitFor("Retrying");
-    require(readFile(site.local / "page") == local, "the local file is gone before it was replaced");
-    fault.mends(site);
-    verifyDownload(site, local);
-}
-
-void downloadToExFat(Site& site) {
-    site.mountExFat(site.local);
-    const auto local = randomBytes(300'000);
-    prepareDownload(site, local);
-    site.start();
-    verifyDownload(site, local);
-}
-
-// The local folder goes, others change the server, somebody edits the files on the disk elsewhere, and it comes back.
-void unmountAndBack(Site& site, const fs::path& mountPoint, const std::string& told) {
+// The local folder goes, others change the server, the user edits the files on the disk elsewhere, and it comes back.
+void unmountAndBack(Site& site, const fs::path& mountPoint, const std::string& message) {
     const fs::path inside = site.local.lexically_relative(mountPoint);
     const auto reappear = [&] { site.mountOver(mountPoint, site.disk); };
     site.mountSmall(site.disk);
@@ -314,15 +307,15 @@ void unmountAndBack(Site& site, const fs::path& mountPoint, const std::string& t
     site.start();
     site.waitFor(watching);
     site.unmount(mountPoint);
-    site.waitFor(told);
+    site.waitFor(message);
     writeFile(site.disk / inside / "page", "edited elsewhere");
     site.colleagueWrites("page", "by a colleague");
-    site.waitFor(told); // at the next attempt
+    site.waitFor(message); // at the next attempt
     require(readTree(site.remote) == FileTree{{"page", "by a colleague"}, {"folder/other", "other"}}, "server changed");
     require(site.savedBaseline().size() == 2, "what is not there was taken for deleted");
     reappear();
     site.waitFor("1 file newer on the server:");
-    require(site.told.find("Uploaded", site.told.find(told)) == std::string::npos, "something was sent unasked");
+    require(site.output.find("Uploaded", site.output.find(message)) == std::string::npos, "something was sent unasked");
     site.stop();
     require(readFile(site.remote / "page") == "by a colleague", "a colleague's edit was overwritten");
     const auto taken =
@@ -335,124 +328,66 @@ void unmountAndBack(Site& site, const fs::path& mountPoint, const std::string& t
     site.verify();
 }
 
+fs::path stateFolder(const Site& site) { return site.place.state(); }
+fs::path temporaryFolder(const Site& site) { return site.place.temporary(); }
+fs::path localFolder(const Site& site) { return site.local; }
+fs::path page(const Site& site) { return site.local / "page"; }
+
+const std::string noSpace = "No space left on device";
+const std::string isReadOnly = "Read-only file system";
+const std::string notSaved = "Could not save sync state: ";
+const std::string missing = "The local folder is unavailable or unreadable.";
+using enum Fault::Kind;
+
+const std::vector<Fault> faultsWithoutMounts{
+    {"local folder closed", closed, localFolder, missing},
+    {"file closed", closed, page, "site/page: Permission denied"},
+    {"state folder closed to writing", closed, stateFolder, notSaved, true}};
 const std::vector<Fault> faults{
-    {.name = "disk full at a save",
-     .told = "Could not save sync state: ",
-     .breaks = [](Site& site) { Site::fillUp(site.place.state()); },
-     .mends = [](Site& site) { Site::makeRoom(site.place.state()); },
-     .prepares = [](Site& site) { site.mountSmall(site.place.state()); },
-     .saved = true},
-    {.name = "disk full at staging",
-     .told = "No space left on device",
-     .breaks = [](Site& site) { Site::fillUp(site.place.temporary()); },
-     .mends =
-         [](Site& site) {
-             require(site.told.find("page: No space") == std::string::npos, "the wrong disk is said to be full");
-             Site::makeRoom(site.place.temporary());
-         },
-     .prepares = [](Site& site) { site.mountSmall(site.place.temporary()); }},
-    {.name = "temporary folder read-only",
-     .told = "Read-only file system",
-     .breaks = [](Site& site) { Site::remount(site.place.temporary(), MS_RDONLY); },
-     .mends = [](Site& site) { Site::remount(site.place.temporary(), 0); },
-     .prepares = [](Site& site) { site.mountSmall(site.place.temporary()); }},
-};
-
-// Those for which nothing is mounted.
-const std::vector<Fault> lostPermissions{
-    {.name = "local folder closed",
-     .told = "The local folder is unavailable or unreadable.",
-     .breaks = [](Site& site) { fs::permissions(site.local, fs::perms::none); },
-     .mends = [](Site& site) { fs::permissions(site.local, fs::perms::owner_all); },
-     .prepares = [](Site& site) { site.obeyPermissions(); }},
-    {.name = "file closed",
-     .told = "site/page: Permission denied",
-     .breaks = [](Site& site) { fs::permissions(site.local / "page", fs::perms::none); },
-     .mends = [](Site& site) { fs::permissions(site.local / "page", fs::perms::owner_read); },
-     .prepares = [](Site& site) { site.obeyPermissions(); }},
-    {.name = "state folder closed to writing",
-     .told = "Could not save sync state: ",
-     .breaks = [](Site& site) { fs::permissions(site.place.state(), fs::perms::owner_read | fs::perms::owner_exec); },
-     .mends = [](Site& site) { fs::permissions(site.place.state(), fs::perms::owner_all); },
-     .prepares = [](Site& site) { site.obeyPermissions(); },
-     .saved = true},
-};
-
-const std::vector<Fault> downloadFaults{
-    {.name = "disk full at a download",
-     .told = "Failure writing output to destination",
-     .breaks = [](Site& site) { Site::fillUp(site.local); },
-     .mends = [](Site& site) { Site::makeRoom(site.local); }},
-    {.name = "disk full at a backup",
-     .told = "/page: No space left on device",
-     .breaks = [](Site& site) { Site::fillUp(site.local, 250'000); },
-     .mends = [](Site& site) { Site::makeRoom(site.local); }},
-    {.name = "local folder read-only at a download",
-     .told = "Read-only file system",
-     .breaks = [](Site& site) { Site::remount(site.local, MS_RDONLY); },
-     .mends = [](Site& site) { Site::remount(site.local, 0); }},
-};
-
-struct Case {
-    std::string name;
-    std::function<void(Site&)> run;
-};
-
-std::vector<Case> chosenCases(bool mounts) {
-    std::vector<Case> cases;
-    const auto add = [&cases](const Fault& fault) {
-        cases.push_back({fault.name, [&fault](Site& site) { meet(site, fault); }});
-    };
-    std::ranges::for_each(lostPermissions, add);
-    if (!mounts) {
-        std::puts("left out, since this process may not mount: full and read-only disks, unmounted folders");
-        return cases;
-    }
-    std::ranges::for_each(faults, add);
-#ifdef __SANITIZE_THREAD__
-    std::puts("left out, since this sanitizer keeps a file open for writing there: temporary folder read-only");
-    std::erase_if(cases, [](const Case& one) { return one.name == "temporary folder read-only"; });
+    {"disk full at a save", full, stateFolder, notSaved, true},
+    {"disk full at staging", full, temporaryFolder, noSpace},
+#ifndef __SANITIZE_THREAD__ // which keeps a file open for writing there
+    {"temporary folder read-only", readOnly, temporaryFolder, isReadOnly},
 #endif
-    for (const auto& fault : downloadFaults) {
-        cases.push_back({fault.name, [&fault](Site& site) { meetDownloading(site, fault); }});
-    }
-    if (::geteuid() == 0 && fs::exists("/usr/sbin/mount.exfat-fuse") && fs::exists("/usr/sbin/mkfs.exfat")) {
-        cases.push_back({"exFAT", downloadToExFat});
-    } else {
-        std::puts("left out, since root and exfat-fuse are needed: exFAT");
-    }
-    const std::string empty = "Another disk, or none, is mounted at the local folder";
-    const std::string missing = "The local folder is unavailable or unreadable.";
-    cases.push_back({"unmounted", [=](Site& site) { unmountAndBack(site, site.local, empty); }});
-    cases.push_back({"folder above unmounted", [=](Site& site) {
-                         site.profile.localFolder = site.local / "below";
-                         site.local /= "below";
-                         unmountAndBack(site, site.local.parent_path(), missing);
-                     }});
-    return cases;
-}
+};
+const std::vector<Fault> faultsOfDownloads{
+    {"disk full at a download", full, localFolder, "Failure writing output to destination"},
+    {"disk full at a backup", full, localFolder, "/page: " + noSpace, false, 250'000},
+    {"local folder read-only at a download", readOnly, localFolder, isReadOnly}};
 
-int tortured(int count, char** arguments) {
-    std::string only;
-    SeededRun torture("Fails under the program as machines do.");
-    torture.options.add_option("--only", only, "cases whose name has this in it");
-    return torture.run(count, arguments, [&only](std::uint64_t) {
-        const bool mounts = mayMount();
-        std::map<std::string, std::function<void()>> works;
-        for (const auto& chosen : chosenCases(mounts)) {
-            if (chosen.name.find(only) == std::string::npos) continue;
-            works[chosen.name] = [chosen, mounts] {
-                if (mounts) keepMountsApart();
-                Site site;
-                chosen.run(site);
-            };
-        }
-        doAtOnce(works);
-        std::printf("%zu faults of the machine: told, recovered from, with nothing lost\n", works.size());
-    });
+void run(const Effort&) {
+    const bool mounts = mayMount();
+    std::map<std::string, std::function<void(Site&)>> cases;
+    for (const auto& fault : faultsWithoutMounts) cases[fault.name] = [&](Site& site) { meet(site, fault); };
+    if (mounts) {
+        for (const auto& fault : faults) cases[fault.name] = [&](Site& site) { meet(site, fault); };
+        for (const auto& fault : faultsOfDownloads)
+            cases[fault.name] = [&](Site& site) { meetDownloading(site, fault); };
+        cases["unmounted"] = [](Site& site) {
+            unmountAndBack(site, site.local, "Another disk, or none, is mounted at the local folder");
+        };
+        cases["folder above unmounted"] = [](Site& site) {
+            site.profile.localFolder = site.local / "below";
+            site.local /= "below";
+            unmountAndBack(site, site.local.parent_path(), missing);
+        };
+    } else {
+        std::puts("left out, since this process may not mount: full and read-only disks, unmounted folders");
+    }
+    std::map<std::string, std::function<void()>> works;
+    for (const auto& [title, meets] : cases) {
+        works[title] = [meets, mounts] {
+            if (mounts) keepMountsApart();
+            Site site;
+            meets(site);
+        };
+    }
+    doAtOnce(works);
+    std::printf("%zu faults of the machine: reported, recovered from, with nothing lost\n", works.size());
 }
 
 } // namespace
-} // namespace zembrastel::testing
 
-int main(int count, char** arguments) { return zembrastel::testing::tortured(count, arguments); }
+const Torture machineFaults{"machine_faults", "Fails under the program as machines do.", {}, run};
+
+} // namespace zembrastel::testing

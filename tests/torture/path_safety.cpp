@@ -8,7 +8,7 @@
 #include "model/state_store.h"
 #include "platform/process_limits.h"
 #include "support/local_site.h"
-#include "torture/seeded_run.h"
+#include "torture/torture.h"
 #include "transport/download/backups.h"
 
 #include <algorithm>
@@ -40,19 +40,19 @@ void check(bool held, const std::string& what) {
     std::printf("FAILED: %s\n", what.c_str());
 }
 
-// All that can be told of what lies below a folder, and of the folder itself.
+// All attributes and contents of a folder and of what lies below it.
 std::map<std::string, std::string> snapshot(const fs::path& folder) {
     std::map<std::string, std::string> items;
     const auto take = [&items](const fs::path& item) {
-        struct stat told {};
-        if (::lstat(item.c_str(), &told) != 0) throw std::runtime_error("stat");
+        struct stat status {};
+        if (::lstat(item.c_str(), &status) != 0) throw std::runtime_error("stat");
         auto& text = items[item];
         for (const auto number :
-             {static_cast<long>(told.st_ino), static_cast<long>(told.st_mode), static_cast<long>(told.st_nlink),
-              told.st_mtim.tv_sec, told.st_mtim.tv_nsec, told.st_ctim.tv_sec, told.st_ctim.tv_nsec}) {
+             {static_cast<long>(status.st_ino), static_cast<long>(status.st_mode), static_cast<long>(status.st_nlink),
+              status.st_mtim.tv_sec, status.st_mtim.tv_nsec, status.st_ctim.tv_sec, status.st_ctim.tv_nsec}) {
             text += std::to_string(number) + " ";
         }
-        if (S_ISREG(told.st_mode)) text += readFile(item);
+        if (S_ISREG(status.st_mode)) text += readFile(item);
     };
     take(folder);
     for (const auto& entry : fs::recursive_directory_iterator(folder)) take(entry.path());
@@ -74,7 +74,7 @@ public:
     }
     Place(const Place&) = delete;
     Place& operator=(const Place&) = delete;
-    ~Place() { ::unsetenv("TMPDIR"); }
+    ~Place() { ::setenv("TMPDIR", folder.path().parent_path().c_str(), 1); }
 
     [[nodiscard]] FTPTransport transport(const FtpServer& server) const {
         return {
@@ -292,7 +292,10 @@ void underAttack(const std::string& name, Work work, bool rootToo, std::uint64_t
     std::printf("%s: %zu turns, %zu refused, %zu swaps\n", name.c_str(), turns, refused, swaps);
 }
 
-void attacks(std::uint64_t seed, std::chrono::milliseconds time) {
+void run(const Effort& effort) {
+    forbidCoreDumps();
+    const auto seed = effort.seed;
+    const std::chrono::milliseconds time(static_cast<long>(effort.seconds * 1000));
     // Without the root: a scan of a folder given through a link is meant to follow it, and what it then finds is
     // refused by every operation that would read or write a file.
     underAttack("scan", scanFolder, false, seed, time);
@@ -302,22 +305,13 @@ void attacks(std::uint64_t seed, std::chrono::milliseconds time) {
     underAttack("restoring", restoreFiles, true, seed, time);
     underAttack(
         "save", [](Scene& scene, std::size_t) { scene.store.save({}); }, true, seed, time);
-}
-
-void run(std::uint64_t seed, double seconds) {
-    forbidCoreDumps();
-    attacks(seed, std::chrono::milliseconds(static_cast<long>(seconds * 1000)));
     std::printf("%zu failures\n", failures);
     require(failures == 0, "a way out of the local folder");
 }
 
 } // namespace
-} // namespace zembrastel::testing
 
-int main(int argc, char** argv) {
-    using namespace zembrastel::testing;
-    SeededRun torture("Tries to lead the program out of its local folder.");
-    double seconds = 60;
-    torture.options.add_option("--seconds", seconds, "for each operation under attack");
-    return torture.run(argc, argv, [&](std::uint64_t seed) { run(seed, seconds); });
-}
+// The seconds are for each operation under attack.
+const Torture pathSafety{"path_safety", "Tries to lead the program out of its local folder.", {.seconds = 60}, run};
+
+} // namespace zembrastel::testing

@@ -7,7 +7,7 @@
 #include "support/ftp_server.h"
 #include "support/process_figures.h"
 #include "support/wait_for.h"
-#include "torture/require.h"
+#include "torture/torture.h"
 
 #include <algorithm>
 #include <chrono>
@@ -23,7 +23,7 @@
 
 namespace zembrastel::testing {
 
-// The program at work; what it tells is taken down as it comes.
+// The program at work; its output is read as it comes.
 class ProgramRun {
 public:
     using Time = std::chrono::system_clock::time_point;
@@ -37,8 +37,8 @@ public:
     ProgramRun& operator=(const ProgramRun&) = delete;
     ~ProgramRun() { program.kill(); } // or the reader would go on after a failure
 
-    // Waits until so many lines with this in them were told, or one with one of the words, or it has ended. False when
-    // it has.
+    // Waits until so many lines contain the marker, or one contains one of the words, or the program has ended: then
+    // false.
     bool waitForLines(std::size_t count, const std::string& marker, const std::vector<std::string>& words) {
         std::unique_lock lock(mutex);
         const auto marked = [&](const std::string& line) { return line.find(marker) != std::string::npos; };
@@ -49,12 +49,12 @@ public:
         return !ended;
     }
 
-    bool tells(const std::string& words) {
+    bool hasPrinted(const std::string& words) {
         const std::scoped_lock lock(mutex);
         return contains({words});
     }
 
-    // The newest line with these words, and when it was told; nothing if there is none.
+    // The newest line with these words, and when it came; nothing if there is none.
     [[nodiscard]] std::optional<std::pair<Time, std::string>> newest(const std::string& words) {
         const std::scoped_lock lock(mutex);
         for (std::size_t at = lines.size(); at-- > 0;) {
@@ -70,7 +70,7 @@ public:
         program.resume();
     }
 
-    // Stops it first, so that its children can be told and cannot become others. Nothing when it has ended by itself.
+    // Stops it first, so that its children are known and do not change. Nothing when it has ended by itself.
     std::optional<std::vector<pid_t>> kill(bool childrenToo) {
         if (!program.suspend()) return std::nullopt;
         const auto children = childrenOf(program.pid());
@@ -92,7 +92,7 @@ public:
         return wait();
     }
 
-    [[nodiscard]] std::vector<std::string> told() {
+    [[nodiscard]] std::vector<std::string> output() {
         const std::scoped_lock lock(mutex);
         return lines;
     }

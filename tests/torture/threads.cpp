@@ -11,12 +11,13 @@
 #include "support/unsteady_servers.h"
 #include "support/wait_for.h"
 #include "torture/hasty_clock.h"
-#include "torture/seeded_run.h"
+#include "torture/torture.h"
 
 #include <algorithm>
 #include <atomic>
+#include <csignal>
 #include <cstdio>
-#include <cstdlib>
+#include <cstring>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -36,7 +37,7 @@ using Random = std::mt19937_64;
 
 constexpr std::size_t places = 6;
 constexpr std::size_t pathsInUse = 8;
-constexpr auto hangsAfter = 60s;
+constexpr unsigned hangsAfter = 60; // seconds
 
 std::string pathOf(std::size_t number) { return (number % 3 == 0 ? "deep/" : "") + ("page " + std::to_string(number)); }
 
@@ -60,42 +61,37 @@ private:
     void answer() {
         const auto call = ++calls;
         std::this_thread::sleep_for(std::chrono::milliseconds(call % 3 == 0 ? 60 : 1));
-        if (call % 9 == 0) throw SyncError("Keychain: nobody answered.");
+        if (call % 9 == 0) throw SyncError("Keychain: no answer.");
     }
 
     const std::string password;
     std::atomic<unsigned> calls = 0;
 };
 
-// Ends the whole program when nothing goes on.
+// Ends the whole program if one call takes too long: prints the call.
 class Watchdog {
 public:
-    void goesOn(const char* with) {
-        doing = with;
-        ++steps;
+    Watchdog() {
+        std::signal(SIGALRM, [](int) {
+            (void)!::write(STDOUT_FILENO, "FAILED: hangs in ", 17);
+            (void)!::write(STDOUT_FILENO, doing.load(), std::strlen(doing.load()));
+            ::_exit(1);
+        });
     }
+    Watchdog(const Watchdog&) = delete;
+    Watchdog& operator=(const Watchdog&) = delete;
+    ~Watchdog() { ::alarm(0); }
 
-    [[nodiscard]] std::size_t count() const { return steps; }
+    static void begin(const char* call) {
+        doing = call;
+        ::alarm(hangsAfter);
+    }
 
 private:
-    void watch(const std::stop_token& stop) const {
-        std::size_t seen = 0;
-        auto since = Steady::now();
-        while (systemClock().sleep(stop, 1s)) {
-            if (std::exchange(seen, steps.load()) != steps) since = Steady::now();
-            if (Steady::now() - since < hangsAfter) continue;
-            std::printf("FAILED: hangs in \"%s\", after %zu steps\n", doing.load(), seen);
-            std::fflush(stdout);
-            std::_Exit(1);
-        }
-    }
-
-    std::atomic<const char*> doing = "start";
-    std::atomic<std::size_t> steps = 0;
-    std::jthread thread{[this](const std::stop_token& stop) { watch(stop); }};
+    static inline std::atomic<const char*> doing = "start";
 };
 
-// All that is published of a profile. While nobody asks for anything it stays as it is, unless there is a job.
+// All that is published of a profile. Without a request it does not change, unless there is a job.
 struct Published {
     Published(const AppModel& model, const Uuid& id)
         : there(model.profile(id) != nullptr), running(model.running(id)), status(model.status(id)),
@@ -103,7 +99,7 @@ struct Published {
           baseline(model.baseline(id)), dates(model.remoteDates(id)) {}
 
     [[nodiscard]] bool isNothing() const {
-        const bool shown = status.title != ProfileStatus().title || !status.activity.empty();
+        const bool shown = status.title() != ProfileStatus().title() || !status.activity.empty();
         return !there && !running && !shown && !review && !failure && baseline.empty() && dates.empty();
     }
 
@@ -111,8 +107,8 @@ struct Published {
     [[nodiscard]] auto values() const {
         const auto newest = status.activity.empty() ? Uuid() : status.activity.front().id;
         return std::tuple(
-            there, running, status.title, status.detail, status.active, status.failed, status.uploaded, status.pending,
-            status.lastUpload, newest, review, failure, baseline, dates);
+            there, running, status.title(), status.detail, status.active(), status.failed(), status.uploaded,
+            status.pending, status.lastUpload, newest, review, failure, baseline, dates);
     }
 
     bool there;
@@ -139,12 +135,11 @@ public:
         profiles.push_back(servers.profile(0, local(0)));
     }
 
-    void rage(std::chrono::seconds duration) {
+    void rage(Steady::duration duration) {
         std::jthread([] {}).join(); // the thread sanitizer's own comes with the first
         const auto before = held();
         {
-            Watchdog started;
-            watchdog = &started;
+            const Watchdog watchdog;
             std::jthread editor([this, own = Random(random())](const std::stop_token& stop) { edit(stop, own); });
             servers.unsteady(1500ms, 400ms);
             ownThreads = threadsOf(::getpid());
@@ -185,7 +180,7 @@ private:
 
     std::size_t upTo(std::size_t most) { return random() % (most + 1); }
 
-    // Somebody at work on both sides; on the server later than anything before, so that it counts as newer.
+    // A user at work on both sides; on the server later than anything before, so that it counts as newer.
     void edit(const std::stop_token& stop, Random own) const {
         auto later = std::chrono::ceil<std::chrono::seconds>(std::chrono::system_clock::now());
         while (systemClock().sleep(stop, std::chrono::milliseconds(own() % 30))) {
@@ -199,7 +194,7 @@ private:
     }
 
     void open() {
-        watchdog->goesOn("load");
+        Watchdog::begin("load");
         AppModel::Options options{.storeOverride = store(), .passwordAccess = keyring.access(), .clock = clock};
         model = std::make_unique<AppModel>(queue, std::move(options));
         require(!model->alert(), "the state does not load");
@@ -209,7 +204,7 @@ private:
 
     // What was shown last is what the next start finds, and no thread or folder outlives the model.
     void quit() {
-        watchdog->goesOn("quit");
+        Watchdog::begin("quit");
         if (upTo(1) == 0) model->shutdown();
         std::map<Uuid, Published> shown;
         std::vector<Profile> known = model->profiles();
@@ -264,7 +259,7 @@ private:
     }
 
     void call(const char* name, Call chosen, Profile& profile) {
-        watchdog->goesOn(name);
+        Watchdog::begin(name);
         ++calls;
         try {
             // A removed one comes back as another, now and then.
@@ -284,14 +279,14 @@ private:
         for (const auto& profile : model->profiles()) {
             if (!model->running(profile.id)) still.emplace(profile.id, Published(*model, profile.id));
         }
-        watchdog->goesOn("events");
+        Watchdog::begin("events");
         pump(std::chrono::milliseconds(upTo(60) == 0 ? 600 : upTo(9) == 0 ? upTo(250) : upTo(8)));
         for (const auto& [id, before] : still) {
             const Published now(*model, id);
             if (!now.there && removing.contains(id)) continue;
             require(
                 now.values() == before.values(), std::string("after \"") + after + "\" a profile at rest went from \""
-                                                     + before.status.title + "\" to \"" + now.status.title
+                                                     + before.status.title() + "\" to \"" + now.status.title()
                                                      + "\": " + now.status.detail);
         }
         for (const auto& id : removing) {
@@ -361,7 +356,6 @@ private:
     MainQueue queue;
     std::vector<Profile> profiles; // as last seen; the model has them or not
     std::unique_ptr<AppModel> model;
-    Watchdog* watchdog = nullptr;
     std::size_t ownThreads = 0;
     std::set<Uuid> removing;
     std::set<Uuid> gone;
@@ -370,17 +364,12 @@ private:
     std::size_t uploads = 0;
 };
 
-int tortured(int count, char** arguments) {
-    SeededRun torture("Asks the model for everything at any moment.");
-    int seconds = 300;
-    torture.options.add_option("--seconds", seconds, "how long");
-    const TemporaryFolder temporary;
-    ::setenv("TMPDIR", temporary.path().c_str(), 1);
-    return torture.run(
-        count, arguments, [&seconds](std::uint64_t seed) { Storm(seed).rage(std::chrono::seconds(seconds)); });
-}
-
 } // namespace
-} // namespace zembrastel::testing
 
-int main(int count, char** arguments) { return zembrastel::testing::tortured(count, arguments); }
+const Torture threads{
+    "threads", "Asks the model for everything at any moment.", {.seconds = 300}, [](const Effort& effort) {
+        Storm(effort.seed)
+            .rage(std::chrono::duration_cast<Steady::duration>(std::chrono::duration<double>(effort.seconds)));
+    }};
+
+} // namespace zembrastel::testing

@@ -10,7 +10,7 @@
 #include "platform/files.h"
 #include "torture/hasty_clock.h"
 #include "torture/program_run.h"
-#include "torture/seeded_run.h"
+#include "torture/torture.h"
 
 #include <array>
 #include <fcntl.h>
@@ -34,7 +34,7 @@ using Paths = std::set<std::string, std::less<>>;
 constexpr std::array paths{"index.html", "page.html", "style.css", "sub/news.html", "sub/list.html"};
 constexpr const char* name = "site";
 constexpr auto seenLong = 1s; // a version that was on the server for longer must not be lost
-constexpr auto dateStep = 2s; // two dates that any server and any comparison tells apart
+constexpr auto dateStep = 2s; // a difference of dates that any server and any comparison sees
 constexpr auto inStepAfter = 60s;
 constexpr std::size_t smallest = 100; // longer than a content's first line
 
@@ -244,7 +244,7 @@ public:
 
     void stop() override {
         const int status = program->stop();
-        const bool hadBegun = !program->told().empty(); // before that, a signal just ends it
+        const bool hadBegun = !program->output().empty(); // before that, a signal just ends it
         require(status == 0 || !hadBegun, "the program did not end well: " + place.errors());
         program.reset();
     }
@@ -275,11 +275,11 @@ public:
     }
 
     std::optional<Review> review() override {
-        const auto told = program->newest("\"event\":\"review\"");
-        if (!told || told->first <= decided) return std::nullopt;
-        Review review{.seen = told->first, .paths = {}};
+        const auto line = program->newest("\"event\":\"review\"");
+        if (!line || line->first <= decided) return std::nullopt;
+        Review review{.seen = line->first, .paths = {}};
         for (const std::string path : paths) {
-            if (told->second.find("\"path\":\"" + path + "\"") != std::string::npos) review.paths.insert(path);
+            if (line->second.find("\"path\":\"" + path + "\"") != std::string::npos) review.paths.insert(path);
         }
         return review;
     }
@@ -481,7 +481,10 @@ private:
     }};
 };
 
-void run(std::uint64_t seed, std::size_t rounds, std::size_t lanes) {
+void run(const Effort& effort) {
+    const auto seed = effort.seed;
+    const auto rounds = effort.rounds;
+    const auto lanes = effort.lanes;
     std::mutex mutex;
     Counts sum;
     std::size_t failed = 0;
@@ -517,14 +520,8 @@ void run(std::uint64_t seed, std::size_t rounds, std::size_t lanes) {
 }
 
 } // namespace
-} // namespace zembrastel::testing
 
-int main(int argc, char** argv) {
-    using namespace zembrastel::testing;
-    SeededRun torture("A colleague and the user change the same files.");
-    std::size_t rounds = 1000;
-    std::size_t lanes = 12;
-    torture.options.add_option("--rounds", rounds, "each with the next seed");
-    torture.options.add_option("--lanes", lanes, "sites at a time")->check(CLI::PositiveNumber);
-    return torture.run(argc, argv, [&](std::uint64_t seed) { run(seed, rounds, lanes); });
-}
+const Torture twoEditors{
+    "two_editors", "A colleague and the user change the same files.", {.rounds = 1000, .lanes = 12}, run};
+
+} // namespace zembrastel::testing

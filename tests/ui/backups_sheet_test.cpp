@@ -1,33 +1,17 @@
-// The sheet with kept versions, and the copying of details for whoever helps.
 #include "ui/backups/backups_sheet.h"
 
-#include "screen.h"
-#include "support/file_tree.h"
+#include "screen_fixture.h"
 #include "support/kept_version.h"
-#include "support/temporary_folder.h"
-#include "ui/backups/backup_view.h"
-#include "ui/bridge/qt_main_context.h"
-#include "ui/main_window/details_copy.h"
 
-#include <gtest/gtest.h>
-
-#include <QClipboard>
 #include <QDesktopServices>
-#include <QGuiApplication>
 #include <QSignalSpy>
-#include <QTest>
-
-#include <memory>
 
 namespace zembrastel::testing {
-
-using namespace ui;
-
 namespace {
 
 namespace fs = std::filesystem;
 
-class BackupsSheetTest : public ::testing::Test {
+class BackupsSheetTest : public ScreenFixture {
 protected:
     BackupsSheetTest() {
         fs::create_directory(site);
@@ -35,10 +19,15 @@ protected:
         profile.localFolder = site.string();
     }
 
+    void keepTwoVersions() const {
+        keepVersion(site, "11111111-2222-4333-8444-555555555555", "index.html", "oldest", 5);
+        keepVersion(site, "AAAAAAAA-2222-4333-8444-555555555555", "index.html", "older", 9);
+    }
+
     void open() {
         sheet = std::make_unique<BackupsSheet>(context, profile);
+        screen = sheet.get();
         sheet->open();
-        list = sheet->findChild<BackupView*>();
         waitForList();
     }
 
@@ -47,93 +36,74 @@ protected:
         ASSERT_TRUE(listed.wait(patience));
     }
 
-    [[nodiscard]] bool shows(const QString& words) const {
-        const auto labels = sheet->findChildren<QLabel*>();
-        return std::any_of(labels.begin(), labels.end(), [&words](const QLabel* label) {
-            return label->isVisible() && label->text().contains(words);
-        });
-    }
-
-    TemporaryFolder folder;
     const fs::path site = folder / "site";
     Profile profile;
-    QtMainContext context;
     std::unique_ptr<BackupsSheet> sheet;
-    BackupView* list = nullptr;
 };
 
-TEST_F(BackupsSheetTest, FolderWithoutBackupsSaysSoAndOffersNothing) {
+TEST_F(BackupsSheetTest, EmptyListNamesTheReason) {
     open();
-    EXPECT_TRUE(list->accessibleDescription().startsWith("No backups yet."));
+    EXPECT_TRUE(list().accessibleDescription().startsWith("No backups yet."));
     EXPECT_TRUE(shows("No versions"));
-    EXPECT_FALSE(button(*sheet, "Open").isEnabled());
-    EXPECT_FALSE(button(*sheet, "Restore…").isEnabled());
+    EXPECT_FALSE(button("Open").isEnabled());
+    EXPECT_FALSE(button("Restore…").isEnabled());
     fs::remove_all(site);
     sheet->refresh();
     waitForList();
-    EXPECT_TRUE(list->accessibleDescription().startsWith("The backups could not be read."));
+    EXPECT_TRUE(list().accessibleDescription().startsWith("The backups could not be read."));
 }
 
-TEST_F(BackupsSheetTest, VersionIsRestoredOnlyWhenConfirmed) {
+TEST_F(BackupsSheetTest, UnconfirmedRestoreChangesNothing) {
     writeFile(site / "index.html", "now");
-    keepVersion(site, "11111111-2222-4333-8444-555555555555", "index.html", "oldest", 5);
-    keepVersion(site, "AAAAAAAA-2222-4333-8444-555555555555", "index.html", "older", 9);
+    keepTwoVersions();
     open();
     EXPECT_TRUE(shows("1 file, 2 versions, 11 bytes"));
-    EXPECT_EQ(namelessControls(*sheet), QStringList());
     const auto ask = [this](const QString& answer) {
-        QTest::mouseClick(&button(*sheet, "Restore…"), Qt::LeftButton);
+        press("Restore…");
         auto* const question = sheet->findChild<QDialog*>();
         ASSERT_NE(question, nullptr);
         EXPECT_TRUE(question->accessibleDescription().contains("kept as a backup"));
-        QTest::mouseClick(&button(*question, answer), Qt::LeftButton);
+        QTest::mouseClick(&testing::button(*question, answer), Qt::LeftButton);
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     };
-    QTest::keyClick(list, Qt::Key_Down);
+    key(Qt::Key_Down);
     ask("Cancel");
     EXPECT_EQ(readFile(site / "index.html"), "now");
     ask("Restore");
     waitForList();
     EXPECT_EQ(readFile(site / "index.html"), "oldest");
-    EXPECT_TRUE(shows("index.html was restored."));
-    EXPECT_TRUE(shows("1 file, 3 versions"));
-    // What was chosen stays chosen.
-    EXPECT_TRUE(list->currentIndex().data(Qt::AccessibleTextRole).toString().endsWith("6 bytes"));
-    EXPECT_EQ(list->currentIndex().row(), 2);
+    EXPECT_TRUE(message().startsWith("index.html was restored."));
+    EXPECT_TRUE(shows("1 file, 3 versions, 14 bytes"));
+    EXPECT_TRUE(row(list().currentIndex().row()).endsWith("6 bytes")) << "the selected version stays selected";
+    EXPECT_EQ(list().currentIndex().row(), 2);
 }
 
-// Stands in for the desktop, which opens files with programs.
+// Replaces the desktop, which opens files with other programs.
 class Desktop : public QObject {
     Q_OBJECT
 
 public:
-    Desktop() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "open"); }
-    ~Desktop() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
+    Desktop() { QDesktopServices::setUrlHandler("file", this, "open"); }
+    ~Desktop() override { QDesktopServices::unsetUrlHandler("file"); }
 
-    Q_SLOT void open(const QUrl& url) {
-        place = url.toLocalFile();
-        Q_EMIT opened();
-    }
-    Q_SIGNAL void opened();
+    Q_SLOT void open(const QUrl& url) { opened = url.toLocalFile(); }
 
-    QString place;
+    QString opened;
 };
 
-TEST_F(BackupsSheetTest, EnterOpensTheChosenVersionAndNoOther) {
-    keepVersion(site, "11111111-2222-4333-8444-555555555555", "index.html", "oldest", 5);
-    keepVersion(site, "AAAAAAAA-2222-4333-8444-555555555555", "index.html", "older", 9);
+TEST_F(BackupsSheetTest, EnterOpensTheSelectedVersionOnly) {
+    keepTwoVersions();
     open();
-    Desktop desktop;
-    QSignalSpy opened(&desktop, &Desktop::opened);
-    QTest::keyClick(list, Qt::Key_Down);
-    QTest::keyClick(list, Qt::Key_Return);
-    ASSERT_TRUE(opened.wait(patience));
-    EXPECT_EQ(readFile(desktop.place.toStdString()), "oldest");
+    const Desktop desktop;
+    key(Qt::Key_Down);
+    key(Qt::Key_Return);
+    ASSERT_TRUE(waitFor([&desktop] { return !desktop.opened.isEmpty(); }));
+    EXPECT_EQ(readFile(desktop.opened.toStdString()), "oldest");
     EXPECT_TRUE(sheet->isVisible());
 }
 
-TEST_F(BackupsSheetTest, SheetThatIsClosedEarlyIsNotTold) {
-    keepVersion(site, "11111111-2222-4333-8444-555555555555", "index.html", "old", 5);
+TEST_F(BackupsSheetTest, EarlyClosedSheetReceivesNothing) {
+    keepTwoVersions();
     sheet = std::make_unique<BackupsSheet>(context, profile);
     sheet.reset();
     QCoreApplication::processEvents();

@@ -18,7 +18,7 @@ protected:
     testing::TemporaryFolder folder;
 };
 
-TEST_F(LoginEntryTest, EntryIsOneThatDesktopsTakeAndGoesWithoutATrace) {
+TEST_F(LoginEntryTest, DesktopsAcceptTheEntry) {
     const LoginEntry entry("org.example.Program", "Program", {R"(/opt/my "50%" $x\y`/program)", "--background"});
     EXPECT_EQ(entry.file(), folder / "autostart/org.example.Program.desktop");
     EXPECT_FALSE(entry.isOn());
@@ -36,7 +36,7 @@ TEST_F(LoginEntryTest, EntryIsOneThatDesktopsTakeAndGoesWithoutATrace) {
     entry.switchOff();
 }
 
-TEST_F(LoginEntryTest, EntryThatAnotherProgramSwitchedOffCountsAsOff) {
+TEST_F(LoginEntryTest, EntryDisabledElsewhereCountsAsOff) {
     const LoginEntry entry("org.example.Program", "Program", {"/usr/bin/program"});
     for (const auto& [more, isOn] : std::map<std::string, bool>{
              {"Hidden=true\n", false},

@@ -18,7 +18,7 @@ using namespace zembrastel::ui;
 using zembrastel::testing::waitFor;
 using namespace std::chrono_literals;
 
-TEST(QtMainContext, WorkRunsOnTheMainThreadInTheOrderOfItsPosting) {
+TEST(QtMainContext, PostedWorkRunsInOrderOnTheMainThread) {
     QtMainContext context;
     constexpr int threads = 4;
     constexpr int each = 500;
@@ -45,7 +45,7 @@ TEST(QtMainContext, WorkRunsOnTheMainThreadInTheOrderOfItsPosting) {
     for (const auto& order : seen) EXPECT_TRUE(std::ranges::is_sorted(order));
 }
 
-TEST(QtMainContext, DelayedWorkFromAnyThreadIsNotLostAndNotEarly) {
+TEST(QtMainContext, DelayedWorkIsNeitherLostNorEarly) {
     QtMainContext context;
     std::vector<int> order;
     const auto began = std::chrono::steady_clock::now();
@@ -63,7 +63,7 @@ TEST(QtMainContext, DelayedWorkFromAnyThreadIsNotLostAndNotEarly) {
     EXPECT_GE(took, 59ms);
 }
 
-TEST(QtMainContext, RunOnMainReturnsOnceTheWorkHasRun) {
+TEST(QtMainContext, RunOnMainReturnsAfterTheWork) {
     QtMainContext context;
     std::atomic<bool> returned = false;
     bool ran = false;
@@ -75,7 +75,7 @@ TEST(QtMainContext, RunOnMainReturnsOnceTheWorkHasRun) {
     EXPECT_TRUE(ran);
 }
 
-TEST(QtMainContext, PostingIsHarmlessOnceTheContextWaitsInVainForItsApplication) {
+TEST(QtMainContext, PostingAfterTheApplicationEndedIsHarmless) {
     // In a process of its own, because no second application can follow.
     EXPECT_EXIT(
         {
@@ -92,9 +92,9 @@ TEST(QtMainContext, PostingIsHarmlessOnceTheContextWaitsInVainForItsApplication)
         ::testing::ExitedWithCode(0), "");
 }
 
-TEST(ModelBridge, AFloodOfStatusChangesReachesTheWidgetsOnceATurn) {
+TEST(ModelBridge, FloodOfStatusesIsReportedOncePerTurn) {
     QtMainContext context;
-    AppModel model(context, {.demo = true});
+    AppModel model(context, {.demonstration = demonstration()});
     ModelBridge bridge(model);
     ASSERT_FALSE(model.profiles().empty());
     const Uuid id = model.profiles().front().id;
@@ -111,5 +111,5 @@ TEST(ModelBridge, AFloodOfStatusChangesReachesTheWidgetsOnceATurn) {
     model.remove(id);
     EXPECT_EQ(profiles.count(), 1) << "lists must not lag behind the model";
     QCoreApplication::processEvents();
-    EXPECT_EQ(statuses.count(), 1) << "nothing of a profile that has gone";
+    EXPECT_EQ(statuses.count(), 1) << "a removed profile is not reported";
 }

@@ -1,60 +1,40 @@
 #include "ui/profile_editor/profile_editor.h"
 
-#include "model/error.h"
-#include "screen.h"
-#include "support/file_tree.h"
+#include "screen_fixture.h"
 #include "support/ftp_server.h"
-#include "support/temporary_folder.h"
-#include "ui/bridge/qt_main_context.h"
-#include "ui/theme/theme.h"
-#include "ui/widgets/message_strip.h"
 #include "ui/widgets/push_button.h"
 
-#include <gtest/gtest.h>
-
-#include <QAccessible>
 #include <QComboBox>
 #include <QElapsedTimer>
 
+#include <atomic>
 #include <filesystem>
 #include <latch>
-#include <map>
-#include <memory>
 #include <semaphore>
 
-using namespace zembrastel;
-using namespace zembrastel::ui;
-using zembrastel::testing::FtpServer;
-using zembrastel::testing::readFile;
-using zembrastel::testing::TemporaryFolder;
-using zembrastel::testing::waitFor;
-namespace fs = std::filesystem;
-
+namespace zembrastel::testing {
 namespace {
 
-constexpr const char* noService = "Keychain: The name org.freedesktop.secrets was not provided by any .service files.";
+const char* const startLabel = "Start watching this folder";
+const char* const downloadLabel = "Download server files to the local folder first";
 
-class ProfileEditorTest : public ::testing::Test {
+DownloadSelection docsOnly() { return {.rules = {{"docs", true}}}; }
+
+class ProfileEditorTest : public ScreenFixture {
 protected:
     ProfileEditorTest() {
-        theme().apply(Appearance::light);
-        fs::create_directory(folder / "site");
+        passwords.save = [this](const std::string& password, const Uuid& id) {
+            ++saves;
+            stored[id] = password;
+        };
     }
 
-    void startModel(bool demo = false) {
-        model = std::make_unique<AppModel>(
-            context, AppModel::Options{
-                         .demo = demo, .storeOverride = StateStore(folder / "state"), .passwordAccess = passwords});
-        bridge = std::make_unique<ModelBridge>(*model);
-    }
-
-    void openEditor(const std::optional<Uuid>& id = std::nullopt, bool syncContents = false) {
+    void open(const std::optional<Uuid>& id = std::nullopt, bool syncContents = false) {
         if (!model) startModel();
         editor = std::make_unique<ProfileEditor>(*bridge, context, id, nullptr);
+        screen = editor.get();
         editor->setBrowse(
-            [this](
-                const Profile& draft, const std::string&, bool syncMode, const DownloadSelection& current, auto apply) {
-                browsed = draft;
+            [this](const Profile&, const std::string&, bool syncMode, const DownloadSelection& current, auto apply) {
                 browsedForSync = syncMode;
                 offered = current;
                 applyChoice = apply;
@@ -63,103 +43,62 @@ protected:
         editor->open();
     }
 
-    // A saved profile, not watched, with the password "old" in the secret store.
-    Profile savedProfile() {
-        Profile profile;
-        profile.name = "Site";
-        profile.host = "127.0.0.1";
-        profile.port = 1; // nothing listens there
-        profile.username = "web";
-        profile.localFolder = folder / "site";
-        stored[profile.id] = "old";
-        if (!model) startModel();
-        model->save(profile, std::nullopt);
-        return *model->profile(profile.id);
+    // Opens a saved profile and waits for its password.
+    void openSaved(const Uuid& id) {
+        open(id);
+        ASSERT_TRUE(waitFor([this] { return line("Password").isEnabled(); }));
     }
 
-    void fillIn() {
+    void fillIn(const FtpServer* server = nullptr) {
+        std::filesystem::create_directory(folder / "Site");
         type("Profile name", "Site");
         type("Server", "127.0.0.1");
-        type("Port", "1");
-        type("Username", "web");
-        type("Password", "s3cret");
-        type("Local folder", QString::fromStdString(folder / "site"));
+        type("Port", server == nullptr ? "1" : QString::number(server->port()));
+        type("Username", server == nullptr ? "web" : QString::fromStdString(server->username()));
+        type("Password", server == nullptr ? "s3cret" : QString::fromStdString(server->password()));
+        type("Local folder", QString::fromStdString(folder / "Site"));
     }
 
-    [[nodiscard]] QLineEdit& line(const char* label) const {
-        return zembrastel::testing::line(*editor, QString::fromUtf8(label));
+    [[nodiscard]] bool closes() const {
+        return waitFor([this] { return !editor->isVisible(); });
     }
-
-    void type(const char* label, const QString& text) const {
-        line(label).selectAll();
-        QTest::keyClicks(&line(label), text);
+    [[nodiscard]] bool saysSomething() const {
+        return waitFor([this] { return !message().isEmpty(); });
     }
-
-    [[nodiscard]] QAbstractButton& button(const char* name) const {
-        return zembrastel::testing::button(*editor, QString::fromUtf8(name));
-    }
-    [[nodiscard]] QString message() const { return editor->findChild<MessageStrip*>()->message(); }
+    [[nodiscard]] bool isMarked(const QString& caption) const { return line(caption).property("bad").toBool(); }
     [[nodiscard]] PushButton& saving() const {
-        for (auto* const candidate : editor->findChildren<PushButton*>()) {
-            if (candidate->isDefault()) return *candidate;
+        for (auto* const each : editor->findChildren<PushButton*>()) {
+            if (each->isDefault()) return *each;
         }
         throw std::logic_error("no default button");
     }
 
-    TemporaryFolder folder;
-    std::map<Uuid, std::string> stored;
-    int saves = 0;
-    AppModel::PasswordAccess passwords{
-        .save =
-            [this](const std::string& password, const Uuid& id) {
-                ++saves;
-                stored[id] = password;
-            },
-        .read = [this](const Uuid& id) { return stored.at(id); },
-        .remove = [this](const Uuid& id) { stored.erase(id); }};
-    QtMainContext context;
-    std::unique_ptr<AppModel> model;
-    std::unique_ptr<ModelBridge> bridge;
+    std::atomic<int> saves = 0;
     std::unique_ptr<ProfileEditor> editor;
-    std::optional<Profile> browsed;
-    bool browsedForSync = false;
+    std::optional<bool> browsedForSync; // empty until contents are browsed
     DownloadSelection offered;
     std::function<void(const DownloadSelection&)> applyChoice;
 };
 
-const char* const startLabel = "Start watching this folder";
-const char* const downloadLabel = "Download server files to the local folder first";
-
-} // namespace
-
-TEST(EditorRules, EachObjectionPointsAtTheFieldThatHasToChange) {
+TEST(EditorRules, RefusedValueMarksTheWrongField) {
     Profile valid;
     valid.name = "Site";
     valid.host = "host";
     valid.username = "web";
     valid.localFolder = "/tmp";
-    EXPECT_EQ(objectionTo(valid).message, "");
-    struct Case {
-        EditorField field;
-        std::function<void(Profile&)> spoil;
-    };
-    const std::vector<Case> cases{
+    EXPECT_EQ(validate(valid).message, "");
+    const std::vector<std::pair<EditorField, void (*)(Profile&)>> cases{
         {EditorField::name, [](Profile& p) { p.name = " ", p.localFolder = ""; }},
-        {EditorField::server, [](Profile& p) { p.host = "ftps://host"; }},
         {EditorField::server, [](Profile& p) { p.host = "host:21", p.port = 0; }},
         {EditorField::port, [](Profile& p) { p.port = 65536; }},
         {EditorField::username, [](Profile& p) { p.username = "a:b", p.remoteFolder = ".."; }},
-        {EditorField::username, [](Profile& p) { p.username = ""; }},
         {EditorField::remoteFolder, [](Profile& p) { p.remoteFolder = "/a/../b"; }},
         {EditorField::localFolder, [](Profile& p) { p.localFolder = "/nowhere/at/all"; }},
-        {EditorField::downloadContents, [](Profile& p) { p.needsDownload = true; }},
-    };
+        {EditorField::downloadContents, [](Profile& p) { p.needsDownload = true; }}};
     for (const auto& [field, spoil] : cases) {
         Profile draft = valid;
         spoil(draft);
-        const Objection objection = objectionTo(draft);
-        EXPECT_EQ(objection.field, field) << objection.message;
-        EXPECT_NE(objection.message, "");
+        EXPECT_EQ(validate(draft).field, field) << validate(draft).message;
     }
 }
 
@@ -176,69 +115,63 @@ TEST(EditorRules, UntouchedFieldsKeepLaterChanges) {
     EXPECT_EQ(withEdits(saved, original, draft), merged);
 }
 
-TEST(EditorRules, TheSavingButtonNeverPromisesWhatItDoesNotDo) {
-    EXPECT_EQ(savingLabel({.busy = true, .downloadFirst = true}), QStringLiteral("Saving…"));
-    EXPECT_EQ(savingLabel({.downloadFirst = true}), QStringLiteral("Choose download contents…"));
-    EXPECT_EQ(
-        savingLabel({.isNew = true, .downloadFirst = true, .contentsChosen = true}),
-        QStringLiteral("Create profile & download"));
-    EXPECT_EQ(savingLabel({.downloadFirst = true, .contentsChosen = true}), QStringLiteral("Save & resynchronise"));
-    EXPECT_EQ(savingLabel({.isNew = true, .contentsChosen = true}), QStringLiteral("Create profile"));
-    EXPECT_EQ(savingLabel({}), QStringLiteral("Save changes"));
+TEST(EditorRules, SaveButtonNamesWhatItDoes) {
+    EXPECT_EQ(savingLabel({.busy = true, .downloadFirst = true}), "Saving…");
+    EXPECT_EQ(savingLabel({.downloadFirst = true}), "Choose download contents…");
+    EXPECT_EQ(savingLabel({.isNew = true, .downloadFirst = true, .contentsChosen = true}), "Create profile & download");
+    EXPECT_EQ(savingLabel({.downloadFirst = true, .contentsChosen = true}), "Save & resynchronise");
+    EXPECT_EQ(savingLabel({.isNew = true, .contentsChosen = true}), "Create profile");
+    EXPECT_EQ(savingLabel({}), "Save changes");
     EXPECT_EQ(portAfterChange(21, TransferProtocol::ftps, TransferProtocol::implicitTLS), 990);
     EXPECT_EQ(portAfterChange(2121, TransferProtocol::ftps, TransferProtocol::implicitTLS), 2121);
 }
 
-TEST_F(ProfileEditorTest, ANewProfileGetsItsDownloadContentsBeforeItIsSaved) {
-    openEditor();
+TEST_F(ProfileEditorTest, NewProfileIsNotSavedWithoutItsContents) {
+    open();
     QTest::keyClick(&line("Profile name"), Qt::Key_Return);
-    EXPECT_EQ(message(), QStringLiteral("Enter a name, server, username and local folder."));
-    EXPECT_TRUE(line("Profile name").property("bad").toBool());
-    EXPECT_FALSE(browsed.has_value()) << "a server that is not known cannot be browsed";
+    EXPECT_EQ(message(), "Enter a name, server, username and local folder.");
+    EXPECT_TRUE(isMarked("Profile name"));
+    EXPECT_FALSE(browsedForSync) << "an unknown server cannot be browsed";
     fillIn();
-    EXPECT_EQ(message(), QString());
-    EXPECT_FALSE(line("Profile name").property("bad").toBool());
+    EXPECT_EQ(message(), "");
+    EXPECT_FALSE(isMarked("Profile name"));
 
     QTest::keyClick(&line("Profile name"), Qt::Key_Return);
-    ASSERT_TRUE(browsed.has_value());
-    EXPECT_FALSE(browsedForSync);
+    EXPECT_EQ(browsedForSync, false);
     EXPECT_FALSE(offered.hasSelection()) << "nothing is selected automatically";
-    applyChoice(DownloadSelection{}); // nothing ticked
-    EXPECT_EQ(saving().text(), QStringLiteral("Choose download contents…"));
-    DownloadSelection chosen;
-    chosen.set("docs", true);
-    applyChoice(chosen);
-    EXPECT_EQ(saving().text(), QStringLiteral("Create profile && download"));
+    applyChoice({}); // no ticks
+    EXPECT_EQ(saving().text(), "Choose download contents…");
+    applyChoice(docsOnly());
+    EXPECT_EQ(saving().text(), "Create profile && download");
     EXPECT_EQ(saves, 0);
 
     QTest::keyClick(&saving(), Qt::Key_Return);
-    ASSERT_TRUE(waitFor([this] { return !editor->isVisible(); }));
+    ASSERT_TRUE(closes());
     ASSERT_EQ(model->profiles().size(), 1U);
     const Profile& saved = model->profiles().front();
     EXPECT_TRUE(saved.enabled && saved.needsDownload && model->running(saved.id));
-    EXPECT_EQ(saved.initialDownloadSelection, chosen);
-    EXPECT_EQ(saved.effectiveSyncSelection(), chosen);
+    EXPECT_EQ(saved.initialDownloadSelection, docsOnly());
+    EXPECT_EQ(saved.effectiveSyncSelection(), docsOnly());
     EXPECT_EQ(saved.transport, TransferProtocol::ftps);
     EXPECT_EQ(stored.at(saved.id), "s3cret");
 }
 
-TEST_F(ProfileEditorTest, ADownloadIsWantedOnlyTogetherWithTheStart) {
-    openEditor();
+TEST_F(ProfileEditorTest, DownloadWithoutStartIsImpossible) {
+    open();
     EXPECT_TRUE(button(startLabel).isChecked());
     QTest::keyClick(&button(downloadLabel), Qt::Key_Space);
     QTest::keyClick(&button(startLabel), Qt::Key_Space);
     EXPECT_FALSE(editor->draft().enabled || editor->draft().needsDownload);
-    EXPECT_EQ(saving().text(), QStringLiteral("Create profile"));
+    EXPECT_EQ(saving().text(), "Create profile");
     QTest::keyClick(&button(downloadLabel), Qt::Key_Space);
     EXPECT_TRUE(editor->draft().enabled && editor->draft().needsDownload);
 }
 
-TEST_F(ProfileEditorTest, ADraftThatIsCancelledLeavesNothingBehind) {
-    const Profile before = savedProfile();
-    openEditor(before.id);
-    ASSERT_TRUE(waitFor([this] { return line("Password").isEnabled(); }));
-    type("Profile name", QStringLiteral("Other"));
-    type("Password", QStringLiteral("new"));
+TEST_F(ProfileEditorTest, CancelledDraftLeavesNothingBehind) {
+    const Profile before = addProfile();
+    openSaved(before.id);
+    type("Profile name", "Other");
+    type("Password", "new");
     EXPECT_EQ(line("Password").echoMode(), QLineEdit::Password);
     QTest::keyClick(&line("Profile name"), Qt::Key_Escape);
     EXPECT_FALSE(editor->isVisible());
@@ -246,51 +179,50 @@ TEST_F(ProfileEditorTest, ADraftThatIsCancelledLeavesNothingBehind) {
     EXPECT_EQ(stored.at(before.id), "old");
 }
 
-TEST_F(ProfileEditorTest, WaitingForTheSecretStoreBlocksNothingAndAnUntouchedPasswordStaysAsItIs) {
+TEST_F(ProfileEditorTest, UnreadablePasswordIsNotOverwritten) {
     std::latch answer(1);
     passwords.read = [&](const Uuid&) -> std::string {
         answer.wait();
         throw SyncError("Keychain: No password is stored for this profile; it must be entered again.");
     };
-    const Profile before = savedProfile();
-    openEditor(before.id);
+    const Uuid id = addProfile().id;
+    open(id);
     EXPECT_FALSE(line("Password").isEnabled());
-    EXPECT_EQ(line("Password").placeholderText(), QStringLiteral("Reading from keyring…"));
+    EXPECT_EQ(line("Password").placeholderText(), "Reading from keyring…");
     EXPECT_FALSE(button("Test connection").isEnabled());
     answer.count_down();
     ASSERT_TRUE(waitFor([this] { return line("Password").isEnabled(); }));
-    EXPECT_TRUE(message().contains(QStringLiteral("it must be entered again")));
-
-    type("Profile name", QStringLiteral("Renamed"));
-    button("Save changes").click();
+    EXPECT_TRUE(message().contains("it must be entered again"));
+    type("Profile name", "Renamed");
+    press("Save changes");
     EXPECT_FALSE(editor->isVisible());
-    EXPECT_EQ(model->profile(before.id)->name, "Renamed");
+    EXPECT_EQ(model->profile(id)->name, "Renamed");
     EXPECT_EQ(saves, 0) << "an empty field must not replace a password that could not be read";
 
-    openEditor(before.id);
-    ASSERT_TRUE(waitFor([this] { return line("Password").isEnabled(); }));
-    type("Password", QStringLiteral("entered again"));
-    button("Save changes").click();
-    EXPECT_EQ(saving().text(), QStringLiteral("Saving…"));
+    openSaved(id);
+    type("Password", "entered again");
+    press("Save changes");
+    EXPECT_EQ(saving().text(), "Saving…");
     EXPECT_FALSE(line("Profile name").isEnabled());
-    ASSERT_TRUE(waitFor([this] { return !editor->isVisible(); }));
-    EXPECT_EQ(stored.at(before.id), "entered again");
+    ASSERT_TRUE(closes());
+    EXPECT_EQ(stored.at(id), "entered again");
 }
 
-TEST_F(ProfileEditorTest, WithoutASecretServiceThePasswordCanBeKeptForTheSession) {
-    passwords.save = [](const std::string&, const Uuid&) { throw SyncError(noService); };
-    openEditor();
+TEST_F(ProfileEditorTest, MissingKeyringDoesNotPreventSaving) {
+    const QString failure("Keychain: The name org.freedesktop.secrets was not provided by any .service files.");
+    passwords.save = [&](const std::string&, const Uuid&) { throw SyncError(failure.toStdString()); };
+    open();
     fillIn();
-    button(downloadLabel).click();
-    button(startLabel).click();
-    button("Create profile").click();
-    ASSERT_TRUE(waitFor([this] { return !message().isEmpty(); }));
-    EXPECT_TRUE(message().startsWith(QLatin1String(noService)));
+    press(downloadLabel);
+    press(startLabel);
+    press("Create profile");
+    ASSERT_TRUE(saysSomething());
+    EXPECT_TRUE(message().startsWith(failure));
     EXPECT_TRUE(model->profiles().empty());
-    EXPECT_TRUE(line("Profile name").isEnabled()) << "it can be mended and saved again";
-    EXPECT_EQ(editor->focusWidget(), &button("Keep the password for this session only"));
-
-    QTest::keyClick(&button("Keep the password for this session only"), Qt::Key_Return);
+    EXPECT_TRUE(line("Profile name").isEnabled()) << "the user can correct the profile and save again";
+    auto& keep = button("Keep the password for this session only");
+    EXPECT_EQ(editor->focusWidget(), &keep);
+    QTest::keyClick(&keep, Qt::Key_Return);
     EXPECT_FALSE(editor->isVisible());
     ASSERT_EQ(model->profiles().size(), 1U);
     std::string kept;
@@ -299,105 +231,96 @@ TEST_F(ProfileEditorTest, WithoutASecretServiceThePasswordCanBeKeptForTheSession
     EXPECT_TRUE(stored.empty());
 }
 
-TEST_F(ProfileEditorTest, AProfileThatCannotBeSavedStoresNoPassword) {
-    startModel(false);
-    Profile watched = savedProfile();
-    model->start(watched.id);
-    openEditor();
+TEST_F(ProfileEditorTest, RefusedProfileStoresNoPassword) {
+    const Uuid watched = addProfile().id;
+    model->start(watched);
+    open();
     fillIn();
-    button(downloadLabel).click();
-    button("Create profile").click();
+    press(downloadLabel);
+    press("Create profile");
     EXPECT_EQ(
-        message(),
-        QStringLiteral(
-            "Another active profile already watches this local folder. Pause it before using this profile."));
-    EXPECT_TRUE(line("Local folder").property("bad").toBool());
+        message(), "Another active profile already watches this local folder. Pause it before using this profile.");
+    EXPECT_TRUE(isMarked("Local folder"));
     EXPECT_EQ(saves, 0);
     EXPECT_EQ(stored.size(), 1U);
     EXPECT_EQ(model->profiles().size(), 1U);
 }
 
-TEST_F(ProfileEditorTest, EditSyncContentsOpensOnceThePasswordIsThereAndEndsInTheProfile) {
-    const Profile before = savedProfile();
-    openEditor(before.id, true);
-    EXPECT_FALSE(browsed.has_value());
-    ASSERT_TRUE(waitFor([this] { return browsed.has_value(); }));
-    EXPECT_TRUE(browsedForSync);
+TEST_F(ProfileEditorTest, ChosenSyncContentsReachTheProfile) {
+    const Uuid id = addProfile().id;
+    open(id, true);
+    EXPECT_FALSE(browsedForSync) << "the password is not known yet";
+    ASSERT_TRUE(waitFor([this] { return browsedForSync.has_value(); }));
+    EXPECT_EQ(browsedForSync, true);
     EXPECT_EQ(offered, DownloadSelection::everything());
-    DownloadSelection chosen;
-    chosen.set("docs", true);
-    applyChoice(chosen);
-    EXPECT_EQ(saving().text(), QStringLiteral("Save changes"));
+    applyChoice(docsOnly());
+    EXPECT_EQ(saving().text(), "Save changes");
     saving().click();
     EXPECT_FALSE(editor->isVisible());
-    EXPECT_EQ(model->profile(before.id)->syncSelection, chosen);
-    EXPECT_TRUE(model->profile(before.id)->needsDownload) << "added contents are downloaded before watching";
-
+    EXPECT_EQ(model->profile(id)->syncSelection, docsOnly());
+    EXPECT_TRUE(model->profile(id)->needsDownload) << "added contents are downloaded before watching";
     editor.reset();
-    applyChoice({}); // a picker that outlives the editor
+    applyChoice({}); // from a picker that outlives the editor
 }
 
-TEST_F(ProfileEditorTest, TheConnectionTestTellsWhatTheServerSaysAndEndsWithTheSheet) {
+TEST_F(ProfileEditorTest, ConnectionTestReportsTheServersAnswer) {
     FtpServer server(FtpServer::Kind::odd);
     server.put("a.txt", "a");
     server.put("b.txt", "b");
-    openEditor();
-    fillIn();
+    open();
+    fillIn(&server);
     QTest::keyClick(editor->findChild<QComboBox*>(), Qt::Key_Down); // plain FTP
     type("Port", QString::number(server.port()));
-    type("Username", QString::fromStdString(server.username()));
-    type("Password", QString::fromStdString(server.password()));
     type("Remote folder", QString::fromStdString(server.remoteFolder()));
     button("Test connection").setFocus();
     QTest::keyClick(editor->focusWidget(), Qt::Key_Return);
     EXPECT_FALSE(button("Test connection").isEnabled());
     QTest::keyClick(editor->focusWidget(), Qt::Key_Return);
-    EXPECT_TRUE(editor->isVisible()) << "a second press went to another button";
-    ASSERT_TRUE(waitFor([this] { return !message().isEmpty(); }));
+    EXPECT_TRUE(editor->isVisible()) << "a second Enter pressed another button";
+    ASSERT_TRUE(saysSomething());
     EXPECT_EQ(
-        message(), QStringLiteral("Connected. The remote folder is readable (2 items). Upload permission is checked "
-                                  "when a file uploads."));
+        message(), "Connected. The remote folder is readable (2 items). Upload permission is checked when a file "
+                   "uploads.");
 
-    type("Password", QStringLiteral("wrong"));
-    EXPECT_EQ(message(), QString()) << "what is said no longer holds";
-    button("Test connection").click();
-    ASSERT_TRUE(waitFor([this] { return !message().isEmpty(); }));
-    EXPECT_TRUE(message().contains(QStringLiteral("67"))) << message().toStdString();
+    type("Password", "wrong");
+    EXPECT_EQ(message(), "") << "the message is about another password";
+    press("Test connection");
+    ASSERT_TRUE(saysSomething());
+    EXPECT_TRUE(message().contains("67")) << message().toStdString();
 
-    const fs::path heard = folder / "commands";
-    FtpServer silent(FtpServer::Kind::odd, {.extra = {"--hang", "MLSD", "--log", heard}});
+    const std::filesystem::path log = folder / "commands";
+    FtpServer silent(FtpServer::Kind::odd, {.extra = {"--hang", "MLSD", "--log", log}});
     type("Port", QString::number(silent.port()));
     type("Password", QString::fromStdString(silent.password()));
-    button("Test connection").click();
-    ASSERT_TRUE(waitFor([&heard] { return fs::exists(heard) && readFile(heard).find("MLSD") != std::string::npos; }));
+    press("Test connection");
+    ASSERT_TRUE(
+        waitFor([&log] { return std::filesystem::exists(log) && readFile(log).find("MLSD") != std::string::npos; }));
     QElapsedTimer waited;
     waited.start();
     editor.reset();
     EXPECT_LT(waited.elapsed(), 15'000) << "a silent server holds curl for half a minute";
 }
 
-TEST_F(ProfileEditorTest, WhatTheModelChangesMeanwhileIsNotUndone) {
-    const Profile before = savedProfile();
-    openEditor(before.id);
-    ASSERT_TRUE(waitFor([this] { return line("Password").isEnabled(); }));
+TEST_F(ProfileEditorTest, ChangesOfTheModelAreNotUndone) {
+    const Uuid id = addProfile().id;
+    openSaved(id);
     EXPECT_FALSE(button(startLabel).isChecked());
-    model->toggle(before.id);
+    model->toggle(id);
     EXPECT_TRUE(button(startLabel).isChecked());
-    button(startLabel).click(); // now it is the user's choice
-    model->toggle(before.id);
-    model->toggle(before.id);
+    press(startLabel); // the user's choice from now on
+    model->toggle(id);
+    model->toggle(id);
     EXPECT_FALSE(button(startLabel).isChecked());
 }
 
-TEST_F(ProfileEditorTest, MovedProfileIsOfferedToBeSentWhole) {
-    const Profile before = savedProfile();
+TEST_F(ProfileEditorTest, MovedProfileOffersAFullUpload) {
+    const Profile before = addProfile();
     model->save(before, std::nullopt, FileMap{{"index.html", Fingerprint{}}});
     int offers = 0;
     for (const auto& [field, text] : {std::pair("Profile name", "Other"), std::pair("Server", "127.0.0.2")}) {
-        openEditor(before.id);
+        openSaved(before.id);
         QObject::connect(editor.get(), &ProfileEditor::moved, [&offers] { ++offers; });
-        ASSERT_TRUE(waitFor([this] { return line("Password").isEnabled(); }));
-        type(field, QString::fromUtf8(text));
+        type(field, text);
         EXPECT_EQ(offers, 0);
         saving().click();
     }
@@ -415,64 +338,48 @@ TEST_F(ProfileEditorTest, ChangesDuringKeyringPromptAreKept) {
         answers.acquire();
         calls += "remove, ";
     };
-    const Uuid id = savedProfile().id;
+    const Uuid id = addProfile().id;
     const auto saveAs = [&](const QString& name) {
-        openEditor(id);
-        ASSERT_TRUE(waitFor([this] { return line("Password").isEnabled(); }));
+        openSaved(id);
         type("Profile name", name);
         type("Password", name);
-        button("Save changes").click();
+        press("Save changes");
     };
-    saveAs(QStringLiteral("Renamed"));
+    saveAs("Renamed");
     model->toggle(id);
     answers.release();
-    ASSERT_TRUE(waitFor([this] { return !editor->isVisible(); }));
+    ASSERT_TRUE(closes());
     EXPECT_EQ(model->profile(id)->name, "Renamed");
     EXPECT_TRUE(model->profile(id)->enabled);
 
     model->remove(id);
-    saveAs(QStringLiteral("Kept"));
+    saveAs("Kept");
     answers.release(2);
-    ASSERT_TRUE(waitFor([this] { return !message().isEmpty(); }));
-    EXPECT_TRUE(message().startsWith(QStringLiteral("This profile was removed meanwhile."))) << message().toStdString();
+    ASSERT_TRUE(saysSomething());
+    EXPECT_TRUE(message().startsWith("This profile was removed meanwhile.")) << message().toStdString();
     EXPECT_TRUE(model->profiles().empty());
-    EXPECT_EQ(line("Profile name").text(), QStringLiteral("Kept"));
-    button("Create profile").click();
+    EXPECT_EQ(line("Profile name").text(), "Kept");
+    press("Create profile");
     answers.release(2);
-    ASSERT_TRUE(waitFor([this] { return !editor->isVisible(); }));
+    ASSERT_TRUE(closes());
     EXPECT_EQ(model->profiles().front().name, "Kept");
-    EXPECT_EQ(calls, "save Renamed, remove, save Kept, remove, save Kept, ") << "no password stays without its profile";
+    EXPECT_EQ(calls, "save Renamed, remove, save Kept, remove, save Kept, ") << "no password without its profile";
 }
 
-TEST_F(ProfileEditorTest, EveryControlHasANameAndCanBeReachedWithTheTabKey) {
-    openEditor();
-    button("Excluded files and folders").click();
-    std::vector<QWidget*> reached;
-    editor->activateWindow();
-    line("Profile name").setFocus();
-    for (QWidget* at = editor->focusWidget(); at != nullptr;) {
-        reached.push_back(at);
-        EXPECT_FALSE(QAccessible::queryAccessibleInterface(at)->text(QAccessible::Name).isEmpty())
-            << at->metaObject()->className();
-        QTest::keyClick(at, Qt::Key_Tab);
-        at = editor->focusWidget();
-        if (at == reached.front() || reached.size() > 50) break;
-    }
-    // Seven lines, a list, a text, two switches, four buttons of the form and three below it.
-    EXPECT_EQ(reached.size(), 18U);
-}
-
-TEST_F(ProfileEditorTest, TheDemonstrationTouchesNeitherServerNorSecretStore) {
+TEST_F(ProfileEditorTest, DemonstrationUsesNoServerAndNoKeyring) {
     passwords.read = [](const Uuid&) -> std::string { throw std::logic_error("read"); };
     passwords.save = [](const std::string&, const Uuid&) { throw std::logic_error("stored"); };
     startModel(true);
-    openEditor(model->profiles().front().id);
+    open(model->profiles().front().id);
     EXPECT_TRUE(line("Password").isEnabled());
     EXPECT_FALSE(button("Test connection").isEnabled());
-    button("Edit sync contents…").click();
-    EXPECT_EQ(message(), QStringLiteral("Not available in the demonstration."));
-    EXPECT_FALSE(browsed);
-    type("Password", QStringLiteral("x")); // the sample's folder is on nobody's disk
-    button("Save changes").click();
+    press("Edit sync contents…");
+    EXPECT_EQ(message(), "Not available in the demonstration.");
+    EXPECT_FALSE(browsedForSync);
+    type("Password", "x"); // the sample's folder does not exist
+    press("Save changes");
     EXPECT_FALSE(editor->isVisible()) << message().toStdString();
 }
+
+} // namespace
+} // namespace zembrastel::testing

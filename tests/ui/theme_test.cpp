@@ -24,11 +24,11 @@ bool hasPixelOf(const QImage& image, const QColor& colour) {
 
 } // namespace
 
-TEST(Theme, SwitchingLeavesNoColourOfTheOtherAppearanceBehind) {
+TEST(Theme, SwitchingLeavesNoOldColourBehind) {
     theme().apply(Appearance::light);
-    PushButton button(QStringLiteral("Start watching"), ButtonKind::primary);
+    PushButton button("Start watching", ButtonKind::primary);
     button.setSymbol("play");
-    QLabel* const label = makeLabel(QStringLiteral("Help"), TextStyle::small, Tone::warn);
+    QLabel* const label = makeLabel("Help", TextStyle::small, Tone::warn);
     label->setParent(&button);
     const QIcon icon = symbolIcon("checkmark.circle.fill", &Colours::accent);
     for (const Appearance appearance : {Appearance::light, Appearance::dark, Appearance::light}) {
@@ -45,16 +45,14 @@ TEST(Theme, SwitchingLeavesNoColourOfTheOtherAppearanceBehind) {
     }
 }
 
-TEST(Theme, StyleSheetAsksForNoColourThatTheTableLacks) {
+TEST(Theme, StyleSheetNamesOnlyKnownColours) {
     theme().apply(Appearance::dark);
     EXPECT_FALSE(qApp->styleSheet().isEmpty());
-    EXPECT_FALSE(qApp->styleSheet().remove(QStringLiteral("@name")).contains(u'@'));
-    EXPECT_EQ(
-        withColours(QStringLiteral("a:@accent;b:@accentHover;c:@accents@"), lightColours()),
-        QStringLiteral("a:#0f766e;b:#0b5f59;c:@accents@"));
+    EXPECT_FALSE(qApp->styleSheet().remove("@name").contains(u'@'));
+    EXPECT_EQ(withColours("a:@accent;b:@accentHover;c:@accents@", lightColours()), "a:#0f766e;b:#0b5f59;c:@accents@");
 }
 
-TEST(Symbols, EveryNameHasADrawingAtEveryScale) {
+TEST(Symbols, EverySymbolIsDrawnAtEveryScale) {
     for (const std::string_view name : symbolNames()) {
         for (const double ratio : {1.0, 1.5, 2.0}) {
             const QPixmap picture = symbolPixmap(name, 20, Qt::black, ratio);

@@ -19,14 +19,14 @@
 using namespace zembrastel;
 using namespace zembrastel::ui;
 
-TEST(ElideLabel, BothEndsOfALongPathStayAndTheWholeCanBeHad) {
-    const QString path = QStringLiteral("/home/you/<Projects>/a/very/long/way/down/to/the/website & more");
+TEST(ElideLabel, LongPathKeepsBothEndsAndCopiesWhole) {
+    const QString path = "/home/you/<Projects>/a/very/long/way/down/to/the/website & more";
     ElideLabel label(path);
     label.resize(label.sizeHint());
     EXPECT_EQ(label.visibleText(), path);
     label.resize(200, 20);
-    EXPECT_TRUE(label.visibleText().startsWith(QStringLiteral("/home")));
-    EXPECT_TRUE(label.visibleText().endsWith(QStringLiteral("more")));
+    EXPECT_TRUE(label.visibleText().startsWith("/home"));
+    EXPECT_TRUE(label.visibleText().endsWith("more"));
     EXPECT_LE(label.fontMetrics().horizontalAdvance(label.visibleText()), 200);
     EXPECT_TRUE(label.toolTip().contains(path.toHtmlEscaped()));
 
@@ -40,12 +40,12 @@ TEST(ElideLabel, BothEndsOfALongPathStayAndTheWholeCanBeHad) {
     menu->close();
 }
 
-TEST(WrapLabel, NoLineIsCutHoweverNarrowTheRoomOrLongTheWord) {
+TEST(WrapLabel, LongWordIsBrokenInsteadOfCut) {
     QWidget page;
     auto* const outer = new QHBoxLayout(&page);
     auto* const inner = new QWidget;
     auto* const column = new QVBoxLayout(inner);
-    auto* const label = new WrapLabel(QStringLiteral("Short words and ") + QString(400, u'x'));
+    auto* const label = new WrapLabel("Short words and " + QString(400, u'x'));
     column->addWidget(label);
     outer->addWidget(inner);
     page.show();
@@ -56,13 +56,13 @@ TEST(WrapLabel, NoLineIsCutHoweverNarrowTheRoomOrLongTheWord) {
         EXPECT_GE(label->height(), label->heightForWidth(label->width())) << width;
         EXPECT_GE(label->height(), label->fontMetrics().horizontalAdvance(QString(400, u'x')) / width);
     }
-    label->setWrappedText(QStringLiteral("Short"));
+    label->setWrappedText("Short");
     QCoreApplication::processEvents();
-    EXPECT_LE(label->minimumHeight(), label->fontMetrics().height() + 1) << "it also gives room back";
+    EXPECT_LE(label->minimumHeight(), label->fontMetrics().height() + 1) << "its height shrinks again";
 }
 
-TEST(Switch, WorksByKeyboardAndTellsAScreenReaderWhatItIs) {
-    Switch option(QStringLiteral("Start watching this folder"));
+TEST(Switch, KeyboardAndScreenReaderCanUseIt) {
+    Switch option("Start watching this folder");
     option.show();
     QTest::keyClick(&option, Qt::Key_Space);
     EXPECT_TRUE(option.isChecked());
@@ -72,7 +72,7 @@ TEST(Switch, WorksByKeyboardAndTellsAScreenReaderWhatItIs) {
     EXPECT_TRUE(option.isChecked());
     QAccessibleInterface* const accessible = QAccessible::queryAccessibleInterface(&option);
     ASSERT_NE(accessible, nullptr);
-    EXPECT_EQ(accessible->text(QAccessible::Name), QStringLiteral("Start watching this folder"));
+    EXPECT_EQ(accessible->text(QAccessible::Name), "Start watching this folder");
     EXPECT_EQ(accessible->role(), QAccessible::CheckBox);
     EXPECT_TRUE(accessible->state().checked);
 }

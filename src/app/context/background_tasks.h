@@ -4,11 +4,11 @@
 // keeps none of them.
 #pragma once
 
+#include "app/context/lifetime.h"
 #include "app/context/main_context.h"
 
 #include <functional>
 #include <list>
-#include <memory>
 #include <stop_token>
 #include <thread>
 
@@ -34,8 +34,8 @@ private:
     using Threads = std::list<std::jthread>;
 
     MainContext& context;
-    // Watched by the notices of ended threads, which may come when this object has gone.
-    std::shared_ptr<Threads> threads = std::make_shared<Threads>();
+    Threads threads;
+    Lifetime lifetime; // of the threads in the list
 };
 
 } // namespace zembrastel

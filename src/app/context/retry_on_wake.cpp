@@ -3,10 +3,6 @@
 namespace zembrastel {
 
 RetryOnWake::RetryOnWake(MainContext& context, AppModel& model)
-    : woken(std::make_shared<AppModel*>(&model)), signals([&context, weak = std::weak_ptr(woken)] {
-          context.post([weak] {
-              if (const auto alive = weak.lock()) (*alive)->retryNow();
-          });
-      }) {}
+    : signals([this, &context, &model] { context.post(lifetime.guard([&model] { model.retryNow(); })); }) {}
 
 } // namespace zembrastel

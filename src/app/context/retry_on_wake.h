@@ -4,9 +4,8 @@
 #pragma once
 
 #include "app/app_model.h"
+#include "app/context/lifetime.h"
 #include "platform/wake_signals.h"
-
-#include <memory>
 
 namespace zembrastel {
 
@@ -15,9 +14,8 @@ public:
     RetryOnWake(MainContext& context, AppModel& model);
 
 private:
-    // Watched by what is posted, which may come when this object has gone.
-    std::shared_ptr<AppModel*> woken;
-    WakeSignals signals;
+    Lifetime lifetime;
+    WakeSignals signals; // last: its thread ends first
 };
 
 } // namespace zembrastel

@@ -25,6 +25,8 @@ using Json = rapidjson::Value;
 // tables on long fractions, and dates are to arrive bit for bit.
 constexpr unsigned parseFlags = rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag;
 
+[[noreturn]] void notUnderstood() { throw SyncError("The message was not understood."); }
+
 // The members of each record, for both directions.
 template <class T, class Record>
 concept Maybe = std::same_as<std::remove_const_t<T>, Record>;
@@ -56,12 +58,40 @@ void eachField(Maybe<TransferProgress> auto& progress, const auto& visit) {
     visit("rate", progress.rate);
 }
 
+// How a status shows itself to other programs, which know titles and flags instead of phases.
+struct ShownPhase {
+    explicit ShownPhase(const ProfileStatus& status)
+        : title(status.title()), active(status.active()), failed(status.failed()), filesMissing(status.filesMissing()) {
+    }
+
+    std::string title;
+    bool active;
+    bool failed;
+    bool filesMissing;
+
+    friend bool operator==(const ShownPhase&, const ShownPhase&) = default;
+};
+
+// The same one if several phases look alike.
+void enterShownPhase(ProfileStatus& status, const ShownPhase& shown) {
+    for (const bool unsaved : {false, true}) {
+        for (const auto& facts : phaseTable) {
+            status.phase = facts.phase;
+            status.unsaved = unsaved;
+            if (ShownPhase(status) == shown) return;
+        }
+    }
+    notUnderstood();
+}
+
 void eachField(Maybe<ProfileStatus> auto& status, const auto& visit) {
-    visit("title", status.title);
+    ShownPhase shown(status);
+    visit("title", shown.title);
     visit("detail", status.detail);
-    visit("active", status.active);
-    visit("failed", status.failed);
-    visit("filesMissing", status.filesMissing);
+    visit("active", shown.active);
+    visit("failed", shown.failed);
+    visit("filesMissing", shown.filesMissing);
+    if constexpr (!std::is_const_v<std::remove_reference_t<decltype(status)>>) enterShownPhase(status, shown);
     visit("uploaded", status.uploaded);
     visit("pending", status.pending);
     visit("lastUpload", status.lastUpload);
@@ -82,7 +112,12 @@ void eachField(Maybe<Activity> auto& line, const auto& visit) {
     visit("id", line.id);
     visit("date", line.date);
     visit("text", line.text);
-    visit("error", line.error);
+    // Other programs learn only whether the line reports a failure.
+    bool error = line.error();
+    visit("error", error);
+    if constexpr (!std::is_const_v<std::remove_reference_t<decltype(line)>>) {
+        line.kind = error ? Activity::Kind::failure : Activity::Kind::note;
+    }
 }
 
 void eachField(Maybe<answer::Activity> auto& told, const auto& visit) {
@@ -125,8 +160,9 @@ void eachField(Maybe<answer::Done> auto& told, const auto& visit) { visit("revie
 template <class T>
 inline constexpr std::array<const char*, 0> words{};
 template <>
-constexpr std::array words<ControlRequest::Kind>{"show",   "status", "follow",      "pause",       "resume", "review",
-                                                 "decide", "retry",  "forgetFiles", "sendMissing", "sendAll"};
+constexpr std::array words<ControlRequest::Kind>{"show",        "status",      "follow",  "pause",
+                                                 "resume",      "review",      "decide",  "retry",
+                                                 "forgetFiles", "sendMissing", "sendAll", "leaveMissing"};
 template <>
 constexpr std::array words<answer::Failed::Reason>{"notUnderstood", "noWindow", "noProfile",   "refused", "paused",
                                                    "needsDownload", "server",   "otherReview", "notSaved"};
@@ -193,8 +229,6 @@ const Json* member(const Json& object, const char* key) {
     const auto found = object.FindMember(key);
     return found == object.MemberEnd() ? nullptr : &found->value;
 }
-
-[[noreturn]] void notUnderstood() { throw SyncError("The message was not understood."); }
 
 void require(bool fits) {
     if (!fits) notUnderstood();

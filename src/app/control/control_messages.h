@@ -32,7 +32,10 @@ struct ControlRequest {
         retry,       // the failed server checks of the profiles: Changed for each that had failed
         forgetFiles, // of the profiles that wait for missing files: Changed for each
         sendMissing, // of one profile, what its server lacks; then, once the server has been checked: Review
-        sendAll      // the same with everything that is not known to be equal there
+        sendAll,     // the same with everything that is not known to be equal there
+        // Of one profile, once its server has been checked: Status with the files that are missing there, which are not
+        // reported again; or Review, which is to be decided first.
+        leaveMissing
     };
 
     Kind kind = Kind::status;

@@ -25,21 +25,15 @@ bool hasFailedCheck(const AppModel& model, const Uuid& id) { return model.checkF
 ControlService::ControlService(
     AppModel& served, MainContext& mainContext, const std::filesystem::path& stateFolder, std::function<void()> show)
     : model(served), context(mainContext), showWindow(std::move(show)) {
-    const auto onMain = [this, weak = std::weak_ptr(self)](std::function<void(ControlService&)> work) {
-        context.post([weak, work = std::move(work)] {
-            if (const auto alive = weak.lock()) work(**alive);
-        });
-    };
     try {
         server = std::make_unique<LocalServer>(
             stateFolder, controlSocketName,
             LocalServer::Callbacks{
                 .received =
-                    [onMain](Client client, const std::string& line) {
-                        onMain([client, line](ControlService& service) { service.receive(client, line); });
+                    [this](Client client, const std::string& line) {
+                        context.post(lifetime.guard([this, client, line] { receive(client, line); }));
                     },
-                .gone = [onMain](
-                            Client client) { onMain([client](ControlService& service) { service.forget(client); }); }});
+                .gone = [this](Client client) { context.post(lifetime.guard([this, client] { forget(client); })); }});
     } catch (const std::system_error& error) {
         unreachable = describe(error);
     }
@@ -89,6 +83,8 @@ void ControlService::carryOut(Client client, const ControlRequest& request) {
     case ControlRequest::Kind::sendMissing:
     case ControlRequest::Kind::sendAll:
         return sendAgain(client, request);
+    case ControlRequest::Kind::leaveMissing:
+        return leaveMissing(client, request);
     }
 }
 
@@ -97,7 +93,7 @@ void ControlService::requireProfiles(const ControlRequest& request) const {
     for (const auto& id : request.profiles) {
         if (model.profile(id) == nullptr) refuse(answer::Failed::Reason::noProfile, id.text());
     }
-    constexpr std::array kindsOfOne{Kind::review, Kind::decide, Kind::sendMissing, Kind::sendAll};
+    constexpr std::array kindsOfOne{Kind::review, Kind::decide, Kind::sendMissing, Kind::sendAll, Kind::leaveMissing};
     const bool ofOne = std::ranges::find(kindsOfOne, request.kind) != kindsOfOne.end();
     if (ofOne && request.profiles.size() != 1) refuse(answer::Failed::Reason::noProfile);
 }
@@ -175,7 +171,7 @@ void ControlService::decide(Client client, const ControlRequest& request) {
 
 void ControlService::forgetFiles(Client client, const ControlRequest& request) {
     for (const auto& id : request.profiles) {
-        if (!model.status(id).filesMissing) continue;
+        if (!model.status(id).filesMissing()) continue;
         model.forgetMissingFiles(id);
         send(client, answer::Changed{id});
     }
@@ -186,9 +182,32 @@ void ControlService::sendAgain(Client client, const ControlRequest& request) {
     const Uuid& id = request.profiles.front();
     if (!model.running(id)) refuse(answer::Failed::Reason::paused);
     if (model.profile(id)->needsDownload) refuse(answer::Failed::Reason::needsDownload);
-    model.sendAgain(id, request.kind == ControlRequest::Kind::sendAll ? Resend::everything : Resend::missing);
+    try {
+        model.sendAgain(id, request.kind == ControlRequest::Kind::sendAll ? Resend::everything : Resend::missing);
+    } catch (const std::exception& error) {
+        refuse(answer::Failed::Reason::notSaved, describe(error));
+    }
     waitings.insert_or_assign(client, Waiting{.profile = id, .decided = {}, .selected = {}});
     answerSoon();
+}
+
+// The server is checked again first: the last check may be hours old.
+void ControlService::leaveMissing(Client client, const ControlRequest& request) {
+    const Uuid& id = request.profiles.front();
+    if (!model.running(id)) refuse(answer::Failed::Reason::paused);
+    if (model.profile(id)->needsDownload) refuse(answer::Failed::Reason::needsDownload);
+    model.retryCheck(id);
+    waitings.insert_or_assign(client, Waiting{.profile = id, .decided = {}, .selected = {}, .leavesMissing = true});
+    answerSoon();
+}
+
+void ControlService::leaveMissing(Client client, const Profile& profile) {
+    send(client, statusOf(profile));
+    try {
+        model.leaveMissing(profile.id);
+    } catch (const std::exception& error) {
+        refuse(answer::Failed::Reason::notSaved, describe(error));
+    }
 }
 
 void ControlService::forget(Client client) {
@@ -248,9 +267,7 @@ void ControlService::profilesChanged() {
 void ControlService::answerSoon() {
     if (waitings.empty() || answersDue) return;
     answersDue = true;
-    context.post([weak = std::weak_ptr(self)] {
-        if (const auto alive = weak.lock()) (*alive)->answerWaiting();
-    });
+    context.post(lifetime.guard([this] { answerWaiting(); }));
 }
 
 void ControlService::answerWaiting() {
@@ -288,11 +305,15 @@ bool ControlService::answerIfSettled(Client client, const Waiting& waiting) {
     }
     if (failure != model.checkFailures().end()) refuse(answer::Failed::Reason::server, failure->second);
     if (!model.running(id)) {
-        if (model.status(id).failed) refuse(answer::Failed::Reason::refused, model.status(id).detail);
+        if (model.status(id).failed()) refuse(answer::Failed::Reason::refused, model.status(id).detail);
         refuse(answer::Failed::Reason::paused);
     }
     if (profile->needsDownload) refuse(answer::Failed::Reason::needsDownload);
-    if (!decided) send(client, answer::Review{.profile = id, .revision = {}, .changes = {}});
+    if (waiting.leavesMissing) {
+        leaveMissing(client, *profile);
+    } else if (!decided) {
+        send(client, answer::Review{.profile = id, .revision = {}, .changes = {}});
+    }
     end(client);
     return true;
 }

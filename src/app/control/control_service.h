@@ -5,6 +5,7 @@
 #pragma once
 
 #include "app/app_model.h"
+#include "app/context/lifetime.h"
 #include "app/control/control_messages.h"
 #include "platform/local_socket.h"
 
@@ -44,6 +45,7 @@ private:
         Uuid profile;
         std::vector<RemoteChange> decided; // nothing while the check is awaited
         PathSet selected;
+        bool leavesMissing = false; // once the check has found which files are missing
     };
 
     void receive(Client client, const std::string& line);
@@ -56,6 +58,7 @@ private:
     void decide(Client client, const ControlRequest& request);
     void forgetFiles(Client client, const ControlRequest& request);
     void sendAgain(Client client, const ControlRequest& request);
+    void leaveMissing(Client client, const ControlRequest& request);
     void forget(Client client);
 
     void statusChanged(const Uuid& id) override;
@@ -68,6 +71,7 @@ private:
     void answerSoon();
     void answerWaiting();
     [[nodiscard]] bool answerIfSettled(Client client, const Waiting& waiting);
+    void leaveMissing(Client client, const Profile& profile);
     void tellOutcome(Client client, const Waiting& waiting);
     void send(Client client, const ControlAnswer& told);
     void end(Client client, const ControlAnswer& last = answer::Done{});
@@ -81,8 +85,7 @@ private:
     std::set<Uuid> pausedHere;
     bool answersDue = false;
     std::optional<std::string> unreachable;
-    // Watched by what is posted to the main context, which may come when the service has gone.
-    std::shared_ptr<ControlService*> self = std::make_shared<ControlService*>(this);
+    Lifetime lifetime;
     std::unique_ptr<LocalServer> server; // last: its thread ends first
 };
 

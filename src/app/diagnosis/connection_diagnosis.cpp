@@ -23,17 +23,17 @@ Finding refusedCertificate(const Profile& profile, const Transcript& answer) {
     const std::string line = words.substr(0, words.find('\n'));
     if (contains(words, "expired")) {
         return wrong(
-            "certificate", "The server's certificate has expired. " + line,
+            Subject::certificate, "The server's certificate has expired. " + line,
             "Ask the hoster to renew the certificate of the FTP server. Look at this machine's date as well.");
     }
     if (containsAny(words, {"does not match", "no alternative certificate subject name"})) {
         return wrong(
-            "certificate", "The server's certificate is for another name than " + profile.host + ". " + line,
+            Subject::certificate, "The server's certificate is for another name than " + profile.host + ". " + line,
             "Ask the hoster for the name that the FTP server's certificate is for, often that of the machine, and use "
             "it in the profile.");
     }
     return wrong(
-        "certificate", "This machine does not trust the server's certificate. " + line,
+        Subject::certificate, "This machine does not trust the server's certificate. " + line,
         "Ask the hoster for a certificate from a known authority, with all intermediate certificates. Do not go on "
         "without: anybody could pass for the server and read the password.");
 }
@@ -43,10 +43,11 @@ Finding refusedLogin(const Profile& profile, const Transcript& answer) {
     if (tellsOfTooMany(answer)) return turnedAway(answer);
     if (profile.transport == TransferProtocol::ftp && containsAny(words, {"tls", "ssl", "encrypt", "secure"})) {
         return wrong(
-            "encryption", "The server takes logins only when they are encrypted." + said(answer), chooseExplicit);
+            Subject::encryption, "The server takes logins only when they are encrypted." + said(answer),
+            chooseExplicit);
     }
     return wrong(
-        "login", "The server refused the user name " + profile.username + " or the password." + said(answer),
+        Subject::login, "The server refused the user name " + profile.username + " or the password." + said(answer),
         "Check both; the password is often not that of the mail account or the hoster's customer pages. Ask the hoster "
         "whether the FTP account is active, and whether it may be used from your address.");
 }
@@ -83,17 +84,17 @@ Finding unreached(const Profile& profile, const Transcript& answer) {
     switch (curlCode(answer.failure)) {
     case 6:
         return wrong(
-            "address", "Nobody knows the name " + profile.host + ".",
+            Subject::address, "Nobody knows the name " + profile.host + ".",
             "Check the server's name in the profile. If it is right, look whether this machine is online.");
     case 7:
         return wrong(
-            "port",
+            Subject::port,
             "The machine " + profile.host + " has nothing at port " + std::to_string(profile.port) + "." + said(answer),
             "Check the port: usually 21, and 990 for FTPS (implicit TLS). Ask the hoster for the FTP port and whether "
             "FTP is switched on.");
     default:
         return wrong(
-            "port", "There is no answer from " + place(profile) + "." + said(answer),
+            Subject::port, "There is no answer from " + place(profile) + "." + said(answer),
             "Check the name and the port. A firewall, here or at the hoster's, may drop the connection: ask the hoster "
             "whether your address is let in.");
     }
@@ -102,13 +103,13 @@ Finding unreached(const Profile& profile, const Transcript& answer) {
 Finding turnedAway(const Transcript& answer) {
     if (tellsOfTooMany(answer)) {
         return wrong(
-            "connections", "The server takes no further connection: there are too many." + said(answer),
+            Subject::connections, "The server takes no further connection: there are too many." + said(answer),
             "Close other FTP programs that use this account and try again in some minutes. Ask the hoster how many "
             "connections an account may have; Zembrastel needs one for each profile that is at work, and some more "
             "while its windows show folders of the server.");
     }
     return wrong(
-        "connections", "The server answers and hangs up." + said(answer),
+        Subject::connections, "The server answers and hangs up." + said(answer),
         "Try again later. Ask the hoster why the server turns connections from your address away.");
 }
 
@@ -121,26 +122,28 @@ std::optional<Finding> refusedBeforeLogin(const Profile& profile, const Transcri
     if (hangsUp || tellsOfTooMany(answer)) return turnedAway(answer);
     if (code == 64) {
         return wrong(
-            "encryption", "The server offers no encryption at this port." + said(answer),
+            Subject::encryption, "The server offers no encryption at this port." + said(answer),
             "Ask the hoster whether the server has FTPS, of which kind and at which port. Only where it has none, "
             "choose FTP in the profile: the password then travels readable.");
     }
     if (code == 35 && profile.transport == TransferProtocol::implicitTLS) {
-        return wrong("encryption", "The server does not begin with TLS at this port." + said(answer), chooseExplicit);
+        return wrong(
+            Subject::encryption, "The server does not begin with TLS at this port." + said(answer), chooseExplicit);
     }
     if (code == 35) {
         return wrong(
-            "encryption", "The server and this machine do not agree on an encryption." + said(answer),
+            Subject::encryption, "The server and this machine do not agree on an encryption." + said(answer),
             "Ask the hoster to let the FTP server use TLS 1.2 or 1.3.");
     }
     if (answer.replies.empty() && profile.transport != TransferProtocol::implicitTLS && profile.port == implicitPort) {
         return wrong(
-            "encryption", "The server says nothing: at port 990 it usually waits for TLS from the first moment.",
+            Subject::encryption, "The server says nothing: at port 990 it usually waits for TLS from the first moment.",
             chooseImplicit);
     }
     if (answer.replies.empty()) {
         return wrong(
-            "connections", "Something takes the connection at " + place(profile) + " and says nothing." + said(answer),
+            Subject::connections,
+            "Something takes the connection at " + place(profile) + " and says nothing." + said(answer),
             "Check the port: this may be no FTP server, or one that waits for TLS from the first moment, for which "
             "there is FTPS (implicit TLS). Ask the hoster for port and kind of encryption.");
     }

@@ -42,34 +42,34 @@ private:
         const Transcript& answer = seen.mlsd.answer;
         if (!answer.connected && !answer.succeeded) {
             const Finding failure = unreached(profile, answer);
-            if (failure.subject != "address") address();
+            if (failure.subject != Subject::address) address();
             add(failure);
             return false;
         }
         address();
-        add(fine("port", "There is an answer at port " + std::to_string(profile.port) + "."));
+        add(fine(Subject::port, "There is an answer at port " + std::to_string(profile.port) + "."));
         if (auto failure = refusedBeforeLogin(profile, answer)) {
             add(*std::move(failure));
             return false;
         }
         encryption();
-        add(fine("login", "The server takes the user name and the password."));
+        add(fine(Subject::login, "The server takes the user name and the password."));
         return true;
     }
 
     void address() {
         // A number needs nobody who knows it.
         if (profile.host.find_first_not_of("0123456789.") == std::string::npos) return;
-        add(fine("address", "The name " + profile.host + " is known."));
+        add(fine(Subject::address, "The name " + profile.host + " is known."));
     }
 
     void encryption() {
         if (profile.transport != TransferProtocol::ftp) {
-            add(fine("encryption", "The connection is encrypted, and the server's certificate trusted."));
+            add(fine(Subject::encryption, "The connection is encrypted, and the server's certificate trusted."));
             return;
         }
         add(notice(
-            "encryption", "Nothing is encrypted: whoever is on the way can read the password and all files.",
+            Subject::encryption, "Nothing is encrypted: whoever is on the way can read the password and all files.",
             "Ask the hoster whether the server has FTPS, and choose it in the profile."));
     }
 
@@ -77,13 +77,14 @@ private:
         const bool missing = curlCode(seen.mlsd.answer.failure) == 9;
         if (missing) {
             add(wrong(
-                "folder", "The server does not open the folder " + profile.remoteFolder + "." + said(seen.mlsd.answer),
+                Subject::folder,
+                "The server does not open the folder " + profile.remoteFolder + "." + said(seen.mlsd.answer),
                 "Check the remote folder in the profile. Without a slash at its beginning it starts in the login "
                 "folder, with one at the server's root. Ask the hoster which folder the site is in."));
             return false;
         }
         if (seen.mlsd.answer.succeeded || (seen.list && seen.list->answer.succeeded)) {
-            add(fine("folder", "The folder " + profile.remoteFolder + " can be opened."));
+            add(fine(Subject::folder, "The folder " + profile.remoteFolder + " can be opened."));
             return true;
         }
         const Transcript& answer = seen.list ? seen.list->answer : seen.mlsd.answer;
@@ -92,7 +93,7 @@ private:
             return false;
         }
         add(wrong(
-            "listing", "The server takes the login and does not list the folder." + said(answer),
+            Subject::listing, "The server takes the login and does not list the folder." + said(answer),
             "Listings and files go over connections of their own (passive mode), which a firewall may stop. Ask the "
             "hoster which ports passive mode uses, whether they are open, and whether the account may list the "
             "folder."));
@@ -107,16 +108,16 @@ private:
     void listing() {
         if (entries() == nullptr) {
             add(wrong(
-                "listing",
+                Subject::listing,
                 "The server's listing of the folder cannot be read: it is in a form of its own, or holds "
                 "names that are not in UTF-8 or special files.",
                 "Ask the hoster whether the server has MLSD and uses UTF-8. Look for special files, such as sockets, "
                 "and names with odd letters in the folder."));
         } else if (seen.mlsd.entries) {
-            add(fine("listing", "The server lists with dates (MLSD): " + amount() + " in the folder."));
+            add(fine(Subject::listing, "The server lists with dates (MLSD): " + amount() + " in the folder."));
         } else {
             add(notice(
-                "listing", "The server lists without dates (LIST, no MLSD): " + amount() + " in the folder.",
+                Subject::listing, "The server lists without dates (LIST, no MLSD): " + amount() + " in the folder.",
                 "All works, with one more question to the server for each file that is compared. Ask the "
                 "hoster whether there is a server with MLSD."));
         }
@@ -137,7 +138,7 @@ private:
         };
         if (!isCut(seen.mlsd) && !(seen.list && isCut(*seen.list))) return;
         add(wrong(
-            "completeness", "The server cuts the listing of a large folder off, at " + amount() + ".",
+            Subject::completeness, "The server cuts the listing of a large folder off, at " + amount() + ".",
             "What is beyond is neither offered nor compared. Ask the hoster to raise the limit above the number of "
             "files in the largest folder (pure-ftpd: -L 20000:5), or spread the files over more folders."));
     }
@@ -159,17 +160,17 @@ private:
         const bool testFileHidden = seen.upload && seen.upload->listed == false;
         if (hidden != there.end() || testFileHidden) {
             add(notice(
-                "hiddenFiles",
+                Subject::hiddenFiles,
                 "The server's listings leave out names that begin with a dot"
                     + (hidden != there.end() ? ", such as " + *hidden : std::string()) + ".",
                 "Files like .htaccess are uploaded all the same, but a newer version on the server is not "
                 "noticed. Ask the hoster to have them listed (proftpd: ListOptions -a; vsftpd: "
                 "force_dot_files=YES; pure-ftpd: -D)."));
         } else if (!shown.empty() || (seen.upload && seen.upload->listed == true)) {
-            add(fine("hiddenFiles", "Names that begin with a dot are listed."));
+            add(fine(Subject::hiddenFiles, "Names that begin with a dot are listed."));
         } else {
             add(unknown(
-                "hiddenFiles", "The folder shows no name that begins with a dot; only --write finds out more."));
+                Subject::hiddenFiles, "The folder shows no name that begins with a dot; only --write finds out more."));
         }
     }
 
@@ -182,12 +183,13 @@ private:
         const SeenDate* const date = queriedDate();
         if (date == nullptr) {
             add(unknown(
-                "dateQuery", "There is no file in the folder whose date could be asked for; --write makes one."));
+                Subject::dateQuery,
+                "There is no file in the folder whose date could be asked for; --write makes one."));
         } else if (date->date) {
-            add(fine("dateQuery", "The server tells the date of a file."));
+            add(fine(Subject::dateQuery, "The server tells the date of a file."));
         } else {
             add(wrong(
-                "dateQuery", "The server does not tell the date of a file." + said(date->answer),
+                Subject::dateQuery, "The server does not tell the date of a file." + said(date->answer),
                 "Without it nobody can say which files are newer on the server. Ask the hoster to allow the command "
                 "MDTM."));
         }
@@ -224,12 +226,12 @@ private:
         const std::string distance = roughly(difference) + (difference.count() > 0 ? " ahead" : " behind");
         if (isZoneDifference(difference)) {
             return wrong(
-                "clock", how + distance + ": the server tells dates in its local time, not in UTC.",
+                Subject::clock, how + distance + ": the server tells dates in its local time, not in UTC.",
                 "Files look newer or older than they are, so wrong versions may be offered. Ask the hoster to have "
                 "dates told in UTC (vsftpd: use_localtime=NO).");
         }
         return wrong(
-            "clock", how + distance + ": the server's clock is off.",
+            Subject::clock, how + distance + ": the server's clock is off.",
             "Files look newer or older than they are, so wrong versions may be offered. Look at this machine's own "
             "clock; if that is right, ask the hoster to set the server's.");
     }
@@ -240,7 +242,7 @@ private:
             if (std::abs(difference.count()) > clockTolerance.count()) {
                 add(wrongClock(difference, "The date of a file that was just uploaded is "));
             } else {
-                add(fine("clock", "The server's clock agrees with this machine's."));
+                add(fine(Subject::clock, "The server's clock agrees with this machine's."));
             }
             return;
         }
@@ -253,13 +255,13 @@ private:
         const auto ahead = furthestAhead();
         if (ahead.count() > clockTolerance.count()) {
             add(wrong(
-                "clock",
+                Subject::clock,
                 "A file on the server is dated " + roughly(ahead)
                     + " in the future: the server tells dates in its local time, not in UTC, or its clock is off.",
                 "Files look newer or older than they are, so wrong versions may be offered. --write finds out which it "
                 "is. Ask the hoster to have dates told in UTC (vsftpd: use_localtime=NO), and the clock set."));
         } else {
-            add(unknown("clock", "No file is dated in the future; only --write compares the server's clock."));
+            add(unknown(Subject::clock, "No file is dated in the future; only --write compares the server's clock."));
         }
     }
 
@@ -281,7 +283,7 @@ private:
 
     void upload(const SeenUpload& test) {
         if (test.first.succeeded) {
-            add(fine("upload", "A test file was uploaded under a temporary name and renamed."));
+            add(fine(Subject::upload, "A test file was uploaded under a temporary name and renamed."));
             if (test.second) replacement(*test.second);
         } else {
             add(refusedUpload(test));
@@ -290,42 +292,42 @@ private:
             std::string names;
             for (const auto& name : test.left) names += (names.empty() ? "" : ", ") + name;
             add(notice(
-                "testFile", "The server did not delete the test, which is left in the folder: " + names + ".",
+                Subject::testFile, "The server did not delete the test, which is left in the folder: " + names + ".",
                 "Nobody needs it: delete it in another way. Zembrastel itself never deletes files on the "
                 "server, so it works without that right."));
         } else if (test.first.succeeded || (test.plainName && test.plainName->succeeded)) {
-            add(fine("testFile", "The test file was deleted again; nothing is left of it."));
+            add(fine(Subject::testFile, "The test file was deleted again; nothing is left of it."));
         }
     }
 
     void replacement(const Transcript& second) {
         if (second.succeeded) {
-            add(fine("replacement", "It was replaced by a second upload in the same way."));
+            add(fine(Subject::replacement, "It was replaced by a second upload in the same way."));
         } else if (contains(second.failure, "RNTO")) {
             add(wrong(
-                "replacement", "The server does not rename a file over one that is there." + said(second),
+                Subject::replacement, "The server does not rename a file over one that is there." + said(second),
                 "So files can be uploaded once and never again. Ask the hoster to allow it (proftpd: AllowOverwrite "
                 "on)."));
         } else {
-            add(wrong("replacement", "A second upload of the test file failed." + said(second), uploadRemedy));
+            add(wrong(Subject::replacement, "A second upload of the test file failed." + said(second), uploadRemedy));
         }
     }
 
     static Finding refusedUpload(const SeenUpload& test) {
         if (test.plainName && test.plainName->succeeded) {
             return wrong(
-                "temporaryName", "The server refuses names that begin with a dot." + said(test.first),
+                Subject::temporaryName, "The server refuses names that begin with a dot." + said(test.first),
                 "Every upload begins under such a name (.zembrastel-…), so none works. Ask the hoster to allow names "
                 "with a leading dot, or at least those that begin with .zembrastel- (proftpd: PathDenyFilter; vsftpd: "
                 "deny_file; pure-ftpd: -x).");
         }
         if (containsAny(test.first.failure, {"RNFR", "RNTO"})) {
             return wrong(
-                "rename", "The server takes a file and lets nobody rename it." + said(test.first),
+                Subject::rename, "The server takes a file and lets nobody rename it." + said(test.first),
                 "Every upload ends with giving the file its name, so none works. Ask the hoster to allow the commands "
                 "RNFR and RNTO (vsftpd: cmds_denied; pure-ftpd: without -G).");
         }
-        return wrong("upload", "The server takes no file in this folder." + said(test.first), uploadRemedy);
+        return wrong(Subject::upload, "The server takes no file in this folder." + said(test.first), uploadRemedy);
     }
 
     static constexpr const char* uploadRemedy =

@@ -15,28 +15,32 @@ bool isRefusal(std::string_view reply) {
 
 } // namespace
 
+std::string_view word(Subject subject) {
+    constexpr std::array<std::string_view, 18> words{
+        "localFolder", "address", "port",          "connections",  "encryption",  "certificate",
+        "login",       "folder",  "listing",       "completeness", "hiddenFiles", "dateQuery",
+        "clock",       "upload",  "temporaryName", "rename",       "replacement", "testFile"};
+    static_assert(words.size() == static_cast<std::size_t>(Subject::testFile) + 1);
+    return words.at(static_cast<std::size_t>(subject));
+}
+
 std::string_view word(Outcome outcome) {
     constexpr std::array<std::string_view, 4> words{"fine", "unknown", "notice", "wrong"};
     return words.at(static_cast<std::size_t>(outcome));
 }
 
-Finding fine(std::string subject, std::string text) { return {.subject = std::move(subject), .text = std::move(text)}; }
+Finding fine(Subject subject, std::string text) { return {.subject = subject, .text = std::move(text)}; }
 
-Finding unknown(std::string subject, std::string text) {
-    return {.subject = std::move(subject), .outcome = Outcome::unknown, .text = std::move(text)};
+Finding unknown(Subject subject, std::string text) {
+    return {.subject = subject, .outcome = Outcome::unknown, .text = std::move(text)};
 }
 
-Finding notice(std::string subject, std::string text, std::string remedy) {
-    return {
-        .subject = std::move(subject),
-        .outcome = Outcome::notice,
-        .text = std::move(text),
-        .remedy = std::move(remedy)};
+Finding notice(Subject subject, std::string text, std::string remedy) {
+    return {.subject = subject, .outcome = Outcome::notice, .text = std::move(text), .remedy = std::move(remedy)};
 }
 
-Finding wrong(std::string subject, std::string text, std::string remedy) {
-    return {
-        .subject = std::move(subject), .outcome = Outcome::wrong, .text = std::move(text), .remedy = std::move(remedy)};
+Finding wrong(Subject subject, std::string text, std::string remedy) {
+    return {.subject = subject, .outcome = Outcome::wrong, .text = std::move(text), .remedy = std::move(remedy)};
 }
 
 // That of the question for UTF-8 names, which many servers do not know, is none.

@@ -10,6 +10,28 @@
 
 namespace zembrastel {
 
+// What a finding is about.
+enum class Subject {
+    localFolder,
+    address,
+    port,
+    connections,
+    encryption,
+    certificate,
+    login,
+    folder,
+    listing,
+    completeness,
+    hiddenFiles,
+    dateQuery,
+    clock,
+    upload,
+    temporaryName,
+    rename,
+    replacement,
+    testFile
+};
+
 struct Finding {
     enum class Outcome {
         fine,
@@ -18,21 +40,20 @@ struct Finding {
         wrong    // does not work, or does harm
     };
 
-    // One word that stays the same, for programs: "address", "port", "connections", "encryption", "certificate",
-    // "login", "folder", "listing", "completeness", "hiddenFiles", "dateQuery", "clock", "upload", "temporaryName",
-    // "rename", "replacement", "testFile".
-    std::string subject;
+    Subject subject = Subject::address;
     Outcome outcome = Outcome::fine;
     std::string text;     // what was seen
     std::string remedy{}; // what to do, and what to ask the hoster for; empty where all is well
 };
 
+// One word that stays the same, for other programs.
+[[nodiscard]] std::string_view word(Subject subject);
 [[nodiscard]] std::string_view word(Finding::Outcome outcome);
 
-[[nodiscard]] Finding fine(std::string subject, std::string text);
-[[nodiscard]] Finding unknown(std::string subject, std::string text);
-[[nodiscard]] Finding notice(std::string subject, std::string text, std::string remedy);
-[[nodiscard]] Finding wrong(std::string subject, std::string text, std::string remedy);
+[[nodiscard]] Finding fine(Subject subject, std::string text);
+[[nodiscard]] Finding unknown(Subject subject, std::string text);
+[[nodiscard]] Finding notice(Subject subject, std::string text, std::string remedy);
+[[nodiscard]] Finding wrong(Subject subject, std::string text, std::string remedy);
 
 // The last reply by which the server refused something; empty where there was none.
 [[nodiscard]] std::string refusal(const Transcript& answer);

@@ -77,7 +77,7 @@ void addSettings(Lines& lines, const Profile& profile) {
 }
 
 void addStatus(Lines& lines, const ProfileStatus& status) {
-    lines.add("Status", status.title + (status.detail.empty() ? "" : ": " + status.detail));
+    lines.add("Status", status.title() + (status.detail.empty() ? "" : ": " + status.detail));
     lines.add(
         "Files since the start",
         std::to_string(status.uploaded) + " uploaded, " + std::to_string(status.pending) + " waiting");
@@ -86,7 +86,7 @@ void addStatus(Lines& lines, const ProfileStatus& status) {
     const auto count = std::min(mostLines, status.activity.size());
     for (std::size_t n = 0; n < count; ++n) {
         const Activity& each = status.activity[n];
-        lines.line("  " + timeText(each.date) + (each.error ? "  failed: " : "  ") + each.text);
+        lines.line("  " + timeText(each.date) + (each.error() ? "  failed: " : "  ") + each.text);
     }
 }
 

@@ -1,20 +1,20 @@
-#include "cli/commands/check.h"
+#include "cli/commands.h"
 
 #include "cli/session/profile_choice.h"
 #include "cli/session/running_program.h"
 #include "cli/session/server_call.h"
-#include "cli/session/state_folder.h"
+#include "cli/session/session.h"
 #include "cli/text/presentation.h"
 #include "cli/text/review_text.h"
-
-#include <CLI/CLI.hpp>
 
 namespace zembrastel::cli {
 namespace {
 
-void ignore(const std::string&) {}
+struct CheckRequest {
+    std::string name;
+};
 
-void showAsText(const ServerCheck& check, const std::string& command, Output& output) {
+void printCheck(const ServerCheck& check, const std::string& command, Output& output) {
     if (check.changes.empty()) {
         output.line("Nothing is newer on the server.");
         return;
@@ -26,57 +26,51 @@ void showAsText(const ServerCheck& check, const std::string& command, Output& ou
     output.note("To decide: " + command);
 }
 
-// The server answers now: a running program whose own check had failed need not wait.
-void retryInProgram(const Profile& profile, const Surroundings& around) {
-    auto program = RunningProgram::find(openState(around.options));
+// The server answers now, so a running program whose own check has failed tries it again at once.
+void retryInProgram(const Profile& profile, const CommandContext& context) {
+    auto program = RunningProgram::find(StateFolder(context.options).open());
     if (!program) return;
     bool retried = false;
     (void)program->ask(
-        {.kind = ControlRequest::Kind::retry, .profiles = {profile.id}}, around.interrupt,
+        {.kind = ControlRequest::Kind::retry, .profiles = {profile.id}}, context.interrupt,
         [&](const ControlAnswer& answer) { retried = retried || std::holds_alternative<answer::Changed>(answer); });
-    if (retried) around.output.note("The running program checks the server again.");
+    if (retried) context.output.note("The running program checks the server again.");
 }
 
-ExitCode checkServer(const Surroundings& around, const std::string& name) {
-    const SavedState state = loadState(around.options);
-    const Profile& profile = chooseProfile(state.profiles, name);
-    if (profile.needsDownload) {
-        throw CommandError(
-            ExitCode::failed, inQuotes(profile.name) + " still has its initial download to do; run watch first.");
-    }
+ExitCode checkServer(const CommandContext& context, const CheckRequest& request) {
+    const SavedState state = StateFolder(context.options).load();
+    const Profile& profile = chooseProfile(state.profiles, request.name);
+    requireDownloaded(profile);
     ServerCheck found;
-    callServer(
-        profile, around, "compare the local folder " + oneLine(profile.localFolder) + " with the server",
-        [&](const FTPTransport& server) {
-            found = server.newerRemoteFiles(recordOf(state, profile.id, around.options), ignore);
-        });
-    retryInProgram(profile, around);
+    callServer(profile, context, comparisonAim(profile), [&](const FTPTransport& server) {
+        found = server.newerRemoteFiles(
+            StateFolder(context.options).recordOf(state, profile.id), [](const std::string&) {});
+    });
+    retryInProgram(profile, context);
     const std::string unambiguous = unambiguousName(state.profiles, profile);
-    if (around.output.json()) {
+    if (context.output.json()) {
         JsonLine object("review");
-        addReview(object, profile, found.changes, systemClock(), found.seen);
-        around.output.line(object);
+        addReviewFields(object, profile, found.changes, systemClock(), found.seen);
+        context.output.line(object);
     } else {
-        showAsText(found, reviewCommand(around.options, unambiguous), around.output);
+        printCheck(found, reviewCommand(context.options, unambiguous), context.output);
     }
-    tellMissing(profile, found.missing, around.output);
-    if (!found.missing.empty()) around.output.note(sendMissingHint(around.options, found.missing.size(), unambiguous));
+    printMissing(profile, found.missing, context.output);
+    if (!found.missing.empty())
+        context.output.note(sendMissingHint(context.options, found.missing.size(), unambiguous));
     if (!found.changes.empty()) return ExitCode::reviewWaiting;
     return found.missing.empty() ? ExitCode::done : ExitCode::failed;
 }
 
 } // namespace
 
-void addCheck(CLI::App& parent, Command& chosen) {
-    auto* command =
-        parent.add_subcommand("check", "List the files that are newer or missing on the server; changes nothing");
-    const auto name = std::make_shared<std::string>();
-    command->add_option("NAME", *name, "Name or id of the profile")->required()->type_name("");
-    command->footer("Another program may be running meanwhile. Ends with 3 if files are newer on the server or differ\n"
-                    "there in size: review decides about them. Ends with 1 if uploaded files are missing there and\n"
-                    "none is newer: push --missing sends them again. Otherwise ends with 0.");
-    command->callback(
-        [&chosen, name] { chosen = [name](const Surroundings& around) { return checkServer(around, *name); }; });
+void addCheck(Syntax& parent) {
+    auto [command, request] =
+        parent.command("check", "List the files that are newer or missing on the server; changes nothing", checkServer);
+    command.profileArgument(request.name);
+    command.footer("Another program may be running meanwhile. Ends with 3 if files are newer on the server or differ\n"
+                   "there in size: review decides about them. Ends with 1 if uploaded files are missing there and\n"
+                   "none is newer: push --missing sends them again. Otherwise ends with 0.");
 }
 
 } // namespace zembrastel::cli

@@ -1,64 +1,61 @@
-#include "cli/commands/doctor.h"
+#include "cli/commands.h"
 
 #include "app/diagnosis/diagnosis.h"
 #include "app/diagnosis/support_details.h"
 #include "cli/session/profile_choice.h"
 #include "cli/session/server_call.h"
-#include "cli/session/state_folder.h"
+#include "cli/session/session.h"
 #include "cli/text/presentation.h"
 #include "model/password_mask.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
 
 namespace zembrastel::cli {
 namespace {
 
-using Outcome = Finding::Outcome;
-
-struct Request {
+struct DoctorRequest {
     std::string name;
     bool write = false;
 };
 
-// What is to be seen without the server.
-Finding localFolder(const Profile& profile) {
+Finding localFolderFinding(const Profile& profile) {
     std::error_code failed;
     if (std::filesystem::is_directory(profile.localFolder, failed)) {
-        return {.subject = "localFolder", .text = "The local folder is there."};
+        return {.subject = Subject::localFolder, .text = "The local folder exists."};
     }
     return {
-        .subject = "localFolder",
-        .outcome = Outcome::wrong,
-        .text = "The local folder " + profile.localFolder + " is not there.",
+        .subject = Subject::localFolder,
+        .outcome = Finding::Outcome::wrong,
+        .text = "The local folder " + profile.localFolder + " does not exist.",
         .remedy = "Connect the disk it is on, or choose another local folder in the profile."};
 }
 
-void tellAsJson(const Profile& profile, const std::vector<Finding>& findings, Output& output) {
+void printFindingsAsJson(const Profile& profile, const std::vector<Finding>& findings, Output& output) {
     for (const auto& each : findings) {
-        JsonLine object("finding");
-        object.text("profile", profile.name).text("id", profile.id.text()).text("subject", each.subject);
+        auto object = JsonLine::forProfile("finding", profile);
+        object.text("subject", word(each.subject));
         object.text("outcome", word(each.outcome)).text("text", each.text).text("remedy", each.remedy);
         output.line(object);
     }
 }
 
-std::string mark(Outcome outcome) {
+std::string outcomeMark(Finding::Outcome outcome) {
     switch (outcome) {
-    case Outcome::fine:
+    case Finding::Outcome::fine:
         return "  ok      ";
-    case Outcome::unknown:
+    case Finding::Outcome::unknown:
         return "  ?       ";
-    case Outcome::notice:
+    case Finding::Outcome::notice:
         return "  note    ";
-    case Outcome::wrong:
+    case Finding::Outcome::wrong:
         break;
     }
     return "  WRONG   ";
 }
 
-void tellRemedies(const std::vector<Finding>& findings, Outcome outcome, const std::string& heading, Output& output) {
+void printRemedies(
+    const std::vector<Finding>& findings, Finding::Outcome outcome, const std::string& heading, Output& output) {
     bool first = true;
     for (const auto& each : findings) {
         if (each.outcome != outcome) continue;
@@ -68,29 +65,31 @@ void tellRemedies(const std::vector<Finding>& findings, Outcome outcome, const s
     }
 }
 
-void tell(const std::vector<Finding>& findings, Output& output) {
-    output.line("\nWhat was looked at");
-    for (const auto& each : findings) output.line(mark(each.outcome) + oneLine(each.text));
-    tellRemedies(findings, Outcome::wrong, "What is wrong, and what helps", output);
-    tellRemedies(findings, Outcome::notice, "What to know", output);
-    if (std::ranges::count(findings, Outcome::wrong, &Finding::outcome) == 0) output.line("\nNothing is wrong.");
+void printFindings(const std::vector<Finding>& findings, Output& output) {
+    output.line("\nChecks");
+    for (const auto& each : findings) output.line(outcomeMark(each.outcome) + oneLine(each.text));
+    printRemedies(findings, Finding::Outcome::wrong, "Problems and fixes", output);
+    printRemedies(findings, Finding::Outcome::notice, "Notes", output);
+    if (std::ranges::count(findings, Finding::Outcome::wrong, &Finding::outcome) == 0)
+        output.line("\nNo problems found.");
 }
 
-ExitCode exitCode(const std::vector<Finding>& findings) {
-    const auto bad = std::ranges::find(findings, Outcome::wrong, &Finding::outcome);
+ExitCode doctorExitCode(const std::vector<Finding>& findings) {
+    const auto bad = std::ranges::find(findings, Finding::Outcome::wrong, &Finding::outcome);
     if (bad == findings.end()) return ExitCode::done;
-    const bool login = std::ranges::any_of(
-        findings, [](const auto& each) { return each.outcome == Outcome::wrong && each.subject == "login"; });
+    const bool login = std::ranges::any_of(findings, [](const auto& each) {
+        return each.outcome == Finding::Outcome::wrong && each.subject == Subject::login;
+    });
     return login ? ExitCode::refused : ExitCode::failed;
 }
 
-ExitCode examine(const Surroundings& around, const Request& request) {
-    const SavedState state = loadState(around.options);
+ExitCode examineServer(const CommandContext& context, const DoctorRequest& request) {
+    const SavedState state = StateFolder(context.options).load();
     const Profile& profile = chooseProfile(state.profiles, request.name);
-    Output& output = around.output;
-    std::vector<Finding> findings{localFolder(profile)};
+    Output& output = context.output;
+    std::vector<Finding> findings{localFolderFinding(profile)};
     std::string details;
-    callServer(profile, around, "examine the server", [&](const FTPTransport& server) {
+    callServer(profile, context, "examine the server", [&](const FTPTransport& server) {
         details = supportDetails(
             {.program = "zembrastel-cli " ZEMBRASTEL_VERSION, .profile = profile, .password = server.password});
         if (!output.json()) output.line(details.substr(0, details.size() - 1));
@@ -102,29 +101,27 @@ ExitCode examine(const Surroundings& around, const Request& request) {
         }
     });
     if (output.json()) {
-        JsonLine object("details");
-        output.line(object.text("profile", profile.name).text("id", profile.id.text()).text("text", details));
-        tellAsJson(profile, findings, output);
+        auto object = JsonLine::forProfile("details", profile);
+        output.line(object.text("text", details));
+        printFindingsAsJson(profile, findings, output);
     } else {
-        tell(findings, output);
+        printFindings(findings, output);
     }
-    return exitCode(findings);
+    return doctorExitCode(findings);
 }
 
 } // namespace
 
-void addDoctor(CLI::App& parent, Command& chosen) {
-    auto* command = parent.add_subcommand("doctor", "Find out what is wrong with a server, and what to ask the hoster");
-    const auto request = std::make_shared<Request>();
-    command->add_option("NAME", request->name, "Name or id of the profile")->required()->type_name("");
-    command->add_flag(
-        "--write", request->write,
+void addDoctor(Syntax& parent) {
+    auto [command, request] =
+        parent.command("doctor", "Find problems with a server, and what to ask the hosting provider", examineServer);
+    command.profileArgument(request.name);
+    command.flag(
+        "--write", request.write,
         "Also upload a small test file, replace it, and delete it:\nnothing else on the server is touched");
-    command->footer("Looks at name, port, encryption, login, folder, listings, dates and clock, one\n"
-                    "after another. What it prints contains no password and can be sent to whoever\n"
-                    "helps. Exits with 1, or 5 for a refused login, when something is wrong.");
-    command->callback(
-        [&chosen, request] { chosen = [request](const Surroundings& around) { return examine(around, *request); }; });
+    command.footer("Checks name, port, encryption, login, folder, listings, dates and clock, one after\n"
+                   "another. The output contains no password: you can send it to the people who help\n"
+                   "you. Ends with 1, or 5 for a refused login, if there is a problem.");
 }
 
 } // namespace zembrastel::cli

@@ -1,23 +1,19 @@
-#include "cli/commands/profile_add.h"
+#include "cli/commands.h"
 
-#include "cli/session/password_source.h"
-#include "cli/session/profile_fields.h"
-#include "cli/session/profile_saving.h"
-#include "cli/terminal/standard_input.h"
-#include "cli/terminal/terminal_question.h"
-#include "cli/text/option_texts.h"
+#include "cli/session/passwords.h"
+#include "cli/session/profile_options.h"
+#include "cli/session/session.h"
+#include "cli/terminal/prompt.h"
 #include "cli/text/presentation.h"
 #include "model/error.h"
 #include "platform/files.h"
 
-#include <CLI/CLI.hpp>
-
 namespace zembrastel::cli {
 namespace {
 
-struct Request {
+struct AddRequest {
     ProfileOptions options;
-    std::string from; // a file that holds the profile, in place of the options
+    std::string from; // a file with the profile; replaces the options
 };
 
 Profile profileFromFile(const std::string& file) {
@@ -36,17 +32,18 @@ Profile profileFromFile(const std::string& file) {
     }
 }
 
-std::optional<std::string> newPassword(const Profile& profile, bool mayAsk, const Surroundings& around) {
-    if (auto given = givenPassword(around)) return given;
-    if (!mayAsk || !terminalAnswers()) return std::nullopt;
+std::optional<std::string> passwordToStore(const Profile& profile, bool mayAsk, const CommandContext& context) {
+    if (auto given = givenPassword(context)) return given;
+    if (!mayAsk || !canAsk()) return std::nullopt;
     auto typed = askPassword(
-        "FTP password of " + oneLine(profile.username) + " at " + oneLine(profile.host) + " (empty to store none): ",
-        around.interrupt);
+        "FTP password of " + oneLine(profile.username) + " at " + oneLine(profile.host)
+            + " (leave empty to store none): ",
+        context.interrupt);
     return typed.empty() ? std::nullopt : std::optional(std::move(typed));
 }
 
-void report(const Profile& saved, bool passwordStored, const Surroundings& around) {
-    Output& output = around.output;
+void reportAdded(const Profile& saved, bool passwordStored, const CommandContext& context) {
+    Output& output = context.output;
     if (output.json()) {
         output.line(asJsonLine("profile", encode(saved)));
         return;
@@ -55,67 +52,62 @@ void report(const Profile& saved, bool passwordStored, const Surroundings& aroun
     if (saved.hasEmptySyncSelection()) output.note("Nothing is selected to sync, so it is not enabled.");
     if (!passwordStored) {
         output.note(
-            "No password was stored. Give one to each command with --password-file FILE or --password-command CMD.");
+            "No password was stored. Give it to each command with --password-file FILE or --password-command CMD.");
     }
 }
 
-ExitCode addProfile(const Surroundings& around, const Request& request) {
+void requireEssentials(const ProfileOptions& options) {
+    std::string missing;
+    const auto require = [&missing](const char* option, const std::optional<std::string>& value) {
+        if (!value) missing += (missing.empty() ? "" : ", ") + std::string(option);
+    };
+    require("--name", options.name);
+    require("--host", options.host);
+    require("--username", options.username);
+    require("--local-folder", options.localFolder);
+    if (missing.empty()) return;
+    throw CommandError(
+        ExitCode::usage, "A profile needs " + missing
+                             + " as well, or --from FILE with the whole profile. profile add --help shows more.");
+}
+
+ExitCode addProfile(const CommandContext& context, const AddRequest& request) {
+    if (request.from.empty()) requireEssentials(request.options);
     const Profile asked = request.from.empty() ? profileFrom(request.options) : profileFromFile(request.from);
-    EditableState state(around);
+    auto session = Session::forChanges(context);
     const Profile profile = validProfile(asked);
-    requireOwnFolder(profile.localFolder);
-    requireNew(profile, state.model().profiles());
-    const auto password = newPassword(profile, request.from.empty(), around);
+    requireSiteFolder(profile.localFolder);
+    requireUnused(profile, session.model().profiles());
+    const auto password = passwordToStore(profile, request.from.empty(), context);
     try {
-        state.add(profile, password);
+        session.add(profile, password);
     } catch (const std::exception& error) {
         throw CommandError(
             ExitCode::failed, "Cannot save the profile " + inQuotes(profile.name) + ": " + sentence(describe(error))
                                   + " It was not added.");
     }
-    report(*state.model().profile(profile.id), password.has_value(), around);
+    reportAdded(*session.model().profile(profile.id), password.has_value(), context);
     return ExitCode::done;
-}
-
-void requireEssentials(const CLI::App& command) {
-    std::string missing;
-    for (const char* option : {"--name", "--host", "--username", "--local-folder"}) {
-        if (command.count(option) == 0) missing += (missing.empty() ? "" : ", ") + std::string(option);
-    }
-    if (missing.empty()) return;
-    throw CommandError(
-        ExitCode::usage, "A profile needs " + missing
-                             + " as well, or --from FILE with all of it; profile add --help "
-                               "tells more.");
 }
 
 } // namespace
 
-void addProfileAdd(CLI::App& parent, Command& chosen) {
-    auto* command = parent.add_subcommand("add", "Save a new profile");
-    const auto request = std::make_shared<Request>();
-    auto& options = request->options;
-    std::vector<CLI::Option*> fields = addProfileFields(*command, options);
-    fields.push_back(command->add_option("--id", options.id, "The profile's id, when not a new one")
-                         ->type_name("UUID")
-                         ->check(notEmpty()));
-    auto* from =
-        command
-            ->add_option(
-                "--from", request->from,
-                "Read the whole profile from a JSON object, as profiles.json\nholds it, in FILE (- is standard input)")
-            ->type_name("FILE")
-            ->check(notEmpty());
-    for (auto* option : fields) from->excludes(option);
-    command->footer("The password is stored in the desktop's secret store: that of --password-file or\n"
-                    "--password-command, or one that you are asked for in a terminal.\n\n"
-                    "Example:\n"
-                    "  zembrastel-cli profile add --name \"My website\" --host ftp.example.com \\\n"
-                    "    --username web --remote-folder /public_html --local-folder ~/website --enabled");
-    command->callback([&chosen, command, request] {
-        if (request->from.empty()) requireEssentials(*command);
-        chosen = [request](const Surroundings& around) { return addProfile(around, *request); };
-    });
+void addProfileAdd(Syntax& parent) {
+    auto [command, request] = parent.command("add", "Save a new profile", addProfile);
+    auto fields = addProfileFields(command, request.options);
+    fields.push_back(
+        command.option("--id", request.options.id, "UUID", "The profile's id, if not a new one").notEmpty());
+    command
+        .option(
+            "--from", request.from, "FILE",
+            "Read the whole profile from a JSON object, as in\nprofiles.json, in FILE (- is standard input)")
+        .notEmpty()
+        .excludes(fields);
+    command.footer("The password is stored in the desktop's secret store: that of --password-file or\n"
+                   "--password-command, or the one that you type in the terminal.\n\n"
+                   "Example:\n"
+                   "  zembrastel-cli profile add --name \"My website\" --host ftp.example.com \\\n"
+                   "    --username web --remote-folder /public_html --local-folder ~/website --enabled");
 }
 
 } // namespace zembrastel::cli

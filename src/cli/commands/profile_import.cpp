@@ -1,28 +1,27 @@
-#include "cli/commands/profile_import.h"
+#include "cli/commands.h"
 
 #include "app/profile_takeover.h"
 #include "cli/session/profile_choice.h"
-#include "cli/session/profile_saving.h"
-#include "cli/terminal/standard_input.h"
-#include "cli/text/option_texts.h"
+#include "cli/session/profile_options.h"
+#include "cli/session/session.h"
+#include "cli/terminal/prompt.h"
 #include "cli/text/presentation.h"
 #include "model/error.h"
 #include "model/import/profile_import.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <functional>
 
 namespace zembrastel::cli {
 namespace {
 
-struct Request {
+struct ImportRequest {
     std::string file;
     std::vector<std::string> only;
     std::string localFolder;
     std::string remoteFolder;
     bool withoutPasswords = false;
-    bool onlyLooks = false;
+    bool dryRun = false;
 };
 
 ProfilesFound profilesIn(const std::string& file) {
@@ -34,7 +33,7 @@ ProfilesFound profilesIn(const std::string& file) {
     }
 }
 
-void keepOnly(ProfilesFound& found, const std::vector<std::string>& names) {
+void selectCandidates(ProfilesFound& found, const std::vector<std::string>& names) {
     if (names.empty()) return;
     const auto isWanted = [&names](const std::string& name) { return std::ranges::find(names, name) != names.end(); };
     for (const auto& name : names) {
@@ -44,18 +43,19 @@ void keepOnly(ProfilesFound& found, const std::vector<std::string>& names) {
         throw CommandError(
             ExitCode::failed,
             "There is no " + inQuotes(name) + " to import. "
-                + (skipped == found.skipped.end() ? "Without --only all that there is comes along." : skipped->reason));
+                + (skipped == found.skipped.end() ? "Without --only, all profiles of the file are imported."
+                                                  : skipped->reason));
     }
     std::erase_if(found.candidates, [&](const auto& candidate) { return !isWanted(candidate.profile.name); });
     found.skipped.clear();
 }
 
-void applyFolders(ProfilesFound& found, const Request& request) {
+void applyFolderOptions(ProfilesFound& found, const ImportRequest& request) {
     if (request.localFolder.empty() && request.remoteFolder.empty()) return;
     if (found.candidates.size() != 1) {
         throw CommandError(
-            ExitCode::usage, "--local-folder and --remote-folder are for one profile; here are "
-                                 + std::to_string(found.candidates.size()) + ". --only NAME takes one.");
+            ExitCode::usage, "--local-folder and --remote-folder are for one profile; the file has "
+                                 + std::to_string(found.candidates.size()) + ". Choose one with --only NAME.");
     }
     Profile& profile = found.candidates.front().profile;
     if (!request.localFolder.empty()) profile.localFolder = std::filesystem::absolute(request.localFolder).string();
@@ -65,23 +65,22 @@ void applyFolders(ProfilesFound& found, const Request& request) {
         found.candidates.front().notes, [](const std::string& note) { return note.ends_with(rootTakenNote); });
 }
 
-// One run of the command.
 class Import {
 public:
-    Import(EditableState& changed, const Request& asked, const Surroundings& surroundings)
-        : state(changed), request(asked), output(surroundings.output) {}
+    Import(Session& changed, const ImportRequest& asked, const CommandContext& context)
+        : session(changed), request(asked), output(context.output) {}
 
-    // All are saved in one step, and told of after it.
+    // Saves all in one step, and reports them after it.
     void takeAll(std::vector<ProfileCandidate>& candidates) {
         try {
-            state.model().saveTogether([&] {
+            session.model().saveTogether([&] {
                 for (auto& candidate : candidates) take(candidate);
             });
         } catch (const std::exception& error) {
             for (const auto& id : passwordsOf) removeStored(id);
             throw CommandError(ExitCode::failed, "Nothing was imported: " + sentence(describe(error)));
         }
-        for (const auto& tellOne : told) tellOne();
+        for (const auto& report : reports) report();
     }
 
     void skip(const SkippedProfile& skipped) {
@@ -98,12 +97,12 @@ private:
     void take(ProfileCandidate& candidate) {
         if (request.withoutPasswords) candidate.password.reset();
         try {
-            const Profile profile = importable(candidate.profile, state.model().profiles());
-            requireOwnFolder(profile.localFolder);
-            if (!request.onlyLooks) state.add(profile, candidate.password);
-            if (!request.onlyLooks && candidate.password) passwordsOf.push_back(profile.id);
+            const Profile profile = importable(candidate.profile, session.model().profiles());
+            requireSiteFolder(profile.localFolder);
+            if (!request.dryRun) session.add(profile, candidate.password);
+            if (!request.dryRun && candidate.password) passwordsOf.push_back(profile.id);
             ++taken;
-            told.emplace_back([this, profile, &candidate] { tell(profile, candidate); });
+            reports.emplace_back([this, profile, &candidate] { reportTaken(profile, candidate); });
         } catch (const LocalFolderWanted& error) {
             skipLater(candidate, std::string(error.what()) + " --only NAME --local-folder PATH names one.");
         } catch (const std::exception& error) {
@@ -112,7 +111,7 @@ private:
     }
 
     void skipLater(const ProfileCandidate& candidate, const std::string& reason) {
-        told.emplace_back(
+        reports.emplace_back(
             [this, skipped = SkippedProfile{.name = candidate.profile.name, .reason = reason}] { skip(skipped); });
     }
 
@@ -120,14 +119,13 @@ private:
         try {
             PasswordStore::remove(id);
         } catch (const SyncError&) {
-            // What failed first is what the user is told.
+            // The user reads the first failure.
         }
     }
 
-    void tell(const Profile& profile, const ProfileCandidate& candidate) {
+    void reportTaken(const Profile& profile, const ProfileCandidate& candidate) {
         if (output.json()) {
-            JsonLine object(request.onlyLooks ? "importable" : "imported");
-            object.text("profile", profile.name).text("id", profile.id.text());
+            auto object = JsonLine::forProfile(request.dryRun ? "importable" : "imported", profile);
             object.flag("password", candidate.password.has_value());
             object.list(
                 "notes", candidate.notes, [](JsonLine& note, const std::string& text) { note.text("text", text); });
@@ -135,7 +133,7 @@ private:
             return;
         }
         output.line(
-            (request.onlyLooks ? "Would import " : "Imported ") + inQuotes(profile.name) + ": "
+            (request.dryRun ? "Would import " : "Imported ") + inQuotes(profile.name) + ": "
             + oneLine(
                 serverName(profile) + ", " + std::string(rawValue(profile.transport)) + ", " + profile.remoteFolder
                 + ", from " + profile.localFolder)
@@ -143,62 +141,51 @@ private:
         for (const auto& note : candidate.notes) output.line("  " + oneLine(note));
     }
 
-    EditableState& state;
-    const Request& request;
+    Session& session;
+    const ImportRequest& request;
     Output& output;
-    std::vector<Uuid> passwordsOf; // the profiles whose password was stored
-    std::vector<std::function<void()>> told;
+    std::vector<Uuid> passwordsOf;              // the profiles whose password was stored
+    std::vector<std::function<void()>> reports; // printed after saving
 };
 
-ExitCode importProfiles(const Surroundings& around, const Request& request) {
+ExitCode importProfiles(const CommandContext& context, const ImportRequest& request) {
     auto found = profilesIn(request.file);
-    keepOnly(found, request.only);
-    applyFolders(found, request);
-    EditableState state(around);
-    Import import(state, request, around);
+    selectCandidates(found, request.only);
+    applyFolderOptions(found, request);
+    auto session = Session::forChanges(context);
+    Import import(session, request, context);
     import.takeAll(found.candidates);
     for (const auto& skipped : found.skipped) import.skip(skipped);
     if (import.taken == 0) {
         throw CommandError(ExitCode::failed, "Nothing was imported from " + inQuotes(request.file) + ".");
     }
-    if (!request.onlyLooks)
-        around.output.note("Not enabled yet: watch NAME starts one, profile set --enabled keeps it.");
+    if (!request.dryRun) context.output.note("Not enabled yet: watch NAME starts one, profile set --enabled keeps it.");
     return ExitCode::done;
 }
 
 } // namespace
 
-void addProfileImport(CLI::App& parent, Command& chosen) {
-    auto* command =
-        parent.add_subcommand("import", "Save the profiles of FileZilla, of VS Code's sftp.json or of an export");
-    const auto request = std::make_shared<Request>();
-    command->add_option("FILE", request->file, "The file to read (- is standard input)")
-        ->required()
-        ->type_name("")
-        ->check(notEmpty());
-    takeOneEach(
-        *command->add_option("--only", request->only, "Import this one and no others (repeatable)")->type_name("NAME"));
+void addProfileImport(Syntax& parent) {
+    auto [command, request] = parent.command(
+        "import", "Save the profiles of FileZilla, of VS Code's sftp.json or of an export", importProfiles);
+    command.argument("FILE", request.file, "The file to read (- is standard input)").notEmpty();
+    command.option("--only", request.only, "NAME", "Import this one and no others (repeatable)").repeatable();
     command
-        ->add_option(
-            "--local-folder", request->localFolder,
-            "The folder here that is to be published, where the\nfile does not name it; for one profile")
-        ->type_name("PATH")
-        ->check(notEmpty());
-    command->add_option("--remote-folder", request->remoteFolder, "The site's folder on the server; for one profile")
-        ->type_name("PATH")
-        ->check(notEmpty());
-    command->add_flag("--no-passwords", request->withoutPasswords, "Leave out the passwords that the file holds");
-    command->add_flag("--dry-run", request->onlyLooks, "Only show what there is to import; nothing is saved");
-    command->footer("Reads sitemanager.xml of FileZilla (or what File, Export writes), .vscode/sftp.json and what\n"
-                    "profile export writes. FTP and FTPS are taken, all else is skipped with the reason. Imported\n"
-                    "profiles are not enabled. Their passwords go to the desktop's secret store.\n\n"
-                    "Examples:\n"
-                    "  zembrastel-cli profile import ~/.config/filezilla/sitemanager.xml --dry-run\n"
-                    "  zembrastel-cli profile import ~/.config/filezilla/sitemanager.xml --only \"My website\" \\\n"
-                    "    --local-folder ~/website");
-    command->callback([&chosen, request] {
-        chosen = [request](const Surroundings& around) { return importProfiles(around, *request); };
-    });
+        .option(
+            "--local-folder", request.localFolder, "PATH",
+            "The local folder to publish, if the file does not name\nit; for one profile")
+        .notEmpty();
+    command.option("--remote-folder", request.remoteFolder, "PATH", "The site's folder on the server; for one profile")
+        .notEmpty();
+    command.flag("--no-passwords", request.withoutPasswords, "Leave out the passwords that the file holds");
+    command.flag("--dry-run", request.dryRun, "Only show what would be imported; nothing is saved");
+    command.footer("Reads sitemanager.xml of FileZilla (or what File, Export writes), .vscode/sftp.json and what\n"
+                   "profile export writes. FTP and FTPS are taken, all else is skipped with the reason. Imported\n"
+                   "profiles are not enabled. Their passwords go to the desktop's secret store.\n\n"
+                   "Examples:\n"
+                   "  zembrastel-cli profile import ~/.config/filezilla/sitemanager.xml --dry-run\n"
+                   "  zembrastel-cli profile import ~/.config/filezilla/sitemanager.xml --only \"My website\" \\\n"
+                   "    --local-folder ~/website");
 }
 
 } // namespace zembrastel::cli

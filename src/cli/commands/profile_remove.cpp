@@ -1,81 +1,74 @@
-#include "cli/commands/profile_remove.h"
+#include "cli/commands.h"
 
 #include "cli/session/profile_choice.h"
-#include "cli/session/profile_saving.h"
-#include "cli/terminal/terminal_question.h"
+#include "cli/session/profile_options.h"
+#include "cli/session/session.h"
+#include "cli/terminal/prompt.h"
 #include "cli/text/presentation.h"
 #include "model/error.h"
-
-#include <CLI/CLI.hpp>
 
 namespace zembrastel::cli {
 namespace {
 
-struct Request {
+struct RemoveRequest {
     std::string name;
-    bool sure = false;
+    bool confirmed = false;
     bool keepPassword = false;
 };
 
-constexpr const char* consequence =
+constexpr const char* removalText =
     "This removes the saved connection and its Keychain password. Your local and remote files are kept.";
-constexpr const char* consequenceWithPassword =
+constexpr const char* removalTextWithPassword =
     "This removes the saved connection. Its password, and your local and remote files are kept.";
 
-bool isSure(const Profile& profile, const Request& request, const Surroundings& around) {
-    if (request.sure) return true;
-    if (!terminalAnswers()) {
-        throw CommandError(
-            ExitCode::usage, "profile remove asks in a terminal, and there is none. --yes removes without asking.");
+bool isConfirmed(const Profile& profile, const RemoveRequest& request, const CommandContext& context) {
+    if (request.confirmed) return true;
+    if (!canAsk()) {
+        throw CommandError(ExitCode::usage, "profile remove needs a terminal to ask in. --yes removes without asking.");
     }
-    return askWhether(
-        "Remove " + inQuotes(profile.name) + "? " + (request.keepPassword ? consequenceWithPassword : consequence),
-        around.interrupt);
+    return askYesOrNo(
+        "Remove " + inQuotes(profile.name) + "? " + (request.keepPassword ? removalTextWithPassword : removalText),
+        context.interrupt);
 }
 
-void remove(EditableState& state, const Profile& profile, const Surroundings& around) {
-    AppModel& model = state.model();
+void removeAndWait(Session& session, const Profile& profile) {
+    AppModel& model = session.model();
     model.remove(profile.id);
-    const auto interruptible = around.interrupt.during([&state] { state.mainQueue().quit(); });
-    const auto isOver = [&] { return model.profile(profile.id) == nullptr || model.alert(); };
-    if (!state.mainQueue().runUntil(isOver)) throw Cancelled();
+    if (!session.runUntil([&] { return model.profile(profile.id) == nullptr || model.alert(); })) throw Cancelled();
     if (!model.alert()) return;
-    const bool gone = model.profile(profile.id) == nullptr;
+    const bool removed = model.profile(profile.id) == nullptr;
     throw CommandError(
-        ExitCode::failed, "Cannot remove the profile " + inQuotes(profile.name) + ": " + sentence(*model.alert())
-                              + (gone ? "" : " Nothing was changed; --keep-password leaves the password where it is."));
+        ExitCode::failed,
+        "Cannot remove the profile " + inQuotes(profile.name) + ": " + sentence(*model.alert())
+            + (removed ? "" : " Nothing was changed; --keep-password leaves the password in the secret store."));
 }
 
-ExitCode removeProfile(const Surroundings& around, const Request& request) {
+ExitCode removeProfile(const CommandContext& context, const RemoveRequest& request) {
     std::function<void(const Uuid&)> removePassword = PasswordStore::remove;
     if (request.keepPassword) removePassword = [](const Uuid&) {};
-    EditableState state(around, removePassword);
-    const Profile profile = chooseProfile(state.model().profiles(), request.name);
-    if (!isSure(profile, request, around)) {
-        around.output.note("Nothing was removed.");
+    auto session = Session::forChanges(context, removePassword);
+    const Profile profile = chooseProfile(session.model().profiles(), request.name);
+    if (!isConfirmed(profile, request, context)) {
+        context.output.note("Nothing was removed.");
         return ExitCode::failed;
     }
-    remove(state, profile, around);
-    if (around.output.json()) {
-        around.output.line(JsonLine("removed").text("profile", profile.name).text("id", profile.id.text()));
+    removeAndWait(session, profile);
+    if (context.output.json()) {
+        context.output.line(JsonLine::forProfile("removed", profile));
     } else {
-        around.output.line("Removed " + inQuotes(profile.name) + ". Your local and remote files are kept.");
+        context.output.line("Removed " + inQuotes(profile.name) + ". Your local and remote files are kept.");
     }
     return ExitCode::done;
 }
 
 } // namespace
 
-void addProfileRemove(CLI::App& parent, Command& chosen) {
-    auto* command = parent.add_subcommand("remove", "Forget a profile and its password; all files are kept");
-    const auto request = std::make_shared<Request>();
-    command->add_option("NAME", request->name, "Name or id of the profile")->required()->type_name("");
-    command->add_flag("--yes", request->sure, "Do not ask");
-    command->add_flag(
-        "--keep-password", request->keepPassword, "Leave the secret store alone, on a machine without one");
-    command->callback([&chosen, request] {
-        chosen = [request](const Surroundings& around) { return removeProfile(around, *request); };
-    });
+void addProfileRemove(Syntax& parent) {
+    auto [command, request] =
+        parent.command("remove", "Remove a profile and its password; all files are kept", removeProfile);
+    command.profileArgument(request.name);
+    command.flag("--yes", request.confirmed, "Do not ask");
+    command.flag("--keep-password", request.keepPassword, "Do not use the secret store, on a machine without one");
 }
 
 } // namespace zembrastel::cli

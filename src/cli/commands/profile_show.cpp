@@ -1,18 +1,56 @@
-#include "cli/commands/profile_show.h"
+#include "cli/commands.h"
 
 #include "cli/session/profile_choice.h"
-#include "cli/session/state_folder.h"
+#include "cli/session/session.h"
 #include "cli/text/presentation.h"
 #include "platform/text.h"
-
-#include <CLI/CLI.hpp>
 
 namespace zembrastel::cli {
 namespace {
 
-class Details {
+struct ListRequest {};
+
+struct ShowRequest {
+    std::string name;
+};
+
+std::string conditionOf(const Profile& profile) {
+    std::string text = profile.enabled ? "enabled" : "not enabled";
+    if (profile.needsDownload) text += ", initial download still pending";
+    if (profile.hasEmptySyncSelection()) text += ", nothing selected to sync";
+    return text;
+}
+
+void printSummary(const Profile& profile, Output& output) {
+    const auto detail = [&output](std::string_view name, std::string_view value) {
+        constexpr std::size_t nameWidth = 8;
+        std::string padded(name);
+        padded.resize(nameWidth, ' ');
+        output.line("    " + padded + oneLine(value));
+    };
+    output.line(oneLine(profile.name) + "  (" + conditionOf(profile) + ")");
+    detail("id", profile.id.text());
+    detail("server", serverName(profile) + ", " + std::string(rawValue(profile.transport)));
+    detail("remote", profile.remoteFolder);
+    detail("local", profile.localFolder);
+}
+
+ExitCode listProfiles(const CommandContext& context, const ListRequest&) {
+    const auto profiles = StateFolder(context.options).loadProfiles();
+    for (const auto& profile : profiles) {
+        if (context.output.json()) {
+            context.output.line(asJsonLine("profile", encode(profile)));
+        } else {
+            printSummary(profile, context.output);
+        }
+    }
+    if (profiles.empty()) context.output.note("There are no profiles yet; profile add makes one.");
+    return ExitCode::done;
+}
+
+class ProfileDetails {
 public:
-    explicit Details(Output& where) : output(where) {}
+    explicit ProfileDetails(Output& where) : output(where) {}
 
     void add(std::string name, std::string_view value) {
         constexpr std::size_t nameWidth = 18;
@@ -32,8 +70,8 @@ private:
     Output& output;
 };
 
-void showAsText(const SavedState& state, const Profile& profile, Output& output) {
-    Details details(output);
+void printDetails(const SavedState& state, const Profile& profile, Output& output) {
+    ProfileDetails details(output);
     details.add("Name", profile.name);
     details.add("Id", profile.id.text());
     details.add("Server", serverName(profile));
@@ -41,36 +79,35 @@ void showAsText(const SavedState& state, const Profile& profile, Output& output)
     details.add("Remote folder", profile.remoteFolder);
     details.add("Local folder", profile.localFolder);
     details.add("Enabled", profile.enabled ? "yes" : "no");
-    details.add("Initial download", profile.needsDownload ? "still to be done" : "none to be done");
+    details.add("Initial download", profile.needsDownload ? "pending" : "not needed");
     if (profile.needsDownload && profile.initialDownloadSelection) {
-        details.add("Downloads then", *profile.initialDownloadSelection);
+        details.add("Downloads", *profile.initialDownloadSelection);
     }
     details.add("Syncs", profile.effectiveSyncSelection().value_or(DownloadSelection::everything()));
-    std::string name = "Leaves out";
+    std::string name = "Excludes";
     for (const auto rule : nonEmptyLines(profile.exclusions.text())) details.add(std::exchange(name, ""), rule);
     const auto baseline = state.baselines.find(profile.id);
     details.add("Synchronised", counted(baseline == state.baselines.end() ? 0 : baseline->second.size(), "file"));
 }
 
-ExitCode showProfile(const Surroundings& around, const std::string& name) {
-    const SavedState state = loadState(around.options);
-    const Profile& profile = chooseProfile(state.profiles, name);
-    if (around.output.json()) {
-        around.output.line(asJsonLine("profile", encode(profile)));
+ExitCode showProfile(const CommandContext& context, const ShowRequest& request) {
+    const SavedState state = StateFolder(context.options).load();
+    const Profile& profile = chooseProfile(state.profiles, request.name);
+    if (context.output.json()) {
+        context.output.line(asJsonLine("profile", encode(profile)));
     } else {
-        showAsText(state, profile, around.output);
+        printDetails(state, profile, context.output);
     }
     return ExitCode::done;
 }
 
 } // namespace
 
-void addProfileShow(CLI::App& parent, Command& chosen) {
-    auto* command = parent.add_subcommand("show", "Show everything that is saved of a profile");
-    const auto name = std::make_shared<std::string>();
-    command->add_option("NAME", *name, "Name or id of the profile")->required()->type_name("");
-    command->callback(
-        [&chosen, name] { chosen = [name](const Surroundings& around) { return showProfile(around, *name); }; });
+void addProfileList(Syntax& parent) { parent.command("list", "List the saved profiles", listProfiles); }
+
+void addProfileShow(Syntax& parent) {
+    auto [command, request] = parent.command("show", "Show everything that is saved of a profile", showProfile);
+    command.profileArgument(request.name);
 }
 
 } // namespace zembrastel::cli

@@ -1,25 +1,21 @@
-#include "cli/commands/review.h"
+#include "cli/commands.h"
 
-#include "app/context/main_queue.h"
-#include "cli/session/observing.h"
-#include "cli/session/password_source.h"
+#include "cli/session/passwords.h"
 #include "cli/session/profile_choice.h"
-#include "cli/session/relative_path.h"
+#include "cli/session/progress_report.h"
 #include "cli/session/running_program.h"
 #include "cli/session/server_call.h"
-#include "cli/session/state_folder.h"
-#include "cli/terminal/progress_report.h"
+#include "cli/session/session.h"
 #include "cli/text/presentation.h"
 #include "cli/text/review_text.h"
 #include "model/error.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 
 namespace zembrastel::cli {
 namespace {
 
-struct Request {
+struct ReviewRequest {
     std::string name;
     std::vector<std::string> download;
     bool list = false;
@@ -30,74 +26,68 @@ struct Request {
     [[nodiscard]] bool decides() const { return downloadAll || keepAll || !download.empty(); }
 };
 
-CommandError lacksDownload(const Profile& profile) {
-    return {ExitCode::failed, inQuotes(profile.name) + " still has its initial download to do; run watch first."};
-}
-
-// Notes what a decision that is being carried out says.
+// Prints the activity of a decision, and keeps the last failure.
 class DecisionReport final : public ModelObserver {
 public:
     explicit DecisionReport(Output& where) : output(where) {}
 
     void activityLogged(const Uuid&, const Activity& activity) override {
-        if (activity.error) {
+        if (activity.error()) {
             failure = activity.text;
         } else if (!output.json()) {
             output.line(oneLine(activity.text));
         }
     }
 
-    std::string failure; // the last one; empty while all is well
+    std::string failure; // the last one; empty if none
 
 private:
     Output& output;
 };
 
-// What is known of the server's newer files, and who acts on a decision.
+// The review of one profile's newer server files.
 class Review {
 public:
-    Review(std::vector<Profile> all, Profile reviewed, const Surroundings& surroundings)
-        : profile(std::move(reviewed)), around(surroundings), profiles(std::move(all)) {}
+    Review(std::vector<Profile> all, Profile reviewed, const CommandContext& commandContext)
+        : profile(std::move(reviewed)), context(commandContext), profiles(std::move(all)) {}
     virtual ~Review() = default;
 
-    // What is newer on the server.
+    // Returns the changes that are newer on the server.
     virtual std::vector<RemoteChange> check() = 0;
 
     // Downloads the server's version of the selected paths and keeps the local one of the others.
     virtual void decide(const std::vector<RemoteChange>& changes, const PathSet& selected) = 0;
 
-    // How it goes on after that.
+    // The note after a decision.
     [[nodiscard]] virtual const char* afterwards() const = 0;
 
     void list(const std::vector<RemoteChange>& changes) {
-        if (around.output.json()) {
+        if (context.output.json()) {
             JsonLine object("review");
-            addReview(object, profile, changes, systemClock());
-            around.output.line(object);
+            addReviewFields(object, profile, changes, systemClock());
+            context.output.line(object);
             return;
         }
         if (changes.empty()) {
-            around.output.line("Nothing is newer on the server.");
+            context.output.line("Nothing is newer on the server.");
             return;
         }
-        around.output.line(
+        context.output.line(
             counted(changes.size(), "file") + (comparesAll ? " different" : " newer") + " on the server:");
-        for (const auto& change : changes) around.output.line("  " + describeChange(change));
+        for (const auto& change : changes) context.output.line("  " + describeChange(change));
         const std::string command = commandLine(
-            around.options, comparesAll ? "review --compare-all" : "review", unambiguousName(profiles, profile));
-        around.output.note("To decide, one of:");
-        around.output.note(command + " --download PATH...");
-        around.output.note(command + " --download-all");
-        around.output.note(command + " --keep-all");
+            context.options, comparesAll ? "review --compare-all" : "review", unambiguousName(profiles, profile));
+        context.output.note("To decide, one of:");
+        context.output.note(command + " --download PATH...");
+        context.output.note(command + " --download-all");
+        context.output.note(command + " --keep-all");
     }
 
 protected:
     static constexpr const char* restStays = "What was downloaded already stays; the next review shows the rest.";
 
     [[nodiscard]] CommandError checkFailure(const std::string& failure) const {
-        return serverFailure(
-            profile, "compare the local folder " + oneLine(profile.localFolder) + " with the server", failure,
-            "Nothing was changed.");
+        return serverFailure(profile, comparisonAim(profile), failure, "Nothing was changed.");
     }
 
     [[nodiscard]] CommandError checkRefused(const std::string& reason) const {
@@ -121,20 +111,20 @@ protected:
             "Not downloaded, because they changed or vanished meanwhile: " + listed + "." + next};
     }
 
-    void tellOutcome(const std::string& path, bool kept, bool downloaded) {
+    void reportOutcome(const std::string& path, bool kept, bool downloaded) {
         if (!kept && !downloaded) leftOut.push_back(path);
-        if (around.output.json()) {
+        if (context.output.json()) {
             if (!kept && !downloaded) return;
-            JsonLine object(kept ? "kept" : "downloaded");
-            object.text("profile", profile.name).text("id", profile.id.text()).text("path", path);
-            around.output.line(object);
+            auto object = JsonLine::forProfile(kept ? "kept" : "downloaded", profile);
+            object.text("path", path);
+            context.output.line(object);
         } else if (kept) {
-            around.output.line("Kept local copy: " + printable(path));
+            context.output.line("Kept local copy: " + printable(path));
         }
     }
 
     const Profile profile;
-    const Surroundings& around;
+    const CommandContext& context;
     bool comparesAll = false;
     std::vector<std::string> leftOut; // neither kept nor downloaded by the decision
 
@@ -142,18 +132,18 @@ private:
     const std::vector<Profile> profiles;
 };
 
-// The command's own, while no program runs.
+// The review of this program, if no other one is running.
 class OwnReview final : public Review {
 public:
-    OwnReview(
-        AppModel& used, MainQueue& usedQueue, const Profile& reviewed, const Surroundings& surroundings, bool ofAll)
-        : Review(used.profiles(), reviewed, surroundings), model(used), queue(usedQueue) {
+    OwnReview(Session& held, const Profile& reviewed, const CommandContext& commandContext, bool ofAll)
+        : Review(held.model().profiles(), reviewed, commandContext), session(held), model(held.model()) {
         comparesAll = ofAll;
         if (ofAll) model.planResend(reviewed.id, Resend::everything);
     }
 
     std::vector<RemoteChange> check() override {
         const Uuid& id = profile.id;
+        const auto interruptible = session.interruptible();
         model.start(id);
         runUntil([this, &id] {
             return model.reviews().contains(id) || model.checkFailures().contains(id) || !model.running(id);
@@ -162,13 +152,13 @@ public:
             throw checkFailure(failed->second);
         }
         if (const auto found = model.reviews().find(id); found != model.reviews().end()) return found->second.changes;
-        if (model.status(id).failed) throw checkRefused(model.status(id).detail);
+        if (model.status(id).failed()) throw checkRefused(model.status(id).detail);
         return {};
     }
 
     void decide(const std::vector<RemoteChange>& changes, const PathSet& selected) override {
         const Uuid& id = profile.id;
-        DecisionReport report(around.output);
+        DecisionReport report(context.output);
         const Observing observing(model, report);
         if (model.resolveReview(id, model.reviews().at(id).reviewId, selected) != Decision::accepted) {
             throw CommandError(ExitCode::failed, sentence(model.alert().value_or("")) + " Nothing was decided.");
@@ -183,7 +173,7 @@ public:
         const auto failed = model.checkFailures().find(id);
         const std::string failure = failed == model.checkFailures().end() ? "" : failed->second;
         for (const auto& change : changes) {
-            tellOutcome(change.path, !selected.contains(change.path), isDownloaded(change));
+            reportOutcome(change.path, !selected.contains(change.path), isDownloaded(change));
         }
         const bool waitsAgain = model.reviews().contains(id);
         model.shutdown();
@@ -196,8 +186,7 @@ public:
 
 private:
     void runUntil(const std::function<bool()>& condition) {
-        const auto interruptible = around.interrupt.during([this] { queue.quit(); });
-        if (!queue.runUntil(condition)) throw Cancelled();
+        if (!session.runUntil(condition)) throw Cancelled();
     }
 
     [[nodiscard]] bool isDownloaded(const RemoteChange& change) const {
@@ -205,21 +194,21 @@ private:
         return known != nullptr && *known == change.remoteDate;
     }
 
+    Session& session;
     AppModel& model;
-    MainQueue& queue;
 };
 
-// That of the program that runs, which acts on the decision.
+// The review of the running program, which carries the decision out.
 class RunningReview final : public Review {
 public:
     RunningReview(
-        RunningProgram& asked, std::vector<Profile> all, const Profile& reviewed, const Surroundings& surroundings)
-        : Review(std::move(all), reviewed, surroundings), program(asked) {}
+        RunningProgram& asked, std::vector<Profile> all, const Profile& reviewed, const CommandContext& commandContext)
+        : Review(std::move(all), reviewed, commandContext), program(asked) {}
 
     std::vector<RemoteChange> check() override {
         std::vector<RemoteChange> changes;
         const auto failed = program.ask(
-            {.kind = ControlRequest::Kind::review, .profiles = {profile.id}}, around.interrupt,
+            {.kind = ControlRequest::Kind::review, .profiles = {profile.id}}, context.interrupt,
             [&](const ControlAnswer& answer) {
                 if (const auto* review = std::get_if<answer::Review>(&answer)) {
                     changes = review->changes;
@@ -229,26 +218,25 @@ public:
         if (!failed) return changes;
         if (failed->reason == Reason::server) throw checkFailure(failed->text);
         if (failed->reason == Reason::refused) throw checkRefused(failed->text);
-        if (failed->reason == Reason::needsDownload) throw lacksDownload(profile);
+        if (failed->reason == Reason::needsDownload) throw downloadPending(profile);
         throw CommandError(
             ExitCode::failed, inQuotes(profile.name)
-                                  + " is paused in the running program, which then does not look at "
-                                    "the server. resume has it compared again; check lists what is "
-                                    "newer there.");
+                                  + " is paused in the running program, so its server is not "
+                                    "compared. resume compares it again; check lists the newer files.");
     }
 
     void decide(const std::vector<RemoteChange>& changes, const PathSet& selected) override {
-        DecisionReport report(around.output);
+        DecisionReport report(context.output);
         ControlRequest request{.kind = ControlRequest::Kind::decide, .profiles = {profile.id}, .revision = revision};
         request.downloadAll = selected.size() == changes.size();
         if (!request.downloadAll) request.download.assign(selected.begin(), selected.end());
         std::optional<answer::Failed> failed;
         try {
-            failed = program.ask(request, around.interrupt, [&](const ControlAnswer& answer) {
+            failed = program.ask(request, context.interrupt, [&](const ControlAnswer& answer) {
                 if (const auto* told = std::get_if<answer::Activity>(&answer)) {
                     report.activityLogged(told->profile, told->line);
                 } else if (const auto* outcome = std::get_if<answer::Outcome>(&answer)) {
-                    tellOutcome(outcome->path, outcome->kept, outcome->downloaded);
+                    reportOutcome(outcome->path, outcome->kept, outcome->downloaded);
                 }
             });
         } catch (const Cancelled&) {
@@ -274,7 +262,7 @@ private:
             return {
                 ExitCode::failed, inQuotes(profile.name)
                                       + " is paused in the running program. Nothing more was done; "
-                                        "resume has the server compared again."};
+                                        "resume compares the server again."};
         default:
             return {ExitCode::failed, sentence(failed.text) + " Nothing more was done."};
         }
@@ -284,7 +272,7 @@ private:
     std::string revision;
 };
 
-PathSet selectedPaths(const Request& request, const std::vector<RemoteChange>& changes) {
+PathSet reviewSelection(const ReviewRequest& request, const std::vector<RemoteChange>& changes) {
     PathSet offered;
     for (const auto& change : changes) offered.insert(change.path);
     if (request.downloadAll) return offered;
@@ -301,13 +289,13 @@ PathSet selectedPaths(const Request& request, const std::vector<RemoteChange>& c
                               + ". Nothing was decided; --list shows what there is.");
 }
 
-ExitCode carryOut(Review& review, const Request& request, Output& output) {
+ExitCode runReview(Review& review, const ReviewRequest& request, Output& output) {
     const auto changes = review.check();
     if (!request.decides()) {
         review.list(changes);
         return changes.empty() ? ExitCode::done : ExitCode::reviewWaiting;
     }
-    const auto selected = selectedPaths(request, changes);
+    const auto selected = reviewSelection(request, changes);
     if (changes.empty()) {
         review.list(changes);
     } else {
@@ -317,69 +305,54 @@ ExitCode carryOut(Review& review, const Request& request, Output& output) {
     return ExitCode::done;
 }
 
-ExitCode reviewInProgram(RunningProgram& program, const Surroundings& around, const Request& request) {
-    const SavedState state = loadState(around.options);
+ExitCode reviewInProgram(RunningProgram& program, const CommandContext& context, const ReviewRequest& request) {
+    const SavedState state = StateFolder(context.options).load();
     const Profile& profile = chooseProfile(state.profiles, request.name);
-    RunningReview review(program, state.profiles, profile, around);
-    return carryOut(review, request, around.output);
+    RunningReview review(program, state.profiles, profile, context);
+    return runReview(review, request, context.output);
 }
 
-ExitCode reviewAlone(const StateStore& store, const Surroundings& around, const Request& request) {
-    const InstanceLock held = holdState(store);
-    MainQueue queue;
-    AppModel model(queue, {.storeOverride = store, .passwordAccess = {.read = readStoredPassword}, .watches = false});
-    requireLoaded(model);
-    const Profile profile = chooseProfile(model.profiles(), request.name);
-    if (profile.needsDownload) throw lacksDownload(profile);
-    if (const auto given = givenPassword(around)) model.keepForSession(profile.id, *given);
-    const ProgressReport progress(model, around.output);
-    OwnReview review(model, queue, profile, around, request.compareAll);
-    return carryOut(review, request, around.output);
+ExitCode reviewAlone(const CommandContext& context, const ReviewRequest& request) {
+    Session session(context, {.passwordAccess = {.read = readStoredPassword}, .watches = false});
+    const Profile profile = chooseProfile(session.model().profiles(), request.name);
+    requireDownloaded(profile);
+    if (const auto given = givenPassword(context)) session.model().keepForSession(profile.id, *given);
+    const ProgressReport progress(session.model(), context.output);
+    OwnReview review(session, profile, context, request.compareAll);
+    return runReview(review, request, context.output);
 }
 
-ExitCode reviewProfile(const Surroundings& around, const Request& request) {
-    const StateStore store = openState(around.options);
+ExitCode reviewProfile(const CommandContext& context, const ReviewRequest& request) {
+    const StateStore store = StateFolder(context.options).open();
     return RunningProgram::askOrHold(
-        store, [&](RunningProgram& program) { return reviewInProgram(program, around, request); },
-        [&] { return reviewAlone(store, around, request); });
+        store, [&](RunningProgram& program) { return reviewInProgram(program, context, request); },
+        [&] { return reviewAlone(context, request); });
 }
 
 } // namespace
 
-void addReviewCommand(CLI::App& parent, Command& chosen) {
-    auto* command =
-        parent.add_subcommand("review", "Decide what to do with files that are newer on the server; uploads nothing");
-    const auto request = std::make_shared<Request>();
-    command->add_option("NAME", request->name, "Name or id of the profile")->required()->type_name("");
-    auto* list = command->add_flag("--list", request->list, "Only show them (the default); nothing is changed");
-    auto* download =
-        command
-            ->add_option(
-                "--download", request->download,
-                "Replace these local files by the server's, with a backup\nunder .zembrastel-backups, and keep "
-                "the local version of\nall others")
-            ->type_name("PATH");
-    auto* downloadAll =
-        command->add_flag("--download-all", request->downloadAll, "Replace all of them by the server's, with backups");
-    auto* keepAll = command->add_flag("--keep-all", request->keepAll, "Keep the local version of all of them");
-    command->add_flag(
-        "--compare-all", request->compareAll,
-        "Review every file that differs on the server, as push --all\nfinds them; what is kept is uploaded next");
-    const std::vector<CLI::Option*> choices{list, download, downloadAll, keepAll};
-    for (auto* choice : choices) {
-        for (auto* other : choices) {
-            if (choice != other) choice->excludes(other);
-        }
-    }
-    command->footer("A local version that is kept is uploaded by the next watch if it was edited or never\n"
-                    "uploaded before. The same server version is not offered again.\n"
-                    "A running program, window or watch, acts on the decision and goes on.\n\n"
-                    "Examples:\n"
-                    "  zembrastel-cli review \"My website\"\n"
-                    "  zembrastel-cli review \"My website\" --download index.html images/logo.svg");
-    command->callback([&chosen, request] {
-        chosen = [request](const Surroundings& around) { return reviewProfile(around, *request); };
-    });
+void addReview(Syntax& parent) {
+    auto [command, request] =
+        parent.command("review", "Decide about files that are newer on the server; uploads nothing", reviewProfile);
+    command.profileArgument(request.name);
+    excludeEachOther(
+        {command.flag("--list", request.list, "Only show them (the default); nothing is changed"),
+         command.option(
+             "--download", request.download, "PATH",
+             "Replace these local files by the server's, with a backup\nunder .zembrastel-backups, and keep the local "
+             "version of\nall others"),
+         command.flag("--download-all", request.downloadAll, "Replace all of them by the server's, with backups"),
+         command.flag("--keep-all", request.keepAll, "Keep the local version of all of them")});
+    command.flag(
+        "--compare-all", request.compareAll,
+        "Review every file that differs on the server, as push --all\nfinds them; kept local versions are uploaded "
+        "next");
+    command.footer("A local version that is kept is uploaded by the next watch if it was edited or never\n"
+                   "uploaded before. The same server version is not offered again.\n"
+                   "If a program is running, window or watch, it carries the decision out and continues.\n\n"
+                   "Examples:\n"
+                   "  zembrastel-cli review \"My website\"\n"
+                   "  zembrastel-cli review \"My website\" --download index.html images/logo.svg");
 }
 
 } // namespace zembrastel::cli

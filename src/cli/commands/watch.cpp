@@ -1,22 +1,152 @@
-#include "cli/commands/watch.h"
+#include "cli/commands.h"
 
 #include "app/context/main_queue.h"
 #include "app/context/retry_on_wake.h"
 #include "app/control/control_service.h"
-#include "cli/session/observing.h"
-#include "cli/session/password_source.h"
+#include "cli/session/passwords.h"
 #include "cli/session/profile_choice.h"
-#include "cli/session/state_folder.h"
-#include "cli/terminal/progress_report.h"
+#include "cli/session/progress_report.h"
+#include "cli/session/session.h"
 #include "cli/text/presentation.h"
-#include "cli/text/watch_report.h"
+#include "cli/text/review_text.h"
+#include "cli/text/status_text.h"
 #include "model/error.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
+#include <map>
+#include <set>
 
 namespace zembrastel::cli {
 namespace {
+
+struct WatchRequest {
+    std::vector<std::string> names;
+};
+
+// Prints the events of the watched profiles as they happen. Observes the model on the main context.
+class WatchReport final : public ModelObserver {
+public:
+    WatchReport(const AppModel& observed, const CommandContext& commandContext)
+        : model(observed), context(commandContext) {}
+
+    void statusChanged(const Uuid& id) override;
+    void activityLogged(const Uuid& id, const Activity& activity) override;
+    void reviewChanged(const Uuid& id) override;
+    void alertChanged() override;
+
+private:
+    void print(const Profile& profile, const std::string& text);
+    void printMissing(const Profile& profile, bool missing);
+    void printMissingOnServer(const Uuid& id);
+    void printReview(const Profile& profile, const std::vector<RemoteChange>& changes);
+    [[nodiscard]] JsonLine& begin(JsonLine& object, const Profile& profile) const;
+
+    const AppModel& model;
+    const CommandContext& context;
+    Clock& clock = systemClock();
+    std::map<Uuid, Narration> narrations;
+    std::map<Uuid, std::string> lastStatus;
+    // Those about which a hint was printed.
+    std::set<Uuid> reviewsPrinted;
+    std::set<Uuid> missingPrinted;
+    std::set<Uuid> missingOnServerPrinted;
+};
+
+void WatchReport::print(const Profile& profile, const std::string& text) {
+    context.output.line(clockTime(clock.now()) + "  " + oneLine(profile.name) + "  " + text);
+}
+
+JsonLine& WatchReport::begin(JsonLine& object, const Profile& profile) const {
+    return object.text("time", universalTime(clock.now())).text("profile", profile.name).text("id", profile.id.text());
+}
+
+void WatchReport::statusChanged(const Uuid& id) {
+    const Profile* profile = model.profile(id);
+    if (profile == nullptr) return;
+    const ProfileStatus& status = model.status(id);
+    if (!context.output.json()) {
+        if (const auto line = narrations[id].status(status)) print(*profile, *line);
+        printMissing(*profile, status.filesMissing());
+        return;
+    }
+    // The model repeats it at every scan of the folder.
+    JsonLine known("status");
+    addStatusFields(known, status);
+    std::string fields = known.finished();
+    if (lastStatus[id] == fields) return;
+    lastStatus[id] = std::move(fields);
+    JsonLine object("status");
+    addStatusFields(begin(object, *profile), status);
+    context.output.line(object);
+}
+
+// Prints once how to continue without the files.
+void WatchReport::printMissing(const Profile& profile, bool missing) {
+    if (!missing) {
+        missingPrinted.erase(profile.id);
+    } else if (missingPrinted.insert(profile.id).second) {
+        const std::string name = unambiguousName(model.profiles(), profile);
+        context.output.line(
+            "  If you deleted the files, in another terminal: " + commandLine(context.options, "forget-files", name));
+    }
+}
+
+void WatchReport::activityLogged(const Uuid& id, const Activity& activity) {
+    const Profile* profile = model.profile(id);
+    if (profile == nullptr) return;
+    if (!context.output.json()) {
+        if (const auto line = narrations[id].activity(activity)) print(*profile, *line);
+        return;
+    }
+    JsonLine object("activity");
+    begin(object, *profile).text("text", activity.text).flag("error", activity.error());
+    context.output.line(object);
+}
+
+void WatchReport::reviewChanged(const Uuid& id) {
+    printMissingOnServer(id);
+    const auto review = model.reviews().find(id);
+    if (review == model.reviews().end()) {
+        reviewsPrinted.erase(id);
+    } else if (const Profile* profile = model.profile(id); profile != nullptr && reviewsPrinted.insert(id).second) {
+        printReview(*profile, review->second.changes);
+    }
+}
+
+void WatchReport::printReview(const Profile& profile, const std::vector<RemoteChange>& changes) {
+    if (context.output.json()) {
+        JsonLine object("review");
+        addReviewFields(object, profile, changes, clock);
+        context.output.line(object);
+        return;
+    }
+    constexpr std::size_t maxPaths = 20;
+    print(profile, counted(changes.size(), "file") + " newer on the server:");
+    for (std::size_t index = 0; index < std::min(changes.size(), maxPaths); ++index) {
+        context.output.line("    " + printable(changes[index].path));
+    }
+    if (changes.size() > maxPaths) {
+        context.output.line("    and " + std::to_string(changes.size() - maxPaths) + " more");
+    }
+    const std::string name = unambiguousName(model.profiles(), profile);
+    context.output.line("  To decide, in another terminal: " + reviewCommand(context.options, name) + " --list");
+}
+
+// Prints once how to send the files again.
+void WatchReport::printMissingOnServer(const Uuid& id) {
+    const auto files = model.missingOnServer(id).size();
+    const Profile* profile = model.profile(id);
+    if (files == 0) {
+        missingOnServerPrinted.erase(id);
+    } else if (profile != nullptr && missingOnServerPrinted.insert(id).second && !context.output.json()) {
+        const std::string name = unambiguousName(model.profiles(), *profile);
+        context.output.line("  " + sendMissingHint(context.options, files, name));
+    }
+}
+
+void WatchReport::alertChanged() {
+    if (model.alert()) context.output.error(*model.alert());
+}
 
 std::vector<Profile> enabledProfiles(const std::vector<Profile>& profiles) {
     std::vector<Profile> enabled;
@@ -28,82 +158,68 @@ std::vector<Profile> enabledProfiles(const std::vector<Profile>& profiles) {
                               : "No profile is enabled. Say which to watch, by name: " + listedNames(profiles) + ".");
 }
 
-std::vector<Profile> chosenProfiles(const std::vector<Profile>& profiles, const std::vector<std::string>& names) {
-    if (names.empty()) return enabledProfiles(profiles);
-    std::vector<Profile> chosen;
-    for (const auto& name : names) {
-        const Profile& profile = chooseProfile(profiles, name);
-        if (std::ranges::find(chosen, profile.id, &Profile::id) == chosen.end()) chosen.push_back(profile);
-    }
-    return chosen;
+std::vector<Profile> profilesToWatch(const std::vector<Profile>& profiles, const std::vector<std::string>& names) {
+    return names.empty() ? enabledProfiles(profiles) : chooseProfiles(profiles, names);
 }
 
-// Returns when interrupted; throws when nothing is left to watch.
+// Returns when the user interrupts; throws when no profile is left to watch.
 void watchUntilInterrupted(
-    AppModel& model, MainQueue& queue, const ControlService& control, const std::vector<Profile>& profiles,
-    const Surroundings& around) {
-    const auto interruptible = around.interrupt.during([&queue] { queue.quit(); });
+    Session& session, const ControlService& control, const std::vector<Profile>& profiles, const Interrupt& interrupt) {
+    AppModel& model = session.model();
+    const auto interruptible = session.interruptible();
     for (const auto& profile : profiles) model.start(profile.id);
-    const auto isOver = [&] {
+    const bool ended = session.runUntil([&] {
         const auto runs = [&model](const Profile& profile) { return model.running(profile.id); };
         return !control.holdsPaused() && std::ranges::none_of(model.profiles(), runs);
-    };
-    const bool ended = queue.runUntil(isOver);
-    if (!ended || around.interrupt.happened()) return;
+    });
+    if (!ended || interrupt.happened()) return;
     throw CommandError(
         ExitCode::failed, profiles.size() == 1 ? "Watching ended: " + inQuotes(profiles.front().name) + " cannot go on."
                                                : "Watching ended: none of the profiles can go on.");
 }
 
-ExitCode watch(const Surroundings& around, const std::vector<std::string>& names) {
-    const StateStore store = openState(around.options);
-    const InstanceLock held = holdState(store);
-    const Output::NeverWaiting publishing(around.output, Output::NeverWaiting::usualRoom);
-    MainQueue queue;
-    AppModel model(
-        queue, {.storeOverride = store,
-                .passwordAccess = {.read = readStoredPassword},
-                .privateItems = privateItems(around.options)});
-    requireLoaded(model);
-    const auto profiles = chosenProfiles(model.profiles(), names);
+ExitCode watchProfiles(const CommandContext& context, const WatchRequest& request) {
+    const Output::NeverWaiting publishing(context.output, Output::NeverWaiting::usualRoom);
+    Session session(
+        context,
+        {.passwordAccess = {.read = readStoredPassword}, .privateItems = StateFolder(context.options).privateItems()});
+    AppModel& model = session.model();
+    const auto profiles = profilesToWatch(model.profiles(), request.names);
     try {
-        if (const auto given = givenPassword(around)) {
+        if (const auto given = givenPassword(context)) {
             for (const auto& profile : profiles) model.keepForSession(profile.id, *given);
         }
     } catch (const Cancelled&) {
         return ExitCode::done;
     }
-    WatchReport report(model, around);
+    WatchReport report(model, context);
     const Observing observing(model, report);
-    const ControlService control(model, queue, store.folder());
+    const ControlService control(model, session.queue(), session.folder());
     if (control.failure()) {
-        around.output.warning("Other commands cannot reach this program: " + sentence(*control.failure()));
+        context.output.warning("Other commands cannot reach this program: " + sentence(*control.failure()));
     }
-    const ProgressReport progress(model, around.output);
-    around.output.note("Watching " + listedNames(profiles) + ". Ctrl-C stops.");
-    const RetryOnWake retryOnWake(queue, model);
-    watchUntilInterrupted(model, queue, control, profiles, around);
+    const ProgressReport progress(model, context.output);
+    context.output.note("Watching " + listedNames(profiles) + ". Ctrl-C stops.");
+    const RetryOnWake retryOnWake(session.queue(), model);
+    watchUntilInterrupted(session, control, profiles, context.interrupt);
     model.shutdown();
-    around.output.note("Stopped.");
+    context.output.note("Stopped.");
     return ExitCode::done;
 }
 
 } // namespace
 
-void addWatch(CLI::App& parent, Command& chosen) {
-    auto* command = parent.add_subcommand("watch", "Keep profiles published until Ctrl-C");
-    const auto names = std::make_shared<std::vector<std::string>>();
-    command->add_option("NAME", *names, "Names or ids of profiles; every enabled profile when left out")->type_name("");
-    command->footer("First the server is compared with what was last synchronised. Files that somebody else\n"
-                    "made newer there wait for a decision (see review), and nothing is uploaded until then.\n"
-                    "After that every new or changed file is uploaded a few seconds after it was saved.\n"
-                    "Nothing is ever deleted on the server. Failures are told and tried again, at once when the\n"
-                    "machine has woken from sleep or its network is back.\n"
-                    "Meanwhile status, pause, resume and review work from another terminal.\n\n"
-                    "Example:\n"
-                    "  zembrastel-cli watch \"My website\" --password-file ~/.ftp-password");
-    command->callback(
-        [&chosen, names] { chosen = [names](const Surroundings& around) { return watch(around, *names); }; });
+void addWatch(Syntax& parent) {
+    auto [command, request] = parent.command("watch", "Keep profiles published until Ctrl-C", watchProfiles);
+    command.argument("NAME", request.names, "Names or ids of profiles (default: every enabled profile)").optional();
+    command.footer("First the server is compared with the last synchronised state. Files that another person made\n"
+                   "newer there wait for a decision (see review), and nothing is uploaded until then.\n"
+                   "After that every new or changed file is uploaded a few seconds after it was saved.\n"
+                   "Nothing is ever deleted on the server. Failures are reported and tried again, at once when the\n"
+                   "machine has woken from sleep or its network is back.\n"
+                   "Meanwhile status, pause, resume and review work from another terminal.\n\n"
+                   "Example:\n"
+                   "  zembrastel-cli watch \"My website\" --password-file ~/.ftp-password");
 }
 
 } // namespace zembrastel::cli

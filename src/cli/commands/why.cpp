@@ -1,73 +1,70 @@
-#include "cli/commands/why.h"
+#include "cli/commands.h"
 
 #include "cli/session/profile_choice.h"
-#include "cli/session/profile_path.h"
-#include "cli/session/state_folder.h"
+#include "cli/session/session.h"
 #include "cli/text/presentation.h"
 #include "model/name_fault.h"
 #include "platform/text.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
 
 namespace zembrastel::cli {
 namespace {
 
-namespace fs = std::filesystem;
-
-struct Request {
+struct WhyRequest {
     std::string name;
     std::string path;
 };
 
-struct Answer {
+struct SyncAnswer {
     bool synced = false;
-    std::string reason{};   // one word for programs
-    std::string decider{};  // the rule, or the path that decides; empty for none
-    std::string sentence{}; // for a person
+    std::string reason{};   // one word, for programs
+    std::string decider{};  // the rule or the path that decides; may be empty
+    std::string sentence{}; // for the user
 };
 
-std::string readable(std::string_view path) { return path.empty() ? "the whole folder" : inQuotes(path); }
+std::string quotedPath(std::string_view path) { return path.empty() ? "the whole folder" : inQuotes(path); }
 
-Answer excluded(const Exclusions::Cause& cause, const std::string& path) {
-    std::string text =
-        cause.reserved
-            ? "Names that begin with " + inQuotes(cause.rule) + " are always left out, such as " + readable(cause.path)
-            : "The exclusion rule " + inQuotes(cause.rule) + " leaves out " + readable(cause.path);
+SyncAnswer exclusionAnswer(const Exclusions::Cause& cause, const std::string& path) {
+    std::string text = cause.reserved
+                           ? "Names that begin with " + inQuotes(cause.rule) + " are always left out, such as "
+                                 + quotedPath(cause.path)
+                           : "The exclusion rule " + inQuotes(cause.rule) + " leaves out " + quotedPath(cause.path);
     if (cause.path != path) text += " with all it holds";
     return {.reason = cause.reserved ? "reserved" : "exclusion", .decider = cause.rule, .sentence = text + "."};
 }
 
-// What the scan cannot or will not read, on the way to the path.
-std::optional<Answer> unreadable(const Profile& profile, const std::string& path) {
-    fs::path way = profile.localFolder;
+// The first item on the way to the path that the scan does not read.
+std::optional<SyncAnswer> unreadableAnswer(const Profile& profile, const std::string& path) {
+    std::filesystem::path way = profile.localFolder;
     std::string relative;
     for (const auto component : splitNonEmpty(path, '/')) {
         way /= component;
         relative += (relative.empty() ? "" : "/") + std::string(component);
         std::error_code failed;
-        const auto type = fs::symlink_status(way, failed).type();
+        const auto type = std::filesystem::symlink_status(way, failed).type();
         auto fault = nameFault(component);
-        if (!fault && type == fs::file_type::directory && isTooDeep(relative)) fault = NameFault::tooDeep;
+        if (!fault && type == std::filesystem::file_type::directory && isTooDeep(relative)) fault = NameFault::tooDeep;
         if (fault) {
-            return Answer{.reason = "name", .decider = relative, .sentence = leftOutReason(*fault)};
+            return SyncAnswer{.reason = "name", .decider = relative, .sentence = leftOutReason(*fault)};
         }
-        if (type == fs::file_type::symlink) {
-            return Answer{
+        if (type == std::filesystem::file_type::symlink) {
+            return SyncAnswer{
                 .reason = "link",
                 .decider = relative,
-                .sentence = readable(relative) + " is a symbolic link, which is never followed."};
+                .sentence = quotedPath(relative) + " is a symbolic link, which is never followed."};
         }
-        if (fs::exists(fs::file_status(type)) && type != fs::file_type::directory && type != fs::file_type::regular) {
-            return Answer{
-                .reason = "kind", .decider = relative, .sentence = readable(relative) + " is no regular file."};
+        if (std::filesystem::exists(std::filesystem::file_status(type)) && type != std::filesystem::file_type::directory
+            && type != std::filesystem::file_type::regular) {
+            return SyncAnswer{
+                .reason = "kind", .decider = relative, .sentence = quotedPath(relative) + " is no regular file."};
         }
     }
     return std::nullopt;
 }
 
-Answer selected(const Profile& profile, const std::string& path) {
+SyncAnswer selectionAnswer(const Profile& profile, const std::string& path) {
     const auto& selection = profile.effectiveSyncSelection();
     if (!selection) {
         return {
@@ -79,7 +76,7 @@ Answer selected(const Profile& profile, const std::string& path) {
     const std::string decider = rule == nullptr ? "" : rule->first.empty() ? "/" : rule->first;
     const bool synced = rule != nullptr && rule->second;
     std::string text = rule == nullptr ? "Nothing that is selected to sync contains it"
-                                       : "In what the profile syncs, " + readable(rule->first) + " is "
+                                       : "In what the profile syncs, " + quotedPath(rule->first) + " is "
                                              + (synced ? "selected" : "left out");
     if (synced) text += ", and no exclusion rule matches";
     if (!synced && selection->shouldVisit(path)) text += "; some of what it holds is selected";
@@ -90,48 +87,44 @@ Answer selected(const Profile& profile, const std::string& path) {
         .sentence = text + "."};
 }
 
-Answer answerFor(const Profile& profile, const std::string& path) {
-    if (const auto cause = profile.exclusions.cause(path)) return excluded(*cause, path);
-    if (auto answer = unreadable(profile, path)) return *std::move(answer);
-    return selected(profile, path);
+SyncAnswer answerFor(const Profile& profile, const std::string& path) {
+    if (const auto cause = profile.exclusions.cause(path)) return exclusionAnswer(*cause, path);
+    if (auto answer = unreadableAnswer(profile, path)) return *std::move(answer);
+    return selectionAnswer(profile, path);
 }
 
-ExitCode explain(const Surroundings& around, const Request& request) {
-    const auto profiles = loadProfiles(around.options);
+ExitCode explainPath(const CommandContext& context, const WhyRequest& request) {
+    const auto profiles = StateFolder(context.options).loadProfiles();
     const Profile& profile = chooseProfile(profiles, request.name);
     const std::string path = pathInProfile(profile, request.path);
-    const Answer answer = answerFor(profile, path);
-    if (around.output.json()) {
-        JsonLine object("why");
-        object.text("profile", profile.name).text("id", profile.id.text()).text("path", path);
+    const SyncAnswer answer = answerFor(profile, path);
+    if (context.output.json()) {
+        auto object = JsonLine::forProfile("why", profile);
+        object.text("path", path);
         object.flag("synced", answer.synced).text("reason", answer.reason).text("decider", answer.decider);
-        around.output.line(object.text("text", answer.sentence));
+        context.output.line(object.text("text", answer.sentence));
         return ExitCode::done;
     }
-    around.output.line(
+    context.output.line(
         inQuotes(path.empty() ? "/" : path) + (answer.synced ? " is synced. " : " is not synced. ") + answer.sentence);
     std::error_code failed;
-    if (!fs::exists(fs::symlink_status(fs::path(profile.localFolder) / path, failed))) {
-        around.output.note("There is nothing of that name in the local folder now.");
+    if (!std::filesystem::exists(
+            std::filesystem::symlink_status(std::filesystem::path(profile.localFolder) / path, failed))) {
+        context.output.note("There is nothing of that name in the local folder now.");
     }
     return ExitCode::done;
 }
 
 } // namespace
 
-void addWhy(CLI::App& parent, Command& chosen) {
-    auto* command = parent.add_subcommand("why", "Tell which rule or selection has a path synced or left out");
-    const auto request = std::make_shared<Request>();
-    command->add_option("NAME", request->name, "Name or id of the profile")->required()->type_name("");
-    command
-        ->add_option(
-            "PATH", request->path, "A path below the profile's folders, or an absolute one in the\nlocal folder")
-        ->required()
-        ->type_name("");
-    command->footer("Nothing needs to be there under that path. No server is asked.\n"
-                    "Example: zembrastel-cli why \"My website\" images/logo.psd");
-    command->callback(
-        [&chosen, request] { chosen = [request](const Surroundings& around) { return explain(around, *request); }; });
+void addWhy(Syntax& parent) {
+    auto [command, request] =
+        parent.command("why", "Explain which rule or selection makes a path synced or not", explainPath);
+    command.profileArgument(request.name);
+    command.argument(
+        "PATH", request.path, "A path below the profile's folders, or an absolute one in the\nlocal folder");
+    command.footer("The path need not exist. No server is asked.\n"
+                   "Example: zembrastel-cli why \"My website\" images/logo.psd");
 }
 
 } // namespace zembrastel::cli

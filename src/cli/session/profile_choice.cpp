@@ -1,10 +1,11 @@
 #include "cli/session/profile_choice.h"
 
-#include "cli/exit_code.h"
+#include "cli/command.h"
 #include "cli/text/presentation.h"
 #include "platform/text.h"
 
 #include <algorithm>
+#include <filesystem>
 
 namespace zembrastel::cli {
 namespace {
@@ -44,9 +45,18 @@ const Profile& chooseProfile(const std::vector<Profile>& profiles, const std::st
     return *named.front();
 }
 
+std::vector<Profile> chooseProfiles(const std::vector<Profile>& profiles, const std::vector<std::string>& namesOrIds) {
+    std::vector<Profile> chosen;
+    for (const auto& nameOrId : namesOrIds) {
+        const Profile& profile = chooseProfile(profiles, nameOrId);
+        if (std::ranges::find(chosen, profile.id, &Profile::id) == chosen.end()) chosen.push_back(profile);
+    }
+    return chosen;
+}
+
 std::string unambiguousName(const std::vector<Profile>& profiles, const Profile& profile) {
     const bool alone = profilesNamed(profiles, profile.name).size() == 1;
-    // A name that looks like an id could be that of another profile, and one with invisible characters cannot be typed.
+    // A name in the form of an id could be the id of another profile; a name with invisible characters cannot be typed.
     const bool typable = printable(profile.name) == profile.name;
     return alone && typable && !Uuid::parse(profile.name) ? profile.name : profile.id.text();
 }
@@ -62,6 +72,30 @@ std::string listedNames(const std::vector<Profile>& profiles) {
         names += inQuotes(profiles[index].name);
     }
     return names;
+}
+
+std::string relativePath(std::string_view typed) {
+    auto components = splitNonEmpty(typed, '/');
+    std::erase(components, ".");
+    return join(components, '/');
+}
+
+std::string pathInProfile(const Profile& profile, const std::string& typed) {
+    const auto refuse = [&typed, &profile] {
+        throw CommandError(
+            ExitCode::usage,
+            "The path " + inQuotes(typed) + " is not below the local folder " + oneLine(profile.localFolder) + ".");
+    };
+    std::string path = typed;
+    if (typed.starts_with('/') && !relativePath(typed).empty()) {
+        const auto inside = std::filesystem::path(typed).lexically_normal().lexically_relative(profile.localFolder);
+        path = inside.string();
+        if (path.empty()) refuse();
+    }
+    path = relativePath(path);
+    const auto components = splitNonEmpty(path, '/');
+    if (std::ranges::find(components, "..") != components.end()) refuse();
+    return path;
 }
 
 } // namespace zembrastel::cli

@@ -1,8 +1,10 @@
 #include "cli/session/profile_options.h"
 
-#include "cli/exit_code.h"
-#include "cli/session/relative_path.h"
+#include "cli/command.h"
+#include "cli/session/profile_choice.h"
 #include "cli/text/presentation.h"
+#include "model/error.h"
+#include "platform/standard_paths.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -18,7 +20,7 @@ TransferProtocol protocolFrom(const std::string& text) {
     throw CommandError(ExitCode::usage, "--transport is ftps, ftp or implicit, not " + inQuotes(text) + ".");
 }
 
-// "/" is everything. Another path that starts with "/" is one of the local folder's.
+// "/" is everything. Another path that starts with "/" is below the local folder.
 std::string selectedPath(const std::string& typed, const std::string& localFolder, const std::string& option) {
     std::filesystem::path path = relativePath(typed);
     if (typed.starts_with('/') && !path.empty() && !localFolder.empty()) {
@@ -51,7 +53,7 @@ std::optional<DownloadSelection> selectionFrom(
     DownloadSelection selection;
     addRules(selection, chosen, true, "--" + option, localFolder);
     addRules(selection, leftOut, false, "--no-" + option, localFolder);
-    // Who only says what to leave out means to have the rest.
+    // A user who only names paths to leave out wants the rest.
     if (chosen.empty()) selection.rules.emplace("", true);
     return selection;
 }
@@ -76,6 +78,40 @@ void changeServer(Profile& profile, const ProfileOptions& options) {
 }
 
 } // namespace
+
+std::vector<Option> addProfileFields(Syntax& syntax, ProfileOptions& options) {
+    const auto field = [&syntax](const char* name, auto& target, const char* type, const char* help) {
+        return syntax.option(name, target, type, help);
+    };
+    return {
+        field("--name", options.name, "NAME", "The name of the profile"),
+        field("--host", options.host, "HOST", "The FTP server: a host name or IPv4 address"),
+        field("--port", options.port, "PORT", "Its port, if not the usual one: 21, or 990 for implicit").portNumber(),
+        field(
+            "--transport", options.transport, "KIND",
+            "ftps (encrypted, the default), ftp (not encrypted)\nor implicit (FTPS of the old kind)")
+            .notEmpty(),
+        field("--username", options.username, "USER", "The FTP user name"),
+        field(
+            "--remote-folder", options.remoteFolder, "PATH",
+            "The site's folder on the server (default /public_html).\nWithout a leading \"/\" it starts in the login "
+            "folder")
+            .notEmpty("must not be empty; / is the top of the server"),
+        field("--local-folder", options.localFolder, "PATH", "The local folder to publish"),
+        field(
+            "--exclude", options.exclude, "RULE",
+            "Exclude what the rule matches, such as *.psd, in addition\nto the usual rules (repeatable)")
+            .repeatable(),
+        field("--exclusions", options.exclusions, "TEXT", "All exclusion rules, one a line, replacing the usual ones"),
+        syntax.flag("--enabled", options.enabled, "Watch this profile also if watch is given no name"),
+        field("--sync", options.sync, "PATH", "Sync this file or folder and no others (repeatable)").repeatable(),
+        field("--no-sync", options.noSync, "PATH", "Do not sync this file or folder (repeatable)").repeatable(),
+        syntax.flag("--needs-download", options.needsDownload, "Download from the server before anything is uploaded"),
+        field("--download", options.download, "PATH", "Include this in the first download; / is all (repeatable)")
+            .repeatable(),
+        field("--no-download", options.noDownload, "PATH", "Do not download this file or folder (repeatable)")
+            .repeatable()};
+}
 
 Profile changedProfile(Profile profile, const ProfileOptions& options) {
     if (options.name) profile.name = *options.name;
@@ -115,6 +151,42 @@ Profile profileFrom(const ProfileOptions& options) {
             "--needs-download needs --download PATH as well, to say what; --download / is everything.");
     }
     return profile;
+}
+
+Profile validProfile(const Profile& profile) {
+    try {
+        return profile.validated();
+    } catch (const SyncError& error) {
+        throw CommandError(ExitCode::failed, sentence(error.what()) + " Nothing was changed.");
+    }
+}
+
+void requireSiteFolder(const std::string& localFolder) {
+    std::error_code unknown; // a home folder that does not exist is in no other folder
+    const auto home = std::filesystem::canonical(homeFolder(), unknown);
+    const auto folder = std::filesystem::path(localFolder).lexically_normal();
+    const bool holdsHome = !unknown && !folder.empty() && *home.lexically_relative(folder).begin() != "..";
+    if (!holdsHome && folder != "/") return;
+    throw CommandError(
+        ExitCode::failed, "The local folder " + oneLine(localFolder)
+                              + " is or holds your home folder, with keys and passwords that must not be published. "
+                                "Nothing was changed; name the site's own folder.");
+}
+
+void requireUnused(const Profile& profile, const std::vector<Profile>& profiles, const Profile* before) {
+    for (const auto& other : profiles) {
+        if (before != nullptr && other.id == before->id) continue;
+        if (other.id == profile.id) {
+            throw CommandError(
+                ExitCode::failed,
+                "The id " + profile.id.text() + " is that of " + inQuotes(other.name) + ". Nothing was changed.");
+        }
+        if (other.name == profile.name) {
+            throw CommandError(
+                ExitCode::failed,
+                "There is a profile " + inQuotes(other.name) + " already. Nothing was changed; give another --name.");
+        }
+    }
 }
 
 } // namespace zembrastel::cli

@@ -1,8 +1,9 @@
-// The fields of a profile as options of the command line.
+// The fields of a profile as options of the command line, and the rules for a profile to save.
 //
-// Pure functions; any thread.
+// Any thread.
 #pragma once
 
+#include "cli/parser.h"
 #include "model/profile.h"
 
 #include <cstdint>
@@ -12,7 +13,7 @@
 
 namespace zembrastel::cli {
 
-// The options as they were typed; what was not given is empty.
+// The options as typed. An option that was not given is empty.
 struct ProfileOptions {
     std::optional<std::string> name{};
     std::optional<std::string> host{};
@@ -31,13 +32,28 @@ struct ProfileOptions {
     bool enabled = false;
     bool disabled = false;
     bool needsDownload = false;
+
+    [[nodiscard]] bool operator==(const ProfileOptions&) const = default;
 };
+
+// Adds the options that all commands for profiles share; `options` receives their values. Returns all of them.
+std::vector<Option> addProfileFields(Syntax& syntax, ProfileOptions& options);
 
 // The profile that the options describe, not validated. Throws CommandError (usage) for a combination without meaning.
 [[nodiscard]] Profile profileFrom(const ProfileOptions& options);
 
-// The profile with what the options give in place of its own. A new transport has its own usual port unless the
-// profile's is an unusual one. Errors as above.
+// The profile with the given options in place of its own values. A new transport brings its own usual port, unless the
+// profile has an unusual one. Errors as above.
 [[nodiscard]] Profile changedProfile(Profile profile, const ProfileOptions& options);
+
+// The profile in the form in which it is saved. Throws CommandError if it is not valid.
+[[nodiscard]] Profile validProfile(const Profile& profile);
+
+// Refuses the user's home folder and every folder above it: they hold keys and passwords. Throws CommandError.
+void requireSiteFolder(const std::string& localFolder);
+
+// Refuses a profile with the id or the name of another one. `before` is the profile that it replaces, if any. Throws
+// CommandError.
+void requireUnused(const Profile& profile, const std::vector<Profile>& profiles, const Profile* before = nullptr);
 
 } // namespace zembrastel::cli

@@ -7,21 +7,22 @@
 namespace zembrastel::cli {
 namespace {
 
-// For an answer, and then as long again for a sign of life.
-constexpr std::chrono::seconds patience{5};
+// For an answer, and then as long again for any response.
+constexpr std::chrono::seconds responseTime{5};
 
-bool changesSomething(ControlRequest::Kind kind) {
+bool makesChanges(ControlRequest::Kind kind) {
     using Kind = ControlRequest::Kind;
     return kind != Kind::status && kind != Kind::follow && kind != Kind::review;
 }
 
-[[noreturn]] void tellGone() {
+[[noreturn]] void failBecauseEnded() {
     throw CommandError(ExitCode::notRunning, "The running program has ended before it answered.");
 }
 
 void requireUnderstood(const answer::Failed& failed) {
     using Reason = answer::Failed::Reason;
-    if (failed.reason == Reason::notUnderstood) throw CommandError(ExitCode::failed, sentence(failed.text));
+    if (failed.reason == Reason::notUnderstood)
+        throw CommandError(ExitCode::failed, "The running Zembrastel is another version; restart it.");
     if (failed.reason == Reason::noProfile) {
         throw CommandError(ExitCode::failed, "The running program does not know the profile " + failed.text + ".");
     }
@@ -38,20 +39,19 @@ std::optional<RunningProgram> RunningProgram::find(const StateStore& store) {
 ExitCode RunningProgram::askOrHold(
     const StateStore& store, const std::function<ExitCode(RunningProgram& program)>& ask,
     const std::function<ExitCode()>& alone) {
-    constexpr int mostTurns = 20;
+    constexpr int maxTurns = 20;
     for (int turn = 1;; ++turn) {
         if (auto program = find(store)) return ask(*program);
         try {
             return alone();
         } catch (const CommandError& error) {
-            if (error.code != ExitCode::stateInUse || turn == mostTurns) throw;
+            if (error.code != ExitCode::stateInUse || turn == maxTurns) throw;
         }
         (void)systemClock().sleep({}, std::chrono::milliseconds(50));
     }
 }
 
-// A server check, for one, takes its time before the answer comes. Another request shows whether the program is at work
-// at all.
+// A server check takes time before its answer. A second request shows whether the program responds at all.
 void RunningProgram::requireResponse(const ControlRequest& request, Interrupt& interrupt) const {
     auto probe = ControlClient::connect(stateFolder);
     if (!probe) return;
@@ -59,20 +59,20 @@ void RunningProgram::requireResponse(const ControlRequest& request, Interrupt& i
         client.end();
         probe->end();
     });
-    const bool responds = probe->ask({.kind = ControlRequest::Kind::status}) && probe->next(patience).has_value();
+    const bool responds = probe->ask({.kind = ControlRequest::Kind::status}) && probe->next(responseTime).has_value();
     if (responds || probe->isOver() || interrupt.happened()) return;
     const auto process = client.process();
     throw CommandError(
         ExitCode::notAnswering,
         "The running program" + (process ? " (process " + std::to_string(*process) + ")" : "")
             + " has not answered for ten seconds: it was stopped, or hangs."
-            + (changesSomething(request.kind) ? " What was asked of it may still happen when it goes on." : "")
-            + (process ? " If it was stopped, \"kill -CONT " + std::to_string(*process) + "\" lets it go on." : ""));
+            + (makesChanges(request.kind) ? " It may still carry the request out later." : "")
+            + (process ? " If it was stopped, \"kill -CONT " + std::to_string(*process) + "\" resumes it." : ""));
 }
 
 std::optional<ControlAnswer> RunningProgram::nextAnswer(const ControlRequest& request, Interrupt& interrupt) {
     while (true) {
-        if (auto answer = client.next(patience)) return answer;
+        if (auto answer = client.next(responseTime)) return answer;
         if (client.isOver()) return std::nullopt;
         requireResponse(request, interrupt);
     }
@@ -81,7 +81,7 @@ std::optional<ControlAnswer> RunningProgram::nextAnswer(const ControlRequest& re
 std::optional<answer::Failed> RunningProgram::ask(
     const ControlRequest& request, Interrupt& interrupt, const Take& take) {
     const auto interruptible = interrupt.during([this] { client.end(); });
-    if (!client.ask(request)) tellGone();
+    if (!client.ask(request)) failBecauseEnded();
     while (const auto answer = nextAnswer(request, interrupt)) {
         if (const auto* done = std::get_if<answer::Done>(&*answer)) {
             waits = done->reviewWaits;
@@ -94,7 +94,7 @@ std::optional<answer::Failed> RunningProgram::ask(
         take(*answer);
     }
     if (interrupt.happened()) throw Cancelled();
-    tellGone();
+    failBecauseEnded();
 }
 
 bool RunningProgram::follow(const ControlRequest& request, Interrupt& interrupt, const Take& take) {

@@ -1,4 +1,4 @@
-// The program that holds the state folder, asked by a command that is not to disturb it.
+// The program that holds the state folder, for commands that send it requests.
 //
 // Main thread. Failures are CommandErrors; an interrupt is thrown as Cancelled.
 #pragma once
@@ -15,28 +15,28 @@ namespace zembrastel::cli {
 
 class RunningProgram {
 public:
-    // Nothing when none runs, or one that nobody can ask: a command that holds the folder for a moment.
+    // Nullopt if none runs, or only a command that holds the folder for a moment and takes no requests.
     [[nodiscard]] static std::optional<RunningProgram> find(const StateStore& store);
 
-    // Has the one that runs do it, or does it `alone`, holding the folder. A program that has just started holds the
-    // folder a moment before it can be asked, and is given a second for that.
+    // Calls `ask` with the running program, or `alone` if none runs; `alone` holds the folder. A program that has just
+    // started holds the folder before it takes requests: this retries for a second.
     static ExitCode askOrHold(
         const StateStore& store, const std::function<ExitCode(RunningProgram& program)>& ask,
         const std::function<ExitCode()>& alone);
 
     using Take = std::function<void(const ControlAnswer& answer)>;
 
-    // Both wait as long as the other program is at work on the request, but end the command when it does not respond at
-    // all for ten seconds: it was stopped, or hangs.
+    // ask() and follow() wait while the other program works on the request. They end the command if it does not respond
+    // at all for ten seconds: it was stopped, or hangs.
 
-    // Hands all answers to `take`. The failure that the request ended with, but for those that are no business of the
-    // command's: they end it.
+    // Passes every answer to `take`. Returns the failure of the request, if any; failures that do not concern the
+    // command end it.
     std::optional<answer::Failed> ask(const ControlRequest& request, Interrupt& interrupt, const Take& take);
 
-    // Has the check that followed the decision last asked for found newer files again?
+    // Whether the check after the last decision has found newer files again.
     [[nodiscard]] bool reviewWaits() const { return waits; }
 
-    // The same for a request without end: false when the other program has ended, true when interrupted or ended.
+    // The same for a request without end. False if the other program has ended, true after an interrupt or end().
     [[nodiscard]] bool follow(const ControlRequest& request, Interrupt& interrupt, const Take& take);
 
     // Ends follow(), from within `take`.

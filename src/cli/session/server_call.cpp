@@ -1,55 +1,90 @@
 #include "cli/session/server_call.h"
 
-#include "cli/session/password_source.h"
+#include "app/diagnosis/connection_diagnosis.h"
+#include "cli/session/passwords.h"
 #include "cli/session/profile_choice.h"
-#include "cli/session/state_folder.h"
+#include "cli/session/session.h"
 #include "cli/text/presentation.h"
 #include "model/error.h"
 
 #include <algorithm>
 #include <array>
-#include <utility>
 
 namespace zembrastel::cli {
-
 namespace {
 
-// What to look at after the commonest failures, by the beginning of curl's words for them.
-constexpr std::array<std::pair<std::string_view, const char*>, 7> hints{{
-    {"curl: (6) ", " Check the name of the server."},
-    {"curl: (7) ", " Check the name of the server and the port."},
-    {"curl: (9) ", " Check the remote folder."},
-    {"curl: (35) ", " Check the transport and the port."},
-    {"curl: (60) ", " Check the name of the server; its certificate must be one that this machine trusts."},
-    {"curl: (64) ", " Check the transport: this server does not encrypt."},
-    {"curl: (67) ", " Check the user name and the password."},
-}};
+// The exit codes of curl that lead to a hint or an exit code of ours.
+enum class CurlCode {
+    unknownHost = 6,
+    notConnected = 7,
+    folderRefused = 9,
+    tlsFailed = 35,
+    certificateRefused = 60,
+    tlsNotOffered = 64,
+    loginRefused = 67
+};
 
-std::string hintFor(std::string_view failure) {
-    const auto known = std::ranges::find_if(hints, [&](const auto& hint) { return failure.starts_with(hint.first); });
-    return known == hints.end() ? "" : known->second;
+// The model and the running program report failures as text, which begins with curl's code.
+CurlCode curlCodeOf(const std::string& failure) { return static_cast<CurlCode>(curlCode(failure)); }
+
+struct Hint {
+    CurlCode code;
+    const char* text;
+};
+
+// For the most common failures.
+constexpr std::array hints{
+    Hint{CurlCode::unknownHost, " Check the name of the server."},
+    Hint{CurlCode::notConnected, " Check the name of the server and the port."},
+    Hint{CurlCode::folderRefused, " Check the remote folder."},
+    Hint{CurlCode::tlsFailed, " Check the transport and the port."},
+    Hint{
+        CurlCode::certificateRefused,
+        " Check the name of the server; its certificate must be one that this machine trusts."},
+    Hint{CurlCode::tlsNotOffered, " Check the transport: this server does not encrypt."},
+    Hint{CurlCode::loginRefused, " Check the user name and the password."}};
+
+std::string hintFor(const std::string& failure) {
+    const auto known = std::ranges::find(hints, curlCodeOf(failure), &Hint::code);
+    return known == hints.end() ? "" : known->text;
 }
 
 } // namespace
 
+ExitCode serverExitCode(const std::string& failure) {
+    return curlCodeOf(failure) == CurlCode::loginRefused ? ExitCode::refused : ExitCode::failed;
+}
+
+std::string comparisonAim(const Profile& profile) {
+    return "compare the local folder " + oneLine(profile.localFolder) + " with the server";
+}
+
+CommandError downloadPending(const Profile& profile) {
+    return {ExitCode::failed, inQuotes(profile.name) + " still has its initial download to do; run watch first."};
+}
+
+void requireDownloaded(const Profile& profile) {
+    if (profile.needsDownload) throw downloadPending(profile);
+}
+
 CommandError serverFailure(
     const Profile& profile, const std::string& aim, const std::string& failure, const std::string& consequence) {
     return {
-        exitCodeOf(failure), "Cannot " + aim + " of " + inQuotes(profile.name) + " (" + serverName(profile)
-                                 + "): " + sentence(failure) + hintFor(failure) + (consequence.empty() ? "" : " ")
-                                 + consequence};
+        serverExitCode(failure), "Cannot " + aim + " of " + inQuotes(profile.name) + " (" + serverName(profile)
+                                     + "): " + sentence(failure) + hintFor(failure) + (consequence.empty() ? "" : " ")
+                                     + consequence};
 }
 
 void callServer(
-    const Profile& profile, const Surroundings& around, const std::string& aim,
+    const Profile& profile, const CommandContext& context, const std::string& aim,
     const std::function<void(const FTPTransport&)>& talk) {
     const auto control = std::make_shared<TransferControl>();
     const FTPTransport transport{
         .profile = profile,
-        .password = passwordFor(profile, around),
+        .password = passwordFor(profile, context),
         .control = control,
-        .privateItems = privateItems(around.options)};
-    const auto interruptible = around.interrupt.during([control] { control->cancel(); });
+        .privateItems = StateFolder(context.options).privateItems()};
+    const auto interruptible = context.interrupt.during([control] { control->cancel(); });
     try {
         talk(transport);
     } catch (const Cancelled&) {

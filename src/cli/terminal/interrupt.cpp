@@ -13,7 +13,7 @@ namespace zembrastel::cli {
 namespace {
 
 // Programs that end others, and closing terminals, send more than one signal at a time.
-constexpr std::chrono::seconds patience{2};
+constexpr std::chrono::seconds graceAfterInterrupt{2};
 
 bool isIgnored(int signalNumber) {
     struct sigaction present {};
@@ -78,7 +78,7 @@ void Interrupt::listen() {
 void Interrupt::receive(int signalNumber) {
     const std::lock_guard lock(mutex);
     const auto now = std::chrono::steady_clock::now();
-    if (!current || (interrupted && now - firstArrival > patience)) endBy(signalNumber);
+    if (!current || (interrupted && now - firstArrival > graceAfterInterrupt)) endBy(signalNumber);
     if (std::exchange(interrupted, true)) return;
     firstArrival = now;
     current();

@@ -9,6 +9,10 @@ JsonLine::JsonLine(std::string_view event) {
     text("event", event);
 }
 
+JsonLine::JsonLine(std::string_view event, const Profile& profile) : JsonLine(event) {
+    text("profile", profile.name).text("id", profile.id.text());
+}
+
 void JsonLine::name(std::string_view key) { writer.Key(key.data(), static_cast<rapidjson::SizeType>(key.size())); }
 
 JsonLine& JsonLine::text(std::string_view key, std::string_view value) {

@@ -1,8 +1,10 @@
-// One line of --json output: a JSON object whose first key, "event", says what it is about.
+// One line of --json output: a JSON object whose first key, "event", names its kind.
 //
-// Programs rely on the keys: docs/JSON.md tells all of them, and a test compares it with what commands print. "version"
-// at the end grows when one of them changes its meaning or goes; new ones may come without that.
+// Programs rely on the keys: docs/JSON.md documents all of them, and a test compares it with the output of the
+// commands. "version" at the end grows when a key is removed or changes its meaning; new keys do not change it.
 #pragma once
+
+#include "model/profile.h"
 
 #include <cstdint>
 #include <rapidjson/stringbuffer.h>
@@ -17,10 +19,14 @@ inline constexpr std::uint64_t jsonVersion = 1;
 class JsonLine {
 public:
     explicit JsonLine(std::string_view event);
+    // The line of an event that is about a profile: begins with its name and id.
+    [[nodiscard]] static JsonLine forProfile(std::string_view event, const Profile& profile) {
+        return JsonLine(event, profile);
+    }
     JsonLine(const JsonLine&) = delete;
     JsonLine& operator=(const JsonLine&) = delete;
 
-    // What is not UTF-8 in a text is spelled out as \xHH.
+    // Bytes that are not UTF-8 become \xHH.
     JsonLine& text(std::string_view key, std::string_view value);
     JsonLine& number(std::string_view key, std::uint64_t value);
     JsonLine& flag(std::string_view key, bool value);
@@ -39,17 +45,18 @@ public:
         return *this;
     }
 
-    // Ends the object. Without a line feed, and without control characters or invisible ones: they are \uXXXX.
+    // Ends the object. Has no line feed; control characters and invisible ones are \uXXXX.
     [[nodiscard]] std::string finished();
 
 private:
+    JsonLine(std::string_view event, const Profile& profile);
     void name(std::string_view key);
 
     rapidjson::StringBuffer buffer;
     rapidjson::Writer<rapidjson::StringBuffer> writer{buffer};
 };
 
-// An object that is there as text, as such a line.
+// An existing JSON object as such a line.
 [[nodiscard]] std::string asJsonLine(std::string_view event, std::string_view object);
 
 } // namespace zembrastel::cli

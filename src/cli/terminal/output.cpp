@@ -1,9 +1,9 @@
 #include "cli/terminal/output.h"
 
-#include "cli/terminal/colour.h"
 #include "cli/text/presentation.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <poll.h>
 #include <string>
 #include <unistd.h>
@@ -11,12 +11,34 @@
 namespace zembrastel::cli {
 namespace {
 
-void awaitRoom(int descriptor) {
+std::string_view environmentValue(const char* name) {
+    const char* value = std::getenv(name);
+    return value == nullptr ? "" : value;
+}
+
+bool showsColours(int descriptor) {
+    return environmentValue("NO_COLOR").empty() && environmentValue("TERM") != "dumb"
+           && !environmentValue("TERM").empty() && ::isatty(descriptor) != 0;
+}
+
+std::string_view escapeSequence(Tone tone) {
+    switch (tone) {
+    case Tone::good:
+        return "\x1b[32m";
+    case Tone::attention:
+        return "\x1b[33m";
+    case Tone::bad:
+        return "\x1b[31m";
+    }
+    return "";
+}
+
+void waitForRoom(int descriptor) {
     pollfd waiting{.fd = descriptor, .events = POLLOUT, .revents = 0};
     ::poll(&waiting, 1, -1);
 }
 
-// Waits for the reader, until `givesUp` says after a signal that nobody wants the rest.
+// Waits for the reader. After each signal, `givesUp` decides whether to drop the rest.
 std::error_code writeLine(int descriptor, std::string_view text, const std::function<bool()>& givesUp) {
     const std::string bytes = std::string(text) + '\n';
     std::string_view rest = bytes;
@@ -25,7 +47,7 @@ std::error_code writeLine(int descriptor, std::string_view text, const std::func
         if (written >= 0) {
             rest.remove_prefix(static_cast<std::size_t>(written));
         } else if (errno == EAGAIN) { // another program made the stream non-blocking
-            awaitRoom(descriptor);
+            waitForRoom(descriptor);
         } else if (errno != EINTR) {
             return {errno, std::system_category()};
         }
@@ -34,6 +56,11 @@ std::error_code writeLine(int descriptor, std::string_view text, const std::func
 }
 
 } // namespace
+
+std::string inColour(std::string_view text, Tone tone, int descriptor) {
+    if (!showsColours(descriptor)) return std::string(text);
+    return std::string(escapeSequence(tone)).append(text).append("\x1b[0m");
+}
 
 Output::NeverWaiting::NeverWaiting(Output& usedOutput, std::size_t room, std::function<bool()> waitsAtEnd)
     : output(usedOutput), waits(std::move(waitsAtEnd)) {
@@ -64,8 +91,8 @@ void Output::writeNow(int descriptor, std::string_view text) {
     liveLine.hide();
     const auto failed = writeLine(descriptor, text, [this] { return printer && printer->givesUp(); });
     liveLine.show();
-    if (descriptor != STDOUT_FILENO) return; // a user who cannot read what went wrong still has the exit code
-    readerGone = readerGone || failed == std::errc::broken_pipe;
+    if (descriptor != STDOUT_FILENO) return; // a user who cannot read the failure still has the exit code
+    pipeBroken = pipeBroken || failed == std::errc::broken_pipe;
     if (failed && failed != std::errc::broken_pipe) lost = failed;
 }
 
@@ -85,18 +112,18 @@ void Output::live(std::string_view subject, std::string_view text) {
 void Output::line(std::string_view text) { write(STDOUT_FILENO, text); }
 
 void Output::error(std::string_view message) {
-    tell("error", inColour("zembrastel-cli:", Tone::bad, STDERR_FILENO) + " ", message);
+    report("error", inColour("zembrastel-cli:", Tone::bad, STDERR_FILENO) + " ", message);
 }
 
 void Output::warning(std::string_view message) {
-    tell("warning", inColour("zembrastel-cli: warning:", Tone::attention, STDERR_FILENO) + " ", message);
+    report("warning", inColour("zembrastel-cli: warning:", Tone::attention, STDERR_FILENO) + " ", message);
 }
 
 void Output::note(std::string_view message) {
     if (!jsonLines) write(STDERR_FILENO, oneLine(message));
 }
 
-void Output::tell(const char* event, std::string_view prefix, std::string_view message) {
+void Output::report(const char* event, std::string_view prefix, std::string_view message) {
     const std::string words = oneLine(message);
     write(STDERR_FILENO, jsonLines ? JsonLine(event).text("message", words).finished() : std::string(prefix) + words);
 }

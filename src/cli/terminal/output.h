@@ -1,8 +1,8 @@
 // The two standard streams, as plain lines or as JSON lines.
 //
-// Used on the main thread alone. Every line is written at once and as a whole, so that a pipe has it while the program
-// goes on; a reader that is slow is waited for, except while a NeverWaiting lives. A line that cannot be written is
-// dropped and the failure remembered: syncing goes on without a reader.
+// Main thread. Every line is written at once and as a whole, so that a pipe has it while the program goes on. Output
+// waits for a slow reader, except while a NeverWaiting lives. A line that cannot be written is dropped and the failure
+// remembered: syncing goes on without a reader.
 #pragma once
 
 #include "cli/terminal/json_line.h"
@@ -13,10 +13,18 @@
 #include <functional>
 #include <limits>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <system_error>
 
 namespace zembrastel::cli {
+
+// Colours support the words and never replace them.
+enum class Tone { good, attention, bad };
+
+// The text in the tone's colour if the descriptor is a terminal with colours and NO_COLOR is not set to a value; else
+// the plain text.
+[[nodiscard]] std::string inColour(std::string_view text, Tone tone, int descriptor);
 
 class Output {
 public:
@@ -24,17 +32,15 @@ public:
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
 
-    // For a program that publishes: while it lives, no call waits for a reader, and a thread writes the lines.
+    // For a program that publishes: while it lives, a thread writes the lines, and no call waits for a reader.
     class NeverWaiting {
     public:
-        // The lines that wait for a reader take up to so many bytes. Further lines are dropped and counted, and the
-        // reader is told how many they were.
+        // The most bytes of lines that wait for a reader. Further lines are dropped, and a line says how many.
         static constexpr std::size_t usualRoom = std::size_t{256} << 10U;
         // Drops no line.
         static constexpr std::size_t unlimitedRoom = std::numeric_limits<std::size_t>::max();
 
-        // At its end it waits for the reader to take the rest if `waitsAtEnd` says so then; else the reader has half a
-        // second.
+        // At its end it asks `waitsAtEnd`: if true, it waits until the reader has taken the rest, else half a second.
         NeverWaiting(
             Output& usedOutput, std::size_t room, std::function<bool()> waitsAtEnd = [] { return false; });
         NeverWaiting(const NeverWaiting&) = delete;
@@ -51,27 +57,27 @@ public:
     // A result, on standard output. The caller chooses the form by json().
     void line(std::string_view text);
     void line(JsonLine& object) { line(object.finished()); }
+    void line(JsonLine&& object) { line(object.finished()); }
 
-    // On standard error, on one line: what went wrong, what deserves attention, and what helps a person along (nothing
-    // in its place with JSON lines).
+    // On standard error, on one line: a failure, a warning, and a hint for the user (not printed with --json).
     void error(std::string_view message);
     void warning(std::string_view message);
     void note(std::string_view message);
 
-    // What goes on at this moment, on a line that the next call writes over and every other line comes before; see
-    // LiveLine. Two empty texts end it. For nobody where there is no terminal: isLive() tells.
+    // Shows the current work on a line that the next call overwrites and that stays below every other line; see
+    // LiveLine. Two empty texts end it. Does nothing without a terminal: see isLive().
     void live(std::string_view subject, std::string_view text);
     [[nodiscard]] bool isLive() const { return liveLine.possible(); }
 
-    // Why results were lost, if they were. A reader that has gone wanted no more: that is no failure. This and
-    // unheard() are not called while a NeverWaiting lives.
+    // Why results were lost, if they were. A reader that closed the pipe is no failure. Do not call this or
+    // readerClosed() while a NeverWaiting lives.
     [[nodiscard]] const std::error_code& failure() const { return lost; }
 
-    // Has the reader gone? Then a command that only tells has nothing left to do.
-    [[nodiscard]] bool unheard() const { return readerGone; }
+    // Whether the reader has closed the pipe. Then a command that only reports can end.
+    [[nodiscard]] bool readerClosed() const { return pipeBroken; }
 
 private:
-    void tell(const char* event, std::string_view prefix, std::string_view message);
+    void report(const char* event, std::string_view prefix, std::string_view message);
     void write(int descriptor, std::string_view text);
     void writeNow(int descriptor, std::string_view text);
     [[nodiscard]] std::string unprintedLine(std::size_t lines) const;
@@ -79,7 +85,7 @@ private:
     bool jsonLines;
     LiveLine liveLine;
     std::error_code lost;
-    bool readerGone = false;
+    bool pipeBroken = false;
     std::optional<Printer> printer; // while a NeverWaiting lives; its thread alone uses the above then
 };
 

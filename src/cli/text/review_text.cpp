@@ -7,17 +7,17 @@
 namespace zembrastel::cli {
 namespace {
 
-SystemTime remoteTime(const RemoteChange& change) { return systemTime(sinceUnixEpoch(change.remoteDate)); }
+SystemTime remoteTimeOf(const RemoteChange& change) { return systemTime(sinceUnixEpoch(change.remoteDate)); }
 
-SystemTime localTime(const RemoteChange& change) {
+SystemTime localTimeOf(const RemoteChange& change) {
     return systemTime(std::chrono::duration<double>(change.local.modified));
 }
 
 } // namespace
 
 std::string describeChange(const RemoteChange& change) {
-    return printable(change.path) + "  server " + dateAndTime(remoteTime(change)) + ", here "
-           + dateAndTime(localTime(change)) + (change.bothChanged ? ", changed on both sides" : "");
+    return printable(change.path) + "  server " + dateAndTime(remoteTimeOf(change)) + ", here "
+           + dateAndTime(localTimeOf(change)) + (change.bothChanged ? ", changed on both sides" : "");
 }
 
 std::string missingText(std::size_t files) {
@@ -29,13 +29,12 @@ std::string sendMissingHint(const GlobalOptions& options, std::size_t files, con
            + commandLine(options, "push --missing", profileName);
 }
 
-void tellMissing(const Profile& profile, const PathSet& missing, Output& output) {
+void printMissing(const Profile& profile, const PathSet& missing, Output& output) {
     if (missing.empty()) return;
     if (!output.json()) output.line(missingText(missing.size()) + ":");
     for (const auto& path : missing) {
         if (output.json()) {
-            JsonLine object("missing");
-            object.text("profile", profile.name).text("id", profile.id.text());
+            auto object = JsonLine::forProfile("missing", profile);
             output.line(object.text("path", path));
         } else {
             output.line("  " + printable(path));
@@ -65,14 +64,14 @@ std::string describeSizes(const RemoteChange& change, const ServerVersions& seen
     return ", " + counted(*version->size, "byte") + " there and " + std::to_string(here) + " here";
 }
 
-void addReview(
+void addReviewFields(
     JsonLine& object, const Profile& profile, const std::vector<RemoteChange>& changes, Clock& clock,
     const ServerVersions& seen) {
     object.text("time", universalTime(clock.now())).text("profile", profile.name).text("id", profile.id.text());
     object.list("files", changes, [&seen](JsonLine& file, const RemoteChange& change) {
         file.text("path", change.path);
-        file.text("remoteDate", universalTime(remoteTime(change)));
-        file.text("localDate", universalTime(localTime(change)));
+        file.text("remoteDate", universalTime(remoteTimeOf(change)));
+        file.text("localDate", universalTime(localTimeOf(change)));
         file.flag("bothChanged", change.bothChanged);
         const auto* version = seen.find(change.path);
         if (version == nullptr || !version->size) return;

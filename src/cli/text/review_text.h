@@ -1,4 +1,4 @@
-// What a server check found, and how to go on with it, in words.
+// The result of a server check in words, and the commands that come next.
 #pragma once
 
 #include "app/app_model.h"
@@ -15,28 +15,28 @@ namespace zembrastel::cli {
 // "index.html  server 2026-01-02 15:04:05, here 2026-01-01 10:00:00, changed on both sides"
 [[nodiscard]] std::string describeChange(const RemoteChange& change);
 
-// ", 0 bytes there and 5 here"; empty where the sizes are equal or not known.
+// ", 0 bytes there and 5 here"; empty if the sizes are equal or not known.
 [[nodiscard]] std::string describeSizes(const RemoteChange& change, const ServerVersions& seen);
 
 // "3 files are missing on the server"
 [[nodiscard]] std::string missingText(std::size_t files);
 
-// The same with the paths, or a "missing" event for each; nothing if none is missing.
-void tellMissing(const Profile& profile, const PathSet& missing, Output& output);
+// Prints that with the paths, or a "missing" event for each. Prints nothing if no file is missing.
+void printMissing(const Profile& profile, const PathSet& missing, Output& output);
 
 // "To send them again: zembrastel-cli push --missing NAME"
 [[nodiscard]] std::string sendMissingHint(
     const GlobalOptions& options, std::size_t files, const std::string& profileName);
 
-// The command line that runs this command on this profile, with the global options of this run.
+// The command line that runs this command for this profile, with the global options of this run.
 [[nodiscard]] std::string commandLine(
     const GlobalOptions& options, const char* command, const std::string& profileName);
 
-// The one that reviews it.
+// That of review.
 [[nodiscard]] std::string reviewCommand(const GlobalOptions& options, const std::string& profileName);
 
-// The "review" event, with the sizes of the files that were seen on the server; the caller finishes it.
-void addReview(
+// Adds the members of a "review" event, with the sizes of the files seen on the server.
+void addReviewFields(
     JsonLine& object, const Profile& profile, const std::vector<RemoteChange>& changes, Clock& clock,
     const ServerVersions& seen = {});
 

@@ -1,16 +1,17 @@
 #include "cli/text/status_text.h"
 
 #include "app/progress_text.h"
-#include "cli/terminal/colour.h"
+#include "cli/terminal/output.h"
 #include "cli/text/presentation.h"
 #include "cli/text/review_text.h"
 
 #include <unistd.h>
+#include <utility>
 
 namespace zembrastel::cli {
 namespace {
 
-std::string line(std::string name, const std::string& value) {
+std::string detailLine(std::string name, const std::string& value) {
     constexpr std::size_t nameWidth = 10;
     name.resize(nameWidth, ' ');
     return "    " + name + value;
@@ -18,38 +19,67 @@ std::string line(std::string name, const std::string& value) {
 
 std::uint64_t countOf(std::int64_t number) { return static_cast<std::uint64_t>(number); }
 
-Tone toneOf(const answer::Status& told) {
-    if (told.status.failed) return Tone::bad;
-    return told.running && told.newerOnServer == 0 ? Tone::good : Tone::attention;
+Tone toneOf(const answer::Status& answer) {
+    if (answer.status.failed()) return Tone::bad;
+    return answer.running && answer.newerOnServer == 0 ? Tone::good : Tone::attention;
 }
 
 } // namespace
 
-void addStatus(JsonLine& object, const ProfileStatus& status) {
-    object.text("title", status.title).text("detail", status.detail);
-    object.flag("active", status.active).flag("failed", status.failed).flag("filesMissing", status.filesMissing);
+void addStatusFields(JsonLine& object, const ProfileStatus& status) {
+    object.text("title", status.title()).text("detail", status.detail);
+    object.flag("active", status.active()).flag("failed", status.failed()).flag("filesMissing", status.filesMissing());
     object.number("uploaded", countOf(status.uploaded)).number("pending", countOf(status.pending));
     if (status.lastUpload) object.text("lastUpload", universalTime(*status.lastUpload));
 }
 
-std::vector<std::string> statusLines(const answer::Status& told) {
-    const ProfileStatus& status = told.status;
+std::vector<std::string> statusLines(const answer::Status& answer) {
+    const ProfileStatus& status = answer.status;
     std::vector<std::string> lines{
-        oneLine(told.name) + "  " + inColour(oneLine(status.title), toneOf(told), STDOUT_FILENO)};
-    if (!status.detail.empty()) lines.push_back(line("detail", oneLine(status.detail)));
-    if (status.progress) lines.push_back(line("progress", progressText(*status.progress)));
-    if (status.pending > 0) lines.push_back(line("pending", counted(countOf(status.pending), "file")));
-    if (status.filesMissing) lines.push_back(line("missing", "if you deleted the files: forget-files"));
-    if (told.newerOnServer > 0) {
-        lines.push_back(line("review", counted(countOf(told.newerOnServer), "file") + " newer on the server"));
+        oneLine(answer.name) + "  " + inColour(oneLine(status.title()), toneOf(answer), STDOUT_FILENO)};
+    if (!status.detail.empty()) lines.push_back(detailLine("detail", oneLine(status.detail)));
+    if (status.progress) lines.push_back(detailLine("progress", progressText(*status.progress)));
+    if (status.pending > 0) lines.push_back(detailLine("pending", counted(countOf(status.pending), "file")));
+    if (status.filesMissing()) lines.push_back(detailLine("missing", "if you deleted the files: forget-files"));
+    if (answer.newerOnServer > 0) {
+        lines.push_back(detailLine("review", counted(countOf(answer.newerOnServer), "file") + " newer on the server"));
     }
-    if (told.missingOnServer > 0) {
-        lines.push_back(line("missing", missingText(countOf(told.missingOnServer)) + ": push --missing"));
+    if (answer.missingOnServer > 0) {
+        lines.push_back(detailLine("missing", missingText(countOf(answer.missingOnServer)) + ": push --missing"));
     }
     std::string uploaded = counted(countOf(status.uploaded), "file") + " since the program started";
     if (status.lastUpload) uploaded += ", the last at " + dateAndTime(*status.lastUpload);
-    lines.push_back(line("uploaded", uploaded));
+    lines.push_back(detailLine("uploaded", uploaded));
     return lines;
+}
+
+std::optional<std::string> Narration::status(const ProfileStatus& status) {
+    const std::string failure = std::exchange(justFailed, {});
+    justDetailed.clear();
+    const bool same = status.title() == title && status.detail == detail;
+    // The printed uploads already show that fewer files are pending.
+    const bool isNews = !same || status.pending > pending;
+    title = status.title();
+    detail = status.detail;
+    pending = status.pending;
+    if (!isNews) return std::nullopt;
+
+    // The detail contains the failure as a sentence.
+    const std::string printedPart = failure.empty() ? "" : sentence(failure);
+    const bool repeats = !failure.empty() && detail.starts_with(printedPart);
+    if (!repeats) justDetailed = detail;
+    std::string line = title;
+    if (const auto rest = oneLine(repeats ? detail.substr(printedPart.size()) : detail); !rest.empty())
+        line += ": " + rest;
+    if (pending > 0) line += " (" + std::to_string(pending) + " pending)";
+    return line;
+}
+
+std::optional<std::string> Narration::activity(const Activity& activity) {
+    const std::string detailed = std::exchange(justDetailed, {});
+    justFailed = activity.error() ? activity.text : "";
+    if (activity.error() && detailed.starts_with(activity.text)) return std::nullopt;
+    return (activity.error() ? "error: " : "") + oneLine(activity.text);
 }
 
 } // namespace zembrastel::cli

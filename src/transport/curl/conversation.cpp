@@ -6,6 +6,7 @@
 #include "platform/files.h"
 #include "platform/text.h"
 #include "platform/uuid.h"
+#include "transport/curl/remote_url.h"
 #include "transport/transfer_observer.h"
 
 #include <algorithm>
@@ -18,6 +19,7 @@
 #include <optional>
 #include <poll.h>
 #include <unistd.h>
+#include <utility>
 
 namespace zembrastel {
 namespace {
@@ -52,15 +54,21 @@ std::string failureMessage(const std::string& words, std::string_view password) 
     return text.empty() ? withoutWords : std::string(text);
 }
 
-// The reading end of a pipe of which curl holds the other, and what came through it that is not yet used.
-struct Stream {
-    Stream() {
+struct Pipe {
+    Pipe() {
         std::array<int, 2> ends{};
         if (::pipe2(ends.data(), O_CLOEXEC) != 0) throwFileError("pipe", curlExecutable);
         reading = Descriptor(ends[0]);
         writing = Descriptor(ends[1]);
-        (void)::fcntl(reading.get(), F_SETFL, O_NONBLOCK);
     }
+
+    Descriptor reading;
+    Descriptor writing;
+};
+
+// A pipe that curl writes to, and the text from it that is not yet used.
+struct Stream : Pipe {
+    Stream() { (void)::fcntl(reading.get(), F_SETFL, O_NONBLOCK); }
 
     // Takes what is there. Closes the stream at its end.
     void read() {
@@ -69,7 +77,7 @@ struct Stream {
             const ssize_t size = ::read(reading.get(), piece.data(), piece.size());
             if (size > 0) {
                 text.append(piece.data(), static_cast<std::size_t>(size));
-                if (text.size() > mostBlockOutput) return;
+                if (text.size() > maxBlockOutput) return;
                 continue;
             }
             if (size < 0 && errno == EINTR) continue;
@@ -78,31 +86,41 @@ struct Stream {
         }
     }
 
-    Descriptor reading;
-    Descriptor writing;
     std::string text;
 };
+
+std::vector<int> withGate(std::vector<int> files, const Pipe& gate) {
+    files.push_back(gate.reading.get());
+    return files;
+}
+
+// curl blocks in it until a byte is in the pipe.
+std::string pauseConfiguration(std::size_t gateFile, const std::string& writeOut) {
+    return "silent\nproto = \"=file\"\nrange = \"0-0\"\noutput = \"/dev/null\"\nurl = "
+           + quote("file://" + ChildProcess::filePathOf(gateFile)) + "\nwrite-out = " + quote(writeOut) + '\n';
+}
 
 class Talk {
 public:
     Talk(
         const Profile& profile, std::string_view usedPassword, TransferControl& usedControl, const TransferPlan& plan,
         const ConversationEvents& called)
-        : password(usedPassword), control(usedControl), events(called), atStop(plan.atStop), count(plan.blocks.size()),
-          configuration(configure(profile, plan.blocks)), curl(
-                                                              {.executable = curlExecutable,
-                                                               .arguments = {"--disable", "--config", "-"},
-                                                               .output = output.writing.get(),
-                                                               .errors = errors.writing.get(),
-                                                               .files = plan.files,
-                                                               .environment = curlEnvironment(),
-                                                               .maxWritten = plan.maxWritten}) {}
+        : password(usedPassword), control(usedControl), events(called), blocks(plan.blocks),
+          configuration(configure(profile, plan.files.size())), curl(
+                                                                    {.executable = curlExecutable,
+                                                                     .arguments = {"--disable", "--config", "-"},
+                                                                     .output = output.writing.get(),
+                                                                     .errors = errors.writing.get(),
+                                                                     .files = withGate(plan.files, gate),
+                                                                     .environment = curlEnvironment(),
+                                                                     .maxWritten = plan.maxWritten}) {}
 
     void hold() {
         struct Registration {
             TransferControl& control;
             ~Registration() { control.clear(); }
         };
+        atStop = blocks.front().atStop;
         control.launch(curl, atStop);
         const Registration registered{control};
         output.writing.close();
@@ -116,7 +134,7 @@ public:
             if (output.reading) output.read();
             dropReported();
             reportEnded();
-            if (goesOn && std::max(output.text.size(), errors.text.size()) > mostBlockOutput) {
+            if (goesOn && std::max(output.text.size(), errors.text.size()) > maxBlockOutput) {
                 finish({.code = curlCouldNotWrite, .message = listingTooLong});
                 goesOn = false;
             }
@@ -125,19 +143,24 @@ public:
         curl.wait();
         const auto exit = curl.collect();
         if (atStop == TransferControl::AtStop::ends) control.check();
-        if (goesOn && current < count) finish(broken(exit));
+        if (goesOn && current < blocks.size()) finish(broken(exit));
     }
 
 private:
     // curl writes the mark when a block has ended, to both of its streams: what is before it is the block's. No server
     // knows it.
-    std::string configure(const Profile& profile, const std::vector<TransferBlock>& blocks) const {
+    std::string configure(const Profile& profile, std::size_t gateFile) const {
+        const std::string writeOut = mark + "%{stderr}" + mark + "%{exitcode}\n";
         std::string text;
-        for (const auto& [path, directory, own] : blocks) {
+        for (const auto& block : blocks) {
             if (!text.empty()) text += "next\n";
-            auto options = own;
-            options.push_back({"write-out", mark + "%{stderr}" + mark + "%{exitcode}\n"});
-            text += curlConfiguration(profile, password, path, directory, options);
+            if (block.pause) {
+                text += pauseConfiguration(gateFile, writeOut);
+                continue;
+            }
+            auto options = block.options;
+            options.push_back({"write-out", writeOut});
+            text += curlConfiguration(profile, password, block.path, block.directory, options);
         }
         return text;
     }
@@ -160,8 +183,25 @@ private:
         }
     }
 
-    void begin() const {
-        if (current < count && events.begins) events.begins(current);
+    void begin() {
+        if (current >= blocks.size()) return;
+        const auto& block = blocks[current];
+        if (!block.pause) applyAtStop(block.atStop);
+        if (events.begins && !events.begins(current)) {
+            goesOn = false;
+        } else if (block.pause) {
+            applyAtStop(block.atStop);
+            openGate();
+        }
+    }
+
+    void applyAtStop(TransferControl::AtStop wanted) {
+        if (std::exchange(atStop, wanted) != wanted) control.change(curl, wanted);
+    }
+
+    // This process keeps the reading end open, so that the write succeeds even when curl has ended.
+    void openGate() const {
+        if (::write(gate.writing.get(), "", 1) != 1) throwFileError("write", curlExecutable);
     }
 
     void finish(BlockOutcome outcome) {
@@ -173,7 +213,7 @@ private:
     // The mark in curl's standard output may come long after the one in its standard error, since it is kept in a
     // buffer. What a block has written was sent on before either.
     void reportEnded() {
-        while (goesOn && current < count) {
+        while (goesOn && current < blocks.size()) {
             const auto at = errors.text.find(mark);
             const auto end = at == std::string::npos ? at : errors.text.find('\n', at);
             if (end == std::string::npos) return;
@@ -220,15 +260,16 @@ private:
     const std::string_view password;
     TransferControl& control;
     const ConversationEvents& events;
-    const TransferControl::AtStop atStop;
-    const std::size_t count;
+    const std::vector<TransferBlock>& blocks;
     const std::string mark = Uuid::random().text();
     const std::string configuration;
     Stream output;
     Stream errors;
+    Pipe gate;
     ChildProcess curl;
     std::size_t current = 0; // block
     std::size_t marksToCome = 0;
+    TransferControl::AtStop atStop = TransferControl::AtStop::ends;
     bool goesOn = true;
     Time::time_point looked = Time::now();
     std::optional<Time::time_point> stopSeen;

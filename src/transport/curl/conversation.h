@@ -1,9 +1,13 @@
-// One curl and all that it is to do on a server with one login: a list of blocks, one after another.
+// One run of curl and everything that it does on a server with one login: a list of blocks, one after another.
 //
 // Blocks its thread, on which it makes its calls. curl gets a small fixed environment, the local files as open
-// descriptors, and the password through a pipe alone; what it says comes back through pipes, so none of it is ever in a
-// file. Each block is one transfer with all the options that every operation has: nothing carries over from the one
-// before but the connection and the login.
+// descriptors, and the password only through a pipe. Its output comes back through pipes, so none of it is ever in a
+// file. Each block is one transfer with all the options that every operation has: only the connection and the login
+// carry over from the block before.
+//
+// curl reads its whole configuration before it starts, so blocks cannot be added later. But a pause between blocks
+// holds curl back until the program has decided: the block reads one byte from a pipe, as a file:// transfer, and the
+// byte is written when the decision is made. If the decision is against the planned blocks, curl is ended.
 #pragma once
 
 #include "transport/curl/curl_configuration.h"
@@ -26,28 +30,29 @@ struct TransferBlock {
     std::string path; // relative to the profile's remote folder
     bool directory = false;
     std::vector<TransferOption> options{}; // after those that every operation has
+    bool pause = false;                    // waits for the program, and has no path and no options
+    TransferControl::AtStop atStop = TransferControl::AtStop::ends; // from here on; of a pause: once it is over
 };
 
 struct TransferPlan {
     std::vector<TransferBlock> blocks;
     std::vector<int> files = {}; // borrowed; the options name them by ChildProcess::filePathOf()
-    TransferControl::AtStop atStop = TransferControl::AtStop::ends;
     std::optional<std::uint64_t> maxWritten = std::nullopt; // no file may become longer: that ends the conversation
 };
 
 // How one block ended.
 struct BlockOutcome {
-    int code = 0;          // curl's; 0 when it succeeded
+    int code = 0;          // curl's; 0 if the block succeeded
     std::string output{};  // what it wrote to its standard output; empty unless it succeeded
-    std::string message{}; // for the user, the password masked; empty when it succeeded
-    std::string words{};   // all that curl said on its standard error, as it stands: the password may be in it
+    std::string message{}; // for the user, the password masked; empty if the block succeeded
+    std::string words{};   // curl's unchanged standard error, which may contain the password
 
     [[nodiscard]] bool succeeded() const { return code == 0; }
 };
 
 struct ConversationEvents {
-    // The block of this index is being worked on.
-    std::function<void(std::size_t block)> begins = {};
+    // curl begins the block of this index. False ends the conversation here; a pause lasts until the call returns.
+    std::function<bool(std::size_t block)> begins = {};
 
     // It has ended; called at once. False ends the conversation here.
     std::function<bool(std::size_t block, BlockOutcome outcome)> ended;
@@ -56,20 +61,20 @@ struct ConversationEvents {
     std::function<void(const ChildProcess& curl)> look = {};
 };
 
-// More output of one block than this ends the conversation, with a failure of the block: far more than a folder of a
-// million items takes, and a listing without an end would fill the memory.
-inline constexpr std::size_t mostBlockOutput = std::size_t{128} << 20;
+// More output of one block ends the conversation with a failure of the block, since an endless listing would fill the
+// memory. A folder of a million items needs far less.
+inline constexpr std::size_t maxBlockOutput = std::size_t{128} << 20;
 
-// A step that lasts out a stop gets this much time.
+// How long blocks with AtStop::lastsOut may continue after a stop.
 inline constexpr std::chrono::milliseconds timeAfterStop{1000};
 
-// Has curl work through the blocks of the plan. Their ends come in order and each once. They stop early after a call of
-// `ended` that returned false, and when curl ends before its time: the last one is then the failure of the block that
-// was under way, and what became of any later one is unknown.
+// Runs curl on the blocks of the plan. `ended` is called once per block, in order, until a call returns false or curl
+// ends early. In the latter case the last call reports the failure of the current block, and the outcome of later
+// blocks is unknown.
 //
-// Throws Cancelled when the control is stopped, what curlConfiguration() throws, and the system's errors. What a call
-// throws ends curl and is passed on. With AtStop::lastsOut a stop during the conversation does not end it at once, and
-// is not thrown.
+// Throws Cancelled when the control is stopped, what curlConfiguration() throws, and the system's errors. An exception
+// from a call ends curl and is passed on. A stop during a block with AtStop::lastsOut does not end curl at once; it is
+// thrown at the next block that a stop ends.
 void converse(
     const Profile& profile, std::string_view password, TransferControl& control, const TransferPlan& plan,
     const ConversationEvents& events);

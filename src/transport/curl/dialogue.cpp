@@ -18,21 +18,26 @@ void Dialogue::add(TransferBlock block, Ended ended, std::function<void()> begin
         block.options.push_back({"happy-eyeballs-timeout-ms", "20"});
     }
     plan.blocks.push_back(std::move(block));
-    steps.push_back({.begins = std::move(begins), .ended = std::move(ended), .data = data});
+    auto begin = [begins = std::move(begins)] {
+        if (begins) begins();
+        return true;
+    };
+    steps.push_back({.begins = std::move(begin), .ended = std::move(ended), .data = data});
+}
+
+void Dialogue::addPause(std::function<bool()> decide, TransferControl::AtStop atStop) {
+    plan.blocks.push_back({.path = "", .pause = true, .atStop = atStop});
+    steps.push_back({.begins = std::move(decide), .ended = {}, .data = false});
 }
 
 void Dialogue::hold(
-    std::vector<int> files, TransferControl::AtStop atStop, const std::function<void(const ChildProcess&)>& look,
+    std::vector<int> files, const std::function<void(const ChildProcess&)>& look,
     std::optional<std::uint64_t> maxWritten) {
     if (plan.blocks.empty()) return;
     plan.files = std::move(files);
-    plan.atStop = atStop;
     plan.maxWritten = maxWritten;
     const ConversationEvents events{
-        .begins =
-            [this](std::size_t block) {
-                if (steps[block].begins) steps[block].begins();
-            },
+        .begins = [this](std::size_t block) { return steps[block].begins(); },
         .ended = [this](std::size_t block, const BlockOutcome& outcome) { return take(block, outcome); },
         .look = look};
     converse(transport.profile, transport.password, *transport.control, plan, events);
@@ -54,6 +59,7 @@ bool Dialogue::take(std::size_t block, const BlockOutcome& outcome) {
             return false;
         }
     }
+    if (plan.blocks[block].pause) return true;
     progressed = true;
     steps[block].ended(outcome);
     return !over;

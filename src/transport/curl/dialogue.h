@@ -27,10 +27,14 @@ public:
 
     [[nodiscard]] bool isEmpty() const { return plan.blocks.empty(); }
 
+    // A pause: `decide` is called once every block before it has ended, and false ends the conversation there. After it
+    // a stop does what `atStop` says.
+    void addPause(std::function<bool()> decide, TransferControl::AtStop atStop);
+
     // Works through the blocks by one curl. An end that is a failure of the server and not of a file is not passed on:
     // the conversation is over then, and broken. Throws what converse() throws.
     void hold(
-        std::vector<int> files, TransferControl::AtStop atStop, const std::function<void(const ChildProcess&)>& look,
+        std::vector<int> files, const std::function<void(const ChildProcess&)>& look,
         std::optional<std::uint64_t> maxWritten = std::nullopt);
 
     std::optional<BlockOutcome> broken{};    // the end that is the server's failure
@@ -41,7 +45,7 @@ public:
 
 private:
     struct Step {
-        std::function<void()> begins;
+        std::function<bool()> begins;
         Ended ended;
         bool data; // over a data connection
     };

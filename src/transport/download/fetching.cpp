@@ -165,7 +165,7 @@ private:
             };
         }
         const auto limit = limited ? std::optional(most) : std::nullopt;
-        dialogue.hold(std::move(files), TransferControl::AtStop::ends, look, limit);
+        dialogue.hold(std::move(files), look, limit);
         for (auto& item : items) {
             if (item.toVerify) verify(item);
         }

@@ -175,7 +175,7 @@ void askAbout(const FTPTransport& transport, std::vector<Item>& items, const Pla
             blocks += plan(dialogue, item);
         }
         if (dialogue.isEmpty()) return;
-        dialogue.hold({}, TransferControl::AtStop::ends, {});
+        dialogue.hold({}, {});
         if (dialogue.broken) persistence.brokeOff(dialogue, dialogue.progressed);
     }
 }

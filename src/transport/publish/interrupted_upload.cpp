@@ -51,7 +51,7 @@ bool InterruptedUpload::isOurs(std::uint64_t size) {
 }
 
 void InterruptedUpload::hold(Dialogue dialogue, std::vector<int> files) {
-    dialogue.hold(std::move(files), TransferControl::AtStop::ends, {});
+    dialogue.hold(std::move(files), {});
     if (dialogue.broken) broken.emplace(std::move(dialogue));
 }
 

@@ -24,6 +24,9 @@ constexpr int uploadRefused = 25;
 constexpr int partialFile = 18;
 constexpr int noSuchFolder = 9;
 
+// Files that go live together.
+constexpr std::size_t groupLength = 64;
+
 // Of sends and of renames of one file, before it counts as failed.
 constexpr int mostAttempts = 3;
 
@@ -35,6 +38,15 @@ std::string incompleteMessage(const Item& item) {
     }
     return "The server stored " + std::to_string(*item.copy.size) + " bytes of " + path + ", which has "
            + std::to_string(item.expected()) + ". The live file was not replaced; the upload will be retried.";
+}
+
+std::vector<Items> inGroups(const Items& items) {
+    std::vector<Items> groups;
+    for (std::size_t done = 0; done < items.size(); done += groupLength) {
+        const auto begin = items.begin() + static_cast<std::ptrdiff_t>(done);
+        groups.emplace_back(begin, begin + static_cast<std::ptrdiff_t>(std::min(groupLength, items.size() - done)));
+    }
+    return groups;
 }
 
 } // namespace
@@ -58,6 +70,7 @@ Batch::~Batch() {
                  .most = item.expected()});
         } else {
             abandon(item);
+            withdraw(item);
         }
     }
 }
@@ -117,35 +130,56 @@ void Batch::takeBeginning(Item& item) {
     item.stage = Stage::interrupted;
 }
 
-// What an earlier conversation left open comes first and alone, so that it is not lost should the next one fail.
+// Files that an earlier conversation left open are asked about first and alone, so that their state is not lost if the
+// next conversation fails.
 void Batch::sendAndAsk() {
-    auto chosen = all({Stage::sent, Stage::renaming});
-    if (chosen.empty()) {
-        const auto interrupted = all({Stage::interrupted});
-        if (!interrupted.empty()) {
-            continueInterrupted(*interrupted.front());
-            return;
-        }
+    const auto open = all({Stage::sent, Stage::renaming});
+    const auto interrupted = all({Stage::interrupted});
+    if (open.empty() && !interrupted.empty()) {
+        continueInterrupted(*interrupted.front());
+        return;
     }
     Dialogue dialogue(transport, traits.login());
     addRemovals(dialogue, transport);
-    if (chosen.empty()) {
-        planned = all({Stage::toSend});
+    if (open.empty()) {
+        planToSend(dialogue);
         if (planned.empty()) return;
-        if (traits.login() == ServerTraits::Login::oneTransfer) planned.resize(1);
-        for (auto* item : planned) send(dialogue, *item);
-        std::erase_if(planned, [](const Item* item) { return !item->isOpen(); });
-        std::vector<ServerTraits::Leftover> temporary;
-        for (const auto* item : planned) {
-            if (item->confirmed == 0) temporary.push_back({.folder = item->folder, .name = item->temporary});
-        }
-        traits.announce(transport.profile, temporary);
-        chosen = planned;
+    } else {
+        inquiry.ask(dialogue, open);
     }
-    inquiry.ask(dialogue, chosen);
-    hold(dialogue, TransferControl::AtStop::ends);
+    hold(dialogue);
+    settleRenamed(all({Stage::renamed}));
+    for (auto* item : planned) withdraw(*item);
     if (dialogue.broken) breakDown(dialogue);
     planned.clear();
+}
+
+void Batch::planToSend(Dialogue& dialogue) {
+    planned = all({Stage::toSend});
+    if (planned.empty()) return;
+    const bool publishes =
+        !setsModes && std::ranges::none_of(planned, [this](const Item* item) { return goesInParts(*item); });
+    if (traits.login() == ServerTraits::Login::oneTransfer) planned.resize(1);
+    if (!publishes && planned.size() > groupLength) planned.resize(groupLength);
+    const auto groups = inGroups(planned);
+    for (std::size_t number = 0; number < groups.size(); ++number) {
+        for (auto* item : groups[number]) send(dialogue, *item);
+        if (publishes)
+            planToPublish(dialogue, groups[number], number + 1 < groups.size() ? groups[number + 1] : Items());
+    }
+    std::erase_if(planned, [](const Item* item) { return !item->isOpen(); });
+    if (!publishes) inquiry.ask(dialogue, planned);
+    std::vector<ServerTraits::Leftover> temporary;
+    for (const auto* item : planned) {
+        if (item->confirmed == 0) temporary.push_back({.folder = item->folder, .name = item->temporary});
+    }
+    traits.announce(transport.profile, temporary);
+    mayBeSent(groups.front());
+}
+
+// Even if the conversation breaks off: curl is ahead of what was seen of it, but never beyond a pause.
+void Batch::mayBeSent(const Items& group) {
+    for (auto* item : group) item->perhapsOnServer = true;
 }
 
 bool Batch::goesInParts(const Item& item) const {
@@ -166,6 +200,7 @@ void Batch::send(Dialogue& dialogue, Item& item) {
         item.temporary = temporaryName();
     }
     item.answers = {};
+    item.copy = item.live = {};
     std::size_t file = item.number;
     if (goesInParts(item)) {
         try {
@@ -179,7 +214,6 @@ void Batch::send(Dialogue& dialogue, Item& item) {
     } else {
         item.part = item.size();
     }
-    item.perhapsOnServer = true; // even if the conversation breaks off: curl is ahead of what was seen of it
     TransferBlock block{
         .path = childPath(item.folder, item.temporary),
         .options = {{"ftp-create-dirs"}, {"upload-file", ChildProcess::filePathOf(file)}}};
@@ -338,6 +372,13 @@ void Batch::giveUp(Item& item, const std::string& message) {
     if (reached == Stage::interrupted) item.stage = reached; // to be continued in a later batch
 }
 
+// curl never came to the file, so its temporary name is not on the server.
+void Batch::withdraw(Item& item) {
+    if (item.perhapsOnServer || item.stage != Stage::toSend || item.temporary.empty()) return;
+    traits.isGone(transport.profile, {.folder = item.folder, .name = item.temporary});
+    item.temporary.clear();
+}
+
 // Notes the temporary file for removal.
 void Batch::abandon(Item& item) {
     if (!item.perhapsOnServer) return;
@@ -345,13 +386,13 @@ void Batch::abandon(Item& item) {
     traits.leave(transport.profile, {.folder = item.folder, .name = item.temporary});
 }
 
-void Batch::hold(Dialogue& dialogue, TransferControl::AtStop atStop) {
+void Batch::hold(Dialogue& dialogue) {
     std::vector<int> files;
     for (const auto& copy : stagedCopies) files.push_back(copy.get());
     if (stagedPart) files.push_back(stagedPart.get());
     std::function<void(const ChildProcess&)> looking;
     if (transport.observer != nullptr) looking = [this](const ChildProcess& curl) { look(curl); };
-    dialogue.hold(std::move(files), atStop, looking);
+    dialogue.hold(std::move(files), looking);
 }
 
 void Batch::look(const ChildProcess& curl) const {

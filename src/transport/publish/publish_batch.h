@@ -48,6 +48,9 @@ private:
     void stage(Item& item);
     void takeBeginning(Item& item);
     void sendAndAsk();
+    void planToSend(Dialogue& dialogue);
+    void planToPublish(Dialogue& dialogue, const Items& group, const Items& next);
+    static void mayBeSent(const Items& group);
     void beginAnew(Item& item);
     void send(Dialogue& dialogue, Item& item);
     [[nodiscard]] bool goesInParts(const Item& item) const;
@@ -61,17 +64,22 @@ private:
     void continueWithNextPart(Item& item);
     void sendAgain(Item& item, const std::string& message);
 
+    [[nodiscard]] bool mayPublish(const Items& group);
     void putInPlace();
+    [[nodiscard]] bool beginRenaming(const Items& chosen);
     [[nodiscard]] bool isOutdated(const Items& chosen);
+    void addRenames(Dialogue& dialogue, const Items& chosen);
     void rename(Dialogue& dialogue, const std::string& folder, const Items& within);
     [[nodiscard]] std::vector<TransferOption> renamingOf(const Item& item) const;
+    void settleRenamed(const Items& chosen);
     void settle(Item& item);
 
     void finish(Item& item, const RemoteFacts& facts);
     void fail(Item& item, const std::string& message, PublishFailure::Kind kind = PublishFailure::Kind::file);
     void giveUp(Item& item, const std::string& message);
     void abandon(Item& item);
-    void hold(Dialogue& dialogue, TransferControl::AtStop atStop);
+    void withdraw(Item& item);
+    void hold(Dialogue& dialogue);
     void look(const ChildProcess& curl) const;
     void breakDown(const Dialogue& dialogue);
     [[nodiscard]] bool mayContinue(const Item& item) const;
@@ -88,6 +96,7 @@ private:
     Item* sending = nullptr; // now
     Inquiry inquiry;
     std::set<std::string> oneByOne; // folders in which a renaming was refused
+    bool setsModes = false;         // files need their permissions, which are known after the answers alone
     int timesOutdated = 0;
     int barren = 0; // conversations in which nothing was learnt, since one in which something was
     bool staged = false;

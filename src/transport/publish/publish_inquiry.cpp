@@ -86,12 +86,15 @@ std::vector<Inquiry::Question> Inquiry::questionsOf(const Items& within, bool li
     return questions;
 }
 
-void Inquiry::askAfter(Dialogue& dialogue, const Items& renamed) {
+void Inquiry::askAfter(Dialogue& dialogue, const Items& renamed, const Answered& then) {
     for (const auto& [folder, within] : byFolder(renamed)) {
         if (firstWay(within.size()) == Way::listing) {
-            dialogue.add(listingOf(folder), [within](const BlockOutcome& outcome) {
+            auto block = listingOf(folder);
+            block.atStop = TransferControl::AtStop::lastsOut;
+            dialogue.add(std::move(block), [within, then](const BlockOutcome& outcome) {
                 const Listing listing(outcome);
                 for (auto* item : within) item->after = listing.find(item->name);
+                then(within);
             });
             continue;
         }
@@ -99,7 +102,7 @@ void Inquiry::askAfter(Dialogue& dialogue, const Items& renamed) {
         for (auto* item : within) {
             questions.push_back({item->name, [item](const RemoteFacts& facts) { item->after = facts; }});
         }
-        askSingly(dialogue, folder, questions);
+        askSingly(dialogue, folder, questions, TransferControl::AtStop::lastsOut, [then, within] { then(within); });
     }
 }
 
@@ -133,7 +136,9 @@ std::optional<Way> Inquiry::nextWay(Item& item, std::size_t questions) const {
 }
 
 // By commands of its own, which take half of the round trips of curl's "head".
-void Inquiry::askSingly(Dialogue& dialogue, const std::string& folder, const std::vector<Question>& questions) {
+void Inquiry::askSingly(
+    Dialogue& dialogue, const std::string& folder, const std::vector<Question>& questions,
+    TransferControl::AtStop atStop, const std::function<void()>& then) {
     if (questions.empty()) return;
     const Mlst mlst = traits.mlst();
     std::vector<std::string> commands;
@@ -143,12 +148,15 @@ void Inquiry::askSingly(Dialogue& dialogue, const std::string& folder, const std
         for (auto& command : commandsAbout(question.name, mlst)) commands.push_back(std::move(command));
     }
     const std::size_t count = commands.size() - before;
-    dialogue.add(commandsIn(folder, commands), [this, questions, mlst, count](const BlockOutcome& outcome) {
+    auto block = commandsIn(folder, commands);
+    block.atStop = atStop;
+    dialogue.add(std::move(block), [this, questions, mlst, count, then](const BlockOutcome& outcome) {
         const Replies replies(outcome, count);
         const std::size_t each = count / questions.size();
         for (std::size_t i = 0; i < questions.size(); ++i) {
             questions[i].take(readFacts(replies, each * i, mlst, traits));
         }
+        if (then) then();
     });
 }
 

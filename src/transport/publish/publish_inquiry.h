@@ -25,8 +25,10 @@ public:
     // Several files of one folder are asked about by a listing.
     void ask(Dialogue& dialogue, const Items& items);
 
-    // The same about live files alone, after their renaming: the answers are in Item::after.
-    void askAfter(Dialogue& dialogue, const Items& renamed);
+    // The same about live files alone, after their renaming: the answers are in Item::after. `then` is called in the
+    // conversation, with the files of one folder. A stop lets these blocks finish.
+    using Answered = std::function<void(const Items& items)>;
+    void askAfter(Dialogue& dialogue, const Items& renamed, const Answered& then);
 
     // Was the item asked about, and are its answers enough for a decision? Else it is to be asked about once more.
     [[nodiscard]] bool isAnswered(Item& item) const;
@@ -44,7 +46,9 @@ private:
     [[nodiscard]] Way firstWay(std::size_t questions) const;
     [[nodiscard]] std::optional<Way> nextWay(Item& item, std::size_t questions) const;
     [[nodiscard]] std::vector<Question> questionsOf(const Items& within, bool live);
-    void askSingly(Dialogue& dialogue, const std::string& folder, const std::vector<Question>& questions);
+    void askSingly(
+        Dialogue& dialogue, const std::string& folder, const std::vector<Question>& questions,
+        TransferControl::AtStop atStop = TransferControl::AtStop::ends, const std::function<void()>& then = {});
     void askByListing(Dialogue& dialogue, const std::string& folder, const Items& listed);
 
     const FTPTransport& transport;

@@ -3,6 +3,7 @@
 #include "transport/publish/publish_batch.h"
 #include "transport/publish/server_answers.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -21,16 +22,61 @@ std::string octal(unsigned mode) {
 
 } // namespace
 
+// The group goes live in the conversation that sent it. The first pause keeps the answers fresh: curl asks only when
+// everything before has been dealt with here. In the second one the answers are judged; where they do not allow all the
+// renames, the conversation ends there, and putInPlace() follows with those that are allowed.
+void Batch::planToPublish(Dialogue& dialogue, const Items& group, const Items& next) {
+    dialogue.addPause([] { return true; }, TransferControl::AtStop::ends);
+    inquiry.ask(dialogue, group);
+    dialogue.addPause(
+        [this, group, next] {
+            if (!mayPublish(group)) return false;
+            mayBeSent(next);
+            return true;
+        },
+        TransferControl::AtStop::lastsOut);
+    addRenames(dialogue, group);
+}
+
+bool Batch::mayPublish(const Items& group) {
+    decide();
+    if (!goesOn || !std::ranges::all_of(group, [](const Item* item) { return item->stage == Stage::complete; }))
+        return false;
+    setsModes = traits.changesModes()
+                && std::ranges::any_of(group, [](const Item* item) { return modeToKeep(*item).has_value(); });
+    return !setsModes && beginRenaming(group);
+}
+
 void Batch::putInPlace() {
     const auto chosen = all({Stage::complete});
     if (chosen.empty()) return;
+    if (!beginRenaming(chosen)) return;
+    Dialogue dialogue(transport, traits.login());
+    addRenames(dialogue, chosen);
+    hold(dialogue);
+    settleRenamed(all({Stage::renamed}));
+    if (dialogue.broken) breakDown(dialogue);
+}
+
+// False when the server is to be asked again first.
+bool Batch::beginRenaming(const Items& chosen) {
     if (events.goingLive) {
         std::vector<CompleteCopy> copies;
         for (const auto* item : chosen) copies.push_back({.file = item->file, .version = versionOf(item->copy)});
         events.goingLive(copies);
     }
-    if (isOutdated(chosen)) return;
-    Dialogue dialogue(transport, traits.login());
+    if (isOutdated(chosen)) return false;
+    for (auto* item : chosen) {
+        item->stage = Stage::renaming;
+        item->copyBefore = item->copy;
+        item->liveBefore = item->live;
+        item->answers = {};
+        item->after = {};
+    }
+    return true;
+}
+
+void Batch::addRenames(Dialogue& dialogue, const Items& chosen) {
     for (const auto& [folder, within] : byFolder(chosen)) {
         if (oneByOne.contains(folder)) {
             for (auto* item : within) rename(dialogue, folder, {item});
@@ -38,10 +84,8 @@ void Batch::putInPlace() {
             rename(dialogue, folder, within);
         }
     }
-    inquiry.askAfter(dialogue, chosen); // servers have confirmed renamings that they had not done
-    hold(dialogue, TransferControl::AtStop::lastsOut);
-    for (auto* item : all({Stage::renamed})) settle(*item);
-    if (dialogue.broken) breakDown(dialogue);
+    // Servers have confirmed renames that they had not done.
+    inquiry.askAfter(dialogue, chosen, [this](const Items& answered) { settleRenamed(answered); });
 }
 
 // No live file is replaced on the strength of an old answer: the machine may have been suspended since, or its disk
@@ -67,13 +111,12 @@ std::vector<TransferOption> Batch::renamingOf(const Item& item) const {
 // In one block, which ends with the first command that is refused. What became of its files is then asked, and the
 // others are renamed one by one.
 void Batch::rename(Dialogue& dialogue, const std::string& folder, const Items& within) {
-    TransferBlock block{.path = folder, .directory = true, .options = {{"head"}, {"ftp-method", "singlecwd"}}};
-    for (auto* item : within) {
-        item->stage = Stage::renaming;
-        item->copyBefore = item->copy;
-        item->liveBefore = item->live;
-        item->answers = {};
-        item->after = {};
+    TransferBlock block{
+        .path = folder,
+        .directory = true,
+        .options = {{"head"}, {"ftp-method", "singlecwd"}},
+        .atStop = TransferControl::AtStop::lastsOut};
+    for (const auto* item : within) {
         for (auto& command : renamingOf(*item)) block.options.push_back(std::move(command));
     }
     dialogue.add(
@@ -90,6 +133,12 @@ void Batch::rename(Dialogue& dialogue, const std::string& folder, const Items& w
         [within] {
             for (auto* item : within) ++item->renames;
         });
+}
+
+void Batch::settleRenamed(const Items& chosen) {
+    for (auto* item : chosen) {
+        if (item->stage == Stage::renamed) settle(*item);
+    }
 }
 
 void Batch::settle(Item& item) {

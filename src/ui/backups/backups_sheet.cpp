@@ -1,8 +1,8 @@
 #include "ui/backups/backups_sheet.h"
 
-#include "ui/backups/backup_view.h"
-#include "ui/remote_changes/review_rows.h"
+#include "ui/backups/backup_list.h"
 #include "ui/theme/local_time.h"
+#include "ui/theme/qt_text.h"
 #include "ui/theme/text_style.h"
 #include "ui/widgets/confirm_dialog.h"
 #include "ui/widgets/sheet_layout.h"
@@ -22,8 +22,6 @@ constexpr QSize defaultSize(720, 520);
 constexpr QSize smallestSize(560, 400);
 constexpr int listInset = 3;
 
-QString text(const std::string& utf8) { return QString::fromStdString(utf8); }
-
 } // namespace
 
 QString backupsSummary(const BackupTotals& totals) {
@@ -33,16 +31,16 @@ QString backupsSummary(const BackupTotals& totals) {
         totals.files == 1 ? BackupsSheet::tr("1 file") : BackupsSheet::tr("%1 files").arg(count(totals.files));
     const QString versions = totals.versions == 1 ? BackupsSheet::tr("1 version")
                                                   : BackupsSheet::tr("%1 versions").arg(count(totals.versions));
-    return BackupsSheet::tr("%1, %2, %3").arg(files, versions, BackupRows::sizeText(totals.bytes));
+    return BackupsSheet::tr("%1, %2, %3").arg(files, versions, BackupListModel::sizeText(totals.bytes));
 }
 
 BackupsSheet::BackupsSheet(MainContext& mainContext, Profile shown, QWidget* parent)
     : QDialog(parent), profile(std::move(shown)), backups(mainContext, profile.localFolder),
-      rows(new BackupRows(this)) {
+      rows(new BackupListModel(this)) {
     setWindowModality(Qt::WindowModal);
     QLayout* const head = makeHead();
     QLayout* const tools = makeTools();
-    list = new BackupView(*rows);
+    list = new BackupListView(*rows);
     list->setAccessibleName(tr("Kept versions"));
     list->setPlaceholder(tr("Looking for backups…"), QString());
     layOutSheet(*this, head, tools, makeListCard(list, listInset), makeFoot());
@@ -51,7 +49,7 @@ BackupsSheet::BackupsSheet(MainContext& mainContext, Profile shown, QWidget* par
     setMinimumSize(scaledToText(smallestSize).boundedTo(room));
     resize(scaledToText(defaultSize).boundedTo(room));
     connect(list->selectionModel(), &QItemSelectionModel::selectionChanged, this, &BackupsSheet::enableButtons);
-    connect(list, &BackupView::openRequested, this, &BackupsSheet::openChosen);
+    connect(list, &BackupListView::openRequested, this, &BackupsSheet::openChosen);
     enableButtons();
     list->setFocus();
     refresh();
@@ -62,7 +60,7 @@ QLayout* BackupsSheet::makeHead() {
         *this, "arrow.clockwise", tr("Backups"),
         {tr("Whenever a local file of %1 is replaced, the old version is kept in .zembrastel-backups inside your local "
             "folder. Nothing is ever removed from there without you.")
-             .arg(text(profile.name))});
+             .arg(toQString(profile.name))});
 }
 
 QLayout* BackupsSheet::makeTools() {
@@ -95,7 +93,7 @@ void BackupsSheet::show(const BackupResult<std::vector<Backup>>& result) {
         list->setPlaceholder(
             tr("No backups yet"), tr("Versions appear here when you download newer server files over local ones."));
     } else {
-        list->setPlaceholder(tr("The backups could not be read"), text(result.failure));
+        list->setPlaceholder(tr("The backups could not be read"), toQString(result.failure));
     }
     rows->show(result.value);
     summary->setText(result.failure.empty() ? backupsSummary(totalsOf(result.value)) : QString());
@@ -129,8 +127,8 @@ void BackupsSheet::openChosen() {
     if (!backup) return;
     backups.locate(*backup, [this](const BackupResult<std::filesystem::path>& place) {
         if (!place.failure.empty()) {
-            message->showFailure(text(place.failure));
-        } else if (const QString file = text(place.value.string());
+            message->showFailure(toQString(place.failure));
+        } else if (const QString file = toQString(place.value.string());
                    !QDesktopServices::openUrl(QUrl::fromLocalFile(file))) {
             message->showFailure(tr("No program could open the file. It is here: %1").arg(file));
         } else {
@@ -145,9 +143,9 @@ void BackupsSheet::askToRestore() {
     const bool synced = profile.includesInSync(backup->path) && !profile.excludes(backup->path);
     ConfirmDialog::ask(
         this, tr("Restore this version?"),
-        tr("%1 becomes what it was until %2. What the file holds now is kept as a backup. %3")
+        tr("This restores the version of %1 that was replaced on %2. The current version is kept as a backup. %3")
             .arg(
-                text(backup->path), reviewDate(localTime(backup->kept), QLocale()),
+                toQString(backup->path), dateWithMonthName(localTime(backup->kept), QLocale()),
                 synced
                     ? tr("While the profile is watched, the restored file is uploaded a few seconds later; otherwise "
                          "when you next start watching.")
@@ -159,11 +157,11 @@ void BackupsSheet::restore(const Backup& backup) {
     restoring = true;
     restoreButton->setBusy(true);
     message->clear();
-    backups.restore(backup, [this, path = text(backup.path)](const BackupResult<Restored>& result) {
+    backups.restore(backup, [this, path = toQString(backup.path)](const BackupResult<Restored>& result) {
         restoring = false;
         restoreButton->setBusy(false);
         if (!result.failure.empty()) {
-            message->showFailure(text(result.failure));
+            message->showFailure(toQString(result.failure));
         } else if (result.value.replaced) {
             message->showSuccess(tr("%1 was restored. The version that it replaced is a backup now.").arg(path));
         } else {

@@ -1,13 +1,13 @@
-// The sheet with the kept versions of replaced files: how much space they take, and opening and restoring one.
+// The sheet with the kept versions of replaced files: shows their size, opens and restores them.
 //
-// Main thread; show it with open(). What touches the disk runs in the background; closing the sheet ends it. Nothing
-// here removes a backup. Whoever made the sheet deletes it.
+// Main thread; show it with open(). Disk access runs in the background; closing the sheet cancels it. Never removes a
+// backup. The caller deletes the sheet.
 #pragma once
 
 #include "app/backups_model.h"
 #include "app/context/main_context.h"
 #include "model/profile.h"
-#include "ui/backups/backup_rows.h"
+#include "ui/backups/backup_list.h"
 #include "ui/widgets/message_strip.h"
 #include "ui/widgets/push_button.h"
 
@@ -18,7 +18,7 @@
 
 namespace zembrastel::ui {
 
-class BackupView;
+class BackupListView;
 
 // "No versions", or "2 files, 3 versions, 1.2 MB".
 [[nodiscard]] QString backupsSummary(const BackupTotals& totals);
@@ -27,14 +27,14 @@ class BackupsSheet : public QDialog {
     Q_OBJECT
 
 public:
-    // Lists at once. The context must outlive the sheet.
+    // Lists the backups at once. The context must outlive the sheet.
     BackupsSheet(MainContext& mainContext, Profile shown, QWidget* parent = nullptr);
 
-    // Lists again; what was chosen stays chosen as long as it is there.
+    // Lists the backups again. The selected version stays selected if it still exists.
     void refresh();
 
 Q_SIGNALS:
-    // The list shows what there is.
+    // The list is up to date.
     void listed();
 
 private:
@@ -52,8 +52,8 @@ private:
 
     const Profile profile;
     BackupsModel backups;
-    BackupRows* rows = nullptr;
-    BackupView* list = nullptr;
+    BackupListModel* rows = nullptr;
+    BackupListView* list = nullptr;
     QLabel* summary = nullptr;
     PushButton* openButton = nullptr;
     PushButton* restoreButton = nullptr;

@@ -1,7 +1,7 @@
-// The model's changes as Qt signals, at a pace that widgets can follow.
+// The model's changes as Qt signals, at a rate that widgets can follow.
 //
-// Main thread. Everything is told at once, except for statuses and logs: a hundred busy profiles change them far more
-// often than anybody looks, so each profile that changed is told once for a turn of the event loop.
+// Main thread. Signals are emitted at once, except for statuses and logs: a hundred busy profiles change them far more
+// often than a screen is repainted, so each changed profile is reported once per turn of the event loop.
 #pragma once
 
 #include "app/app_model.h"
@@ -27,11 +27,11 @@ Q_SIGNALS:
     void profilesChanged();
     void selectionChanged();
     void alertChanged();
-    // A profile's status, its progress, its counters, or whether it runs.
+    // A profile's status, progress or counters changed, or it was started or stopped.
     void statusChanged(const zembrastel::Uuid& id);
-    // There are new lines in a profile's log; which, the log itself tells.
+    // A profile's log has new lines. Read the log to get them.
     void activityChanged(const zembrastel::Uuid& id);
-    // A profile's review or its check failure.
+    // A profile's review or check failure changed.
     void reviewChanged(const zembrastel::Uuid& id);
     void presentedReviewChanged();
 
@@ -54,7 +54,7 @@ private:
     };
 
     void gather(std::set<Uuid>& changed, const Uuid& id);
-    void tellGathered();
+    void emitGathered();
 
     AppModel& source;
     Receiver receiver{*this};

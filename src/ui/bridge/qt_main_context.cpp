@@ -31,7 +31,7 @@ void QtMainContext::runNext() {
 }
 
 void QtMainContext::post(std::function<void()> work) {
-    const std::lock_guard told(posting);
+    const std::lock_guard postingLock(posting);
     if (!open) return;
     {
         const std::lock_guard lock(queue);

@@ -1,7 +1,7 @@
 // The main context on Qt's event loop.
 //
-// Made and destroyed on the main thread, after the model's threads have ended; posting is for any thread. What is
-// posted once the application has gone is dropped unseen, as is what was still waiting. Posted work must not throw.
+// Created and destroyed on the main thread, after the model's threads have ended. Any thread may post. Work that was
+// not run before the application ended is dropped. Posted work must not throw.
 #pragma once
 
 #include "app/context/main_context.h"
@@ -25,8 +25,8 @@ public:
     void postAfter(std::chrono::milliseconds delay, std::function<void()> work) override;
 
 private:
-    // Lives on the main thread. Its events carry nothing: what is to be done lies in a queue of our own, under a lock
-    // that the thread sanitizer can see, which Qt's locks are not.
+    // Lives on the main thread. Its events carry no data: the work lies in a queue of our own, because the thread
+    // sanitizer sees our lock but not Qt's.
     class Receiver final : public QObject {
     public:
         explicit Receiver(QtMainContext& served) : context(served) {}
@@ -40,13 +40,13 @@ private:
     void close();
     void runNext();
 
-    // Held while Qt is told of work. The main thread, which that wakes, takes it at the end alone: a thread that loses
-    // its processor at that moment would keep the window waiting.
+    // Held while Qt is notified. The main thread takes it only in close(): otherwise a poster that lost its processor
+    // here would block the window.
     std::mutex posting;
     bool open = true;
-    std::mutex queue; // taken for moments
+    std::mutex queue; // held only for moments
     std::deque<std::function<void()>> waiting;
-    Receiver receiver{*this}; // last, so that no event comes for what has gone
+    Receiver receiver{*this}; // last, so that no event arrives after the members above are gone
 };
 
 } // namespace zembrastel::ui

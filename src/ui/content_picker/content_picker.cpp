@@ -1,8 +1,8 @@
 #include "ui/content_picker/content_picker.h"
 
-#include "ui/content_picker/content_rows.h"
+#include "ui/bridge/selection_summary.h"
+#include "ui/content_picker/content_tree_model.h"
 #include "ui/content_picker/content_view.h"
-#include "ui/content_picker/selection_summary.h"
 #include "ui/theme/text_style.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/sheet_layout.h"
@@ -24,7 +24,7 @@ RemoteDownloadPicker::RemoteDownloadPicker(
     MainContext& mainContext, Profile toBrowse, std::string knownPassword, DownloadSelection chosen, bool forSync,
     Apply applySelection, QWidget* parent)
     : QDialog(parent), context(mainContext), profile(std::move(toBrowse)), password(std::move(knownPassword)),
-      syncMode(forSync), apply(std::move(applySelection)), rows(new ContentRows(std::move(chosen), this)) {
+      syncMode(forSync), apply(std::move(applySelection)), rows(new ContentTreeModel(std::move(chosen), this)) {
     setWindowModality(Qt::WindowModal);
     QLayout* const head = makeHead();
     QLayout* const tools = makeTools();

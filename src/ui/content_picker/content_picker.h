@@ -1,9 +1,8 @@
-// The sheet in which files and folders of the server are ticked: for the first download, or for all that is kept in
-// sync, where what exists locally alone can be ticked too.
+// The sheet that selects files and folders of the server: for the initial download, or for all sync contents, which may
+// also include items that exist only locally.
 //
-// Main thread; show it with open(). Folders are listed as they are opened, in the background; closing the sheet ends
-// what is under way. A listing that fails is a line of the tree, with its way to try again. Whoever made the sheet
-// deletes it.
+// Main thread; show it with open(). Lists each folder in the background when it is opened; closing the sheet cancels
+// running listings. A failed listing is a line of the tree with a "Retry" button. The caller deletes the sheet.
 #pragma once
 
 #include "app/context/main_context.h"
@@ -20,7 +19,7 @@
 
 namespace zembrastel::ui {
 
-class ContentRows;
+class ContentTreeModel;
 
 class RemoteDownloadPicker : public QDialog {
     Q_OBJECT
@@ -28,8 +27,8 @@ class RemoteDownloadPicker : public QDialog {
 public:
     using Apply = std::function<void(DownloadSelection)>;
 
-    // Starts with `chosen`, and lists the profile's remote folder at once. `apply` receives the selection when it is
-    // confirmed, before the sheet closes. The context must outlive the sheet.
+    // Starts with `chosen` and lists the profile's remote folder at once. `apply` receives the selection when the user
+    // confirms it, before the sheet closes. The context must outlive the sheet.
     RemoteDownloadPicker(
         MainContext& mainContext, Profile toBrowse, std::string knownPassword, DownloadSelection chosen, bool forSync,
         Apply applySelection, QWidget* parent = nullptr);
@@ -38,7 +37,7 @@ public:
     [[nodiscard]] const DownloadSelection& selection() const;
     [[nodiscard]] RemoteBrowserModel& browser() { return *tree; }
 
-    // Forgets what was listed and begins anew; the ticks stay.
+    // Lists everything again; the ticks are kept.
     void refresh();
 
     void done(int result) override;
@@ -55,7 +54,7 @@ private:
     const bool syncMode;
     const Apply apply;
     std::unique_ptr<RemoteBrowserModel> tree;
-    ContentRows* rows = nullptr;
+    ContentTreeModel* rows = nullptr;
     QLabel* summary = nullptr;
 };
 

@@ -4,32 +4,32 @@
 
 namespace zembrastel::ui {
 
-ContentView::ContentView(ContentRows& shown, QWidget* parent)
-    : RowList(parent), rows(shown), delegate(new ContentRow(shown, this)) {
+ContentView::ContentView(ContentTreeModel& shown, QWidget* parent)
+    : RowList(parent), rows(shown), delegate(new ContentDelegate(shown, this)) {
     setModel(&rows);
     setItemDelegate(delegate);
     setUniformItemSizes(true);
-    verticalScrollBar()->setSingleStep(ContentRow::height());
+    verticalScrollBar()->setSingleStep(ContentDelegate::height());
 }
 
-// The keyboard stays in its place when a message gives way to what it stood for: it goes on to the first line of that,
-// and to the folder when that closes.
+// When a message is replaced, the current line stays at its place: it becomes the first line that replaces the message,
+// or the folder if that was closed.
 void ContentView::rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last) {
     const int current = currentIndex().row();
-    const bool goes = current >= first && current <= last;
-    if (goes && first > 0) setCurrentIndex(rows.index(first - 1));
+    const bool currentIsRemoved = current >= first && current <= last;
+    if (currentIsRemoved && first > 0) setCurrentIndex(rows.index(first - 1));
     RowList::rowsAboutToBeRemoved(parent, first, last);
-    if (goes) placeToReturnTo = first;
+    if (currentIsRemoved) rowToRestore = first;
 }
 
 void ContentView::rowsInserted(const QModelIndex& parent, int first, int last) {
     RowList::rowsInserted(parent, first, last);
-    if (placeToReturnTo == first) setCurrentIndex(rows.index(first));
+    if (rowToRestore == first) setCurrentIndex(rows.index(first));
 }
 
 void ContentView::dataChanged(const QModelIndex& first, const QModelIndex& last, const QList<int>& roles) {
     RowList::dataChanged(first, last, roles);
-    placeToReturnTo.reset(); // it comes after the last of an update
+    rowToRestore.reset(); // the last step of each update
 }
 
 int ContentView::partAt(const QModelIndex& row, const QPoint& point) const {
@@ -37,17 +37,17 @@ int ContentView::partAt(const QModelIndex& row, const QPoint& point) const {
 }
 
 void ContentView::partClicked(const QModelIndex& row, int part) {
-    switch (static_cast<ContentRow::Part>(part)) {
-    case ContentRow::Part::chevron:
+    switch (static_cast<ContentDelegate::Part>(part)) {
+    case ContentDelegate::Part::chevron:
         rows.toggleFold(row);
         break;
-    case ContentRow::Part::tick:
+    case ContentDelegate::Part::tick:
         rows.toggleTick(row);
         break;
-    case ContentRow::Part::retry:
+    case ContentDelegate::Part::retry:
         rows.retry(row);
         break;
-    case ContentRow::Part::none:
+    case ContentDelegate::Part::none:
         break;
     }
 }
@@ -60,7 +60,7 @@ bool ContentView::keyPressed(const QModelIndex& row, int key) {
         return true;
     case Qt::Key_Return:
     case Qt::Key_Enter:
-        // On a message it never goes on to the button that confirms: a second Enter after "Retry" would.
+        // On a message, Enter never presses the default button: a second Enter after "Retry" would confirm the sheet.
         rows.retry(row);
         return message;
     case Qt::Key_Left:
@@ -76,7 +76,7 @@ bool ContentView::keyPressed(const QModelIndex& row, int key) {
     }
 }
 
-// Opens a folder; in an open one, goes on to what it holds.
+// Opens a folder; if it is open, moves to its first line.
 void ContentView::unfold(const QModelIndex& row) {
     const ContentLine& line = rows.line(row);
     if (!line.isFolder()) return;
@@ -88,7 +88,7 @@ void ContentView::unfold(const QModelIndex& row) {
     if (next.isValid() && rows.line(next).depth > line.depth) setCurrentIndex(next);
 }
 
-// Closes an open folder; from all else, goes back to the folder that it lies in.
+// Closes an open folder; from any other line, moves to the folder that contains it.
 void ContentView::fold(const QModelIndex& row) {
     if (rows.isOpen(rows.line(row))) {
         rows.toggleFold(row);

@@ -1,9 +1,9 @@
-// The list in which the content picker shows its tree, with the pointer and the keys of one.
+// The view of the content picker's tree.
 //
-// Main thread. Up and Down walk, Left and Right fold, Space ticks, Enter tries again where that is offered.
+// Main thread. Up and Down move, Left and Right fold, Space ticks, Enter retries a failed listing.
 #pragma once
 
-#include "ui/content_picker/content_row.h"
+#include "ui/content_picker/content_delegate.h"
 #include "ui/widgets/row_list.h"
 
 #include <optional>
@@ -14,7 +14,7 @@ class ContentView : public RowList {
     Q_OBJECT
 
 public:
-    explicit ContentView(ContentRows& shown, QWidget* parent = nullptr);
+    explicit ContentView(ContentTreeModel& shown, QWidget* parent = nullptr);
 
 protected:
     [[nodiscard]] int partAt(const QModelIndex& row, const QPoint& point) const override;
@@ -29,9 +29,9 @@ private:
     void unfold(const QModelIndex& row);
     void fold(const QModelIndex& row);
 
-    ContentRows& rows;
-    ContentRow* delegate;
-    std::optional<int> placeToReturnTo;
+    ContentTreeModel& rows;
+    ContentDelegate* delegate;
+    std::optional<int> rowToRestore;
 };
 
 } // namespace zembrastel::ui

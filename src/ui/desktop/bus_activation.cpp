@@ -18,7 +18,7 @@ QDBusMessage nameRequest() {
 
 } // namespace
 
-// The object is there before the name is: the bus delivers what it holds back as soon as the name has an owner.
+// Registers the object before the name: the bus delivers queued calls as soon as the name has an owner.
 BusActivation::BusActivation(QDBusConnection sessionBus, QObject* parent) : QDBusVirtualObject(parent) {
     if (!sessionBus.registerVirtualObject(QStringLiteral("/org/zembrastel/Zembrastel"), this)) return;
     sessionBus.send(nameRequest());
@@ -38,7 +38,7 @@ QString BusActivation::introspect(const QString&) const {
 )");
 }
 
-// The program opens no files and has no actions of its own: whatever is asked for, its window is the answer.
+// The program opens no files and has no actions of its own, so every request shows the window.
 bool BusActivation::handleMessage(const QDBusMessage& message, const QDBusConnection& connection) {
     const bool isAsked = message.member() == QLatin1String("Activate") || message.member() == QLatin1String("Open")
                          || message.member() == QLatin1String("ActivateAction");

@@ -1,7 +1,7 @@
-// The program under its own name on the session bus, where launchers ask it to show itself
+// Owns the program's name on the session bus, so that launchers can ask it to show its window
 // (org.freedesktop.Application).
 //
-// Main thread; nothing waits for the bus. Without a session bus, or when another program has the name, it does nothing.
+// Main thread; never blocks on the bus. Does nothing without a session bus or while another program owns the name.
 #pragma once
 
 #include <QDBusConnection>

@@ -13,8 +13,8 @@ namespace {
 const QString service = QStringLiteral("org.freedesktop.Notifications");
 const QString path = QStringLiteral("/org/freedesktop/Notifications");
 
-// A service that hangs must not hold back what comes later for longer.
-constexpr int patienceInMilliseconds = 5000;
+// A service that hangs must not delay later notifications for longer.
+constexpr int timeoutMilliseconds = 5000;
 
 QDBusMessage methodCall(const char* method) {
     return QDBusMessage::createMethodCall(service, path, service, QString::fromLatin1(method));
@@ -24,7 +24,7 @@ QDBusMessage methodCall(const char* method) {
 
 DesktopNotifications::DesktopNotifications(QDBusConnection sessionBus, QObject* parent)
     : QObject(parent), bus(std::move(sessionBus)) {
-    // The slots take the messages: their types are whatever some service sends.
+    // The slots take the whole message, because a service may send arguments of any type.
     for (const auto& [signal, slot] :
          {std::pair("ActionInvoked", SLOT(actionInvoked(QDBusMessage))),
           std::pair("NotificationClosed", SLOT(notificationClosed(QDBusMessage)))}) {
@@ -33,7 +33,7 @@ DesktopNotifications::DesktopNotifications(QDBusConnection sessionBus, QObject* 
 }
 
 void DesktopNotifications::ask(const QDBusMessage& question, Answered answered) {
-    auto* const answer = new QDBusPendingCallWatcher(bus.asyncCall(question, patienceInMilliseconds), this);
+    auto* const answer = new QDBusPendingCallWatcher(bus.asyncCall(question, timeoutMilliseconds), this);
     connect(answer, &QDBusPendingCallWatcher::finished, this, [answer, answered = std::move(answered)] {
         answer->deleteLater();
         answered(answer->reply());
@@ -51,7 +51,7 @@ void DesktopNotifications::next() {
 }
 
 void DesktopNotifications::show(const QString& name, const DesktopNotification& notification) {
-    enqueue([this, name, notification] { learnAbilities([this, name, notification] { send(name, notification); }); });
+    enqueue([this, name, notification] { readCapabilities([this, name, notification] { send(name, notification); }); });
 }
 
 void DesktopNotifications::close(const QString& name) {
@@ -67,7 +67,7 @@ void DesktopNotifications::close(const QString& name) {
     });
 }
 
-void DesktopNotifications::learnAbilities(std::function<void()> then) {
+void DesktopNotifications::readCapabilities(std::function<void()> then) {
     if (takesMarkup) {
         then();
         return;
@@ -86,13 +86,13 @@ void DesktopNotifications::send(const QString& name, const DesktopNotification& 
     const auto replaced = numbers.find(name);
     const QStringList actions{
         QStringLiteral("default"), notification.action, QStringLiteral("act"), notification.action};
-    constexpr int asTheServiceLikes = -1;
+    constexpr int defaultTimeout = -1;
     const QVariantMap hints{{QStringLiteral("desktop-entry"), QStringLiteral("org.zembrastel.Zembrastel")}};
     auto call = methodCall("Notify");
     call.setArguments(
         {QStringLiteral("Zembrastel"), replaced == numbers.end() ? 0U : replaced->second,
          QStringLiteral("org.zembrastel.Zembrastel"), notification.title,
-         *takesMarkup ? notification.text.toHtmlEscaped() : notification.text, actions, hints, asTheServiceLikes});
+         *takesMarkup ? notification.text.toHtmlEscaped() : notification.text, actions, hints, defaultTimeout});
     ask(call, [this, name](const QDBusMessage& reply) {
         numbers.erase(name);
         if (reply.type() == QDBusMessage::ReplyMessage) numbers[name] = reply.arguments().value(0).toUInt();
@@ -105,7 +105,7 @@ void DesktopNotifications::actionInvoked(const QDBusMessage& signal) {
     const auto shown =
         std::find_if(numbers.begin(), numbers.end(), [number](const auto& each) { return each.second == number; });
     if (shown == numbers.end()) return;
-    const QString name = shown->first; // whoever is told may close it
+    const QString name = shown->first; // a copy, because the slot may close the notification
     Q_EMIT acted(name);
 }
 

@@ -1,6 +1,7 @@
-// Notifications through the desktop's service (org.freedesktop.Notifications), each under a name of the program's own.
+// Notifications through the desktop's service (org.freedesktop.Notifications), each under a name that the program
+// chooses.
 //
-// Main thread; nothing waits for the service. Where there is none, what is shown is seen by nobody.
+// Main thread; never blocks on the service. Without a service, notifications are not shown.
 #pragma once
 
 #include <QDBusConnection>
@@ -18,7 +19,7 @@ namespace zembrastel::ui {
 struct DesktopNotification {
     QString title;
     QString text;
-    QString action; // the label of its button, and what a click on it does
+    QString action; // the label of its button; clicking the notification does the same
 };
 
 class DesktopNotifications : public QObject {
@@ -28,12 +29,12 @@ public:
     explicit DesktopNotifications(
         QDBusConnection sessionBus = QDBusConnection::sessionBus(), QObject* parent = nullptr);
 
-    // In place of the one of that name, where that can still be seen.
+    // Replaces the notification of that name if it is still visible.
     void show(const QString& name, const DesktopNotification& notification);
     void close(const QString& name);
 
 Q_SIGNALS:
-    // The user has pressed the button of one, or clicked on it.
+    // The user pressed the button of a notification or clicked on it.
     void acted(const QString& name);
 
 private:
@@ -42,15 +43,16 @@ private:
     void ask(const QDBusMessage& question, Answered answered);
     void enqueue(std::function<void()> step);
     void next();
-    void learnAbilities(std::function<void()> then);
+    void readCapabilities(std::function<void()> then);
     void send(const QString& name, const DesktopNotification& notification);
     Q_SLOT void actionInvoked(const QDBusMessage& signal);
     Q_SLOT void notificationClosed(const QDBusMessage& signal);
 
     QDBusConnection bus;
-    std::optional<bool> takesMarkup;         // once the service has said so
-    std::map<QString, uint> numbers;         // of those that can be seen
-    std::deque<std::function<void()>> steps; // the first is under way: a notification is replaced by its number
+    std::optional<bool> takesMarkup; // unknown until the service has answered
+    std::map<QString, uint> numbers; // of the visible notifications
+    std::deque<std::function<void()>>
+        steps; // the first is running; replacing a notification needs the number that the step before it received
 };
 
 } // namespace zembrastel::ui

@@ -12,7 +12,7 @@
 namespace zembrastel::ui {
 namespace {
 
-// Quoted once for the command line, and its backslashes once more as those of a value of the file.
+// Quotes once for the command line, then escapes backslashes again for the value of the file.
 std::string asArgument(std::string_view argument) {
     std::string text = "\"";
     for (const char letter : argument) {
@@ -21,13 +21,13 @@ std::string asArgument(std::string_view argument) {
             continue;
         }
         if (std::string_view("\"`$").find(letter) != std::string_view::npos) text += R"(\\)";
-        if (letter == '%') text += '%'; // else it would begin a field code
+        if (letter == '%') text += '%'; // a single "%" would begin a field code
         text += letter;
     }
     return text + '"';
 }
 
-// The value of a key in the entry's own group; nothing when it is not there.
+// The value of a key in the entry's own group; nullopt if there is none.
 std::optional<std::string_view> valueIn(std::string_view entry, std::string_view key) {
     bool inGroup = false;
     while (!entry.empty()) {
@@ -53,7 +53,7 @@ bool LoginEntry::isOn() const {
     try {
         entry = readFile(path);
     } catch (const std::filesystem::filesystem_error&) {
-        return false; // what we cannot read, the user's session cannot either
+        return false; // the user's session cannot read it either
     }
     return entry && valueIn(*entry, "Exec") && valueIn(*entry, "Hidden") != "true"
            && valueIn(*entry, "X-GNOME-Autostart-enabled") != "false";

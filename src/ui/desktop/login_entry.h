@@ -1,7 +1,7 @@
-// The entry that has the desktop start a program when its user logs in (XDG autostart).
+// The autostart entry that starts a program at login (XDG autostart).
 //
-// The file is the truth: other programs may change it, or switch it off without removing it. Any thread. Failures are
-// thrown as std::filesystem::filesystem_error, naming the file.
+// The file is the only state: other programs may change it, or disable it without removing it. Any thread. Failures
+// throw std::filesystem::filesystem_error with the file's name.
 #pragma once
 
 #include <filesystem>
@@ -12,15 +12,15 @@ namespace zembrastel::ui {
 
 class LoginEntry {
 public:
-    // In the user's autostart folder. `command` is the program's path, absolute, and its arguments.
+    // Uses the user's autostart folder. `command` holds the program's absolute path and its arguments.
     LoginEntry(const std::string& applicationId, std::string programName, std::vector<std::string> command);
 
     [[nodiscard]] const std::filesystem::path& file() const { return path; }
 
-    // Is there an entry that is not switched off? What cannot be read starts nothing.
+    // True if there is an enabled entry. An unreadable entry starts nothing and counts as off.
     [[nodiscard]] bool isOn() const;
 
-    void switchOn() const; // replaces what is there, in one step
+    void switchOn() const; // replaces an existing entry atomically
     void switchOff() const;
 
 private:

@@ -1,6 +1,6 @@
 #include "ui/desktop/notifier.h"
 
-#include "ui/theme/foreign_text.h"
+#include "ui/theme/qt_text.h"
 
 #include <QApplication>
 
@@ -12,11 +12,9 @@ namespace {
 
 const QString trayKey = QStringLiteral("tray");
 
-QString text(const std::string& utf8) { return QString::fromStdString(utf8); }
-
-// One notification for what goes wrong with a profile and for its recovery, and one for its review.
-QString healthKey(const Uuid& id) { return QStringLiteral("health ") + text(id.text()); }
-QString reviewKey(const Uuid& id) { return QStringLiteral("review ") + text(id.text()); }
+// Each profile has one notification for failure and recovery, and one for its review.
+QString healthKey(const Uuid& id) { return QStringLiteral("health ") + toQString(id.text()); }
+QString reviewKey(const Uuid& id) { return QStringLiteral("review ") + toQString(id.text()); }
 
 } // namespace
 
@@ -25,34 +23,34 @@ Notifier::Notifier(
     std::function<Notices::Time()> clock, QObject* parent)
     : QObject(parent), bridge(observed), settings(chosen), now(std::move(clock)), desktop(sessionBus) {
     nextLook.setSingleShot(true);
-    connect(&nextLook, &QTimer::timeout, this, &Notifier::look);
-    connect(&bridge, &ModelBridge::statusChanged, this, &Notifier::lookSoon);
-    connect(&bridge, &ModelBridge::reviewChanged, this, &Notifier::lookSoon);
-    connect(&bridge, &ModelBridge::profilesChanged, this, &Notifier::lookSoon);
+    connect(&nextLook, &QTimer::timeout, this, &Notifier::check);
+    connect(&bridge, &ModelBridge::statusChanged, this, &Notifier::scheduleCheck);
+    connect(&bridge, &ModelBridge::reviewChanged, this, &Notifier::scheduleCheck);
+    connect(&bridge, &ModelBridge::profilesChanged, this, &Notifier::scheduleCheck);
     connect(&desktop, &DesktopNotifications::acted, this, &Notifier::act);
 }
 
-// Once for what a hundred busy profiles tell in that time.
-void Notifier::lookSoon() {
+// One check for all changes that busy profiles report within that time.
+void Notifier::scheduleCheck() {
     constexpr int gatheringMilliseconds = 100;
     if (!nextLook.isActive() || nextLook.remainingTime() > gatheringMilliseconds) nextLook.start(gatheringMilliseconds);
 }
 
-void Notifier::look() {
+void Notifier::check() {
     const AppModel& model = bridge.model();
     std::vector<ProfileLook> looks;
     for (const auto& profile : model.profiles()) looks.push_back(lookAt(model, profile));
-    const auto looked = now();
+    const auto checked = now();
     const bool seen = QApplication::activeWindow() != nullptr;
-    for (const auto& notice : notices.look(looks, looked, seen)) tell(notice);
+    for (const auto& notice : notices.look(looks, checked, seen)) show(notice);
     nextLook.stop();
     if (const auto due = notices.nextLook()) {
-        nextLook.start(std::chrono::ceil<std::chrono::milliseconds>(std::max(*due - looked, {})));
+        nextLook.start(std::chrono::ceil<std::chrono::milliseconds>(std::max(*due - checked, {})));
     }
 }
 
-// What was told before they were switched off is still taken away.
-void Notifier::tell(const Notice& notice) {
+// Notifications shown before the user switched them off are still withdrawn.
+void Notifier::show(const Notice& notice) {
     const Profile* const profile = bridge.model().profile(notice.id);
     const QString key = notice.kind == Notice::Kind::reviewWaits || notice.kind == Notice::Kind::reviewIsOver
                             ? reviewKey(notice.id)
@@ -63,13 +61,13 @@ void Notifier::tell(const Notice& notice) {
     }
     switch (notice.kind) {
     case Notice::Kind::reviewWaits:
-        tellReview(key, *profile);
+        showReview(key, *profile);
         break;
     case Notice::Kind::failing:
-        tellFailure(key, *profile);
+        showFailure(key, *profile);
         break;
     case Notice::Kind::recovered:
-        tellRecovery(key, *profile);
+        showRecovery(key, *profile);
         break;
     case Notice::Kind::reviewIsOver:
     case Notice::Kind::failureIsOver:
@@ -78,32 +76,32 @@ void Notifier::tell(const Notice& notice) {
     }
 }
 
-void Notifier::tellReview(const QString& key, const Profile& profile) {
+void Notifier::showReview(const QString& key, const Profile& profile) {
     const auto review = bridge.model().reviews().find(profile.id);
     const std::size_t files = review == bridge.model().reviews().end() ? 0 : review->second.changes.size();
     const QString count =
         files == 1 ? tr("1 file is newer on the server.") : tr("%1 files are newer on the server.").arg(files);
     desktop.show(
-        key, {.title = tr("%1: newer files on the server").arg(onOneLine(text(profile.name))),
+        key, {.title = tr("%1: newer files on the server").arg(onOneLine(toQString(profile.name))),
               .text = count + u' ' + tr("Uploads are paused until you choose which versions to keep."),
               .action = tr("Review")});
 }
 
-void Notifier::tellFailure(const QString& key, const Profile& profile) {
+void Notifier::showFailure(const QString& key, const Profile& profile) {
     desktop.show(
-        key, {.title = tr("%1 cannot be kept up to date").arg(onOneLine(text(profile.name))),
-              .text = text(bridge.model().status(profile.id).detail),
+        key, {.title = tr("%1 cannot be kept up to date").arg(onOneLine(toQString(profile.name))),
+              .text = toQString(bridge.model().status(profile.id).detail),
               .action = tr("Show")});
 }
 
-void Notifier::tellRecovery(const QString& key, const Profile& profile) {
+void Notifier::showRecovery(const QString& key, const Profile& profile) {
     desktop.show(
-        key, {.title = tr("%1 is kept up to date again").arg(onOneLine(text(profile.name))),
-              .text = tr("What had failed works again."),
+        key, {.title = tr("%1 is kept up to date again").arg(onOneLine(toQString(profile.name))),
+              .text = tr("The problem is resolved."),
               .action = tr("Show")});
 }
 
-void Notifier::tellOfTray() {
+void Notifier::explainTray() {
     if (!settings.notifies()) return;
     desktop.show(
         trayKey, {.title = tr("Zembrastel keeps syncing"),
@@ -115,10 +113,10 @@ void Notifier::act(const QString& key) {
     for (const auto& profile : bridge.model().profiles()) {
         if (key != reviewKey(profile.id) && key != healthKey(profile.id)) continue;
         const Uuid id = profile.id;
-        Q_EMIT profileWanted(id);
+        Q_EMIT profileRequested(id);
         return;
     }
-    Q_EMIT windowWanted();
+    Q_EMIT windowRequested();
 }
 
 } // namespace zembrastel::ui

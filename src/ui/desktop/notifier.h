@@ -1,4 +1,4 @@
-// Tells the user by notifications what app/notices.h finds worth it, unless the user has switched them off.
+// Shows the notices of app/notices.h as desktop notifications, unless the user switched them off.
 //
 // Main thread. The bridge and the settings must outlive it.
 #pragma once
@@ -24,21 +24,21 @@ public:
         const QDBusConnection& sessionBus = QDBusConnection::sessionBus(),
         std::function<Notices::Time()> clock = std::chrono::steady_clock::now, QObject* parent = nullptr);
 
-    // That the program is in the tray now, and how to come back.
-    void tellOfTray();
+    // Explains that the program now stays in the tray, and how to open its window.
+    void explainTray();
 
 Q_SIGNALS:
-    // The user wants to see that profile; its review, where it has one.
-    void profileWanted(const zembrastel::Uuid& id);
-    void windowWanted();
+    // The user wants to see that profile, or its review if it has one.
+    void profileRequested(const zembrastel::Uuid& id);
+    void windowRequested();
 
 private:
-    void lookSoon();
-    void look();
-    void tell(const Notice& notice);
-    void tellReview(const QString& key, const Profile& profile);
-    void tellFailure(const QString& key, const Profile& profile);
-    void tellRecovery(const QString& key, const Profile& profile);
+    void scheduleCheck();
+    void check();
+    void show(const Notice& notice);
+    void showReview(const QString& key, const Profile& profile);
+    void showFailure(const QString& key, const Profile& profile);
+    void showRecovery(const QString& key, const Profile& profile);
     void act(const QString& key);
 
     ModelBridge& bridge;

@@ -18,7 +18,7 @@ const QString colourScheme = QStringLiteral("color-scheme");
 const QString interfaceGroup = QStringLiteral("org.gnome.desktop.interface");
 const QString enableAnimations = QStringLiteral("enable-animations");
 
-constexpr int longestWaitInMilliseconds = 50;
+constexpr int maxWaitMilliseconds = 50;
 constexpr uint prefersDark = 1;
 
 QDBusMessage readCall(const QString& group, const QString& key) {
@@ -42,14 +42,14 @@ SystemAppearance::SystemAppearance(const QDBusConnection& sessionBus, QObject* p
     connect(
         watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
         [this](const QString&, const QString&, const QString& newOwner) { listen(newOwner); });
-    askNow(appearanceGroup, colourScheme);
+    readNow(appearanceGroup, colourScheme);
     listen(bus.interface()->serviceOwner(service).value());
-    // The bus starts a portal that is asked; what it says as it appears comes on top.
+    // The bus starts the portal for this call; its answer is only a default until the portal reports changes itself.
     if (owner.isEmpty()) ask(appearanceGroup, colourScheme);
 }
 
-// Each owner is listened to under its own name, since a connection to a name that nobody owns yet may never be made
-// good. The slot takes the message, because one with a QDBusVariant is refused until such a value was received once.
+// Connects to each owner under its unique name: a connection to a name without an owner may never become active. The
+// slot takes the whole message, because Qt refuses a QDBusVariant parameter until such a value was received once.
 void SystemAppearance::listen(const QString& newOwner) {
     const QString signal = QStringLiteral("SettingChanged");
     const char* const slot = SLOT(settingChanged(QDBusMessage));
@@ -61,10 +61,10 @@ void SystemAppearance::listen(const QString& newOwner) {
     ask(interfaceGroup, enableAnimations);
 }
 
-void SystemAppearance::askNow(const QString& group, const QString& key) {
+void SystemAppearance::readNow(const QString& group, const QString& key) {
     QDBusMessage call = readCall(group, key);
     call.setAutoStartService(false);
-    const QDBusMessage reply = bus.call(call, QDBus::Block, longestWaitInMilliseconds);
+    const QDBusMessage reply = bus.call(call, QDBus::Block, maxWaitMilliseconds);
     if (reply.type() == QDBusMessage::ReplyMessage) take(group, key, reply.arguments().value(0));
 }
 
@@ -83,14 +83,14 @@ void SystemAppearance::settingChanged(const QDBusMessage& change) {
 }
 
 void SystemAppearance::take(const QString& group, const QString& key, const QVariant& value) {
-    const auto before = std::pair(current, moves);
+    const auto before = std::pair(current, animationsOn);
     const QVariant plain = unwrapped(value);
     if (group == appearanceGroup && key == colourScheme) {
         current = plain.toUInt() == prefersDark ? Appearance::dark : Appearance::light;
     } else if (group == interfaceGroup && key == enableAnimations) {
-        moves = plain.toBool();
+        animationsOn = plain.toBool();
     }
-    if (before != std::pair(current, moves)) Q_EMIT changed();
+    if (before != std::pair(current, animationsOn)) Q_EMIT changed();
 }
 
 void followSystemAppearance(const SystemAppearance& source) {

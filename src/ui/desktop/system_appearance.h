@@ -1,6 +1,6 @@
-// Follows the desktop's dark setting and its wish for no animations, as the settings portal tells them.
+// Follows the dark setting and the animation setting of the desktop, as the settings portal reports them.
 //
-// Main thread. Without a bus, without a portal, or before it answers, the appearance is light and things may move.
+// Main thread. Without a bus or a portal, and until the portal answers, the appearance is light and animations are on.
 #pragma once
 
 #include "ui/theme/theme.h"
@@ -15,13 +15,13 @@ class SystemAppearance : public QObject {
     Q_OBJECT
 
 public:
-    // A portal that runs already is asked before this returns, for at most 50 ms, so that a window opens in the right
-    // colours. One that does not is started by the bus and heard later.
+    // Asks a running portal before it returns, for at most 50 ms, so that the window opens in the right colours. If the
+    // portal is not running, the bus starts it and the answer arrives later.
     explicit SystemAppearance(
         const QDBusConnection& sessionBus = QDBusConnection::sessionBus(), QObject* parent = nullptr);
 
     [[nodiscard]] Appearance appearance() const { return current; }
-    [[nodiscard]] bool animated() const { return moves; }
+    [[nodiscard]] bool animated() const { return animationsOn; }
 
 Q_SIGNALS:
     void changed();
@@ -30,16 +30,16 @@ private:
     Q_SLOT void settingChanged(const QDBusMessage& change);
     void listen(const QString& newOwner);
     void ask(const QString& group, const QString& key);
-    void askNow(const QString& group, const QString& key);
+    void readNow(const QString& group, const QString& key);
     void take(const QString& group, const QString& key, const QVariant& value);
 
     QDBusConnection bus;
-    QString owner; // of the portal's name; empty while there is none
+    QString owner; // unique name of the portal; empty while it is not running
     Appearance current = Appearance::light;
-    bool moves = true;
+    bool animationsOn = true;
 };
 
-// Applies the desktop's appearance to the theme, now and whenever it changes.
+// Applies the desktop's appearance to the theme, now and after each change.
 void followSystemAppearance(const SystemAppearance& source);
 
 } // namespace zembrastel::ui

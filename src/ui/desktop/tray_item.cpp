@@ -2,7 +2,7 @@
 
 #include "app/progress_text.h"
 #include "model/error.h"
-#include "ui/theme/foreign_text.h"
+#include "ui/theme/qt_text.h"
 #include "ui/theme/symbol_icon.h"
 #include "ui/theme/theme.h"
 
@@ -26,26 +26,26 @@ constexpr std::string_view symbol = "arrow.up.forward.square";
 TrayItem::TrayItem(ModelBridge& observed, const QDBusConnection& sessionBus, QObject* parent)
     : QObject(parent), bridge(observed), bus(sessionBus),
       watcher(watcherService, bus, QDBusServiceWatcher::WatchForOwnerChange) {
-    connect(&watcher, &QDBusServiceWatcher::serviceOwnerChanged, this, [this] { lookForTray(); });
-    // A host may come to a watcher that is there already.
+    connect(&watcher, &QDBusServiceWatcher::serviceOwnerChanged, this, [this] { checkForTray(); });
+    // A host may register with a watcher that is already running.
     for (const char* change : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"}) {
         bus.connect(
-            watcherService, watcherPath, watcherService, QString::fromLatin1(change), this, SLOT(lookForTray()));
+            watcherService, watcherPath, watcherService, QString::fromLatin1(change), this, SLOT(checkForTray()));
     }
     connect(&bridge, &ModelBridge::profilesChanged, this, &TrayItem::fillMenu);
     connect(&bridge, &ModelBridge::statusChanged, this, &TrayItem::fillMenu);
     connect(&bridge, &ModelBridge::statusChanged, this, &TrayItem::showToolTip);
-    // A desktop keeps the picture that it was given until it is told of another.
+    // The desktop keeps the old picture until it receives a new one.
     connect(&theme(), &Theme::changed, this, [this] {
         if (icon) icon->setIcon(symbolIcon(symbol));
     });
     fillMenu();
-    lookForTray();
+    checkForTray();
 }
 
 TrayItem::~TrayItem() = default;
 
-void TrayItem::lookForTray() {
+void TrayItem::checkForTray() {
     auto question = QDBusMessage::createMethodCall(
         watcherService, watcherPath, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
     question << watcherService << QStringLiteral("IsStatusNotifierHostRegistered");
@@ -54,11 +54,11 @@ void TrayItem::lookForTray() {
     connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
         const QDBusPendingReply<QDBusVariant> reply = *answer;
         answer->deleteLater();
-        takeHostAnswer(reply.isValid() && reply.value().variant().toBool());
+        setTrayAvailable(reply.isValid() && reply.value().variant().toBool());
     });
 }
 
-void TrayItem::takeHostAnswer(bool there) {
+void TrayItem::setTrayAvailable(bool there) {
     if (std::exchange(answered, true) && there == isShown()) return;
     if (there) {
         icon = std::make_unique<QSystemTrayIcon>(symbolIcon(symbol));
@@ -79,8 +79,8 @@ QString TrayItem::toolTip() const {
     for (const auto& profile : bridge.model().profiles()) {
         const auto& progress = bridge.model().status(profile.id).progress;
         if (!progress) continue;
-        const QString text = QString::fromStdString(shortProgressText(*progress));
-        lines << withoutMarkup(tr("%1: %2").arg(QString::fromStdString(profile.name), text));
+        const QString text = toQString(shortProgressText(*progress));
+        lines << withoutMarkup(tr("%1: %2").arg(toQString(profile.name), text));
     }
     return lines.join(QLatin1Char('\n'));
 }
@@ -89,7 +89,7 @@ void TrayItem::showToolTip() {
     if (const QString wanted = toolTip(); icon && icon->toolTip() != wanted) icon->setToolTip(wanted);
 }
 
-// Left alone where nothing in it changes: a click on an entry that was replaced meanwhile would be lost.
+// An unchanged menu is not rebuilt: a click on an entry that was replaced at that moment would be lost.
 void TrayItem::fillMenu() {
     std::vector<Entry> wanted = profileEntries();
     if (!actions.isEmpty() && wanted == entries) return;
@@ -111,9 +111,8 @@ std::vector<TrayItem::Entry> TrayItem::profileEntries() const {
     const AppModel& model = bridge.model();
     std::vector<Entry> found;
     for (const auto& profile : model.profiles()) {
-        // On the bus the first "&" and every single "_" mark a letter for the keyboard; no other "&" means anything.
-        const QString name =
-            onOneLine(QString::fromStdString(profile.name)).replace(QLatin1Char('_'), QLatin1String("__"));
+        // On the bus, the first "&" and every single "_" mark a mnemonic; other "&" have no meaning.
+        const QString name = onOneLine(toQString(profile.name)).replace(QLatin1Char('_'), QLatin1String("__"));
         const QString label = (model.running(profile.id) ? tr("Pause %1") : tr("Start %1")).arg(name);
         found.push_back({profile.id, QLatin1Char('&') + label});
     }
@@ -124,7 +123,7 @@ void TrayItem::toggle(const Uuid& id) {
     try {
         bridge.model().toggle(id);
     } catch (const std::exception& error) {
-        Q_EMIT failed(QString::fromStdString(describe(error)));
+        Q_EMIT failed(toQString(describe(error)));
     }
 }
 

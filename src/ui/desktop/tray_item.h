@@ -1,7 +1,7 @@
 // The item in the desktop's tray: opens the window, starts and pauses profiles, quits.
 //
-// Main thread. The item is there whenever the desktop has a tray (a StatusNotifierWatcher with a host) and comes and
-// goes with it. Qt's own tray icon is made only then: asked too early, it would never appear.
+// Main thread. The item exists while the desktop has a tray (a StatusNotifierWatcher with a host). Qt's tray icon is
+// created only then: created earlier, it would never appear.
 #pragma once
 
 #include "ui/bridge/model_bridge.h"
@@ -26,20 +26,20 @@ public:
         QObject* parent = nullptr);
     ~TrayItem() override;
 
-    // Can the user reach the program through the tray?
+    // True if the user can reach the program through the tray.
     [[nodiscard]] bool isShown() const { return icon != nullptr; }
 
     [[nodiscard]] const QMenu& menu() const { return actions; }
 
-    // The program's name, and below it how far the profiles are that take longer than a moment.
+    // The program's name, followed by the progress of each transfer that takes longer than a moment.
     [[nodiscard]] QString toolTip() const;
 
 Q_SIGNALS:
     void openRequested();
     void quitRequested();
-    // A profile was started or paused, and that could not be saved.
+    // Starting or pausing a profile could not be saved.
     void failed(const QString& message);
-    // It is known for the first time whether there is an item, or that has changed.
+    // The item appeared or disappeared, or the first check for a tray has ended.
     void shownChanged();
 
 private:
@@ -50,8 +50,8 @@ private:
         friend bool operator==(const Entry&, const Entry&) = default;
     };
 
-    Q_SLOT void lookForTray();
-    void takeHostAnswer(bool there);
+    Q_SLOT void checkForTray();
+    void setTrayAvailable(bool there);
     void fillMenu();
     void showToolTip();
     [[nodiscard]] std::vector<Entry> profileEntries() const;
@@ -62,7 +62,7 @@ private:
     QDBusServiceWatcher watcher;
     QMenu actions;
     std::vector<Entry> entries; // as they are in the menu
-    bool answered = false;      // by the desktop, whether it has a tray
+    bool answered = false;      // the desktop has reported whether it has a tray
     std::unique_ptr<QSystemTrayIcon> icon;
 };
 

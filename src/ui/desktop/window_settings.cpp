@@ -1,21 +1,22 @@
 #include "ui/desktop/window_settings.h"
 
 #include "platform/standard_paths.h"
+#include "ui/theme/qt_text.h"
 
 namespace zembrastel::ui {
 namespace {
 
 const QString notificationsKey = QStringLiteral("notifications");
-const QString trayTellingKey = QStringLiteral("toldOfTray");
+const QString trayExplainedKey = QStringLiteral("toldOfTray");
 
 } // namespace
 
 WindowSettings::WindowSettings(bool isDemo) {
     if (isDemo) return;
     const auto file = configFolder() / "Zembrastel" / "window.ini";
-    stored = std::make_unique<QSettings>(QString::fromStdString(file.string()), QSettings::IniFormat);
+    stored = std::make_unique<QSettings>(toQString(file.string()), QSettings::IniFormat);
     notifications = stored->value(notificationsKey, true).toBool();
-    trayTold = stored->value(trayTellingKey, false).toBool();
+    explained = stored->value(trayExplainedKey, false).toBool();
 }
 
 void WindowSettings::setNotifies(bool wanted) {
@@ -23,9 +24,9 @@ void WindowSettings::setNotifies(bool wanted) {
     if (stored) stored->setValue(notificationsKey, wanted);
 }
 
-void WindowSettings::setToldOfTray() {
-    trayTold = true;
-    if (stored) stored->setValue(trayTellingKey, true);
+void WindowSettings::setTrayExplained() {
+    explained = true;
+    if (stored) stored->setValue(trayExplainedKey, true);
 }
 
 } // namespace zembrastel::ui

@@ -1,6 +1,6 @@
-// What the user has chosen for the window, remembered from start to start.
+// The user's settings of the window, stored between starts.
 //
-// Main thread. Kept for the user as a whole, apart from the profiles; in a demonstration for its own time alone.
+// Main thread. They apply to the user, not to a state folder. A demonstration keeps them only while it runs.
 #pragma once
 
 #include <QSettings>
@@ -16,14 +16,14 @@ public:
     [[nodiscard]] bool notifies() const { return notifications; }
     void setNotifies(bool wanted);
 
-    // Has the user been told that closing the window leaves it in the tray?
-    [[nodiscard]] bool toldOfTray() const { return trayTold; }
-    void setToldOfTray();
+    // True once the program has explained that closing the window leaves it in the tray.
+    [[nodiscard]] bool trayExplained() const { return explained; }
+    void setTrayExplained();
 
 private:
-    std::unique_ptr<QSettings> stored; // none in a demonstration
+    std::unique_ptr<QSettings> stored; // nullptr in a demonstration
     bool notifications = true;
-    bool trayTold = false;
+    bool explained = false;
 };
 
 } // namespace zembrastel::ui

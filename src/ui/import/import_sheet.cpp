@@ -2,8 +2,9 @@
 
 #include "app/profile_takeover.h"
 #include "platform/standard_paths.h"
-#include "ui/import/import_view.h"
-#include "ui/theme/surface.h"
+#include "ui/import/import_list.h"
+#include "ui/theme/qt_text.h"
+#include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
 #include "ui/widgets/message_strip.h"
 #include "ui/widgets/sheet_layout.h"
@@ -25,12 +26,10 @@ constexpr int listInset = 3;
 constexpr int footMargin = 24;
 constexpr int footInset = 12;
 
-QString shown(const std::string& text) { return QString::fromStdString(text); }
-
-// Where FileZilla keeps its sites; empty when it has none here.
+// The site file of FileZilla; empty if there is none.
 std::filesystem::path knownFile() {
     for (const auto& folder : {configFolder() / "filezilla", homeFolder() / ".filezilla"}) {
-        std::error_code ignored; // a file that cannot be looked at is not offered
+        std::error_code ignored; // an unreadable file is not offered
         if (std::filesystem::is_regular_file(folder / "sitemanager.xml", ignored)) return folder / "sitemanager.xml";
     }
     return {};
@@ -40,37 +39,37 @@ std::filesystem::path knownFile() {
 
 void chooseImportFile(QWidget* parent, std::function<void(const std::filesystem::path& file)> chosen) {
     auto* const chooser = new QFileDialog(
-        parent, ImportSheet::tr("Choose the file to import profiles from"), shown(homeFolder().string()));
+        parent, ImportSheet::tr("Choose the file to import profiles from"), toQString(homeFolder().string()));
     chooser->setAttribute(Qt::WA_DeleteOnClose);
     chooser->setFileMode(QFileDialog::ExistingFile);
     chooser->setNameFilters(
         {ImportSheet::tr("Sites and profiles (sitemanager.xml, sftp.json, exports) (*.xml *.json)"),
          ImportSheet::tr("All files (*)")});
-    chooser->setFilter(chooser->filter() | QDir::Hidden); // .config and .vscode are
-    if (const auto known = knownFile(); !known.empty()) chooser->selectFile(shown(known.string()));
+    chooser->setFilter(chooser->filter() | QDir::Hidden); // shows .config and .vscode
+    if (const auto known = knownFile(); !known.empty()) chooser->selectFile(toQString(known.string()));
     QObject::connect(chooser, &QFileDialog::fileSelected, parent, [chosen = std::move(chosen)](const QString& file) {
         chosen(QFile::encodeName(file).toStdString());
     });
     chooser->open();
 }
 
-// Of the file, when it has been read.
+// The result of reading the file.
 struct ImportSheet::Reading {
     std::vector<ImportLine> lines;
-    QString failure; // what the user is to read; empty when there is none
+    QString failure; // for the user; empty if there is none
 };
 
 ImportSheet::ImportSheet(
     ModelBridge& bridge, MainContext& mainContext, const std::filesystem::path& file, QWidget* parent)
     : QDialog(parent), model(bridge.model()), context(mainContext), tasks(mainContext),
-      self(std::make_shared<ImportSheet*>(this)), rows(new ImportRows(this)), list(new ImportView(*rows)),
+      self(std::make_shared<ImportSheet*>(this)), rows(new ImportListModel(this)), list(new ImportListView(*rows)),
       count(makeLabel(QString(), TextStyle::strong)), all(new PushButton(tr("Select all"))),
       none(new PushButton(tr("Select none"))), another(new PushButton(tr("Choose another file…"))) {
     setWindowModality(Qt::WindowModal);
     QLayout* const head = makeSheetHead(
         *this, "plus", tr("Import profiles"),
-        {tr("Profiles come in paused. Starting one uploads what its local folder holds; files that are excluded stay "
-            "here. Passwords go to the desktop's keyring.")});
+        {tr("Imported profiles are paused. Starting one uploads the files of its local folder, except excluded files. "
+            "Passwords are stored in the desktop's keyring.")});
     list->setAccessibleName(tr("Profiles found"));
     layOutSheet(*this, head, makeSheetTools({all, none, another}, count), makeListCard(list, listInset), makeFoot());
     connect(all, &QPushButton::clicked, rows, [this] { rows->tickAll(true); });
@@ -78,7 +77,7 @@ ImportSheet::ImportSheet(
     connect(another, &QPushButton::clicked, this, [this] {
         chooseImportFile(this, [this](const std::filesystem::path& chosen) { read(chosen); });
     });
-    connect(list, &ImportView::folderWanted, this, &ImportSheet::chooseFolder);
+    connect(list, &ImportListView::folderRequested, this, &ImportSheet::chooseFolder);
     connect(rows, &QAbstractItemModel::dataChanged, this, &ImportSheet::showState);
     const QSize room = screen()->availableGeometry().size();
     setMinimumSize(scaledToText(smallestSize).boundedTo(room));
@@ -114,7 +113,7 @@ void ImportSheet::read(const std::filesystem::path& file) {
     strip->clear();
     rows->show({});
     showState();
-    setFocus(); // else a button would get it from the list, and Enter with it
+    setFocus(); // otherwise the next button would get the focus, and with it Enter
     const auto deliver = [weak = std::weak_ptr(self)](const Reading& result) {
         if (const auto alive = weak.lock()) (*alive)->showFound(result);
     };
@@ -123,7 +122,8 @@ void ImportSheet::read(const std::filesystem::path& file) {
         try {
             result.lines = importLines(readProfiles(file), others);
         } catch (const std::exception& error) {
-            result.failure = tr("Cannot import %1: %2.").arg(shown(file.filename().string()), shown(describe(error)));
+            result.failure =
+                tr("Cannot import %1: %2.").arg(toQString(file.filename().string()), toQString(describe(error)));
         }
         main.post([deliver, result = std::move(result)] { deliver(result); });
     });
@@ -144,7 +144,7 @@ void ImportSheet::showFound(const Reading& result) {
 
 void ImportSheet::showState() {
     const auto ticked = static_cast<int>(rows->tickedRows().size());
-    const int takeable = rows->countOfTakeable();
+    const int takeable = rows->importableCount();
     count->setText(tr("%1 of %2 selected").arg(ticked).arg(takeable));
     count->setVisible(rows->rowCount() > 0);
     all->setEnabled(!busy && ticked < takeable);
@@ -158,8 +158,8 @@ void ImportSheet::showState() {
 void ImportSheet::chooseFolder(int row) {
     const Profile& profile = rows->line(row).candidate.profile;
     auto* const chooser = new QFileDialog(
-        this, tr("Choose the local folder of %1").arg(shown(profile.name)),
-        shown(rows->line(row).wantsFolder ? homeFolder().string() : profile.localFolder));
+        this, tr("Choose the local folder of %1").arg(toQString(profile.name)),
+        toQString(rows->line(row).needsFolder ? homeFolder().string() : profile.localFolder));
     chooser->setAttribute(Qt::WA_DeleteOnClose);
     chooser->setFileMode(QFileDialog::Directory);
     chooser->setOption(QFileDialog::ShowDirsOnly);
@@ -193,7 +193,7 @@ void ImportSheet::importNext() {
     const ProfileCandidate& candidate = rows->line(row).candidate;
     try {
         const Profile profile = importable(candidate.profile, others);
-        // Before the password is stored, so that a profile that cannot be saved leaves none behind.
+        // Checked before the password is stored, so that a refused profile leaves no password behind.
         model.checkSavable(profile);
         if (!candidate.password) {
             finish(row, profile);
@@ -236,7 +236,7 @@ void ImportSheet::finish(int row, const Profile& profile) {
     importNext();
 }
 
-// With one write, however many they are. False when that failed, which the sheet then says.
+// Saves all profiles in one write. On failure shows the message and returns false.
 bool ImportSheet::saveAll() {
     const auto saved = std::exchange(ready, {});
     std::optional<std::string> failure;
@@ -261,8 +261,8 @@ bool ImportSheet::saveAll() {
     return !failure;
 }
 
-// What needed nothing more is saved; the others stay ticked, to be imported when the button is pressed again. False
-// when saving failed, which the sheet then says instead.
+// Saves the profiles that are ready; the others stay ticked, so that pressing the button again imports them. If saving
+// fails, shows that message and returns false.
 bool ImportSheet::fail(const std::string& message) {
     waiting.clear();
     if (!saveAll()) return false;
@@ -274,7 +274,7 @@ void ImportSheet::showFailure(const std::string& message) {
     busy = false;
     showState();
     list->setFocus();
-    strip->showFailure(shown(message));
+    strip->showFailure(toQString(message));
 }
 
 void ImportSheet::end() {
@@ -282,7 +282,7 @@ void ImportSheet::end() {
     accept();
 }
 
-// What was imported before something failed stays, and is what the user wants to see.
+// Profiles imported before a failure are kept, and the first of them is selected.
 void ImportSheet::reject() {
     if (!saveAll()) return;
     if (first) model.select(first);

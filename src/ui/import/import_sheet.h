@@ -1,13 +1,13 @@
-// The sheet that shows what profiles a file holds and has the user take some of them, and the choice of that file.
+// The sheet that imports profiles from a file, and the dialog that chooses the file.
 //
-// Main thread; show it with open(). The file is read on a thread of its own. Passwords go to the secret store, which
-// may wait for a person; what fails is told in the sheet, which closes by itself once all that was ticked has been
-// imported. Whoever made the sheet deletes it, at the earliest when finished() has been told.
+// Main thread; show it with open(). A separate thread reads the file. Passwords go to the secret store, which may wait
+// for the user. The sheet shows failures and closes by itself once all ticked profiles are imported. The caller deletes
+// the sheet, not before finished() was emitted.
 #pragma once
 
 #include "app/context/background_tasks.h"
 #include "ui/bridge/model_bridge.h"
-#include "ui/import/import_rows.h"
+#include "ui/import/import_list.h"
 #include "ui/widgets/push_button.h"
 
 #include <QDialog>
@@ -23,10 +23,10 @@
 
 namespace zembrastel::ui {
 
-class ImportView;
+class ImportListView;
 class MessageStrip;
 
-// Lets the user choose the file, at first one in which other programs are known to keep theirs.
+// Opens a file dialog. It starts at a file of another program, if there is one in its usual place.
 void chooseImportFile(QWidget* parent, std::function<void(const std::filesystem::path& file)> chosen);
 
 class ImportSheet : public QDialog {
@@ -60,14 +60,14 @@ private:
     AppModel& model;
     MainContext& context;
     BackgroundTasks tasks;
-    std::shared_ptr<ImportSheet*> self; // watched by what a thread posts
+    std::shared_ptr<ImportSheet*> self; // observed by callbacks from other threads
     bool busy = true;
-    std::deque<int> waiting;      // rows to be imported
-    std::vector<Profile> others;  // that each of them must differ from
-    std::map<int, Profile> ready; // those with all that they need, to be saved together
-    std::optional<Uuid> first;    // that was imported
-    ImportRows* rows = nullptr;
-    ImportView* list = nullptr;
+    std::deque<int> waiting;      // rows to import
+    std::vector<Profile> others;  // profiles that each import must not conflict with
+    std::map<int, Profile> ready; // rows with all data, to be saved together
+    std::optional<Uuid> first;    // imported profile
+    ImportListModel* rows = nullptr;
+    ImportListView* list = nullptr;
     QLabel* count = nullptr;
     PushButton* all = nullptr;
     PushButton* none = nullptr;

@@ -1,6 +1,7 @@
 #include "ui/main_window/main_window.h"
 
 #include "model/error.h"
+#include "ui/theme/qt_text.h"
 
 #include <QAction>
 #include <QApplication>
@@ -58,9 +59,9 @@ void MainWindow::connectParts() {
         reviewWaits = true;
         showPresentedReview();
     });
-    connect(&sidebar->list(), &ProfileList::editRequested, this, [this](const Uuid& id) { hooks.editProfile(id); });
-    connect(&sidebar->list(), &ProfileList::removeRequested, this, &MainWindow::askToRemove);
-    connect(&sidebar->list(), &ProfileList::sendAllRequested, this, &MainWindow::askToSendAll);
+    connect(&sidebar->list(), &ProfileListView::editRequested, this, [this](const Uuid& id) { hooks.editProfile(id); });
+    connect(&sidebar->list(), &ProfileListView::removeRequested, this, &MainWindow::askToRemove);
+    connect(&sidebar->list(), &ProfileListView::sendAllRequested, this, &MainWindow::askToSendAll);
     connect(&sidebar->plus(), &QPushButton::clicked, this, [this] { hooks.newProfile(); });
     connect(&sidebar->quitButton(), &QPushButton::clicked, this, &MainWindow::quitRequested);
     connect(&welcome->createButton(), &QPushButton::clicked, this, [this] { hooks.newProfile(); });
@@ -69,7 +70,7 @@ void MainWindow::connectParts() {
     connect(detail, &ProfileDetail::editContentsRequested, this, [this](const Uuid& id) { hooks.editContents(id); });
     connect(detail, &ProfileDetail::backupsRequested, this, [this](const Uuid& id) { hooks.showBackups(id); });
     connect(detail, &ProfileDetail::skipCheckRequested, this, &MainWindow::askToSkipCheck);
-    connect(detail, &ProfileDetail::failed, this, &MainWindow::tellFailure);
+    connect(detail, &ProfileDetail::failed, this, &MainWindow::showFailure);
     auto* const create = new QAction(tr("New Sync Profile…"), this);
     create->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_N));
     connect(create, &QAction::triggered, this, [this] { hooks.newProfile(); });
@@ -107,7 +108,7 @@ void MainWindow::editSelectedContents() {
 }
 
 void MainWindow::openReview(const Uuid& id) {
-    if (bridge.model().reviews().contains(id)) reviewAskedFor = id;
+    if (bridge.model().reviews().contains(id)) requestedReview = id;
     bridge.model().openReview(id);
 }
 
@@ -118,7 +119,7 @@ void MainWindow::showSelected() {
         pages->setCurrentWidget(welcome);
         return;
     }
-    // While a profile is being removed the selection may still name it.
+    // While a profile is being removed, the selection may still name it.
     const bool valid = selected && bridge.model().profile(*selected) != nullptr;
     detail->showProfile(valid ? *selected : profiles.front().id);
     pages->setCurrentWidget(detail);
@@ -132,18 +133,19 @@ void MainWindow::showWaiting() {
 void MainWindow::showPresentedReview() {
     const auto& review = bridge.model().presentedReview();
     if (!reviewWaits || !review || !isVisible()) return;
-    const bool askedFor = std::exchange(reviewAskedFor, std::nullopt) == review->id;
+    const bool requestedByUser = std::exchange(requestedReview, std::nullopt) == review->id;
     if (QWidget* const other = inUse()) {
-        other->installEventFilter(this); // until it is out of the way
+        other->installEventFilter(this); // until it closes or loses the focus
         return;
     }
     reviewWaits = false;
     const RemoteReview shown = *review;
     bridge.model().select(shown.id);
-    hooks.showReview(shown, askedFor);
+    hooks.showReview(shown, requestedByUser);
 }
 
-// What the user works with, so that a sheet over it would take what is typed there.
+// The menu, dialog or text field that the user is working in. A sheet that opened over it would receive keys that were
+// meant for it.
 QWidget* MainWindow::inUse() const {
     if (QWidget* const menu = QApplication::activePopupWidget()) return menu;
     if (QWidget* const dialog = QApplication::activeModalWidget()) return dialog;
@@ -163,8 +165,8 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
 void MainWindow::showAlert() {
     const auto& alert = bridge.model().alert();
     if (!alert || !isVisible() || alertDialog) return;
-    // One that came while this one was read is shown next.
-    alertDialog = ConfirmDialog::tell(this, tr("Zembrastel"), QString::fromStdString(*alert), [this, shown = *alert] {
+    // If another alert arrived while this one was open, it is shown next.
+    alertDialog = ConfirmDialog::showMessage(this, tr("Zembrastel"), toQString(*alert), [this, shown = *alert] {
         alertDialog.clear();
         if (bridge.model().alert() == shown) {
             bridge.model().dismissAlert();
@@ -174,7 +176,7 @@ void MainWindow::showAlert() {
     });
 }
 
-void MainWindow::tellFailure(const QString& message) { bridge.model().setAlert(message.toStdString()); }
+void MainWindow::showFailure(const QString& message) { bridge.model().setAlert(message.toStdString()); }
 
 void MainWindow::askToRemove(const Uuid& id) {
     ConfirmDialog::ask(
@@ -194,19 +196,18 @@ void MainWindow::askToSkipCheck(const Uuid& id) {
 void MainWindow::askToSendAll(const Uuid& id) {
     ConfirmDialog::ask(
         this, tr("Send everything again?"),
-        tr("Every file is compared with the server first. Files that are the same there are left alone, and all others "
-           "are uploaded. Where the server has a version that was not uploaded from here, you decide first. A paused "
-           "profile starts watching."),
+        tr("Every file is compared with the server first. Identical files are skipped, and all others are uploaded. If "
+           "the server has a version that was not uploaded from here, you decide first. A paused profile starts "
+           "watching."),
         tr("Send everything"), [this, id] { sendAll(id); });
 }
 
 void MainWindow::offerToSendAll(const Uuid& id) {
     ConfirmDialog::ask(
         this, tr("Nothing has been sent to the new place yet"),
-        tr("The files that are recorded as uploaded are in the old place. From now on only what changes is uploaded to "
-           "the new one. To upload everything, each file is compared with the server first: files that are the same "
-           "there are left alone, and where the server has another version, you decide first. A paused profile starts "
-           "watching."),
+        tr("The files that are recorded as uploaded are in the old place. From now on only changed files are uploaded "
+           "to the new one. To upload everything, each file is compared with the server first: identical files are "
+           "skipped, and if the server has another version, you decide first. A paused profile starts watching."),
         tr("Send everything"), [this, id] { sendAll(id); }, tr("Not now"));
 }
 
@@ -214,7 +215,7 @@ void MainWindow::sendAll(const Uuid& id) {
     try {
         bridge.model().sendAgain(id, Resend::everything);
     } catch (const std::exception& error) {
-        tellFailure(QString::fromStdString(describe(error)));
+        showFailure(toQString(describe(error)));
     }
 }
 
@@ -227,7 +228,7 @@ void MainWindow::resizeEvent(QResizeEvent* event) {
 
 void MainWindow::showEvent(QShowEvent* event) {
     QMainWindow::showEvent(event);
-    // A dialog is opened once its window is there.
+    // Queued, because a dialog needs a visible window.
     QMetaObject::invokeMethod(this, &MainWindow::showWaiting, Qt::QueuedConnection);
 }
 

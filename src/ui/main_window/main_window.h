@@ -1,8 +1,9 @@
-// The main window: the profiles at its side, and the page of the selected one, or a welcome where there is none.
+// The main window: the sidebar with the profiles, and the page of the selected profile, or a welcome page without
+// profiles.
 //
-// Main thread. The dialogs in which profiles are edited and reviews decided are not the window's: it calls the hooks,
-// which whoever owns both sets. The window itself asks before it destroys something and tells the model's alert.
-// Closing hides it; all goes on meanwhile, and what wants to be seen waits until the window is shown again.
+// Main thread. The window opens no screen itself: it calls the hooks that its owner sets. It asks before it removes or
+// overwrites anything, and shows the model's alert. Closing hides the window and stops nothing; alerts and reviews wait
+// until it is shown again.
 #pragma once
 
 #include "ui/bridge/model_bridge.h"
@@ -30,9 +31,9 @@ public:
         std::function<void(const Uuid&)> editProfile = [](const Uuid&) {};
         std::function<void(const Uuid&)> editContents = [](const Uuid&) {};
         std::function<void(const Uuid&)> showBackups = [](const Uuid&) {};
-        // A review that is to be decided now, either because the user has asked for it or because it was found. The
-        // bridge tells when it no longer is.
-        std::function<void(const RemoteReview&, bool askedFor)> showReview = [](const RemoteReview&, bool) {};
+        // Shows a review for a decision, because the user asked for it or because a check found it. The bridge reports
+        // when its review is no longer presented.
+        std::function<void(const RemoteReview&, bool requestedByUser)> showReview = [](const RemoteReview&, bool) {};
     };
 
     // The bridge must outlive the window.
@@ -40,27 +41,27 @@ public:
 
     void setHooks(Hooks chosen);
 
-    // Shows the window in front of others, wherever it was.
+    // Shows the window in front of other windows.
     void bringForward();
 
-    // "New Sync Profile…", and the contents of the selected profile, as a menu or another program asks for them.
+    // "New Sync Profile…", and the contents of the selected profile.
     void createProfile();
     void editSelectedContents();
 
-    // The review of a profile, which the user has asked for.
+    // Opens the review of a profile at the user's request.
     void openReview(const Uuid& id);
 
-    // For entries of whoever puts the program together, below the window's own.
+    // The owner adds entries below the window's own.
     [[nodiscard]] WindowMenu& menu() const { return sidebar->menu(); }
 
-    // The profile was moved to another place on a server: offers to send everything there.
+    // Offers to upload everything to the new place of a profile on a server.
     void offerToSendAll(const Uuid& id);
 
-    // Where no tray offers it: shows a way to quit, which is told by quitRequested().
+    // Shows or hides a quit button, needed on a desktop without a tray. A click emits quitRequested().
     void offerQuit(bool offered);
 
-    // Tells it through the model's alert: at once, or when the window is next shown.
-    void tellFailure(const QString& message);
+    // Shows the message as the model's alert, at once or when the window is next shown.
+    void showFailure(const QString& message);
 
 Q_SIGNALS:
     // The user closed the window.
@@ -94,8 +95,8 @@ private:
     WelcomePage* welcome;
     QStackedWidget* pages;
     QPointer<ConfirmDialog> alertDialog;
-    bool reviewWaits = true; // to be shown
-    std::optional<Uuid> reviewAskedFor;
+    bool reviewWaits = true; // the presented review was not yet shown
+    std::optional<Uuid> requestedReview;
 };
 
 } // namespace zembrastel::ui

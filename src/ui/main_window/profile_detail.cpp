@@ -1,20 +1,24 @@
 #include "ui/main_window/profile_detail.h"
 
+#include "app/diagnosis/support_details.h"
 #include "model/error.h"
-#include "ui/main_window/details_copy.h"
 #include "ui/theme/local_time.h"
-#include "ui/theme/reading_direction.h"
-#include "ui/theme/style_property.h"
+#include "ui/theme/qt_text.h"
+#include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
 
+#include <QClipboard>
 #include <QDesktopServices>
 #include <QEvent>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QPointer>
 #include <QScrollBar>
 #include <QUrl>
 #include <QVBoxLayout>
+
+#include <utility>
 
 namespace zembrastel::ui {
 namespace {
@@ -24,12 +28,28 @@ constexpr int pageTop = 8;
 constexpr int cardGap = 16;
 
 bool openInFileManager(const std::string& folder) {
-    const QString path = QString::fromStdString(folder);
-    // Starting the file manager succeeds whether or not there is anything to be shown in it.
+    const QString path = toQString(folder);
+    // Starting the file manager succeeds even if the folder does not exist.
     return QFileInfo(path).isDir() && QDesktopServices::openUrl(QUrl::fromLocalFile(path));
 }
 
 } // namespace
+
+void copyDetails(ModelBridge& bridge, const Uuid& id, std::function<void()> copied) {
+    const auto copy = [&model = bridge.model(), id, copied = std::move(copied)](const std::string& password) {
+        const Profile* const profile = model.profile(id);
+        if (profile == nullptr) return; // removed meanwhile
+        const auto failure = model.checkFailures().find(id);
+        QGuiApplication::clipboard()->setText(toQString(supportDetails(
+            {.program = "zembrastel " ZEMBRASTEL_VERSION,
+             .profile = *profile,
+             .password = password,
+             .status = &model.status(id),
+             .failure = failure == model.checkFailures().end() ? std::nullopt : std::optional(failure->second)})));
+        copied();
+    };
+    bridge.model().withPassword(id, copy, [copy](const std::string&) { copy(std::string()); });
+}
 
 ProfileDetail::ProfileDetail(ModelBridge& modelBridge, QWidget* parent)
     : QWidget(parent), bridge(modelBridge), header(new DetailHeader), scroll(new QScrollArea),
@@ -59,7 +79,7 @@ QWidget* ProfileDetail::makePage() {
     all->setContentsMargins(margin, pageTop, margin, margin);
     all->setSpacing(0);
     all->addWidget(statusLine);
-    all->addWidget(progress); // in place of a gap
+    all->addWidget(progress); // instead of spacing
     auto* const layout = new QVBoxLayout;
     layout->setSpacing(cardGap);
     all->addLayout(layout, 1);
@@ -80,7 +100,7 @@ QLayout* ProfileDetail::makeActivityHead() {
     head->addWidget(makeLabel(tr("Recent activity"), TextStyle::section), 1);
     head->addWidget(copy);
     head->addWidget(backups);
-    if (bridge.model().isDemo()) backups->hide(); // it has no files
+    if (bridge.model().isDemo()) backups->hide(); // a demonstration has no files
     return head;
 }
 
@@ -143,12 +163,12 @@ void ProfileDetail::setNarrow(bool narrow) { route->setNarrow(narrow); }
 void ProfileDetail::refresh() {
     const Profile* const profile = bridge.model().profile(id);
     if (profile == nullptr) return;
-    header->setName(QString::fromStdString(profile->name));
+    header->setName(toQString(profile->name));
     route->setProfile(*profile, bridge.model().baseline(id));
     refreshStatus();
     refreshActivity();
     refreshBanners();
-    awaitTomorrow();
+    startMidnightTimer();
 }
 
 void ProfileDetail::refreshStatus() {
@@ -169,14 +189,14 @@ void ProfileDetail::refreshBanners() {
     banners->setWaiting(
         bridge.model().reviews().contains(id),
         failure == failures.end() ? std::nullopt : std::optional(failure->second),
-        bridge.model().status(id).filesMissing,
+        bridge.model().status(id).filesMissing(),
         bridge.model().watching(id) ? bridge.model().missingOnServer(id) : PathSet());
     offerDetails();
 }
 
 void ProfileDetail::offerDetails() {
     copy->setLabel(tr("Copy details"));
-    copy->setVisible(bridge.model().status(id).failed || bridge.model().checkFailures().contains(id));
+    copy->setVisible(bridge.model().status(id).failed() || bridge.model().checkFailures().contains(id));
 }
 
 void ProfileDetail::toggle() {
@@ -187,7 +207,7 @@ void ProfileDetail::saving(const std::function<void()>& change) {
     try {
         change();
     } catch (const std::exception& error) {
-        Q_EMIT failed(QString::fromStdString(describe(error)));
+        Q_EMIT failed(toQString(describe(error)));
     }
 }
 
@@ -197,7 +217,7 @@ void ProfileDetail::openFolder() {
     Q_EMIT failed(tr("Could not open the local folder in Finder. Check that the folder is still available."));
 }
 
-// The bar takes its room from the margin beside the cards, which so keep their edge.
+// The scroll bar lies in the margin beside the cards, so that their right edge does not move.
 void ProfileDetail::fitMargin() {
     const QScrollBar* const bar = scroll->verticalScrollBar();
     const int taken = bar->isVisibleTo(scroll) ? bar->sizeHint().width() : 0;
@@ -214,11 +234,11 @@ bool ProfileDetail::eventFilter(QObject* watched, QEvent* event) {
 
 void ProfileDetail::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
-    // Days may have passed unseen, and a sleeping machine's timers sleep too.
+    // The page may have been hidden for days, and timers do not run while the machine sleeps.
     refresh();
 }
 
-void ProfileDetail::awaitTomorrow() {
+void ProfileDetail::startMidnightTimer() {
     if (isVisible()) tomorrow.start(untilTomorrow(QDateTime::currentDateTime()) + std::chrono::seconds(1));
     activity->list().viewport()->update();
 }

@@ -1,17 +1,14 @@
-// The page of one profile: what it does, from where to where, how much, and its log.
+// The page of one profile: status, banners, route, counters and log.
 //
-// Main thread. Shows what the bridge tells of that profile, and acts on the model; what needs a dialog is told to the
-// window by a signal.
+// Main thread. Follows the bridge's signals for that profile and acts on the model. A signal asks the window for what
+// needs a dialog.
 #pragma once
 
 #include "ui/bridge/model_bridge.h"
 #include "ui/main_window/activity_list.h"
-#include "ui/main_window/counters_card.h"
-#include "ui/main_window/detail_banners.h"
-#include "ui/main_window/detail_header.h"
+#include "ui/main_window/profile_cards.h"
+#include "ui/main_window/progress_widgets.h"
 #include "ui/main_window/route_card.h"
-#include "ui/main_window/status_line.h"
-#include "ui/widgets/progress_strip.h"
 
 #include <QScrollArea>
 #include <QTimer>
@@ -19,6 +16,12 @@
 #include <functional>
 
 namespace zembrastel::ui {
+
+// Copies a description of the profile for support to the clipboard, without its password. Main thread. Asks the secret
+// store for the password first, to remove it from the text. If the store has none, copies the text anyway: the server's
+// messages were already stored without the password. Then calls `copied`. The bridge must outlive the model's answer.
+void copyDetails(
+    ModelBridge& bridge, const Uuid& id, std::function<void()> copied = [] {});
 
 class ProfileDetail : public QWidget {
     Q_OBJECT
@@ -29,7 +32,7 @@ public:
     void showProfile(const Uuid& profileId);
     void setNarrow(bool narrow);
 
-    // In the order of tabulation.
+    // In tab order.
     [[nodiscard]] QList<QWidget*> controls() const;
 
 Q_SIGNALS:
@@ -57,7 +60,7 @@ private:
     void saving(const std::function<void()>& change);
     void openFolder();
     void fitMargin();
-    void awaitTomorrow();
+    void startMidnightTimer();
 
     ModelBridge& bridge;
     Uuid id;
@@ -69,7 +72,7 @@ private:
     DetailBanners* banners;
     RouteCard* route;
     CountersCard* counters;
-    PushButton* copy; // the details, for whoever helps with a failure
+    PushButton* copy; // copies details for support
     PushButton* backups;
     ActivityList* activity;
     QTimer tomorrow; // when "Today" becomes "Yesterday"

@@ -1,15 +1,189 @@
 #include "ui/main_window/profile_list.h"
 
-#include "ui/main_window/profile_row.h"
+#include "ui/main_window/status_symbol.h"
+#include "ui/theme/qt_text.h"
 #include "ui/theme/symbol_icon.h"
+#include "ui/theme/text_style.h"
+#include "ui/theme/theme.h"
+#include "ui/widgets/row_painter.h"
 
+#include <QAbstractScrollArea>
 #include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QMenu>
+#include <QMouseEvent>
+#include <QStyle>
+
+#include <algorithm>
 
 namespace zembrastel::ui {
+namespace {
 
-ProfileList::ProfileList(ModelBridge& modelBridge, QWidget* parent)
+std::vector<Uuid> idsOf(const std::vector<Profile>& profiles) {
+    std::vector<Uuid> ids;
+    ids.reserve(profiles.size());
+    for (const auto& profile : profiles) ids.push_back(profile.id);
+    return ids;
+}
+
+constexpr int minRowHeight = 56;
+constexpr int sideInset = 8;
+constexpr int padding = 12;
+constexpr int moreSide = 28;
+constexpr int moreSymbol = 20;
+constexpr int lineGap = 2;
+
+// The symbol; beside it the texts, up to the button.
+constexpr int symbolLeft = sideInset + padding;
+constexpr int textLeft = symbolLeft + StatusSymbol::side + padding;
+
+int textHeight() { return lineHeight(TextStyle::strong) + lineGap + lineHeight(TextStyle::small); }
+
+// For a left-to-right layout.
+QRect moreIn(const QRect& row) {
+    QRect area(0, 0, moreSide, moreSide);
+    area.moveTopRight({row.right() - 2 * sideInset, row.top() + 5});
+    return area;
+}
+
+void paintMore(RowPainter& painter, const QRect& row) {
+    const QRect area = moreIn(row);
+    if (painter.hovered(area)) {
+        painter.plate(area.adjusted(2, 4, -2, -4), painter.selected() ? colours().hover : colours().selected, 6);
+    }
+    QRect where(0, 0, moreSymbol, moreSymbol);
+    where.moveCenter(area.center());
+    painter.symbol(where, "ellipsis", colours().text);
+}
+
+QColor titleColour(const ProfileStatus& status, bool selected) {
+    if (status.failed()) return colours().warnText;
+    return selected ? colours().selectedDim : colours().dim;
+}
+
+} // namespace
+
+ProfileListModel::ProfileListModel(ModelBridge& modelBridge, QObject* parent)
+    : QAbstractListModel(parent), bridge(modelBridge), rows(idsOf(bridge.model().profiles())) {
+    connect(&bridge, &ModelBridge::profilesChanged, this, &ProfileListModel::updateRows);
+    const auto repaint = [this](const Uuid& id) {
+        const QModelIndex row = indexOf(id);
+        if (row.isValid()) Q_EMIT dataChanged(row, row);
+    };
+    connect(&bridge, &ModelBridge::statusChanged, this, repaint);
+    connect(&bridge, &ModelBridge::reviewChanged, this, repaint);
+}
+
+const Uuid& ProfileListModel::idAt(const QModelIndex& index) const {
+    return rows.at(static_cast<std::size_t>(index.row()));
+}
+
+QModelIndex ProfileListModel::indexOf(const Uuid& id) const {
+    const auto found = std::ranges::find(rows, id);
+    return found == rows.end() ? QModelIndex() : index(static_cast<int>(found - rows.begin()));
+}
+
+const ProfileStatus& ProfileListModel::statusAt(const QModelIndex& index) const {
+    return bridge.model().status(idAt(index));
+}
+
+bool ProfileListModel::runningAt(const QModelIndex& index) const { return bridge.model().running(idAt(index)); }
+
+QString ProfileListModel::summaryAt(const QModelIndex& index) const {
+    const ProfileStatus& status = statusAt(index);
+    const auto missing = bridge.model().missingOnServer(idAt(index)).size();
+    if (missing == 0 || status.unsaved || status.phase != Phase::watching) return toQString(status.title());
+    return missing == 1 ? tr("1 file is missing") : tr("%1 files are missing").arg(missing);
+}
+
+int ProfileListModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : static_cast<int>(rows.size());
+}
+
+QVariant ProfileListModel::data(const QModelIndex& index, int role) const {
+    if (!index.isValid()) return {};
+    const Profile* const profile = bridge.model().profile(idAt(index));
+    if (profile == nullptr) return {};
+    const QString name = toQString(profile->name);
+    switch (role) {
+    case Qt::DisplayRole:
+        return name;
+    case Qt::ToolTipRole:
+        return asToolTip(name);
+    case Qt::AccessibleTextRole:
+        return QStringLiteral("%1, %2").arg(name, summaryAt(index));
+    case Qt::AccessibleDescriptionRole:
+        return tr("Edit profile, Remove profile");
+    default:
+        return {};
+    }
+}
+
+void ProfileListModel::updateRows() {
+    auto next = idsOf(bridge.model().profiles());
+    if (next == rows) {
+        if (!rows.empty()) Q_EMIT dataChanged(index(0), index(rowCount() - 1));
+        return;
+    }
+    beginResetModel();
+    rows = std::move(next);
+    endResetModel();
+}
+
+ProfileListDelegate::ProfileListDelegate(const ProfileListModel& rowModel, QObject* parent)
+    : QStyledItemDelegate(parent), rows(rowModel) {}
+
+QRect ProfileListDelegate::moreArea(const QRect& row, Qt::LayoutDirection direction) {
+    return QStyle::visualRect(direction, row, moreIn(row));
+}
+
+void ProfileListDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
+    const QRect& row = option.rect;
+    const QRect plate = row.adjusted(sideInset, 2, -sideInset, -2);
+    RowPainter to(*painter, option);
+    if (to.selected() || to.hovered()) to.plate(plate, to.selected() ? colours().selected : colours().hover);
+    to.focusRing(plate);
+    const QRect symbol(row.left() + symbolLeft, row.top(), StatusSymbol::side, row.height());
+    if (auto* const view = qobject_cast<const QAbstractScrollArea*>(option.widget)) {
+        paintStatus(
+            *painter, QStyle::visualRect(option.direction, row, symbol),
+            present(rows.statusAt(index), rows.runningAt(index)), *view->viewport());
+    }
+    paintTexts(to, row, index);
+    if (to.selected() || to.hovered()) paintMore(to, row);
+}
+
+void ProfileListDelegate::paintTexts(RowPainter& painter, const QRect& row, const QModelIndex& index) const {
+    const ProfileStatus& status = rows.statusAt(index);
+    QRect name(row.left() + textLeft, row.top() + (row.height() - textHeight()) / 2, 0, lineHeight(TextStyle::strong));
+    name.setRight(moreIn(row).left() - 5);
+    painter.line(name, index.data().toString(), {.style = TextStyle::strong, .colour = colours().text});
+    QRect title(name.left(), name.bottom() + 1 + lineGap, 0, lineHeight(TextStyle::small));
+    title.setRight(row.right() - sideInset - 5);
+    painter.line(
+        title, rows.summaryAt(index), {.style = TextStyle::small, .colour = titleColour(status, painter.selected())});
+}
+
+QSize ProfileListDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const {
+    return {200, std::max(minRowHeight, textHeight() + 20)};
+}
+
+bool ProfileListDelegate::editorEvent(
+    QEvent* event, QAbstractItemModel* model, const QStyleOptionViewItem& option, const QModelIndex& index) {
+    if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonRelease) {
+        const auto* const mouse = static_cast<QMouseEvent*>(event);
+        const bool hit = moreArea(option.rect, option.direction).contains(mouse->position().toPoint());
+        if (hit && mouse->button() == Qt::LeftButton) {
+            if (event->type() == QEvent::MouseButtonRelease) {
+                Q_EMIT moreRequested(index, mouse->globalPosition().toPoint());
+            }
+            return true;
+        }
+    }
+    return QStyledItemDelegate::editorEvent(event, model, option, index);
+}
+
+ProfileListView::ProfileListView(ModelBridge& modelBridge, QWidget* parent)
     : QListView(parent), bridge(modelBridge), rows(new ProfileListModel(modelBridge, this)) {
     setAccessibleName(tr("SYNC PROFILES"));
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -18,25 +192,25 @@ ProfileList::ProfileList(ModelBridge& modelBridge, QWidget* parent)
     setMouseTracking(true);
     viewport()->setAttribute(Qt::WA_Hover);
     setModel(rows);
-    auto* const row = new ProfileRow(*rows, this);
+    auto* const row = new ProfileListDelegate(*rows, this);
     setItemDelegate(row);
-    connect(row, &ProfileRow::moreRequested, this, &ProfileList::showMenu);
-    connect(rows, &QAbstractItemModel::modelReset, this, &ProfileList::showSelection);
-    connect(&bridge, &ModelBridge::selectionChanged, this, &ProfileList::showSelection);
+    connect(row, &ProfileListDelegate::moreRequested, this, &ProfileListView::showMenu);
+    connect(rows, &QAbstractItemModel::modelReset, this, &ProfileListView::showSelection);
+    connect(&bridge, &ModelBridge::selectionChanged, this, &ProfileListView::showSelection);
     showSelection();
 }
 
-void ProfileList::showSelection() {
+void ProfileListView::showSelection() {
     const auto& selected = bridge.model().selection();
     setCurrentIndex(selected ? rows->indexOf(*selected) : QModelIndex());
 }
 
-void ProfileList::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
+void ProfileListView::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
     QListView::currentChanged(current, previous);
     if (current.isValid()) bridge.model().select(rows->idAt(current));
 }
 
-void ProfileList::keyPressEvent(QKeyEvent* event) {
+void ProfileListView::keyPressEvent(QKeyEvent* event) {
     const QModelIndex index = currentIndex();
     const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (index.isValid() && enter) {
@@ -48,21 +222,22 @@ void ProfileList::keyPressEvent(QKeyEvent* event) {
     }
 }
 
-// The "more" button is drawn otherwise under the pointer, and a row knows only that the pointer is somewhere on it.
-void ProfileList::mouseMoveEvent(QMouseEvent* event) {
+// The "more" button looks different under the pointer, and the delegate knows only that the pointer is somewhere on the
+// row.
+void ProfileListView::mouseMoveEvent(QMouseEvent* event) {
     QListView::mouseMoveEvent(event);
     const QModelIndex under = indexAt(event->position().toPoint());
     if (under.isValid()) update(under);
 }
 
-void ProfileList::contextMenuEvent(QContextMenuEvent* event) {
+void ProfileListView::contextMenuEvent(QContextMenuEvent* event) {
     const bool byKey = event->reason() == QContextMenuEvent::Keyboard;
     const QModelIndex index = byKey ? currentIndex() : indexAt(event->pos());
     if (!index.isValid()) return;
     showMenu(index, byKey ? viewport()->mapToGlobal(visualRect(index).center()) : event->globalPos());
 }
 
-void ProfileList::showMenu(const QModelIndex& index, const QPoint& globalPosition) {
+void ProfileListView::showMenu(const QModelIndex& index, const QPoint& globalPosition) {
     auto* const menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     const Uuid id = rows->idAt(index);

@@ -1,19 +1,79 @@
-// The list of profiles in the sidebar, which shows and sets the model's selection.
+// The list of profiles in the sidebar: model, delegate and view.
 //
-// Main thread. What is asked for on a row is told, not done: Enter and the menu edit, Delete and the menu remove.
+// Main thread. The view follows and sets the model's selection. It reports what the user asks for on a row by signals:
+// Enter and the menu edit, Delete and the menu remove.
 #pragma once
 
-#include "ui/main_window/profile_list_model.h"
+#include "ui/bridge/model_bridge.h"
 
+#include <QAbstractListModel>
 #include <QListView>
+#include <QStyledItemDelegate>
+
+#include <vector>
 
 namespace zembrastel::ui {
 
-class ProfileList : public QListView {
+class ProfileListModel : public QAbstractListModel {
     Q_OBJECT
 
 public:
-    explicit ProfileList(ModelBridge& modelBridge, QWidget* parent = nullptr);
+    explicit ProfileListModel(ModelBridge& modelBridge, QObject* parent = nullptr);
+
+    [[nodiscard]] const Uuid& idAt(const QModelIndex& index) const;
+    [[nodiscard]] QModelIndex indexOf(const Uuid& id) const; // invalid if there is none
+
+    [[nodiscard]] const ProfileStatus& statusAt(const QModelIndex& index) const;
+    [[nodiscard]] bool runningAt(const QModelIndex& index) const;
+
+    // The title of the status; for an up-to-date profile, the number of files that are missing on its server.
+    [[nodiscard]] QString summaryAt(const QModelIndex& index) const;
+
+    [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
+    [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
+
+private:
+    void updateRows();
+
+    ModelBridge& bridge;
+    std::vector<Uuid> rows;
+};
+
+class RowPainter;
+
+// Paints the status symbol, the name, the status title, and the "more" button of a row that is selected or under the
+// pointer.
+class ProfileListDelegate : public QStyledItemDelegate {
+    Q_OBJECT
+
+public:
+    ProfileListDelegate(const ProfileListModel& rowModel, QObject* parent);
+
+    // The place of the "more" button of a row.
+    [[nodiscard]] static QRect moreArea(const QRect& row, Qt::LayoutDirection direction);
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+    [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+
+Q_SIGNALS:
+    void moreRequested(const QModelIndex& index, const QPoint& globalPosition);
+
+protected:
+    bool editorEvent(
+        QEvent* event, QAbstractItemModel* model, const QStyleOptionViewItem& option,
+        const QModelIndex& index) override;
+
+private:
+    void paintTexts(RowPainter& painter, const QRect& row, const QModelIndex& index) const;
+
+    const ProfileListModel& rows;
+};
+
+class ProfileListView : public QListView {
+    Q_OBJECT
+
+public:
+    explicit ProfileListView(ModelBridge& modelBridge, QWidget* parent = nullptr);
 
 Q_SIGNALS:
     void editRequested(const zembrastel::Uuid& id);

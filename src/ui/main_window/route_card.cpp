@@ -1,30 +1,30 @@
 #include "ui/main_window/route_card.h"
 
-#include "ui/content_picker/selection_summary.h"
-#include "ui/theme/reading_direction.h"
-#include "ui/theme/surface.h"
+#include "ui/bridge/selection_summary.h"
+#include "ui/theme/qt_text.h"
+#include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
-#include "ui/widgets/tile.h"
+#include "ui/widgets/symbol_widgets.h"
 
 #include <QHBoxLayout>
 
 namespace zembrastel::ui {
 namespace {
 
-// What a link leaves free beside its text for its focus ring. All else of the route keeps as much, so that they stand
-// in one line.
-constexpr int ringRoom = 3;
+// The space that a link keeps beside its text for its focus ring. All other texts of the route keep the same space, so
+// that they align.
+constexpr int focusRingSpace = 3;
 
 QLabel* makeRouteCaption(const QString& text) {
     QLabel* const caption = makeCaption(text);
-    caption->setContentsMargins(readingMargins(ringRoom, 0, 0, 0));
+    caption->setContentsMargins(readingMargins(focusRingSpace, 0, 0, 0));
     return caption;
 }
 
 QWidget* makeTile(std::string_view symbol) {
     auto* const holder = new QWidget;
     auto* const layout = new QHBoxLayout(holder);
-    layout->setContentsMargins(readingMargins(ringRoom, 0, 0, 0));
+    layout->setContentsMargins(readingMargins(focusRingSpace, 0, 0, 0));
     layout->addWidget(new Tile(symbol));
     return holder;
 }
@@ -32,8 +32,8 @@ QWidget* makeTile(std::string_view symbol) {
 ElideLabel* makePath() {
     auto* const label = new ElideLabel;
     label->setFont(fontOf(TextStyle::strong));
-    label->setContentsMargins(readingMargins(ringRoom, 0, 0, 0));
-    // Both ends of the route are equally wide, however long their paths.
+    label->setContentsMargins(readingMargins(focusRingSpace, 0, 0, 0));
+    // Both ends of the route have the same width, however long their paths are.
     label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     return label;
 }
@@ -67,16 +67,16 @@ RouteCard::RouteCard(QWidget* parent)
 }
 
 void RouteCard::setProfile(const Profile& profile, const FileMap& synchronised) {
-    localPath->setWholeText(QString::fromStdString(profile.localFolder));
-    remotePath->setWholeText(QString::fromStdString(profile.remoteFolder));
-    host->setWholeText(QString::fromStdString(profile.host));
+    localPath->setWholeText(toQString(profile.localFolder));
+    remotePath->setWholeText(toQString(profile.remoteFolder));
+    host->setWholeText(toQString(profile.host));
     port->setText(tr("Port %1").arg(profile.port));
     contents->setText(syncContentsSummary(profile, synchronised));
 }
 
 void RouteCard::setNarrow(bool narrow) {
     for (auto* const tile : tiles) tile->setVisible(!narrow);
-    // Its symbol lines up with those of the tiles.
+    // Aligned with the symbols in the tiles.
     contentsSymbol->setFixedWidth(narrow ? SymbolView::side : 40);
 }
 
@@ -86,11 +86,11 @@ QWidget* RouteCard::makeRoute() {
     route->addLayout(makeEnd("folder", makeLocal()), 1);
     route->addSpacing(16);
     route->addWidget(new SymbolView("arrow.right", &Colours::dim));
-    route->addSpacing(16 - ringRoom);
+    route->addSpacing(16 - focusRingSpace);
     route->addLayout(makeEnd("server", makeRemote()), 1);
     auto* const page = new QWidget;
     auto* const layout = new QVBoxLayout(page);
-    layout->setContentsMargins(readingMargins(16 - ringRoom, 12, 16, 13));
+    layout->setContentsMargins(readingMargins(16 - focusRingSpace, 12, 16, 13));
     layout->setSpacing(8);
     layout->addWidget(makeRouteCaption(tr("LOCAL → SERVER")));
     layout->addLayout(route);
@@ -101,7 +101,7 @@ QLayout* RouteCard::makeEnd(std::string_view symbol, QVBoxLayout* texts) {
     tiles.push_back(makeTile(symbol));
     texts->setSpacing(2);
     auto* const layout = new QHBoxLayout;
-    layout->setSpacing(12 - ringRoom);
+    layout->setSpacing(12 - focusRingSpace);
     layout->addWidget(tiles.back(), 0, Qt::AlignTop);
     layout->addLayout(texts, 1);
     return layout;
@@ -117,7 +117,7 @@ QVBoxLayout* RouteCard::makeLocal() {
 
 QVBoxLayout* RouteCard::makeRemote() {
     auto* const server = new QHBoxLayout;
-    server->setContentsMargins(readingMargins(ringRoom, 0, 0, 0));
+    server->setContentsMargins(readingMargins(focusRingSpace, 0, 0, 0));
     server->setSpacing(8);
     server->addStrut(openFolder->sizeHint().height());
     server->addWidget(host);

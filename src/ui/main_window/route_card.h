@@ -1,11 +1,11 @@
-// From where to where a profile syncs, and what of it.
+// The card with the two ends of a profile's route, local folder and server, and its sync contents.
 #pragma once
 
 #include "model/fingerprint.h"
 #include "model/profile.h"
 #include "ui/widgets/elide_label.h"
 #include "ui/widgets/push_button.h"
-#include "ui/widgets/symbol_view.h"
+#include "ui/widgets/symbol_widgets.h"
 
 #include <QFrame>
 #include <QVBoxLayout>
@@ -20,13 +20,13 @@ class RouteCard : public QFrame {
 public:
     explicit RouteCard(QWidget* parent = nullptr);
 
-    // The files are those that were synchronised once: they tell what was chosen.
+    // `synchronised` are the files that were synchronised before; they show which selected paths are folders.
     void setProfile(const Profile& profile, const FileMap& synchronised);
 
-    // Leaves the tiles out, so that the paths get their room.
+    // Hides the tiles, to give the paths their room.
     void setNarrow(bool narrow);
 
-    // In the order of tabulation.
+    // In tab order.
     [[nodiscard]] QList<QWidget*> buttons() const { return {openFolder, editContents}; }
 
 Q_SIGNALS:

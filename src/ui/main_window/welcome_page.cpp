@@ -1,8 +1,7 @@
 #include "ui/main_window/welcome_page.h"
 
 #include "ui/theme/text_style.h"
-#include "ui/widgets/symbol_view.h"
-#include "ui/widgets/tile.h"
+#include "ui/widgets/symbol_widgets.h"
 
 #include <QHBoxLayout>
 #include <QVBoxLayout>
@@ -28,7 +27,7 @@ QLayout* makeFeatures(const QString& protocols, const QString& passwords) {
     return layout;
 }
 
-// Larger than body text, under a heading as large as this one.
+// Larger than body text, to suit the large heading.
 QLabel* makeExplanation(const QString& text) {
     auto* const label = new QLabel(text);
     label->setTextFormat(Qt::PlainText);

@@ -1,4 +1,4 @@
-// What the main window shows as long as there are no profiles.
+// The page of the main window while there are no profiles.
 #pragma once
 
 #include "ui/widgets/push_button.h"

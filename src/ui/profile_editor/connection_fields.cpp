@@ -1,6 +1,7 @@
 #include "ui/profile_editor/connection_fields.h"
 
-#include "ui/widgets/form_field.h"
+#include "ui/theme/qt_text.h"
+#include "ui/widgets/sheet_layout.h"
 #include "ui/widgets/wrap_label.h"
 
 #include <QHBoxLayout>
@@ -10,8 +11,6 @@ namespace zembrastel::ui {
 namespace {
 
 constexpr int portWidth = 88;
-
-QString shown(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
 
 } // namespace
 
@@ -25,7 +24,7 @@ ConnectionFields::ConnectionFields(const Profile& profile, QWidget* parent)
     nameField->setPlaceholderText(tr("My website"));
     column->addLayout(makeField(tr("Profile name"), nameField));
 
-    for (const auto choice : allTransferProtocols) protocolField->addItem(shown(rawValue(choice)));
+    for (const auto choice : allTransferProtocols) protocolField->addItem(toQString(rawValue(choice)));
     protocolField->setCurrentIndex(static_cast<int>(profile.transport));
     connect(protocolField, &QComboBox::activated, this, &ConnectionFields::changeProtocol);
     column->addLayout(makeField(tr("Protocol"), protocolField, note));
@@ -55,7 +54,7 @@ ConnectionFields::ConnectionFields(const Profile& profile, QWidget* parent)
 }
 
 QLineEdit* ConnectionFields::makeLine(const std::string& text) {
-    auto* const line = new QLineEdit(shown(text), this);
+    auto* const line = new QLineEdit(toQString(text), this);
     line->setCursorPosition(0);
     connect(line, &QLineEdit::textEdited, this, [this, line] {
         if (line != nameField) Q_EMIT connectionEdited();
@@ -79,19 +78,19 @@ void ConnectionFields::writeTo(Profile& draft) const {
     draft.name = nameField->text().toStdString();
     draft.transport = protocol;
     draft.host = serverField->text().toStdString();
-    draft.port = portField->text().toLongLong(); // 0, which is no port, when there is none
+    draft.port = portField->text().toLongLong(); // 0, which is no valid port, if the field is empty
     draft.username = usernameField->text().toStdString();
     draft.remoteFolder = remoteFolderField->text().toStdString();
 }
 
 void ConnectionFields::setPassword(const std::string& password) {
-    passwordField->setText(shown(password));
+    passwordField->setText(toQString(password));
     passwordField->setPlaceholderText({});
     passwordField->setAccessibleDescription({});
     passwordField->setEnabled(true);
 }
 
-void ConnectionFields::awaitPassword() {
+void ConnectionFields::showPasswordLoading() {
     const QString waiting = tr("Reading from keyring…");
     passwordField->setPlaceholderText(waiting);
     passwordField->setAccessibleDescription(waiting);

@@ -21,16 +21,16 @@ public:
     void writeTo(Profile& draft) const;
 
     [[nodiscard]] std::string password() const { return passwordField->text().toStdString(); }
-    // Shows a password and lets it be changed.
+    // Shows the password and enables the field.
     void setPassword(const std::string& password);
-    // Until then the field is disabled, with a note.
-    void awaitPassword();
+    // Disables the field, with a note, until setPassword() is called.
+    void showPasswordLoading();
 
-    // The widget of a field; nullptr when it is not among these.
+    // The widget of a field; nullptr if it is not on this half.
     [[nodiscard]] QWidget* field(EditorField which) const;
 
 Q_SIGNALS:
-    // The user changed something; for all but the name, something that the connection depends on.
+    // The user changed a field. connectionEdited() is not emitted for the name.
     void edited();
     void connectionEdited();
 

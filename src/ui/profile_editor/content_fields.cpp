@@ -1,8 +1,9 @@
 #include "ui/profile_editor/content_fields.h"
 
-#include "ui/theme/surface.h"
-#include "ui/widgets/form_field.h"
+#include "ui/theme/qt_text.h"
+#include "ui/theme/style.h"
 #include "ui/widgets/push_button.h"
+#include "ui/widgets/sheet_layout.h"
 #include "ui/widgets/switch.h"
 #include "ui/widgets/wrap_label.h"
 
@@ -13,11 +14,11 @@ namespace zembrastel::ui {
 namespace {
 
 constexpr int buttonGap = 8;
-constexpr int visibleRules = 4; // lines of the exclusions; the rest scrolls
+constexpr int visibleRules = 4; // lines of the exclusions; longer texts scroll
 
 WrapLabel* makeHelp(const QString& text) { return new WrapLabel(text, TextStyle::small, Tone::dim); }
 
-// A switch at the end of its label and note.
+// A label with a note, and the switch at its end.
 QHBoxLayout* makeOption(Switch* option, const QString& label, const QString& note) {
     auto* const texts = makeLayout<QVBoxLayout>(2);
     texts->setContentsMargins(0, 2, 0, 0);
@@ -48,7 +49,7 @@ ContentFields::ContentFields(const Profile& shown, bool isNew, QWidget* parent) 
 }
 
 void ContentFields::addLocalFolder(QVBoxLayout& column, const Profile& profile) {
-    localFolderField = new QLineEdit(QString::fromStdString(profile.localFolder), this);
+    localFolderField = new QLineEdit(toQString(profile.localFolder), this);
     connect(localFolderField, &QLineEdit::textEdited, this, &ContentFields::edited);
     auto* const choose = new PushButton(tr("Choose a folder…"), ButtonKind::outlined, this);
     connect(choose, &QPushButton::clicked, this, &ContentFields::chooseFolder);
@@ -65,7 +66,7 @@ void ContentFields::addExclusions(QVBoxLayout& column, const Profile& profile) {
     part->addWidget(disclosure, 0, Qt::AlignLeft);
     advanced = new QWidget(this);
     auto* const rules = makeLayout<QVBoxLayout>(labelGap, advanced);
-    exclusionsField = new QPlainTextEdit(QString::fromStdString(profile.exclusions.text()));
+    exclusionsField = new QPlainTextEdit(toQString(profile.exclusions.text()));
     exclusionsField->setAccessibleName(tr("Excluded files and folders"));
     exclusionsField->setTabChangesFocus(true);
     exclusionsField->setFixedHeight(exclusionsField->fontMetrics().lineSpacing() * visibleRules + 12);
@@ -85,7 +86,7 @@ void ContentFields::addSyncContents(QVBoxLayout& column, bool isNew) {
     texts->addWidget(syncContents);
     auto* const choose =
         new PushButton(isNew ? tr("Choose files and folders…") : tr("Edit sync contents…"), ButtonKind::outlined, this);
-    connect(choose, &QPushButton::clicked, this, &ContentFields::syncContentsWanted);
+    connect(choose, &QPushButton::clicked, this, &ContentFields::syncContentsRequested);
     auto* const row = makeLayout<QHBoxLayout>(buttonGap);
     row->addLayout(texts, 1);
     row->addWidget(choose, 0, Qt::AlignTop);
@@ -100,7 +101,7 @@ void ContentFields::addSyncContents(QVBoxLayout& column, bool isNew) {
 void ContentFields::addOptions(QVBoxLayout& column) {
     const QString start = tr("Start watching this folder");
     startSwitch = new Switch(start, this);
-    // Not only a click switches it: a screen reader does so otherwise.
+    // toggled() rather than clicked(), because screen readers toggle without a click.
     connect(startSwitch, &Switch::toggled, this, &ContentFields::chooseStart);
     column.addLayout(makeOption(startSwitch, start, tr("New and changed local files upload after watching starts.")));
 
@@ -115,7 +116,7 @@ void ContentFields::addOptions(QVBoxLayout& column) {
     downloadPart = new QWidget(this);
     auto* const part = makeLayout<QVBoxLayout>(labelGap, downloadPart);
     downloadButton = new PushButton(tr("Choose download contents…"));
-    connect(downloadButton, &QPushButton::clicked, this, &ContentFields::downloadContentsWanted);
+    connect(downloadButton, &QPushButton::clicked, this, &ContentFields::downloadContentsRequested);
     part->addWidget(downloadButton, 0, Qt::AlignLeft);
     downloadContents = makeHelp({});
     part->addWidget(downloadContents);
@@ -147,7 +148,7 @@ void ContentFields::chooseStart() {
     Q_EMIT edited();
 }
 
-// A download only happens once the profile is started, so wanting it means wanting the start.
+// The download happens when the profile starts, so choosing it also turns the start on.
 void ContentFields::chooseDownload(bool on) {
     if (following) return;
     downloadChosen = true;

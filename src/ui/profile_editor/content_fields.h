@@ -1,6 +1,6 @@
-// The right half of the profile editor: the local folder, what of it is synchronised, and how it begins.
+// The right half of the profile editor: the local folder, the sync contents, and the options for the start.
 //
-// The selections themselves are not kept here, only shown.
+// The editor keeps the selections; this half only shows them.
 #pragma once
 
 #include "model/profile.h"
@@ -23,26 +23,26 @@ class ContentFields : public QWidget {
 public:
     ContentFields(const Profile& shown, bool isNew, QWidget* parent = nullptr);
 
-    // All but the selections.
+    // Writes everything but the selections.
     void writeTo(Profile& draft) const;
 
     void showSelections(const Profile& draft);
 
     [[nodiscard]] bool startOnSave() const;
     [[nodiscard]] bool downloadFirst() const;
-    // Options that the user has not chosen are as the profile has them, which may change meanwhile.
+    // Shows the profile's current options, except those that the user has set here.
     void followOptions(const Profile& profile);
 
-    // The widget of a field; nullptr when it is not among these.
+    // The widget of a field; nullptr if it is not on this half.
     [[nodiscard]] QWidget* field(EditorField which) const;
 
 Q_SIGNALS:
-    // The user changed something, an option included.
+    // The user changed a field or an option.
     void edited();
     void optionsChanged();
     void advancedShown();
-    void syncContentsWanted();
-    void downloadContentsWanted();
+    void syncContentsRequested();
+    void downloadContentsRequested();
 
 private:
     void addLocalFolder(QVBoxLayout& column, const Profile& profile);
@@ -63,7 +63,7 @@ private:
     Switch* downloadSwitch = nullptr;
     bool startChosen = false;
     bool downloadChosen = false;
-    bool following = false; // the switches are set by the profile, not by the user
+    bool following = false; // the profile is setting the switches, not the user
     QWidget* downloadPart = nullptr;
     PushButton* downloadButton = nullptr;
     WrapLabel* downloadContents = nullptr;

@@ -21,8 +21,8 @@ std::string failureOf(const Profile& profile) {
     }
 }
 
-// A profile with which nothing is wrong.
-Profile sound() {
+// A profile that passes validation.
+Profile validProfile() {
     Profile profile;
     profile.name = "name";
     profile.host = "host";
@@ -57,18 +57,19 @@ constexpr std::array parts{
 
 } // namespace
 
-Objection objectionTo(const Profile& draft) {
-    Objection objection{.message = failureOf(draft)};
-    if (objection.message.empty()) return objection;
-    // The field that spoils an otherwise sound profile in the same way: the rules are told nowhere but in validated().
+ValidationProblem validate(const Profile& draft) {
+    ValidationProblem problem{.message = failureOf(draft)};
+    if (problem.message.empty()) return problem;
+    // Finds the field that makes a valid profile fail with the same message, so that the rules stay in validated()
+    // alone.
     for (const Part& part : parts) {
-        Profile probe = sound();
+        Profile probe = validProfile();
         part.take(probe, draft);
-        if (failureOf(probe) != objection.message) continue;
-        objection.field = part.field;
+        if (failureOf(probe) != problem.message) continue;
+        problem.field = part.field;
         break;
     }
-    return objection;
+    return problem;
 }
 
 Profile withEdits(Profile saved, const Profile& original, const Profile& draft) {

@@ -1,6 +1,7 @@
-// What the profile editor decides and says, apart from its widgets.
+// The decisions and texts of the profile editor, without its widgets.
 //
-// Pure functions, save that validation looks whether the local folder is there. Main thread, for the translations.
+// Pure functions, except that validation checks whether the local folder exists. Main thread, because of the
+// translations.
 #pragma once
 
 #include "model/profile.h"
@@ -14,18 +15,18 @@ namespace zembrastel::ui {
 
 enum class EditorField { none, name, server, port, username, remoteFolder, localFolder, downloadContents };
 
-// Why the profile cannot be saved, and the field that has to change.
-struct Objection {
+// The reason why the profile cannot be saved, and the field to correct.
+struct ValidationProblem {
     std::string message;
     EditorField field = EditorField::none;
 };
 
-// The message of validated() that this draft gets, and which of its fields earns it; an empty message when it is valid.
-// Of several fields that earn the same message the first counts.
-[[nodiscard]] Objection objectionTo(const Profile& draft);
+// The message that validated() gives this draft and the first field that causes it; an empty message if the draft is
+// valid.
+[[nodiscard]] ValidationProblem validate(const Profile& draft);
 
-// The saved profile as it is now, with what the user changed since the editor was opened on `original`. `draft` is what
-// the fields hold; its options count in any case, as the fields follow them until the user has chosen.
+// The saved profile in its current form, with the fields that the user changed since the editor opened with `original`.
+// The options of `draft` always apply, because its fields follow the profile until the user changes them.
 [[nodiscard]] Profile withEdits(Profile saved, const Profile& original, const Profile& draft);
 
 struct SavingState {
@@ -35,20 +36,20 @@ struct SavingState {
     bool contentsChosen = false; // for the initial download
 };
 
-// Does the saving button open the choice of download contents instead of saving?
+// Returns whether the save button opens the choice of download contents instead of saving.
 [[nodiscard]] bool asksForContents(const SavingState& state);
 [[nodiscard]] QString savingLabel(const SavingState& state);
 
 [[nodiscard]] bool hasDownloadContents(const Profile& draft);
 
-// The lines that tell of the draft's choices.
+// The texts that describe the draft's choices.
 [[nodiscard]] QString protocolNote(TransferProtocol protocol);
 [[nodiscard]] QString syncContentsText(const Profile& draft);
 [[nodiscard]] QString downloadContentsText(const Profile& draft);
 
 [[nodiscard]] QString connectedMessage(std::size_t items);
 
-// The port that goes with a newly chosen protocol: one that was typed by hand stays.
+// The port after a change of protocol. A port that the user typed is kept.
 [[nodiscard]] std::int64_t portAfterChange(std::int64_t port, TransferProtocol from, TransferProtocol to);
 
 } // namespace zembrastel::ui

@@ -2,25 +2,20 @@
 
 #include "app/demo.h"
 #include "model/error.h"
-#include "ui/profile_editor/connection_fields.h"
-#include "ui/profile_editor/content_fields.h"
-#include "ui/theme/reading_direction.h"
-#include "ui/theme/style_property.h"
-#include "ui/theme/surface.h"
+#include "ui/profile_editor/editor_page.h"
+#include "ui/theme/qt_text.h"
+#include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
-#include "ui/widgets/form_field.h"
 #include "ui/widgets/message_strip.h"
 #include "ui/widgets/push_button.h"
+#include "ui/widgets/sheet_layout.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QPointer>
 #include <QScreen>
-#include <QScrollArea>
-#include <QScrollBar>
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 namespace zembrastel::ui {
@@ -29,21 +24,10 @@ namespace {
 constexpr QSize usualSize(880, 568);
 constexpr QSize smallestSize(560, 440);
 constexpr int heightWithAdvanced = 656;
-constexpr int margin = 24;
-constexpr int columnGap = 32;
-constexpr int twoColumnWidth = 800; // of the content
+constexpr int margin = EditorPage::margin;
 constexpr int footerInset = 12;
 
-constexpr std::array allFields{
-    EditorField::name,
-    EditorField::server,
-    EditorField::port,
-    EditorField::username,
-    EditorField::remoteFolder,
-    EditorField::localFolder,
-    EditorField::downloadContents};
-
-// What a new profile begins with: it is meant to be used, and the server's files are not to be missed.
+// A new profile starts watching, and downloads first so that no server files are overlooked.
 Profile newProfile() {
     Profile profile;
     profile.enabled = true;
@@ -52,8 +36,6 @@ Profile newProfile() {
 }
 
 QString notInDemo() { return ProfileEditor::tr("Not available in the demonstration."); }
-
-QString shown(const std::string& text) { return QString::fromStdString(text); }
 
 } // namespace
 
@@ -64,14 +46,17 @@ ProfileEditor::ProfileEditor(
         original = *saved;
         selections = *saved;
     }
+    page = new EditorPage(selections, !original);
+    connection = &page->connection();
+    contents = &page->contents();
     setWindowModality(Qt::WindowModal);
     setWindowTitle(original ? tr("Edit sync profile") : tr("New sync profile"));
     setAccessibleName(windowTitle());
     auto* const layout = makeLayout<QVBoxLayout>(0, this);
     layout->addWidget(makeHeader());
-    layout->addWidget(makePage(), 1);
+    layout->addWidget(page, 1);
     layout->addWidget(makeFooter());
-    saveButton->setDefault(true); // which a button takes to heart only inside its dialog
+    saveButton->setDefault(true); // takes effect only once the button is inside its dialog
     connectFields();
     const QSize available = screen()->availableSize();
     setMinimumSize(scaledToText(smallestSize).boundedTo(available));
@@ -89,30 +74,6 @@ QWidget* ProfileEditor::makeHeader() {
     layout->addWidget(makeLabel(windowTitle(), TextStyle::dialogTitle));
     layout->addWidget(makeLabel(tr("Connect a local folder to your web server."), TextStyle::body, Tone::dim));
     return header;
-}
-
-QWidget* ProfileEditor::makePage() {
-    auto* const page = new QWidget;
-    page->setProperty("page", true);
-    connection = new ConnectionFields(selections);
-    contents = new ContentFields(selections, !original);
-    columns = new QBoxLayout(QBoxLayout::LeftToRight, page);
-    // Equal widths, whatever the columns themselves would like.
-    for (QWidget* const column : {static_cast<QWidget*>(connection), static_cast<QWidget*>(contents)}) {
-        QSizePolicy policy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-        policy.setHeightForWidth(true);
-        column->setSizePolicy(policy);
-        columns->addWidget(column, 1);
-    }
-    scroll = new QScrollArea;
-    scroll->setFrameShape(QFrame::NoFrame);
-    scroll->setWidgetResizable(true);
-    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    scroll->setFocusPolicy(Qt::NoFocus);
-    scroll->setWidget(page);
-    connect(scroll->verticalScrollBar(), &QScrollBar::rangeChanged, this, &ProfileEditor::fitMargins);
-    fitMargins();
-    return scroll;
 }
 
 QWidget* ProfileEditor::makeFooter() {
@@ -140,30 +101,21 @@ QWidget* ProfileEditor::makeFooter() {
 void ProfileEditor::connectFields() {
     connect(connection, &ConnectionFields::edited, this, &ProfileEditor::forgetMessage);
     connect(connection, &ConnectionFields::connectionEdited, this, [this] {
-        // Its result would be told of a connection that is not the one on the screen.
+        // The result would belong to a connection that is no longer on the screen.
         test.cancel();
         showState();
     });
     connect(contents, &ContentFields::edited, this, &ProfileEditor::forgetMessage);
     connect(contents, &ContentFields::optionsChanged, this, &ProfileEditor::showState);
     connect(contents, &ContentFields::advancedShown, this, &ProfileEditor::makeRoomForAdvanced);
-    connect(contents, &ContentFields::syncContentsWanted, this, [this] { choose(true); });
-    connect(contents, &ContentFields::downloadContentsWanted, this, [this] { choose(false); });
+    connect(contents, &ContentFields::syncContentsRequested, this, [this] { choose(true); });
+    connect(contents, &ContentFields::downloadContentsRequested, this, [this] { choose(false); });
     connect(&bridge, &ModelBridge::profilesChanged, this, &ProfileEditor::followModel);
-}
-
-// The scroll bar lies in the margin, so that the fields keep their place when it comes and goes.
-void ProfileEditor::fitMargins() {
-    const QScrollBar* const bar = scroll->verticalScrollBar();
-    const int beside = bar->maximum() > bar->minimum() ? margin - bar->sizeHint().width() : margin;
-    columns->setContentsMargins(readingMargins(margin, 4, beside, margin / 2));
 }
 
 void ProfileEditor::resizeEvent(QResizeEvent* event) {
     QDialog::resizeEvent(event);
-    const bool isWide = width() - 2 * margin >= scaledToText(twoColumnWidth);
-    columns->setDirection(isWide ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
-    columns->setSpacing(isWide ? columnGap : fieldGap);
+    page->fitWidth(width());
 }
 
 void ProfileEditor::makeRoomForAdvanced() {
@@ -176,7 +128,7 @@ void ProfileEditor::showEvent(QShowEvent* event) {
     openSyncContentsOnce();
 }
 
-// What was pressed twice in a hurry must not go to another button when its own is disabled; see testConnection().
+// A second Enter must not press another button after the first was disabled; see testConnection().
 void ProfileEditor::keyPressEvent(QKeyEvent* event) {
     const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (isEnter && focusWidget() == this) return;
@@ -193,7 +145,7 @@ void ProfileEditor::loadPassword() {
         loaded = true;
         return;
     }
-    connection->awaitPassword();
+    connection->showPasswordLoading();
     const QPointer<ProfileEditor> self(this);
     model.withPassword(
         original->id,
@@ -202,10 +154,10 @@ void ProfileEditor::loadPassword() {
         },
         [self](const std::string& failure) {
             if (!self) return;
-            // Nobody can choose contents without a password.
-            self->wantsSyncContents = false;
+            // The contents cannot be listed without a password.
+            self->openSyncContentsWhenReady = false;
             self->passwordKnown({});
-            self->strip->showFailure(shown(failure));
+            self->strip->showFailure(toQString(failure));
         });
 }
 
@@ -218,24 +170,24 @@ void ProfileEditor::passwordKnown(const std::string& password) {
 }
 
 void ProfileEditor::openSyncContentsOnce() {
-    if (!loaded || !isVisible() || !std::exchange(wantsSyncContents, false)) return;
-    // On top of a sheet that is on the screen by then.
+    if (!loaded || !isVisible() || !std::exchange(openSyncContentsWhenReady, false)) return;
+    // Queued, so that the sheet opens above the visible editor.
     QMetaObject::invokeMethod(
         this, [this] { choose(true); }, Qt::QueuedConnection);
 }
 
-// What the model itself changes meanwhile, an initial download that has ended for one, must not be undone by saving.
+// Changes that the model makes meanwhile, such as the end of an initial download, must survive saving.
 void ProfileEditor::followModel() {
     if (!original || !isVisible()) return;
     if (const Profile* const now = model.profile(original->id)) {
         contents->followOptions(*now);
         showState();
     } else if (!busy) {
-        becomeNew();
+        continueAsNew();
     }
 }
 
-void ProfileEditor::becomeNew() {
+void ProfileEditor::continueAsNew() {
     original.reset();
     strip->showFailure(
         tr("This profile was removed meanwhile. Nothing that you entered is lost: create a new profile from it, or "
@@ -253,24 +205,12 @@ Profile ProfileEditor::draft() const {
 
 void ProfileEditor::forgetMessage() {
     strip->clear();
-    mark(EditorField::none);
+    page->mark(EditorField::none);
 }
 
-void ProfileEditor::fail(const Objection& objection) {
-    strip->showFailure(shown(objection.message));
-    mark(objection.field);
-}
-
-void ProfileEditor::mark(EditorField bad) {
-    for (const EditorField which : allFields) {
-        QWidget* widget = connection->field(which);
-        if (widget == nullptr) widget = contents->field(which);
-        if (widget == nullptr) continue;
-        setStyleProperty(*widget, "bad", which == bad);
-        if (which != bad) continue;
-        widget->setFocus();
-        scroll->ensureWidgetVisible(widget);
-    }
+void ProfileEditor::fail(const ValidationProblem& problem) {
+    strip->showFailure(toQString(problem.message));
+    page->mark(problem.field);
 }
 
 SavingState ProfileEditor::savingState() const {
@@ -284,7 +224,7 @@ SavingState ProfileEditor::savingState() const {
 void ProfileEditor::showState() {
     saveButton->setLabel(savingLabel(savingState()));
     saveButton->setEnabled(!busy);
-    scroll->widget()->setEnabled(!busy);
+    page->widget()->setEnabled(!busy);
     testButton->setBusy(test.running());
     testButton->setEnabled(loaded && !busy && !test.running() && !model.isDemo());
     testButton->setToolTip(model.isDemo() ? notInDemo() : QString());
@@ -293,19 +233,19 @@ void ProfileEditor::showState() {
 
 void ProfileEditor::testConnection() {
     forgetMessage();
-    test.start(draft(), connection->password(), [this](const ConnectionTest::Result& result) { finishTest(result); });
+    test.start(draft(), connection->password(), [this](const ConnectionCheck::Result& result) { finishTest(result); });
     const bool hadFocus = focusWidget() == testButton;
     showState();
     if (hadFocus) setFocus();
 }
 
-void ProfileEditor::finishTest(const ConnectionTest::Result& result) {
+void ProfileEditor::finishTest(const ConnectionCheck::Result& result) {
     showState();
     if (focusWidget() == this) testButton->setFocus();
     if (result.failure.empty()) {
         strip->showSuccess(connectedMessage(result.items));
     } else {
-        strip->showFailure(shown(result.failure));
+        strip->showFailure(toQString(result.failure));
     }
 }
 
@@ -316,9 +256,9 @@ void ProfileEditor::choose(bool syncMode) {
         return;
     }
     Profile wanted = draft();
-    wanted.needsDownload = false; // what it needs is just being chosen
-    if (const Objection objection = objectionTo(wanted); !objection.message.empty()) {
-        fail(objection);
+    wanted.needsDownload = false; // the contents of that download are being chosen
+    if (const ValidationProblem problem = validate(wanted); !problem.message.empty()) {
+        fail(problem);
         return;
     }
     forgetMessage();
@@ -334,7 +274,8 @@ void ProfileEditor::choose(bool syncMode) {
 }
 
 void ProfileEditor::applyChoice(bool syncMode, const DownloadSelection& chosen) {
-    // What is downloaded at first is also what is watched afterwards, until the sync contents are chosen by themselves.
+    // The choice of the first download is also the choice of what to watch, until the sync contents are chosen
+    // separately.
     if (!syncMode) selections.initialDownloadSelection = chosen;
     selections.syncSelection = chosen;
     forgetMessage();
@@ -350,7 +291,7 @@ void ProfileEditor::save() {
     forgetMessage();
     const Profile wanted = draft();
     if (refuse(wanted)) return;
-    if (!mustStorePassword()) {
+    if (!passwordNeedsStoring()) {
         finishSaving(std::nullopt);
         return;
     }
@@ -368,31 +309,31 @@ void ProfileEditor::save() {
         });
 }
 
-// Before the password is stored, so that a profile that cannot be saved leaves none behind.
+// Checked before the password is stored, so that a refused profile leaves no password behind.
 bool ProfileEditor::refuse(const Profile& wanted) {
-    Objection objection = objectionTo(model.isDemo() ? withExistingFolder(wanted) : wanted);
-    if (objection.message.empty()) {
+    ValidationProblem problem = validate(model.isDemo() ? withExistingFolder(wanted) : wanted);
+    if (problem.message.empty()) {
         try {
             model.checkSavable(wanted);
             return false;
         } catch (const std::exception& error) {
-            // All that is left to object to is another profile's hold on the folder.
-            objection = {.message = describe(error), .field = EditorField::localFolder};
+            // The only remaining reason is that another profile uses the folder.
+            problem = {.message = describe(error), .field = EditorField::localFolder};
         }
     }
-    fail(objection);
+    fail(problem);
     return true;
 }
 
-// A password that is not known, or not changed, stays as it is stored.
-bool ProfileEditor::mustStorePassword() const { return !original || connection->password() != savedPassword; }
+// An unknown or unchanged password is left as it is stored.
+bool ProfileEditor::passwordNeedsStoring() const { return !original || connection->password() != savedPassword; }
 
 void ProfileEditor::passwordStored(const std::string& password, const std::optional<std::string>& failure) {
     busy = false;
     showState();
-    if (!isVisible()) return; // closed while the secret store was waiting
+    if (!isVisible()) return; // closed while the secret store waited for the user
     if (original && model.profile(original->id) == nullptr) {
-        becomeNew();
+        continueAsNew();
         return;
     }
     if (!failure) {
@@ -404,7 +345,7 @@ void ProfileEditor::passwordStored(const std::string& password, const std::optio
         tr("Unlock the desktop's keyring, or install one such as GNOME Keyring or KWallet, and save again. You can "
            "also go on without it and enter the password again next time.");
     strip->showFailure(
-        shown(*failure) + u' ' + remedy, tr("Keep the password for this session only"),
+        toQString(*failure) + u' ' + remedy, tr("Keep the password for this session only"),
         [this, password] { finishSaving(password); });
 }
 

@@ -1,13 +1,13 @@
-// The sheet in which a sync profile is created or edited.
+// The sheet that creates or edits a sync profile.
 //
-// It works on a draft of its own: the model hears of it when it is saved, and a sheet that is closed otherwise leaves
-// nothing behind. What else changes in the saved profile meanwhile stays changed. If the profile is removed meanwhile,
-// the sheet says so and goes on as one for a new profile, with all that was entered. Server and secret store are waited
-// for elsewhere, never on the main thread. Show it with open().
+// Works on a draft: the model changes only when the user saves, and cancelling leaves nothing behind. Other changes
+// that the saved profile receives meanwhile are kept. If the profile is removed meanwhile, the sheet says so and
+// continues with the same fields as a new profile. Never blocks the main thread on the server or the secret store. Show
+// it with open().
 #pragma once
 
 #include "ui/bridge/model_bridge.h"
-#include "ui/profile_editor/connection_test.h"
+#include "ui/profile_editor/connection_check.h"
 #include "ui/profile_editor/editor_rules.h"
 
 #include <QDialog>
@@ -16,13 +16,11 @@
 #include <optional>
 #include <string>
 
-class QBoxLayout;
-class QScrollArea;
-
 namespace zembrastel::ui {
 
 class ConnectionFields;
 class ContentFields;
+class EditorPage;
 class MessageStrip;
 class PushButton;
 
@@ -30,28 +28,28 @@ class ProfileEditor : public QDialog {
     Q_OBJECT
 
 public:
-    // Opens the choice of contents: of what is synchronised, or else of what is downloaded at first. `apply` takes what
-    // was chosen; it may be called late or never, also when the editor has gone.
+    // Opens the choice of contents: the sync contents, or the contents of the initial download. `apply` receives the
+    // choice; it may be called late or never, even after the editor is gone.
     using Browse = std::function<void(
         const Profile& draft, const std::string& password, bool syncMode, const DownloadSelection& current,
         std::function<void(const DownloadSelection& chosen)> apply)>;
 
-    // For a new profile, or for the one that is saved under this id.
+    // Without `id` creates a profile, else edits the saved one.
     ProfileEditor(ModelBridge& modelBridge, MainContext& mainContext, const std::optional<Uuid>& id, QWidget* parent);
     ~ProfileEditor() override;
 
     void setBrowse(Browse function) { browse = std::move(function); }
 
-    // Goes on to the choice of sync contents as soon as the saved password is there.
-    void openSyncContentsOnAppear() { wantsSyncContents = true; }
+    // Opens the choice of sync contents as soon as the saved password is known.
+    void openSyncContentsOnAppear() { openSyncContentsWhenReady = true; }
 
-    // As it would be saved now.
+    // The profile as saving would store it now.
     [[nodiscard]] Profile draft() const;
 
     void done(int result) override;
 
 Q_SIGNALS:
-    // Saved with another place on a server, while files are recorded as uploaded to the old one.
+    // Saved with another place on a server, while files are recorded as uploaded to the old place.
     void moved(const zembrastel::Uuid& id);
 
 protected:
@@ -61,51 +59,46 @@ protected:
 
 private:
     [[nodiscard]] QWidget* makeHeader();
-    [[nodiscard]] QWidget* makePage();
     [[nodiscard]] QWidget* makeFooter();
     void connectFields();
-    void fitMargins();
     void makeRoomForAdvanced();
 
-    // The password that is saved.
     void loadPassword();
     void passwordKnown(const std::string& password);
     void followModel();
-    void becomeNew();
+    void continueAsNew();
     void openSyncContentsOnce();
 
     void forgetMessage();
-    void fail(const Objection& objection);
-    void mark(EditorField field);
+    void fail(const ValidationProblem& problem);
     [[nodiscard]] SavingState savingState() const;
     void showState();
 
     void testConnection();
-    void finishTest(const ConnectionTest::Result& result);
+    void finishTest(const ConnectionCheck::Result& result);
     void choose(bool syncMode);
     void applyChoice(bool syncMode, const DownloadSelection& chosen);
 
     void save();
     [[nodiscard]] bool refuse(const Profile& wanted);
-    [[nodiscard]] bool mustStorePassword() const;
+    [[nodiscard]] bool passwordNeedsStoring() const;
     void passwordStored(const std::string& password, const std::optional<std::string>& failure);
     void finishSaving(const std::optional<std::string>& password);
 
     ModelBridge& bridge;
     AppModel& model;
-    std::optional<Profile> original; // nothing for a new profile
-    Profile selections;              // as chosen here; of the rest only the id counts
+    std::optional<Profile> original; // nullopt for a new profile
+    Profile selections;              // the choices made here; only they and the id count
     std::string savedPassword;
-    bool loaded = false; // the saved password is known, or known not to be had
+    bool loaded = false; // the saved password was read, or reading it has failed
     bool busy = false;   // saving
-    bool wantsSyncContents = false;
+    bool openSyncContentsWhenReady = false;
     Browse browse;
-    ConnectionTest test;
+    ConnectionCheck test;
 
-    ConnectionFields* connection = nullptr;
-    ContentFields* contents = nullptr;
-    QScrollArea* scroll = nullptr;
-    QBoxLayout* columns = nullptr;
+    EditorPage* page = nullptr;
+    ConnectionFields* connection = nullptr; // on the page
+    ContentFields* contents = nullptr;      // on the page
     MessageStrip* strip = nullptr;
     PushButton* testButton = nullptr;
     PushButton* saveButton = nullptr;

@@ -1,7 +1,7 @@
 #include "ui/remote_changes/review_sheet.h"
 
-#include "ui/remote_changes/review_view.h"
-#include "ui/theme/foreign_text.h"
+#include "ui/remote_changes/change_list.h"
+#include "ui/theme/qt_text.h"
 #include "ui/theme/text_style.h"
 #include "ui/widgets/sheet_layout.h"
 
@@ -18,7 +18,7 @@ namespace {
 
 constexpr QSize defaultSize(680, 480);
 constexpr QSize smallestSize(560, 400);
-constexpr int mostRowsWithoutScrolling = 6;
+constexpr int maxRowsWithoutScrolling = 6;
 constexpr int listInset = 3;
 constexpr std::chrono::seconds pauseInTyping{1};
 
@@ -30,11 +30,11 @@ QString confirmLabel(std::size_t ticked) {
 }
 
 RemoteChangesView::RemoteChangesView(ModelBridge& bridge, RemoteReview toDecide, QWidget* parent)
-    : QDialog(parent), model(bridge.model()), review(std::move(toDecide)), rows(new ReviewRows(review, this)) {
+    : QDialog(parent), model(bridge.model()), review(std::move(toDecide)), rows(new ChangeListModel(review, this)) {
     setWindowModality(Qt::WindowModal);
     QLayout* const head = makeHead();
     QLayout* const tools = makeTools();
-    list = new ReviewView(*rows);
+    list = new ChangeListView(*rows);
     list->setAccessibleName(windowTitle());
     layOutSheet(*this, head, tools, makeListCard(list, listInset), makeFoot());
     fitHeight();
@@ -53,7 +53,7 @@ void RemoteChangesView::openByItself() {
     setAttribute(Qt::WA_ShowWithoutActivating, QApplication::activeWindow() == nullptr);
     typing.start();
     open();
-    setFocus(); // so that keys come to event()
+    setFocus(); // so that event() receives the keys
 }
 
 bool RemoteChangesView::event(QEvent* event) {
@@ -79,7 +79,7 @@ QString RemoteChangesView::title() const {
     const Profile* const profile = model.profile(review.id);
     const QString heading = tr("Newer files on the server");
     if (profile == nullptr) return heading;
-    return tr("%1 – %2").arg(heading, onOneLine(QString::fromStdString(profile->name)));
+    return tr("%1 – %2").arg(heading, onOneLine(toQString(profile->name)));
 }
 
 QLayout* RemoteChangesView::makeTools() {
@@ -99,10 +99,10 @@ QWidget* RemoteChangesView::makeFoot() {
     return makeSheetFoot({pause, confirm});
 }
 
-// As high as some rows need, and no higher than the screen.
+// As high as up to six rows need, and no higher than the screen.
 void RemoteChangesView::fitHeight() {
     const QSize usual = scaledToText(defaultSize);
-    const int shown = std::min(mostRowsWithoutScrolling, rows->rowCount());
+    const int shown = std::min(maxRowsWithoutScrolling, rows->rowCount());
     int needed = 0;
     for (int row = 0; row < shown; ++row) needed += list->sizeHintForRow(row);
     const int others = layout()->heightForWidth(usual.width()) - list->sizeHint().height();
@@ -116,7 +116,7 @@ void RemoteChangesView::showCount() {
     confirm->setLabel(confirmLabel(selected().size()));
 }
 
-// Where the decision is refused, the review stays presented and the sheet open.
+// If the decision is refused, the review stays presented and the sheet stays open.
 void RemoteChangesView::decide() {
     if (model.resolveReview(review.id, review.reviewId, selected()) != Decision::outdated) return;
     accept();
@@ -129,7 +129,7 @@ void RemoteChangesView::closeWhenOver() {
 }
 
 void RemoteChangesView::reject() {
-    // The sheet goes first: what follows tells everyone that its review is no longer presented.
+    // Closes the sheet first: the calls below report to all observers that its review is no longer presented.
     AppModel& decided = model;
     const RemoteReview shown = review;
     QDialog::reject();

@@ -1,14 +1,14 @@
-// The sheet in which the user decides on one profile's files that are newer on the server: which of them to download,
-// and then to watch again, or to stay paused.
+// The sheet for the files of one profile that are newer on the server: the user chooses which of them to download
+// before watching resumes, or stays paused.
 //
-// Main thread; show it with open(). It lives as long as the model presents its review: when that ends, by a decision
-// here or by anything else, it closes by itself. Closing it in another way is the same as "Stay paused". Whoever made
-// the sheet deletes it, at the earliest when finished() has been told.
+// Main thread; show it with open(). Closes by itself when the model no longer presents its review, after a decision
+// here or elsewhere. Closing it in any other way means "Stay paused". The caller deletes the sheet, not before
+// finished() was emitted.
 #pragma once
 
 #include "app/app_model.h"
 #include "ui/bridge/model_bridge.h"
-#include "ui/remote_changes/review_rows.h"
+#include "ui/remote_changes/change_list.h"
 #include "ui/widgets/push_button.h"
 
 #include <QDialog>
@@ -22,7 +22,7 @@ namespace zembrastel::ui {
 // "Keep local & start watching", or "Download 2 & start watching".
 [[nodiscard]] QString confirmLabel(std::size_t ticked);
 
-class ReviewView;
+class ChangeListView;
 
 class RemoteChangesView : public QDialog {
     Q_OBJECT
@@ -34,8 +34,8 @@ public:
     [[nodiscard]] const Uuid& profileId() const { return review.id; }
     [[nodiscard]] const PathSet& selected() const;
 
-    // Opens the sheet where the user may just be typing something else: until no key was pressed for a second, keys do
-    // nothing here.
+    // Opens the sheet without a request of the user, who may be typing elsewhere: ignores all keys until no key was
+    // pressed for one second.
     void openByItself();
 
     void reject() override;
@@ -55,11 +55,11 @@ private:
 
     AppModel& model;
     const RemoteReview review;
-    ReviewRows* rows = nullptr;
-    ReviewView* list = nullptr;
+    ChangeListModel* rows = nullptr;
+    ChangeListView* list = nullptr;
     QLabel* count = nullptr;
     PushButton* confirm = nullptr;
-    QTimer typing; // runs while a key may be meant for something else
+    QTimer typing; // runs while keys may be meant for another window
 };
 
 } // namespace zembrastel::ui

@@ -1,7 +1,7 @@
 // The colours of the program, one table for the light and one for the dark appearance.
 //
-// Values without widgets; any thread. A colour is named by its member, so that what is drawn can be described once
-// and looked up in the table that is in force: `colours.*role`.
+// Values without widgets; any thread. A colour is named by its member, so that drawing code can name it once and read
+// it from the current table: `colours.*role`.
 #pragma once
 
 #include <QColor>
@@ -43,7 +43,7 @@ using ColourRole = QColor Colours::*;
 
 [[nodiscard]] QPalette paletteOf(const Colours& colours);
 
-// Replaces every `@member` of a style sheet by that colour. A name that is none of them is left as it stands.
+// Replaces every `@member` of a style sheet by that colour. Unknown names are left unchanged.
 [[nodiscard]] QString withColours(const QString& styleSheet, const Colours& colours);
 
 } // namespace zembrastel::ui

@@ -5,7 +5,7 @@
 namespace zembrastel::ui {
 namespace {
 
-// The locale's long time without its time zone, which every line would repeat. Quoted text of a format stays.
+// The locale's long time without the time zone, which every line would repeat. Quoted text of a format is kept.
 QString timeWithSeconds(const QTime& time, const QLocale& locale) {
     QString format;
     bool quoted = false;
@@ -16,6 +16,9 @@ QString timeWithSeconds(const QTime& time, const QLocale& locale) {
     format.replace(QStringLiteral("()"), QString());
     return locale.toString(time, format.simplified());
 }
+
+// Separates the weekday from the rest of a date.
+bool isSeparator(QChar letter) { return letter == u',' || letter == u'،' || letter.isSpace(); }
 
 } // namespace
 
@@ -39,6 +42,14 @@ QString dayAndTime(const QDateTime& when, const QDateTime& now, const QLocale& l
 
 QString logTime(const QDateTime& when, const QDateTime& now, const QLocale& locale) {
     return when.date() == now.date() ? timeWithSeconds(when.time(), locale) : dayAndTime(when, now, locale);
+}
+
+QString dateWithMonthName(const QDateTime& date, const QLocale& locale) {
+    QString format = locale.dateFormat(QLocale::LongFormat);
+    format.remove(QStringLiteral("dddd")).replace(QStringLiteral("MMMM"), QStringLiteral("MMM"));
+    while (!format.isEmpty() && isSeparator(format.front())) format.remove(0, 1);
+    while (!format.isEmpty() && isSeparator(format.back())) format.chop(1);
+    return QStringLiteral("%1, %2").arg(locale.toString(date.date(), format), shortTime(date.time(), locale));
 }
 
 std::chrono::milliseconds untilTomorrow(const QDateTime& now) {

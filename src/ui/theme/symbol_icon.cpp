@@ -62,12 +62,12 @@ constexpr std::array symbols{
 QByteArray drawing(std::string_view name) {
     const auto* const found = std::ranges::find(symbols, name, &Symbol::name);
     if (found == symbols.end()) return {};
-    (void)theme(); // has the resources loaded
+    (void)theme(); // loads the resources
     QFile file(QStringLiteral(":/zembrastel/icons/%1.svg").arg(QLatin1String(found->file)));
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// What points along the reading direction turns round with it.
+// Symbols that point along the reading direction are mirrored with it.
 bool isMirrored(std::string_view symbol) {
     return (symbol == "chevron.right" || symbol == "arrow.right")
            && QGuiApplication::layoutDirection() == Qt::RightToLeft;
@@ -78,7 +78,7 @@ QString keyOf(std::string_view symbol, const QColor& colour, const QColor& knock
            + knockOut.name(QColor::HexArgb);
 }
 
-// Null for an unknown name. Good until the next call.
+// Returns nullptr for an unknown name. Valid until the next call.
 QSvgRenderer* rendererOf(std::string_view symbol, const QColor& colour, const QColor& knockOut) {
     static QCache<QString, QSvgRenderer> renderers(100);
     const QString key = keyOf(symbol, colour, knockOut);
@@ -106,7 +106,7 @@ void render(QPainter& painter, const QRectF& where, QSvgRenderer& renderer, doub
     painter.restore();
 }
 
-// Draws in the theme's colours of the moment.
+// Draws in the current colours of the theme.
 class SymbolEngine : public QIconEngine {
 public:
     SymbolEngine(std::string_view name, ColourRole role, bool isBesideText, bool turns)
@@ -129,7 +129,7 @@ public:
     [[nodiscard]] QIconEngine* clone() const override { return new SymbolEngine(*this); }
 
 private:
-    // A square at the side that is away from the text, so that the rest widens the gap.
+    // Qt places the icon at the side away from the text, so the rest of the width enlarges the gap.
     [[nodiscard]] QRectF placeOf(const QRect& rect) const {
         if (!besideText) return rect;
         const double side = rect.height() * double(symbolBesideText) / iconBesideText.height();
@@ -143,7 +143,7 @@ private:
     bool turning;
 };
 
-// The name as the table has it, which lasts for ever.
+// The name from the table, whose lifetime is unlimited.
 std::string_view lasting(std::string_view name) {
     const auto* const found = std::ranges::find(symbols, name, &Symbol::name);
     return found == symbols.end() ? std::string_view() : found->name;

@@ -1,7 +1,6 @@
 #include "ui/theme/text_style.h"
 
-#include "ui/theme/reading_direction.h"
-#include "ui/theme/style_property.h"
+#include "ui/theme/style.h"
 
 #include <QApplication>
 
@@ -78,10 +77,6 @@ QFont fontOf(TextStyle style) {
 }
 
 void setTone(QLabel& label, Tone tone) { setStyleProperty(label, "tone", nameOf(tone)); }
-
-QString asToolTip(const QString& text) {
-    return text.isEmpty() ? QString() : QStringLiteral("<span>%1</span>").arg(text.toHtmlEscaped());
-}
 
 QLabel* makeLabel(const QString& text, TextStyle style, Tone tone, QWidget* parent) {
     auto* const label = new QLabel(parent);

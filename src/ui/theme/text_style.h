@@ -1,4 +1,4 @@
-// The kinds of text that the program shows, and labels of them.
+// The text styles of the program, and labels in them.
 //
 // Sizes are in points, so that they follow the desktop's text size.
 #pragma once
@@ -10,7 +10,7 @@
 
 namespace zembrastel::ui {
 
-// Of the design; a larger desktop font enlarges every style alike.
+// The design's size; a larger desktop font enlarges every style by the same factor.
 inline constexpr double bodyPointSize = 10;
 
 enum class TextStyle {
@@ -31,10 +31,10 @@ enum class TextStyle {
 
 enum class Tone { normal, dim, accent, warn };
 
-// How much larger than the design's all texts are; never less than 1.
+// The factor by which texts are larger than in the design; at least 1.
 [[nodiscard]] double textScale();
 
-// A length of the design's that has to grow with its texts.
+// A length of the design that grows with the text size.
 [[nodiscard]] int scaledToText(int points);
 [[nodiscard]] QSize scaledToText(const QSize& size);
 
@@ -42,14 +42,11 @@ enum class Tone { normal, dim, accent, warn };
 
 void setTone(QLabel& label, Tone tone);
 
-// A tool tip takes what looks like markup for markup: this shows the text as it stands.
-[[nodiscard]] QString asToolTip(const QString& text);
-
-// A label of one line. The text is shown as it stands, never as markup.
+// A label of one line. Shows the text unchanged, never as markup.
 [[nodiscard]] QLabel* makeLabel(
     const QString& text, TextStyle style, Tone tone = Tone::normal, QWidget* parent = nullptr);
 
-// The small dim capitals over a group. The text comes in capitals.
+// The small dim capitals over a group. The caller passes the text in capitals.
 [[nodiscard]] QLabel* makeCaption(const QString& text, QWidget* parent = nullptr);
 
 } // namespace zembrastel::ui

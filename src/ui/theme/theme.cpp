@@ -15,13 +15,14 @@
 
 #include <algorithm>
 
-// The resources of a static library are lost unless they are asked for, which works outside every namespace alone.
+// The linker drops the resources of a static library unless they are initialised by this macro, which must stand
+// outside every namespace.
 static void loadResources() { Q_INIT_RESOURCE(resources); }
 
 namespace zembrastel::ui {
 namespace {
 
-// The delegate that a combo box brings along ignores the style sheet.
+// The default delegate of a combo box ignores the style sheet.
 void letItemsBeStyled(QComboBox& box) {
     if (qobject_cast<QStyledItemDelegate*>(box.itemDelegate()) == nullptr) {
         box.setItemDelegate(new QStyledItemDelegate(&box));
@@ -42,7 +43,7 @@ public:
     using QProxyStyle::polish;
     void polish(QWidget* widget) override {
         QProxyStyle::polish(widget);
-        // Enter presses the button that has the focus, in a window as it does in a dialog.
+        // Enter presses the focused button in a window as it does in a dialog.
         if (auto* const button = qobject_cast<QPushButton*>(widget)) button->setAutoDefault(true);
         if (auto* const box = qobject_cast<QComboBox*>(widget)) letItemsBeStyled(*box);
     }
@@ -54,7 +55,7 @@ QString styleSheetTemplate() {
     return QString::fromUtf8(file.readAll());
 }
 
-// Desktops write in 9 to 11 points. One that was set larger has the whole program grow with it.
+// Desktop fonts have 9 to 11 points. A larger font enlarges the whole program.
 double bodySizeFor(const QFont& desktop) {
     constexpr double largestUsual = 11;
     return bodyPointSize * std::max(1.0, QFontInfo(desktop).pointSizeF() / largestUsual);
@@ -87,9 +88,9 @@ void Theme::apply(Appearance chosen) {
 const Colours& Theme::colours() const { return appearance() == Appearance::dark ? darkColours() : lightColours(); }
 
 void Theme::setAnimated(bool wanted) {
-    if (moves == wanted) return;
-    moves = wanted;
-    // What stands still asks for no repaint of its own.
+    if (animationsOn == wanted) return;
+    animationsOn = wanted;
+    // Symbols that stand still request no repaint of their own.
     for (QWidget* const widget : QApplication::allWidgets()) widget->update();
     Q_EMIT changed();
 }

@@ -1,7 +1,7 @@
-// What the whole program looks like: colours, font, style sheet, motion.
+// The look of the whole program: colours, font, style sheet, animation.
 //
-// Main thread, after the QApplication, which owns it. Widgets that paint read colours() each time they do, so that
-// they need no more than the repaint that a change causes by itself; changed() is for what keeps a picture.
+// Main thread, after the QApplication, which owns it. Widgets read colours() each time they paint, so the repaint that
+// a change triggers is enough; changed() is for code that keeps a picture.
 #pragma once
 
 #include "ui/theme/colours.h"
@@ -20,23 +20,23 @@ class Theme : public QObject {
 public:
     explicit Theme(QObject* parent);
 
-    // Takes effect on every widget before it returns. The first call also sets the style and the font of the program.
+    // Affects every widget before it returns. The first call also sets the style and the font of the program.
     void apply(Appearance chosen);
 
-    // Light as long as nothing was applied.
+    // Light until apply() is called.
     [[nodiscard]] Appearance appearance() const { return applied.value_or(Appearance::light); }
     [[nodiscard]] const Colours& colours() const;
 
-    // Whether things may move. Without it turning icons stand still.
+    // If false, turning icons stand still and switches move at once.
     void setAnimated(bool wanted);
-    [[nodiscard]] bool animated() const { return moves; }
+    [[nodiscard]] bool animated() const { return animationsOn; }
 
 Q_SIGNALS:
     void changed();
 
 private:
     std::optional<Appearance> applied;
-    bool moves = true;
+    bool animationsOn = true;
 };
 
 // The theme of the running application.

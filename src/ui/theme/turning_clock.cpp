@@ -1,7 +1,7 @@
 #include "ui/theme/turning_clock.h"
 
+#include "ui/theme/symbol_icon.h"
 #include "ui/theme/theme.h"
-#include "ui/widgets/status_presentation.h"
 
 #include <QApplication>
 
@@ -11,6 +11,8 @@
 
 namespace zembrastel::ui {
 namespace {
+
+constexpr std::chrono::milliseconds oneTurn{1400};
 
 std::chrono::milliseconds machineTime() {
     return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now().time_since_epoch());
@@ -49,6 +51,16 @@ TurningClock& turningClock() {
     static QPointer<TurningClock> current;
     if (current == nullptr) current = new TurningClock(qApp);
     return *current;
+}
+
+double turningAngle(std::chrono::milliseconds monotonic) {
+    return static_cast<double>((monotonic % oneTurn).count()) * 360 / static_cast<double>(oneTurn.count());
+}
+
+void paintTurning(
+    QPainter& painter, const QRect& where, std::string_view symbol, const QColor& colour, QWidget& canvas) {
+    paintSymbol(painter, where, symbol, colour, turningClock().angle());
+    turningClock().repaintSoon(canvas, where);
 }
 
 } // namespace zembrastel::ui

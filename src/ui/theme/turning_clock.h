@@ -1,10 +1,12 @@
-// The one clock of everything that turns.
+// The clock that drives all turning symbols.
 //
-// Main thread; owned by the application. Whatever is painted turning asks, while it is painted, to be painted again.
-// What is hidden or has stopped is not painted, asks no more, and so the timer ends by itself.
+// Main thread; owned by the application. Each paint of a turning symbol requests the next repaint. A hidden or stopped
+// symbol is not painted and requests none, so the timer stops by itself.
 #pragma once
 
+#include <QColor>
 #include <QObject>
+#include <QPainter>
 #include <QPointer>
 #include <QRegion>
 #include <QTimer>
@@ -12,6 +14,7 @@
 
 #include <chrono>
 #include <functional>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -23,13 +26,13 @@ class TurningClock : public QObject {
 public:
     explicit TurningClock(QObject* parent);
 
-    // The angle of this moment, in degrees clockwise; 0 where the theme allows no motion.
+    // The current angle, in degrees clockwise; 0 if animations are off.
     [[nodiscard]] double angle() const;
 
-    // Where the angle's time comes from: at first the machine's own that never goes back.
+    // Replaces the source of the time, by default the machine's monotonic clock.
     void setTime(std::function<std::chrono::milliseconds()> source) { time = std::move(source); }
 
-    // Has a part of the widget painted again at the next tick.
+    // Repaints a part of the widget at the next tick.
     void repaintSoon(QWidget& widget, const QRect& part);
 
     [[nodiscard]] bool running() const { return timer.isActive(); }
@@ -48,5 +51,14 @@ private:
 };
 
 [[nodiscard]] TurningClock& turningClock();
+
+// The angle of a moment, in degrees clockwise. Depends on the clock alone, so that a turn continues smoothly across
+// changes of status. Pure.
+[[nodiscard]] double turningAngle(std::chrono::milliseconds monotonic);
+
+// Paints a turning symbol into a rectangle of the widget that is being painted (of a list: its viewport), and requests
+// the next repaint of that rectangle.
+void paintTurning(
+    QPainter& painter, const QRect& where, std::string_view symbol, const QColor& colour, QWidget& canvas);
 
 } // namespace zembrastel::ui

@@ -1,9 +1,9 @@
 #include "ui/widgets/confirm_dialog.h"
 
-#include "ui/theme/surface.h"
+#include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
 #include "ui/widgets/push_button.h"
-#include "ui/widgets/tile.h"
+#include "ui/widgets/symbol_widgets.h"
 #include "ui/widgets/wrap_label.h"
 
 #include <QHBoxLayout>
@@ -30,7 +30,7 @@ ConfirmDialog::ConfirmDialog(
     layout->setSpacing(0);
     layout->addWidget(makeBody(title, message), 1);
     layout->addWidget(makeFooter(confirmText, dismissText));
-    dismissButton->setDefault(true); // only inside its dialog does that take effect
+    dismissButton->setDefault(true); // takes effect only once the button is inside its dialog
     dismissButton->setFocus();
     const int width = scaledToText(dialogWidth);
     setFixedSize(width, layout->heightForWidth(width));
@@ -80,7 +80,7 @@ ConfirmDialog* ConfirmDialog::ask(
     return dialog;
 }
 
-ConfirmDialog* ConfirmDialog::tell(
+ConfirmDialog* ConfirmDialog::showMessage(
     QWidget* parent, const QString& title, const QString& message, std::function<void()> closed) {
     auto* const dialog = new ConfirmDialog(title, message, QString(), parent);
     dialog->setAttribute(Qt::WA_DeleteOnClose);

@@ -1,7 +1,7 @@
-// A question before something that may destroy, and a message that needs no answer.
+// A question before an action that may destroy something, and a message that needs no answer.
 //
-// Window-modal, 460 points wide. Shown with open() or with the functions below, which run no event loop of their own;
-// those delete the dialog when it is closed.
+// Window-modal, 460 points wide. Show it with open() or with the functions below, which run no event loop and delete
+// the dialog when it is closed.
 #pragma once
 
 #include <QDialog>
@@ -15,19 +15,19 @@ class ConfirmDialog : public QDialog {
     Q_OBJECT
 
 public:
-    // Cancel, or what is to stand there instead, has the focus and is what Enter and Escape do; confirming accepts the
-    // dialog. Without a text to confirm with there is "OK" alone.
+    // The dismiss button ("Cancel" by default) has the focus, and Enter and Escape press it. The confirm button accepts
+    // the dialog. Without a text to confirm there is only "OK".
     ConfirmDialog(
         const QString& title, const QString& message, const QString& confirmText, QWidget* parent = nullptr,
         const QString& dismissText = QString());
 
-    // Asks, and calls `confirmed` if the answer is yes.
+    // Shows the question. Calls `confirmed` if the user confirms.
     static ConfirmDialog* ask(
         QWidget* parent, const QString& title, const QString& message, const QString& confirmText,
         std::function<void()> confirmed, const QString& dismissText = QString());
 
-    // Tells, and calls `closed`, if there is one, once the message was read.
-    static ConfirmDialog* tell(
+    // Shows a message. Calls `closed`, if given, when the user has closed it.
+    static ConfirmDialog* showMessage(
         QWidget* parent, const QString& title, const QString& message, std::function<void()> closed = {});
 
 private:

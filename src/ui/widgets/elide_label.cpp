@@ -1,5 +1,6 @@
 #include "ui/widgets/elide_label.h"
 
+#include "ui/theme/qt_text.h"
 #include "ui/theme/text_style.h"
 
 #include <QClipboard>
@@ -20,7 +21,7 @@ ElideLabel::ElideLabel(const QString& text, QWidget* parent) : QLabel(parent) {
 void ElideLabel::setWholeText(const QString& text) {
     setText(text);
     setToolTip(asToolTip(text));
-    setAccessibleDescription(text); // in place of the tool tip with its markup
+    setAccessibleDescription(text); // without the markup of the tool tip
 }
 
 QString ElideLabel::visibleText() const {
@@ -36,7 +37,7 @@ QSize ElideLabel::minimumSizeHint() const {
 
 void ElideLabel::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    // A path reads from left to right wherever it stands.
+    // A path reads from left to right in every layout.
     painter.setLayoutDirection(text().isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
     painter.setPen(palette().color(foregroundRole()));
     const auto place = QStyle::visualAlignment(layoutDirection(), alignment()) | Qt::AlignAbsolute;

@@ -1,6 +1,6 @@
-// A label of one line that gives way in its middle when it has too little room, as paths need it.
+// A label of one line that elides the middle of its text, such as a path, when there is too little room.
 //
-// The whole text is in the tool tip, and in the context menu to be copied.
+// The tool tip shows the whole text, and the context menu copies it.
 #pragma once
 
 #include <QLabel>
@@ -13,10 +13,10 @@ class ElideLabel : public QLabel {
 public:
     explicit ElideLabel(const QString& text = {}, QWidget* parent = nullptr);
 
-    // In place of setText(), which knows no tool tip.
+    // Use it in place of setText(), which does not set the tool tip.
     void setWholeText(const QString& text);
 
-    // What is seen of it at the present width.
+    // The text as elided at the current width.
     [[nodiscard]] QString visibleText() const;
 
     [[nodiscard]] QSize sizeHint() const override;

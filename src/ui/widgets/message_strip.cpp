@@ -1,9 +1,9 @@
 #include "ui/widgets/message_strip.h"
 
-#include "ui/theme/surface.h"
+#include "ui/theme/style.h"
 #include "ui/theme/symbol_icon.h"
 #include "ui/theme/theme.h"
-#include "ui/widgets/form_field.h"
+#include "ui/widgets/sheet_layout.h"
 
 #include <QAccessible>
 #include <QHBoxLayout>
@@ -28,7 +28,7 @@ protected:
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
         const Colours& now = colours();
-        const QRectF square(0, -1, side, side); // of which the symbol leaves the edges free
+        const QRectF square(0, -1, side, side); // the symbol leaves the edges of this square empty
         if (failure) {
             paintSymbol(painter, square, "exclamationmark.circle.fill", now.warn, 0, now.warnSoft);
         } else {
@@ -53,7 +53,7 @@ MessageStrip::MessageStrip(QWidget* parent)
     layout->addLayout(line);
     layout->addWidget(offerButton, 0, Qt::AlignLeft);
     connect(offerButton, &QPushButton::clicked, this, [this] {
-        // Accepting may well clear the strip, and the function with it.
+        // A copy, because the callback may clear the strip and with it the stored function.
         const auto accepted = onOffer;
         if (accepted) accepted();
     });

@@ -1,6 +1,6 @@
-// The one line of news at the foot of a dialog: what went well, or what failed and what can be done about it.
+// The message line at the foot of a dialog: a success, or a failure with its remedy.
 //
-// Hidden while there is nothing to say. A new message is announced to screen readers.
+// Hidden while it has no message. New messages are announced to screen readers.
 #pragma once
 
 #include "ui/widgets/push_button.h"
@@ -20,7 +20,7 @@ public:
 
     void showSuccess(const QString& message);
     void showFailure(const QString& message);
-    // A failure with a way out of it: a button, which gets the focus.
+    // A failure with a remedy: a button, which gets the focus.
     void showFailure(const QString& message, const QString& offer, std::function<void()> accepted);
     void clear();
 

@@ -1,7 +1,6 @@
 #include "ui/widgets/push_button.h"
 
-#include "ui/theme/reading_direction.h"
-#include "ui/theme/style_property.h"
+#include "ui/theme/style.h"
 #include "ui/theme/symbol_icon.h"
 #include "ui/theme/text_style.h"
 #include "ui/theme/turning_clock.h"
@@ -45,7 +44,7 @@ bool isStrong(ButtonKind kind) {
 } // namespace
 
 PushButton::PushButton(const QString& label, ButtonKind buttonKind, QWidget* parent) : QPushButton(parent) {
-    // A long neighbour would squeeze the text otherwise.
+    // Otherwise a wide neighbour would squeeze the text.
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     setLabel(label);
     setKind(buttonKind);
@@ -64,7 +63,7 @@ void PushButton::setLabel(const QString& label) {
 
 void PushButton::setKind(ButtonKind chosen) {
     kind = chosen;
-    // The style sheet alone would have the text measured in the lighter font until the button is polished.
+    // With the style sheet alone, Qt would measure the text in the lighter font until the button is polished.
     setFont(fontOf(isStrong(kind) ? TextStyle::strong : TextStyle::body));
     setStyleProperty(*this, "kind", nameOf(kind));
     if (kind == ButtonKind::link) setCursor(Qt::PointingHandCursor);

@@ -1,4 +1,4 @@
-// A push button of one of the program's kinds, with or without a symbol.
+// A push button in one of the program's styles, with or without a symbol.
 #pragma once
 
 #include <QPushButton>
@@ -11,9 +11,9 @@ namespace zembrastel::ui {
 enum class ButtonKind {
     outlined,
     primary, // filled with the accent
-    caution, // confirms what may destroy something
+    caution, // confirms an action that may destroy something
     link,    // looks like text
-    plain,   // a symbol alone, 28 points square: give it an accessible name
+    plain,   // only a symbol, 28 points square; needs an accessible name
 };
 
 class PushButton : public QPushButton {
@@ -21,18 +21,18 @@ class PushButton : public QPushButton {
 
 public:
     explicit PushButton(const QString& label, ButtonKind buttonKind = ButtonKind::outlined, QWidget* parent = nullptr);
-    // A button of a symbol alone, with its name for screen readers and its tool tip.
+    // A button with only a symbol; `accessible` is its accessible name and tool tip.
     PushButton(std::string_view symbolName, const QString& accessible, QWidget* parent);
 
-    // The text as it is read, with "&" for itself and no mnemonic.
+    // Sets the visible text. "&" stands for itself, not for a mnemonic.
     void setLabel(const QString& label);
     void setKind(ButtonKind chosen);
     [[nodiscard]] bool isFilled() const { return kind == ButtonKind::primary; }
-    // In the colour that suits the kind. The empty name takes it away.
+    // Sets the symbol, in the colour of the kind. An empty name removes it.
     void setSymbol(std::string_view name);
-    // 40 points high instead of 32.
+    // Makes the button 40 points high instead of 32.
     void setTall();
-    // Busy, the button is disabled and shows the turning arrows in place of its symbol; afterwards it is enabled.
+    // A busy button is disabled and shows turning arrows in place of its symbol. Ending it enables the button.
     void setBusy(bool nowBusy);
 
 protected:

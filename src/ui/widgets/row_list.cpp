@@ -19,7 +19,7 @@ void RowList::mousePressEvent(QMouseEvent* event) {
     rememberPressed(*event);
 }
 
-// The second click of two fast ones is a click like any other.
+// The second click of a double click counts as a click of its own.
 void RowList::mouseDoubleClickEvent(QMouseEvent* event) { rememberPressed(*event); }
 
 void RowList::rememberPressed(const QMouseEvent& event) {
@@ -37,14 +37,14 @@ void RowList::mouseReleaseEvent(QMouseEvent* event) {
     if (same && event->button() == Qt::LeftButton) partClicked(row, pressedPart);
 }
 
-// A part may be drawn otherwise under the pointer, and a row knows only that the pointer is somewhere on it.
+// A part may look different under the pointer, and the delegate knows only that the pointer is somewhere on the row.
 void RowList::mouseMoveEvent(QMouseEvent* event) {
     QListView::mouseMoveEvent(event);
     if (const QModelIndex under = indexAt(event->position().toPoint()); under.isValid()) update(under);
 }
 
 void RowList::keyPressEvent(QKeyEvent* event) {
-    // Whoever uses the keys has to see where they act, also when the window was opened with the pointer.
+    // Keyboard users must see the focus, even if the window was opened with the pointer.
     if (!window()->testAttribute(Qt::WA_KeyboardFocusChange)) {
         window()->setAttribute(Qt::WA_KeyboardFocusChange);
         viewport()->update();

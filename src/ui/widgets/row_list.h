@@ -1,7 +1,7 @@
-// A list whose rows are worked part by part, with pointer and keys: the base of the lists with tick boxes.
+// A list whose rows consist of parts that react to pointer and keys: the base of the lists with tick boxes.
 //
-// Main thread. What a click means is told when the button goes up, and only where it went down on the same part of the
-// same row: a row may have come between under the pointer since.
+// Main thread. A click counts when the button is released on the same part of the same row as it was pressed on,
+// because another row may have moved under the pointer meanwhile.
 #pragma once
 
 #include <QListView>
@@ -16,10 +16,10 @@ public:
     explicit RowList(QWidget* parent = nullptr);
 
 protected:
-    // The part of a row that a point of the viewport is on; 0 where a click means nothing.
+    // The part of a row under a point of the viewport; 0 if a click there does nothing.
     [[nodiscard]] virtual int partAt(const QModelIndex& row, const QPoint& point) const = 0;
     virtual void partClicked(const QModelIndex& row, int part) = 0;
-    // Says whether the key meant something on that row.
+    // Returns whether the row handled the key.
     [[nodiscard]] virtual bool keyPressed(const QModelIndex& row, int key) = 0;
 
     void mousePressEvent(QMouseEvent* event) override;

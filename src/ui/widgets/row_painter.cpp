@@ -2,7 +2,7 @@
 
 #include "ui/theme/symbol_icon.h"
 #include "ui/theme/theme.h"
-#include "ui/widgets/status_symbol.h"
+#include "ui/theme/turning_clock.h"
 
 #include <QAbstractItemView>
 #include <QCursor>
@@ -15,13 +15,13 @@ namespace {
 
 constexpr int badgePadding = 8;
 
-std::string_view symbolOf(DownloadSelection::Mark mark) {
-    switch (mark) {
-    case DownloadSelection::Mark::all:
+std::string_view symbolOf(Qt::CheckState state) {
+    switch (state) {
+    case Qt::Checked:
         return "checkmark.square.fill";
-    case DownloadSelection::Mark::partial:
+    case Qt::PartiallyChecked:
         return "minus.square.fill";
-    case DownloadSelection::Mark::none:
+    case Qt::Unchecked:
         break;
     }
     return "square";
@@ -73,7 +73,7 @@ void RowPainter::divider(int left, int right) {
 int RowPainter::line(const QRect& where, const QString& text, const LineLook& look) {
     painter.setFont(fontOf(look.style));
     painter.setPen(look.colour);
-    // A name or a path reads in its own direction wherever it stands.
+    // A name or a path keeps its own direction in every layout.
     painter.setLayoutDirection(text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
     const QString visible = painter.fontMetrics().elidedText(text, look.elide, where.width());
     const auto alignment = QStyle::visualAlignment(option.direction, look.side) | Qt::AlignAbsolute | Qt::AlignVCenter;
@@ -91,10 +91,10 @@ void RowPainter::turningSymbol(const QRect& where, std::string_view name, const 
     }
 }
 
-void RowPainter::tick(const QRect& where, DownloadSelection::Mark mark, bool pale) {
-    const bool empty = mark == DownloadSelection::Mark::none;
+void RowPainter::tick(const QRect& where, Qt::CheckState state, bool pale) {
+    const bool empty = state == Qt::Unchecked;
     const Colours& now = colours();
-    paintSymbol(painter, visual(where), symbolOf(mark), empty || pale ? now.edge : now.accent, 0, now.card);
+    paintSymbol(painter, visual(where), symbolOf(state), empty || pale ? now.edge : now.accent, 0, now.card);
 }
 
 int RowPainter::badgeWidth(const QString& text) { return lineWidth(TextStyle::badge, text) + 2 * badgePadding; }

@@ -1,11 +1,10 @@
-// Draws the parts that rows of a list are made of, so that all lists look alike: background, focus ring, divider, text,
-// symbols, tick boxes, badges.
+// Draws the parts of list rows, so that all lists look alike: background, focus ring, divider, text, symbols, tick
+// boxes, badges.
 //
-// Main thread; lives while one row is painted, and leaves the painter as it was. Places are given as though the reading
-// direction were from left to right, and are mirrored within the row where it is the other.
+// Main thread. Lives while one row is painted and restores the painter afterwards. All places are given for a
+// left-to-right layout and are mirrored within the row in a right-to-left one.
 #pragma once
 
-#include "model/download_selection.h"
 #include "ui/theme/colours.h"
 #include "ui/theme/text_style.h"
 
@@ -16,7 +15,7 @@
 
 namespace zembrastel::ui {
 
-// How a line of text stands in its place.
+// The look of one line of text.
 struct LineLook {
     TextStyle style = TextStyle::body;
     QColor colour;
@@ -27,7 +26,7 @@ struct LineLook {
 [[nodiscard]] int lineWidth(TextStyle style, const QString& text);
 [[nodiscard]] int lineHeight(TextStyle style);
 
-// A place in the middle of a row's height.
+// A place centred in the row's height.
 [[nodiscard]] QRect centredIn(const QRect& row, int left, const QSize& size);
 
 class RowPainter {
@@ -39,22 +38,22 @@ public:
 
     [[nodiscard]] bool selected() const { return option.state.testFlag(QStyle::State_Selected); }
     [[nodiscard]] bool hovered() const { return option.state.testFlag(QStyle::State_MouseOver); }
-    // Is the pointer on this part of the hovered row?
+    // Returns whether the pointer is on this part of the hovered row.
     [[nodiscard]] bool hovered(const QRect& part) const;
 
     void plate(const QRect& where, const QColor& colour, double radius = 8);
-    // Round a plate of that place and radius, for those who came by keyboard: a click shows by itself what it chose.
+    // Around a plate of that place and radius. Drawn only after keyboard use: a click already shows what it selected.
     void focusRing(const QRect& plate, double radius = 8);
-    // At the foot of the row.
+    // At the lower edge of the row.
     void divider(int left, int right);
 
-    // Gives back how wide the text came out.
+    // Returns the width of the drawn text.
     int line(const QRect& where, const QString& text, const LineLook& look);
 
     void symbol(const QRect& where, std::string_view name, const QColor& colour);
-    // Turning, and painted again for as long as it can be seen.
+    // Draws the symbol turning, and repaints it while it is visible.
     void turningSymbol(const QRect& where, std::string_view name, const QColor& colour);
-    void tick(const QRect& where, DownloadSelection::Mark mark, bool pale = false);
+    void tick(const QRect& where, Qt::CheckState state, bool pale = false);
 
     void badge(const QRect& where, const QString& text, bool accented);
     [[nodiscard]] static int badgeWidth(const QString& text);

@@ -1,9 +1,8 @@
 #include "ui/widgets/sheet_layout.h"
 
-#include "ui/theme/reading_direction.h"
-#include "ui/theme/surface.h"
+#include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
-#include "ui/widgets/tile.h"
+#include "ui/widgets/symbol_widgets.h"
 #include "ui/widgets/wrap_label.h"
 
 #include <QHBoxLayout>
@@ -12,10 +11,31 @@
 namespace zembrastel::ui {
 namespace {
 
+QLabel* makeBuddy(const QString& label, QWidget* field) {
+    QLabel* const caption = makeLabel(label, TextStyle::fieldLabel);
+    caption->setBuddy(field);
+    return caption;
+}
+
 constexpr int margin = 24;
 constexpr int gap = 12;
 
 } // namespace
+
+QVBoxLayout* makeField(const QString& label, QWidget* field, QWidget* help) {
+    auto* const layout = makeLayout<QVBoxLayout>(labelGap);
+    layout->addWidget(makeBuddy(label, field));
+    layout->addWidget(field);
+    if (help != nullptr) layout->addWidget(help);
+    return layout;
+}
+
+QVBoxLayout* makeField(const QString& label, QWidget* field, QLayout* row) {
+    auto* const layout = makeLayout<QVBoxLayout>(labelGap);
+    layout->addWidget(makeBuddy(label, field));
+    layout->addLayout(row);
+    return layout;
+}
 
 QLayout* makeSheetHead(QDialog& sheet, std::string_view symbol, const QString& title, const QStringList& explanation) {
     sheet.setWindowTitle(title);
@@ -44,7 +64,7 @@ QLayout* makeSheetTools(std::initializer_list<PushButton*> buttons, QLabel* summ
 QWidget* makeListCard(QListView* list, int inset) {
     QFrame* const card = makeSurface(Surface::card);
     auto* const layout = new QVBoxLayout(card);
-    // The scroll bar stands nearer to the edge than the rows do.
+    // The scroll bar stands closer to the edge than the rows.
     layout->setContentsMargins(readingMargins(7, inset, 1, inset));
     layout->addWidget(list);
     return card;
@@ -72,7 +92,7 @@ void layOutSheet(QDialog& sheet, QLayout* head, QLayout* tools, QWidget* card, Q
     layout->setSpacing(0);
     layout->addLayout(body, 1);
     layout->addWidget(foot);
-    // Only now: Qt makes a button the default of the dialog that it is in at that moment.
+    // Not earlier: Qt makes a button the default of the dialog that contains it at that moment.
     for (auto* const button : foot->findChildren<PushButton*>()) button->setDefault(button->isFilled());
 }
 

@@ -1,7 +1,7 @@
-// What the sheets with a list have in common: a head with a symbol, the tools over the list, the list in its card, and
-// the buttons at the foot.
+// Layouts shared by the dialogs: labelled form fields, and the parts of a sheet with a list: head with symbol, tools
+// above the list, list in its card, buttons at the foot.
 //
-// Main thread. Nothing here has an owner until it is laid out.
+// Main thread. The parts have no owner until they are added to a layout.
 #pragma once
 
 #include "ui/widgets/push_button.h"
@@ -11,25 +11,44 @@
 #include <QLayout>
 #include <QListView>
 #include <QStringList>
+#include <QVBoxLayout>
+#include <QWidget>
 
 #include <initializer_list>
 #include <string_view>
 
 namespace zembrastel::ui {
 
-// Title and explanation, which also become the sheet's own for the window manager and screen readers.
+inline constexpr int fieldGap = 12; // between two fields
+inline constexpr int labelGap = 4;  // between a label and its field
+
+[[nodiscard]] QVBoxLayout* makeField(const QString& label, QWidget* field, QWidget* help = nullptr);
+
+// As above, for a field with a button beside it.
+[[nodiscard]] QVBoxLayout* makeField(const QString& label, QWidget* field, QLayout* row);
+
+// A layout without margins, with this gap between its items.
+template <class Layout>
+[[nodiscard]] Layout* makeLayout(int spacing, QWidget* owner = nullptr) {
+    auto* const layout = owner == nullptr ? new Layout : new Layout(owner);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(spacing);
+    return layout;
+}
+
+// Title and explanation. They also become the sheet's window title and accessible text.
 [[nodiscard]] QLayout* makeSheetHead(
     QDialog& sheet, std::string_view symbol, const QString& title, const QStringList& explanation);
 
-// Buttons, and at the other end a text.
+// Buttons on one side, a text on the other.
 [[nodiscard]] QLayout* makeSheetTools(std::initializer_list<PushButton*> buttons, QLabel* summary);
 
-// `inset` is what the list keeps free above and below.
+// `inset` is the space above and below the list.
 [[nodiscard]] QWidget* makeListCard(QListView* list, int inset);
 
 [[nodiscard]] QWidget* makeSheetFoot(std::initializer_list<PushButton*> buttons);
 
-// The filled button at the foot becomes what Enter presses.
+// The filled button at the foot becomes the default button.
 void layOutSheet(QDialog& sheet, QLayout* head, QLayout* tools, QWidget* card, QWidget* foot);
 
 } // namespace zembrastel::ui

@@ -23,7 +23,7 @@ void Switch::moveKnob(bool on) {
     knob.stop();
     knob.setStartValue(from);
     knob.setEndValue(on ? 1.0 : 0.0);
-    // Nobody sees it move before it is shown.
+    // No animation before the switch is visible.
     knob.setDuration(isVisible() && theme().animated() ? 120 : 0);
     knob.start();
     update();
@@ -55,7 +55,7 @@ void Switch::paintEvent(QPaintEvent*) {
     painter.drawEllipse(QRectF(track.x() + 2 + place * 18, track.y() + 2, 16, 16));
 
     if (hasFocus()) {
-        // Round the track, with the page showing between.
+        // Around the track, with the page visible in between.
         const QRectF whole(rect());
         painter.setBrush(Qt::NoBrush);
         painter.setPen(QPen(now.window, 1));

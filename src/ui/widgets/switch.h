@@ -1,6 +1,6 @@
-// An on-off switch, 40 x 24 points, for options that take effect as they are set.
+// An on-off switch, 40 x 24 points, for options that take effect at once.
 //
-// Space and Enter switch it. Give it its label's text as accessible name. A screen reader takes it for a check box.
+// Space and Enter toggle it. Its accessible name is the text of its label. Screen readers announce a check box.
 #pragma once
 
 #include <QAbstractButton>

@@ -11,10 +11,10 @@
 namespace zembrastel::ui {
 namespace {
 
-// What a layout may count on before it knows the width.
+// The width that size hints assume before the real width is known.
 constexpr int usualWidth = 400;
 
-// Breaks one paragraph into lines and gives their height.
+// Breaks one paragraph into lines and returns their height.
 double arrange(QTextLayout& layout, const QLabel& label, double width) {
     QTextOption option(QStyle::visualAlignment(label.layoutDirection(), label.alignment()));
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
@@ -87,7 +87,7 @@ void WrapLabel::changeEvent(QEvent* event) {
     if (event->type() == QEvent::FontChange) fitHeight();
 }
 
-// Some layouts on the way up know nothing of heights for widths; a minimum they all respect.
+// Some parent layouts ignore height-for-width, but all of them respect a minimum height.
 void WrapLabel::fitHeight() {
     if (testAttribute(Qt::WA_Resized)) setMinimumHeight(heightForWidth(width()));
 }

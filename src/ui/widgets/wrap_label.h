@@ -1,6 +1,6 @@
-// A label that wraps and is always as high as its text needs, in whatever layout it stands.
+// A label that wraps and always has the height that its text needs, in any layout.
 //
-// A word that is too long for a line, as paths and server messages have them, is broken.
+// Breaks words that are longer than a line, as in paths and server messages.
 #pragma once
 
 #include "ui/theme/text_style.h"
@@ -16,7 +16,7 @@ public:
     explicit WrapLabel(
         const QString& text, TextStyle style = TextStyle::body, Tone tone = Tone::normal, QWidget* parent = nullptr);
 
-    // In place of setText(): the height follows at once.
+    // Use it in place of setText(): it adapts the height at once.
     void setWrappedText(const QString& text);
 
     [[nodiscard]] bool hasHeightForWidth() const override { return true; }

@@ -1,0 +1,226 @@
+#include "cli/parser.h"
+
+#include "cli/text/presentation.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <charconv>
+
+namespace zembrastel::cli {
+namespace {
+
+// CLI11 takes "[a,b]" for a list wherever more than one text may follow. File names may look like that, so such an
+// argument gets this mark before parsing, and every option removes it. Nobody types it.
+constexpr char bracketMark = '\x1F';
+
+std::string withBracketMark(const std::string& argument) {
+    const bool looksLikeList = argument.starts_with('[') && argument.ends_with(']');
+    return looksLikeList ? bracketMark + argument : argument;
+}
+
+std::string withoutBracketMark(const std::string& argument) {
+    return argument.starts_with(bracketMark) ? argument.substr(1) : argument;
+}
+
+void removeBracketMarks(CLI::App& app) {
+    for (auto* option : app.get_options([](const CLI::Option* candidate) { return candidate->get_type_size() > 0; })) {
+        option->transform([](const std::string& text) { return withoutBracketMark(text); });
+    }
+    for (auto* command : app.get_subcommands({})) removeBracketMarks(*command);
+}
+
+// Shows each option with the type of its value, and without CLI11's own rules.
+class HelpText final : public CLI::Formatter {
+public:
+    HelpText() {
+        constexpr std::size_t descriptionColumn = 32;
+        column_width(descriptionColumn);
+        label("SUBCOMMAND", "COMMAND");
+        label("Positionals", "Arguments");
+    }
+
+    std::string make_option_opts(const CLI::Option* option) const override {
+        if (option->get_type_size() == 0 || option->get_type_name().empty()) return "";
+        return " " + option->get_type_name() + (option->get_allow_extra_args() ? "..." : "");
+    }
+
+    std::string make_footer(const CLI::App* app) const override {
+        std::string text = CLI::Formatter::make_footer(app);
+        if (app->get_parent() == nullptr) return text;
+        if (!text.empty()) text += '\n';
+        return text + "--state, --json and the password options can be given as well: see zembrastel-cli --help.\n";
+    }
+};
+
+std::vector<const CLI::App*> commandsBelow(const CLI::App& app) {
+    return app.get_subcommands([](const CLI::App*) { return true; });
+}
+
+// The innermost command that the user has named; the program if none.
+const CLI::App& namedCommand(const CLI::App& app) {
+    const auto named = app.get_subcommands();
+    return named.empty() ? app : namedCommand(*named.front());
+}
+
+// "add, list or set"
+std::string listedCommands(const CLI::App& app) {
+    const auto commands = commandsBelow(app);
+    std::string names;
+    for (const auto* each : commands) {
+        if (!names.empty()) names += each == commands.back() ? " or " : ", ";
+        names += each->get_name();
+    }
+    return names;
+}
+
+// The first option of the command or of its parents that was given too often.
+const CLI::Option* repeatedOption(const CLI::App* command) {
+    for (; command != nullptr; command = command->get_parent()) {
+        for (const auto* option : command->get_options()) {
+            const auto allowed = static_cast<std::size_t>(std::max(option->get_items_expected_max(), 1));
+            const bool once = option->get_multi_option_policy() == CLI::MultiOptionPolicy::Throw;
+            if (once && option->get_type_size() > 0 && option->count() > allowed) return option;
+        }
+    }
+    return nullptr;
+}
+
+CLI::Option& addOption(CLI::App& app, const char* name, auto& target, const char* type, const char* help) {
+    return *app.add_option(name, target, help)->type_name(type);
+}
+
+} // namespace
+
+Option Option::optional() const {
+    option->required(false);
+    return *this;
+}
+
+Option Option::notEmpty(const std::string& complaint) const {
+    option->check([complaint](const std::string& text) { return text.empty() ? complaint : std::string(); }, "");
+    return *this;
+}
+
+Option Option::portNumber() const {
+    option->check(
+        [](const std::string& text) {
+            constexpr int maxPort = 65535;
+            int port = 0;
+            const auto parsed = std::from_chars(text.data(), text.data() + text.size(), port);
+            const bool isNumber = parsed.ec == std::errc() && parsed.ptr == text.data() + text.size();
+            return isNumber && port >= 1 && port <= maxPort ? "" : "must be a number from 1 to 65535, not " + text;
+        },
+        "");
+    return *this;
+}
+
+Option Option::repeatable() const {
+    option->take_all()->expected(1, -1)->allow_extra_args(false);
+    return *this;
+}
+
+Option Option::excludes(const std::vector<Option>& others) const {
+    for (const auto& other : others) option->excludes(other.option);
+    return *this;
+}
+
+void excludeEachOther(const std::vector<Option>& options) {
+    for (auto first = options.begin(); first != options.end(); ++first) first->excludes({first + 1, options.end()});
+}
+
+Option Syntax::argument(const char* name, std::string& target, const char* help) const {
+    return Option(*addOption(*app, name, target, "", help).required());
+}
+
+Option Syntax::argument(const char* name, std::vector<std::string>& target, const char* help) const {
+    return Option(*addOption(*app, name, target, "", help).required());
+}
+
+Option Syntax::profileArgument(std::string& target) const {
+    return argument("NAME", target, "Name or id of the profile");
+}
+
+Option Syntax::option(const char* name, std::string& target, const char* type, const char* help) const {
+    return Option(addOption(*app, name, target, type, help));
+}
+
+Option Syntax::option(const char* name, std::optional<std::string>& target, const char* type, const char* help) const {
+    return Option(addOption(*app, name, target, type, help));
+}
+
+Option Syntax::option(const char* name, std::optional<std::int64_t>& target, const char* type, const char* help) const {
+    return Option(addOption(*app, name, target, type, help));
+}
+
+Option Syntax::option(const char* name, std::vector<std::string>& target, const char* type, const char* help) const {
+    return Option(addOption(*app, name, target, type, help));
+}
+
+Option Syntax::flag(const char* name, bool& target, const char* help) const {
+    return Option(*app->add_flag(name, target, help));
+}
+
+Option Syntax::named(const char* name) const { return Option(*app->get_option(name)); }
+
+void Syntax::footer(const char* text) const { app->footer(text); }
+
+Syntax Syntax::addCommand(const char* name, const char* help, Command run) const {
+    auto* added = app->add_subcommand(name, help)->group("Commands");
+    added->callback([target = chosen, run = std::move(run)] { *target = run; });
+    return {*added, *chosen};
+}
+
+Syntax Syntax::group(const char* name, const char* help) const {
+    auto* added = app->add_subcommand(name, help)->group("Commands")->require_subcommand(1);
+    return {*added, *chosen};
+}
+
+Parser::Parser(const char* description) : app(std::make_unique<CLI::App>(description, "zembrastel-cli")) {
+    app->set_help_flag("-h,--help", "Print this help and exit");
+    app->formatter(std::make_shared<HelpText>());
+    app->require_subcommand(1);
+    app->fallthrough();
+}
+
+Parser::~Parser() = default;
+
+Syntax Parser::program() { return {*app, chosen}; }
+
+void Parser::setVersion(const char* text) { app->set_version_flag("--version", text, "Print the version and exit"); }
+
+Command Parser::parse(int count, char** arguments, const char* footer) {
+    app->footer(footer); // not earlier: commands inherit it
+    removeBracketMarks(*app);
+    std::vector<std::string> texts; // CLI11 takes them from the end
+    for (int index = count - 1; index > 0; --index) texts.push_back(withBracketMark(arguments[index]));
+    try {
+        app->parse(std::move(texts));
+    } catch (const CLI::Success& request) {
+        app->exit(request);
+    } catch (const CLI::ParseError& error) {
+        const bool required = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
+        throw CommandError(ExitCode::usage, complaint(error, required) + " --help shows more.");
+    }
+    return chosen;
+}
+
+// CLI11's own words, except for the failures that are worded here.
+std::string Parser::complaint(const std::exception& error, bool required) const {
+    const auto unknown = app->remaining(true);
+    const CLI::App& command = namedCommand(*app);
+    if (!unknown.empty()) {
+        const bool isCommand = &command == app.get() && !unknown.front().starts_with('-');
+        return (isCommand ? "There is no command " : "Not expected: ") + inQuotes(withoutBracketMark(unknown.front()))
+               + ".";
+    }
+    if (required && !commandsBelow(command).empty()) {
+        return (&command == app.get() ? "Name a command: " : "Name a command of " + command.get_name() + ": ")
+               + listedCommands(command) + ".";
+    }
+    if (const auto* repeated = repeatedOption(&command)) {
+        return repeated->get_name() + " was given more than once; give it once.";
+    }
+    return sentence(error.what());
+}
+
+} // namespace zembrastel::cli

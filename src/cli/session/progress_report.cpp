@@ -1,0 +1,89 @@
+#include "cli/session/progress_report.h"
+
+#include "app/progress_text.h"
+#include "cli/text/presentation.h"
+
+#include <cmath>
+
+namespace zembrastel::cli {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::chrono::seconds lineInterval = 10s;
+constexpr std::chrono::seconds jsonInterval = 1s;
+
+// The path of the current file, else the profile's name.
+std::string progressSubject(const Profile& profile, const TransferProgress& progress) {
+    return oneLine(progress.file ? progress.file->path : profile.name);
+}
+
+const char* workWord(TransferProgress::Work work) {
+    switch (work) {
+    case TransferProgress::Work::downloading:
+        return "downloading";
+    case TransferProgress::Work::comparing:
+        return "comparing";
+    case TransferProgress::Work::uploading:
+        break;
+    }
+    return "uploading";
+}
+
+void addProgressFields(JsonLine& object, const TransferProgress& progress) {
+    object.text("work", workWord(progress.work));
+    object.number("filesDone", progress.filesDone).number("files", progress.filesQueued);
+    object.number("folders", progress.folders).number("bytesDone", progress.bytes);
+    if (progress.bytesQueued) object.number("bytes", *progress.bytesQueued);
+    if (progress.rate) object.number("rate", static_cast<std::uint64_t>(std::lround(*progress.rate)));
+    if (!progress.file) return;
+    object.text("path", progress.file->path).number("fileBytesDone", progress.file->bytes);
+    if (progress.file->size) object.number("fileBytes", *progress.file->size);
+}
+
+} // namespace
+
+void ProgressReport::show(const Uuid& id) {
+    if (output.isLive()) {
+        showLive();
+    } else if (lines == Lines::withoutLiveLine) {
+        const auto* profile = model.profile(id);
+        const auto& progress = model.status(id).progress;
+        if (profile != nullptr && progress) print(*profile, *progress);
+    }
+}
+
+void ProgressReport::showLive() {
+    std::string subject;
+    std::string text;
+    std::size_t others = 0;
+    for (const auto& profile : model.profiles()) {
+        const auto& progress = model.status(profile.id).progress;
+        if (!progress) continue;
+        if (text.empty()) {
+            subject = progressSubject(profile, *progress);
+            text = progressText(*progress);
+        } else {
+            ++others;
+        }
+    }
+    if (others > 0) text += " (and " + counted(others, "other profile") + ")";
+    output.live(subject, text);
+}
+
+void ProgressReport::print(const Profile& profile, const TransferProgress& progress) {
+    const auto interval = output.json() ? jsonInterval : lineInterval;
+    const Time now = clock.steadyNow();
+    if (now - lastLine < interval) return;
+    lastLine = now;
+    if (output.json()) {
+        auto object = JsonLine::forProfile("progress", profile);
+        addProgressFields(object, progress);
+        output.line(object);
+    } else {
+        const std::string file = progress.file ? oneLine(progress.file->path) + ": " : "";
+        output.line(file + progressText(progress));
+    }
+}
+
+} // namespace zembrastel::cli

@@ -1,0 +1,136 @@
+#include "cli/session/session.h"
+
+#include "app/record_of.h"
+#include "model/error.h"
+#include "model/publish_journal.h"
+
+namespace zembrastel::cli {
+namespace {
+
+[[noreturn]] void failLoading(const std::exception& error) { throw CommandError(ExitCode::failed, loadFailure(error)); }
+
+InstanceLock lockState(const StateStore& store) {
+    std::optional<InstanceLock> lock;
+    try {
+        lock = InstanceLock::acquire(store.folder());
+    } catch (const std::exception& error) {
+        throw CommandError(ExitCode::failed, "Cannot lock the state folder: " + describe(error) + ".");
+    }
+    if (!lock) {
+        throw CommandError(
+            ExitCode::stateInUse, "The state folder " + store.folder().string()
+                                      + " is in use by another running program. Nothing was changed; stop that program "
+                                        "first, or name another folder with --state.");
+    }
+    return *std::move(lock);
+}
+
+AppModel::Options withStore(AppModel::Options options, const StateStore& store) {
+    options.storeOverride = store;
+    return options;
+}
+
+} // namespace
+
+StateFolder::StateFolder(const GlobalOptions& globalOptions) {
+    if (!globalOptions.stateFolder.empty()) named = std::filesystem::absolute(globalOptions.stateFolder);
+    if (!globalOptions.passwordFile.empty()) {
+        passwordFile = std::filesystem::absolute(globalOptions.passwordFile).string();
+    }
+}
+
+void StateFolder::requireNamed() const {
+    std::error_code failed; // opening the folder reports it
+    if (!named || std::filesystem::exists(*named, failed) || failed) return;
+    throw CommandError(
+        ExitCode::failed, "There is no such state folder: " + named->string() + ". Check what --state names.");
+}
+
+template <class Loaded>
+Loaded StateFolder::loadBy(Loaded (StateStore::*read)() const) const {
+    requireNamed();
+    try {
+        const auto store = StateStore::find(named);
+        return store ? ((*store).*read)() : Loaded{};
+    } catch (const std::exception& error) {
+        failLoading(error);
+    }
+}
+
+SavedState StateFolder::load() const { return loadBy(&StateStore::load); }
+
+std::vector<Profile> StateFolder::loadProfiles() const { return loadBy(&StateStore::loadProfiles); }
+
+ServerRecord StateFolder::recordOf(const SavedState& state, const Uuid& profile) const {
+    ServerRecord record = zembrastel::recordOf(state, profile);
+    if (const auto store = StateStore::find(named)) record.announced = PublishJournal(store->folder(), profile).read();
+    return record;
+}
+
+std::vector<PrivateItem> StateFolder::privateItems() const {
+    std::vector<PrivateItem> items;
+    try {
+        if (const auto store = StateStore::find(named)) items = store->privateItems();
+    } catch (const std::filesystem::filesystem_error&) {
+        // The folder was removed meanwhile.
+    }
+    if (!passwordFile.empty()) items.push_back({.path = passwordFile, .reason = "it holds the password"});
+    return items;
+}
+
+StateStore StateFolder::open() const {
+    requireNamed();
+    return openOrMake();
+}
+
+StateStore StateFolder::openOrMake() const {
+    try {
+        return StateStore(named);
+    } catch (const std::exception& error) {
+        failLoading(error);
+    }
+}
+
+Session::Session(const CommandContext& context, StateStore opened, AppModel::Options options)
+    : interrupt(context.interrupt), store(std::move(opened)), lock(lockState(store)),
+      profiles(mainQueue, withStore(std::move(options), store)) {
+    if (profiles.alert()) throw CommandError(ExitCode::failed, *profiles.alert());
+}
+
+Session Session::forChanges(const CommandContext& context, std::function<void(const Uuid&)> removePassword) {
+    return {
+        context,
+        StateFolder(context.options).openOrMake(),
+        {.passwordAccess =
+             {.read = [](const Uuid&) -> std::string { throw SyncError("Not started."); },
+              .remove = std::move(removePassword)},
+         .watches = false}};
+}
+
+Interrupt::Scope Session::interruptible() {
+    return interrupt.during([this] { mainQueue.quit(); });
+}
+
+bool Session::runUntil(const std::function<bool()>& condition) {
+    const auto scope = interruptible();
+    return mainQueue.runUntil(condition);
+}
+
+// The session stores the password, not the model, which would start an enabled profile with it.
+void Session::add(const Profile& profile, const std::optional<std::string>& password) {
+    if (password) PasswordStore::save(*password, profile.id);
+    try {
+        profiles.save(profile, std::nullopt);
+    } catch (const std::exception&) {
+        if (password) PasswordStore::remove(profile.id);
+        throw;
+    }
+}
+
+void Session::change(const Profile& profile, const std::optional<std::string>& password) {
+    profiles.checkSavable(profile);
+    if (password) PasswordStore::save(*password, profile.id);
+    profiles.save(profile, std::nullopt);
+}
+
+} // namespace zembrastel::cli

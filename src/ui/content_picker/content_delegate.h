@@ -1,0 +1,38 @@
+// Paints a line of the content picker's tree and locates its parts.
+#pragma once
+
+#include "ui/content_picker/content_tree_model.h"
+#include "ui/widgets/row_painter.h"
+
+#include <QStyledItemDelegate>
+
+namespace zembrastel::ui {
+
+class ContentDelegate : public QStyledItemDelegate {
+    Q_OBJECT
+
+public:
+    enum class Part { none, chevron, tick, retry };
+
+    ContentDelegate(const ContentTreeModel& rowModel, QObject* parent);
+
+    [[nodiscard]] static int height();
+
+    // The part under a point of the viewport. `row` is the row's place in the list.
+    [[nodiscard]] Part partAt(
+        const QRect& row, const QModelIndex& index, const QPoint& point, Qt::LayoutDirection direction) const;
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+    [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+
+private:
+    struct Places;
+
+    [[nodiscard]] static Places placesOf(const QRect& whole, const ContentLine& line, const QString& shown);
+    void paintEntry(RowPainter& painter, const Places& at, const ContentLine& line, const QString& name) const;
+    static void paintMessage(RowPainter& painter, const Places& at, ContentLine::Kind kind, const QString& shown);
+
+    const ContentTreeModel& rows;
+};
+
+} // namespace zembrastel::ui

@@ -1,0 +1,101 @@
+// The tree of the content picker as a list of lines, with the ticks of the selection: one line per visible entry, and
+// one message in place of the contents of a folder that shows none.
+//
+// Main thread. Observes one browser at a time, until leave().
+#pragma once
+
+#include "app/remote_browser_model.h"
+#include "model/download_selection.h"
+
+#include <QAbstractListModel>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace zembrastel::ui {
+
+struct ContentLine {
+    enum class Kind { entry, loading, error, empty };
+
+    Kind kind = Kind::entry;
+    int depth = 0;
+    std::string path;                         // of a message, the path of its folder
+    std::shared_ptr<const RemoteEntry> entry; // null for a message
+
+    [[nodiscard]] bool isEntry() const { return kind == Kind::entry; }
+    [[nodiscard]] bool isFolder() const { return isEntry() && entry->directory; }
+
+    friend bool operator==(const ContentLine& a, const ContentLine& b) {
+        return a.kind == b.kind && a.depth == b.depth && a.path == b.path;
+    }
+};
+
+// All visible lines, from top to bottom.
+[[nodiscard]] std::vector<ContentLine> contentLines(const RemoteBrowserModel& browser);
+
+// The difference between two lists of lines: the former lines [first, formerEnd) were replaced by the next lines
+// [first, nextEnd).
+struct LineChange {
+    int first = 0;
+    int formerEnd = 0;
+    int nextEnd = 0;
+};
+
+[[nodiscard]] LineChange changeBetween(const std::vector<ContentLine>& former, const std::vector<ContentLine>& next);
+
+class ContentTreeModel : public QAbstractListModel, private RemoteBrowserObserver {
+    Q_OBJECT
+
+public:
+    ContentTreeModel(DownloadSelection selection, QObject* parent);
+
+    [[nodiscard]] const DownloadSelection& selection() const { return chosen; }
+    [[nodiscard]] const ContentLine& line(const QModelIndex& index) const { return lines[std::size_t(index.row())]; }
+
+    // Observes another browser. The former browser must still exist and is not used afterwards.
+    void follow(RemoteBrowserModel& next);
+    // Call it before the browser is destroyed.
+    void leave();
+
+    [[nodiscard]] bool isOpen(const ContentLine& line) const;
+    [[nodiscard]] Qt::CheckState checkState(const ContentLine& line) const;
+    [[nodiscard]] bool isExcluded(const ContentLine& line) const;
+    // "Local only", "Excluded" and "Empty folder", as far as they apply.
+    [[nodiscard]] QStringList badges(const ContentLine& line) const;
+    [[nodiscard]] QString shownText(const ContentLine& line) const;
+
+    // The folder that contains the line; invalid for lines at the top of the tree.
+    [[nodiscard]] QModelIndex folderOf(const QModelIndex& child) const;
+
+    // Whether the ticked path is a folder; nullopt if it was not listed.
+    [[nodiscard]] std::optional<bool> isFolder(const std::string& path) const;
+
+    // A partially ticked line becomes fully ticked.
+    void toggleTick(const QModelIndex& index);
+    void tickEverything(bool ticked);
+    void toggleFold(const QModelIndex& index);
+    void retry(const QModelIndex& index);
+
+    [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
+    [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
+    [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override;
+
+private:
+    [[nodiscard]] QString failureOf(const ContentLine& line) const;
+    [[nodiscard]] QString accessibleText(const ContentLine& line) const;
+    void folderChanged(const std::string& path) override;
+    void expandedChanged(const std::string& path) override;
+    void update();
+    void rememberKinds(const std::string& folder);
+    void notifyAllChanged();
+
+    RemoteBrowserModel* browser = nullptr;
+    DownloadSelection chosen;
+    std::unordered_map<std::string, bool> kinds; // true for folders; only paths that were ticked and listed
+    std::vector<ContentLine> lines;
+};
+
+} // namespace zembrastel::ui
