@@ -363,7 +363,7 @@ TEST(DownloadFaults, FileOfAnotherSizeIsNotInstalled) {
     testing::writeFile(folder / "short", "12");
     testing::writeFile(folder / "large", large);
     const auto refusal = [](const std::string& sent) {
-        return "page was not downloaded: the server told a size of 5 bytes and sent " + sent + ".";
+        return "page was not downloaded: the server reported a size of 5 bytes and sent " + sent + ".";
     };
     struct Case {
         Words oddity;
