@@ -51,18 +51,15 @@ protected:
     using Between = std::function<void(std::size_t sleeps)>;
 
     // Runs until the given number of sleeps has begun. `between` is called in each, counted from 1.
-    void run(
-        std::size_t sleeps, const Between& between = [](std::size_t) {}) {
-        run(sleeps, clock, between);
-    }
+    void run(std::size_t sleeps, const Between& between = {}) { run(sleeps, clock, between); }
 
-    void run(
-        std::size_t sleeps, testing::FakeClock& used, const Between& between = [](std::size_t) {}) {
+    void run(std::size_t sleeps, testing::FakeClock& used, const Between& between = {}) {
         std::stop_source stop;
         const std::size_t before = used.sleeps().size();
         std::size_t count = 0;
         used.onSleep = [&](std::chrono::nanoseconds) {
-            between(++count);
+            ++count;
+            if (between) between(count);
             if (count == sleeps) stop.request_stop();
             return count < sleeps;
         };
@@ -429,8 +426,7 @@ private:
 TEST_F(SyncWorkerTest, SmallFilesCountWhenLive) {
     constexpr std::size_t many = 200;
     for (std::size_t i = 0; i < many; ++i) testing::writeFile(site / ("page" + std::to_string(i)), "four");
-    std::uint64_t bytes = 0;
-    std::size_t reports = 0;
+    std::uint64_t bytes = 0, reports = 0;
     progress = [&](const TransferProgress& now) {
         ++reports;
         const auto isUpload = [](const std::string& event) { return event.starts_with("uploaded "); };
