@@ -15,14 +15,14 @@
 namespace zembrastel {
 namespace {
 
-// Makes the scan of this poll the previous one when the poll ends, well or not.
+// Keeps the scan of this poll as the previous one when the poll ends, even after a failure.
 struct KeepAsPrevious {
     FileMap& previous;
     const FileMap& current;
     ~KeepAsPrevious() { previous = current; }
 };
 
-// The state of one run. Cancelled leaves it wherever it is.
+// The state of one run. Cancelled can leave it at any point.
 class WorkerRun {
 public:
     WorkerRun(const SyncWorker& started, const std::stop_token& stopToken)
@@ -60,7 +60,7 @@ public:
     }
 
 private:
-    // Why not everything was sent, if so.
+    // Why not all files were sent; nullopt if all were.
     std::optional<std::string> sendOnce() {
         worker.control->check();
         previous = scanFolder();
@@ -75,7 +75,7 @@ private:
         return "Some files did not stop changing.";
     }
 
-    // False when there is nothing that may be downloaded.
+    // False if nothing may be downloaded.
     bool downloadInitially() {
         try {
             worker.profile.validateDownloadSelection();
@@ -147,8 +147,8 @@ private:
         return current;
     }
 
-    // A disk that was unmounted is not a site of which every file was deleted; and when it is back, others may have
-    // changed the server meanwhile. The first look has no mount to compare with: there an empty folder is enough.
+    // An unmounted disk must not count as a deletion of every file; and when it is back, other users may have changed
+    // the server. The first scan has no earlier mount to compare with, so there an empty folder is enough.
     void requireOwnDisk(const Mount& found, const FileMap& current) {
         const bool other = mount && mount != found;
         const auto isThere = [&current](const auto& file) { return current.contains(file.path); };
@@ -169,7 +169,7 @@ private:
         mount = found;
     }
 
-    // Files that the user has since left out of the profile are not found wherever the disk is.
+    // Files that the user excluded from the profile meanwhile are not expected.
     [[nodiscard]] bool expectsFiles() const {
         return std::ranges::any_of(baseline, [this](const auto& file) {
             return worker.profile.includesInSync(file.path) && !worker.profile.excludes(file.path);
@@ -199,7 +199,7 @@ private:
             sendStable(changed, current, pending);
         }
         forgetDeleted(current);
-        // The same entries: once they are shared, the next poll compares them by address.
+        // Equal entries: when they are shared, the next poll compares them by address.
         if (changed.empty()) baseline = current;
     }
 
@@ -215,7 +215,7 @@ private:
         showWaiting(current);
     }
 
-    // A file that failed for a reason of its own waits without holding up others.
+    // A file that failed for a reason of its own does not delay other files.
     void showWaiting(const FileMap& current) {
         const auto failure = uploads.failure();
         if (!failure || std::exchange(waitingShown, true)) return;
@@ -257,9 +257,9 @@ private:
     const FTPTransport transport;
     FileMap baseline;
     FileMap previous;
-    std::optional<Mount> mount; // that the local folder is on
+    std::optional<Mount> mount; // of the local folder
     bool diskWasAway = false;
-    bool filesMissing = false; // at the latest look
+    bool filesMissing = false; // in the latest scan
     UploadQueue uploads;
     bool waitingShown = false; // the status says why files wait
     FileMap lookedThrough;     // for names that are alike

@@ -28,7 +28,7 @@ UploadQueue::UploadQueue(
       journal(started.journal) {}
 
 std::string uploadProblem(std::string problem, const std::string& path) {
-    // curl counts what came in, which is nothing in an upload.
+    // curl counts received bytes, of which an upload has none.
     constexpr std::string_view misleading = " with 0 bytes received";
     const auto received = problem.find(misleading);
     if (received != std::string::npos) problem.replace(received, misleading.size(), " before the upload was complete");
@@ -64,12 +64,12 @@ bool UploadQueue::isBeingWritten(const std::string& path) {
     } catch (const Cancelled&) {
         throw;
     } catch (const std::exception&) {
-        return false; // what is wrong with the file is reported when it is staged
+        return false; // the failure is reported when the file is staged
     }
     const auto now = worker.clock.steadyNow();
     const auto [since, isNew] = writtenSince.try_emplace(path, now);
     if (now - since->second < longestWrite) return true;
-    // Said once, and not waited for again until the file is closed.
+    // Reported once; then there is no more waiting until the file is closed.
     if (since->second != FileRetries::Time::min()) {
         activity(
             "Still open for writing in another program after two minutes; uploaded as it is: " + printable(path), true);
@@ -130,7 +130,7 @@ void UploadQueue::announce(const std::vector<CompleteCopy>& copies) {
     try {
         journal->announce(batch);
     } catch (const std::filesystem::filesystem_error&) {
-        // A full disk, which is reported when the state is saved. The price is one needless question after a kill.
+        // A full disk is reported when the state is saved. After a kill, the user is asked one needless question.
     }
 }
 

@@ -1,7 +1,7 @@
-// The uploads of one worker: which of the changed files may go up now, their publication, and what is learnt from it.
+// The uploads of one worker: chooses the changed files that may be uploaded now, publishes them, and keeps the results.
 //
-// Identity; lives as long as the worker's run and is used on its thread. It keeps the version of each file that was
-// last seen on the server, so that no other one is replaced, and the failures of single files, which hold up no others.
+// Lives as long as the worker's run and is used on its thread. It keeps the version of each file that was last seen on
+// the server, so that no other version is replaced, and the failures of single files, which do not delay other files.
 #pragma once
 
 #include "model/fingerprint.h"
@@ -23,46 +23,44 @@
 
 namespace zembrastel {
 
-// What the user reads when the upload of this file failed: the text names the file at its end if it does not name it
-// yet.
+// The user's message for a failed upload of this file: names the file at the end if `problem` does not name it.
 [[nodiscard]] std::string uploadProblem(std::string problem, const std::string& path);
 
 class UploadQueue {
 public:
-    // All are borrowed for as long as the object lives. `baseline` is changed by what goes up.
+    // All are borrowed for as long as the object lives. The object updates the baseline `synchronised` after uploads.
     UploadQueue(const SyncWorker& started, const FTPTransport& used, ProgressMeter& counter, FileMap& synchronised);
     UploadQueue(const UploadQueue&) = delete;
     UploadQueue& operator=(const UploadQueue&) = delete;
 
-    // Those of the stable files that may go up: not those that wait after a failure of their own, nor, for two minutes,
+    // The stable files that may be uploaded: without those that wait after a failure of their own and, for two minutes,
     // those that a program has open for writing.
     [[nodiscard]] std::vector<std::string> ready(const std::vector<std::string>& stable, const FileMap& current);
 
-    // Do all of these files wait after failures of their own?
+    // True if all these files wait after failures of their own.
     [[nodiscard]] bool allWait(const std::vector<std::string>& changed, const FileMap& current) const;
 
-    // Sends the files in this order and reports each as it goes live. `pending` is how many files changed. A failure of
-    // a single file is reported and remembered; see failure(). Throws SyncError when the server failed, and Cancelled
-    // after event::ServerChanged, when a file was not replaced because the server's is another one than the last seen.
+    // Sends the files in this order and reports each as it goes live. `pending` is the number of changed files. A
+    // failure of a single file is reported and remembered; see failure(). Throws SyncError if the server failed, and
+    // Cancelled after event::ServerChanged, if a file was not replaced because the server has an unseen version of it.
     void send(const std::vector<std::string>& paths, const FileMap& current, std::int64_t pending);
 
-    // Asks again for the server's dates that were missing when their files went live. Throws Cancelled after
-    // event::ServerChanged, when the server has a file of another size than was uploaded.
+    // Requests the dates that the server did not report when their files went live. Throws Cancelled after
+    // event::ServerChanged, if the server has a file of another size than the uploaded one.
     void queryMissingDates();
 
-    // Why a file waits, for the user, and how long it still does: the first one in the order of paths. Nullopt when no
-    // file waits.
+    // The first waiting file in the order of paths: why it waits, for the user, and for how long. Nullopt if no file
+    // waits.
     struct Waiting {
         std::string problem;
         std::chrono::seconds left;
     };
     [[nodiscard]] std::optional<Waiting> failure() const;
 
-    // Files that are not among the changed ones any more wait for nothing.
+    // Forgets the failures of files that are not among the changed ones any more.
     void keepFailuresOf(const std::vector<std::string>& changed);
 
-    // How many files are live of those that send() was given, after a failure of the server in the calls before as
-    // well.
+    // The number of files that send() published, including earlier calls that ended with a failure of the server.
     std::size_t doneInBurst = 0;
 
 private:
@@ -82,7 +80,7 @@ private:
     std::optional<PublishJournal> journal;
     FileRetries retries;
     std::map<std::string, FileRetries::Time, std::less<>> writtenSince; // files that a program has open for writing
-    std::map<std::string, int, std::less<>> undated; // went live without a date, which was queried so often since
+    std::map<std::string, int, std::less<>> undated; // went live without a date; the number of queries since
     std::set<std::string, std::less<>> disputed;     // not replaced
     std::optional<std::string> serverFailure;
 };

@@ -1,4 +1,4 @@
-// What a worker tells the model.
+// The events that a worker sends to the model.
 //
 // Values, made on the worker's thread and applied on the main context.
 #pragma once
@@ -43,13 +43,13 @@ struct Baseline {
     FileMap files;
 };
 
-// A file of the server was installed locally.
+// A server file was installed locally.
 struct Downloaded {
     std::string path;
     Fingerprint fingerprint;
 };
 
-// The server's date of a file whose two sides are known to be the same.
+// The server's date of a file that is known to be the same on both sides.
 struct RemoteDate {
     std::string path;
     zembrastel::RemoteDate date;
@@ -58,19 +58,19 @@ struct RemoteDate {
 // The initial download is complete.
 struct DownloadFinished {};
 
-// The local folder's disk was unmounted for a while. Others may have changed the server meanwhile, and somebody the
-// disk: the worker ends, and nothing may be uploaded before both were compared.
+// The local folder's disk was unmounted for a while. Both the server and the disk may have changed meanwhile: the
+// worker ends, and nothing may be uploaded before both are compared.
 struct FolderReturned {};
 
-// These files were not replaced, because the server has another version of them than the one last seen. The worker
-// ends: the server has to be compared first.
+// These files were not replaced, because the server has another version than the one last seen. The worker ends: the
+// server must be compared first.
 struct ServerChanged {
     std::set<std::string, std::less<>> paths;
 };
 
-// The one pass that was asked for is over.
+// The single pass has ended.
 struct PassEnded {
-    std::optional<std::string> failure; // why it is incomplete; nothing when all is on the server
+    std::optional<std::string> failure; // why it is incomplete; nullopt if all files are on the server
 };
 
 } // namespace event
@@ -79,14 +79,14 @@ using WorkerEvent = std::variant<
     event::Status, event::Activity, event::Uploaded, event::Baseline, event::Downloaded, event::RemoteDate,
     event::DownloadFinished, event::FolderReturned, event::ServerChanged, event::PassEnded>;
 
-// The ways to the model. Called on the worker's thread.
+// How events reach the model. Called on the worker's thread.
 struct EventSink {
-    // Returns once the model has applied the event. Throws Cancelled when the worker is stopped before that.
+    // Returns when the model has applied the event. Throws Cancelled if the worker is stopped before that.
     std::function<void(WorkerEvent)> deliver;
     // Returns at once; the model gets posted events in order.
     std::function<void(WorkerEvent)> post;
-    // How far a long transfer has come, after the events before it and in no hurry: returns at once, and where the
-    // model has not yet taken the last one, this one is dropped. Without it no transfer is looked at.
+    // The progress of a long transfer, applied after the events before it. Returns at once; a report is dropped if the
+    // model has not yet applied the last one. If it is empty, transfers are not observed.
     std::function<void(const TransferProgress&)> progress = {};
 };
 

@@ -15,14 +15,14 @@
 
 namespace {
 
-unsigned otherMount = 0; // set while another disk, or none, is mounted at the local folder
+unsigned otherMount = 0; // 1 while another disk, or none, is mounted at the local folder
 
 } // namespace
 
-extern "C" int statx(int folder, const char* path, int flags, unsigned mask, struct statx* told) noexcept {
-    const long result = ::syscall(SYS_statx, folder, path, flags, mask, told);
-    told->stx_mnt_id += otherMount;
-    return static_cast<int>(result);
+extern "C" int statx(int folder, const char* path, int flags, unsigned mask, struct statx* result) noexcept {
+    const long status = ::syscall(SYS_statx, folder, path, flags, mask, result);
+    result->stx_mnt_id += otherMount;
+    return static_cast<int>(status);
 }
 
 namespace zembrastel {
@@ -34,31 +34,9 @@ using testing::FileTree;
 using testing::FtpServer;
 using testing::LocalSite;
 
-// Short forms of events, for comparing whole sequences.
-struct ToText {
-    std::string operator()(const event::Status& status) const {
-        return std::string(factsOf(status.phase).title) + " | " + status.detail + " | "
-               + std::to_string(status.pending);
-    }
-    std::string operator()(const event::Activity& activity) const {
-        return (activity.error ? "error: " : "line: ") + activity.text;
-    }
-    std::string operator()(const event::Uploaded& uploaded) const { return "uploaded " + uploaded.path; }
-    std::string operator()(const event::Baseline& baseline) const {
-        return "baseline of " + std::to_string(baseline.files.size());
-    }
-    std::string operator()(const event::Downloaded& downloaded) const { return "downloaded " + downloaded.path; }
-    std::string operator()(const event::RemoteDate& date) const { return "date of " + date.path; }
-    std::string operator()(const event::DownloadFinished&) const { return "download finished"; }
-    std::string operator()(const event::FolderReturned&) const { return "folder returned"; }
-    std::string operator()(const event::ServerChanged& event) const {
-        std::string text = "server changed";
-        for (const auto& path : event.paths) text += " " + path;
-        return text;
-    }
-    std::string operator()(const event::PassEnded& ended) const {
-        return "pass ended: " + ended.failure.value_or("well");
-    }
+template <class... Cases>
+struct Overloaded : Cases... {
+    using Cases::operator()...;
 };
 
 const std::string watching = "Watching | Local changes upload automatically. Checking every 2 seconds. | 0";
@@ -73,39 +51,38 @@ protected:
     using Between = std::function<void(std::size_t sleeps)>;
 
     // Runs until the given number of sleeps has begun. `between` is called in each, counted from 1.
-    void run(
-        std::size_t sleeps, const Between& between = [](std::size_t) {}) {
+    void run(std::size_t sleeps, const Between& between = {}) { run(sleeps, clock, between); }
+
+    void run(std::size_t sleeps, testing::FakeClock& used, const Between& between = {}) {
         std::stop_source stop;
-        const std::size_t before = clock.sleeps().size();
+        const std::size_t before = used.sleeps().size();
         std::size_t count = 0;
-        clock.onSleep = [&](std::chrono::nanoseconds) {
-            between(++count);
+        used.onSleep = [&](std::chrono::nanoseconds) {
+            ++count;
+            if (between) between(count);
             if (count == sleeps) stop.request_stop();
             return count < sleeps;
         };
         events.clear();
-        const EventSink sink{
-            .deliver = [this](WorkerEvent event) { take(std::move(event)); },
-            .post = [this](WorkerEvent event) { take(std::move(event)); }};
-        const SyncWorker worker = workerWith(sink, clock);
+        const auto applied = [this](const WorkerEvent& event) { take(event); };
+        const EventSink sink{.deliver = applied, .post = applied, .progress = progress};
+        const SyncWorker worker = workerWith(sink, used);
         if (once) {
             worker.pass(stop.get_token());
         } else {
             worker.run(stop.get_token());
         }
         waits.clear();
-        const auto all = clock.sleeps();
+        const auto all = used.sleeps();
         for (std::size_t i = before; i < all.size(); ++i)
             waits.push_back(std::chrono::round<std::chrono::seconds>(all[i]));
     }
 
-    SyncWorker workerWith(
-        const EventSink& sink, Clock& used,
-        const std::shared_ptr<TransferControl>& control = std::make_shared<TransferControl>()) const {
+    SyncWorker workerWith(const EventSink& sink, Clock& used) const {
         return {
             .profile = site.profile,
             .password = site.password,
-            .control = control,
+            .control = std::make_shared<TransferControl>(),
             .initialBaseline = baseline,
             .events = sink,
             .clock = used,
@@ -114,19 +91,41 @@ protected:
             .filesMayBeGone = filesMayBeGone};
     }
 
-    // In place of the fixture's own from here on.
+    // Replaces the fixture's own server.
     void useServer(const FtpServer& other) {
         site.profile = testing::profileFor(other, site.root(), other.remoteFolder("site"));
         site.password = other.password();
     }
 
-    void take(WorkerEvent event) {
-        if (const auto* whole = std::get_if<event::Baseline>(&event)) baseline = whole->files;
-        if (const auto* uploaded = std::get_if<event::Uploaded>(&event))
-            baseline.set(uploaded->path, uploaded->fingerprint);
-        if (const auto* got = std::get_if<event::Downloaded>(&event)) baseline.set(got->path, got->fingerprint);
-        if (const auto* date = std::get_if<event::RemoteDate>(&event)) dates.set(date->path, date->date);
-        events.push_back(std::visit(ToText{}, event));
+    // Applies the event as the model does, and notes it in a short form.
+    void take(const WorkerEvent& taken) {
+        const auto text = Overloaded{
+            [](const event::Status& status) {
+                return std::string(factsOf(status.phase).title) + " | " + status.detail + " | "
+                       + std::to_string(status.pending);
+            },
+            [](const event::Activity& activity) { return (activity.error ? "error: " : "line: ") + activity.text; },
+            [this](const event::Uploaded& uploaded) {
+                baseline.set(uploaded.path, uploaded.fingerprint);
+                return "uploaded " + uploaded.path;
+            },
+            [this](const event::Baseline& whole) {
+                baseline = whole.files;
+                return "baseline of " + std::to_string(baseline.size());
+            },
+            [this](const event::Downloaded& got) {
+                baseline.set(got.path, got.fingerprint);
+                return "downloaded " + got.path;
+            },
+            [this](const event::RemoteDate& date) {
+                dates.set(date.path, date.date);
+                return "date of " + date.path;
+            },
+            [](const event::DownloadFinished&) { return std::string("download finished"); },
+            [](const event::FolderReturned&) { return std::string("folder returned"); },
+            [](const event::ServerChanged&) { return std::string("server changed"); },
+            [](const event::PassEnded& ended) { return "pass ended: " + ended.failure.value_or("well"); }};
+        events.push_back(std::visit(text, taken));
     }
 
     std::size_t count(const std::string& event) const {
@@ -138,7 +137,8 @@ protected:
     FtpServer server{FtpServer::Kind::vsftpd};
     LocalSite site{server};
     testing::FakeClock clock;
-    bool once = false; // one pass instead of watching
+    std::function<void(const TransferProgress&)> progress; // of the worker
+    bool once = false;                                     // one pass instead of watching
     bool filesMayBeGone = false;
     FileMap baseline;    // as a model would keep it: carried from run to run
     RemoteDates dates;   // likewise
@@ -147,7 +147,7 @@ protected:
     std::vector<std::chrono::seconds> waits;
 };
 
-TEST_F(SyncWorkerTest, SettledFilesGoUpOnceInOrderAndAreKnownAfterARestart) {
+TEST_F(SyncWorkerTest, StableFilesAreUploadedOnceInOrder) {
     testing::writeTree(site.root(), {{"b", "2"}, {"a/x", "1"}});
     run(3);
     EXPECT_EQ(
@@ -164,7 +164,7 @@ TEST_F(SyncWorkerTest, SettledFilesGoUpOnceInOrderAndAreKnownAfterARestart) {
     EXPECT_EQ(count("uploaded a/x"), 0U);
 }
 
-TEST_F(SyncWorkerTest, FileStillBeingWrittenWaitsAndOnlyItsLastVersionGoesUp) {
+TEST_F(SyncWorkerTest, FileBeingWrittenIsNotUploaded) {
     run(14, [&](std::size_t sleep) {
         // Of another size each time: two of them may have one date.
         if (sleep <= 10) testing::writeFile(site / "page", std::string(sleep, 'x'));
@@ -184,7 +184,7 @@ TEST_F(SyncWorkerTest, FileStillBeingWrittenWaitsAndOnlyItsLastVersionGoesUp) {
     EXPECT_EQ(onServer("page"), std::string(10, 'y'));
 }
 
-TEST_F(SyncWorkerTest, OnePassEndsWhateverHappens) {
+TEST_F(SyncWorkerTest, PassAlwaysEnds) {
     once = true;
     testing::writeTree(site.root(), {{"a", "1"}, {"log", ""}});
     run(1000, [&](std::size_t sleep) { testing::writeFile(site / "log", std::string(sleep, 'x')); });
@@ -200,10 +200,10 @@ TEST_F(SyncWorkerTest, OnePassEndsWhateverHappens) {
     testing::writeFile(site / "a", "changed");
     run(1000);
     EXPECT_TRUE(events.back().starts_with("pass ended: curl: (7) ")) << events.back();
-    EXPECT_EQ(waits, (std::vector<std::chrono::seconds>{2s})); // nothing is tried again
+    EXPECT_EQ(waits, (std::vector<std::chrono::seconds>{2s})); // no retry
 }
 
-TEST_F(SyncWorkerTest, LocalDeletionIsForgottenAndTheServerCopyStays) {
+TEST_F(SyncWorkerTest, LocalDeletionKeepsTheServerCopy) {
     testing::writeTree(site.root(), {{"a", "1"}, {"b", "2"}});
     run(2);
     fs::remove(site / "a");
@@ -242,7 +242,7 @@ TEST_F(SyncWorkerTest, EmptyFolderAtTheStartForgetsNothing) {
         std::function<void()> make;
     };
     for (const auto& [what, make] : std::vector<Case>{
-             {"the user says so", [&] { filesMayBeGone = true; }},
+             {"the user confirmed it", [&] { filesMayBeGone = true; }},
              {"no file may be there",
               [&] {
                   filesMayBeGone = false;
@@ -280,9 +280,9 @@ TEST_F(SyncWorkerTest, UnmountedDiskIsNoDeletion) {
 TEST(UploadProblem, NamesTheFileOnce) {
     struct Case {
         const char* failure;
-        const char* told;
+        const char* message;
     };
-    for (const auto& [failure, told] :
+    for (const auto& [failure, message] :
          {Case{"curl: (25) Failed FTP upload: 553", "curl: (25) Failed FTP upload: 553 (a/x)"},
           Case{
               "curl: (28) Operation timed out after 600001 milliseconds with 0 bytes received",
@@ -291,12 +291,12 @@ TEST(UploadProblem, NamesTheFileOnce) {
               "File changed before uploading; it will be retried.",
               "File changed before uploading; it will be retried (a/x)."},
           Case{"/site/a/x: Permission denied", "/site/a/x: Permission denied"}}) {
-        EXPECT_EQ(uploadProblem(failure, "a/x"), told);
+        EXPECT_EQ(uploadProblem(failure, "a/x"), message);
     }
     EXPECT_EQ(retryDetail("No such file or directory", 5s), "No such file or directory. Retrying in 5 seconds.");
 }
 
-TEST_F(SyncWorkerTest, UnreachableServerIsTriedAtGrowingIntervalsUntilItIsBack) {
+TEST_F(SyncWorkerTest, UnreachableServerIsRetriedWithPauses) {
     testing::writeFile(site / "page", "new");
     server.stop();
     run(9, [&](std::size_t sleep) {
@@ -311,7 +311,7 @@ TEST_F(SyncWorkerTest, UnreachableServerIsTriedAtGrowingIntervalsUntilItIsBack) 
     EXPECT_TRUE(std::prev(retry)->starts_with("error: curl: (7)"));
     EXPECT_EQ(onServer("page"), "new");
 
-    // One good poll, and the waits begin anew; a local folder that is gone for a while is no deletion.
+    // A successful poll resets the waits. A missing local folder is no deletion.
     fs::rename(site.root(), site.root().string() + ".away");
     run(4, [&](std::size_t sleep) {
         if (sleep == 2) fs::rename(site.root().string() + ".away", site.root());
@@ -321,7 +321,7 @@ TEST_F(SyncWorkerTest, UnreachableServerIsTriedAtGrowingIntervalsUntilItIsBack) 
     EXPECT_EQ(baseline.size(), 1U);
 }
 
-TEST_F(SyncWorkerTest, InitialDownloadIsRecordedFileByFileAndTriedAgainWhereItBroke) {
+TEST_F(SyncWorkerTest, InterruptedInitialDownloadIsRetried) {
     server.put("site/a", "1");
     server.put("site/sub/b", "2");
     site.profile.needsDownload = true;
@@ -350,7 +350,7 @@ TEST_F(SyncWorkerTest, InitialDownloadIsRecordedFileByFileAndTriedAgainWhereItBr
             watching}));
 }
 
-TEST_F(SyncWorkerTest, NameThatCannotBeSentIsToldOnceAndHoldsNothingUp) {
+TEST_F(SyncWorkerTest, InvalidNameIsReportedOnce) {
     testing::writeTree(site.root(), {{"caf\xe9", "x"}, {"page", "x"}, {"Page", "x"}});
     run(3);
     EXPECT_EQ(count("error: Left out, because its name is not valid UTF-8: caf\\xE9"), 1U);
@@ -361,7 +361,7 @@ TEST_F(SyncWorkerTest, NameThatCannotBeSentIsToldOnceAndHoldsNothingUp) {
     EXPECT_EQ(count("uploaded page"), 1U);
 }
 
-// A sleep of the worker takes minutes on it, so that only a stop can end one soon.
+// Its sleeps take minutes, so that only a stop can end one soon.
 class SlowClock final : public testing::FakeClock {
 public:
     [[nodiscard]] bool sleep(const std::stop_token& stop, std::chrono::nanoseconds duration) override {
@@ -369,28 +369,81 @@ public:
     }
 };
 
-TEST_F(SyncWorkerTest, StopEndsAWorkerAtOnceWhateverItIsDoing) {
-    const auto stopsSoon = [this](const EventSink& sink, Clock& used, const std::function<bool()>& busy) {
-        const auto control = std::make_shared<TransferControl>();
-        const SyncWorker worker = workerWith(sink, used, control);
-        std::jthread thread([&worker](const std::stop_token& stop) { worker.run(stop); });
-        EXPECT_TRUE(testing::eventually(busy));
-        const auto asked = std::chrono::steady_clock::now();
-        thread.request_stop();
-        control->cancel();
-        thread.join();
-        EXPECT_LT(std::chrono::steady_clock::now() - asked, testing::atOnce);
-    };
+TEST_F(SyncWorkerTest, StopEndsAWorkerAtOnce) {
     std::atomic<int> delivered = 0;
     const EventSink counting{.deliver = [&](const WorkerEvent&) { ++delivered; }, .post = [](const WorkerEvent&) {}};
     SlowClock slowClock;
-    stopsSoon(counting, slowClock, [&] { return delivered > 0; }); // waiting for the next poll
+    const SyncWorker worker = workerWith(counting, slowClock);
+    std::jthread thread([&worker](const std::stop_token& stop) { worker.run(stop); });
+    EXPECT_TRUE(testing::eventually([&] { return delivered > 0; })); // it waits for the next poll
+    const auto stopped = std::chrono::steady_clock::now();
+    thread.request_stop();
+    thread.join();
+    EXPECT_LT(std::chrono::steady_clock::now() - stopped, testing::atOnce);
+}
 
-    FtpServer slow(FtpServer::Kind::odd, {.extra = {"--hang", "data"}});
+// The real time, for the rate of a transfer; its sleeps take none.
+class RealTimeClock final : public testing::FakeClock {
+public:
+    [[nodiscard]] std::chrono::steady_clock::time_point steadyNow() const override {
+        return std::chrono::steady_clock::now();
+    }
+};
+
+TEST_F(SyncWorkerTest, ProgressOfASlowUploadIsReported) {
+    constexpr std::uint64_t size = 12'000'000; // twice the buffers of both ends of a connection
+    const FtpServer slow(FtpServer::Kind::vsftpd, {.rateKiB = 2000});
     useServer(slow);
-    testing::writeFile(site / "big", testing::randomBytes(1 << 20));
-    clock.onSleep = nullptr;
-    stopsSoon(counting, clock, [&] { return !testing::leftoverPartFiles(slow.root()).empty(); }); // in a transfer
+    testing::writeFile(site / "video", testing::randomBytes(size));
+    std::vector<std::uint64_t> sent;
+    progress = [&](const TransferProgress& now) {
+        if (!now.file) return;
+        EXPECT_EQ(count("uploaded video"), 0U);
+        EXPECT_EQ(now.file->path, "video");
+        EXPECT_EQ(now.file->size, size);
+        EXPECT_GT(now.file->rate.value_or(1), 0);
+        sent.push_back(now.file->bytes);
+    };
+    RealTimeClock realTime;
+    run(3, realTime);
+    ASSERT_GE(sent.size(), 3U);
+    EXPECT_TRUE(std::ranges::is_sorted(sent));
+    EXPECT_LT(sent.front(), sent.back());
+    EXPECT_LE(sent.back(), size);
+}
+
+// Each reading takes 50 milliseconds.
+class FastClock final : public testing::FakeClock {
+public:
+    [[nodiscard]] std::chrono::steady_clock::time_point steadyNow() const override {
+        return FakeClock::steadyNow() + ++readings * 50ms;
+    }
+
+private:
+    mutable int readings = 0;
+};
+
+TEST_F(SyncWorkerTest, SmallFilesCountWhenLive) {
+    constexpr std::size_t many = 200;
+    for (std::size_t i = 0; i < many; ++i) testing::writeFile(site / ("page" + std::to_string(i)), "four");
+    std::uint64_t bytes = 0, reports = 0;
+    progress = [&](const TransferProgress& now) {
+        ++reports;
+        const auto isUpload = [](const std::string& event) { return event.starts_with("uploaded "); };
+        EXPECT_EQ(now.filesDone, static_cast<std::uint64_t>(std::ranges::count_if(events, isUpload)));
+        EXPECT_EQ(now.filesQueued, many);
+        EXPECT_EQ(now.bytesQueued, 4 * many);
+        EXPECT_GE(now.bytes, std::max<std::uint64_t>(bytes, 4 * now.filesDone));
+        EXPECT_LE(bytes = now.bytes, 4 * many);
+        EXPECT_FALSE(now.file);
+    };
+    run(3); // on a clock that stands still
+    EXPECT_EQ(reports, 0U) << "over within a second";
+    baseline = {};
+    FastClock fast;
+    run(3, fast);
+    EXPECT_GT(reports, 0U);
+    EXPECT_EQ(baseline.size(), many);
 }
 
 } // namespace

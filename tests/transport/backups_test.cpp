@@ -1,4 +1,4 @@
-// What is kept of replaced files, and bringing it back, on the disk alone.
+// Backups of replaced files and their restoring, without a server.
 #include "transport/download/backups.h"
 
 #include "model/error.h"
@@ -22,7 +22,7 @@ using testing::FileTree;
 
 class Backups : public ::testing::Test {
 protected:
-    // As a replacement leaves it: `age` ago, of a version that was a day older.
+    // Makes a backup as a replacement does: `age` ago, of a version that was a day older.
     std::string keep(const std::string& path, const std::string& content, hours age) const {
         const std::string id = Uuid::random().text();
         const fs::path backup = site / backupFolder / id;
@@ -58,7 +58,7 @@ protected:
     TransferControl control;
 };
 
-TEST_F(Backups, WhatIsNoBackupIsNeverOffered) {
+TEST_F(Backups, ForeignItemsAreNotOffered) {
     fs::create_directory(site);
     EXPECT_TRUE(list().empty());
     const auto older = keep("a.txt", "older", hours(5));
@@ -95,27 +95,27 @@ TEST_F(Backups, RestoringLosesNoVersion) {
     EXPECT_TRUE(done.replaced);
     EXPECT_EQ(tree(), (FileTree{{"dir/page", "first"}}));
     EXPECT_EQ(kept("dir/page"), (std::vector<std::string>{"second", "first"}));
-    // Newer than any copy on the server, so that no comparison puts that in its place again.
+    // Newer than any copy on the server, so that no comparison replaces it again.
     EXPECT_EQ(done.now, Fingerprint::read(site / "dir/page"));
     EXPECT_GE(done.now.modified, static_cast<double>(std::chrono::system_clock::to_time_t(now)));
     struct stat restored {};
     ASSERT_EQ(::stat((site / "dir/page").c_str(), &restored), 0);
     EXPECT_EQ(restored.st_mode & 0777U, 0640U);
 
-    // The next backup is to be newer, whatever the file system makes of two in one moment.
+    // The next backup must be newer, whatever the resolution of the file system's dates.
     testing::touch(site / backupFolder / list().front().id, now - hours(1));
     (void)restore(list().front());
     EXPECT_EQ(tree(), (FileTree{{"dir/page", "second"}}));
     EXPECT_EQ(kept("dir/page"), (std::vector<std::string>{"first", "second", "first"}));
 }
 
-TEST_F(Backups, FileThatIsGoneComesBackWithItsFolders) {
+TEST_F(Backups, MissingFileIsRestoredWithItsFolders) {
     keep("a/b/page", "old", hours(1));
     EXPECT_FALSE(restore(list().front()).replaced);
     EXPECT_EQ(tree(), (FileTree{{"a/b/page", "old"}}));
 }
 
-TEST_F(Backups, RestoringNeverGoesThroughALinkOrOverAFolder) {
+TEST_F(Backups, LinksAndFoldersAreNotReplaced) {
     testing::writeFile(folder / "outside/page", "not ours");
     keep("dir/page", "old", hours(1));
     const auto version = list().front();
@@ -140,7 +140,7 @@ TEST_F(Backups, RestoringNeverGoesThroughALinkOrOverAFolder) {
     EXPECT_TRUE(tree().empty());
 }
 
-TEST_F(Backups, LeftoverOfADownloadIsNotPutBackUnderItsTemporaryName) {
+TEST_F(Backups, LeftoverIsNotRestoredUnderItsTemporaryName) {
     const std::string name = temporaryName();
     keep(name, "an edit", hours(1));
     const auto failure = failureOf([&] { return restore(list().front()); });

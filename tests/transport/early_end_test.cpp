@@ -1,5 +1,5 @@
-// Data connections that end early with a plain end of the stream, as bad lines and middleboxes end them: what came
-// before looks whole to a client that only waits for the end.
+// Data connections that end early with a plain end of the stream, as bad lines and middleboxes end them: the data looks
+// complete to a client that only waits for the end.
 #include "support/certificates.h"
 #include "support/local_site.h"
 #include "support/relay.h"
@@ -41,7 +41,7 @@ protected:
         return site;
     }
 
-    // Of a first download; "" when it ended well.
+    // The failure of a first download; "" if there is none.
     [[nodiscard]] static std::string downloadFailure(const FTPTransport& transport) {
         return testing::failureOf([&] {
             transport.downloadTree("", 0, ignore, ignore);
@@ -71,8 +71,8 @@ TEST_P(EarlyEnd, CutListingIsNeverTakenForWhole) {
     EXPECT_GE(relay.cuts(), 9U);
 }
 
-// Small files are fetched once more, the large one continues.
-TEST_P(EarlyEnd, DownloadsArriveWholeInBothWays) {
+// Small files are fetched again, the large one continues.
+TEST_P(EarlyEnd, InterruptedDownloadsArriveWhole) {
     FileTree tree{{"a", testing::randomBytes(40'000, 1)}, {"large", testing::randomBytes(5'000'000, 2)}};
     for (int n = 0; n < 5; ++n) tree["small" + std::to_string(n)] = testing::randomBytes(4096, n);
     for (const auto& [path, content] : tree) {
@@ -82,7 +82,7 @@ TEST_P(EarlyEnd, DownloadsArriveWholeInBothWays) {
     for (const bool replaces : {false, true}) {
         const auto local = makeSite(replaces ? FileTree{{"a", "mine"}, {"large", "mine"}} : FileTree{});
         for (const auto& [path, content] : local->files()) testing::touch(*local / path, moment);
-        // Whatever brings more than this, each time: the large one takes six logins.
+        // Cuts every larger transfer: the large file takes six logins.
         relay.cut({.direction = Relay::Direction::toClient, .bytes = 900'000, .times = Relay::everyTime});
         EXPECT_EQ(downloadFailure(local->transport()), "");
         EXPECT_EQ(local->files(), tree);
@@ -92,15 +92,15 @@ TEST_P(EarlyEnd, DownloadsArriveWholeInBothWays) {
     relay.cut({.direction = Relay::Direction::toClient, .bytes = 20'000});
     EXPECT_EQ(downloadFailure(once->transport()), "");
     EXPECT_EQ(once->files(), tree);
-    std::filesystem::remove(server->root() / "site/large"); // it would come, by 20 KB a login
+    std::filesystem::remove(server->root() / "site/large"); // it would arrive, by 20 KB a login
     const auto always = makeSite();
     relay.cut({.direction = Relay::Direction::toClient, .bytes = 20'000, .times = Relay::everyTime});
     EXPECT_NE(downloadFailure(always->transport()), "");
     for (const auto& [path, content] : always->files()) EXPECT_EQ(content, tree.at(path)) << path;
 }
 
-// What is there of an older version is of no use for the newer one.
-TEST_P(EarlyEnd, DownloadOfAFileThatChangedBeginsAnew) {
+// The beginning of an older version is not used for the newer one.
+TEST_P(EarlyEnd, ChangedFileIsDownloadedFromItsBeginning) {
     const auto before = testing::randomBytes(3'000'000, 1);
     const auto after = testing::randomBytes(3'000'000, 2);
     server->put("site/large", before);
@@ -108,27 +108,46 @@ TEST_P(EarlyEnd, DownloadOfAFileThatChangedBeginsAnew) {
     const auto local = makeSite();
     auto transport = local->transport();
     relay.cut({.direction = Relay::Direction::toClient, .bytes = 1'000'000});
-    class Editing final : public TransferObserver {
-    public:
-        explicit Editing(std::function<void()> change) : edit(std::move(change)) {}
+    struct Editing final : TransferObserver {
+        std::function<void()> edit;
+        int begun = 0;
         void folderListed(std::uint64_t) override {}
         void fileDone() override {}
         void fileBegins(const std::string&, std::optional<std::uint64_t>) override {
             if (++begun == 2) edit();
         }
         void fileMoved(std::uint64_t) override {}
-
-    private:
-        const std::function<void()> edit;
-        int begun = 0;
-    } editing([&] {
+    } editing;
+    editing.edit = [&] {
         server->put("site/large", after);
         testing::touch(server->root() / "site/large", moment + std::chrono::hours(1));
-    });
+    };
     transport.observer = &editing;
     EXPECT_EQ(downloadFailure(transport), "");
     EXPECT_EQ(local->files(), (FileTree{{"large", after}}));
     EXPECT_EQ(relay.cuts(), 1U);
+}
+
+class TornUpload : public EarlyEnd {};
+
+TEST_P(TornUpload, NeverGoesLiveAndIsCompleted) {
+    server->put("site/page", "old");
+    const auto content = testing::randomBytes(1'200'000);
+    const auto site = makeSite({{"page", content}});
+    auto transport = site->transport();
+    transport.limits = {
+        .run = std::chrono::seconds(2), .largestPart = 256'000, .firstPart = 64'000, .worthContinuing = 64'000};
+    int sends = 0;
+    const auto breakTheLine = [&](const FileToPublish&) {
+        if (++sends == 3) relay.cut({.times = Relay::everyTime});
+    };
+    EXPECT_FALSE(publish(transport, {site->toPublish("page")}, {.sending = breakTheLine}));
+    EXPECT_EQ(testing::leftoverPartFiles(server->root()).size(), 1U);
+    EXPECT_EQ(testing::readFile(server->root() / "site/page"), "old");
+    relay.cut({.bytes = 100'000, .times = 2});
+    transport.upload("page", site->fingerprint("page"));
+    EXPECT_EQ(testing::readTree(server->root()), (FileTree{{"site/page", content}}));
+    EXPECT_GE(relay.cuts(), 3U);
 }
 
 std::string nameOf(const ::testing::TestParamInfo<EarlyEnd::ParamType>& info) {
@@ -136,11 +155,15 @@ std::string nameOf(const ::testing::TestParamInfo<EarlyEnd::ParamType>& info) {
     return FtpServer::name(kind) + (tls == Tls::none ? "Plain" : "Tls");
 }
 
+using ::testing::Combine;
+using ::testing::Values;
+const auto appending = Values( // proftpd forbids it
+    std::tuple(Kind::vsftpd, Tls::none), std::tuple(Kind::pureftpd, Tls::none),
+    std::tuple(Kind::pureftpd, Tls::explicitTls));
 INSTANTIATE_TEST_SUITE_P(
-    On, EarlyEnd,
-    ::testing::Combine(
-        ::testing::Values(Kind::proftpd, Kind::vsftpd, Kind::pureftpd), ::testing::Values(Tls::none, Tls::explicitTls)),
+    On, EarlyEnd, Combine(Values(Kind::proftpd, Kind::vsftpd, Kind::pureftpd), Values(Tls::none, Tls::explicitTls)),
     nameOf);
+INSTANTIATE_TEST_SUITE_P(On, TornUpload, appending, nameOf);
 
 } // namespace
 } // namespace zembrastel

@@ -1,7 +1,6 @@
-// What happens to a local file between two steps of the program, and on file systems that can do less than others.
+// Edits of a local file between two steps of the program, and file systems with missing features.
 //
-// The system's calls in question are made here, so that a test can act at the call, or have it fail as such a file
-// system does.
+// The system calls are intercepted, so that a test can act at a call, or make it fail as such a file system does.
 #include "transport/download/local_replacement.h"
 
 #include "model/error.h"
@@ -22,7 +21,7 @@ namespace {
 
 enum class Call { link, renameNew, exchange, copy, date };
 
-// Called before each call on this thread. Returns the error that it is to end with, or 0.
+// Called before each call on this thread. Returns the error of the call, or 0.
 thread_local std::function<int(Call)> onCall;
 
 template <class... Arguments>
@@ -88,12 +87,12 @@ protected:
         const auto seen = local.fingerprint();
         const auto backup = makeBackup(site, local, control);
         StagedFile staged(*local.parent);
-        EXPECT_EQ(modeOf(site / "dir" / staged.name()), 0600U) << "others may read what is not for them";
+        EXPECT_EQ(modeOf(site / "dir" / staged.name()), 0600U) << "other users can read it";
         EXPECT_EQ(::write(staged.descriptor(), "new", 3), 3);
         return replaceKeeping(staged, local, seen, backup, site);
     }
 
-    // The contents of the versions that are kept, without their ids.
+    // The contents of the backups, without their ids.
     [[nodiscard]] std::multiset<std::string> kept() const {
         std::multiset<std::string> contents;
         for (const auto& [path, content] : testing::readTree(site / backupFolder)) {
@@ -110,12 +109,12 @@ protected:
 TEST_F(Replacing, EditBetweenTwoStepsStaysInPlace) {
     struct Case {
         Call at;
-        int error; // that a file system has which cannot
+        int error; // of a file system without this feature
         std::multiset<std::string> kept;
     };
     for (const auto& one : std::vector<Case>{
              {Call::copy, 0, {"/dir/page: seen"}},
-             {Call::exchange, 0, {"/dir/page: new", "/dir/page: seen"}}, // the new one stood there for a moment
+             {Call::exchange, 0, {"/dir/page: new", "/dir/page: seen"}}, // the new one was in place for a moment
              {Call::exchange, EINVAL, {"/dir/page: seen"}}}) {
         testing::writeFile(site / "dir/page", "seen");
         onCall = [&, edited = false](Call call) mutable {
@@ -134,7 +133,7 @@ TEST_F(Replacing, EditBetweenTwoStepsStaysInPlace) {
     }
 }
 
-TEST_F(Replacing, BackupDoesNotChangeByAnotherLink) {
+TEST_F(Replacing, BackupDoesNotChangeThroughAnotherLink) {
     for (const bool linked : {true, false}) {
         testing::writeFile(site / "dir/page", "seen");
         if (linked) fs::create_hard_link(site / "dir/page", site / "link");
@@ -143,7 +142,7 @@ TEST_F(Replacing, BackupDoesNotChangeByAnotherLink) {
         if (linked) testing::writeFile(site / "link", "edited");
         const auto backup = fs::directory_iterator(site / backupFolder)->path() / "dir/page";
         EXPECT_EQ(testing::readFile(backup), "seen");
-        // What a program that has it open still writes must not be lost.
+        // The later writes of a program that has it open must not be lost.
         EXPECT_EQ(attributesOf(backup).st_ino == inode, !linked);
         EXPECT_EQ(testing::readFile(site / "dir/page"), "new");
         EXPECT_EQ(testing::leftoverPartFiles(site), std::vector<std::string>());
@@ -160,7 +159,7 @@ TEST_F(Replacing, FileKeepsOwnerPermissionsAndAttributes) {
         " \0\4\0\xff\xff\xff\xff"s;
     ASSERT_EQ(::setxattr(page.c_str(), "user.kept", "value", 5, 0), 0);
     ASSERT_EQ(::setxattr(page.c_str(), "system.posix_acl_access", list.data(), list.size(), 0), 0);
-    // Who is not root may do no more than this.
+    // A user other than root cannot change the owner.
     const uid_t owner = ::geteuid() == 0 ? 54321 : ::geteuid();
     ASSERT_EQ(::chown(page.c_str(), owner, ::geteuid() == 0 ? 54322 : ::getegid()), 0);
     ASSERT_EQ(::chmod(page.c_str(), 04764), 0);
@@ -172,7 +171,7 @@ TEST_F(Replacing, FileKeepsOwnerPermissionsAndAttributes) {
         const auto now = attributesOf(file);
         EXPECT_EQ(now.st_uid, before.st_uid);
         EXPECT_EQ(now.st_gid, before.st_gid);
-        EXPECT_EQ(now.st_mode & 07777U, 0764U) << "a new content does not run as its owner";
+        EXPECT_EQ(now.st_mode & 07777U, 0764U) << "new content must not run as its owner";
         EXPECT_EQ(extendedAttribute(file, "user.kept"), "value");
         EXPECT_EQ(
             extendedAttribute(file, "system.posix_acl_access"),
@@ -190,7 +189,7 @@ TEST_F(Replacing, FailedBackupLeavesNothingBehind) {
     EXPECT_EQ(modeOf(site / backupFolder), 0700U);
 }
 
-TEST_F(Replacing, KilledDownloadIsRemovedAndAnEditIsNot) {
+TEST_F(Replacing, LeftoverCopyIsRemovedAndEditIsKept) {
     const std::string id = ".zembrastel-01234567-89AB-CDEF-0123-456789ABCDEF";
     testing::writeTree(site, {{id + ".part", "half"}, {"dir/" + id + ".displaced", "an edit"}});
     FileTree expected{{"dir/page", "seen"}, {"dir/.zembrastel-notes.part", "mine"}};
@@ -210,7 +209,7 @@ TEST(FirstDownload, FileThatAppearsMeanwhileIsKept) {
     FtpServer server(FtpServer::Kind::odd);
     server.put("site/page", "server");
     struct Case {
-        std::string able; // what the file system is able to do
+        std::string able; // features of the file system
         int linkError, renameError;
         std::vector<std::optional<Call>> appearsAt;
     };
@@ -243,7 +242,7 @@ TEST(FirstDownload, FileThatAppearsMeanwhileIsKept) {
     }
 }
 
-TEST(Upload, FileThatIsEditedWhileItIsCopiedDoesNotGoLive) {
+TEST(Upload, FileEditedWhileCopiedDoesNotGoLive) {
     FtpServer server(FtpServer::Kind::odd);
     server.put("site/page", "old");
     const LocalSite site(server, {{"page", "new"}});

@@ -1,4 +1,4 @@
-// What holds on every server, without TLS and with both kinds of it, on either version.
+// The operations that must work on every server, without TLS and with explicit and implicit TLS of both versions.
 #include "support/certificates.h"
 #include "support/local_site.h"
 #include "support/wait_for.h"
@@ -58,7 +58,7 @@ protected:
     std::optional<FtpServer> server;
 };
 
-TEST_P(TransportContract, FolderIsListedWithItsKindsNamesAndDates) {
+TEST_P(TransportContract, FolderIsListedWithKindsNamesAndDates) {
     putDated("site/" + awkwardName, "x", moment);
     server->put("site/folder with blanks/inside", "x");
     server->put("site/.htaccess", "x");
@@ -79,26 +79,12 @@ TEST_P(TransportContract, FolderIsListedWithItsKindsNamesAndDates) {
     EXPECT_EQ(transport.list("folder with blanks").size(), 1U);
 }
 
-TEST_P(TransportContract, UploadMakesFoldersReplacesInOneStepAndLeavesNothingBehind) {
-    const auto large = testing::randomBytes(3'000'000, 7);
-    const LocalSite site(*server, {{"new/deep/" + awkwardName, large}, {"empty", ""}});
-    server->put("site/keep", "");
-    const auto transport = site.transport();
-    for (const auto& [path, content] : site.files()) transport.upload(path, site.fingerprint(path));
-    EXPECT_EQ(onServer("site/new/deep/" + awkwardName), large);
-    EXPECT_EQ(onServer("site/empty"), "");
-    testing::writeFile(site / "empty", "second");
-    transport.upload("empty", site.fingerprint("empty"));
-    EXPECT_EQ(onServer("site/empty"), "second");
-    EXPECT_TRUE(testing::leftoverPartFiles(server->root()).empty());
-    EXPECT_EQ(testing::readTree(server->root()).size(), 3U);
-}
-
 TEST_P(TransportContract, BatchReplacesOnlyVersionsThatWereSeen) {
     FileTree files;
     const int many = options.tls == Tls::none ? 70 : 10; // some servers with TLS take one login for each
     for (int n = 0; n < many; ++n) files["deep/er/" + std::to_string(n)] = testing::randomBytes(100 + n, n);
-    files.insert({{"new", "1"}, {"same", "22"}, {"edited", "333"}, {"appeared", "4444"}, {awkwardName, "5"}});
+    files.insert({{"new", "1"}, {"same", "22"}, {"edited", "333"}, {"appeared", "4444"}, {"empty", ""}});
+    files["new folder/" + awkwardName] = testing::randomBytes(3'000'000, 7);
     for (const auto* path : {"same", "edited", "appeared"}) putDated(std::string("site/") + path, "theirs", moment);
     const LocalSite site(*server, files);
     const auto transport = site.transport();
@@ -112,9 +98,7 @@ TEST_P(TransportContract, BatchReplacesOnlyVersionsThatWereSeen) {
     lastSeen("edited") = ServerVersion{.modified = seen.modified - std::chrono::hours(1), .size = 6};
     lastSeen("appeared") = KnownAbsent{};
     lastSeen("new") = KnownAbsent{};
-    std::map<std::string, std::optional<ServerVersion>> announced;
-    std::map<std::string, std::optional<ServerVersion>> published;
-    std::map<std::string, std::optional<ServerVersion>> kept;
+    std::map<std::string, std::optional<ServerVersion>> announced, published, kept;
     const bool whole = publish(
         transport, asked,
         {.goingLive =
@@ -141,7 +125,7 @@ TEST_P(TransportContract, BatchReplacesOnlyVersionsThatWereSeen) {
     EXPECT_TRUE(testing::leftoverPartFiles(server->root()).empty());
 }
 
-TEST_P(TransportContract, InitialDownloadTakesWhatIsMissingOrNewerAndKeepsTheRest) {
+TEST_P(TransportContract, InitialDownloadKeepsNewerLocalFiles) {
     putDated("site/sub/missing.txt", "from server", moment);
     server->put("site/empty", "");
     server->put("site/newer.txt", "newer on server");
@@ -183,7 +167,7 @@ TEST_P(TransportContract, InitialDownloadTakesWhatIsMissingOrNewerAndKeepsTheRes
             "Kept local file with the same or newer date: older.txt", "Kept local item with a different type: kind"}));
 }
 
-TEST_P(TransportContract, ForeignEditIsFoundAndReplacesTheLocalFileWithABackup) {
+TEST_P(TransportContract, ForeignEditReplacesLocalFileWithBackup) {
     LocalSite site(
         *server, {{"file9.txt", "mine"}, {"file10.txt", "mine"}, {"same.txt", "same"}, {"off/x.txt", "mine"}});
     for (const auto* path : {"file9.txt", "file10.txt", "same.txt", "off/x.txt"}) {
@@ -194,7 +178,7 @@ TEST_P(TransportContract, ForeignEditIsFoundAndReplacesTheLocalFileWithABackup) 
     server->put("site/only here.txt", "x");
     site.profile.syncSelection = DownloadSelection{.rules = {{"", true}, {"off", false}}};
     const std::string leftover = ".zembrastel-01234567-89AB-CDEF-0123-456789ABCDEF.part";
-    testing::writeFile(site / leftover, "half"); // a look clears nothing away
+    testing::writeFile(site / leftover, "half"); // a comparison removes nothing
     const auto transport = site.transport();
     const FileMap baseline{{"file9.txt", Fingerprint{}}};
     const auto changes = transport.newerRemoteFiles({baseline}, [](const std::string&) {}).changes;
@@ -214,42 +198,34 @@ TEST_P(TransportContract, ForeignEditIsFoundAndReplacesTheLocalFileWithABackup) 
                     .changes.empty());
 }
 
-TEST_P(TransportContract, CancelledTransferEndsAtOnceHarmsNeitherSideAndTheNextOneSucceeds) {
+TEST_P(TransportContract, CancelledTransferHarmsNeitherSide) {
     serveSlowly();
     const auto large = testing::randomBytes(2'000'000); // takes 30 s
     LocalSite site(*server, {{"page", large}});
     server->put("site/page", "old");
-    const auto cancelWhen = [](const FTPTransport& transport, const auto& begun, const auto& operation) {
-        std::chrono::steady_clock::time_point asked;
+    server->put("site/other", large);
+    for (const bool uploads : {true, false}) {
+        const auto transport = site.transport();
+        std::chrono::steady_clock::time_point stopped;
         std::jthread canceller([&] {
-            EXPECT_TRUE(testing::eventually(begun));
-            asked = std::chrono::steady_clock::now();
+            EXPECT_TRUE(testing::eventually(
+                [&] { return !testing::leftoverPartFiles(uploads ? server->root() : site.root()).empty(); }));
+            stopped = std::chrono::steady_clock::now();
             transport.control->cancel();
         });
-        EXPECT_THROW(operation(transport), Cancelled);
+        const auto ignore = [](const auto&...) {};
+        EXPECT_THROW(
+            uploads ? transport.upload("page", site.fingerprint("page"))
+                    : transport.downloadTree("", 0, ignore, ignore),
+            Cancelled);
         canceller.join();
-        EXPECT_LT(std::chrono::steady_clock::now() - asked, testing::atOnce);
-    };
-    cancelWhen(
-        site.transport(), [&] { return testing::readTree(server->root()).size() > 1; },
-        [&](const FTPTransport& transport) { transport.upload("page", site.fingerprint("page")); });
-    EXPECT_EQ(onServer("site/page"), "old");
-    testing::writeFile(site / "page", "new");
-    site.transport().upload("page", site.fingerprint("page"));
-    EXPECT_EQ(onServer("site/page"), "new");
-    EXPECT_EQ(testing::leftoverPartFiles(server->root()).size(), 1U) << "the cancelled one stays there";
-
-    server->put("site/large", large);
-    cancelWhen(
-        site.transport(), [&] { return !testing::leftoverPartFiles(site.root()).empty(); },
-        [](const FTPTransport& transport) {
-            const auto ignore = [](const auto&...) {};
-            transport.downloadTree("", 0, ignore, ignore);
-        });
-    EXPECT_EQ(site.files(), (FileTree{{"page", "new"}}));
+        EXPECT_LT(std::chrono::steady_clock::now() - stopped, testing::atOnce);
+        EXPECT_EQ(testing::readPublished(server->root()), (FileTree{{"site/page", "old"}, {"site/other", large}}));
+        EXPECT_EQ(site.files(), (FileTree{{"page", large}}));
+    }
 }
 
-TEST_P(TransportContract, RefusalsAreToldInTheSameWordsWhateverTheServerAnswers) {
+TEST_P(TransportContract, RefusalsHaveTheSameMessageOnEveryServer) {
     server->put("site/page", "x");
     LocalSite site(*server);
     const std::string noFolder = "curl: (9) Server denied you to change to the given directory";

@@ -1,7 +1,7 @@
-// What curl is told for one run, as the text of its configuration.
+// The text of curl's configuration for one run.
 //
-// A pure function; any thread. Everything that the user or a server has named reaches curl and the server through this
-// text alone, so this is where a name is kept from becoming a command of its own.
+// A pure function; any thread. All names from the user or a server reach curl and the server only through this text, so
+// this function prevents a name from becoming a command.
 #pragma once
 
 #include "model/profile.h"
@@ -13,14 +13,14 @@
 
 namespace zembrastel {
 
-// One line of curl's configuration: a long option's name and, where it takes one, its value.
+// One line of curl's configuration: the name of a long option and its value, if it has one.
 struct TransferOption {
     std::string key;
     std::optional<std::string> value = std::nullopt;
 };
 
-// The options that every operation has, then `options`, one a line. Throws SyncError for a path that is not safe, for a
-// null character, and for a line break in whatever is sent to the server as it stands.
+// The common options, then `options`, one a line. Throws SyncError for a path that is not safe, for a null character,
+// and for a line break in text that is sent to the server unchanged.
 [[nodiscard]] std::string curlConfiguration(
     const Profile& profile, std::string_view password, std::string_view path, bool directory,
     const std::vector<TransferOption>& options);

@@ -248,7 +248,7 @@ private:
     void refuse(Item& item, const std::string& sent) {
         fail(
             item, std::make_exception_ptr(SyncError(
-                      item.file.path + " was not downloaded: the server told a size of "
+                      item.file.path + " was not downloaded: the server reported a size of "
                       + std::to_string(*item.expected) + " bytes and sent " + sent + ".")));
     }
 

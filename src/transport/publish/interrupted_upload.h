@@ -1,9 +1,9 @@
-// How much of an upload that broke off the server has, and whether that is the beginning of the file.
+// Finds out how much of an interrupted upload the server has, and whether that is the beginning of the file.
 //
-// The size alone proves nothing: bytes of the broken connection may still have been on their way when a later one asked
-// for it. So what is not confirmed is fetched and compared.
+// The size alone proves nothing: bytes of the broken connection may arrive after the size was requested. So unconfirmed
+// bytes are fetched and compared.
 //
-// Used on one thread, for one file. It borrows all that it is given.
+// Used on one thread, for one file. Borrows all its arguments.
 #pragma once
 
 #include "platform/private_folder.h"
@@ -19,8 +19,8 @@ class InterruptedUpload {
 public:
     InterruptedUpload(const FTPTransport& used, const Item& upload, int stagedCopy, const PrivateFolder& folder);
 
-    // The number of bytes that the server has and that are the file's. Nullopt where it has others, or does not say;
-    // and where a conversation broke off, which is then `broken`. Throws Cancelled and the system's errors.
+    // The number of bytes on the server that are those of the file. Nullopt if it has other bytes or does not answer,
+    // and if a conversation broke off, which is then `broken`. Throws Cancelled and the system's errors.
     [[nodiscard]] std::optional<std::uint64_t> confirm();
 
     std::optional<Dialogue> broken;

@@ -1,6 +1,6 @@
-// Temporary files that a program which was killed in mid download left in the local folder.
+// Temporary files in the local folder, left by a program that was killed during a download.
 //
-// Blocks its thread on the disk alone. Any thread.
+// Blocks its thread on the disk only. Any thread.
 #pragma once
 
 #include "model/profile.h"
@@ -10,13 +10,12 @@
 
 namespace zembrastel {
 
-// Is the item of this path, by its name, one that a download made?
+// True if the name of this path is that of a download's temporary file.
 [[nodiscard]] bool isTemporaryPath(std::string_view path);
 
-// Takes those of the profile's local folder out of the way, unless a download is still at them: for the start of a job.
-// A partial download is removed. A displaced file may be the only copy of an edit that the program was about to put
-// back, and becomes a backup. What cannot be moved stays; it does no harm, and there is another start to come. Throws
-// nothing; ends early when the control is stopped.
+// Clears the leftovers in the profile's local folder, except those of a running download. Call it at the start of a
+// job. A partial download is removed. A displaced file becomes a backup: it may be the only copy of an edit. Files that
+// cannot be moved stay until the next start. Throws nothing; ends early if the control is stopped.
 void clearLeftovers(const Profile& profile, const TransferControl& control);
 
 } // namespace zembrastel

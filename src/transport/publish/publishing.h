@@ -1,10 +1,10 @@
-// Sends files to the server and puts them in the place of the live ones, many with one login.
+// Sends files to the server and replaces the live files by them, many with one login.
 //
-// First each file is sent under a temporary name. Then the server says what it has under that name and under the
-// file's own. Only copies of which it confirmed every byte go live, and only where the live file is the one last seen;
-// all of a batch are renamed within milliseconds. A server that confirms no sizes is trusted, and that is reported.
+// Each file is first sent under a temporary name. Then the server is asked about that file and the live file. Only
+// copies of confirmed size go live, and only if the live file is the version last seen; all files of a batch are
+// renamed within milliseconds. A server that does not report sizes is trusted, and that is reported.
 //
-// Blocks its thread, on which all calls of the events are made; these may throw, which ends the work and is passed on.
+// Blocks its thread and calls the events on it. An exception of an event ends the work and is passed on.
 #pragma once
 
 #include "model/fingerprint.h"
@@ -28,8 +28,8 @@ struct FileToPublish {
 
 struct PublishFailure {
     enum class Kind {
-        file,  // others may well be published
-        server // the connection, the login or the server: the work ends with it
+        file,  // other files can still be published
+        server // the connection, the login or the server: it ends the work
     };
     Kind kind = Kind::file;
     std::string message{}; // for the user
@@ -38,35 +38,35 @@ struct PublishFailure {
 // A file of which the server has a complete copy.
 struct CompleteCopy {
     const FileToPublish& file;
-    std::optional<ServerVersion> version; // nothing where the server gives no dates
+    std::optional<ServerVersion> version; // nullopt if the server gives no dates
 };
 
-// Each file that was begun ends in one of `published`, `failed` and `notReplaced`, except when the work ends early.
+// Each begun file ends in `published`, `failed` or `notReplaced`, unless the work ends early.
 struct PublishEvents {
-    // The file is now being sent. It may come again, when it has to be sent again.
+    // The file is being sent. Called again if the file is sent again.
     std::function<void(const FileToPublish&)> sending = {};
 
-    // These are about to go live. A rename keeps dates, so these are the versions that the server has from now on.
+    // These files are about to go live. A rename keeps dates, so these are the server's versions from now on.
     std::function<void(const std::vector<CompleteCopy>&)> goingLive = {};
 
     std::function<void(const CompleteCopy&)> published = {};
 
     std::function<void(const FileToPublish&, const PublishFailure&)> failed = {};
 
-    // The server's file is another one than the one last seen. It was left as it is; this is what the server says of
-    // it, as far as it does.
+    // The live file is not the version last seen and was not replaced. `found` is its version, if the server reports
+    // it.
     std::function<void(const FileToPublish&, const std::optional<ServerVersion>& found)> notReplaced = {};
 
-    // Once for a server while the program runs: it does not say how large files are, so uploads cannot be checked.
+    // Once for a server while the program runs: it does not report sizes, so uploads cannot be verified.
     std::function<void()> sizesUnconfirmed = {};
 };
 
-// Publishes the files in their order, in batches. True when each of them has come to an end of its own; false when a
-// failure of the server ended the work, of which one file was told: those after it may not have been tried.
+// Publishes the files in order, in batches. True if each file was published, failed or was not replaced; false if a
+// failure of the server, which was reported for one file, ended the work: the files after it may not have been tried.
 //
-// Throws Cancelled when the control is stopped; a step that puts files in place is finished first, for a second at
-// most. Also throws the system's errors where this machine cannot stage or start anything. Temporary files that stay on
-// the server are removed in a later call: see ServerTraits.
+// Throws Cancelled if the control is stopped; a running rename step is finished first, for at most a second. Also
+// throws the system's errors if this machine cannot stage a file or start curl. Temporary files that stay on the server
+// are removed in a later call: see ServerTraits.
 bool publish(const FTPTransport& transport, const std::vector<FileToPublish>& files, const PublishEvents& events);
 
 } // namespace zembrastel

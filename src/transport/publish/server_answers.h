@@ -1,4 +1,4 @@
-// What a server answers when it is asked about files: by commands about each of them, and by listings of their folders.
+// Reads a server's answers about files: replies to commands about single files, and listings of their folders.
 //
 // Values; one thread at a time.
 #pragma once
@@ -17,31 +17,31 @@
 
 namespace zembrastel {
 
-// Commands in a folder, one after another, with the server's replies as output. One that is refused does not keep the
-// next from being sent. The folder is entered by one command and not level by level: over a long line each takes long.
+// Commands in a folder, one after another, with the server's replies as output. After a refused command the next one is
+// still sent. The folder is entered by one command, not level by level, which would be slow over a distant line.
 [[nodiscard]] TransferBlock commandsIn(const std::string& folder, const std::vector<std::string>& commands);
 
-// The server's replies to the last commands of a block, of which each has one: "213 20200101123456".
+// The server's replies to the last commands of a block, one for each: "213 20200101123456".
 class Replies {
 public:
     Replies(const BlockOutcome& outcome, std::size_t commands);
 
-    // What follows the code in the reply of this number; nullopt for a reply of another code.
+    // The text after the code in the reply of this number; nullopt for a reply with another code.
     [[nodiscard]] std::optional<std::string_view> after(std::string_view code, std::size_t number) const;
 
-    // The server does not know the command (500, 502, 504).
+    // True if the server does not know the command (500, 502, 504).
     [[nodiscard]] bool isUnknownCommand(std::size_t number) const;
 
-    // What the replies to MDTM and SIZE, of which the first has this number, say of a file.
+    // The facts of a file in the replies to MDTM and SIZE; the first one has this number.
     [[nodiscard]] RemoteFacts datesAndSizes(std::size_t number) const;
 
-    // What the reply to MLST says of a file: one line of facts as in a listing.
+    // The facts of a file in the reply to MLST: one line as in a listing.
     [[nodiscard]] RemoteFacts facts(std::size_t number) const;
 
 private:
     struct Reply {
-        std::string line{};  // the last, with the code
-        std::string facts{}; // a line before it that begins with a blank
+        std::string line{};  // the last line, with the code
+        std::string facts{}; // an earlier line that begins with a blank
     };
 
     std::vector<Reply> replies;
@@ -54,11 +54,11 @@ public:
 
     [[nodiscard]] bool isReadable() const { return readable; }
 
-    // A part of it was lost on the way: no reason to do without listings.
+    // True if the listing is incomplete. Later listings can still be used.
     [[nodiscard]] bool isCut() const { return cut; }
 
-    // Unknown where the listing is no proof: where it cannot be read, is so long that servers leave entries out, or has
-    // a name that is perhaps the same to the server.
+    // Unknown if the listing proves nothing: it cannot be read, it is so long that servers shorten it, or it has a name
+    // that the server may treat as the same.
     [[nodiscard]] RemoteFacts find(const std::string& name) const;
 
 private:

@@ -1,8 +1,8 @@
-// The private copy of a local file that is sent in its place, so that later edits cannot get into an upload.
+// The private copy of a local file that is sent instead of it, so that later edits do not get into the upload.
 //
-// Where the file system shares blocks between files, the copy of a larger file is a nameless one beside the original:
-// it takes no room and no time, and nothing of it is left by a program that is killed. Elsewhere it is in the staging
-// folder, if that has the room.
+// If the file system can share blocks between files, the copy of a larger file is an unnamed file beside the original:
+// it takes almost no space and time, and disappears if the program is killed. Otherwise the copy is in the staging
+// folder, if that has enough space.
 #pragma once
 
 #include "model/fingerprint.h"
@@ -15,20 +15,19 @@
 
 namespace zembrastel {
 
-// Copies the file of this path, to a new file `name` in the staging folder if it takes one, and returns the copy, open.
-// Throws SyncError when what was copied is not, or no longer, the version of the fingerprint, for an unsafe path and
-// for a symbolic link on the way; when there is no room for the copy, before any is taken; Cancelled; and the system's
-// errors.
+// Copies the file of this path, if necessary to a new file `name` in the staging folder, and returns the open copy.
+// Throws SyncError if the copied version is not the one of the fingerprint, for an unsafe path, for a symbolic link on
+// the way, and if there is not enough space, before any is used. Also throws Cancelled and the system's errors.
 [[nodiscard]] Descriptor stageCopy(
     const std::string& localFolder, const std::string& path, const Fingerprint& version, const PrivateFolder& staging,
     const std::string& name, const TransferControl& control);
 
-// A part of a staged copy, as a new file `name` in the staging folder, in place of one of that name. Throws the
+// Copies a part of a staged copy to the file `name` in the staging folder, replacing an existing one. Throws the
 // system's errors.
 [[nodiscard]] Descriptor stagePart(
     int copy, std::uint64_t begin, std::uint64_t length, const PrivateFolder& staging, const std::string& name);
 
-// Is `part` the same as these bytes of the copy, from the first to the last? Throws the system's errors.
+// True if `part` is equal to these bytes of the copy. Throws the system's errors.
 [[nodiscard]] bool isPartOf(int copy, std::uint64_t begin, std::uint64_t length, int part);
 
 } // namespace zembrastel

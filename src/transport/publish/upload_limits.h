@@ -1,7 +1,7 @@
-// How much of a large file is sent in one piece.
+// The size of the parts in which a large file is sent.
 //
-// One run of curl lasts ten minutes at most. A file that may need more is sent in parts, of which each ends well and is
-// confirmed by the server before the next is appended to it.
+// One run of curl lasts at most ten minutes. A file that may take longer is sent in parts: each part is complete and
+// confirmed by the server before the next one is appended.
 #pragma once
 
 #include <chrono>
@@ -16,8 +16,8 @@ struct UploadLimits {
     std::uint64_t worthContinuing = std::uint64_t{1} << 20; // smaller files are sent again from their beginning
 };
 
-// How long the part after one of this length should be, which took so long: a quarter of a run, so that a line that
-// becomes slower does not cut it off. 0 elapsed: the part is the first one.
+// The length of the next part, after a part of this length that took `elapsed`: it should take a quarter of a run, so
+// that a slower line does not interrupt it. If `elapsed` is 0, it is the first part.
 [[nodiscard]] std::uint64_t nextPart(const UploadLimits& limits, std::uint64_t part, std::chrono::nanoseconds elapsed);
 
 } // namespace zembrastel
