@@ -41,6 +41,9 @@ public:
     // Do all of these files wait after failures of their own?
     [[nodiscard]] bool allWait(const std::vector<std::string>& changed, const FileMap& current) const;
 
+    // A file that is edited during the call waits until the call returns, which a large upload can delay for up to ten
+    // minutes: uploads go one after another in the order of their paths, and curl takes no new work once it runs.
+    //
     // Sends the files in this order and reports each as it goes live. `pending` is how many files changed. A failure of
     // a single file is reported and remembered; see failure(). Throws SyncError when the server failed, and Cancelled
     // after event::ServerChanged, when a file was not replaced because the server's is another one than the last seen.

@@ -15,6 +15,7 @@
 #include "transport/compare/remote_change.h"
 #include "transport/compare/server_check.h"
 #include "transport/curl/curl_configuration.h"
+#include "transport/curl/transfer_error.h"
 #include "transport/listing/alike_names.h"
 #include "transport/listing/remote_entry.h"
 #include "transport/publish/upload_limits.h"
@@ -40,7 +41,8 @@ class ChildProcess;
 // One run of curl with all that was said in it, for finding out what is wrong with a server.
 struct Transcript {
     bool succeeded = false;
-    bool connected = false;             // did anybody answer at the host's port?
+    bool connected = false; // a server answered at the host's port
+    CurlCode code = CurlCode::ok;
     std::string output{};               // what curl wrote to its standard output, where it succeeded
     std::string failure{};              // curl's own words; empty where it succeeded
     std::vector<std::string> replies{}; // the server's lines, in their order

@@ -7,12 +7,12 @@
 #include "model/fingerprint.h"
 #include "model/profile.h"
 #include "model/temporary_journal.h"
+#include "transport/curl/transfer_error.h"
 
 #include <cstdint>
 #include <mutex>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace zembrastel {
@@ -38,8 +38,8 @@ public:
     [[nodiscard]] bool hasMLSD() const;
     void lacksMLSD();
 
-    // The failure of a MLSD, in curl's words: the server may not know the command.
-    void learnFromFailedMLSD(std::string_view message);
+    // MLSD failed with this reply: the server may not know the command.
+    void learnFromFailedMLSD(FtpReply reply);
 
     // The facts of a single file in one reply (RFC 3659, 7), with date and size.
     enum class Mlst { untried, works, missing };

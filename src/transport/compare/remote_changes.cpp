@@ -28,6 +28,7 @@ public:
     ServerCheck run() {
         walk();
         findUnanswered();
+        findHiddenEdits();
         const auto shift = commonShift(differences());
         if (recorded.compareAll) {
             compareAll(shift);
@@ -95,6 +96,18 @@ private:
             const auto facts = readFacts(resultOf(answers[i]), undated[i]);
             found.seen.set(undated[i], {.modified = facts.modified, .size = facts.size ? facts.size : listedSizes[i]});
         }
+    }
+
+    // Hidden files that are to be uploaded: the upload would not replace a version that was not seen here.
+    void findHiddenEdits() {
+        std::vector<std::string> unseen;
+        for (const auto& [path, here] : local) {
+            if (!recorded.wasCompared || !mayBeHidden(path) || found.seen.contains(path)) continue;
+            const auto* published = recorded.baseline.find(path);
+            if (published == nullptr || isOtherVersion(here, *published)) unseen.emplace_back(path);
+        }
+        if (unseen.empty()) return;
+        for (const auto& [path, version] : findHidden(transport, unseen)) found.seen.set(path, version);
     }
 
     // A listing may hide a file that is there.

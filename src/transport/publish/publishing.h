@@ -65,8 +65,8 @@ struct PublishEvents {
 // failure of the server ended the work, of which one file was told: those after it may not have been tried.
 //
 // Throws Cancelled when the control is stopped; a step that puts files in place is finished first, for a second at
-// most. Also throws the system's errors where this machine cannot stage or start anything. Temporary files that stay on
-// the server are removed in a later call: see ServerTraits.
+// most. Also throws the system's errors where this machine cannot stage or start anything. Temporary files that
+// could not be removed are removed in a later call: see ServerTraits.
 bool publish(const FTPTransport& transport, const std::vector<FileToPublish>& files, const PublishEvents& events);
 
 } // namespace zembrastel
