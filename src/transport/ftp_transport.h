@@ -15,6 +15,7 @@
 #include "transport/compare/remote_change.h"
 #include "transport/compare/server_check.h"
 #include "transport/curl/curl_configuration.h"
+#include "transport/curl/transfer_error.h"
 #include "transport/listing/alike_names.h"
 #include "transport/listing/remote_entry.h"
 #include "transport/publish/upload_limits.h"
@@ -40,7 +41,8 @@ class ChildProcess;
 // The full record of one run of curl, for the diagnosis of a server.
 struct Transcript {
     bool succeeded = false;
-    bool connected = false;             // true if the host's port accepted a connection
+    bool connected = false; // true if the host's port accepted a connection
+    CurlCode code = CurlCode::ok;
     std::string output{};               // curl's standard output; empty unless it succeeded
     std::string failure{};              // curl's message; empty if it succeeded
     std::vector<std::string> replies{}; // the server's lines, in order

@@ -50,7 +50,7 @@ bool isOver(const Transcript& answer) {
     if (answer.succeeded) return false;
     const bool loggedIn =
         std::ranges::any_of(answer.replies, [](const auto& reply) { return reply.starts_with("230"); });
-    return !loggedIn || answer.failure.starts_with("curl: (9)") || answer.failure.starts_with("curl: (28)");
+    return !loggedIn || answer.code == CurlCode::noSuchFolder || answer.code == CurlCode::timedOut;
 }
 
 // Options with which curl sends the open file under the temporary name, and then renames it to `name`, replacing an
@@ -82,7 +82,7 @@ public:
         if (seen.first.succeeded) {
             mustDelete(seen.name);
             checkUploaded(report);
-        } else if (seen.first.failure.starts_with("curl: (25)")) {
+        } else if (seen.first.code == CurlCode::uploadRefused) {
             const std::string plain = "zembrastel-" + id + ".probe";
             report("Uploading a test file without a dot before its name: " + plain);
             seen.plainName = transport.transcribe(plain, false, {{"upload-file", ChildProcess::filePath}}, file.get());
@@ -100,7 +100,7 @@ private:
         const std::string temporary = temporaryName();
         auto answer = transport.transcribe(temporary, false, uploadOptions(temporary, seen.name), file.get());
         // If the rename was refused, the file is there; if the transfer failed, part of it may be.
-        if (!answer.succeeded) made.emplace_back(temporary, answer.failure.starts_with("curl: (21)"));
+        if (!answer.succeeded) made.emplace_back(temporary, answer.code == CurlCode::commandRefused);
         return answer;
     }
 

@@ -39,8 +39,8 @@ void ServerTraits::lacksMLSD() {
     mlsd = false;
 }
 
-void ServerTraits::learnFromFailedMLSD(std::string_view message) {
-    if (!message.ends_with("response: 500") && !message.ends_with("response: 502")) return;
+void ServerTraits::learnFromFailedMLSD(FtpReply reply) {
+    if (!isUnknownCommand(reply)) return;
     const std::lock_guard guard(lock);
     mlsd = false;
     // MLST and MLSD belong to one standard.

@@ -7,12 +7,12 @@
 #include "model/fingerprint.h"
 #include "model/profile.h"
 #include "model/temporary_journal.h"
+#include "transport/curl/transfer_error.h"
 
 #include <cstdint>
 #include <mutex>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace zembrastel {
@@ -38,8 +38,8 @@ public:
     [[nodiscard]] bool hasMLSD() const;
     void lacksMLSD();
 
-    // Learns from curl's message about a failed MLSD whether the server knows the command.
-    void learnFromFailedMLSD(std::string_view message);
+    // Learns from the reply to a failed MLSD whether the server knows the command.
+    void learnFromFailedMLSD(FtpReply reply);
 
     // MLST: date and size of a single file in one reply (RFC 3659, 7).
     enum class Mlst { untried, works, missing };

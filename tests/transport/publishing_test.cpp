@@ -90,8 +90,8 @@ TEST(PublishDecision, FailedRenameIsNoticed) {
 
 TEST(PublishDecision, BatchesFitOnTheDisk) {
     constexpr std::uint64_t mb = 1 << 20;
-    const std::vector<std::uint64_t> many(100, 10);
-    EXPECT_EQ(batchLength(many), 64U);
+    const std::vector<std::uint64_t> many(300, 10);
+    EXPECT_EQ(batchLength(many), 256U);
     for (const auto& [sizes, length] : std::vector<std::pair<std::vector<std::uint64_t>, std::size_t>>{
              {{1}, 1}, {{100 * mb, 1}, 1}, {{1, 100 * mb}, 1}, {{32 * mb, 32 * mb, 1}, 2}, {{40 * mb, 30 * mb}, 1}}) {
         EXPECT_EQ(batchLength(sizes), length);
@@ -254,18 +254,21 @@ TEST(WeakServer, SizesAreConfirmedByOtherCommands) {
     }
 }
 
-TEST(RefusedFile, OthersArePublished) {
+TEST(RefusedFile, OthersArePublishedAndNothingIsLeft) {
     FtpServer server(Kind::odd, {.extra = {"--reply", "RNTO=550 No", "--only", "page3"}});
-    FileTree files{{"folder", "a file"}};
+    FileTree files;
     for (int n = 0; n < 6; ++n) files["page" + std::to_string(n)] = testing::randomBytes(50, n);
     const LocalSite site(server, files);
+    testing::writeFile(site / "folder", "a file");
     server.put("site/folder/x", "a folder there");
     const auto story = publishAll(site.transport(), site);
     EXPECT_TRUE(story.whole);
+    files.erase("page3");
+    files["folder/x"] = "a folder there";
+    EXPECT_EQ(testing::readTree(server.root() / "site"), files);
     EXPECT_EQ(story.published.size(), 5U);
     EXPECT_EQ(story.failed.at("page3"), "curl: (21) QUOT string not accepted: RNTO page3");
     EXPECT_TRUE(story.failed.contains("folder"));
-    EXPECT_EQ(testing::readPublished(server.root() / "site").size(), 6U);
     EXPECT_EQ(story.sent.at("page3"), 1);
 }
 
@@ -297,6 +300,37 @@ std::size_t countOf(const std::string& text, const std::string& word) {
     std::size_t count = 0;
     for (auto at = text.find(word); at != std::string::npos; at = text.find(word, at + 1)) ++count;
     return count;
+}
+
+TEST(ManyFiles, OneLoginReplacesNoEdit) {
+    for (const bool edited : {false, true}) {
+        const testing::TemporaryFolder logs;
+        FtpServer server(Kind::odd, {.extra = {"--log", logs / "log"}});
+        FileTree files;
+        for (int n = 100; n < 250; ++n) files["page" + std::to_string(n)] = testing::randomBytes(50, n);
+        const LocalSite site(server, files);
+        std::vector<FileToPublish> wanted;
+        for (const auto& [path, content] : files) {
+            wanted.push_back(site.toPublish(path));
+            wanted.back().lastSeen = KnownAbsent{};
+        }
+        Story story;
+        std::vector<std::size_t> groups;
+        auto events = story.events();
+        events.goingLive = [&](const auto& copies) {
+            groups.push_back(copies.size());
+            if (edited && groups.size() == 2) server.put("site/page249", "a colleague's");
+        };
+        EXPECT_TRUE(publish(site.transport(), wanted, events));
+        if (edited) files["page249"] = "a colleague's";
+        EXPECT_EQ(testing::readTree(server.root() / "site"), files);
+        EXPECT_EQ(story.sends(), 150);
+        EXPECT_EQ(story.published.size(), edited ? 149U : 150U);
+        EXPECT_EQ(story.kept.size(), edited ? 1U : 0U);
+        EXPECT_EQ(groups, (std::vector<std::size_t>{64, 64, edited ? 21U : 22U}));
+        // An edit is asked about again, the files beside it are renamed, and its copy is removed: one login each.
+        EXPECT_EQ(countOf(readFile(logs / "log").value_or(""), "USER"), edited ? 4U : 1U);
+    }
 }
 
 TEST(LargeFile, FastLinesGetLongParts) {
@@ -389,7 +423,7 @@ TEST(LateStep, EditBeforeALateRenameIsNotReplaced) {
     };
     EXPECT_TRUE(publish(transport, {file}, events));
     EXPECT_EQ(story.kept.size(), 1U);
-    EXPECT_EQ(testing::readFile(server.root() / "site/a"), "a colleague's");
+    EXPECT_EQ(testing::readTree(server.root()), (FileTree{{"site/a", "a colleague's"}}));
 }
 
 TEST(Stop, FinishesRenamesButDoesNotWaitForAHangingServer) {

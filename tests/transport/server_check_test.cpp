@@ -90,6 +90,14 @@ TEST_P(MissingFilesOn, HiddenFilesAreNotReportedMissing) {
         EXPECT_EQ(check.missing, (PathSet{"gone/.d", "gone/e"}));
         EXPECT_TRUE(check.changes.empty());
 
+        // An edit of a hidden file meets another version there.
+        testing::writeFile(site / ".htaccess", "mine");
+        server.put("site/.htaccess", "a colleague's");
+        recorded.wasCompared = true;
+        EXPECT_EQ(compared().changes.size(), 1U);
+        testing::writeFile(site / ".htaccess", "1");
+        server.put("site/.htaccess", "1");
+
         recorded.compareAll = true;
         const auto all = compared();
         EXPECT_EQ(all.toSend, (PathSet{"gone/.d", "gone/e", "left"}));

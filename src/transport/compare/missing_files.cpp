@@ -17,8 +17,7 @@ using Presence = RemoteFacts::Presence;
 constexpr std::size_t maxAsked = 200; // of each kind of name
 
 Presence presenceBy(const BlockOutcome& outcome) {
-    constexpr int noSuchFolder = 9;
-    constexpr int noSuchFile = 78;
+    using enum CurlCode;
     if (outcome.succeeded()) return Presence::present;
     return outcome.code == noSuchFolder || outcome.code == noSuchFile ? Presence::absent : Presence::unknown;
 }
@@ -32,8 +31,7 @@ void ask(
     for (const auto& path : paths) plan.blocks.push_back({.path = path, .options = {{"head"}}});
     const auto ended = [&](std::size_t block, const BlockOutcome& outcome) {
         answered(paths[block], outcome);
-        return outcome.succeeded()
-               || scopeOf(outcome.code, outcome.message, DataConnection::first) == FailureScope::file;
+        return outcome.succeeded() || scopeOf(outcome, DataConnection::first) == FailureScope::file;
     };
     converse(transport.profile, transport.password, *transport.control, plan, {.ended = ended});
 }

@@ -29,6 +29,7 @@ public:
     ServerCheck run() {
         walk();
         findUnanswered();
+        findHiddenEdits();
         const auto shift = commonShift(differences());
         if (recorded.compareAll) {
             compareAll(shift);
@@ -96,6 +97,19 @@ private:
             const auto facts = readFacts(resultOf(answers[i]), undated[i]);
             found.seen.set(undated[i], {.modified = facts.modified, .size = facts.size ? facts.size : listedSizes[i]});
         }
+    }
+
+    // Asks about hidden files that are to be uploaded: the upload would not replace a version that was not seen here.
+    void findHiddenEdits() {
+        if (!recorded.wasCompared) return;
+        std::vector<std::string> unseen;
+        for (const auto& [path, here] : local) {
+            if (!mayBeHidden(path) || found.seen.contains(path)) continue;
+            const auto* published = recorded.baseline.find(path);
+            if (published == nullptr || isOtherVersion(here, *published)) unseen.emplace_back(path);
+        }
+        if (unseen.empty()) return;
+        for (const auto& [path, version] : findHidden(transport, unseen)) found.seen.set(path, version);
     }
 
     // Asks about single files: a listing may hide an existing file.

@@ -30,8 +30,6 @@ constexpr const char* curlExecutable = "/usr/bin/curl";
 constexpr const char* withoutWords = "Transfer failed.";
 constexpr const char* listingTooLong = "The server's directory listing is too long.";
 constexpr const char* fileTooLong = "The server's file is too long.";
-constexpr int curlCouldNotWrite = 23;
-constexpr int endedBySignal = -1;
 constexpr std::chrono::milliseconds stopInterval{50};
 
 // Variables that say how texts are written, whom to trust, and where temporary files go. Others may have curl write
@@ -52,6 +50,17 @@ std::string failureMessage(const std::string& words, std::string_view password) 
     const auto text = trimmed(masked);
     // A curl that a signal ended has said nothing.
     return text.empty() ? withoutWords : std::string(text);
+}
+
+// Two numbers.
+void readCodes(std::string_view text, BlockOutcome& outcome) {
+    int code = 0;
+    int reply = 0;
+    const char* end = text.data() + text.size();
+    const auto first = std::from_chars(text.data(), end, code);
+    if (first.ptr != end) std::from_chars(first.ptr + 1, end, reply);
+    outcome.code = CurlCode(code);
+    outcome.reply = FtpReply(reply);
 }
 
 struct Pipe {
@@ -135,7 +144,7 @@ public:
             dropReported();
             reportEnded();
             if (goesOn && std::max(output.text.size(), errors.text.size()) > maxBlockOutput) {
-                finish({.code = curlCouldNotWrite, .message = listingTooLong});
+                finish({.code = CurlCode::writeFailed, .message = listingTooLong});
                 goesOn = false;
             }
         }
@@ -150,7 +159,7 @@ private:
     // curl writes the mark when a block has ended, to both of its streams: what is before it is the block's. No server
     // knows it.
     std::string configure(const Profile& profile, std::size_t gateFile) const {
-        const std::string writeOut = mark + "%{stderr}" + mark + "%{exitcode}\n";
+        const std::string writeOut = mark + "%{stderr}" + mark + "%{exitcode} %{response_code}\n";
         std::string text;
         for (const auto& block : blocks) {
             if (!text.empty()) text += "next\n";
@@ -219,8 +228,7 @@ private:
             if (end == std::string::npos) return;
             output.read(); // what came since
             BlockOutcome outcome{.words = errors.text.substr(0, at)};
-            const char* number = errors.text.data() + at + mark.size();
-            std::from_chars(number, errors.text.data() + end, outcome.code);
+            readCodes(std::string_view(errors.text).substr(at + mark.size(), end - at - mark.size()), outcome);
             errors.text.erase(0, end + 1);
             const auto outputEnd = output.text.find(mark);
             if (outcome.succeeded()) {
@@ -252,7 +260,7 @@ private:
     BlockOutcome broken(const ChildProcess::Exit& exit) {
         const bool tooLong = !exit.exited && exit.code == SIGXFSZ;
         return {
-            .code = exit.exited && exit.code != 0 ? exit.code : endedBySignal,
+            .code = exit.exited && exit.code != 0 ? CurlCode(exit.code) : CurlCode::endedBySignal,
             .message = tooLong ? fileTooLong : failureMessage(errors.text, password),
             .words = errors.text};
     }

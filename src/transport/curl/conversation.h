@@ -11,6 +11,7 @@
 #pragma once
 
 #include "transport/curl/curl_configuration.h"
+#include "transport/curl/transfer_error.h"
 #include "transport/transfer_control.h"
 
 #include <chrono>
@@ -42,12 +43,13 @@ struct TransferPlan {
 
 // How one block ended.
 struct BlockOutcome {
-    int code = 0;          // curl's; 0 if the block succeeded
-    std::string output{};  // what it wrote to its standard output; empty unless it succeeded
-    std::string message{}; // for the user, the password masked; empty if the block succeeded
-    std::string words{};   // curl's unchanged standard error, which may contain the password
+    CurlCode code = CurlCode::ok;
+    FtpReply reply = FtpReply::none; // the server's last one
+    std::string output{};            // what it wrote to its standard output; empty unless it succeeded
+    std::string message{};           // for the user, the password masked; empty if the block succeeded
+    std::string words{};             // curl's unchanged standard error, which may contain the password
 
-    [[nodiscard]] bool succeeded() const { return code == 0; }
+    [[nodiscard]] bool succeeded() const { return code == CurlCode::ok; }
 };
 
 struct ConversationEvents {

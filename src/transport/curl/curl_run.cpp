@@ -11,8 +11,6 @@
 namespace zembrastel {
 namespace {
 
-constexpr int curlCouldNotWrite = 23; // and does not say why
-
 // What follows `beginning` in the line, without the line's end; nothing for another line.
 std::optional<std::string_view> after(std::string_view beginning, std::string_view line) {
     if (!line.starts_with(beginning)) return std::nullopt;
@@ -67,17 +65,17 @@ std::string FTPTransport::run(
     }
     auto done = holdOne(*this, path, directory, options, localFile, look, maxWritten);
     if (done.succeeded()) return std::move(done.output);
-    if (done.code == curlCouldNotWrite && localFile >= 0) {
+    if (done.code == CurlCode::writeFailed && localFile >= 0) {
         if (const auto why = whyNotWritten(localFile); !why.empty()) done.message += ": " + why;
     }
-    throw SyncError(done.message);
+    throw TransferError(done.code, done.message);
 }
 
 Transcript FTPTransport::transcribe(
     std::string_view path, bool directory, std::vector<TransferOption> options, int localFile) const {
     options.push_back({"verbose"});
     const auto done = holdOne(*this, path, directory, std::move(options), localFile);
-    Transcript transcript{.succeeded = done.succeeded(), .output = done.output};
+    Transcript transcript{.succeeded = done.succeeded(), .code = done.code, .output = done.output};
     readWords(withoutPassword(done.words, password), transcript);
     if (!done.succeeded() && (transcript.failure.empty() || !isValidUtf8(transcript.failure))) {
         transcript.failure = done.words.empty() ? done.message : "Transfer failed.";

@@ -53,7 +53,7 @@ DataConnection Dialogue::connectionOf(std::size_t block) const {
 
 bool Dialogue::take(std::size_t block, const BlockOutcome& outcome) {
     if (!outcome.succeeded()) {
-        scope = scopeOf(outcome.code, outcome.message, connectionOf(block));
+        scope = scopeOf(outcome, connectionOf(block));
         if (scope != FailureScope::file) {
             broken = outcome;
             return false;

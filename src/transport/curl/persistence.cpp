@@ -6,18 +6,16 @@
 namespace zembrastel {
 
 void Persistence::brokeOff(const Dialogue& dialogue, bool progressed) {
-    constexpr int couldNotWrite = 23; // a listing without an end, or a full disk
-    constexpr int timedOut = 28;
-    constexpr int tlsFailed = 35;
     constexpr int mostBarren = 2;
-    const int code = dialogue.broken->code;
-    const bool tlsTooOld = dialogue.login == ServerTraits::Login::manyWithTls12 && code == tlsFailed;
+    const CurlCode code = dialogue.broken->code;
+    const bool tlsTooOld = dialogue.login == ServerTraits::Login::manyWithTls12 && code == CurlCode::tlsFailed;
     if ((dialogue.scope == FailureScope::furtherData || tlsTooOld) && traits.wasRefused(dialogue.login)) return;
     barren = progressed ? 0 : barren + 1;
-    // TLS may have failed for a data connection alone.
+    // A write fails for a listing without an end, or on a full disk. TLS may have failed for a data connection alone.
     const bool isFinal =
-        code == couldNotWrite || (!progressed && (code == timedOut || (isBeforeLogin(code) && code != tlsFailed)));
-    if (isFinal || barren == mostBarren) throw SyncError(dialogue.broken->message);
+        code == CurlCode::writeFailed
+        || (!progressed && (code == CurlCode::timedOut || (isBeforeLogin(code) && code != CurlCode::tlsFailed)));
+    if (isFinal || barren == mostBarren) throw TransferError(code, dialogue.broken->message);
 }
 
 } // namespace zembrastel

@@ -19,11 +19,6 @@ namespace {
 
 using Facts = FTPTransport::FileFacts;
 
-constexpr int partialTransfer = 18;
-constexpr int couldNotWrite = 23;
-constexpr int cannotContinue = 31;
-constexpr int continuesNothing = 36;
-
 // What curl may write beyond the reported size: its own messages, and the growth of the file meanwhile.
 constexpr std::uint64_t tolerance = std::uint64_t{64} << 10;
 
@@ -36,9 +31,9 @@ bool differ(const Facts& a, const Facts& b) {
     return differ(a.modified, b.modified) || (a.size && b.size && *a.size != *b.size);
 }
 
-// True if curl reports that the server has no such file, or no such folder.
+// True if the server no longer has the file or its folder.
 bool isMissing(const QueryFailure& failure) {
-    return failure.message.starts_with("curl: (78) ") || failure.message.starts_with("curl: (9) ");
+    return failure.code == CurlCode::noSuchFile || failure.code == CurlCode::noSuchFolder;
 }
 
 struct Item {
@@ -199,7 +194,7 @@ private:
         if (outcome.succeeded()) {
             item.arrived = compares;
             if (!compares) complete(item, dialogue);
-        } else if (outcome.code == partialTransfer) {
+        } else if (outcome.code == CurlCode::partialFile) {
             interrupt(item, outcome.message);
             dialogue.over = true; // the order of the files stays
         } else {
@@ -267,7 +262,7 @@ private:
     }
 
     void breakDown(const Dialogue& dialogue, const std::optional<std::uint64_t>& limit) {
-        const int code = dialogue.broken->code;
+        const CurlCode code = dialogue.broken->code;
         bool progressed = dialogue.progressed;
         if (current != nullptr) {
             auto& item = *current;
@@ -275,11 +270,11 @@ private:
                 fetchBySize(item);
                 return;
             }
-            if (code == couldNotWrite) {
+            if (code == CurlCode::writeFailed) {
                 const auto why = whyNotWritten(item.file.into.descriptor());
                 throw SyncError(dialogue.broken->message + (why.empty() ? "" : ": " + why));
             }
-            if (item.kept > 0 && (code == cannotContinue || code == continuesNothing)) {
+            if (item.kept > 0 && (code == CurlCode::restartRefused || code == CurlCode::nothingToContinue)) {
                 item.mayContinue = false;
                 (void)keepPart(item);
                 return;

@@ -8,17 +8,13 @@
 namespace zembrastel {
 namespace {
 
-constexpr const char* noSuchFolder = "curl: (9)";
-constexpr const char* noSuchFile = "curl: (78)";
-
-// The result of `ask`; nullopt if it fails with a message that begins with `words`, by which curl reports that there is
-// no such item.
+// The result of `ask`; nullopt if it fails with this code of curl, which means that there is no such item.
 template <class Ask>
-auto unlessAbsent(const char* words, Ask ask) -> std::optional<decltype(ask())> {
+auto unlessAbsent(CurlCode absent, Ask ask) -> std::optional<decltype(ask())> {
     try {
         return ask();
-    } catch (const SyncError& error) {
-        if (std::string_view(error.what()).starts_with(words)) return std::nullopt;
+    } catch (const TransferError& error) {
+        if (error.code == absent) return std::nullopt;
         throw;
     }
 }
@@ -71,11 +67,11 @@ std::optional<std::uint64_t> FTPTransport::size(std::string_view path) const {
 }
 
 std::optional<std::vector<RemoteEntry>> FTPTransport::listIfThere(std::string_view path) const {
-    return unlessAbsent(noSuchFolder, [&] { return list(path); });
+    return unlessAbsent(CurlCode::noSuchFolder, [&] { return list(path); });
 }
 
 bool FTPTransport::hasFile(std::string_view path) const {
-    return unlessAbsent(noSuchFile, [&] { return size(path); }).has_value();
+    return unlessAbsent(CurlCode::noSuchFile, [&] { return size(path); }).has_value();
 }
 
 std::size_t FTPTransport::test() const { return list("").size(); }

@@ -19,16 +19,9 @@ using Entries = std::vector<RemoteEntry>;
 // In one conversation. It limits the text that curl gets.
 constexpr std::size_t maxBlocks = 300;
 
-constexpr int partialTransfer = 18;
-constexpr int refusedTransfer = 19;
-
 std::string cutMessage(const std::string& path) {
     const std::string folder = path.empty() ? "the remote folder" : path;
     return "The server sent only a part of the directory listing of " + folder + ". None of it is used.";
-}
-
-bool isUnknownCommand(const BlockOutcome& outcome) {
-    return outcome.code == refusedTransfer && (outcome.message.ends_with(" 500") || outcome.message.ends_with(" 502"));
 }
 
 // True if `b` has every name of `a` that a listing must show.
@@ -50,15 +43,17 @@ struct Answer {
     bool settled = false;
     std::optional<Entries> entries = {}; // of an incomplete listing, the entries of its complete lines
     std::string failure = {};            // why it is incomplete
+    CurlCode code = CurlCode::ok;        // curl's code, if it failed
 
     [[nodiscard]] bool isWhole() const { return entries && failure.empty(); }
 
     void take(const BlockOutcome& outcome, const std::string& path) {
-        const bool cut = outcome.succeeded() ? isCutShort(outcome.output) : outcome.code == partialTransfer;
-        isUnknown = byMLSD && isUnknownCommand(outcome);
+        const bool cut = outcome.succeeded() ? isCutShort(outcome.output) : outcome.code == CurlCode::partialFile;
+        isUnknown = byMLSD && outcome.code == CurlCode::transferRefused && isUnknownCommand(outcome.reply);
         settled = true;
         entries.reset();
         failure = outcome.message;
+        code = outcome.code;
         if (outcome.succeeded()) read(outcome.output);
         if (cut) wasCut(path);
     }
@@ -131,13 +126,13 @@ struct AskedFolder {
     [[nodiscard]] ListedEntries result() {
         auto& [first, second] = answers;
         if (!first.isWhole()) {
-            if (!second.isWhole()) return QueryFailure{second.failure};
+            if (!second.isWhole()) return QueryFailure{second.failure, second.code};
             keepShown(*second.entries, *second.entries);
             return std::move(*second.entries);
         }
         // Some servers never end LIST with a line break. The other listing must still have the names of such a listing.
         if (!second.isWhole() && second.entries && !shows(*first.entries, *second.entries)) {
-            return QueryFailure{second.failure};
+            return QueryFailure{second.failure, second.code};
         }
         // If LIST cannot confirm it, MLSD is enough.
         keepShown(*first.entries, second.isWhole() ? *second.entries : *first.entries);
@@ -218,7 +213,7 @@ std::vector<ListedEntries> FolderLister::listTogether(std::span<const std::strin
                 answer.take(outcome, folder.path);
                 if (!answer.isUnknown) return;
                 hasMLSD = false;
-                transport.traits->learnFromFailedMLSD(outcome.message);
+                transport.traits->learnFromFailedMLSD(outcome.reply);
             });
             ++blocks;
         }
@@ -258,7 +253,7 @@ std::vector<AnswerAboutFile> askAboutFiles(const FTPTransport& transport, const 
             if (outcome.succeeded()) {
                 file.answer = outcome.output;
             } else {
-                file.answer = QueryFailure{outcome.message};
+                file.answer = QueryFailure{outcome.message, outcome.code};
             }
         });
         return 1;

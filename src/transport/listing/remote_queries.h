@@ -24,6 +24,7 @@ namespace zembrastel {
 // Why the query of one folder or file failed, for the user.
 struct QueryFailure {
     std::string message;
+    CurlCode code = CurlCode::ok; // where the answer itself was of no use
 };
 
 using ListedEntries = std::variant<std::vector<RemoteEntry>, QueryFailure>;
@@ -31,7 +32,7 @@ using ListedEntries = std::variant<std::vector<RemoteEntry>, QueryFailure>;
 // The result; a failure is thrown as SyncError.
 template <class Result>
 [[nodiscard]] Result resultOf(std::variant<Result, QueryFailure> outcome) {
-    if (const auto* failure = std::get_if<QueryFailure>(&outcome)) throw SyncError(failure->message);
+    if (const auto* failure = std::get_if<QueryFailure>(&outcome)) throw TransferError(failure->code, failure->message);
     return std::get<Result>(std::move(outcome));
 }
 

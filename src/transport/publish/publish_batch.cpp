@@ -18,12 +18,6 @@ namespace {
 
 using Time = std::chrono::steady_clock;
 
-constexpr int tlsFailed = 35;
-constexpr int timedOut = 28;
-constexpr int uploadRefused = 25;
-constexpr int partialFile = 18;
-constexpr int noSuchFolder = 9;
-
 // Files that go live together.
 constexpr std::size_t groupLength = 64;
 
@@ -242,13 +236,13 @@ void Batch::sendingEnds(Item& item, const BlockOutcome& outcome) {
         item.partTook = Time::now() - item.partBegan;
         item.stage = Stage::sent;
         if (transport.observer != nullptr) transport.observer->fileMoved(item.confirmed + item.part);
-    } else if (outcome.code == noSuchFolder && isFolderThere(item)) {
+    } else if (outcome.code == CurlCode::noSuchFolder && isFolderThere(item)) {
         item.levelByLevel = true;
         --item.sends;
-    } else if (outcome.code == uploadRefused && item.confirmed > 0) {
+    } else if (outcome.code == CurlCode::uploadRefused && item.confirmed > 0) {
         traits.refusedToAppend();
         beginAnew(item);
-    } else if (outcome.code != partialFile || !mayContinue(item) || !interrupt(item, outcome.message)) {
+    } else if (outcome.code != CurlCode::partialFile || !mayContinue(item) || !interrupt(item, outcome.message)) {
         fail(item, outcome.message);
     }
 }
@@ -412,7 +406,7 @@ void Batch::breakDown(const Dialogue& dialogue) {
             traits.isGone(transport.profile, {.folder = each->folder, .name = each->temporary});
         }
     }
-    const bool tlsTooOld = dialogue.login == ServerTraits::Login::manyWithTls12 && broken.code == tlsFailed;
+    const bool tlsTooOld = dialogue.login == ServerTraits::Login::manyWithTls12 && broken.code == CurlCode::tlsFailed;
     if (dialogue.scope == FailureScope::furtherData || tlsTooOld) {
         if (item != nullptr && item->confirmed == 0) --item->sends; // it is not the file
         if (traits.wasRefused(dialogue.login)) return;
@@ -422,7 +416,7 @@ void Batch::breakDown(const Dialogue& dialogue) {
         return;
     }
     // A file that a whole run is not enough for holds up no others.
-    if (item != nullptr && broken.code == timedOut && Time::now() - item->partBegan >= transport.limits.run) {
+    if (item != nullptr && broken.code == CurlCode::timedOut && Time::now() - item->partBegan >= transport.limits.run) {
         fail(*item, broken.message + (traits.appends() ? "" : " This server does not let an upload be continued."));
         return;
     }

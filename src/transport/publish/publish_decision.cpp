@@ -38,38 +38,28 @@ bool wentLive(std::uint64_t sent, const RemoteFacts& copy, const RemoteFacts& be
     return before.presence != Presence::present || !after.modified || before.modified != after.modified;
 }
 
-FailureScope scopeOf(int curlCode, std::string_view message, DataConnection data) {
-    constexpr int partialFile = 18;
-    constexpr int uploadFailed = 25;
-    constexpr std::array brokenOff{partialFile, 55, 56};
-    const bool refused = message.ends_with(" 425") || message.ends_with(" 522");
-    const bool broken = std::ranges::find(brokenOff, curlCode) != brokenOff.end();
-    if (data != DataConnection::first && refused && (curlCode == partialFile || curlCode == uploadFailed)) {
-        return FailureScope::furtherData;
-    }
-    if (data == DataConnection::furtherTls13 && broken) return FailureScope::furtherData;
-    constexpr std::array ofOneFile{
-        3,            // a name that cannot be in a URL
-        9,            // no such folder, or none that may be entered
-        partialFile,  // or, of an upload, a reply that is not the one for a complete file
-        19,           // a refused listing or download
-        21,           // a refused command, such as RNTO
-        uploadFailed, //
-        26,           // the local file could not be read
-        70,           // no space for this file
-        78,           // no such file
-    };
-    return std::ranges::find(ofOneFile, curlCode) != ofOneFile.end() ? FailureScope::file : FailureScope::server;
+FailureScope scopeOf(const BlockOutcome& outcome, DataConnection data) {
+    using enum CurlCode;
+    const auto isOneOf = [&](auto... codes) { return ((outcome.code == codes) || ...); };
+    const bool refused = outcome.reply == FtpReply::noDataConnection || outcome.reply == FtpReply::sessionNotReused;
+    const bool furtherRefused = data != DataConnection::first && refused && isOneOf(partialFile, uploadRefused);
+    const bool furtherBroken = data == DataConnection::furtherTls13 && isOneOf(partialFile, sendFailed, receiveFailed);
+    if (furtherRefused || furtherBroken) return FailureScope::furtherData;
+    const bool ofOneFile = isOneOf(
+        badUrl, noSuchFolder, partialFile, transferRefused, commandRefused, uploadRefused, readFailed, noSpace,
+        noSuchFile);
+    return ofOneFile ? FailureScope::file : FailureScope::server;
 }
 
-bool isBeforeLogin(int curlCode) {
-    // No address, no connection, and TLS or the login refused.
-    constexpr std::array codes{5, 6, 7, 35, 60, 64, 67, 90};
-    return std::ranges::find(codes, curlCode) != codes.end();
+bool isBeforeLogin(CurlCode code) {
+    using enum CurlCode;
+    constexpr std::array codes{proxyNotFound,        hostNotFound, notConnected, tlsFailed,
+                               untrustedCertificate, tlsRefused,   loginRefused, wrongKey};
+    return std::ranges::find(codes, code) != codes.end();
 }
 
 std::size_t batchLength(std::span<const std::uint64_t> sizes) {
-    constexpr std::size_t mostFiles = 64;
+    constexpr std::size_t mostFiles = 256;
     constexpr std::uint64_t mostBytes = std::uint64_t{64} << 20;
     std::uint64_t sum = 0;
     std::size_t length = 0;

@@ -4,12 +4,12 @@
 #pragma once
 
 #include "model/server_version.h"
+#include "transport/curl/conversation.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
-#include <string_view>
 #include <variant>
 
 namespace zembrastel {
@@ -56,15 +56,15 @@ enum class FailureScope {
 // one.
 enum class DataConnection {
     first,       // or not protected
-    further,     // a refusal is known by its words alone
+    further,     // a refusal shows in the server's reply alone
     furtherTls13 // a refusal may also show as a broken connection
 };
-[[nodiscard]] FailureScope scopeOf(int curlCode, std::string_view message, DataConnection data);
+[[nodiscard]] FailureScope scopeOf(const BlockOutcome& outcome, DataConnection data);
 
 // Has a conversation that failed so at its first block never been let in?
-[[nodiscard]] bool isBeforeLogin(int curlCode);
+[[nodiscard]] bool isBeforeLogin(CurlCode code);
 
-// How many of the first files go together: 64 of at most 64 MB, or one that is larger. `sizes` is not empty.
+// How many of the first files are staged together: 256 of at most 64 MB, or one that is larger. `sizes` is not empty.
 [[nodiscard]] std::size_t batchLength(std::span<const std::uint64_t> sizes);
 
 } // namespace zembrastel

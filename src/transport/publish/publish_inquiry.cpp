@@ -166,7 +166,7 @@ void Inquiry::askByListing(Dialogue& dialogue, const std::string& folder, const 
         answered = sinceBoot();
         if (!found.isReadable() && !found.isCut()) {
             traits.lacksMLSD();
-            traits.learnFromFailedMLSD(outcome.message);
+            traits.learnFromFailedMLSD(outcome.reply);
         }
         for (auto* item : listed) {
             const auto copy = found.find(item->temporary);

@@ -2,6 +2,7 @@
 
 #include "transport/ftp_transport.h"
 #include "transport/publish/publish_batch.h"
+#include "transport/publish/server_leftovers.h"
 
 #include <cstdint>
 #include <deque>
@@ -10,7 +11,9 @@
 
 namespace zembrastel {
 
-bool publish(const FTPTransport& transport, const std::vector<FileToPublish>& files, const PublishEvents& events) {
+namespace {
+
+bool publishAll(const FTPTransport& transport, const std::vector<FileToPublish>& files, const PublishEvents& events) {
     std::vector<std::uint64_t> sizes;
     sizes.reserve(files.size());
     for (const auto& file : files) sizes.push_back(static_cast<std::uint64_t>(file.fingerprint.size));
@@ -30,6 +33,16 @@ bool publish(const FTPTransport& transport, const std::vector<FileToPublish>& fi
         if (end == Batch::End::serverFailed) return false;
         if (end == Batch::End::paused) paused.push_back(std::move(batch));
     }
+    return true;
+}
+
+} // namespace
+
+bool publish(const FTPTransport& transport, const std::vector<FileToPublish>& files, const PublishEvents& events) {
+    const auto before = transport.traits->leftovers(transport.profile).size();
+    if (!publishAll(transport, files, events)) return false;
+    // Copies that were refused. Names that were tried before wait for the next upload.
+    if (transport.traits->leftovers(transport.profile).size() > before) removeLeftovers(transport);
     return true;
 }
 

@@ -65,8 +65,8 @@ struct PublishEvents {
 // failure of the server, which was reported for one file, ended the work: the files after it may not have been tried.
 //
 // Throws Cancelled if the control is stopped; a running rename step is finished first, for at most a second. Also
-// throws the system's errors if this machine cannot stage a file or start curl. Temporary files that stay on the server
-// are removed in a later call: see ServerTraits.
+// throws the system's errors if this machine cannot stage a file or start curl. Temporary files that could not be
+// removed are removed in a later call: see ServerTraits.
 bool publish(const FTPTransport& transport, const std::vector<FileToPublish>& files, const PublishEvents& events);
 
 } // namespace zembrastel

@@ -25,4 +25,10 @@ void addRemovals(Dialogue& dialogue, const FTPTransport& transport) {
     }
 }
 
+void removeLeftovers(const FTPTransport& transport) {
+    Dialogue dialogue(transport, transport.traits->login());
+    addRemovals(dialogue, transport);
+    dialogue.hold({}, {});
+}
+
 } // namespace zembrastel
