@@ -106,9 +106,8 @@ public:
     Texts password;  // options for every command
 
     // Goes on running; its standard error is errors().
-    [[nodiscard]] Program start(const std::string& typed) const {
-        return Program(command(words(typed), ""), environment());
-    }
+    [[nodiscard]] Program start(const Texts& arguments) const { return Program(command(arguments, ""), environment()); }
+    [[nodiscard]] Program start(const std::string& typed) const { return start(words(typed)); }
 
 private:
     // The shell becomes the program, so that signals reach it.

@@ -70,7 +70,7 @@ private:
 
     std::string anyContent() { return randomBytes(upTo(1) == 0 ? upTo(600'000) : upTo(20'000), random()); }
 
-    [[nodiscard]] CliPlace::Arguments command(CliPlace::Arguments words) const {
+    [[nodiscard]] Texts command(Texts words) const {
         words.insert(words.end(), {"--password-file", place.passwordFile().string()});
         return words;
     }
@@ -101,12 +101,12 @@ private:
         }
     }
 
-    CliPlace::Arguments prepareReview() {
+    Texts prepareReview() {
         changeOnServer(false);
         return command({"review", name, "--download-all"});
     }
 
-    CliPlace::Arguments prepareProfile() {
+    Texts prepareProfile() {
         added = "more " + std::to_string(state.profiles.size());
         return {"profile",    "add", "--name",          added,       "--host",         "127.0.0.1",
                 "--username", "web", "--remote-folder", "somewhere", "--local-folder", place.home().string()};
@@ -123,7 +123,7 @@ private:
         StateStore(place.state()).save(state);
     }
 
-    bool run(const CliPlace::Arguments& arguments, std::chrono::milliseconds longest) {
+    bool run(const Texts& arguments, std::chrono::milliseconds longest) {
         remember();
         const bool watches = arguments.front() == "watch";
         const bool atTransfer = watches && upTo(1) == 0;

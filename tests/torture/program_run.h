@@ -29,7 +29,7 @@ public:
     using Time = std::chrono::system_clock::time_point;
     static constexpr std::chrono::seconds limit{60}; // for what must happen in the end
 
-    ProgramRun(const CliPlace& place, const CliPlace::Arguments& arguments) : program(place.start(arguments)) {
+    ProgramRun(const CliPlace& place, const Texts& arguments) : program(place.start(arguments)) {
         program.closeInput();
         reader = std::jthread([this] { read(); });
     }

@@ -254,9 +254,9 @@ public:
     void disturb(Random& random) override {
         switch (below(random, 4)) {
         case 0:
-            (void)place.run({"pause", name});
+            (void)place.run(Texts{"pause", name});
             workFor(upTo(random, 1500ms));
-            (void)place.run({"resume", name});
+            (void)place.run(Texts{"resume", name});
             return;
         case 1:
             return program->suspendFor(upTo(random, 2000ms));
@@ -285,17 +285,17 @@ public:
     }
 
     void decide(const Paths& downloaded, const Paths& kept) override {
-        CliPlace::Arguments words{"review", name};
+        Texts options{"review", name};
         if (downloaded.empty() || kept.empty())
-            words.emplace_back(kept.empty() ? "--download-all" : "--keep-all");
+            options.emplace_back(kept.empty() ? "--download-all" : "--keep-all");
         else
-            for (const auto& path : downloaded) words.insert(words.end(), {"--download", path});
+            for (const auto& path : downloaded) options.insert(options.end(), {"--download", path});
         decided = rightNow();
-        (void)place.run(command(words));
+        (void)place.run(command(options));
     }
 
 private:
-    [[nodiscard]] CliPlace::Arguments command(CliPlace::Arguments words) const {
+    [[nodiscard]] Texts command(Texts words) const {
         words.insert(words.end(), {"--password-file", place.passwordFile().string()});
         return words;
     }

@@ -35,7 +35,7 @@ protected:
 
     void openAfterCheck() {
         model->start(id());
-        ASSERT_TRUE(reaches("Review remote changes"));
+        ASSERT_TRUE(reaches(Phase::awaitingReview));
         ASSERT_TRUE(model->presentedReview());
         open(*model->presentedReview());
     }
@@ -86,7 +86,7 @@ TEST_F(ReviewSheet, OnlyTickedFilesAreReplaced) {
     press("Download 1 & start watching");
     EXPECT_FALSE(sheet->isVisible());
     EXPECT_TRUE(model->running(id()));
-    ASSERT_TRUE(reaches("Watching"));
+    ASSERT_TRUE(reaches(Phase::watching));
     EXPECT_EQ(readFile(site / "both"), "server");
     EXPECT_EQ(readFile(site / "theirs"), "local");
 }
@@ -96,7 +96,7 @@ TEST_F(ReviewSheet, OutdatedSheetClosesAndPausesNothing) {
     model->retryCheck(id());
     EXPECT_FALSE(sheet->isVisible());
     EXPECT_TRUE(model->running(id()));
-    ASSERT_TRUE(reaches("Review remote changes"));
+    ASSERT_TRUE(reaches(Phase::awaitingReview));
 }
 
 TEST_F(ReviewSheet, UnsavedDecisionLeavesTheSheetOpen) {
