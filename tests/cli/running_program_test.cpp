@@ -247,7 +247,9 @@ TEST_F(RunningProgram, StoppedProgramIsReportedNotAwaited) {
     readUntilWatching(watch);
     ASSERT_TRUE(watch.suspend());
     Program status = place.start("status");
-    expect(7, "resume", {"(process " + std::to_string(watch.pid()) + ") has not answered"});
+    const auto resumed = place.run("resume 'My website'");
+    EXPECT_EQ(resumed.status, 7);
+    EXPECT_TRUE(contains(resumed.errors, "(process " + std::to_string(watch.pid()) + ") has not answered"));
     EXPECT_EQ(status.wait(), 7);
     watch.resume();
     place.expect(0, "status");

@@ -49,7 +49,7 @@ public:
     }
 
     void run() {
-        ProgramRun program(stand, {"watch", "--password-file", stand.passwordFile().string()});
+        ProgramRun program(stand, Texts{"watch"});
         require(program.waitForLines(1, "  Uploaded ", {}), "nothing is uploaded");
         servers.unsteady(8s, 8s);
         work(program.pid());

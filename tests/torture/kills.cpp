@@ -70,11 +70,6 @@ private:
 
     std::string anyContent() { return randomBytes(upTo(1) == 0 ? upTo(600'000) : upTo(20'000), random()); }
 
-    [[nodiscard]] Texts command(Texts words) const {
-        words.insert(words.end(), {"--password-file", place.passwordFile().string()});
-        return words;
-    }
-
     // One task, and a kill at a moment in it. False when the task was over first.
     bool killOnce() {
         if (!state.profiles.front().needsDownload) { // which goes on over all kills
@@ -83,7 +78,7 @@ private:
             if (choice == 2) return run(prepareProfile(), 40ms);
             choice < 5 ? prepareDownload() : edit();
         }
-        return run(command({"watch", name}), upTo(4) == 0 ? 2500ms : 150ms);
+        return run(Texts{"watch", name}, upTo(4) == 0 ? 2500ms : 150ms);
     }
 
     void edit() {
@@ -103,7 +98,7 @@ private:
 
     Texts prepareReview() {
         changeOnServer(false);
-        return command({"review", name, "--download-all"});
+        return Texts{"review", name, "--download-all"};
     }
 
     Texts prepareProfile() {
@@ -269,7 +264,7 @@ private:
     void decide() {
         remember();
         const bool keeps = upTo(1) == 0;
-        const auto decided = place.run(command({"review", name, keeps ? "--keep-all" : "--download-all"}));
+        const auto decided = place.run(Texts{"review", name, keeps ? "--keep-all" : "--download-all"});
         require(decided.status == 0, "review failed: " + decided.errors);
         verify({}, true);
         for (const auto& [path, content] : remoteBefore) {
@@ -297,7 +292,7 @@ private:
     void rest() {
         for (bool reviewed = true; reviewed;) {
             remember();
-            ProgramRun program(place, command({"watch", name}));
+            ProgramRun program(place, Texts{"watch", name});
             require(program.waitForLines(SIZE_MAX, "", {watching, reviewWaits}), "watching ended: " + place.errors());
             reviewed = !program.hasPrinted(watching);
             requireSaved(program.output());

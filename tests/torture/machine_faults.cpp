@@ -140,7 +140,7 @@ public:
         if (!fs::exists(place.stateFile())) {
             StateStore(place.state()).save({.profiles = {profile}, .baselines = {}, .remoteDates = {}});
         }
-        const Texts watch{"watch", name, "--password-file", place.passwordFile().string()};
+        const Texts watch{"watch", name};
         running.reset(new Program(place.start(watch))); // it cannot be moved
         running->closeInput();
     }
@@ -182,7 +182,7 @@ public:
         require(fs::is_empty(place.temporary()), "left in the temporary folder");
         require(withoutBackups(readTree(local)) == expected, "a local file is lost, or changed, or left behind");
         require(readPublished(remote) == expected, "the two sides differ in the end");
-        const auto known = place.run(Texts{"review", name, "--list", "--password-file", place.passwordFile().string()});
+        const auto known = place.run(Texts{"review", name, "--list"});
         require(known.status == 0, "what it uploaded itself is offered for review: " + known.output + known.errors);
     }
 
@@ -318,8 +318,7 @@ void unmountAndBack(Site& site, const fs::path& mountPoint, const std::string& m
     require(site.output.find("Uploaded", site.output.find(message)) == std::string::npos, "something was sent unasked");
     site.stop();
     require(readFile(site.remote / "page") == "by a colleague", "a colleague's edit was overwritten");
-    const auto taken =
-        site.place.run(Texts{"review", name, "--download-all", "--password-file", site.place.passwordFile().string()});
+    const auto taken = site.place.run(Texts{"review", name, "--download-all"});
     require(taken.status == 0, taken.errors);
     require(site.hasBackup("edited elsewhere"), "the local edit is lost");
     site.expected["page"] = "by a colleague";

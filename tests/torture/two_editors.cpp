@@ -240,7 +240,7 @@ class Executable final : public Publisher {
 public:
     Executable(const CliPlace& where, const FtpServer& used) : place(where), server(used) {}
 
-    void start() override { program.emplace(place, command({"--json", "watch", name})); }
+    void start() override { program.emplace(place, Texts{"--json", "watch", name}); }
 
     void stop() override {
         const int status = program->stop();
@@ -291,15 +291,10 @@ public:
         else
             for (const auto& path : downloaded) options.insert(options.end(), {"--download", path});
         decided = rightNow();
-        (void)place.run(command(options));
+        (void)place.run(options);
     }
 
 private:
-    [[nodiscard]] Texts command(Texts words) const {
-        words.insert(words.end(), {"--password-file", place.passwordFile().string()});
-        return words;
-    }
-
     const CliPlace& place;
     const FtpServer& server;
     std::optional<ProgramRun> program;

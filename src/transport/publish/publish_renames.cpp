@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <utility>
 
 namespace zembrastel {
@@ -85,7 +86,10 @@ void Batch::addRenames(Dialogue& dialogue, const Items& chosen) {
         }
     }
     // Servers have confirmed renames that they had not done.
-    inquiry.askAfter(dialogue, chosen, [this](const Items& answered) { settleRenamed(answered); });
+    const auto open = std::make_shared<std::size_t>(byFolder(chosen).size());
+    inquiry.askAfter(dialogue, chosen, [this, chosen, open](const Items&) {
+        if (--*open == 0) settleRenamed(chosen); // together, so that they are reported in the order of the paths
+    });
 }
 
 // No live file is replaced on the strength of an old answer: the machine may have been suspended since, or its disk
