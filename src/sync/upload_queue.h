@@ -44,8 +44,8 @@ public:
     // failure of a single file is reported and remembered; see failure(). Throws SyncError if the server failed, and
     // Cancelled after event::ServerChanged, if a file was not replaced because the server has an unseen version of it.
     //
-    // A file that is edited during the call waits until it returns. A large upload can delay that for up to ten minutes,
-    // since files are uploaded one after another in the order of their paths.
+    // A file that is edited during the call waits until it returns. A large upload can delay that for up to ten
+    // minutes, since files are uploaded one after another in the order of their paths.
     void send(const std::vector<std::string>& paths, const FileMap& current, std::int64_t pending);
 
     // Requests the dates that the server did not report when their files went live. Throws Cancelled after
