@@ -13,14 +13,14 @@ namespace {
 constexpr guint gatheringMilliseconds = 500;
 constexpr std::chrono::milliseconds patience{500};
 
-struct Unref {
+struct ReleaseObject {
     void operator()(GDBusConnection* bus) const { g_object_unref(bus); }
     void operator()(GMainContext* context) const { g_main_context_unref(context); }
     void operator()(GSource* source) const { g_source_unref(source); }
 };
 
 template <class Object>
-using Owned = std::unique_ptr<Object, Unref>;
+using Owned = std::unique_ptr<Object, ReleaseObject>;
 
 } // namespace
 

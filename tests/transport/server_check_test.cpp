@@ -17,8 +17,8 @@ using Kind = FtpServer::Kind;
 using PathSet = std::set<std::string, std::less<>>;
 using Differences = std::vector<std::chrono::duration<double>>;
 
-constexpr auto moment = std::chrono::sys_days(std::chrono::year(2020) / 1 / 1);
-const RemoteDate recordedDate = toRemoteDate(moment);
+constexpr auto recordedMoment = std::chrono::sys_days(std::chrono::year(2020) / 1 / 1);
+const RemoteDate recordedDate = toRemoteDate(recordedMoment);
 
 TEST(ServerRecord, EditsDifferFromTheRecordedVersion) {
     const Fingerprint uploaded{.size = 10};
@@ -83,7 +83,7 @@ TEST_P(MissingFilesOn, HiddenFilesAreNotReportedMissing) {
         for (const auto& [path, text] : files) recorded.baseline.set(path, site.fingerprint(path));
         for (const auto* path : {".htaccess", ".well-known/a", "b", "c", "f"}) {
             server.put(std::string("site/") + path, *path == 'c' ? "33" : "1");
-            testing::touch(server.root() / "site" / path, moment);
+            testing::touch(server.root() / "site" / path, recordedMoment);
         }
         const auto compared = [&] { return site.transport().newerRemoteFiles(recorded, [](const std::string&) {}); };
         const auto check = compared();
