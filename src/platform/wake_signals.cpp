@@ -20,7 +20,7 @@ struct ReleaseObject {
 };
 
 template <class Object>
-using Owned = std::unique_ptr<Object, ReleaseObject>;
+using OwnedObject = std::unique_ptr<Object, ReleaseObject>;
 
 } // namespace
 
@@ -50,7 +50,7 @@ private:
 
     void listen() {
         g_main_context_push_thread_default(context.get());
-        const Owned<GDBusConnection> bus = listenToSleep();
+        const OwnedObject<GDBusConnection> bus = listenToSleep();
         if (!isStopping()) listenToNetwork();
         while (!isStopping()) g_main_context_iteration(context.get(), TRUE);
         leave(bus.get());
@@ -65,8 +65,8 @@ private:
         return stopping;
     }
 
-    Owned<GDBusConnection> listenToSleep() {
-        Owned<GDBusConnection> bus(g_bus_get_sync(G_BUS_TYPE_SYSTEM, cancellable.get(), nullptr));
+    OwnedObject<GDBusConnection> listenToSleep() {
+        OwnedObject<GDBusConnection> bus(g_bus_get_sync(G_BUS_TYPE_SYSTEM, cancellable.get(), nullptr));
         if (bus == nullptr) return nullptr;
         g_dbus_connection_set_exit_on_close(bus.get(), FALSE); // losing the bus must not end the program
         const auto prepareForSleep = [](GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*,
@@ -104,7 +104,7 @@ private:
 
     void gather() {
         if (std::exchange(gathering, true)) return;
-        const Owned<GSource> timer(g_timeout_source_new(gatheringMilliseconds));
+        const OwnedObject<GSource> timer(g_timeout_source_new(gatheringMilliseconds));
         const auto due = [](gpointer self) -> gboolean {
             static_cast<Listener*>(self)->reportOnce();
             return G_SOURCE_REMOVE;
@@ -127,7 +127,7 @@ private:
 
     const std::function<void()> report;
     const std::unique_ptr<GCancellable, UnrefCancellable> cancellable{g_cancellable_new()};
-    const Owned<GMainContext> context{g_main_context_new()};
+    const OwnedObject<GMainContext> context{g_main_context_new()};
     std::mutex mutex;
     std::condition_variable changed;
     bool stopping = false;
