@@ -123,7 +123,7 @@ class WakingTest(unittest.TestCase):
         self.wait_for_failures(command, 1)
         self.assertLess(time.monotonic() - began, 8, "it has waited for its retry to be due")
 
-    def test_wake_up_ends_the_wait_for_a_retry_and_the_loss_of_the_bus_ends_nothing(self):
+    def test_wake_up_retries_and_a_lost_bus_ends_nothing(self):
         login = self.stand_in(Login)
         command = self.watch()
         self.wait_for_failures(command, 2)

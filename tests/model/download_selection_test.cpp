@@ -5,7 +5,7 @@
 namespace zembrastel {
 namespace {
 
-TEST(DownloadSelection, WhatTheUserReadsFollowsFromTheRules) {
+TEST(DownloadSelection, SummaryFollowsFromTheRules) {
     EXPECT_FALSE((DownloadSelection{.rules = {{"a", false}}}.hasSelection()));
     DownloadSelection selection;
     selection.set("docs/a.txt", true);

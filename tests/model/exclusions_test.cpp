@@ -17,7 +17,7 @@ void expectAll(const Exclusions& rules, bool excluded, const std::vector<std::st
     }
 }
 
-TEST(Exclusions, DoubledSlashesHideNoClutterAndLookAlikesAreKept) {
+TEST(Exclusions, DoubledSlashesDoNotDefeatRules) {
     expectAll(Exclusions(), true, {"//.git//x"});
     expectAll(Exclusions(), false, {".gitignore", ".ds_store", "git", "swp", "a.swpp", ""});
     EXPECT_TRUE(Exclusions().matchEntry("x/.git//"));
@@ -34,14 +34,14 @@ TEST(Exclusions, EveryLineIsARuleForItsOwnNamesAndFolders) {
     expectAll(Exclusions("logs/*.txt"), true, {"logs/*.txt/x"});
 }
 
-TEST(Exclusions, NulBytesNeitherCutANameNorARule) {
+TEST(Exclusions, NulBytesCutNeitherNamesNorRules) {
     expectAll(Exclusions(".git\n[ab]"), false, {".git\0x"s, "a\0b"s});
     expectAll(Exclusions("*.swp"), true, {"a\0.swp"s});
     expectAll(Exclusions(".git\0x\na*\0\na/*\0"s), false, {".git", "ab", "a/b"});
     expectAll(Exclusions("a\0/b"s), true, {"a\0/b/c"s});
 }
 
-TEST(Exclusions, AProgramThatSetsItsLocaleDoesNotChangeWhatARuleMeans) {
+TEST(Exclusions, LocaleDoesNotChangeRules) {
     const std::string before = setlocale(LC_ALL, nullptr);
     ASSERT_NE(setlocale(LC_ALL, "C.UTF-8"), nullptr);
     expectAll(Exclusions("?\nab/?"), false, {"é", "ab/é"});

@@ -19,7 +19,7 @@ protected:
     const SecretItem item{PasswordStore::service, id.text()};
 };
 
-TEST(KeychainMessage, ReadsAsOneSentenceWhateverTheServiceSays) {
+TEST(KeychainMessage, MessageIsOneSentenceForAnyServiceError) {
     EXPECT_EQ(keychainMessage(2, "The store is locked.\n"), "Keychain: The store is locked.");
     EXPECT_EQ(keychainMessage(19, " . "), "Keychain: access failed (19).");
 }
@@ -35,7 +35,7 @@ TEST_F(PasswordStoreTest, SecondPasswordReplacesTheFirst) {
     EXPECT_EQ(readFailure(), missing) << "an older copy came back";
 }
 
-TEST_F(PasswordStoreTest, BytesThatAreNoTextNeverBecomeAPassword) {
+TEST_F(PasswordStoreTest, InvalidBytesNeverBecomeAPassword) {
     const auto save = [&] { PasswordStore::save("caf\xE9", id); };
     EXPECT_EQ(failureOf(save), "Keychain: The password is not valid text.");
     EXPECT_FALSE(findSecret(item));

@@ -78,7 +78,7 @@ Numbers recorded(const Numbers& map, const Numbers& before) {
     return recorder.finish();
 }
 
-TEST(PathMap, ManyVersionsOfATreeThatShareTheirFoldersAllStayAsTheyWere) {
+TEST(PathMap, SharedFoldersOfVersionsStayUnchanged) {
     std::mt19937 random(4711);
     std::vector<std::pair<Numbers, Plain>> versions(1);
     for (int round = 0; round < 600; ++round) {
@@ -117,7 +117,7 @@ TEST(PathMap, ManyVersionsOfATreeThatShareTheirFoldersAllStayAsTheyWere) {
     }
 }
 
-TEST(PathMap, EntriesInAnyOrderMakeTheSameMapAndTheLastOfTwinsStays) {
+TEST(PathMap, AnyOrderOfEntriesMakesTheSameMap) {
     Numbers::Builder builder;
     for (const auto& [path, value] :
          {std::pair{"b/x", 1}, {"a", 2}, {"b/c/y", 3}, {"b/x", 4}, {"a", 5}, {"b/a", 6}, {"a/a", 7}}) {
@@ -127,7 +127,7 @@ TEST(PathMap, EntriesInAnyOrderMakeTheSameMapAndTheLastOfTwinsStays) {
     EXPECT_TRUE(builder.finish().empty());
 }
 
-TEST(PathMap, WhatIsRecordedUnchangedIsTheSameTreeAndNotACopy) {
+TEST(PathMap, UnchangedFoldersAreSharedNotCopied) {
     const Numbers before{{"z/1", 1}, {"z/2", 2}, {"a/b/c", 3}, {"top", 4}};
     const auto same = recorded(before, before);
     EXPECT_EQ(&same.at("a/b/c"), &before.at("a/b/c"));

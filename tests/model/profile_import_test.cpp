@@ -43,7 +43,7 @@ Texts told(const ProfileCandidate& candidate) {
         profile.localFolder};
 }
 
-TEST(ProfileImport, SitesArriveAsTheyWereAndOthersAreSkippedWithTheReason) {
+TEST(ProfileImport, SitesAreImportedOrSkippedWithAReason) {
     const auto all = found(siteManager(R"(
       <Folder expanded="1">Customers
         <Folder>Empty</Folder>
@@ -77,7 +77,7 @@ TEST(ProfileImport, SitesArriveAsTheyWereAndOthersAreSkippedWithTheReason) {
     EXPECT_EQ(all.skipped[1].reason, "It uses neither FTP nor FTPS.");
 }
 
-TEST(ProfileImport, ManySitesOfOneNameAreReadInTimeThatGrowsWithThem) {
+TEST(ProfileImport, ManySitesOfOneNameTakeLinearTime) {
     std::string sites;
     constexpr int count = 20'000; // some minutes, if each name were compared with all others
     for (int site = 0; site < count; ++site) sites += "<Server><Host>h</Host><Name>x</Name></Server>";
@@ -87,7 +87,7 @@ TEST(ProfileImport, ManySitesOfOneNameAreReadInTimeThatGrowsWithThem) {
     EXPECT_EQ(all.candidates.back().profile.name, "x " + std::to_string(count));
 }
 
-TEST(ProfileImport, RemoteFolderIsNeverAnotherThanTheSites) {
+TEST(ProfileImport, RemoteFolderIsExactlyTheSites) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {"", "/"},
         {"1 0", "/"},
@@ -164,7 +164,7 @@ std::string repeated(const std::string& text, std::size_t times) {
     return all;
 }
 
-TEST(ProfileImport, HostileFilesEndInAMessageOrInNothing) {
+TEST(ProfileImport, HostileFilesDoNoHarm) {
     const std::string laughs = R"(<?xml version="1.0"?><!DOCTYPE x [<!ENTITY a "aaaaaaaaaa"><!ENTITY b "&a;&a;&a;">
       <!ENTITY f SYSTEM "file:///etc/hostname">]><FileZilla3><Servers>)"
                                + server("<Name>&b;&f;</Name><Protocol>4</Protocol>") + "</Servers></FileZilla3>";

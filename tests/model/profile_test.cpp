@@ -82,7 +82,7 @@ TEST_F(ProfileValidation, TextThatStopsEverySaveIsRefused) {
     }
 }
 
-TEST_F(ProfileValidation, BlanksAndLinksAreResolvedAndNothingElseIsTouched) {
+TEST_F(ProfileValidation, OnlyBlanksAndLinksAreChanged) {
     std::filesystem::create_directory(folder / "real");
     std::filesystem::create_directory_symlink(folder / "real", folder / "link");
     auto expected = good;
@@ -98,7 +98,7 @@ TEST_F(ProfileValidation, BlanksAndLinksAreResolvedAndNothingElseIsTouched) {
     EXPECT_EQ(typed.validated(), expected);
 }
 
-TEST(Profile, TheSyncSelectionOverrulesTheInitialOneEvenWhenItIsEmpty) {
+TEST(Profile, EmptySyncSelectionOverridesTheInitialOne) {
     Profile profile;
     EXPECT_FALSE(profile.hasEmptySyncSelection());
     EXPECT_TRUE(profile.includesInSync("a") && profile.visitsForSync("a"));

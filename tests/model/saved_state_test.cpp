@@ -37,7 +37,7 @@ std::string complaint(const std::string& json) {
     return whole;
 }
 
-TEST(SavedState, NothingTheUserSetIsLostBetweenRuns) {
+TEST(SavedState, NoSettingIsLostBetweenRuns) {
     Profile profile;
     profile.name = "Größe \"quoted\"\\ \x01 \U0001F600";
     profile.host = "h";
@@ -63,7 +63,7 @@ TEST(SavedState, NothingTheUserSetIsLostBetweenRuns) {
     EXPECT_EQ(decodeSavedState(encode(SavedState{})), SavedState{});
 }
 
-TEST(SavedState, FileTimesSurviveToTheLastBitOrEveryFileIsUploadedAgain) {
+TEST(SavedState, FileTimesSurviveToTheLastBit) {
     using Limits = std::numeric_limits<double>;
     std::vector<double> numbers{
         -0.0,
@@ -110,7 +110,7 @@ TEST(SavedState, FilesOfOtherReleasesAreRead) {
     EXPECT_EQ(decodeSavedState(replaced(other, "}", dates)), expected);
 }
 
-TEST(SavedState, OfARepeatedKeyTheLastCountsAlone) {
+TEST(SavedState, LastOfRepeatedKeysCounts) {
     const std::string choice = R"(,"initialDownloadSelection":{"rules":)";
     const auto twice = savedJson(choice + R"({"a":true}})" + choice + R"({"b":true,"b":false}})");
     const DownloadSelection last{.rules = {{"b", false}}};
@@ -118,7 +118,7 @@ TEST(SavedState, OfARepeatedKeyTheLastCountsAlone) {
     EXPECT_EQ(decodeSavedState(replaced(savedJson(), "}", R"(,"profiles":[],"baselines":{}})")), SavedState{});
 }
 
-TEST(SavedState, ADamagedFileSaysWhatIsWrongAndWhere) {
+TEST(SavedState, DamagedFileIsReportedWithItsPlace) {
     const std::string files = R"("0E984725-C51C-4BF4-9960-E1C80E27ABA0" of "baselines")";
     const std::string file = R"("a/b" of )" + files;
     for (const auto& [part, by, message] : std::vector<std::array<std::string, 3>>{
@@ -198,7 +198,7 @@ TEST(SavedState, MalformedJsonIsRefusedUnderUnknownKeysToo) {
     }
 }
 
-TEST(SavedState, WhatJsonCannotHoldIsNeverWritten) {
+TEST(SavedState, ValuesThatJsonCannotHoldAreNotWritten) {
     SavedState badName;
     badName.baselines[id].set("caf\xE9", {});
     Profile badRules;

@@ -41,7 +41,7 @@ protected:
     Profile profile;
 };
 
-TEST_F(ScanTest, SpecialItemsNeverReachTheServerAndHiddenFilesDo) {
+TEST_F(ScanTest, SpecialItemsAreSkippedHiddenFilesAreNot) {
     writeTree(root, {{"index.html", "x"}, {"assets/.well-known/acme", "x"}});
     ASSERT_EQ(::mkfifo((root / "fifo").c_str(), 0600), 0);
     EXPECT_EQ(paths(), (Paths{"index.html", "assets/.well-known/acme"}));
@@ -58,7 +58,7 @@ TEST_F(ScanTest, UnchosenFoldersAreNotEntered) {
     EXPECT_EQ(paths({.excluded = entered}), Paths{"a/b/c.txt"});
 }
 
-TEST_F(ScanTest, FingerprintTellsVersionsApartToTheNanosecond) {
+TEST_F(ScanTest, FingerprintDistinguishesNanoseconds) {
     const auto moment = std::chrono::sys_days(std::chrono::year(2026) / 1 / 2) + std::chrono::nanoseconds(123456789);
     writeTree(root, {{"a", "12345"}, {"b", "54321"}});
     for (const auto* name : {"a", "b"}) testing::touch(root / name, moment);
@@ -70,7 +70,7 @@ TEST_F(ScanTest, FingerprintTellsVersionsApartToTheNanosecond) {
     EXPECT_NE(scan(profile).at("a"), first) << "replaced by a file of the same size and time";
 }
 
-TEST_F(ScanTest, NameThatCannotBeSentIsLeftOutAndTold) {
+TEST_F(ScanTest, NameThatCannotBeSentIsReported) {
     std::string parent;
     for (int level = 1; level < mostFolderLevels; ++level) parent += "d/";
     writeTree(
@@ -118,7 +118,7 @@ TEST_F(ScanTest, PasswordFileAndStateFolderAreNeverPublished) {
     EXPECT_FALSE(paths(hooks).contains("secret.txt"));
 }
 
-TEST(Fingerprint, OnlyLastingInodeNumbersTellVersionsApart) {
+TEST(Fingerprint, OnlyLastingInodeNumbersCount) {
     // ext, XFS, btrfs, NFS, SMB, overlay; FAT, exFAT, FUSE, shared folders of VirtualBox
     for (const auto type : std::vector<std::int64_t>{0xEF53, 0x58465342, 0x9123683E, 0x6969, 0xFE534D42, 0x794C7630}) {
         EXPECT_EQ(inodeNumbersOf(type), InodeNumbers::lasting) << std::hex << type;
@@ -142,7 +142,7 @@ TEST(Fingerprint, OnlyLastingInodeNumbersTellVersionsApart) {
     EXPECT_TRUE(isOtherVersion(passing, {.size = 7, .modified = 1}));
 }
 
-TEST_F(ScanTest, UnavailableFolderIsAnErrorAndNeverAnEmptyResult) {
+TEST_F(ScanTest, UnavailableFolderIsAnErrorNotEmpty) {
     const auto unavailable = "The local folder is unavailable or unreadable.";
     EXPECT_EQ(failure(), unavailable);
     testing::writeFile(root, "a file");

@@ -31,7 +31,7 @@ protected:
     const StateStore store{folder};
 };
 
-TEST_F(StateStoreFiles, WhatWasSavedIsThereAtTheNextStartForTheOwnerAlone) {
+TEST_F(StateStoreFiles, SavedStateIsPrivateAndSurvivesARestart) {
     EXPECT_EQ(store.load(), SavedState{});
     EXPECT_TRUE(fs::is_empty(folder));
     for (const auto& made : {folder, folder.parent_path()}) EXPECT_EQ(mode(made), fs::perms::owner_all) << made;
@@ -43,7 +43,7 @@ TEST_F(StateStoreFiles, WhatWasSavedIsThereAtTheNextStartForTheOwnerAlone) {
     EXPECT_EQ(StateStore(folder).load(), state);
 }
 
-TEST_F(StateStoreFiles, AFileThatCannotBeUnderstoodOrReplacedIsLeftAsItWas) {
+TEST_F(StateStoreFiles, UnreadableFileIsNeverChanged) {
     const auto state = encode(stateNamed("one"));
     auto otherProtocol = state;
     otherProtocol.replace(otherProtocol.find("FTPS (TLS)"), 10, "SFTP");
@@ -64,7 +64,7 @@ TEST_F(StateStoreFiles, AFileThatCannotBeUnderstoodOrReplacedIsLeftAsItWas) {
     EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1);
 }
 
-TEST_F(StateStoreFiles, FolderIsKeptToItsOwnerUnlessItHoldsMore) {
+TEST_F(StateStoreFiles, FolderWithOnlyOwnFilesBecomesPrivate) {
     fs::permissions(folder, fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec);
     store.save(stateNamed("one"));
     EXPECT_TRUE(StateStore::find(folder));
@@ -81,12 +81,12 @@ TEST_F(StateStoreFiles, FolderIsKeptToItsOwnerUnlessItHoldsMore) {
     for (const auto* made : {"a", "a/b"}) EXPECT_EQ(mode(temporary / made), fs::perms::owner_all) << made;
 }
 
-TEST_F(StateStoreFiles, LookingAtAFolderThatIsNotThereMakesNone) {
+TEST_F(StateStoreFiles, ReadingAMissingFolderCreatesNone) {
     EXPECT_FALSE(StateStore::find(temporary / "misspelt"));
     EXPECT_FALSE(fs::exists(temporary / "misspelt"));
 }
 
-TEST_F(StateStoreFiles, AnotherFolderPutInItsPlaceIsNotWrittenTo) {
+TEST_F(StateStoreFiles, ReplacedFolderIsNotWrittenTo) {
     store.save(stateNamed("one"));
     fs::rename(folder, temporary / "elsewhere");
     EXPECT_THROW(store.save(stateNamed("two")), SyncError);
@@ -100,7 +100,7 @@ TEST_F(StateStoreFiles, AnotherFolderPutInItsPlaceIsNotWrittenTo) {
     EXPECT_EQ(store.load().profiles.front().name, "two");
 }
 
-TEST_F(StateStoreFiles, AFolderThatCannotBeMadeIsReportedAtOnce) {
+TEST_F(StateStoreFiles, FolderThatCannotBeCreatedIsReported) {
     testing::writeFile(temporary / "file", "x");
     EXPECT_THROW(StateStore{temporary / "file"}, fs::filesystem_error);
     EXPECT_THROW(StateStore{temporary / "file/Zembrastel"}, fs::filesystem_error);

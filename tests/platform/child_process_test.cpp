@@ -48,7 +48,7 @@ protected:
     bool inputTaken = false;
 };
 
-TEST_F(ChildProcessTest, StreamsAndExitStatusArriveWholeWhateverTheirSize) {
+TEST_F(ChildProcessTest, LargeStreamsAndExitStatusArriveWhole) {
     const std::string input(1 << 20, 'x');
     const auto exit = runScript("cat; echo words >&2; exit 7", input);
     EXPECT_TRUE(exit.exited);
@@ -57,7 +57,7 @@ TEST_F(ChildProcessTest, StreamsAndExitStatusArriveWholeWhateverTheirSize) {
     EXPECT_EQ(written("err"), "words\n");
 }
 
-TEST_F(ChildProcessTest, ChildThatStopsReadingNeitherKillsNorBlocksTheProgram) {
+TEST_F(ChildProcessTest, ChildThatStopsReadingHarmsNothing) {
     const auto before = std::signal(SIGPIPE, SIG_DFL);
     const auto exit = runScript("exec 0<&-; exit 3", std::string(1 << 22, 'x'));
     std::signal(SIGPIPE, before);
@@ -65,13 +65,13 @@ TEST_F(ChildProcessTest, ChildThatStopsReadingNeitherKillsNorBlocksTheProgram) {
     EXPECT_EQ(exit.code, 3);
 }
 
-TEST_F(ChildProcessTest, ManyChildrenGiveWayToTheWindow) {
+TEST_F(ChildProcessTest, ManyChildrenDoNotDelayTheWindow) {
     // Reading the line first: by then the child's priority is set.
     runScript("read line; nice", "go on\n");
     EXPECT_GT(std::stoi(written("out")), 0); // the window's, however nice the tests themselves are
 }
 
-TEST_F(ChildProcessTest, NothingOfTheProgramLeaksIntoTheChild) {
+TEST_F(ChildProcessTest, NoDescriptorOrSignalLeaksIntoTheChild) {
     const Descriptor leaky(::open("/dev/null", O_RDONLY)); // not close-on-exec, as some library might open it
     sigset_t blocked;
     sigset_t before;
@@ -97,7 +97,7 @@ TEST_F(ChildProcessTest, NothingOfTheProgramLeaksIntoTheChild) {
     EXPECT_EQ(group, process) << "Ctrl-C in the program's terminal would reach the child as well";
 }
 
-TEST_F(ChildProcessTest, PlaceInTheHandedFileIsTheChildsOwnAndWaitingForItEndsInTime) {
+TEST_F(ChildProcessTest, FilePositionIsTheChildsAndWaitsEndInTime) {
     std::ofstream(folder.path() / "file") << std::string(1000, 'x');
     const Descriptor file(::open((folder.path() / "file").c_str(), O_RDWR | O_CLOEXEC));
     ASSERT_EQ(::lseek(file.get(), 900, SEEK_SET), 900); // this program's place is nobody's business
@@ -132,7 +132,7 @@ TEST_F(ChildProcessTest, TerminateEndsARunningAndAStoppedChild) {
     }
 }
 
-TEST_F(ChildProcessTest, AnotherChildsExitIsNeverTakenForItsOwn) {
+TEST_F(ChildProcessTest, ExitOfAnotherChildIsNotCollected) {
     ChildProcess slow(shell("read line; exit 1"));
     slow.start();
     EXPECT_EQ(runScript("exit 2").code, 2);
@@ -152,7 +152,7 @@ TEST_F(ChildProcessTest, MissingExecutableIsNamed) {
     }
 }
 
-TEST_F(ChildProcessTest, ChildOfAProgramThatIsKilledDoesNotGoOn) {
+TEST_F(ChildProcessTest, ChildEndsWithAKilledProgram) {
     ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 1), 0); // whoever has lost its parent becomes a child of this process
     std::array<int, 2> ends{};
     ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
@@ -178,7 +178,7 @@ TEST_F(ChildProcessTest, ChildOfAProgramThatIsKilledDoesNotGoOn) {
     prctl(PR_SET_CHILD_SUBREAPER, 0);
 }
 
-TEST_F(ChildProcessTest, ClosedStandardStreamsConfuseNoChild) {
+TEST_F(ChildProcessTest, ClosedStandardStreamsDoNotMixUpFiles) {
     const pid_t program = fork();
     if (program == 0) {
         for (const int stream : {0, 1, 2}) ::close(stream);
@@ -204,7 +204,7 @@ TEST_F(ChildProcessTest, ClosedStandardStreamsConfuseNoChild) {
     EXPECT_EQ(written("first"), "words\n");
 }
 
-TEST_F(ChildProcessTest, FileThatIsHandedOverIsWrittenThoughItsNameHasBecomeALink) {
+TEST_F(ChildProcessTest, PassedFileIsWrittenAfterItsNameBecameALink) {
     const auto handedOver = output("file");
     const auto file = folder.path() / "file";
     std::filesystem::rename(file, folder.path() / "moved");
@@ -220,7 +220,7 @@ TEST_F(ChildProcessTest, FileThatIsHandedOverIsWrittenThoughItsNameHasBecomeALin
     EXPECT_EQ(written("secret"), "untouched");
 }
 
-TEST_F(ChildProcessTest, ChildThatWritesWithoutEndIsEndedAtTheLimit) {
+TEST_F(ChildProcessTest, EndlessWriterIsEndedAtTheLimit) {
     auto command = shell("read line; exec cat /dev/zero");
     command.maxWritten = 1 << 20;
     ChildProcess child(command);

@@ -42,7 +42,7 @@ protected:
     testing::TemporaryFolder folder;
 };
 
-TEST_F(FilesTest, AtomicWriteIsOwnerOnlyWholeAndLeavesNothingBeside) {
+TEST_F(FilesTest, AtomicWriteIsPrivateCompleteAndClean) {
     const auto file = folder.path() / "state";
     const mode_t before = ::umask(0);
     writeAtomically(file, "first");
@@ -55,7 +55,7 @@ TEST_F(FilesTest, AtomicWriteIsOwnerOnlyWholeAndLeavesNothingBeside) {
     EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 1);
 }
 
-TEST_F(FilesTest, WorkingFolderAndLockAreUsableWhateverTheUmask) {
+TEST_F(FilesTest, AnyUmaskLeavesFolderAndLockUsable) {
     const mode_t before = ::umask(0277);
     const PrivateFolder working;
     const auto lock = InstanceLock::acquire(working.path());
@@ -64,7 +64,7 @@ TEST_F(FilesTest, WorkingFolderAndLockAreUsableWhateverTheUmask) {
     EXPECT_EQ(permissions(working.path() / "lock"), 0600U);
 }
 
-TEST_F(FilesTest, OnlyOwnOldLeftoversOfWritesAreRemoved) {
+TEST_F(FilesTest, OnlyOldLeftoversOfOwnWritesAreRemoved) {
     const auto file = folder.path() / "state";
     const auto old = folder.path() / ("state." + Uuid::random().text() + ".part");
     const auto fresh = folder.path() / ("state." + Uuid::random().text() + ".part");
@@ -77,7 +77,7 @@ TEST_F(FilesTest, OnlyOwnOldLeftoversOfWritesAreRemoved) {
     for (const auto& path : {file, fresh, foreign}) EXPECT_TRUE(fs::exists(path)) << path;
 }
 
-TEST_F(FilesTest, CopyHasEveryByteOfFilesOfAnyKindAndCanBeStopped) {
+TEST_F(FilesTest, CopyIsCompleteForAnyFileAndCanBeStopped) {
     const auto content = testing::randomBytes(3'000'000, 1);
     testing::writeFile(folder.path() / "source", content);
     const auto copy = [&](const fs::path& source, const std::function<void()>& checkpoint) {
@@ -94,7 +94,7 @@ TEST_F(FilesTest, CopyHasEveryByteOfFilesOfAnyKindAndCanBeStopped) {
     EXPECT_THROW(copy(folder.path() / "source", [] { throw std::runtime_error("stop"); }), std::runtime_error);
 }
 
-TEST_F(FilesTest, WorkingFoldersArePrivateAndGoWithTheirOwnerWhileOldOnesOfKilledRunsAreCleared) {
+TEST_F(FilesTest, WorkingFoldersArePrivateAndLeaveNothing) {
     ::setenv("TMPDIR", folder.path().c_str(), 1);
     fs::path place;
     {
@@ -119,7 +119,7 @@ TEST_F(FilesTest, WorkingFoldersArePrivateAndGoWithTheirOwnerWhileOldOnesOfKille
     EXPECT_TRUE(fs::exists(foreign / "file"));
 }
 
-TEST_F(FilesTest, SecondProgramOnAStateFolderIsToldAndALockGoesWithItsHolder) {
+TEST_F(FilesTest, SecondProgramCannotTakeTheStateFolder) {
     {
         const auto first = InstanceLock::acquire(folder.path());
         ASSERT_TRUE(first);

@@ -44,7 +44,7 @@ protected:
     std::optional<LocalServer> server;
 };
 
-TEST_F(LocalSocket, FolderWithALongPathIsServedForItsOwnerAlone) {
+TEST_F(LocalSocket, LongPathIsServedToItsOwnerOnly) {
     place = folder / std::string(100, 'a') / std::string(100, 'b');
     fs::create_directories(place);
     serve();
@@ -57,7 +57,7 @@ TEST_F(LocalSocket, FolderWithALongPathIsServedForItsOwnerAlone) {
     EXPECT_FALSE(fs::exists(place / "socket"));
 }
 
-TEST_F(LocalSocket, WhatAKilledServerLeftIsNobodyAndIsReplaced) {
+TEST_F(LocalSocket, SocketOfAKilledServerIsReplaced) {
     serve();
     fs::rename(place / "socket", place / "kept");
     server.reset();
@@ -68,7 +68,7 @@ TEST_F(LocalSocket, WhatAKilledServerLeftIsNobodyAndIsReplaced) {
     EXPECT_EQ(answer(client, "served"), "served");
 }
 
-TEST_F(LocalSocket, ClientThatNeverFetchesItsAnswersIsDroppedAndHoldsNobodyUp) {
+TEST_F(LocalSocket, ClientThatNeverReadsDelaysNoOther) {
     serve({.unread = 64UL << 10U});
     auto deaf = connect();
     ASSERT_TRUE(deaf.send("pile up"));
@@ -77,7 +77,7 @@ TEST_F(LocalSocket, ClientThatNeverFetchesItsAnswersIsDroppedAndHoldsNobodyUp) {
     EXPECT_EQ(answer(other, "served"), "served");
 }
 
-TEST_F(LocalSocket, LineWithoutEndIsGivenUp) {
+TEST_F(LocalSocket, EndlessLineIsRefused) {
     serve({.line = 1UL << 20U});
     auto endless = connect();
     std::ignore = endless.send(std::string(2UL << 20U, 'x')); // may break off in the middle
@@ -88,7 +88,7 @@ TEST_F(LocalSocket, LineWithoutEndIsGivenUp) {
     EXPECT_EQ(answer(fitting, large), large);
 }
 
-TEST_F(LocalSocket, HalfALineKeepsNobodyWaitingAndIsForgottenWithItsSender) {
+TEST_F(LocalSocket, HalfALineDelaysNoOtherClient) {
     serve();
     Descriptor half(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
@@ -102,7 +102,7 @@ TEST_F(LocalSocket, HalfALineKeepsNobodyWaitingAndIsForgottenWithItsSender) {
     EXPECT_EQ(answer(other, "still"), "still");
 }
 
-TEST_F(LocalSocket, ManyWhoConnectAndSayNothingKeepNobodyOut) {
+TEST_F(LocalSocket, SilentClientsKeepNoOtherOut) {
     serve({.clients = 3});
     auto known = connect();
     EXPECT_EQ(answer(known, "one"), "one");

@@ -10,7 +10,7 @@
 namespace zembrastel {
 namespace {
 
-TEST(OpenWriter, IsFoundWhetherItHoldsTheFileOrMapsIt) {
+TEST(OpenWriter, FileOpenOrMappedForWritingIsFound) {
     const testing::TemporaryFolder folder;
     const auto path = folder.path() / "page.html";
     Descriptor writer(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));

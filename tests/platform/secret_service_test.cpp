@@ -127,7 +127,7 @@ TEST_F(SecretServiceTest, SecretComesBackByteForByte) {
     }
 }
 
-TEST_F(SecretServiceTest, NoOldCopySurvivesAndEveryItemKeepsItsLabelAndAttributes) {
+TEST_F(SecretServiceTest, NoOldCopyOfAPasswordSurvives) {
     storeElsewhere(item, "old");
     EXPECT_TRUE(updateSecret(item, "newer"));
     EXPECT_EQ(findSecret(item), "newer");
@@ -146,7 +146,7 @@ TEST_F(SecretServiceTest, NoOldCopySurvivesAndEveryItemKeepsItsLabelAndAttribute
     EXPECT_EQ(lookUp(item), "");
 }
 
-TEST_F(SecretServiceTest, MissingItemIsNoErrorAndOthersAreLeftAlone) {
+TEST_F(SecretServiceTest, MissingItemIsNoErrorAndOthersStay) {
     const SecretItem other = freshItem();
     addSecret(other, "label", "other");
     EXPECT_FALSE(findSecret(item));
@@ -168,7 +168,7 @@ TEST_F(SecretServiceTest, LockedStoreNeverReadsAsEmpty) {
     EXPECT_EQ(std::ranges::count(lookUp(item), '\n'), 1);
 }
 
-TEST_F(SecretServiceTest, LockedStoreThatLetsItselfBeUnlockedIsSearchedAgain) {
+TEST_F(SecretServiceTest, UnlockedStoreIsSearchedAgain) {
     // The keyring unlocks a collection without a password whenever it is asked to, with no prompt.
     const testing::TemporaryFolder data;
     testing::writeTree(data / "keyrings", {{"open.keyring", "[keyring]\ndisplay-name=Open\n"}, {"default", "open"}});
@@ -199,7 +199,7 @@ TEST_F(SecretServiceTest, RestartedServiceIsFoundAgainAndAMissingOneNamed) {
     EXPECT_EQ(findSecret(item), "new");
 }
 
-TEST_F(SecretServiceTest, ServiceThatWasNeverSetUpIsNamedAsThat) {
+TEST_F(SecretServiceTest, ServiceWithoutACollectionIsNamed) {
     const testing::TemporaryFolder data;
     startKeyring("", {"XDG_DATA_HOME=" + data.path().string()});
     EXPECT_FALSE(findSecret(item));

@@ -27,7 +27,7 @@ void expectEverywhere(bool (*search)(std::string_view), bool found, const Pieces
     }
 }
 
-TEST(Text, BrokenEncodingIsNoticedWhereverItStands) {
+TEST(Text, BrokenEncodingIsNoticedAnywhere) {
     expectEverywhere(isValidUtf8, true, {"", "plain", "caf\u00E9", "\U0001F600", "\xEF\xBF\xBF", "a\0b"sv});
     expectEverywhere(
         isValidUtf8, false,
@@ -35,7 +35,7 @@ TEST(Text, BrokenEncodingIsNoticedWhereverItStands) {
          "\xF4\x90\x80\x80", "\xF0\x80\x80\xAF", "\xFF"});
 }
 
-TEST(Text, EveryLineBreakAndBlankIsFoundAndNothingElseIsTakenForOne) {
+TEST(Text, LineBreaksAndBlanksAreRecognisedExactly) {
     expectEverywhere(
         containsLineBreak, true,
         {"\n", "\v", "\f", "\r", "\u00E9\u0085", "\u2028", "\u2029", "\xC2\n", "\xE2\x80\r", "\xE2\u2028",
@@ -47,7 +47,7 @@ TEST(Text, EveryLineBreakAndBlankIsFoundAndNothingElseIsTakenForOne) {
     expectEverywhere(containsWhitespace, false, {"", "caf\u00E9", "\u200B", "\x85\xA0", "\xE3\x80"});
 }
 
-TEST(Text, CuttingTextLosesNoPieceThatMatters) {
+TEST(Text, SplittingLosesNoPiece) {
     EXPECT_EQ(trimmed("\r\n\t\u3000 a \u00A0 b\u0085\u2028 "), "a \u00A0 b");
     EXPECT_EQ(trimmed("\x85 a \xE2\x80"), "\x85 a \xE2\x80");
     EXPECT_EQ(trimmedBlanks("\t\u3000\na\r\u00A0\t"), "\na\r");
@@ -55,7 +55,7 @@ TEST(Text, CuttingTextLosesNoPieceThatMatters) {
     EXPECT_EQ(join(split(":a::b:", ':'), ':'), ":a::b:");
 }
 
-TEST(Text, EncodingLeavesNothingThatAUrlOrAScreenWouldActOn) {
+TEST(Text, EncodedTextCannotActOnUrlsOrScreens) {
     EXPECT_EQ(percentEncoded("aZ09-._~ #?%/\u00E9\x7F\0"sv), "aZ09-._~%20%23%3F%25%2F%C3%A9%7F%00");
     EXPECT_EQ(printable("caf\u00E9 \U0001F600 \\x"), "caf\u00E9 \U0001F600 \\x");
     EXPECT_EQ(printable("\u2764\uFE0F \u0601\u0627 \u05D0"), "\u2764\uFE0F \u0601\u0627 \u05D0");
@@ -71,7 +71,7 @@ TEST(Text, EncodingLeavesNothingThatAUrlOrAScreenWouldActOn) {
     EXPECT_EQ(asciiLowercase("AZ=D\u0130R\u00C9"), "az=d\u0130r\u00C9");
 }
 
-TEST(Text, NamesAndTheirKeysSortAsInAFileManagerWhateverTheLocale) {
+TEST(Text, NamesSortAsInAFileManagerInAnyLocale) {
     const std::string longName(300, 'x');
     const std::vector<std::string> ascending{
         "",       "_",      "apple",  "Banana",           "eb",           "\u00E9c",      "file9",
@@ -88,7 +88,7 @@ TEST(Text, NamesAndTheirKeysSortAsInAFileManagerWhateverTheLocale) {
     EXPECT_EQ(nameSortKey("a\0b"sv), nameSortKey("ab")) << "as they compare";
 }
 
-TEST(Text, ThreadsThatReadDatesAndCompareNamesDoNotDisturbEachOther) {
+TEST(Text, DatesAndNamesWorkOnManyThreads) {
     std::atomic<int> wrong = 0;
     const auto work = [&wrong](int hour) {
         const std::string date = "Thu, 01 Jan 1970 0" + std::to_string(hour) + ":00:00 GMT";
