@@ -6,7 +6,6 @@
 #include "transport/curl/remote_url.h"
 #include "transport/ftp_transport.h"
 #include "transport/local_place.h"
-#include "transport/publish/interrupted_upload.h"
 #include "transport/publish/server_leftovers.h"
 #include "transport/publish/staged_copy.h"
 
@@ -16,13 +15,8 @@
 namespace zembrastel {
 namespace {
 
-using Time = std::chrono::steady_clock;
-
 // Files that go live together.
 constexpr std::size_t groupLength = 64;
-
-// Of sends and of renames of one file, before it counts as failed.
-constexpr int mostAttempts = 3;
 
 std::string incompleteMessage(const Item& item) {
     const auto& path = item.file.path;
@@ -111,17 +105,6 @@ void Batch::stage(Item& item) {
     } catch (const std::exception& error) {
         fail(item, describe(error));
     }
-}
-
-// Of an earlier batch that did not get further.
-void Batch::takeBeginning(Item& item) {
-    const auto beginning = traits.continues(transport.profile, item.file.path, item.file.fingerprint);
-    if (!beginning) return;
-    item.temporary = beginning->file.name;
-    item.perhapsOnServer = true;
-    item.confirmed = beginning->confirmed;
-    item.part = beginning->most - beginning->confirmed;
-    item.stage = Stage::interrupted;
 }
 
 // Files that an earlier conversation left open are asked about first and alone, so that their state is not lost if the
@@ -247,50 +230,6 @@ void Batch::sendingEnds(Item& item, const BlockOutcome& outcome) {
     }
 }
 
-void Batch::beginAnew(Item& item) {
-    abandon(item);
-    item.confirmed = item.part = 0;
-    item.partTook = {};
-    item.stage = Stage::toSend;
-}
-
-// False when that was once too often.
-bool Batch::interrupt(Item& item, const std::string& message) {
-    item.stage = Stage::interrupted;
-    item.problem = message;
-    item.partTook = Time::now() - item.partBegan;
-    return ++item.breaks < mostAttempts;
-}
-
-bool Batch::mayContinue(const Item& item) const {
-    return traits.appends() && item.size() >= transport.limits.worthContinuing;
-}
-
-void Batch::continueInterrupted(Item& item) {
-    InterruptedUpload upload(transport, item, copyOf(item), staging);
-    const auto confirmed = upload.confirm();
-    if (upload.broken) {
-        breakDown(*upload.broken);
-        return;
-    }
-    barren = 0;
-    if (!confirmed || *confirmed == 0) {
-        beginAnew(item);
-        if (item.sends >= mostAttempts) giveUp(item, item.problem);
-        return;
-    }
-    const std::uint64_t gained = *confirmed - item.confirmed;
-    if (gained > 0) item.breaks = 0;
-    item.confirmed = *confirmed;
-    item.part = gained;
-    item.stage = Stage::toSend;
-    if (item.confirmed == item.size()) {
-        item.part = 0;
-        item.answers = {};
-        item.stage = Stage::sent;
-    }
-}
-
 void Batch::decide() {
     for (auto* item : all({Stage::sent, Stage::renaming})) {
         if (!goesOn || !inquiry.isAnswered(*item)) continue;
@@ -340,7 +279,7 @@ void Batch::act(Item& item, Verdict found) {
 }
 
 void Batch::sendAgain(Item& item, const std::string& message) {
-    if (item.sends >= mostAttempts) {
+    if (item.sends >= maxAttempts) {
         fail(item, message);
     } else {
         beginAnew(item);
@@ -428,7 +367,7 @@ void Batch::breakDown(const Dialogue& dialogue) {
     barren = dialogue.progressed ? 0 : barren + 1;
     // What was sent already is worth a second try.
     const bool worthATry = barren == 0 || (barren == 1 && planned.empty() && !isBeforeLogin(broken.code));
-    if (worthATry && std::max({item->sends, item->renames, item->breaks}) < mostAttempts) return;
+    if (worthATry && std::max({item->sends, item->renames, item->breaks}) < maxAttempts) return;
     giveUp(*item, broken.message);
 }
 

@@ -41,6 +41,11 @@ public:
     [[nodiscard]] End run(bool othersWait);
 
 private:
+    using Time = std::chrono::steady_clock;
+
+    // The number of sends, of renames and of interruptions of one file after which it counts as failed.
+    static constexpr int maxAttempts = 3;
+
     using Stage = Item::Stage;
 
     [[nodiscard]] Items all(std::initializer_list<Stage> stages);
