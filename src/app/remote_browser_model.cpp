@@ -102,7 +102,7 @@ void RemoteBrowserModel::notify(const std::function<void(RemoteBrowserObserver&)
 void RemoteBrowserModel::load(std::string path) {
     if (underWay.contains(path)) return;
     const auto changed = [&path](RemoteBrowserObserver& observer) { observer.folderChanged(path); };
-    if (std::cmp_greater_equal(splitNonEmpty(path, '/').size(), mostFolderLevels)) {
+    if (std::cmp_greater_equal(splitNonEmpty(path, '/').size(), maxFolderLevels)) {
         failures.insert_or_assign(path, "Maximum folder depth reached.");
         notify(changed);
         return;

@@ -31,7 +31,7 @@ std::optional<NameFault> nameFault(std::string_view name) {
     return std::nullopt;
 }
 
-bool isTooDeep(std::string_view folder) { return std::ranges::count(folder, '/') + 1 >= mostFolderLevels; }
+bool isTooDeep(std::string_view folder) { return std::ranges::count(folder, '/') + 1 >= maxFolderLevels; }
 
 std::string leftOutReason(NameFault fault) {
     std::string sentence = std::string(reason(fault)) + ".";

@@ -11,7 +11,7 @@
 namespace zembrastel {
 
 // The deepest folders that are read: no real site has deeper ones, and a link that a server follows can be endless.
-inline constexpr int mostFolderLevels = 128;
+inline constexpr int maxFolderLevels = 128;
 
 enum class NameFault {
     notUtf8,

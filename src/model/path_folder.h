@@ -19,11 +19,11 @@ namespace zembrastel {
 
 // Deeper folders are refused, since functions on trees are recursive. At about this depth one-letter names reach the
 // longest path of Linux (PATH_MAX, 4096 bytes).
-inline constexpr std::size_t mostPathLevels = 2000;
+inline constexpr std::size_t maxPathLevels = 2000;
 
 inline void checkPathLevels(std::size_t levels) {
-    if (levels <= mostPathLevels) return;
-    throw SyncError("The local folder is nested more than " + std::to_string(mostPathLevels) + " levels deep.");
+    if (levels <= maxPathLevels) return;
+    throw SyncError("The local folder is nested more than " + std::to_string(maxPathLevels) + " levels deep.");
 }
 
 // The files directly in one folder, in the order of their addition. All names are in one text: a file takes its value,

@@ -249,7 +249,7 @@ public:
         T entry{};
         eachMember(wanted(value.get_object(), map), [&entry](std::string_view key, Value member) {
             // Only a path of this length can be too deep.
-            if (key.size() > mostPathLevels) checkPathLevels(static_cast<std::size_t>(std::ranges::count(key, '/')));
+            if (key.size() > maxPathLevels) checkPathLevels(static_cast<std::size_t>(std::ranges::count(key, '/')));
             readMember(key, member, entry);
         });
     }

@@ -19,7 +19,7 @@ namespace zembrastel {
 namespace {
 
 constexpr std::size_t bufferSize = std::size_t{64} << 10;
-constexpr std::size_t mostOpenFolders = 32;
+constexpr std::size_t maxOpenFolders = 32;
 constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
 // Builds the path only for an error: this runs for every file of every poll.
@@ -113,7 +113,7 @@ private:
         if (!path.empty()) path += '/';
         path += name;
         Descriptor entered = enter(parent.folder.get(), name, path);
-        if (levels.size() >= mostOpenFolders) levels[levels.size() - mostOpenFolders].folder.close();
+        if (levels.size() >= maxOpenFolders) levels[levels.size() - maxOpenFolders].folder.close();
         levels.push_back({.folder = std::move(entered), .pathLength = path.size(), .toEnter = {}});
         hooks.enter(name);
         readLevel();

@@ -7,7 +7,7 @@
 namespace zembrastel {
 namespace {
 
-// The XDG specification: relative paths in these variables are invalid and ignored.
+// A relative path in these XDG variables is ignored, as other desktop programs do.
 std::filesystem::path absoluteFromEnvironment(const char* variable) {
     const char* value = std::getenv(variable);
     std::filesystem::path path(value == nullptr ? "" : value);

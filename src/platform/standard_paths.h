@@ -1,4 +1,4 @@
-// Standard folders (XDG Base Directory Specification).
+// Standard folders of the desktop (XDG base directories).
 #pragma once
 
 #include <filesystem>

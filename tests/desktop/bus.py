@@ -215,7 +215,7 @@ class TrayEntry:
 
 
 class Portal(StandIn):
-    """Has the setting whether the desktop is dark."""
+    """Serves the setting for a dark or light desktop."""
     name = "org.freedesktop.portal.Desktop"
     path = "/org/freedesktop/portal/desktop"
     description = """

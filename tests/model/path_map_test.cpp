@@ -141,7 +141,7 @@ TEST(PathMap, UnchangedFoldersAreSharedNotCopied) {
 
 TEST(PathMap, TreeTooDeepForRecursionIsRefused) {
     std::string path;
-    for (std::size_t level = 0; level < mostPathLevels; ++level) path += "d/";
+    for (std::size_t level = 0; level < maxPathLevels; ++level) path += "d/";
     Numbers deep{{path + "file", 1}};
     EXPECT_EQ(plain(deep).size(), 1U);
     EXPECT_EQ(recorded(deep, {}), deep);

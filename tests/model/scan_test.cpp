@@ -72,7 +72,7 @@ TEST_F(ScanTest, FingerprintDistinguishesNanoseconds) {
 
 TEST_F(ScanTest, NameThatCannotBeSentIsReported) {
     std::string parent;
-    for (int level = 1; level < mostFolderLevels; ++level) parent += "d/";
+    for (int level = 1; level < maxFolderLevels; ++level) parent += "d/";
     writeTree(
         root, {{"good\x7f", "x"},
                {"caf\xe9/inside", "x"},

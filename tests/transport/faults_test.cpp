@@ -427,10 +427,10 @@ TEST(DownloadFaults, UntransferableNameDoesNotStopTheRest) {
     deep.put("site/last/z", "x");
     const LocalSite other(deep);
     EXPECT_EQ(
-        downloadLines(other, "last", mostFolderLevels - 1),
+        downloadLines(other, "last", maxFolderLevels - 1),
         (Words{"Left out, because it is nested more than 128 levels deep: last/beyond", "Downloading last/z"}));
     EXPECT_EQ(
-        downloadLines(other, "last", mostFolderLevels),
+        downloadLines(other, "last", maxFolderLevels),
         (Words{"The remote folder is nested more than 128 levels deep."}));
 }
 

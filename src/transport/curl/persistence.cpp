@@ -6,7 +6,7 @@
 namespace zembrastel {
 
 void Persistence::brokeOff(const Dialogue& dialogue, bool progressed) {
-    constexpr int mostBarren = 2;
+    constexpr int maxBarren = 2;
     const CurlCode code = dialogue.broken->code;
     const bool tlsTooOld = dialogue.login == ServerTraits::Login::manyWithTls12 && code == CurlCode::tlsFailed;
     if ((dialogue.scope == FailureScope::furtherData || tlsTooOld) && traits.wasRefused(dialogue.login)) return;
@@ -15,7 +15,7 @@ void Persistence::brokeOff(const Dialogue& dialogue, bool progressed) {
     const bool isFinal =
         code == CurlCode::writeFailed
         || (!progressed && (code == CurlCode::timedOut || (isBeforeLogin(code) && code != CurlCode::tlsFailed)));
-    if (isFinal || barren == mostBarren) throw TransferError(code, dialogue.broken->message);
+    if (isFinal || barren == maxBarren) throw TransferError(code, dialogue.broken->message);
 }
 
 } // namespace zembrastel

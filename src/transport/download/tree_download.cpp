@@ -90,7 +90,7 @@ private:
     // Why an entry of a folder at this depth cannot be downloaded.
     [[nodiscard]] static std::optional<NameFault> faultOf(const RemoteEntry& entry, int depth) {
         if (const auto fault = nameFault(entry.name)) return fault;
-        return entry.directory && depth + 1 >= mostFolderLevels ? std::optional(NameFault::tooDeep) : std::nullopt;
+        return entry.directory && depth + 1 >= maxFolderLevels ? std::optional(NameFault::tooDeep) : std::nullopt;
     }
 
     [[nodiscard]] bool isWanted(const Node& node, const RemoteEntry& entry) const {

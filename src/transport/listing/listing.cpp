@@ -28,7 +28,7 @@ std::string childPath(std::string_view path, std::string_view name) {
 }
 
 void checkFolderDepth(int depth) {
-    if (depth >= mostFolderLevels) throw SyncError("The remote folder is nested more than 128 levels deep.");
+    if (depth >= maxFolderLevels) throw SyncError("The remote folder is nested more than 128 levels deep.");
 }
 
 std::vector<RemoteEntry> FTPTransport::list(std::string_view path) const {

@@ -59,15 +59,15 @@ bool isBeforeLogin(CurlCode code) {
 }
 
 std::size_t batchLength(std::span<const std::uint64_t> sizes) {
-    constexpr std::size_t mostFiles = 256;
-    constexpr std::uint64_t mostBytes = std::uint64_t{64} << 20;
+    constexpr std::size_t maxFiles = 256;
+    constexpr std::uint64_t maxBytes = std::uint64_t{64} << 20;
     std::uint64_t sum = 0;
     std::size_t length = 0;
     for (const auto size : sizes) {
-        if (length == mostFiles || (length > 0 && size > mostBytes - sum)) break;
+        if (length == maxFiles || (length > 0 && size > maxBytes - sum)) break;
         sum += size;
         ++length;
-        if (sum >= mostBytes) break;
+        if (sum >= maxBytes) break;
     }
     return length;
 }

@@ -13,7 +13,7 @@ namespace {
 
 // From the answer about the live files to the renames. A machine that is always slower goes on after some times.
 constexpr std::chrono::milliseconds longestTrust{700};
-constexpr int mostTimesOutdated = 3;
+constexpr int maxTimesOutdated = 3;
 
 std::string octal(unsigned mode) {
     std::string digits;
@@ -95,7 +95,7 @@ void Batch::addRenames(Dialogue& dialogue, const Items& chosen) {
 // No live file is replaced on the strength of an old answer: the machine may have been suspended since, or its disk
 // slow with what `goingLive` writes. Then the server is asked again.
 bool Batch::isOutdated(const Items& chosen) {
-    if (sinceBoot() - inquiry.answered <= longestTrust || timesOutdated++ == mostTimesOutdated) return false;
+    if (sinceBoot() - inquiry.answered <= longestTrust || timesOutdated++ == maxTimesOutdated) return false;
     for (auto* item : chosen) {
         for (auto& answer : item->answers) answer.live.reset();
         item->stage = Stage::sent;

@@ -25,6 +25,22 @@ QString firstPaths(const PathSet& paths) {
     return lines.join(u'\n');
 }
 
+// A banner's symbol and text above two buttons: the caller adds symbol and text to the first row.
+QGridLayout& layOutWithActions(QFrame& banner, QWidget& first, QWidget& second) {
+    auto* const actions = new QHBoxLayout;
+    actions->setSpacing(8);
+    actions->addWidget(&first);
+    actions->addWidget(&second);
+    actions->addStretch(1);
+    auto* const layout = new QGridLayout(&banner);
+    layout->setContentsMargins(readingMargins(16, 12, 12, 12));
+    layout->setHorizontalSpacing(12);
+    layout->setVerticalSpacing(12);
+    layout->setColumnStretch(1, 1);
+    layout->addLayout(actions, 1, 1);
+    return *layout;
+}
+
 } // namespace
 
 DetailHeader::DetailHeader(QWidget* parent)
@@ -137,19 +153,9 @@ QFrame* DetailBanners::makeFailureBanner() {
     // Aligns the first line with the symbol.
     message->setContentsMargins(0, 2, 0, 2);
     retry->setSymbol("arrow.clockwise");
-    auto* const actions = new QHBoxLayout;
-    actions->setSpacing(8);
-    actions->addWidget(retry);
-    actions->addWidget(skip);
-    actions->addStretch(1);
-    auto* const layout = new QGridLayout(banner);
-    layout->setContentsMargins(readingMargins(16, 12, 12, 12));
-    layout->setHorizontalSpacing(12);
-    layout->setVerticalSpacing(12);
-    layout->setColumnStretch(1, 1);
-    layout->addWidget(new SymbolView("exclamationmark.triangle", &Colours::warn), 0, 0, Qt::AlignTop);
-    layout->addWidget(message, 0, 1);
-    layout->addLayout(actions, 1, 1);
+    QGridLayout& layout = layOutWithActions(*banner, *retry, *skip);
+    layout.addWidget(new SymbolView("exclamationmark.triangle", &Colours::warn), 0, 0, Qt::AlignTop);
+    layout.addWidget(message, 0, 1);
     return banner;
 }
 
@@ -175,19 +181,9 @@ QFrame* DetailBanners::makeServerLacksBanner() {
     texts->addWidget(missingHeading);
     texts->addWidget(missingText);
     texts->addWidget(missingPaths);
-    auto* const actions = new QHBoxLayout;
-    actions->setSpacing(8);
-    actions->addWidget(send);
-    actions->addWidget(leave);
-    actions->addStretch(1);
-    auto* const layout = new QGridLayout(banner);
-    layout->setContentsMargins(readingMargins(16, 12, 12, 12));
-    layout->setHorizontalSpacing(12);
-    layout->setVerticalSpacing(12);
-    layout->setColumnStretch(1, 1);
-    layout->addWidget(new SymbolView("file.missing"), 0, 0, Qt::AlignTop);
-    layout->addLayout(texts, 0, 1);
-    layout->addLayout(actions, 1, 1);
+    QGridLayout& layout = layOutWithActions(*banner, *send, *leave);
+    layout.addWidget(new SymbolView("file.missing"), 0, 0, Qt::AlignTop);
+    layout.addLayout(texts, 0, 1);
     return banner;
 }
 
