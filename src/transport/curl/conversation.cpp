@@ -32,6 +32,9 @@ constexpr const char* listingTooLong = "The server's directory listing is too lo
 constexpr const char* fileTooLong = "The server's file is too long.";
 constexpr std::chrono::milliseconds stopInterval{50};
 
+// How exactly the end of a block is dated.
+constexpr std::chrono::milliseconds readInterval{200};
+
 // Variables that say how texts are written, whom to trust, and where temporary files go. Others may have curl write
 // down the keys of its connections, load what it should not, or take another way to the server.
 std::vector<std::string> curlEnvironment() {
@@ -139,6 +142,7 @@ public:
         begin();
         while (goesOn && (output.reading || errors.reading)) {
             await();
+            notBefore = std::exchange(lastRead, sinceBoot());
             if (errors.reading) errors.read();
             if (output.reading) output.read();
             dropReported();
@@ -178,8 +182,8 @@ private:
         std::array<pollfd, 2> streams{
             pollfd{.fd = output.reading.get(), .events = POLLIN, .revents = 0},
             pollfd{.fd = errors.reading.get(), .events = POLLIN, .revents = 0}};
-        std::chrono::milliseconds limit{-1};
-        if (events.look) limit = observationInterval;
+        std::chrono::milliseconds limit = readInterval;
+        if (events.look) limit = std::min(limit, observationInterval);
         if (atStop == TransferControl::AtStop::lastsOut) limit = stopInterval;
         const int ready = ::poll(streams.data(), streams.size(), static_cast<int>(limit.count()));
         if (events.look && Time::now() - looked >= observationInterval) {
@@ -227,7 +231,7 @@ private:
             const auto end = at == std::string::npos ? at : errors.text.find('\n', at);
             if (end == std::string::npos) return;
             output.read(); // what came since
-            BlockOutcome outcome{.words = errors.text.substr(0, at)};
+            BlockOutcome outcome{.words = errors.text.substr(0, at), .notBefore = notBefore};
             readCodes(std::string_view(errors.text).substr(at + mark.size(), end - at - mark.size()), outcome);
             errors.text.erase(0, end + 1);
             const auto outputEnd = output.text.find(mark);
@@ -276,6 +280,8 @@ private:
     Pipe gate;
     ChildProcess curl;
     std::size_t current = 0; // block
+    std::chrono::nanoseconds lastRead = sinceBoot();
+    std::chrono::nanoseconds notBefore = lastRead;
     std::size_t marksToCome = 0;
     TransferControl::AtStop atStop = TransferControl::AtStop::ends;
     bool goesOn = true;
@@ -284,6 +290,12 @@ private:
 };
 
 } // namespace
+
+std::chrono::nanoseconds sinceBoot() {
+    timespec now{};
+    ::clock_gettime(CLOCK_BOOTTIME, &now);
+    return std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec);
+}
 
 void converse(
     const Profile& profile, std::string_view password, TransferControl& control, const TransferPlan& plan,

@@ -41,6 +41,9 @@ struct TransferPlan {
     std::optional<std::uint64_t> maxWritten = std::nullopt; // no file may become longer: that ends the conversation
 };
 
+// The time since the machine was started, including suspensions.
+[[nodiscard]] std::chrono::nanoseconds sinceBoot();
+
 // How one block ended.
 struct BlockOutcome {
     CurlCode code = CurlCode::ok;
@@ -48,6 +51,10 @@ struct BlockOutcome {
     std::string output{};            // what it wrote to its standard output; empty unless it succeeded
     std::string message{};           // for the user, the password masked; empty if the block succeeded
     std::string words{};             // curl's unchanged standard error, which may contain the password
+
+    // A moment, in time since boot, at which the block had not ended yet: at most 0.2 s before its end, or more if the
+    // program was suspended meanwhile.
+    std::chrono::nanoseconds notBefore{};
 
     [[nodiscard]] bool succeeded() const { return code == CurlCode::ok; }
 };
