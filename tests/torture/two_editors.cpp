@@ -60,6 +60,7 @@ struct Version {
     Time lastSeen{}; // there
     bool wasLive = false;
     bool touched = false; // by the colleague, after the program uploaded it
+    bool sized = false;   // as long as the version before it: only its date shows that it is another one
     bool settled = false; // replaced by its author, seen by the user, or chosen to be replaced
 };
 
@@ -79,20 +80,28 @@ public:
         const bool isOld = below(random, 4) == 0;
         const Time date = rightNow() - (isOld ? std::chrono::hours(1 + below(random, 500)) : 0h);
         const bool exists = fs::exists(file);
+        const auto found = exists ? versions.find(readFile(file)) : versions.end();
+        const bool wasSized = found != versions.end() && found->second.sized;
         if (exists && below(random, 5) == 0) {
+            if (wasSized) return; // with a new date it could look like the version before it
             touch(file, date);
-            if (const auto found = versions.find(readFile(file)); found != versions.end()) found->second.touched = true;
+            if (found != versions.end()) found->second.touched = true;
             return;
         }
         std::size_t size = anySize(random);
+        bool sized = false;
         if (exists) {
             const auto difference = fs::last_write_time(file) - std::chrono::file_clock::from_sys(date);
-            const bool canHaveSameSize = std::chrono::abs(difference) > dateStep;
             const auto oldSize = fs::file_size(file);
-            if (canHaveSameSize && below(random, 3) == 0) size = oldSize;
-            if (!canHaveSameSize && size == oldSize) ++size;
+            sized = !wasSized && std::chrono::abs(difference) > dateStep && below(random, 3) == 0;
+            if (sized) {
+                size = oldSize;
+            } else if (size == oldSize) {
+                ++size;
+            }
         }
         auto& version = write(drafts / "theirs", path, true, size, random);
+        version.sized = sized;
         touch(drafts / "theirs", date);
         settle(putInPlace(drafts / "theirs", file));
         version.appeared = rightNow();
@@ -222,6 +231,7 @@ private:
 struct Review {
     Time seen; // when it listed the files, at the latest
     Paths paths;
+    std::string list{}; // its ID; only of the executable
 };
 
 // The program, as those see it who start, disturb and answer it.
@@ -233,7 +243,7 @@ public:
     virtual void workFor(milliseconds time) = 0;
     virtual void disturb(Random& random) = 0; // it works on in the end
     virtual std::optional<Review> review() = 0;
-    virtual void decide(const Paths& downloaded, const Paths& kept) = 0;
+    virtual void decide(const Review& review, const Paths& downloaded) = 0;
 };
 
 class Executable final : public Publisher {
@@ -281,16 +291,19 @@ public:
         for (const std::string path : paths) {
             if (line->second.find("\"path\":\"" + path + "\"") != std::string::npos) review.paths.insert(path);
         }
+        constexpr std::string_view key = "\"list\":\"";
+        const auto id = line->second.find(key) + key.size();
+        review.list = line->second.substr(id, line->second.find('"', id) - id);
         return review;
     }
 
-    void decide(const Paths& downloaded, const Paths& kept) override {
-        Texts options{"review", name};
-        if (downloaded.empty() || kept.empty())
-            options.emplace_back(kept.empty() ? "--download-all" : "--keep-all");
+    void decide(const Review& review, const Paths& downloaded) override {
+        Texts options{"review", name, "--listed", review.list};
+        if (downloaded.empty())
+            options.emplace_back("--keep-all");
         else
             for (const auto& path : downloaded) options.insert(options.end(), {"--download", path});
-        decided = rightNow();
+        decided = review.seen;
         (void)place.run(options);
     }
 
@@ -338,7 +351,7 @@ public:
         return review;
     }
 
-    void decide(const Paths& downloaded, const Paths&) override {
+    void decide(const Review&, const Paths& downloaded) override {
         (void)model->resolveReview(id, reviewId, downloaded);
     }
 
@@ -443,7 +456,7 @@ private:
         Paths kept;
         for (const auto& path : review->paths) (below(random, 2) == 0 ? kept : downloaded).insert(path);
         site.allow(kept, review->seen);
-        publisher->decide(downloaded, kept);
+        publisher->decide(*review, downloaded);
         counts.kept += kept.size();
         counts.downloaded += downloaded.size();
         toSaveAgain.merge(kept);
