@@ -1,4 +1,4 @@
-#include "cli/command_line.h"
+#include "cli/command.h"
 
 #include "cli/commands.h"
 #include "cli/parser.h"

@@ -2,7 +2,6 @@
 
 #include "cli/text/presentation.h"
 #include "cli/text/shell_words.h"
-#include "platform/digest.h"
 #include "platform/text.h"
 
 namespace zembrastel::cli {

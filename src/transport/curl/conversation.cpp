@@ -6,7 +6,7 @@
 #include "platform/files.h"
 #include "platform/text.h"
 #include "platform/uuid.h"
-#include "transport/curl/remote_url.h"
+#include "transport/curl/curl_configuration.h"
 #include "transport/transfer_observer.h"
 
 #include <algorithm>
