@@ -60,7 +60,6 @@ struct Version {
     Time lastSeen{}; // there
     bool wasLive = false;
     bool touched = false; // by the colleague, after the program uploaded it
-    bool sized = false;   // as long as the version before it: only its date shows that it is another one
     bool settled = false; // replaced by its author, seen by the user, or chosen to be replaced
 };
 
@@ -79,32 +78,23 @@ public:
         const fs::path file = remote / path;
         const bool isOld = below(random, 4) == 0;
         const Time date = rightNow() - (isOld ? std::chrono::hours(1 + below(random, 500)) : 0h);
-        const bool exists = fs::exists(file);
-        const auto found = exists ? versions.find(readFile(file)) : versions.end();
-        const bool wasSized = found != versions.end() && found->second.sized;
-        if (exists && below(random, 5) == 0) {
-            if (wasSized) return; // with a new date it could look like the version before it
+        look();
+        const auto isThere = live.find(path);
+        if (isThere != live.end() && below(random, 5) == 0) {
+            if (looksLikeEarlier(path, isThere->second.size(), date)) return;
             touch(file, date);
-            if (found != versions.end()) found->second.touched = true;
+            if (isThere->second.version != nullptr) isThere->second.version->touched = true;
+            look();
             return;
         }
         std::size_t size = anySize(random);
-        bool sized = false;
-        if (exists) {
-            const auto difference = fs::last_write_time(file) - std::chrono::file_clock::from_sys(date);
-            const auto oldSize = fs::file_size(file);
-            sized = !wasSized && std::chrono::abs(difference) > dateStep && below(random, 3) == 0;
-            if (sized) {
-                size = oldSize;
-            } else if (size == oldSize) {
-                ++size;
-            }
-        }
+        if (isThere != live.end() && below(random, 3) == 0) size = isThere->second.size();
+        while (looksLikeEarlier(path, size, date)) ++size;
         auto& version = write(drafts / "theirs", path, true, size, random);
-        version.sized = sized;
         touch(drafts / "theirs", date);
         settle(putInPlace(drafts / "theirs", file));
         version.appeared = rightNow();
+        look();
     }
 
     void userSaves(const std::string& path, Random& random) {
@@ -178,6 +168,8 @@ private:
     struct Live {
         Signature signature{};
         Version* version = nullptr; // nothing for a torn one
+
+        [[nodiscard]] std::size_t size() const { return static_cast<std::size_t>(signature[1]); }
     };
 
     static std::size_t anySize(Random& random) {
@@ -189,6 +181,14 @@ private:
         content.resize(size, '.');
         writeFile(draft, content);
         return versions.emplace(content, Version{.path = path, .theirs = theirs}).first->second;
+    }
+
+    // A version of the same size was there with nearly the same date: no program could distinguish the two.
+    [[nodiscard]] bool looksLikeEarlier(const std::string& path, std::size_t size, Time date) const {
+        const auto known = history.find(path);
+        return known != history.end() && std::ranges::any_of(known->second, [&](const auto& earlier) {
+                   return earlier.first == size && std::chrono::abs(earlier.second - date) <= dateStep;
+               });
     }
 
     void settle(const std::optional<std::string>& content) {
@@ -211,6 +211,8 @@ private:
                 const auto found = versions.find(readContents(file.get(), remote / path));
                 if (found == versions.end()) broken += "live file is torn: " + path + "\n";
                 known.signature = signature;
+                const Time date(std::chrono::seconds(status.st_mtim.tv_sec));
+                history[path].emplace_back(known.size(), date);
                 known.version = found == versions.end() ? nullptr : &found->second;
             }
             if (known.version == nullptr) continue;
@@ -225,6 +227,7 @@ private:
     std::mutex mutex;
     std::map<std::string, Version> versions; // by content
     std::map<std::string, Live> live;
+    std::map<std::string, std::vector<std::pair<std::size_t, Time>>> history; // sizes and dates on the server, by path
     std::string broken;
 };
 

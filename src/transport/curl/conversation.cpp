@@ -101,8 +101,10 @@ struct Stream : Pipe {
     std::string text;
 };
 
+// curl gets both ends: if this program is killed, a pipe without a writing end would let curl pass before the kernel
+// kills it.
 std::vector<int> withGate(std::vector<int> files, const Pipe& gate) {
-    files.push_back(gate.reading.get());
+    files.insert(files.end(), {gate.reading.get(), gate.writing.get()});
     return files;
 }
 
