@@ -58,6 +58,7 @@ void addCommands(Syntax& program) {
     addProfileSet(profile);
     addProfileRemove(profile);
     addProfileDuplicate(profile);
+    addProfileTrust(profile);
     addProfileExport(profile);
     addProfileImport(profile);
     addTest(program);

@@ -31,6 +31,11 @@ std::vector<TransferOption> baseOptions(
         {"quote", "*OPTS UTF8 ON"},
     };
     if (profile.transport != TransferProtocol::ftp) options.push_back({"ssl-reqd"});
+    if (const auto* trusted = profile.keyInForce()) {
+        // Without verification of the certificate, but with this key alone.
+        options.push_back({"insecure"});
+        options.push_back({"pinnedpubkey", trusted->key.pin()});
+    }
     return options;
 }
 
