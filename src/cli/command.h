@@ -20,7 +20,8 @@ enum class ExitCode {
     refused = 5,       // the server refused the login
     notRunning = 6,    // no program runs on the state folder, or it has ended
     notAnswering = 7,  // the running program does not answer
-    interrupted = 8    // by Ctrl-C or a signal, before the work was done
+    interrupted = 8,   // by Ctrl-C or a signal, before the work was done
+    nothingToWatch = 9 // there is no profile, or none is enabled
 };
 
 // Ends the command. The message is one sentence or more for the user.

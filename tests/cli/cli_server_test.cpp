@@ -107,7 +107,7 @@ TEST_F(CliWithServer, ProfileIsDownloadedBeforeItsReview) {
     profile.initialDownloadSelection = DownloadSelection::everything();
     place.saveProfile(profile);
     for (const char* command : {"review --keep-all", "check", "push"}) {
-        expect(1, command, {"still has its initial download to do; run watch first"});
+        expect(1, command, {"still has its initial download to do; run watch or push --download-first"});
     }
 }
 

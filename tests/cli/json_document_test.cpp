@@ -201,6 +201,11 @@ TEST_F(JsonDocument, EveryPrintedLineIsAsDocumented) {
     exerciseReview();
     runAndTake("doctor 'My website'");
     exerciseRunningProgram();
+    Profile undownloaded = place.profile();
+    undownloaded.needsDownload = true;
+    undownloaded.initialDownloadSelection = DownloadSelection::everything();
+    place.saveProfile(undownloaded);
+    runAndTake("push 'My website' --download-first", 1); // the bad name is there
     std::filesystem::create_directory(serverSite / "locked");
     ASSERT_EQ(::chmod((serverSite / "locked").c_str(), 0555), 0);
     writeTree(site, {{"locked/page", "1"}});

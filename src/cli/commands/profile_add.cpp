@@ -42,7 +42,7 @@ std::optional<std::string> passwordToStore(const Profile& profile, bool mayAsk, 
     return typed.empty() ? std::nullopt : std::optional(std::move(typed));
 }
 
-void reportAdded(const Profile& saved, bool passwordStored, const CommandContext& context) {
+void reportAdded(const Profile& saved, bool hadPassword, const CommandContext& context) {
     Output& output = context.output;
     if (output.json()) {
         output.line(asJsonLine("profile", encode(saved)));
@@ -50,7 +50,7 @@ void reportAdded(const Profile& saved, bool passwordStored, const CommandContext
     }
     output.line("Added " + inQuotes(saved.name) + " (" + saved.id.text() + ").");
     if (saved.hasEmptySyncSelection()) output.note("Nothing is selected to sync, so it is not enabled.");
-    if (!passwordStored) {
+    if (!hadPassword) {
         output.note(
             "No password was stored. Give it to each command with --password-file FILE or --password-command CMD.");
     }
@@ -79,14 +79,16 @@ ExitCode addProfile(const CommandContext& context, const AddRequest& request) {
     requireSiteFolder(profile.localFolder);
     requireUnused(profile, session.model().profiles());
     const auto password = passwordToStore(profile, request.from.empty(), context);
+    std::optional<std::string> unstored;
     try {
-        session.add(profile, password);
+        unstored = session.add(profile, password);
     } catch (const std::exception& error) {
         throw CommandError(
             ExitCode::failed, "Cannot save the profile " + inQuotes(profile.name) + ": " + sentence(describe(error))
                                   + " It was not added.");
     }
     reportAdded(*session.model().profile(profile.id), password.has_value(), context);
+    if (unstored) warnNotStored(*unstored, context.output);
     return ExitCode::done;
 }
 
@@ -104,7 +106,8 @@ void addProfileAdd(Syntax& parent) {
         .notEmpty()
         .excludes(fields);
     command.footer("The password is stored in the desktop's secret store: that of --password-file or\n"
-                   "--password-command, or the one that you type in the terminal.\n\n"
+                   "--password-command, or the one that you type in the terminal. Without a secret store the\n"
+                   "profile is saved alone.\n\n"
                    "Example:\n"
                    "  zembrastel-cli profile add --name \"My website\" --host ftp.example.com \\\n"
                    "    --username web --remote-folder /public_html --local-folder ~/website --enabled");
