@@ -110,7 +110,8 @@ std::string countText(const TransferProgress& progress) {
 // "3.1 of 45 MB sent, 310 kB/s": of all files.
 std::string bytesText(const TransferProgress& progress) {
     if (!progress.bytesQueued || progress.bytes == 0) return "";
-    std::string text = amount(progress.bytes, progress.bytesQueued) + " sent";
+    const bool compares = progress.work == TransferProgress::Work::comparingContents;
+    std::string text = amount(progress.bytes, progress.bytesQueued) + (compares ? " compared" : " sent");
     return progress.rate && *progress.rate >= 1 ? text + ", " + rateText(*progress.rate) : text;
 }
 

@@ -167,7 +167,7 @@ template <>
 constexpr std::array words<answer::Failed::Reason>{"notUnderstood", "noWindow", "noProfile",   "refused", "paused",
                                                    "needsDownload", "server",   "otherReview", "notSaved"};
 template <>
-constexpr std::array words<TransferProgress::Work>{"uploading", "downloading", "comparing"};
+constexpr std::array words<TransferProgress::Work>{"uploading", "downloading", "comparing", "comparingContents"};
 constexpr std::array answerWords{"status", "activity", "changed", "review", "outcome", "failed", "done"};
 static_assert(answerWords.size() == std::variant_size_v<ControlAnswer>);
 
