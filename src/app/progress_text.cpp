@@ -122,6 +122,8 @@ std::string joined(std::string text, std::string_view separator, std::string_vie
 
 } // namespace
 
+std::string sizeText(std::uint64_t bytes) { return withUnit(static_cast<double>(bytes)); }
+
 std::string progressText(const TransferProgress& progress) {
     if (progress.file) return joined(fileText(progress), " — ", countText(progress));
     const std::string count = countText(progress);

@@ -45,7 +45,8 @@ private:
         Uuid profile;
         std::vector<RemoteChange> decided; // empty while the check is awaited
         PathSet selected;
-        bool leavesMissing = false; // once the check has found which files are missing
+        bool leavesMissing = false;                          // once the check has found which files are missing
+        std::optional<ControlRequest> adopts = std::nullopt; // once the first check has found what there is
     };
 
     void receive(Client client, const std::string& line);
@@ -59,6 +60,7 @@ private:
     void forgetFiles(Client client, const ControlRequest& request);
     void sendAgain(Client client, const ControlRequest& request);
     void leaveMissing(Client client, const ControlRequest& request);
+    void adopt(Client client, const ControlRequest& request);
     void forget(Client client);
 
     void statusChanged(const Uuid& id) override;
@@ -72,6 +74,7 @@ private:
     void answerWaiting();
     [[nodiscard]] bool answerIfSettled(Client client, const Waiting& waiting);
     void leaveMissing(Client client, const Profile& profile);
+    [[nodiscard]] bool adoptIfFound(Client client, const Profile& profile, const ControlRequest& request);
     void sendOutcomes(Client client, const Waiting& waiting);
     void send(Client client, const ControlAnswer& answer);
     void end(Client client, const ControlAnswer& last = answer::Done{});

@@ -22,12 +22,18 @@ public:
         auto& to = equal ? results.same : results.different;
         to.files.set(file.path, file.fingerprint);
         to.dates.set(file.path, dates.at(file.path));
-        if (clock.steadyNow() - written >= keepingInterval) write();
+        changed = true;
+        writeSoon();
+    }
+
+    // Called often.
+    void writeSoon() {
+        if (changed && clock.steadyNow() - written >= keepingInterval) write();
     }
 
     void write() {
         written = clock.steadyNow();
-        if (!record) return;
+        if (!record || !std::exchange(changed, false)) return;
         try {
             record->write(results);
         } catch (const std::filesystem::filesystem_error&) {
@@ -41,6 +47,7 @@ private:
     ComparedContents results;
     Clock& clock;
     std::chrono::steady_clock::time_point written;
+    bool changed = false;
 };
 
 std::vector<FTPTransport::FileToCompare> filesToCompare(const FirstComparison& found) {
@@ -98,13 +105,14 @@ void Jobs::compareContents(const Uuid& id) {
     const auto record = folder ? std::optional(ComparisonRecord(*folder, id)) : std::nullopt;
     const auto body = [this, id, work = std::move(work), found = *choice(id), record, onMain,
                        whileComparing](const std::stop_token&) {
+        KeptResults results(record, found, parts.clock);
         ProgressMeter meter(parts.clock, [&](const TransferProgress& progress) {
+            results.writeSoon();
             whileComparing([this, id, progress] { parts.statuses.showProgress(id, progress); });
         });
         const auto files = filesToCompare(found);
         meter.begin(TransferProgress::Work::comparingContents, files.size());
         meter.expectBytes(found.bytesToCompare());
-        KeptResults results(record, found, parts.clock);
         try {
             transportFor(work, meter)
                 .filesWithEqualContents(files, [&](const FTPTransport::FileToCompare& file, bool equal) {

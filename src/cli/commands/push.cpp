@@ -7,6 +7,7 @@
 #include "cli/session/running_program.h"
 #include "cli/session/server_call.h"
 #include "cli/session/session.h"
+#include "cli/text/choice_text.h"
 #include "cli/text/presentation.h"
 #include "cli/text/review_text.h"
 #include "model/error.h"
@@ -83,6 +84,14 @@ void requirePushable(const Profile& profile) {
             + ". Decide on them first: " + commandLine(context.options, review, unambiguousName(profiles, profile)));
 }
 
+// Nothing that is on the server already is sent again without a choice.
+[[noreturn]] void refuseBeforeChoice(
+    const FirstComparison& found, const Profile& profile, const std::vector<Profile>& profiles,
+    const CommandContext& context) {
+    printChoice(choiceOf(found, false), profile, profiles, context);
+    throw choiceWaits(profile, profiles, context, "Nothing was uploaded.");
+}
+
 CommandError pushFailure(const Profile& profile, const std::string& failure, const std::string& consequence = "") {
     return {
         serverExitCode(failure), "Cannot push all of " + inQuotes(profile.name) + " (" + serverName(profile)
@@ -118,6 +127,9 @@ public:
         if (failedCheck != model.checkFailures().end()) {
             throw serverFailure(profile, comparisonAim(profile), failedCheck->second, "Nothing was uploaded.");
         }
+        if (const auto* found = model.firstComparison(profile.id)) {
+            refuseBeforeChoice(*found, profile, model.profiles(), context);
+        }
         const auto review = model.reviews().find(profile.id);
         if (review != model.reviews().end()) {
             refuseBecauseOf(
@@ -140,7 +152,8 @@ private:
         if (request.resends()) model.planResend(id, request.all ? Resend::everything : Resend::missing);
         model.start(id);
         return session.runUntil([this, &id] {
-            return model.reviews().contains(id) || model.checkFailures().contains(id) || !model.running(id);
+            return model.firstComparison(id) != nullptr || model.reviews().contains(id)
+                   || model.checkFailures().contains(id) || !model.running(id);
         });
     }
 
@@ -296,6 +309,9 @@ private:
                 ExitCode::failed,
                 inQuotes(profile.name) + " is paused in the running program. Nothing was uploaded; resume it first.");
         }
+        if (failed && failed->reason == Reason::choiceWaits) {
+            throw choiceWaits(profile, profiles, context, "Nothing was uploaded.");
+        }
         if (failed) throw pushFailure(profile, failed->text);
         if (!changes.empty()) refuseBecauseOf(changes, profile, profiles, context, false);
         return missing;
@@ -330,6 +346,7 @@ ExitCode previewPush(const CommandContext& context, const PushRequest& request) 
     callServer(profile, context, comparisonAim(profile), [&](const FTPTransport& server) {
         found = server.newerRemoteFiles(recorded, [](const std::string&) {});
     });
+    if (found.first) refuseBeforeChoice(*found.first, profile, state.profiles, context);
     if (!found.changes.empty()) refuseBecauseOf(found.changes, profile, state.profiles, context, request.all);
     const PathSet& sentAgain = request.missing ? found.missing : found.toSend;
     for (const auto& [path, fingerprint] : found.recognised.files) recorded.baseline.set(path, fingerprint);
