@@ -114,12 +114,12 @@ void Jobs::compareContents(const Uuid& id) {
         meter.begin(TransferProgress::Work::comparingContents, files.size());
         meter.expectBytes(found.bytesToCompare());
         try {
-            transportFor(work, meter)
-                .filesWithEqualContents(files, [&](const FTPTransport::FileToCompare& file, bool equal) {
-                    results.add(file, equal);
-                    onMain([this, id, path = file.path, equal] { addCompared(id, path, equal); });
-                    meter.fileDone();
-                });
+            const auto compared = [&](const FTPTransport::FileToCompare& file, bool equal) {
+                results.add(file, equal);
+                onMain([this, id, path = file.path, equal] { addCompared(id, path, equal); });
+                meter.fileDone();
+            };
+            settings.work.compareContents(transportFor(work, meter), files, compared);
             results.write();
             whileComparing([this, id] { finishComparing(id); });
         } catch (const Cancelled&) {
