@@ -27,6 +27,7 @@ class LifecycleTest(DesktopTest):
         site.add_profile()
         program = self.start()
         window = program.window()
+        window.press_button("Start watching")
         window.find("label", "Watching")
         write(site.local, "index.html", NEW)
         window.find("label", "Uploading")

@@ -68,7 +68,6 @@ class NotificationTest(DesktopTest):
     def prepare_review(self):
         site = Site(self.desktop)
         site.add_profile("Tea & cake")
-        write(site.remote, "index.html", b"old")
         write(site.local, "index.html", b"old")
         program = self.start()
         program.window().find("label", "Watching")

@@ -131,6 +131,12 @@ private:
     void pump() {
         (void)queue.runUntil([] { return false; }, std::chrono::milliseconds(random() % 3 == 0 ? random() % 120 : 1));
         verify();
+        if (random() % 4 == 0) choose();
+    }
+
+    // What to upload of a site that is on the server already.
+    void choose() {
+        if (model->firstComparison(profile.id) != nullptr) (void)model->adopt(profile.id, Adoption::alike);
     }
 
     void verify() const {
@@ -147,6 +153,7 @@ private:
         model->resume(profile.id);
         const auto isSettled = [this] {
             verify();
+            choose();
             if (review() != nullptr) decide();
             if (model->checkFailures().contains(profile.id)) model->retryCheck(profile.id);
             return model->watching(profile.id) && model->status(profile.id).title() == "Watching";
