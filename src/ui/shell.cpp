@@ -3,6 +3,7 @@
 #include "model/error.h"
 #include "platform/standard_paths.h"
 #include "ui/backups/backups_sheet.h"
+#include "ui/certificate/certificate_sheet.h"
 #include "ui/content_picker/content_picker.h"
 #include "ui/import/import_sheet.h"
 #include "ui/remote_changes/review_sheet.h"
@@ -107,6 +108,13 @@ void Shell::openEditor(const std::optional<Uuid>& id, bool onContents) {
         [this, editor](
             const Profile& draft, const std::string& password, bool syncMode, const DownloadSelection& current,
             ProfileEditor::Apply apply) { browse(*editor, draft, password, syncMode, current, std::move(apply)); });
+    editor->setReviewCertificate(
+        [editor](const Profile& draft, const InspectedCertificate& seen, std::function<void(const TrustedKey&)> trust) {
+            auto* const sheet =
+                new CertificateSheet(draft, seen, std::chrono::system_clock::now(), std::move(trust), editor);
+            sheet->setAttribute(Qt::WA_DeleteOnClose);
+            sheet->open();
+        });
     connect(editor, &ProfileEditor::moved, &window, &MainWindow::offerToSendAll);
     if (onContents) editor->openSyncContentsOnAppear();
     editor->open();

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "ui/bridge/model_bridge.h"
+#include "ui/certificate/certificate_review.h"
 #include "ui/desktop/login_entry.h"
 #include "ui/desktop/notifier.h"
 #include "ui/desktop/tray_item.h"

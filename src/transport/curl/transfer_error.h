@@ -38,6 +38,11 @@ enum class CurlCode : int {
     wrongKey = 90
 };
 
+// True if the server's certificate, or its key, is the reason of the failure.
+[[nodiscard]] constexpr bool isOfCertificate(CurlCode code) {
+    return code == CurlCode::untrustedCertificate || code == CurlCode::wrongKey;
+}
+
 // The replies of a server (RFC 959) that decide what happens next.
 enum class FtpReply : int {
     none = 0,

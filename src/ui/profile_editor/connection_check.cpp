@@ -9,10 +9,25 @@
 namespace zembrastel::ui {
 namespace {
 
+// nullopt if it cannot be fetched.
+std::optional<InspectedCertificate> certificateOf(const FTPTransport& transport) {
+    try {
+        return inspectCertificate(transport.profile, *transport.control, systemClock());
+    } catch (const SyncError&) {
+        return std::nullopt; // the failure of the check itself is reported
+    }
+}
+
 // nullopt if the check was cancelled.
 std::optional<ConnectionCheck::Result> runCheck(const FTPTransport& transport) {
     try {
-        return ConnectionCheck::Result{.items = transport.test(), .failure = {}};
+        try {
+            return ConnectionCheck::Result{.items = transport.test(), .failure = {}};
+        } catch (const TransferError& error) {
+            ConnectionCheck::Result result{.items = 0, .failure = describe(error)};
+            if (isOfCertificate(error.code)) result.certificate = certificateOf(transport);
+            return result;
+        }
     } catch (const Cancelled&) {
         return std::nullopt;
     } catch (const std::exception& error) {

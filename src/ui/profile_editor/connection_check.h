@@ -7,11 +7,13 @@
 #include "app/context/background_tasks.h"
 #include "app/context/main_context.h"
 #include "model/profile.h"
+#include "transport/certificate/certificate_inspection.h"
 #include "transport/transfer_control.h"
 
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace zembrastel::ui {
@@ -21,6 +23,7 @@ public:
     struct Result {
         std::size_t items = 0; // in the remote folder
         std::string failure;   // the message for the user; empty if the folder can be read
+        std::optional<InspectedCertificate> certificate = std::nullopt; // if it is the reason of the failure
     };
 
     explicit ConnectionCheck(MainContext& mainContext) : context(mainContext), tasks(mainContext) {}

@@ -79,7 +79,8 @@ Profile withEdits(Profile saved, const Profile& original, const Profile& draft) 
     const auto takeEdited = [&](auto... fields) { (takeIfEdited(fields), ...); };
     takeEdited(
         &Profile::name, &Profile::host, &Profile::port, &Profile::transport, &Profile::username, &Profile::remoteFolder,
-        &Profile::localFolder, &Profile::exclusions, &Profile::initialDownloadSelection, &Profile::syncSelection);
+        &Profile::localFolder, &Profile::exclusions, &Profile::initialDownloadSelection, &Profile::syncSelection,
+        &Profile::trustedKey);
     saved.enabled = draft.enabled;
     saved.needsDownload = draft.needsDownload;
     return saved;

@@ -265,9 +265,26 @@ void ProfileEditor::finishTest(const ConnectionCheck::Result& result) {
     if (focusWidget() == this) testButton->setFocus();
     if (result.failure.empty()) {
         strip->showSuccess(connectedMessage(result.items));
+    } else if (result.certificate && reviewCertificate) {
+        offerCertificate(result);
     } else {
         strip->showFailure(toQString(result.failure));
     }
+}
+
+void ProfileEditor::offerCertificate(const ConnectionCheck::Result& result) {
+    const QString host = onOneLine(toQString(draft().host));
+    const bool changed = draft().keyInForce() != nullptr;
+    const QString what = changed ? tr("The key of %1 has changed.") : tr("The certificate of %1 cannot be verified.");
+    strip->showFailure(
+        what.arg(host) + u' ' + tr("Nothing has been sent, not even the password."),
+        changed ? tr("Compare keys…") : tr("Review certificate…"), [this, seen = *result.certificate] {
+            reviewCertificate(draft(), seen, [self = QPointer<ProfileEditor>(this)](const TrustedKey& key) {
+                if (!self) return;
+                self->connection->setTrustedKey(key);
+                self->testConnection();
+            });
+        });
 }
 
 void ProfileEditor::choose(bool syncMode) {

@@ -30,6 +30,8 @@ constexpr std::array symbols{
     Symbol{"plus", "plus"},
     Symbol{"network", "network"},
     Symbol{"key", "key"},
+    Symbol{"lock", "lock"},
+    Symbol{"exclamationmark.shield", "shield"},
     Symbol{"checklist", "checklist"},
     Symbol{"arrow.clockwise", "refresh"},
     Symbol{"arrow.down.doc", "downdoc"},
