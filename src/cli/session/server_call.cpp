@@ -60,7 +60,9 @@ std::string comparisonAim(const Profile& profile) {
 }
 
 CommandError downloadPending(const Profile& profile) {
-    return {ExitCode::failed, inQuotes(profile.name) + " still has its initial download to do; run watch or push --download-first."};
+    return {
+        ExitCode::failed,
+        inQuotes(profile.name) + " still has its initial download to do; run watch or push --download-first."};
 }
 
 void requireDownloaded(const Profile& profile) {
