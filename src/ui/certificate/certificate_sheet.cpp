@@ -74,7 +74,8 @@ QLabel* makeSelectable(const QString& text) {
 QLabel* makeKey(const KeyHash& key) {
     auto* const label = makeLabel(keyInLines(key), TextStyle::body);
     QFont font = label->font();
-    font.setFamilies({QFontDatabase::systemFont(QFontDatabase::FixedFont).family(), QStringLiteral("monospace")});
+    const QString family = QFontDatabase::systemFont(QFontDatabase::FixedFont).family();
+    font.setFamilies({QFontDatabase::isFixedPitch(family) ? family : QStringLiteral("monospace")});
     font.setStyleHint(QFont::Monospace);
     label->setFont(font);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
