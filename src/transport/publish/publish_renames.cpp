@@ -129,7 +129,7 @@ void Batch::rename(Dialogue& dialogue, const std::string& folder, const Items& w
             if (outcome.succeeded()) {
                 for (auto* item : within) item->stage = Stage::renamed;
             } else if (within.size() == 1) {
-                fail(*within.front(), outcome.message);
+                fail(*within.front(), failureFrom(outcome));
             } else {
                 oneByOne.insert(folder);
             }
