@@ -5,7 +5,8 @@
 #include "platform/folder.h"
 #include "platform/name_order.h"
 #include "platform/text.h"
-#include "transport/curl/remote_url.h"
+#include "transport/curl/curl_configuration.h"
+#include "transport/download/local_replacement.h"
 #include "transport/ftp_transport.h"
 #include "transport/local_place.h"
 
@@ -30,6 +31,8 @@ struct FolderListing {
     [[nodiscard]] std::vector<RemoteEntry> run() const {
         auto entries = onServer ? transport.list(path) : std::vector<RemoteEntry>{};
         if (locally) addLocalOnly(entries);
+        // The program's own backups are never synchronised.
+        std::erase_if(entries, [this](const auto& entry) { return childPath(path, entry.name) == backupFolder; });
         return sorted(std::move(entries));
     }
 
@@ -60,9 +63,22 @@ private:
             // What can be neither sent nor saved cannot be chosen either.
             if (!isValidUtf8(item.name) || !validName(item.name) || known.contains(item.name)) return;
             found.push_back(
-                {.name = std::string(item.name), .directory = directory, .modified = std::nullopt, .localOnly = true});
+                {.name = std::string(item.name),
+                 .directory = directory,
+                 .modified = std::nullopt,
+                 .localOnly = true,
+                 .size = directory ? std::nullopt : sizeOf(item)});
         });
         return found;
+    }
+
+    // Nullopt if the file has vanished meanwhile.
+    [[nodiscard]] static std::optional<std::uint64_t> sizeOf(const WalkEntry& item) {
+        try {
+            return static_cast<std::uint64_t>(item.attributes().st_size);
+        } catch (const std::filesystem::filesystem_error&) {
+            return std::nullopt;
+        }
     }
 
     [[nodiscard]] std::vector<RemoteEntry> sorted(std::vector<RemoteEntry> entries) const {

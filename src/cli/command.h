@@ -1,4 +1,4 @@
-// The interface of every command: its context, its exit codes and its errors.
+// The interface of every command: its context, its exit codes and its errors; and how a command line is run.
 #pragma once
 
 #include "cli/terminal/interrupt.h"
@@ -20,7 +20,8 @@ enum class ExitCode {
     refused = 5,       // the server refused the login
     notRunning = 6,    // no program runs on the state folder, or it has ended
     notAnswering = 7,  // the running program does not answer
-    interrupted = 8    // by Ctrl-C or a signal, before the work was done
+    interrupted = 8,   // by Ctrl-C or a signal, before the work was done
+    nothingToWatch = 9 // there is no profile, or none is enabled
 };
 
 // Ends the command. The message is one sentence or more for the user.
@@ -46,6 +47,9 @@ struct CommandContext {
     Output& output;
     Interrupt& interrupt;
 };
+
+// Runs the command of a command line. Throws nothing: prints every failure on standard error and returns its exit code.
+[[nodiscard]] ExitCode runCommandLine(int argumentCount, char** arguments, Interrupt& interrupt);
 
 // Runs to its end. Throws CommandError, or another exception that describe() puts into words.
 using Command = std::function<ExitCode(const CommandContext&)>;

@@ -1,6 +1,5 @@
 #include "model/password_store.h"
 
-#include "model/error.h"
 #include "platform/secret_service.h"
 #include "platform/text.h"
 
@@ -18,7 +17,7 @@ auto withService(Call call) {
     try {
         return call();
     } catch (const SecretServiceError& error) {
-        throw SyncError(keychainMessage(error.code, error.what()));
+        throw SecretServiceFailed(keychainMessage(error.code, error.what()));
     }
 }
 

@@ -1,15 +1,22 @@
 // The FTP password of each profile, in the desktop's secret service.
 //
 // Stateless. The calls block (see secret_service.h): any thread except the main context. Each throws SyncError,
-// "Keychain: " and the service's own text. Nothing is retried, and a failed save keeps the earlier password.
+// "Keychain: " and the reason. Nothing is retried, and a failed save keeps the earlier password.
 #pragma once
 
+#include "model/error.h"
 #include "platform/uuid.h"
 
 #include <string>
 #include <string_view>
 
 namespace zembrastel {
+
+// The secret service itself failed: none runs, it is locked, or it refused. The message has the service's own text.
+class SecretServiceFailed : public SyncError {
+public:
+    using SyncError::SyncError;
+};
 
 struct PasswordStore {
     // "service" attribute of every item; "account" is the profile id's text.

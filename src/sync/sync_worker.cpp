@@ -49,6 +49,10 @@ public:
     void pass() {
         std::optional<Failure> failure;
         try {
+            if (worker.profile.needsDownload) {
+                worker.profile.validateDownloadSelection();
+                return download(); // its end starts the profile anew
+            }
             failure = sendOnce();
         } catch (const Cancelled&) {
             throw;
@@ -91,27 +95,31 @@ private:
     bool tryDownload() {
         if (stop.stop_requested()) throw Cancelled();
         try {
-            worker.control->check();
-            worker.events.deliver(downloadingStatus());
-            meter.begin(TransferProgress::Work::downloading);
-            transport.downloadTree(
-                "", 0, [this](const std::string& line) { worker.events.post(event::Activity{.text = line}); },
-                [this](const std::string& path, const Fingerprint& fingerprint) {
-                    baseline.set(path, fingerprint);
-                    worker.events.post(event::Downloaded{.path = path, .fingerprint = fingerprint});
-                });
-            worker.control->check();
+            download();
         } catch (const Cancelled&) {
             throw;
         } catch (const std::exception& error) {
             waitToRetry(Phase::retryingDownload, failureOf(error), 0);
             return false;
         }
-        worker.events.deliver(event::Baseline{baseline});
-        worker.events.deliver(event::DownloadFinished{});
         activity("Initial download complete. Watching for local changes.", false);
         worker.retryWait->reset();
         return true;
+    }
+
+    void download() {
+        worker.control->check();
+        worker.events.deliver(downloadingStatus());
+        meter.begin(TransferProgress::Work::downloading);
+        transport.downloadTree(
+            "", 0, [this](const std::string& line) { worker.events.post(event::Activity{.text = line}); },
+            [this](const std::string& path, const Fingerprint& fingerprint) {
+                baseline.set(path, fingerprint);
+                worker.events.post(event::Downloaded{.path = path, .fingerprint = fingerprint});
+            });
+        worker.control->check();
+        worker.events.deliver(event::Baseline{baseline});
+        worker.events.deliver(event::DownloadFinished{});
     }
 
     void poll() {

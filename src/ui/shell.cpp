@@ -5,7 +5,6 @@
 #include "ui/backups/backups_sheet.h"
 #include "ui/content_picker/content_picker.h"
 #include "ui/import/import_sheet.h"
-#include "ui/profile_editor/profile_editor.h"
 #include "ui/remote_changes/review_sheet.h"
 #include "ui/theme/qt_text.h"
 #include "ui/widgets/confirm_dialog.h"
@@ -104,11 +103,10 @@ void Shell::openEditor(const std::optional<Uuid>& id, bool onContents) {
     window.bringForward();
     auto* const editor = new ProfileEditor(bridge, context, id, &window);
     editor->setAttribute(Qt::WA_DeleteOnClose);
-    editor->setBrowse([this, editor](
-                          const Profile& draft, const std::string& password, bool syncMode,
-                          const DownloadSelection& current, std::function<void(const DownloadSelection&)> apply) {
-        browse(*editor, draft, password, syncMode, current, std::move(apply));
-    });
+    editor->setBrowse(
+        [this, editor](
+            const Profile& draft, const std::string& password, bool syncMode, const DownloadSelection& current,
+            ProfileEditor::Apply apply) { browse(*editor, draft, password, syncMode, current, std::move(apply)); });
     connect(editor, &ProfileEditor::moved, &window, &MainWindow::offerToSendAll);
     if (onContents) editor->openSyncContentsOnAppear();
     editor->open();
@@ -116,10 +114,9 @@ void Shell::openEditor(const std::optional<Uuid>& id, bool onContents) {
 
 void Shell::browse(
     ProfileEditor& editor, const Profile& draft, const std::string& password, bool syncMode,
-    const DownloadSelection& current, std::function<void(const DownloadSelection& chosen)> apply) {
-    auto* const picker = new RemoteDownloadPicker(
-        context, draft, password, current, syncMode,
-        [apply = std::move(apply)](const DownloadSelection& chosen) { apply(chosen); }, &editor);
+    const DownloadSelection& current, ProfileEditor::Apply apply) {
+    auto* const picker =
+        new RemoteDownloadPicker(context, draft, password, current, syncMode, std::move(apply), &editor);
     picker->setAttribute(Qt::WA_DeleteOnClose);
     picker->open();
 }

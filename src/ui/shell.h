@@ -10,14 +10,13 @@
 #include "ui/desktop/tray_item.h"
 #include "ui/desktop/window_settings.h"
 #include "ui/main_window/main_window.h"
+#include "ui/profile_editor/profile_editor.h"
 
 #include <QObject>
 
 #include <optional>
 
 namespace zembrastel::ui {
-
-class ProfileEditor;
 
 class Shell : public QObject {
     Q_OBJECT
@@ -37,7 +36,7 @@ private:
     void openEditor(const std::optional<Uuid>& id, bool onContents);
     void browse(
         ProfileEditor& editor, const Profile& draft, const std::string& password, bool syncMode,
-        const DownloadSelection& current, std::function<void(const DownloadSelection& chosen)> apply);
+        const DownloadSelection& current, ProfileEditor::Apply apply);
     void showBackups(const Uuid& id);
     void showReview(const RemoteReview& review, bool requestedByUser);
     void explainBackgroundSync();

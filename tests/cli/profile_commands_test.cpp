@@ -68,7 +68,7 @@ TEST_F(ProfileCommands, RefusedChangeLeavesTheSavedState) {
     for (const auto& [line, status, printed] : std::vector<Case>{
              {"set x --name y", 1, "There is a profile \"y\" already."},
              {"set x --name ''", 1, "Enter a name"},
-             {"set x --host new --password-command 'echo hush'", 1, "Keychain: "},
+             {"set x --password-command 'echo hush'", 1, "Cannot store the password of \"x\": Keychain: "},
              {"set x --ask-password", 2, "needs a terminal"},
              {"duplicate x y", 1, "There is a profile \"y\" already."},
              {"duplicate x --with-password", 1, "Keychain: "},
@@ -79,6 +79,19 @@ TEST_F(ProfileCommands, RefusedChangeLeavesTheSavedState) {
         place.expect(status, "profile " + line, {printed});
         EXPECT_EQ(readFile(place.stateFile()), before);
     }
+}
+
+TEST_F(ProfileCommands, MissingSecretServiceStopsNoCommand) {
+    writeFile(place.passwordFile(), "hush\n");
+    const std::string given = " --password-file " + place.passwordFile().string();
+    const Texts printed{"No password was stored. Keychain: ", "Give the password to each command with --password-file"};
+    const std::string added = "add --name new --host h --username u --local-folder " + site.string();
+    for (const auto& command : {added, std::string("set x --host other"), std::string("duplicate x")}) {
+        const auto result = place.expect(0, "profile " + command + given, printed);
+        EXPECT_FALSE(contains(result.output + result.errors + readFile(place.stateFile()), "hush"));
+    }
+    EXPECT_EQ(place.profile().host, "other");
+    EXPECT_EQ(place.saved().profiles.size(), 3U);
 }
 
 TEST_F(ProfileCommands, RemovalAsksAndKeepsAllFiles) {
@@ -131,12 +144,11 @@ TEST_F(ProfileCommands, ImportNamesWhatItSkips) {
         0, import,
         {"Imported \"good\": u@c:21, FTPS (TLS), /, from " + site.string(),
          "Skipped \"no folder\": It has no local folder. --only NAME", "Skipped \"shell\": It uses SFTP;",
-         "Skipped \"secret\": Keychain: "}); // there is none
+         "Imported \"secret\": u@d:21", "  Its password was not stored. Keychain: "}); // there is no secret service
     place.expect(2, import + " --local-folder " + site.string());
     place.expect(1, import + " --only shell");
     place.expect(0, import + " --only 'no folder' --remote-folder /www --local-folder " + site.string());
     EXPECT_EQ(place.saved().profiles.back().remoteFolder, "/www");
-    place.expect(0, import + " --only secret --no-passwords");
     EXPECT_EQ(place.saved().profiles.size(), 4U);
     EXPECT_FALSE(contains(result.output + result.errors + readFile(place.stateFile()), "hush"));
 }

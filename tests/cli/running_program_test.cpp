@@ -218,6 +218,53 @@ TEST_F(RunningProgram, PushOverwritesNoWorkOfOthers) {
     EXPECT_EQ(readFile(serverSite / "index.html"), "by another");
 }
 
+TEST_F(RunningProgram, PushThroughProgramEndsWhenAllIsLive) {
+    Program watch = startWatch();
+    readUntilWatching(watch);
+    writeTree(site, {{"index.html", "edited"}, {"new.html", "1"}});
+    expect(0, "push", {"Uploaded index.html\n", "Uploaded new.html\n", "Pushed \"My website\": 2 files.\n"});
+    EXPECT_EQ(readTree(serverSite), readTree(site));
+    EXPECT_EQ(expect(0, "push").output, "Nothing to push: the server has all of \"My website\".\n");
+    std::filesystem::remove(serverSite / "new.html");
+    expect(1, "push", {"1 file is missing on the server and was not sent"});
+
+    std::filesystem::create_directory(serverSite / "locked");
+    ASSERT_EQ(::chmod((serverSite / "locked").c_str(), 0555), 0); // the server's user cannot write there
+    writeTree(site, {{"locked/page", "1"}});
+    for (int turn = 0; turn < 2; ++turn) expect(1, "push", {"(locked/page). Retrying in "});
+    std::filesystem::remove_all(site / "locked");
+    changeOnServer("index.html", "by another", 60s);
+    expect(3, "push", {"  index.html  server "});
+    EXPECT_EQ(readFile(serverSite / "index.html"), "by another");
+    end(watch);
+}
+
+TEST_F(RunningProgram, PushWaitsForThePausedProgram) {
+    Program watch = startWatch();
+    readUntilWatching(watch);
+    expect(0, "pause");
+    writeFile(site / "index.html", "edited");
+    expect(1, "push", {"is paused in the running program. Nothing was uploaded"});
+    Program push = place.start("push 'My website' --wait");
+    EXPECT_TRUE(eventually([this] { return place.errors().find("Waiting until it ends") != std::string::npos; }));
+    end(watch);
+    EXPECT_EQ(push.wait(), 0);
+    EXPECT_EQ(readFile(serverSite / "index.html"), "edited");
+}
+
+TEST_F(RunningProgram, FirstDownloadOfPushComesBeforeUploads) {
+    server->put("site/server.html", "from the server");
+    Profile profile = place.profile();
+    profile.needsDownload = true;
+    profile.initialDownloadSelection = DownloadSelection::everything();
+    place.saveProfile(profile);
+    expect(1, "push", {"still has its initial download to do"});
+    EXPECT_FALSE(std::filesystem::exists(serverSite / "index.html"));
+    expect(0, "push --download-first", {"Downloaded 1 file.\n", "Pushed \"My website\": 2 files.\n"});
+    EXPECT_EQ(readTree(serverSite), readTree(site));
+    EXPECT_FALSE(place.profile().needsDownload);
+}
+
 TEST_F(RunningProgram, DryRunOfPushEndsAsThePushWould) {
     for (const auto* unusable : {"excluded\xFF~", "caf\xE9"}) {
         writeFile(site / unusable, "x");

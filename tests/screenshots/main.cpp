@@ -380,7 +380,7 @@ private:
                 {"uploads", true},
                 {"index.html", true}}};
         auto opened = std::make_unique<RemoteDownloadPicker>(
-            context, site.profile, site.password, chosen, true, [](const DownloadSelection&) {});
+            context, site.profile, site.password, chosen, true, [](const auto&...) {});
         opened->resize(720, 776);
         opened->open();
         auto& tree = opened->browser();

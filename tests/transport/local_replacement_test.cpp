@@ -242,6 +242,19 @@ TEST(FirstDownload, FileThatAppearsMeanwhileIsKept) {
     }
 }
 
+TEST(Download, ManyKeptFilesDoNotFloodTheLog) {
+    FtpServer server(FtpServer::Kind::odd);
+    LocalSite site(server);
+    for (const char name : {'a', 'b', 'c', 'd', 'z'}) {
+        server.put(std::string("site/") + name, "x");
+        testing::writeFile(site / std::string(1, name), "x");
+    }
+    std::vector<std::string> lines;
+    site.transport().downloadTree(
+        "", 0, [&](const std::string& line) { lines.push_back(line); }, [](const auto&...) {});
+    EXPECT_EQ(lines, std::vector<std::string>{"Kept 5 local files with the same or newer date."});
+}
+
 TEST(Upload, FileEditedWhileCopiedDoesNotGoLive) {
     FtpServer server(FtpServer::Kind::odd);
     server.put("site/page", "old");

@@ -4,6 +4,8 @@
 #include "support/ftp_server.h"
 #include "support/local_site.h"
 #include "ui/theme/theme.h"
+#include "ui/widgets/confirm_dialog.h"
+#include "ui/widgets/search_field.h"
 
 #include <QApplication>
 #include <QScopeGuard>
@@ -30,7 +32,7 @@ protected:
         put(files);
         picker = std::make_unique<RemoteDownloadPicker>(
             context, site.profile, site.password, chosen, forSync,
-            [this](const DownloadSelection& selection) { applied = selection; });
+            [this](const DownloadSelection& selection, const auto&) { applied = selection; });
         screen = picker.get();
         picker->open();
     }
@@ -114,9 +116,11 @@ TEST_F(Picker, OnlyConfirmingAppliesTheSelection) {
     EXPECT_TRUE(shows("1 folder and 1 file selected"));
 
     key(Qt::Key_Escape);
-    EXPECT_FALSE(picker->isVisible());
+    auto* const question = picker->findChild<ConfirmDialog*>();
+    ASSERT_NE(question, nullptr) << "the ticks are lost without a question";
+    QTest::keyClick(question, Qt::Key_Escape);
+    EXPECT_TRUE(picker->isVisible());
     EXPECT_FALSE(applied);
-    picker->open();
     press("Use sync selection");
     EXPECT_FALSE(picker->isVisible());
     ASSERT_TRUE(applied);
@@ -135,9 +139,9 @@ TEST_F(Picker, ClickChangesOnlyThePartThatItHits) {
     click(1, 24 + 39);
     EXPECT_EQ(picker->selection().rules, (Rules{{"docs/a.txt", true}}));
     press("Select all");
-    EXPECT_TRUE(shows("Everything selected"));
-    click(2, 39);
-    EXPECT_TRUE(shows("Everything selected, 1 exception"));
+    EXPECT_TRUE(shows("All files on the server"));
+    click(2, 90); // on the name
+    EXPECT_TRUE(shows("All files on the server, 1 exception"));
     press("Select none");
     EXPECT_FALSE(picker->selection().hasSelection());
 }
@@ -158,6 +162,29 @@ TEST_F(Picker, RightToLeftRowsReactWhereTheyAreDrawn) {
     EXPECT_EQ(count(), 2);
     click(0, width - 14);
     EXPECT_EQ(count(), 3);
+}
+
+TEST_F(Picker, SearchHidesNoMatchAndLosesNoTick) {
+    writeTree(site.root(), {{".zembrastel-backups/1/page", ""}, {"drafts/Banner.psd", std::string(2'340'000, ' ')}});
+    openListed({"assets/img/hero-banner.webp", "assets/logo.svg", "index.html", "unopened/banner"});
+    EXPECT_EQ(count(), 4) << "own backups cannot be synchronised";
+    for (const char* path : {"assets", "assets/img", "drafts"}) toggle(path);
+    QTest::keyClick(picker.get(), Qt::Key_F, Qt::ControlModifier);
+    QTest::keyClicks(picker->focusWidget(), "banner");
+    EXPECT_EQ(
+        rows(),
+        (QStringList{
+            "assets, open folder, Not selected", "img, open folder, Not selected", "hero-banner.webp, Not selected",
+            "drafts, open folder, Not selected, Local only", "Banner.psd, Not selected, Local only",
+            "2 names match. Folders that were not opened yet are not searched."}));
+    EXPECT_EQ(list().model()->index(4, 0).data(Qt::AccessibleDescriptionRole), "2.3 MB");
+    EXPECT_FALSE(button("Select all").isEnabled());
+    click(2, 48 + 90);
+    QTest::keyClicks(picker->findChild<SearchField*>(), "x");
+    EXPECT_EQ(row(0), "No name matches “bannerx”. Folders that were not opened yet are not searched.");
+    QTest::keyClick(picker->findChild<SearchField*>(), Qt::Key_Escape);
+    EXPECT_EQ(count(), 8);
+    EXPECT_TRUE(picker->isVisible() && shows("1 file selected"));
 }
 
 TEST_F(Picker, KeyboardUserSeesTheCurrentRow) {

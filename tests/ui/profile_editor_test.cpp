@@ -2,6 +2,7 @@
 
 #include "screen_fixture.h"
 #include "support/ftp_server.h"
+#include "ui/widgets/confirm_dialog.h"
 #include "ui/widgets/push_button.h"
 
 #include <QComboBox>
@@ -37,7 +38,7 @@ protected:
             [this](const Profile&, const std::string&, bool syncMode, const DownloadSelection& current, auto apply) {
                 browsedForSync = syncMode;
                 offered = current;
-                applyChoice = apply;
+                applyChoice = [apply](const DownloadSelection& chosen) { apply(chosen, std::nullopt); };
             });
         if (syncContents) editor->openSyncContentsOnAppear();
         editor->open();
@@ -154,12 +155,39 @@ TEST_F(ProfileEditorTest, NewProfileIsNotSavedWithoutItsContents) {
 TEST_F(ProfileEditorTest, DownloadWithoutStartIsImpossible) {
     open();
     EXPECT_TRUE(button(startLabel).isChecked());
-    QTest::keyClick(&button(downloadLabel), Qt::Key_Space);
     QTest::keyClick(&button(startLabel), Qt::Key_Space);
     EXPECT_FALSE(editor->draft().enabled || editor->draft().needsDownload);
     EXPECT_EQ(saving().text(), "Create profile");
+    QTest::keyClick(&button(startLabel), Qt::Key_Space);
+    EXPECT_TRUE(editor->draft().enabled && editor->draft().needsDownload) << "the download comes back with the start";
+    QTest::keyClick(&button(startLabel), Qt::Key_Space);
     QTest::keyClick(&button(downloadLabel), Qt::Key_Space);
     EXPECT_TRUE(editor->draft().enabled && editor->draft().needsDownload);
+}
+
+TEST_F(ProfileEditorTest, EscapeLosesNoEntry) {
+    const auto question = [this] { return editor->findChild<ConfirmDialog*>(); };
+    const Profile saved = addProfile();
+    const std::vector<std::function<void()>> entries{
+        [this] { type("Profile name", "Other"); }, [this] { type("Password", "new"); },
+        [this] { QTest::keyClick(&button(startLabel), Qt::Key_Space); },
+        [this] {
+            press("Edit sync contents…");
+            applyChoice(docsOnly());
+        }};
+    for (const auto& enter : entries) {
+        openSaved(saved.id);
+        enter();
+        QTest::keyClick(editor.get(), Qt::Key_Escape);
+        ASSERT_TRUE(editor->isVisible() && question() != nullptr);
+        QTest::mouseClick(&testing::button(*question(), "Keep editing"), Qt::LeftButton);
+        EXPECT_TRUE(editor->isVisible());
+        editor->close();
+        QTest::mouseClick(
+            &testing::button(*editor->findChildren<ConfirmDialog*>().back(), "Discard changes"), Qt::LeftButton);
+        EXPECT_FALSE(editor->isVisible());
+    }
+    EXPECT_EQ(*model->profile(saved.id), saved);
 }
 
 TEST_F(ProfileEditorTest, CancelledDraftLeavesNothingBehind) {
@@ -168,7 +196,7 @@ TEST_F(ProfileEditorTest, CancelledDraftLeavesNothingBehind) {
     type("Profile name", "Other");
     type("Password", "new");
     EXPECT_EQ(line("Password").echoMode(), QLineEdit::Password);
-    QTest::keyClick(&line("Profile name"), Qt::Key_Escape);
+    press("Cancel");
     EXPECT_FALSE(editor->isVisible());
     EXPECT_EQ(*model->profile(before.id), before);
     EXPECT_EQ(stored.at(before.id), "old");

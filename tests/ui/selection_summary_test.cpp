@@ -11,7 +11,7 @@ TEST(SelectionSummary, FileIsNotCountedAsAFolder) {
     Profile profile;
     EXPECT_EQ(syncContentsSummary(profile, files), "All files in the local folder");
     profile.syncSelection = DownloadSelection::everything();
-    EXPECT_EQ(syncContentsSummary(profile, files), "All non-excluded files and folders");
+    EXPECT_EQ(syncContentsSummary(profile, files), "All files in the local folder");
     profile.syncSelection = DownloadSelection{};
     EXPECT_EQ(syncContentsSummary(profile, files), "Nothing selected");
     profile.syncSelection = DownloadSelection{.rules = {{"docs", true}, {"docs-old", true}, {"index.html", true}}};

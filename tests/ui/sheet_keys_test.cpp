@@ -69,7 +69,7 @@ TEST_F(SheetKeys, EnterPressesTheFilledButtonEscapeNone) {
             + first.localFolder + "</LocalDir></Server></Servers></FileZilla3>");
     const auto picker = [&](bool forSync) {
         return std::make_unique<RemoteDownloadPicker>(
-            context, site.profile, site.password, DownloadSelection(), forSync, [](const DownloadSelection&) {});
+            context, site.profile, site.password, DownloadSelection(), forSync, [](const auto&...) {});
     };
     const auto question = [](const QString& confirmText) {
         return std::make_unique<ConfirmDialog>("Really?", "It may hurt.", confirmText);
@@ -132,7 +132,7 @@ TEST_F(SheetKeys, KeysMeantForAnotherFieldDecideNoReview) {
     EXPECT_EQ(testing::line(*visibleSheet<ProfileEditor>(), "Profile name").text(), "a b c");
     EXPECT_EQ(review(), nullptr);
 
-    QTest::keyClick(QApplication::activeModalWidget(), Qt::Key_Escape);
+    testing::button(*visibleSheet<ProfileEditor>(), "Cancel").click();
     ASSERT_TRUE(waitFor([&] { return review() != nullptr; }));
     EXPECT_EQ(review()->windowTitle(), "Newer files on the server – First");
     EXPECT_EQ(model->selection(), first.id);

@@ -131,13 +131,16 @@ void eachField(Maybe<Activity> auto& line, const auto& visit) {
     visit("id", line.id);
     visit("date", line.date);
     visit("text", line.text);
-    // Other programs learn only whether the line reports a failure.
+    // Other programs learn only whether the line reports a failure, or an upload of which file.
     bool error = line.error();
     visit("error", error);
     visit("failure", line.failure);
+    bool uploaded = line.kind == Activity::Kind::uploaded;
+    visit("uploaded", uploaded);
     if constexpr (!std::is_const_v<std::remove_reference_t<decltype(line)>>) {
-        line.kind = error ? Activity::Kind::failure : Activity::Kind::note;
+        line.kind = error ? Activity::Kind::failure : uploaded ? Activity::Kind::uploaded : Activity::Kind::note;
     }
+    visit("path", line.path);
 }
 
 void eachField(Maybe<answer::Activity> auto& sent, const auto& visit) {
@@ -181,9 +184,9 @@ void eachField(Maybe<answer::Done> auto& sent, const auto& visit) { visit("revie
 template <class T>
 inline constexpr std::array<const char*, 0> words{};
 template <>
-constexpr std::array words<ControlRequest::Kind>{"show",        "status",      "follow",  "pause",
-                                                 "resume",      "review",      "decide",  "retry",
-                                                 "forgetFiles", "sendMissing", "sendAll", "leaveMissing"};
+constexpr std::array words<ControlRequest::Kind>{"show",    "status",       "follow", "pause",       "resume",
+                                                 "review",  "decide",       "retry",  "forgetFiles", "sendMissing",
+                                                 "sendAll", "leaveMissing", "push"};
 template <>
 constexpr std::array words<answer::Failed::Reason>{"notUnderstood", "noWindow", "noProfile",   "refused", "paused",
                                                    "needsDownload", "server",   "otherReview", "notSaved"};

@@ -36,7 +36,10 @@ struct ControlRequest {
         sendAll,     // the same with everything that is not known to be equal there
         // Of one profile, once its server has been checked: Status with the files that are missing there, which are not
         // reported again; or Review, which is to be decided first.
-        leaveMissing
+        leaveMissing,
+        // Of one profile, whose server is checked first: Status and Activity as they come, until the server has all
+        // that has changed; or Review, which is to be decided first.
+        push
     };
 
     Kind kind = Kind::status;

@@ -86,6 +86,8 @@ void ControlService::carryOut(Client client, const ControlRequest& request) {
         return sendAgain(client, request);
     case ControlRequest::Kind::leaveMissing:
         return leaveMissing(client, request);
+    case ControlRequest::Kind::push:
+        return push(client, request);
     }
 }
 
@@ -94,7 +96,8 @@ void ControlService::requireProfiles(const ControlRequest& request) const {
     for (const auto& id : request.profiles) {
         if (model.profile(id) == nullptr) refuse(answer::Failed::Reason::noProfile, id.text());
     }
-    constexpr std::array kindsOfOne{Kind::review, Kind::decide, Kind::sendMissing, Kind::sendAll, Kind::leaveMissing};
+    constexpr std::array kindsOfOne{Kind::review,  Kind::decide,       Kind::sendMissing,
+                                    Kind::sendAll, Kind::leaveMissing, Kind::push};
     const bool ofOne = std::ranges::find(kindsOfOne, request.kind) != kindsOfOne.end();
     if (ofOne && request.profiles.size() != 1) refuse(answer::Failed::Reason::noProfile);
 }
@@ -211,6 +214,19 @@ void ControlService::leaveMissing(Client client, const Profile& profile) {
     }
 }
 
+// A job that uploads goes on, and its present scan may be older than the request. Any other starts anew, so that the
+// server is checked and no file waits after an earlier failure.
+void ControlService::push(Client client, const ControlRequest& request) {
+    const Uuid& id = request.profiles.front();
+    if (!model.running(id)) refuse(answer::Failed::Reason::paused);
+    const ProfileStatus& status = model.status(id);
+    const bool rests = status.unsaved || status.failed() || status.phase == Phase::watching;
+    if (rests) model.retryCheck(id);
+    waitings.insert_or_assign(
+        client, Waiting{.profile = id, .decided = {}, .selected = {}, .leavesMissing = false, .polls = rests ? 1 : 2});
+    answerSoon();
+}
+
 void ControlService::forget(Client client) {
     followers.erase(client);
     waitings.erase(client);
@@ -243,8 +259,26 @@ void ControlService::notifyFollowers(const Profile& profile) {
 }
 
 void ControlService::statusChanged(const Uuid& id) {
-    if (const Profile* profile = model.profile(id)) notifyFollowers(*profile);
+    const Profile* profile = model.profile(id);
+    if (profile == nullptr) return answerSoon();
+    notifyFollowers(*profile);
+    const ProfileStatus& status = model.status(id);
+    const bool foundNothing = model.watching(id) && status.phase == Phase::watching && !status.unsaved;
+    for (auto& [client, waiting] : waitings) {
+        if (waiting.profile == id && waiting.polls && foundNothing) --*waiting.polls;
+    }
+    reportToPushers(*profile);
     answerSoon();
+}
+
+void ControlService::progressChanged(const Uuid& id) {
+    if (const Profile* profile = model.profile(id)) reportToPushers(*profile);
+}
+
+void ControlService::reportToPushers(const Profile& profile) {
+    for (const auto& [client, waiting] : waitings) {
+        if (waiting.profile == profile.id && waiting.polls) send(client, statusOf(profile));
+    }
 }
 
 void ControlService::activityLogged(const Uuid& id, const Activity& activity) {
@@ -252,7 +286,8 @@ void ControlService::activityLogged(const Uuid& id, const Activity& activity) {
         if (profiles.empty() || std::ranges::count(profiles, id) > 0) send(client, answer::Activity{id, activity});
     }
     for (const auto& [client, waiting] : waitings) {
-        if (waiting.profile == id && !waiting.decided.empty()) send(client, answer::Activity{id, activity});
+        if (waiting.profile == id && (waiting.polls || !waiting.decided.empty()))
+            send(client, answer::Activity{id, activity});
     }
 }
 
@@ -283,6 +318,15 @@ void ControlService::answerWaiting() {
     });
 }
 
+// Whether the job has done what the request waits for, or cannot.
+bool ControlService::isSettled(const Waiting& waiting) const {
+    const Uuid& id = waiting.profile;
+    if (!model.running(id) || model.checkFailures().contains(id)) return true;
+    if (!waiting.polls) return model.watching(id);
+    const ProfileStatus& status = model.status(id);
+    return *waiting.polls <= 0 || status.unsaved || status.failed() || status.phase == Phase::lacksSelection;
+}
+
 bool ControlService::answerIfSettled(Client client, const Waiting& waiting) {
     const Uuid& id = waiting.profile;
     const Profile* profile = model.profile(id);
@@ -297,8 +341,7 @@ bool ControlService::answerIfSettled(Client client, const Waiting& waiting) {
         return true;
     }
     const bool waitsAgain = review != model.reviews().end();
-    const bool over = waitsAgain || failure != model.checkFailures().end() || model.watching(id) || !model.running(id);
-    if (!over) return false;
+    if (!waitsAgain && !isSettled(waiting)) return false;
     if (decided) sendOutcomes(client, waiting);
     if (waitsAgain && model.running(id)) {
         end(client, answer::Done{.reviewWaits = true});
@@ -310,9 +353,13 @@ bool ControlService::answerIfSettled(Client client, const Waiting& waiting) {
         if (model.status(id).failed()) refuse(answer::Failed::Reason::refused, model.status(id).detail);
         refuse(answer::Failed::Reason::paused);
     }
+    const ProfileStatus& status = model.status(id);
+    if (waiting.polls && (status.unsaved || status.failed())) refuse(answer::Failed::Reason::refused, status.detail);
     if (profile->needsDownload) refuse(answer::Failed::Reason::needsDownload);
     if (waiting.leavesMissing) {
         leaveMissing(client, *profile);
+    } else if (waiting.polls) {
+        send(client, statusOf(*profile));
     } else if (!decided) {
         send(client, answer::Review{.profile = id, .revision = {}, .changes = {}});
     }

@@ -45,7 +45,8 @@ private:
         Uuid profile;
         std::vector<RemoteChange> decided; // empty while the check is awaited
         PathSet selected;
-        bool leavesMissing = false; // once the check has found which files are missing
+        bool leavesMissing = false;    // once the check has found which files are missing
+        std::optional<int> polls = {}; // a push: the scans that must find nothing to upload before it is complete
     };
 
     void receive(Client client, const std::string& line);
@@ -59,9 +60,11 @@ private:
     void forgetFiles(Client client, const ControlRequest& request);
     void sendAgain(Client client, const ControlRequest& request);
     void leaveMissing(Client client, const ControlRequest& request);
+    void push(Client client, const ControlRequest& request);
     void forget(Client client);
 
     void statusChanged(const Uuid& id) override;
+    void progressChanged(const Uuid& id) override;
     void activityLogged(const Uuid& id, const Activity& activity) override;
     void reviewChanged(const Uuid& id) override;
     void profilesChanged() override;
@@ -70,6 +73,8 @@ private:
     void notifyFollowers(const Profile& profile);
     void answerSoon();
     void answerWaiting();
+    void reportToPushers(const Profile& profile);
+    [[nodiscard]] bool isSettled(const Waiting& waiting) const;
     [[nodiscard]] bool answerIfSettled(Client client, const Waiting& waiting);
     void leaveMissing(Client client, const Profile& profile);
     void sendOutcomes(Client client, const Waiting& waiting);

@@ -112,6 +112,11 @@ std::optional<Finding> refusedBeforeLogin(const Profile& profile, const Transcri
     const CurlCode code = answer.code;
     if (loggedIn(answer)) return std::nullopt;
     if (code == CurlCode::untrustedCertificate) return refusedCertificate(profile, answer);
+    if (code == CurlCode::wrongKey) {
+        return wrong(
+            Subject::certificate, "The key of " + profile.host + " is not the one that the profile trusts.",
+            "Ask the hosting provider whether the server has a new key before you trust it.");
+    }
     if (code == CurlCode::loginRefused) return refusedLogin(profile, answer);
     const bool hangsUp = std::ranges::any_of(answer.replies, [](const auto& each) { return each.starts_with("421"); });
     if (hangsUp || reportsTooMany(answer)) return turnedAway(answer);

@@ -90,7 +90,7 @@ const std::vector<Entry>& entries() {
         {CurlCode::untrustedCertificate,
          {},
          "The certificate of {0} cannot be verified.",
-         "Nothing has been sent, not even the password. Check the name of the server in the profile.",
+         "Nothing has been sent, not even the password. Check the server's name, or trust its key.",
          Action::editProfile,
          {host}},
         {CurlCode::tlsRefused,
@@ -104,13 +104,7 @@ const std::vector<Entry>& entries() {
          "Check both in the profile, then test the connection there.",
          Action::editProfile},
         {CurlCode::noSpace, {}, noSpace, makeRoom},
-        {CurlCode::noSuchFile, {}, "The file does not exist on the server.", "It may have been removed meanwhile."},
-        {CurlCode::wrongKey,
-         {},
-         "The key of {0} has changed.",
-         "Nothing has been sent, not even the password. Ask the hosting provider whether the change is intended.",
-         Action::retry,
-         {host}}};
+        {CurlCode::noSuchFile, {}, "The file does not exist on the server.", "It may have been removed meanwhile."}};
     return all;
 }
 
@@ -168,7 +162,8 @@ std::string explainedText(const Failure& failure, const Profile& profile) {
 }
 
 Explanation explain(const Failure& failure, const Profile& profile) {
-    if (failure.kind != Failure::Kind::transfer) {
+    // The message about a wrong key is the program's own, too.
+    if (failure.kind != Failure::Kind::transfer || failure.code == CurlCode::wrongKey) {
         return {
             .heading = {.pattern = "{0}", .arguments = {sentence(failure.message)}},
             .next = {},

@@ -43,7 +43,7 @@ std::optional<std::string> passwordToStore(const Profile& profile, bool mayAsk, 
     return typed.empty() ? std::nullopt : std::optional(std::move(typed));
 }
 
-void reportAdded(const Profile& saved, bool passwordStored, const CommandContext& context) {
+void reportAdded(const Profile& saved, bool hadPassword, const CommandContext& context) {
     Output& output = context.output;
     if (output.json()) {
         output.line(asJsonLine("profile", encode(saved)));
@@ -51,7 +51,7 @@ void reportAdded(const Profile& saved, bool passwordStored, const CommandContext
     }
     output.line("Added " + inQuotes(saved.name) + " (" + saved.id.text() + ").");
     if (saved.hasEmptySyncSelection()) output.note("Nothing is selected to sync, so it is not enabled.");
-    if (!passwordStored) {
+    if (!hadPassword) {
         output.note(
             "No password was stored. Give it to each command with --password-file FILE or --password-command CMD.");
     }
@@ -80,8 +80,9 @@ ExitCode addProfile(const CommandContext& context, const AddRequest& request) {
     requireSiteFolder(profile.localFolder);
     requireUnused(profile, session.model().profiles());
     const auto password = passwordToStore(profile, request.from.empty(), context);
+    std::optional<std::string> unstored;
     try {
-        session.add(profile, password);
+        unstored = session.add(profile, password);
     } catch (const std::exception& error) {
         throw CommandError(
             ExitCode::failed, "Cannot save the profile " + inQuotes(profile.name) + ": " + sentence(describe(error))
@@ -89,6 +90,7 @@ ExitCode addProfile(const CommandContext& context, const AddRequest& request) {
     }
     const Profile& saved = *session.model().profile(profile.id);
     reportAdded(saved, password.has_value(), context);
+    if (unstored) warnNotStored(*unstored, context.output);
     if (request.options.createRemoteFolder) createRemoteFolder(saved, password, context);
     return ExitCode::done;
 }
@@ -107,7 +109,8 @@ void addProfileAdd(Syntax& parent) {
         .notEmpty()
         .excludes(fields);
     command.footer("The password is stored in the desktop's secret store: that of --password-file or\n"
-                   "--password-command, or the one that you type in the terminal.\n\n"
+                   "--password-command, or the one that you type in the terminal. Without a secret store the\n"
+                   "profile is saved alone.\n\n"
                    "Example:\n"
                    "  zembrastel-cli profile add --name \"My website\" --host ftp.example.com \\\n"
                    "    --username web --remote-folder /public_html --local-folder ~/website --enabled");

@@ -34,8 +34,9 @@ ExitCode duplicateProfile(const CommandContext& context, const DuplicateRequest&
     requireUnused(copy, session.model().profiles());
     auto password = givenPassword(context);
     if (!password && request.withPassword) password = passwordFor(original, context);
+    std::optional<std::string> unstored;
     try {
-        session.add(copy, password);
+        unstored = session.add(copy, password);
     } catch (const std::exception& error) {
         throw CommandError(
             ExitCode::failed,
@@ -47,6 +48,7 @@ ExitCode duplicateProfile(const CommandContext& context, const DuplicateRequest&
         context.output.line("Added " + inQuotes(copy.name) + " (" + copy.id.text() + "), not enabled.");
         if (!password) context.output.note("It has no password yet; profile set --ask-password stores one.");
     }
+    if (unstored) warnNotStored(*unstored, context.output);
     return ExitCode::done;
 }
 

@@ -99,8 +99,7 @@ private:
         try {
             const Profile profile = importable(candidate.profile, session.model().profiles());
             requireSiteFolder(profile.localFolder);
-            if (!request.dryRun) session.add(profile, candidate.password);
-            if (!request.dryRun && candidate.password) passwordsOf.push_back(profile.id);
+            if (!request.dryRun) save(profile, candidate);
             ++taken;
             reports.emplace_back([this, profile, &candidate] { reportTaken(profile, candidate); });
         } catch (const LocalFolderWanted& error) {
@@ -108,6 +107,14 @@ private:
         } catch (const std::exception& error) {
             skipLater(candidate, sentence(describe(error)));
         }
+    }
+
+    void save(const Profile& profile, ProfileCandidate& candidate) {
+        if (const auto unstored = session.add(profile, candidate.password)) {
+            candidate.password.reset();
+            candidate.notes.push_back("Its password was not stored. " + *unstored);
+        }
+        if (candidate.password) passwordsOf.push_back(profile.id);
     }
 
     void skipLater(const ProfileCandidate& candidate, const std::string& reason) {

@@ -65,13 +65,19 @@ ExitCode setProfile(const CommandContext& context, const SetRequest& request) {
     requireUnused(changed, session.model().profiles(), &before);
     if (changed.localFolder != before.localFolder) requireSiteFolder(validProfile(changed).localFolder);
     const auto password = changedPassword(changed, request, context);
+    std::optional<std::string> unstored;
     try {
-        session.change(changed, password);
+        unstored = session.change(changed, password);
     } catch (const std::exception& error) {
         throw CommandError(
             ExitCode::failed, "Cannot change the profile " + inQuotes(before.name) + ": " + sentence(describe(error)));
     }
+    if (unstored && request.options == ProfileOptions{}) {
+        throw CommandError(
+            ExitCode::failed, "Cannot store the password of " + inQuotes(before.name) + ": " + *unstored);
+    }
     reportSet(before, session.model(), context);
+    if (unstored) warnNotStored(*unstored, context.output);
     if (request.options.createRemoteFolder) {
         createRemoteFolder(*session.model().profile(before.id), password, context);
     }
@@ -91,7 +97,7 @@ void addProfileSet(Syntax& parent) {
     command.footer("--sync and --no-sync replace the previous selection; --sync / is everything. The contents of\n"
                    "a changed selection are downloaded again before anything is uploaded.\n"
                    "--exclude adds to the profile's rules, --exclusions replaces them. A password of\n"
-                   "--password-file or --password-command is stored in the desktop's secret store.\n\n"
+                   "--password-file or --password-command is stored in the desktop's secret store, if there is one.\n\n"
                    "Example:\n"
                    "  zembrastel-cli profile set \"My website\" --host ftp2.example.com --exclude \"*.psd\"");
 }

@@ -1,10 +1,11 @@
 #include "cli/commands.h"
 
-#include "app/diagnosis/failure_catalogue.h"
 #include "cli/session/folder_scan.h"
 #include "cli/session/passwords.h"
 #include "cli/session/profile_choice.h"
 #include "cli/session/progress_report.h"
+#include "cli/session/push_in_program.h"
+#include "cli/session/push_results.h"
 #include "cli/session/running_program.h"
 #include "cli/session/server_call.h"
 #include "cli/session/session.h"
@@ -16,6 +17,7 @@
 #include "sync/sync_worker.h"
 
 #include <set>
+#include <stop_token>
 
 namespace zembrastel::cli {
 namespace {
@@ -27,6 +29,8 @@ struct PushRequest {
     bool missing = false;
     bool leaveMissing = false;
     bool createsFolder = false;
+    bool downloadFirst = false;
+    bool wait = false;
 
     [[nodiscard]] bool resends() const { return all || missing; }
 };
@@ -34,17 +38,27 @@ struct PushRequest {
 // Prints each sent file, and keeps the last failure.
 class PushReport final : public ModelObserver {
 public:
-    PushReport(const Profile& pushed, Output& where) : profile(pushed), output(where) {}
+    PushReport(const AppModel& observed, const Profile& pushed, Output& where)
+        : model(observed), profile(pushed), output(where), downloading(pushed.needsDownload) {}
 
     void activityLogged(const Uuid&, const Activity& activity) override {
         if (activity.error()) failure = activity.failure.value_or(Failure{.message = activity.text});
         if (activity.kind != Activity::Kind::uploaded) return;
         sentPaths.insert(activity.path);
+        printUploaded(profile, activity.path, output);
+    }
+
+    // The initial download has ended when the saved profile says so.
+    void profilesChanged() override {
+        const Profile* now = model.profile(profile.id);
+        if (!downloading || now == nullptr || now->needsDownload) return;
+        downloading = false;
+        const std::size_t files = model.baseline(profile.id).size();
         if (output.json()) {
-            auto object = JsonLine::forProfile("uploaded", profile);
-            output.line(object.text("path", activity.path));
+            auto object = JsonLine::forProfile("initialDownload", profile);
+            output.line(object.number("files", files));
         } else {
-            output.line(oneLine(activity.text));
+            output.line("Downloaded " + counted(files, "file") + ".");
         }
     }
 
@@ -52,65 +66,18 @@ public:
     std::optional<Failure> failure; // the last one
 
 private:
+    const AppModel& model;
     const Profile& profile;
     Output& output;
+    bool downloading;
 };
-
-void requirePushable(const Profile& profile) {
-    requireDownloaded(profile);
-    if (profile.hasEmptySyncSelection()) {
-        throw CommandError(ExitCode::failed, "Nothing is selected to sync in " + inQuotes(profile.name) + ".");
-    }
-}
-
-// A script must not overwrite the work of another person.
-[[noreturn]] void refuseBecauseOf(
-    const std::vector<RemoteChange>& changes, const Profile& profile, const std::vector<Profile>& profiles,
-    const CommandContext& context, bool comparedAll, bool sentSome = false) {
-    if (context.output.json()) {
-        JsonLine object("review");
-        addReviewFields(object, profile, changes, systemClock());
-        context.output.line(object);
-    } else {
-        context.output.line(
-            counted(changes.size(), "file") + (comparedAll ? " different on the server:" : " newer on the server:"));
-        for (const auto& change : changes) context.output.line("  " + describeChange(change));
-    }
-    const char* const review = comparedAll ? "review --compare-all" : "review";
-    throw CommandError(
-        ExitCode::reviewWaiting,
-        std::string(sentSome ? "Not everything was uploaded" : "Nothing was uploaded")
-            + (comparedAll ? ", because the server has other versions of files"
-                           : ", because files are newer on the server")
-            + ". Decide on them first: " + commandLine(context.options, review, unambiguousName(profiles, profile)));
-}
-
-CommandError pushFailure(const Profile& profile, const Failure& failure, const std::string& consequence = "") {
-    return {
-        serverExitCode(failure), "Cannot push all of " + inQuotes(profile.name) + " (" + serverName(profile)
-                                     + "): " + explainedText(failure, profile) + consequence};
-}
-
-// A missing file is sent again only on request.
-CommandError missingFilesError(
-    const Profile& profile, std::size_t missing, const std::vector<Profile>& profiles, const CommandContext& context) {
-    return {
-        ExitCode::failed, missingText(missing) + (missing == 1 ? " and was" : " and were")
-                              + " not sent, because nothing changed here. "
-                              + sendMissingHint(context.options, missing, unambiguousName(profiles, profile))};
-}
-
-std::string leftMissingText(std::size_t files) {
-    return counted(files, "file") + (files == 1 ? " stays" : " stay")
-           + " missing on the server, and will not be reported again.";
-}
 
 // A push by this program.
 class Push {
 public:
     Push(Session& held, const Profile& pushed, const CommandContext& commandContext, const PushRequest& requested)
         : session(held), model(held.model()), profile(pushed), context(commandContext), request(requested),
-          report(pushed, commandContext.output) {}
+          report(model, pushed, commandContext.output) {}
 
     void run() {
         const Observing observing(model, report);
@@ -123,7 +90,8 @@ public:
         const auto review = model.reviews().find(profile.id);
         if (review != model.reviews().end()) {
             refuseBecauseOf(
-                review->second.changes, profile, model.profiles(), context, request.all, !report.sentPaths.empty());
+                review->second.changes, profile, model.profiles(), context,
+                {.comparedAll = request.all, .sentSome = !report.sentPaths.empty()});
         }
         const ProfileStatus& status = model.status(profile.id);
         interrupted = !ended;
@@ -217,18 +185,7 @@ private:
                 "The server reported no date of " + counted(undated, "sent file")
                 + ". They are live; the next comparison may offer them as newer on the server.");
         }
-        if (context.output.json()) {
-            if (lacksFiles) return;
-            auto object = JsonLine::forProfile("pushed", profile);
-            context.output.line(object.number("files", report.sentPaths.size()));
-        } else if (report.sentPaths.empty() && lacksFiles) {
-            context.output.line("Nothing has changed in " + inQuotes(profile.name) + ".");
-        } else if (report.sentPaths.empty()) {
-            context.output.line("Nothing to push: the server has all of " + inQuotes(profile.name) + ".");
-        } else {
-            context.output.line(
-                "Pushed " + inQuotes(profile.name) + ": " + counted(report.sentPaths.size(), "file") + ".");
-        }
+        printPushed(profile, report.sentPaths.size(), lacksFiles, context.output);
     }
 
     Session& session;
@@ -248,82 +205,50 @@ ExitCode pushAlone(const CommandContext& context, const PushRequest& request) {
                   .work = onePass(),
                   .privateItems = StateFolder(context.options).privateItems()});
     const Profile profile = chooseProfile(session.model().profiles(), request.name);
-    requirePushable(profile);
+    requirePushable(profile, request.downloadFirst);
     if (const auto given = givenPassword(context)) session.model().keepForSession(profile.id, *given);
     Push(session, profile, context, request).run();
     return ExitCode::done;
 }
 
-// A push by the running program.
-class PushInProgram {
-public:
-    PushInProgram(RunningProgram& running, const CommandContext& commandContext, const std::string& name)
-        : program(running), context(commandContext), profiles(StateFolder(context.options).loadProfiles()),
-          profile(chooseProfile(profiles, name)) {
-        requirePushable(profile);
+ExitCode pushInProgram(RunningProgram& program, const CommandContext& context, const PushRequest& request) {
+    PushInProgram push(program, context, request.name);
+    if (request.leaveMissing) {
+        push.leaveMissing();
+    } else if (request.resends()) {
+        push.sendAgain(request.all);
+    } else {
+        push.run(request.downloadFirst);
     }
+    return ExitCode::done;
+}
 
-    // The program sends the files after its answer.
-    void sendAgain(bool all) {
-        ask(all ? ControlRequest::Kind::sendAll : ControlRequest::Kind::sendMissing);
-        if (context.output.json()) return context.output.line(JsonLine::forProfile("sending", profile));
-        context.output.line(
-            "The running program compared " + inQuotes(profile.name)
-            + " with the server, and now sends the files again. To watch it: status --follow");
-    }
-
-    void leaveMissing() {
-        const std::uint64_t files = ask(ControlRequest::Kind::leaveMissing);
-        if (context.output.json()) {
-            auto object = JsonLine::forProfile("missingLeft", profile);
-            context.output.line(object.number("files", files));
-        } else {
-            context.output.line(files == 0 ? "No file is missing on the server." : leftMissingText(files));
-        }
-    }
-
-private:
-    // Returns how many files the answer reports as missing on the server.
-    std::uint64_t ask(ControlRequest::Kind kind) {
-        using Reason = answer::Failed::Reason;
-        std::vector<RemoteChange> changes;
-        std::uint64_t missing = 0;
-        const auto failed =
-            program.ask({.kind = kind, .profiles = {profile.id}}, context.interrupt, [&](const ControlAnswer& answer) {
-                if (const auto* review = std::get_if<answer::Review>(&answer)) changes = review->changes;
-                if (const auto* status = std::get_if<answer::Status>(&answer)) {
-                    missing = static_cast<std::uint64_t>(status->missingOnServer);
-                }
-            });
-        if (failed && failed->reason == Reason::server) {
-            throw serverFailure(profile, comparisonAim(profile), failed->reported(), "Nothing was uploaded.");
-        }
-        if (failed && failed->reason == Reason::paused) {
-            throw CommandError(
-                ExitCode::failed,
-                inQuotes(profile.name) + " is paused in the running program. Nothing was uploaded; resume it first.");
-        }
-        if (failed) throw pushFailure(profile, failed->reported());
-        if (!changes.empty()) refuseBecauseOf(changes, profile, profiles, context, false);
-        return missing;
-    }
-
-    RunningProgram& program;
-    const CommandContext& context;
-    const std::vector<Profile> profiles;
-    const Profile& profile;
-};
+void waitBeforeTrying(Interrupt& interrupt) {
+    std::stop_source ending;
+    const auto interruptible = interrupt.during([&ending] { ending.request_stop(); });
+    if (!systemClock().sleep(ending.get_token(), std::chrono::milliseconds(500))) throw Cancelled();
+}
 
 ExitCode pushOnce(const CommandContext& context, const PushRequest& request) {
     const StateStore store = StateFolder(context.options).open();
-    const auto alone = [&] { return pushAlone(context, request); };
-    if (!request.resends() && !request.leaveMissing) return alone();
-    const auto inProgram = [&](RunningProgram& program) {
-        PushInProgram push(program, context, request.name);
-        request.leaveMissing ? push.leaveMissing() : push.sendAgain(request.all);
-        return ExitCode::done;
-    };
-    return RunningProgram::askOrHold(store, inProgram, alone);
+    return RunningProgram::askOrHold(
+        store, [&](RunningProgram& program) { return pushInProgram(program, context, request); },
+        [&] { return pushAlone(context, request); });
+}
+
+// Tries again while another program holds the state folder and does not push this profile itself.
+ExitCode pushWhenFree(const CommandContext& context, const PushRequest& request) {
+    for (bool noted = false;; noted = true) {
+        try {
+            return pushOnce(context, request);
+        } catch (const PausedInProgram&) {
+            if (context.interrupt.happened()) throw;
+        } catch (const CommandError& error) {
+            if (error.code != ExitCode::stateInUse || context.interrupt.happened()) throw;
+        }
+        if (!noted) context.output.note("Another program uses the state folder. Waiting until it ends. Ctrl-C stops.");
+        waitBeforeTrying(context.interrupt);
+    }
 }
 
 // Prints what push would send. Another program may hold the state folder meanwhile.
@@ -337,7 +262,8 @@ ExitCode previewPush(const CommandContext& context, const PushRequest& request) 
     callServer(profile, context, comparisonAim(profile), [&](const FTPTransport& server) {
         found = server.newerRemoteFiles(recorded, [](const std::string&) {});
     });
-    if (!found.changes.empty()) refuseBecauseOf(found.changes, profile, state.profiles, context, request.all);
+    if (!found.changes.empty())
+        refuseBecauseOf(found.changes, profile, state.profiles, context, {.comparedAll = request.all});
     const PathSet& sentAgain = request.missing ? found.missing : found.toSend;
     for (const auto& [path, fingerprint] : found.recognised.files) recorded.baseline.set(path, fingerprint);
     recorded.baseline.eraseIf([&](std::string_view path, const Fingerprint&) { return sentAgain.contains(path); });
@@ -370,7 +296,8 @@ ExitCode pushProfile(const CommandContext& context, const PushRequest& request) 
         const auto profiles = StateFolder(context.options).loadProfiles();
         createRemoteFolder(chooseProfile(profiles, request.name), std::nullopt, context);
     }
-    return request.dryRun ? previewPush(context, request) : pushOnce(context, request);
+    if (request.dryRun) return previewPush(context, request);
+    return request.wait ? pushWhenFree(context, request) : pushOnce(context, request);
 }
 
 } // namespace
@@ -398,13 +325,23 @@ void addPush(Syntax& parent) {
             "--leave-missing", request.leaveMissing,
             "Do not report the files again that are missing on the server\nnow: they were removed there on purpose")
         .excludes({dryRun, missing, all});
+    command
+        .flag(
+            "--download-first", request.downloadFirst,
+            "If the profile's initial download is still to be done, do that\nfirst")
+        .excludes({dryRun, missing, all});
+    command
+        .flag(
+            "--wait", request.wait,
+            "If another program uses the state folder and does not push this\nprofile itself, wait until it ends")
+        .excludes({dryRun});
     command.footer("First the server is compared with the last synchronised state: if files are newer there,\n"
                    "nothing is uploaded, and push ends with 3 (see review). Then every change that two scans of the\n"
                    "folder, two seconds apart, find alike is uploaded. Nothing is tried again: push names the files\n"
                    "that were not sent and ends with 1, with 5 if the server refused the login, or with 8 after\n"
                    "Ctrl-C. Uploaded files that are missing on the server are named, and push ends with 1, unless\n"
-                   "--leave-missing is given. Only --missing and --all send them again. If a program is running for\n"
-                   "the profile, it does the work for these three options.\n"
+                   "--leave-missing is given. Only --missing and --all send them again.\n"
+                   "If a program is running for the profile, it does the work.\n"
                    "--all compares the contents of up to 32 MB of files, and skips equal ones.\n\n"
                    "Example:\n"
                    "  make site && zembrastel-cli push \"My website\" --password-file ~/.ftp-password");

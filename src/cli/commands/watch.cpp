@@ -153,9 +153,9 @@ std::vector<Profile> enabledProfiles(const std::vector<Profile>& profiles) {
     std::ranges::copy_if(profiles, std::back_inserter(enabled), &Profile::enabled);
     if (!enabled.empty()) return enabled;
     throw CommandError(
-        ExitCode::failed, profiles.empty()
-                              ? "There is no profile to watch yet; profile add makes one."
-                              : "No profile is enabled. Say which to watch, by name: " + listedNames(profiles) + ".");
+        ExitCode::nothingToWatch,
+        profiles.empty() ? "There is no profile to watch yet; profile add makes one."
+                         : "No profile is enabled. Say which to watch, by name: " + listedNames(profiles) + ".");
 }
 
 std::vector<Profile> profilesToWatch(const std::vector<Profile>& profiles, const std::vector<std::string>& names) {

@@ -128,6 +128,12 @@ std::optional<std::string> givenPassword(const CommandContext& context) {
     return std::nullopt;
 }
 
+void warnNotStored(const std::string& reason, Output& output) {
+    output.warning(
+        "No password was stored. " + reason
+        + " Give the password to each command with --password-file FILE or --password-command CMD.");
+}
+
 std::string readStoredPassword(const Uuid& id) {
     try {
         return PasswordStore::read(id);

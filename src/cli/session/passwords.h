@@ -17,6 +17,9 @@ namespace zembrastel::cli {
 // The given password, else the stored one. Blocks while the secret store waits for the user.
 [[nodiscard]] std::string passwordFor(const Profile& profile, const CommandContext& context);
 
+// Warns that the profile was saved without its password, for this reason.
+void warnNotStored(const std::string& reason, Output& output);
+
 // The stored password. The failure names the options that give one instead. For AppModel::PasswordAccess.
 [[nodiscard]] std::string readStoredPassword(const Uuid& id);
 

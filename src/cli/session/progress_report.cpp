@@ -43,13 +43,34 @@ void addProgressFields(JsonLine& object, const TransferProgress& progress) {
 
 } // namespace
 
+void ProgressLines::show(const Profile& profile, const std::optional<TransferProgress>& progress) {
+    if (output.isLive()) {
+        output.live(progress ? progressSubject(profile, *progress) : "", progress ? progressText(*progress) : "");
+    } else if (progress) {
+        print(profile, *progress);
+    }
+}
+
+void ProgressLines::print(const Profile& profile, const TransferProgress& progress) {
+    const auto interval = output.json() ? jsonInterval : lineInterval;
+    const auto now = clock.steadyNow();
+    if (now - lastLine < interval) return;
+    lastLine = now;
+    if (output.json()) {
+        auto object = JsonLine::forProfile("progress", profile);
+        addProgressFields(object, progress);
+        output.line(object);
+    } else {
+        const std::string file = progress.file ? oneLine(progress.file->path) + ": " : "";
+        output.line(file + progressText(progress));
+    }
+}
+
 void ProgressReport::show(const Uuid& id) {
     if (output.isLive()) {
         showLive();
-    } else if (lines == Lines::withoutLiveLine) {
-        const auto* profile = model.profile(id);
-        const auto& progress = model.status(id).progress;
-        if (profile != nullptr && progress) print(*profile, *progress);
+    } else if (const auto* profile = model.profile(id); printsLines && profile != nullptr) {
+        lines.show(*profile, model.status(id).progress);
     }
 }
 
@@ -69,21 +90,6 @@ void ProgressReport::showLive() {
     }
     if (others > 0) text += " (and " + counted(others, "other profile") + ")";
     output.live(subject, text);
-}
-
-void ProgressReport::print(const Profile& profile, const TransferProgress& progress) {
-    const auto interval = output.json() ? jsonInterval : lineInterval;
-    const Time now = clock.steadyNow();
-    if (now - lastLine < interval) return;
-    lastLine = now;
-    if (output.json()) {
-        auto object = JsonLine::forProfile("progress", profile);
-        addProgressFields(object, progress);
-        output.line(object);
-    } else {
-        const std::string file = progress.file ? oneLine(progress.file->path) + ": " : "";
-        output.line(file + progressText(progress));
-    }
 }
 
 } // namespace zembrastel::cli

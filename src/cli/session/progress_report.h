@@ -1,6 +1,6 @@
-// Prints the progress of the model's work: on the live line if there is one, else on request in lines of its own.
+// Prints the progress of work: on the live line if there is one, else on request in lines of its own.
 //
-// Observes the model on the main context, for one command.
+// Main context, for one command.
 #pragma once
 
 #include "app/app_model.h"
@@ -8,40 +8,57 @@
 #include "cli/terminal/output.h"
 
 #include <chrono>
+#include <optional>
 
 namespace zembrastel::cli {
 
+// Of one profile. Without a live line: at most one line in ten seconds, or one JSON line a second.
+class ProgressLines {
+public:
+    // The output outlives it.
+    explicit ProgressLines(Output& where) : output(where) {}
+    ProgressLines(const ProgressLines&) = delete;
+    ProgressLines& operator=(const ProgressLines&) = delete;
+    ~ProgressLines() { output.live("", ""); }
+
+    // Nullopt: no work is in progress.
+    void show(const Profile& profile, const std::optional<TransferProgress>& progress);
+
+private:
+    void print(const Profile& profile, const TransferProgress& progress);
+
+    Output& output;
+    Clock& clock = systemClock();
+    std::chrono::steady_clock::time_point lastLine = clock.steadyNow();
+};
+
+// Of the model's work, which it observes.
 class ProgressReport final : public ModelObserver {
 public:
     enum class Lines {
         none,
-        // Without a live line, for a command about one profile: at most one line in ten seconds, or one JSON line a
-        // second.
-        withoutLiveLine
+        withoutLiveLine // for a command about one profile: see ProgressLines
     };
 
     // Both outlive the report.
     ProgressReport(AppModel& observed, Output& where, Lines wanted = Lines::none)
-        : model(observed), output(where), lines(wanted), observing(observed, *this) {}
+        : model(observed), output(where), lines(where), printsLines(wanted == Lines::withoutLiveLine),
+          observing(observed, *this) {}
     ProgressReport(const ProgressReport&) = delete;
     ProgressReport& operator=(const ProgressReport&) = delete;
-    ~ProgressReport() override { output.live("", ""); }
+    ~ProgressReport() override = default;
 
     void progressChanged(const Uuid& id) override { show(id); }
     void statusChanged(const Uuid& id) override { show(id); }
 
 private:
-    using Time = std::chrono::steady_clock::time_point;
-
     void show(const Uuid& id);
     void showLive();
-    void print(const Profile& profile, const TransferProgress& progress);
 
     const AppModel& model;
     Output& output;
-    const Lines lines;
-    Clock& clock = systemClock();
-    Time lastLine = clock.steadyNow();
+    ProgressLines lines;
+    const bool printsLines;
     const Observing observing;
 };
 

@@ -18,7 +18,9 @@ std::string comparisonAim(const Profile& profile) {
 }
 
 CommandError downloadPending(const Profile& profile) {
-    return {ExitCode::failed, inQuotes(profile.name) + " still has its initial download to do; run watch first."};
+    return {
+        ExitCode::failed,
+        inQuotes(profile.name) + " still has its initial download to do; run watch or push --download-first."};
 }
 
 void requireDownloaded(const Profile& profile) {
@@ -29,6 +31,9 @@ namespace {
 
 // What only the command line offers.
 std::string commandFor(const Failure& failure, const Profile& profile) {
+    if (failure.code == CurlCode::untrustedCertificate) {
+        return " To see the certificate, and to trust its key: profile trust.";
+    }
     return lacksRemoteFolder(failure, profile) ? " To create it, give push or profile set --create-remote-folder." : "";
 }
 
@@ -44,16 +49,21 @@ CommandError serverFailure(
 
 void callServer(
     const Profile& profile, const CommandContext& context, const std::string& aim,
-    const std::function<void(const FTPTransport&)>& talk, const std::optional<std::string>& password) {
+    const std::function<void(const FTPTransport&)>& talk, const std::optional<std::string>& known) {
+    const auto password = known ? *known : passwordFor(profile, context);
+    const auto privateItems = StateFolder(context.options).privateItems();
+    callServerWithoutLogin(profile, context, aim, [&](const std::shared_ptr<TransferControl>& control) {
+        talk({.profile = profile, .password = password, .control = control, .privateItems = privateItems});
+    });
+}
+
+void callServerWithoutLogin(
+    const Profile& profile, const CommandContext& context, const std::string& aim,
+    const std::function<void(const std::shared_ptr<TransferControl>&)>& talk) {
     const auto control = std::make_shared<TransferControl>();
-    const FTPTransport transport{
-        .profile = profile,
-        .password = password ? *password : passwordFor(profile, context),
-        .control = control,
-        .privateItems = StateFolder(context.options).privateItems()};
     const auto interruptible = context.interrupt.during([control] { control->cancel(); });
     try {
-        talk(transport);
+        talk(control);
     } catch (const Cancelled&) {
         throw;
     } catch (const std::exception& error) {

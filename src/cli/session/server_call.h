@@ -23,6 +23,11 @@ void callServer(
 void createRemoteFolder(
     const Profile& profile, const std::optional<std::string>& password, const CommandContext& context);
 
+// The same for `talk` that uses neither password nor login.
+void callServerWithoutLogin(
+    const Profile& profile, const CommandContext& context, const std::string& aim,
+    const std::function<void(const std::shared_ptr<TransferControl>&)>& talk);
+
 // The aim of a comparison: "compare the local folder X with the server".
 [[nodiscard]] std::string comparisonAim(const Profile& profile);
 

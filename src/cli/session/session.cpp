@@ -1,6 +1,6 @@
 #include "cli/session/session.h"
 
-#include "app/record_of.h"
+#include "app/records.h"
 #include "model/error.h"
 #include "model/publish_journal.h"
 
@@ -23,6 +23,18 @@ InstanceLock lockState(const StateStore& store) {
                                         "first, or name another folder with --state.");
     }
     return *std::move(lock);
+}
+
+// The session stores the password, not the model, which would start an enabled profile with it. Returns why it could
+// not be stored.
+std::optional<std::string> storePassword(const std::optional<std::string>& password, const Uuid& id) {
+    if (!password) return std::nullopt;
+    try {
+        PasswordStore::save(*password, id);
+        return std::nullopt;
+    } catch (const SecretServiceFailed& failure) {
+        return failure.what();
+    }
 }
 
 AppModel::Options withStore(AppModel::Options options, const StateStore& store) {
@@ -116,21 +128,22 @@ bool Session::runUntil(const std::function<bool()>& condition) {
     return mainQueue.runUntil(condition);
 }
 
-// The session stores the password, not the model, which would start an enabled profile with it.
-void Session::add(const Profile& profile, const std::optional<std::string>& password) {
-    if (password) PasswordStore::save(*password, profile.id);
+std::optional<std::string> Session::add(const Profile& profile, const std::optional<std::string>& password) {
+    auto unstored = storePassword(password, profile.id);
     try {
         profiles.save(profile, std::nullopt);
     } catch (const std::exception&) {
-        if (password) PasswordStore::remove(profile.id);
+        if (password && !unstored) PasswordStore::remove(profile.id);
         throw;
     }
+    return unstored;
 }
 
-void Session::change(const Profile& profile, const std::optional<std::string>& password) {
+std::optional<std::string> Session::change(const Profile& profile, const std::optional<std::string>& password) {
     profiles.checkSavable(profile);
-    if (password) PasswordStore::save(*password, profile.id);
+    auto unstored = storePassword(password, profile.id);
     profiles.save(profile, std::nullopt);
+    return unstored;
 }
 
 } // namespace zembrastel::cli

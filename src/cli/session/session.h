@@ -72,11 +72,12 @@ public:
     // Works until the condition holds. False if the user interrupted.
     [[nodiscard]] bool runUntil(const std::function<bool()>& condition);
 
-    // Saves a new profile with its password: both or nothing. Throws SyncError or std::filesystem::filesystem_error.
-    void add(const Profile& profile, const std::optional<std::string>& password);
+    // Saves a new profile with its password. If the secret service fails, only the profile is saved; returns why, else
+    // nullopt. Throws SyncError or std::filesystem::filesystem_error; then nothing is saved.
+    [[nodiscard]] std::optional<std::string> add(const Profile& profile, const std::optional<std::string>& password);
 
     // Saves a changed profile likewise. If saving the file fails, a new password stays.
-    void change(const Profile& profile, const std::optional<std::string>& password);
+    [[nodiscard]] std::optional<std::string> change(const Profile& profile, const std::optional<std::string>& password);
 
 private:
     Session(const CommandContext& context, StateStore opened, AppModel::Options options);

@@ -33,6 +33,7 @@ struct TransferBlock {
     std::vector<TransferOption> options{}; // after those that every operation has
     bool pause = false;                    // waits for the program, and has no path and no options
     TransferControl::AtStop atStop = TransferControl::AtStop::ends; // from here on; of a pause: once it is over
+    std::string facts{}; // what to report at the block's end, also of a failure: variables of curl's "write-out"
 };
 
 struct TransferPlan {
@@ -41,13 +42,21 @@ struct TransferPlan {
     std::optional<std::uint64_t> maxWritten = std::nullopt; // no file may become longer: that ends the conversation
 };
 
+// The time since the machine was started, including suspensions.
+[[nodiscard]] std::chrono::nanoseconds sinceBoot();
+
 // How one block ended.
 struct BlockOutcome {
     CurlCode code = CurlCode::ok;
     FtpReply reply = FtpReply::none; // the server's last one
     std::string output{};            // what it wrote to its standard output; empty unless it succeeded
     std::string message{};           // for the user, the password masked; empty if the block succeeded
+    std::string facts{};             // the requested ones
     std::string words{};             // curl's unchanged standard error, which may contain the password
+
+    // A moment, in time since boot, at which the block had not ended yet: at most 0.2 s before its end, or more if the
+    // program was suspended meanwhile.
+    std::chrono::nanoseconds notBefore{};
 
     [[nodiscard]] bool succeeded() const { return code == CurlCode::ok; }
 };

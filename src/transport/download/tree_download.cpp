@@ -17,6 +17,38 @@
 namespace zembrastel {
 namespace {
 
+// Reports lines in their order, and many files in a row that were kept as one line.
+class DownloadReport {
+public:
+    explicit DownloadReport(const FTPTransport::Report& reportLine) : report(reportLine) {}
+
+    void line(const std::string& text) {
+        flush();
+        report(text);
+    }
+
+    void kept(std::string text) {
+        if (++keptFiles <= maxLines) texts.push_back(std::move(text));
+    }
+
+    void flush() {
+        if (keptFiles > maxLines) {
+            report("Kept " + std::to_string(keptFiles) + " local files with the same or newer date.");
+        } else {
+            for (const auto& text : texts) report(text);
+        }
+        texts.clear();
+        keptFiles = 0;
+    }
+
+private:
+    static constexpr std::size_t maxLines = 3;
+
+    const FTPTransport::Report& report;
+    std::vector<std::string> texts; // of the first kept files
+    std::size_t keptFiles = 0;
+};
+
 class TreeDownload {
 public:
     TreeDownload(
@@ -39,9 +71,11 @@ public:
             throw;
         } catch (const std::exception&) {
             fetchQueued(); // the files before the failure
+            report.flush();
             throw;
         }
         fetchQueued();
+        report.flush();
     }
 
 private:
@@ -168,7 +202,7 @@ private:
     void updateOlder(const std::string& path, const Fingerprint& local, const RemoteEntry& entry) {
         const RemoteDate date = entry.modified ? *entry.modified : dateOf(path);
         if (!shouldOffer(date, local, std::nullopt)) {
-            addLine("Kept local file with the same or newer date: " + path, true);
+            addLine("Kept local file with the same or newer date: " + path, true, true);
             return;
         }
         const RemoteChange change{.path = path, .local = local, .remoteDate = date};
@@ -182,14 +216,14 @@ private:
     }
 
     // Lines are reported in the order of the tree: a line after a file that is still queued waits for it.
-    void addLine(std::string line, bool isFile = false) {
-        lines.push_back({.after = queued.size(), .text = std::move(line), .isFile = isFile});
+    void addLine(std::string line, bool isFile = false, bool isKept = false) {
+        lines.push_back({.after = queued.size(), .text = std::move(line), .isFile = isFile, .isKept = isKept});
         if (queued.empty()) reportUpTo(0);
     }
 
     void reportUpTo(std::size_t file) {
         for (; !lines.empty() && lines.front().after <= file; lines.pop_front()) {
-            report(lines.front().text);
+            lines.front().isKept ? report.kept(std::move(lines.front().text)) : report.line(lines.front().text);
             if (lines.front().isFile) countFile();
         }
     }
@@ -214,7 +248,8 @@ private:
                  [&](std::size_t file) {
                      reportUpTo(file);
                      const auto& arrival = *arrivals[file];
-                     report((arrival.replaces ? "Downloading newer server copy: " : "Downloading ") + arrival.path);
+                     report.line(
+                         (arrival.replaces ? "Downloading newer server copy: " : "Downloading ") + arrival.path);
                  },
              .fetched =
                  [&](std::size_t file) {
@@ -225,15 +260,15 @@ private:
         reportUpTo(arrivals.size());
     }
 
-    void putInPlace(Arrival& arrival) const {
+    void putInPlace(Arrival& arrival) {
         const auto& path = arrival.path;
         if (arrival.replaces) {
             installed(path, arrival.replace(transport));
-            report("Updated older local file: " + path + " (previous local copy backed up)");
+            report.line("Updated older local file: " + path + " (previous local copy backed up)");
         } else if (const auto fingerprint = arrival.install()) {
             installed(path, *fingerprint);
         } else {
-            report("Kept existing local file: " + path);
+            report.line("Kept existing local file: " + path);
         }
     }
 
@@ -241,11 +276,12 @@ private:
         std::size_t after; // this number of queued files
         std::string text;
         bool isFile; // the line is about a file, which counts as done
+        bool isKept; // many of these become one line
     };
 
     const FTPTransport& transport;
     const Profile& profile;
-    const FTPTransport::Report& report;
+    DownloadReport report;
     const FTPTransport::Installed& installed;
     const std::optional<DownloadSelection> selection;
     const PrivateItems privateItems;

@@ -3,10 +3,10 @@
 #include "model/error.h"
 #include "platform/child_process.h"
 #include "platform/text.h"
-#include "transport/curl/remote_url.h"
+#include "transport/curl/curl_configuration.h"
 #include "transport/ftp_transport.h"
 #include "transport/local_place.h"
-#include "transport/publish/server_leftovers.h"
+#include "transport/publish/leftovers.h"
 #include "transport/publish/staged_copy.h"
 
 #include <algorithm>
@@ -71,7 +71,6 @@ Batch::End Batch::run(bool othersWait) {
     while (goesOn && std::ranges::any_of(items, &Item::isOpen)) {
         sendAndAsk();
         decide();
-        if (goesOn) putInPlace();
         transport.control->check();
         const bool hadItsTurn = items.size() == 1 && items.front().stage == Stage::toSend && items.front().confirmed > 0
                                 && Time::now() - began >= Time::duration(transport.limits.run) / 4;
@@ -108,9 +107,9 @@ void Batch::stage(Item& item) {
 }
 
 // Files that an earlier conversation left open are asked about first and alone, so that their state is not lost if the
-// next conversation fails.
+// next conversation fails. Complete copies are among them: what is live may have changed since the last answer.
 void Batch::sendAndAsk() {
-    const auto open = all({Stage::sent, Stage::renaming});
+    const auto open = all({Stage::sent, Stage::complete, Stage::renaming});
     const auto interrupted = all({Stage::interrupted});
     if (open.empty() && !interrupted.empty()) {
         continueInterrupted(*interrupted.front());
@@ -122,7 +121,7 @@ void Batch::sendAndAsk() {
         planToSend(dialogue);
         if (planned.empty()) return;
     } else {
-        inquiry.ask(dialogue, open);
+        planToPublish(dialogue, open, {});
     }
     hold(dialogue);
     settleRenamed(all({Stage::renamed}));

@@ -70,9 +70,8 @@ private:
     void sendAgain(Item& item, const std::string& message);
 
     [[nodiscard]] bool mayPublish(const Items& group);
-    void putInPlace();
-    [[nodiscard]] bool beginRenaming(const Items& chosen);
-    [[nodiscard]] bool isOutdated(const Items& chosen);
+    void announce(const Items& group);
+    [[nodiscard]] bool isOutdated(Item& first);
     void addRenames(Dialogue& dialogue, const Items& chosen);
     void rename(Dialogue& dialogue, const std::string& folder, const Items& within);
     [[nodiscard]] std::vector<TransferOption> renamingOf(const Item& item) const;

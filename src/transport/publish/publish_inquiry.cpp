@@ -4,7 +4,6 @@
 #include "transport/publish/server_answers.h"
 
 #include <algorithm>
-#include <ctime>
 #include <iterator>
 #include <utility>
 
@@ -42,12 +41,6 @@ RemoteFacts readFacts(const Replies& replies, std::size_t number, Mlst asked, Se
 
 } // namespace
 
-std::chrono::nanoseconds sinceBoot() {
-    timespec now{};
-    ::clock_gettime(CLOCK_BOOTTIME, &now);
-    return std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec);
-}
-
 Inquiry::Inquiry(const FTPTransport& used) : transport(used), traits(*used.traits) {}
 
 void Inquiry::ask(Dialogue& dialogue, const Items& items) {
@@ -62,7 +55,7 @@ void Inquiry::ask(Dialogue& dialogue, const Items& items) {
         if (folders.size() > 1) askSingly(dialogue, folder, questionsOf(within, true));
         Items listed;
         std::ranges::copy_if(within, std::back_inserter(listed), [&](Item* item) {
-            return nextWay(*item, 2 * within.size()) == Way::listing;
+            return asks(*item, Way::listing, 2 * within.size());
         });
         if (!listed.empty()) askByListing(dialogue, folder, listed);
     }
@@ -72,12 +65,12 @@ void Inquiry::ask(Dialogue& dialogue, const Items& items) {
 std::vector<Inquiry::Question> Inquiry::questionsOf(const Items& within, bool live) {
     std::vector<Question> questions;
     for (auto* item : within) {
-        if (nextWay(*item, 2 * within.size()) != Way::single) continue;
+        if (!asks(*item, Way::single, 2 * within.size())) continue;
         auto& answer = item->by(Way::single);
         if (live) {
             questions.push_back({item->name, [this, &answer](const RemoteFacts& facts) {
                                      answer.live = facts;
-                                     answered = sinceBoot();
+                                     answered = arrived;
                                  }});
         } else if (!answer.copy) {
             questions.push_back({item->temporary, [&answer](const RemoteFacts& facts) { answer.copy = facts; }});
@@ -107,7 +100,13 @@ void Inquiry::askAfter(Dialogue& dialogue, const Items& renamed, const Answered&
 }
 
 bool Inquiry::isAnswered(Item& item) const {
-    return (item.by(Way::single).isWhole() || item.by(Way::listing).isWhole()) && !nextWay(item, 2);
+    const bool single = item.by(Way::single).isWhole();
+    const bool listing = item.by(Way::listing).isWhole();
+    if (!single && !listing) return false;
+    if ((single && (listing || !mayList())) || isCertain(item)) return true;
+    item.bothWays = true;
+    item.forgetLive();
+    return false;
 }
 
 bool Inquiry::mayList() const { return traits.hasMLSD() && traits.login() != ServerTraits::Login::oneTransfer; }
@@ -117,22 +116,20 @@ Way Inquiry::firstWay(std::size_t questions) const {
     return mayList() && (roundTrips >= roundTripsOfListing || !traits.confirmsSizes()) ? Way::listing : Way::single;
 }
 
-// How the server is to be asked about the item next; nullopt when its answers are enough.
-std::optional<Way> Inquiry::nextWay(Item& item, std::size_t questions) const {
-    const bool single = item.by(Way::single).isWhole();
-    const bool listing = item.by(Way::listing).isWhole();
-    if (!single && !listing) return firstWay(questions);
-    if (single && (listing || !mayList())) return std::nullopt;
+bool Inquiry::asks(Item& item, Way way, std::size_t questions) const {
+    if (item.by(way).isWhole()) return false;
+    if (item.bothWays) return way == Way::single || mayList();
+    return way == firstWay(questions);
+}
+
+// One way of asking is enough. That a listing lacks a file which was there is no proof: it may have been cut.
+bool Inquiry::isCertain(Item& item) {
     combine(item);
-    // That a listing lacks a file which was there is no proof: it may have been cut.
     const bool proven =
-        single || item.live.presence == Presence::present
+        item.by(Way::single).isWhole() || item.live.presence == Presence::present
         || (item.live.presence == Presence::absent && !std::holds_alternative<ServerVersion>(item.lastSeen));
-    const bool certain =
-        proven && item.live.presence != Presence::unknown
-        && (isLive(item) || verdict(item.expected(), item.copy, item.lastSeen, item.live) == Verdict::publish);
-    if (certain) return std::nullopt;
-    return single ? Way::listing : Way::single;
+    return proven && item.live.presence != Presence::unknown
+           && (isLive(item) || verdict(item.expected(), item.copy, item.lastSeen, item.live) == Verdict::publish);
 }
 
 // By commands of its own, which take half of the round trips of curl's "head".
@@ -151,6 +148,7 @@ void Inquiry::askSingly(
     auto block = commandsIn(folder, commands);
     block.atStop = atStop;
     dialogue.add(std::move(block), [this, questions, mlst, count, then](const BlockOutcome& outcome) {
+        arrived = outcome.notBefore;
         const Replies replies(outcome, count);
         const std::size_t each = count / questions.size();
         for (std::size_t i = 0; i < questions.size(); ++i) {
@@ -163,7 +161,7 @@ void Inquiry::askSingly(
 void Inquiry::askByListing(Dialogue& dialogue, const std::string& folder, const Items& listed) {
     dialogue.add(listingOf(folder), [this, listed](const BlockOutcome& outcome) {
         const Listing found(outcome);
-        answered = sinceBoot();
+        answered = outcome.notBefore;
         if (!found.isReadable() && !found.isCut()) {
             traits.lacksMLSD();
             traits.learnFromFailedMLSD(outcome.reply);

@@ -14,9 +14,6 @@
 
 namespace zembrastel {
 
-// Goes on while the machine is suspended.
-[[nodiscard]] std::chrono::nanoseconds sinceBoot();
-
 class Inquiry {
 public:
     explicit Inquiry(const FTPTransport& used);
@@ -30,13 +27,16 @@ public:
     using Answered = std::function<void(const Items& items)>;
     void askAfter(Dialogue& dialogue, const Items& renamed, const Answered& then);
 
-    // Was the item asked about, and are its answers enough for a decision? Else it is to be asked about once more.
+    // True if the item was asked about and its answers are enough for a decision. If one way of asking was not enough,
+    // both are used the next time, in one conversation.
     [[nodiscard]] bool isAnswered(Item& item) const;
 
-    // When the server last reported what is live.
+    // The last answer about a live file is not older than this, in time since boot.
     std::chrono::nanoseconds answered{};
 
 private:
+    std::chrono::nanoseconds arrived{}; // of the answers that are being read, see BlockOutcome::notBefore
+
     struct Question {
         std::string name;
         std::function<void(const RemoteFacts& facts)> take;
@@ -44,7 +44,8 @@ private:
 
     [[nodiscard]] bool mayList() const;
     [[nodiscard]] Way firstWay(std::size_t questions) const;
-    [[nodiscard]] std::optional<Way> nextWay(Item& item, std::size_t questions) const;
+    [[nodiscard]] bool asks(Item& item, Way way, std::size_t questions) const;
+    [[nodiscard]] static bool isCertain(Item& item);
     [[nodiscard]] std::vector<Question> questionsOf(const Items& within, bool live);
     void askSingly(
         Dialogue& dialogue, const std::string& folder, const std::vector<Question>& questions,

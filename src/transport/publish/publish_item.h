@@ -54,9 +54,12 @@ struct Item {
     bool levelByLevel = false; // its folder was not found, and is to be made from its uppermost level on
     LastSeen lastSeen = file.lastSeen;
     std::array<Answer, 2> answers{}; // by way
+    bool bothWays = false;           // one way of asking was not enough for a decision
     RemoteFacts copy{};              // the answers taken together
     RemoteFacts live{};
-    RemoteFacts copyBefore{}; // the renaming
+    std::optional<unsigned> plannedMode{};    // permission bits that the copy gets before it goes live
+    std::optional<ServerVersion> announced{}; // the copy as it was announced to be going live
+    RemoteFacts copyBefore{};                 // the renaming
     RemoteFacts liveBefore{};
     RemoteFacts after{}; // what is live after it
 
@@ -71,6 +74,12 @@ struct Item {
     [[nodiscard]] bool isPart() const { return expected() < size(); }
     [[nodiscard]] bool isOpen() const { return stage != Stage::done; }
     [[nodiscard]] Answer& by(Way way) { return answers.at(static_cast<std::size_t>(way)); }
+
+    // The live file is to be asked about anew, in each way: an answer of an earlier conversation is too old.
+    void forgetLive() {
+        for (auto& answer : answers) answer.live.reset();
+        if (stage == Stage::complete) stage = Stage::sent;
+    }
 };
 
 using Items = std::vector<Item*>;

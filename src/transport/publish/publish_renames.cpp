@@ -11,9 +11,9 @@
 namespace zembrastel {
 namespace {
 
-// From the answer about the live files to the renames. A machine that is always slower goes on after some times.
+// From the answer about the live files to the renames.
 constexpr std::chrono::milliseconds longestTrust{700};
-constexpr int maxTimesOutdated = 3;
+constexpr int maxTimesOutdated = 10;
 
 std::string octal(unsigned mode) {
     std::string digits;
@@ -23,10 +23,15 @@ std::string octal(unsigned mode) {
 
 } // namespace
 
-// The group goes live in the conversation that sent it. The first pause keeps the answers fresh: curl asks only when
-// everything before has been dealt with here. In the second one the answers are judged; where they do not allow all the
-// renames, the conversation ends there, and putInPlace() follows with those that are allowed.
+// The files go live in the conversation that asks about them, without a further login in between. The first pause keeps
+// the answers fresh: curl asks only when everything before has been dealt with here. In the second one the answers are
+// judged. If they do not allow all the renames, the conversation ends there; the next one asks about the others again.
 void Batch::planToPublish(Dialogue& dialogue, const Items& group, const Items& next) {
+    for (auto* item : group) {
+        if (item->stage != Stage::complete) continue;
+        item->plannedMode = traits.changesModes() ? modeToKeep(*item) : std::nullopt;
+        item->forgetLive();
+    }
     dialogue.addPause([] { return true; }, TransferControl::AtStop::ends);
     inquiry.ask(dialogue, group);
     dialogue.addPause(
@@ -44,30 +49,11 @@ bool Batch::mayPublish(const Items& group) {
     if (!goesOn || !std::ranges::all_of(group, [](const Item* item) { return item->stage == Stage::complete; }))
         return false;
     setsModes = traits.changesModes()
-                && std::ranges::any_of(group, [](const Item* item) { return modeToKeep(*item).has_value(); });
-    return !setsModes && beginRenaming(group);
-}
-
-void Batch::putInPlace() {
-    const auto chosen = all({Stage::complete});
-    if (chosen.empty()) return;
-    if (!beginRenaming(chosen)) return;
-    Dialogue dialogue(transport, traits.login());
-    addRenames(dialogue, chosen);
-    hold(dialogue);
-    settleRenamed(all({Stage::renamed}));
-    if (dialogue.broken) breakDown(dialogue);
-}
-
-// False when the server is to be asked again first.
-bool Batch::beginRenaming(const Items& chosen) {
-    if (events.goingLive) {
-        std::vector<CompleteCopy> copies;
-        for (const auto* item : chosen) copies.push_back({.file = item->file, .version = versionOf(item->copy)});
-        events.goingLive(copies);
-    }
-    if (isOutdated(chosen)) return false;
-    for (auto* item : chosen) {
+                && std::ranges::any_of(group, [](const Item* item) { return modeToKeep(*item) != item->plannedMode; });
+    if (setsModes) return false;
+    announce(group);
+    if (isOutdated(*group.front())) return false;
+    for (auto* item : group) {
         item->stage = Stage::renaming;
         item->copyBefore = item->copy;
         item->liveBefore = item->live;
@@ -75,6 +61,18 @@ bool Batch::beginRenaming(const Items& chosen) {
         item->after = {};
     }
     return true;
+}
+
+// Not again what was announced already: that would make the answers older.
+void Batch::announce(const Items& group) {
+    if (!events.goingLive) return;
+    std::vector<CompleteCopy> copies;
+    for (auto* item : group) {
+        const auto version = versionOf(item->copy);
+        if (std::exchange(item->announced, version) != version)
+            copies.push_back({.file = item->file, .version = version});
+    }
+    if (!copies.empty()) events.goingLive(copies);
 }
 
 void Batch::addRenames(Dialogue& dialogue, const Items& chosen) {
@@ -94,19 +92,21 @@ void Batch::addRenames(Dialogue& dialogue, const Items& chosen) {
 
 // No live file is replaced on the strength of an old answer: the machine may have been suspended since, or its disk
 // slow with what `goingLive` writes. Then the server is asked again.
-bool Batch::isOutdated(const Items& chosen) {
-    if (sinceBoot() - inquiry.answered <= longestTrust || timesOutdated++ == maxTimesOutdated) return false;
-    for (auto* item : chosen) {
-        for (auto& answer : item->answers) answer.live.reset();
-        item->stage = Stage::sent;
+bool Batch::isOutdated(Item& first) {
+    if (sinceBoot() - inquiry.answered <= longestTrust) return false;
+    if (++timesOutdated == maxTimesOutdated) {
+        giveUp(
+            first,
+            {.message = "This computer is too slow at present to replace " + first.file.path
+                        + " without the risk of losing a newer version on the server. The upload will be retried."});
     }
     return true;
 }
 
 std::vector<TransferOption> Batch::renamingOf(const Item& item) const {
     std::vector<TransferOption> commands;
-    const auto mode = traits.changesModes() ? modeToKeep(item) : std::nullopt;
-    if (mode) commands.push_back({"quote", "-*SITE CHMOD " + octal(*mode) + " " + item.temporary});
+    if (item.plannedMode)
+        commands.push_back({"quote", "-*SITE CHMOD " + octal(*item.plannedMode) + " " + item.temporary});
     commands.push_back({"quote", "-RNFR " + item.temporary});
     commands.push_back({"quote", "-RNTO " + item.name});
     return commands;
@@ -146,7 +146,7 @@ void Batch::settleRenamed(const Items& chosen) {
 }
 
 void Batch::settle(Item& item) {
-    const auto wanted = modeToKeep(item);
+    const auto wanted = item.plannedMode;
     if (wanted && item.after.mode && *item.after.mode != *wanted) traits.refusedToChangeModes();
     // A server that did not show the copy is not to be believed about what became of it.
     const bool shown = item.copyBefore.presence == RemoteFacts::Presence::present;

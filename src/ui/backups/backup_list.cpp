@@ -48,10 +48,6 @@ QString BackupListModel::changedText(const Backup& backup) {
     return tr("Last changed: %1").arg(dateWithMonthName(localTime(backup.modified), QLocale()));
 }
 
-QString BackupListModel::sizeText(std::uint64_t bytes) {
-    return QLocale().formattedDataSize(static_cast<qint64>(bytes), 1, QLocale::DataSizeSIFormat);
-}
-
 int BackupListModel::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : static_cast<int>(versions.size());
 }
@@ -96,7 +92,7 @@ void BackupListDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
     QRect title(
         row.left() + textLeft, row.top() + padding, row.width() - textLeft - textEnd, lineHeight(TextStyle::strong));
     QRect where(title.left(), title.bottom() + 1 + lineGap, title.width(), lineHeight(TextStyle::small));
-    const QString size = BackupListModel::sizeText(backup.size);
+    const QString size = sizeText(backup.size);
     const int sizeWidth = lineWidth(TextStyle::small, size);
     to.line(where, size, {.style = TextStyle::small, .colour = dim, .elide = Qt::ElideNone, .side = Qt::AlignRight});
     to.line(title, toQString(backup.path), {.style = TextStyle::strong, .colour = colours().text});

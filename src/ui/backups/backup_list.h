@@ -30,7 +30,6 @@ public:
 
     [[nodiscard]] static QString replacedText(const Backup& backup);
     [[nodiscard]] static QString changedText(const Backup& backup);
-    [[nodiscard]] static QString sizeText(std::uint64_t bytes);
 
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;

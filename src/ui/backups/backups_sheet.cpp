@@ -31,7 +31,7 @@ QString backupsSummary(const BackupTotals& totals) {
         totals.files == 1 ? BackupsSheet::tr("1 file") : BackupsSheet::tr("%1 files").arg(count(totals.files));
     const QString versions = totals.versions == 1 ? BackupsSheet::tr("1 version")
                                                   : BackupsSheet::tr("%1 versions").arg(count(totals.versions));
-    return BackupsSheet::tr("%1, %2, %3").arg(files, versions, BackupListModel::sizeText(totals.bytes));
+    return BackupsSheet::tr("%1, %2, %3").arg(files, versions, sizeText(totals.bytes));
 }
 
 BackupsSheet::BackupsSheet(MainContext& mainContext, Profile shown, QWidget* parent)

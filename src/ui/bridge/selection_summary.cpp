@@ -19,9 +19,14 @@ std::size_t countRules(const DownloadSelection& selection, bool ticked) {
         std::ranges::count_if(selection.rules, [ticked](const auto& rule) { return rule.second == ticked; }));
 }
 
-QString describeTicked(const DownloadSelection& selection, const std::optional<TickedKinds>& kinds) {
+QString allOf(SelectionScope scope) {
+    return scope == SelectionScope::server ? tr("All files on the server") : tr("All files in the local folder");
+}
+
+QString describeTicked(
+    const DownloadSelection& selection, const std::optional<TickedKinds>& kinds, SelectionScope scope) {
     const auto root = selection.rules.find("");
-    if (root != selection.rules.end() && root->second) return tr("Everything selected");
+    if (root != selection.rules.end() && root->second) return allOf(scope);
     if (!kinds) return counted(countRules(selection, true), tr("1 item selected"), tr("%1 items selected"));
     const QString folders = counted(kinds->folders, tr("1 folder"), tr("%1 folders"));
     const QString files = counted(kinds->files, tr("1 file"), tr("%1 files"));
@@ -50,9 +55,10 @@ FolderLookup amongFiles(const FileMap& files) {
     };
 }
 
-QString selectionSummary(const DownloadSelection& selection, const std::optional<TickedKinds>& kinds) {
+QString selectionSummary(
+    const DownloadSelection& selection, const std::optional<TickedKinds>& kinds, SelectionScope scope) {
     if (!selection.hasSelection()) return tr("Nothing selected");
-    QString ticked = describeTicked(selection, kinds);
+    QString ticked = describeTicked(selection, kinds, scope);
     const std::size_t exceptions = countRules(selection, false);
     if (exceptions == 0) return ticked;
     return tr("%1, %2").arg(ticked, counted(exceptions, tr("1 exception"), tr("%1 exceptions")));
@@ -60,8 +66,7 @@ QString selectionSummary(const DownloadSelection& selection, const std::optional
 
 QString syncContentsSummary(const Profile& profile, const FileMap& synchronised) {
     const auto& selection = profile.effectiveSyncSelection();
-    if (!selection) return tr("All files in the local folder");
-    if (*selection == DownloadSelection::everything()) return tr(selection->summary().c_str());
+    if (!selection) return allOf(SelectionScope::localFolder);
     return selectionSummary(*selection, countTicked(*selection, amongFiles(synchronised)));
 }
 

@@ -31,11 +31,16 @@ using FolderLookup = std::function<std::optional<bool>(const std::string& path)>
 // Looks paths up among files that were synchronised before. Empty folders are unknown to it.
 [[nodiscard]] FolderLookup amongFiles(const FileMap& files);
 
-// "Nothing selected", "Everything selected", "3 folders and 2 files selected" or "5 items selected", followed by the
-// number of exceptions inside them, if any.
-[[nodiscard]] QString selectionSummary(const DownloadSelection& selection, const std::optional<TickedKinds>& kinds);
+// What was selected from.
+enum class SelectionScope { localFolder, server };
 
-// The sync contents of a profile: "All files in the local folder", or a summary of the selection.
+// "Nothing selected", "All files in the local folder", "All files on the server", "3 folders and 2 files selected" or
+// "5 items selected", followed by the number of exceptions inside them, if any.
+[[nodiscard]] QString selectionSummary(
+    const DownloadSelection& selection, const std::optional<TickedKinds>& kinds,
+    SelectionScope scope = SelectionScope::localFolder);
+
+// The sync contents of a profile.
 [[nodiscard]] QString syncContentsSummary(const Profile& profile, const FileMap& synchronised);
 
 } // namespace zembrastel::ui

@@ -12,6 +12,7 @@ namespace {
 constexpr int indent = 24;
 constexpr int endMargin = 6; // room for the scroll bar
 constexpr int gap = 12;
+constexpr int sizeMargin = 10;
 constexpr int chevronSide = 16;
 constexpr int tickSide = 18;
 constexpr int kindSide = 18;
@@ -39,7 +40,8 @@ int widthOfBadges(const QStringList& badges) {
 
 int textLeftOf(const ContentLine& line) {
     if (line.isEntry()) return nameLeft;
-    return line.kind == ContentLine::Kind::empty ? tickLeft : messageLeft;
+    const bool hasSymbol = line.kind == ContentLine::Kind::loading || line.kind == ContentLine::Kind::error;
+    return hasSymbol ? messageLeft : tickLeft;
 }
 
 } // namespace
@@ -50,7 +52,9 @@ struct ContentDelegate::Places {
     QRect chevron;
     QRect tick;
     QRect icon;
-    QRect text; // of an entry, up to the end of the row, including its badges
+    QRect text; // of an entry, up to its size or the end of the row, including its badges
+    QRect name; // of an entry
+    QRect size; // of an entry
     QRect retry;
 };
 
@@ -62,7 +66,18 @@ int ContentDelegate::height() { return std::max(32, lineHeight(TextStyle::strong
 
 QSize ContentDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const { return {1, height()}; }
 
-ContentDelegate::Places ContentDelegate::placesOf(const QRect& whole, const ContentLine& line, const QString& shown) {
+void ContentDelegate::placeEntry(Places& at, const ContentLine& line, const QString& name) const {
+    const QString size = rows.sizeOf(line);
+    at.size = at.row.adjusted(0, 0, -sizeMargin, 0);
+    at.size.setLeft(at.size.right() - lineWidth(TextStyle::small, size));
+    if (!size.isEmpty()) at.text.setRight(at.size.left() - gap);
+    const int width = std::max(0, at.text.width() - widthOfBadges(rows.badges(line)));
+    at.name = at.text;
+    at.name.setWidth(std::clamp(lineWidth(nameStyle(line), name) + 1, 0, width));
+}
+
+ContentDelegate::Places ContentDelegate::placesOf(
+    const QRect& whole, const ContentLine& line, const QString& shown) const {
     Places at;
     at.row = whole.adjusted(0, 0, -endMargin, 0);
     const int left = at.row.left() + line.depth * indent;
@@ -71,6 +86,7 @@ ContentDelegate::Places ContentDelegate::placesOf(const QRect& whole, const Cont
     at.tick = square(tickLeft, tickSide);
     at.icon = line.isEntry() ? square(kindLeft, kindSide) : square(tickLeft, messageSide);
     at.text = QRect(QPoint(left + textLeftOf(line), at.row.top()), QPoint(at.row.right() - gap, at.row.bottom()));
+    if (line.isEntry()) placeEntry(at, line, shown);
     if (line.kind == ContentLine::Kind::error) {
         const int width = lineWidth(TextStyle::body, retryLabel()) + 2 * retryPadding;
         const int textWidth = std::min(lineWidth(TextStyle::body, shown) + 1, at.text.width() - gap - width);
@@ -90,7 +106,8 @@ ContentDelegate::Part ContentDelegate::partAt(
     const auto near = [&hit](const QRect& part) { return part.adjusted(-slack, -slack, slack, slack).contains(hit); };
     if (line.kind == ContentLine::Kind::error) return at.retry.contains(hit) ? Part::retry : Part::none;
     if (!line.isEntry()) return Part::none;
-    if (near(at.tick)) return Part::tick;
+    // The name belongs to the tick, like the label of a check box.
+    if (near(at.tick) || at.icon.united(at.name).contains(hit)) return Part::tick;
     return line.isFolder() && near(at.chevron) ? Part::chevron : Part::none;
 }
 
@@ -120,10 +137,10 @@ void ContentDelegate::paintEntry(
 
     const QStringList badges = rows.badges(line);
     const TextStyle style = nameStyle(line);
-    QRect nameAt = at.text;
-    nameAt.setWidth(std::clamp(lineWidth(style, name) + 1, 0, std::max(0, at.text.width() - widthOfBadges(badges))));
-    painter.line(nameAt, name, {.style = style, .colour = excluded ? now.dim : now.text});
-    int left = nameAt.right() + gap;
+    markMatch(painter, at.name, style, name);
+    painter.line(at.name, name, {.style = style, .colour = excluded ? now.dim : now.text});
+    painter.line(at.size, rows.sizeOf(line), {.style = TextStyle::small, .colour = now.dim, .side = Qt::AlignRight});
+    int left = at.name.right() + gap;
     bool accented = line.entry->localOnly; // only the first badge
     for (const QString& badge : badges) {
         const QSize size(RowPainter::badgeWidth(badge), RowPainter::badgeHeight());
@@ -131,6 +148,19 @@ void ContentDelegate::paintEntry(
         left += size.width() + gap;
         accented = false;
     }
+}
+
+// Behind the searched part of a name that is shown whole.
+void ContentDelegate::markMatch(RowPainter& painter, const QRect& nameAt, TextStyle style, const QString& name) const {
+    const qsizetype start = rows.matchIn(name);
+    if (start < 0 || lineWidth(style, name) > nameAt.width()) return;
+    QRect mark = nameAt;
+    mark.setLeft(nameAt.left() + lineWidth(style, name.left(start)));
+    mark.setWidth(lineWidth(style, name.mid(start, rows.searchedLength())));
+    const int height = lineHeight(style) + 2;
+    mark.setTop(nameAt.top() + (nameAt.height() - height) / 2);
+    mark.setHeight(height);
+    painter.plate(mark, colours().soft, 4);
 }
 
 void ContentDelegate::paintMessage(

@@ -28,7 +28,9 @@ public:
 private:
     struct Places;
 
-    [[nodiscard]] static Places placesOf(const QRect& whole, const ContentLine& line, const QString& shown);
+    [[nodiscard]] Places placesOf(const QRect& whole, const ContentLine& line, const QString& shown) const;
+    void placeEntry(Places& at, const ContentLine& line, const QString& name) const;
+    void markMatch(RowPainter& painter, const QRect& nameAt, TextStyle style, const QString& name) const;
     void paintEntry(RowPainter& painter, const Places& at, const ContentLine& line, const QString& name) const;
     static void paintMessage(RowPainter& painter, const Places& at, ContentLine::Kind kind, const QString& shown);
 

@@ -4,7 +4,9 @@
 #include "ui/content_picker/content_tree_model.h"
 #include "ui/content_picker/content_view.h"
 #include "ui/theme/text_style.h"
+#include "ui/widgets/confirm_dialog.h"
 #include "ui/widgets/push_button.h"
+#include "ui/widgets/search_field.h"
 #include "ui/widgets/sheet_layout.h"
 
 #include <QScreen>
@@ -17,6 +19,7 @@ namespace {
 constexpr QSize defaultSize(720, 600);
 constexpr QSize smallestSize(560, 440);
 constexpr int listInset = 5;
+constexpr int searchWidth = 280;
 
 } // namespace
 
@@ -24,11 +27,13 @@ RemoteDownloadPicker::RemoteDownloadPicker(
     MainContext& mainContext, Profile toBrowse, std::string knownPassword, DownloadSelection chosen, bool forSync,
     Apply applySelection, QWidget* parent)
     : QDialog(parent), context(mainContext), profile(std::move(toBrowse)), password(std::move(knownPassword)),
-      syncMode(forSync), apply(std::move(applySelection)), rows(new ContentTreeModel(std::move(chosen), this)) {
+      syncMode(forSync), before(chosen), apply(std::move(applySelection)),
+      rows(new ContentTreeModel(std::move(chosen), this)) {
     setWindowModality(Qt::WindowModal);
     QLayout* const head = makeHead();
     QLayout* const tools = makeTools();
     auto* const list = new ContentView(*rows);
+    searchField->setList(*list);
     list->setAccessibleName(tr("Files and folders"));
     layOutSheet(*this, head, tools, makeListCard(list, listInset), makeFoot());
     const QSize room = screen()->availableGeometry().size();
@@ -67,25 +72,41 @@ QLayout* RemoteDownloadPicker::makeTools() {
     auto* const again = new PushButton(tr("Refresh"));
     again->setSymbol("arrow.clockwise");
     connect(again, &QPushButton::clicked, this, &RemoteDownloadPicker::refresh);
-    summary = makeLabel(QString(), TextStyle::body, Tone::dim);
-    return makeSheetTools({all, none, again}, summary);
+    searchField = new SearchField(tr("Search names"));
+    searchField->setMaximumWidth(scaledToText(searchWidth));
+    connect(searchField, &QLineEdit::textChanged, this, [this, all, none](const QString& text) {
+        rows->search(text);
+        for (auto* const each : {all, none}) each->setEnabled(text.isEmpty());
+    });
+    return makeSheetTools({all, none, again}, searchField);
 }
 
 QWidget* RemoteDownloadPicker::makeFoot() {
     auto* const cancel = new PushButton(tr("Cancel"));
-    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+    connect(cancel, &QPushButton::clicked, this, &RemoteDownloadPicker::discard);
     auto* const confirm =
         new PushButton(syncMode ? tr("Use sync selection") : tr("Use selection"), ButtonKind::primary);
     connect(confirm, &QPushButton::clicked, this, [this] {
-        apply(selection());
+        apply(selection(), kinds());
         accept();
     });
-    return makeSheetFoot({cancel, confirm});
+    summary = makeLabel(QString(), TextStyle::body, Tone::dim);
+    return makeSheetFoot({cancel, confirm}, summary);
+}
+
+std::optional<TickedKinds> RemoteDownloadPicker::kinds() const {
+    return countTicked(selection(), [this](const std::string& path) { return rows->isFolder(path); });
 }
 
 void RemoteDownloadPicker::showSummary() {
-    const auto isFolder = [this](const std::string& path) { return rows->isFolder(path); };
-    summary->setText(selectionSummary(selection(), countTicked(selection(), isFolder)));
+    summary->setText(
+        selectionSummary(selection(), kinds(), syncMode ? SelectionScope::localFolder : SelectionScope::server));
+}
+
+// Escape and the window's own close button.
+void RemoteDownloadPicker::reject() {
+    if (selection() == before) return discard();
+    ConfirmDialog::askToDiscard(this, tr("What you ticked here has not been applied."), [this] { discard(); });
 }
 
 void RemoteDownloadPicker::refresh() {

@@ -9,23 +9,26 @@
 #include "app/remote_browser_model.h"
 #include "model/download_selection.h"
 #include "model/profile.h"
+#include "ui/bridge/selection_summary.h"
 
 #include <QDialog>
 #include <QLabel>
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace zembrastel::ui {
 
 class ContentTreeModel;
+class SearchField;
 
 class RemoteDownloadPicker : public QDialog {
     Q_OBJECT
 
 public:
-    using Apply = std::function<void(DownloadSelection)>;
+    using Apply = std::function<void(const DownloadSelection& chosen, const std::optional<TickedKinds>& kinds)>;
 
     // Starts with `chosen` and lists the profile's remote folder at once. `apply` receives the selection when the user
     // confirms it, before the sheet closes. The context must outlive the sheet.
@@ -35,6 +38,11 @@ public:
     ~RemoteDownloadPicker() override;
 
     [[nodiscard]] const DownloadSelection& selection() const;
+    // Of what is ticked; nullopt if not all of it was listed.
+    [[nodiscard]] std::optional<TickedKinds> kinds() const;
+    // Asks first if ticks were changed; see discard().
+    void reject() override;
+
     [[nodiscard]] RemoteBrowserModel& browser() { return *tree; }
 
     // Lists everything again; the ticks are kept.
@@ -47,15 +55,18 @@ private:
     [[nodiscard]] QLayout* makeTools();
     [[nodiscard]] QWidget* makeFoot();
     void showSummary();
+    void discard() { QDialog::reject(); }
 
     MainContext& context;
     const Profile profile;
     const std::string password;
     const bool syncMode;
+    const DownloadSelection before;
     const Apply apply;
     std::unique_ptr<RemoteBrowserModel> tree;
     ContentTreeModel* rows = nullptr;
     QLabel* summary = nullptr;
+    SearchField* searchField = nullptr;
 };
 
 } // namespace zembrastel::ui

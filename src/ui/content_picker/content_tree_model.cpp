@@ -62,6 +62,55 @@ std::vector<ContentLine> contentLines(const RemoteBrowserModel& browser) {
     return lines;
 }
 
+namespace {
+
+class Search {
+public:
+    Search(const RemoteBrowserModel& searchedTree, const QString& searchedText)
+        : browser(searchedTree), text(searchedText) {}
+
+    ContentMatches run() {
+        visit("", 0);
+        return std::move(found);
+    }
+
+private:
+    void visit(const std::string& folder, int depth) {
+        const auto contents = browser.children().find(folder);
+        if (contents == browser.children().end()) {
+            found.all = false;
+            return;
+        }
+        const auto& entries = contents->second;
+        for (const auto& entry : *entries) {
+            const std::size_t place = found.lines.size();
+            const std::size_t before = found.names;
+            found.lines.push_back(
+                {.kind = ContentLine::Kind::entry,
+                 .depth = depth,
+                 .path = childPath(folder, entry.name),
+                 .entry = {entries, &entry}});
+            const std::string path = found.lines.back().path;
+            if (entry.directory) visit(path, depth + 1);
+            const bool isAbove = found.names > before;
+            const bool matches = toQString(entry.name).contains(text, Qt::CaseInsensitive);
+            if (isAbove) found.foldersAbove.insert(path);
+            if (matches) ++found.names;
+            if (!isAbove && !matches) found.lines.resize(place);
+        }
+    }
+
+    const RemoteBrowserModel& browser;
+    const QString& text;
+    ContentMatches found;
+};
+
+} // namespace
+
+ContentMatches findContents(const RemoteBrowserModel& browser, const QString& text) {
+    return Search(browser, text).run();
+}
+
 LineChange changeBetween(const std::vector<ContentLine>& former, const std::vector<ContentLine>& next) {
     const auto top = std::ranges::mismatch(former, next);
     const auto most = std::min(former.end() - top.in1, next.end() - top.in2);
@@ -81,7 +130,7 @@ void ContentTreeModel::follow(RemoteBrowserModel& next) {
     leave();
     browser = &next;
     browser->observe(*this);
-    lines = contentLines(*browser);
+    lines = wantedLines();
     endResetModel();
 }
 
@@ -91,7 +140,37 @@ void ContentTreeModel::leave() {
 }
 
 bool ContentTreeModel::isOpen(const ContentLine& line) const {
+    if (!searched.isEmpty()) return matches.foldersAbove.contains(line.path);
     return line.isEntry() && browser->expanded().contains(line.path);
+}
+
+QString ContentTreeModel::sizeOf(const ContentLine& line) const {
+    const bool known = line.isEntry() && !line.entry->directory && line.entry->size;
+    return known ? sizeText(*line.entry->size) : QString();
+}
+
+void ContentTreeModel::search(const QString& text) {
+    searched = text;
+    update();
+}
+
+qsizetype ContentTreeModel::matchIn(const QString& name) const {
+    return searched.isEmpty() ? -1 : name.indexOf(searched, 0, Qt::CaseInsensitive);
+}
+
+std::vector<ContentLine> ContentTreeModel::wantedLines() {
+    if (searched.isEmpty()) return contentLines(*browser);
+    matches = findContents(*browser, searched);
+    auto shown = std::exchange(matches.lines, {});
+    shown.push_back({.kind = ContentLine::Kind::note, .depth = 0, .path = {}, .entry = nullptr});
+    return shown;
+}
+
+QString ContentTreeModel::noteText() const {
+    const QString found = matches.names == 0   ? tr("No name matches “%1”.").arg(searched)
+                          : matches.names == 1 ? tr("1 name matches.")
+                                               : tr("%n names match.", nullptr, static_cast<int>(matches.names));
+    return matches.all ? found : tr("%1 Folders that were not opened yet are not searched.").arg(found);
 }
 
 bool ContentTreeModel::isExcluded(const ContentLine& line) const { return browser->profile().excludes(line.path); }
@@ -113,6 +192,8 @@ QString ContentTreeModel::shownText(const ContentLine& line) const {
         return failureOf(line);
     case ContentLine::Kind::empty:
         return tr("This remote folder is empty.");
+    case ContentLine::Kind::note:
+        return noteText();
     case ContentLine::Kind::entry:
         break;
     }
@@ -145,6 +226,8 @@ QVariant ContentTreeModel::data(const QModelIndex& index, int role) const {
         return shownText(shown);
     case Qt::ToolTipRole:
         return asToolTip(shown.isEntry() ? toQString(shown.path) : shownText(shown));
+    case Qt::AccessibleDescriptionRole:
+        return sizeOf(shown);
     case Qt::AccessibleTextRole:
         return accessibleText(shown);
     case Qt::CheckStateRole:
@@ -197,7 +280,10 @@ void ContentTreeModel::tickEverything(bool ticked) {
 }
 
 void ContentTreeModel::toggleFold(const QModelIndex& index) {
-    if (const ContentLine& folder = line(index); folder.isFolder()) browser->toggle(folder.path);
+    const ContentLine& folder = line(index);
+    // In a search, folders only open, to be searched as well.
+    if (!folder.isFolder() || (!searched.isEmpty() && browser->children().contains(folder.path))) return;
+    browser->toggle(folder.path);
 }
 
 void ContentTreeModel::retry(const QModelIndex& index) {
@@ -213,7 +299,7 @@ void ContentTreeModel::expandedChanged(const std::string&) { update(); }
 
 // Replaces only the lines between the unchanged ones above and below, so that the view keeps its place.
 void ContentTreeModel::update() {
-    std::vector<ContentLine> next = contentLines(*browser);
+    std::vector<ContentLine> next = wantedLines();
     const auto [first, formerEnd, nextEnd] = changeBetween(lines, next);
     if (formerEnd > first) {
         beginRemoveRows({}, first, formerEnd - 1);

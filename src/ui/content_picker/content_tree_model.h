@@ -11,6 +11,7 @@
 
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -18,7 +19,7 @@
 namespace zembrastel::ui {
 
 struct ContentLine {
-    enum class Kind { entry, loading, error, empty };
+    enum class Kind { entry, loading, error, empty, note };
 
     Kind kind = Kind::entry;
     int depth = 0;
@@ -35,6 +36,16 @@ struct ContentLine {
 
 // All visible lines, from top to bottom.
 [[nodiscard]] std::vector<ContentLine> contentLines(const RemoteBrowserModel& browser);
+
+// What a search shows: the entries whose names contain the text, ignoring case, and the folders above them.
+struct ContentMatches {
+    std::vector<ContentLine> lines;
+    std::size_t names = 0; // that match
+    bool all = true;       // false if folders were not opened yet
+    std::set<std::string, std::less<>> foldersAbove = {};
+};
+
+[[nodiscard]] ContentMatches findContents(const RemoteBrowserModel& browser, const QString& text);
 
 // The difference between two lists of lines: the former lines [first, formerEnd) were replaced by the next lines
 // [first, nextEnd).
@@ -60,10 +71,18 @@ public:
     // Call it before the browser is destroyed.
     void leave();
 
+    // Shows only what matches, and a note below it; without a text, the whole tree.
+    void search(const QString& text);
+    // Where the searched text begins in the name of the line; -1 if it is not there.
+    [[nodiscard]] qsizetype matchIn(const QString& name) const;
+    [[nodiscard]] qsizetype searchedLength() const { return searched.size(); }
+
     [[nodiscard]] bool isOpen(const ContentLine& line) const;
     [[nodiscard]] Qt::CheckState checkState(const ContentLine& line) const;
     [[nodiscard]] bool isExcluded(const ContentLine& line) const;
     // "Local only", "Excluded" and "Empty folder", as far as they apply.
+    // Of a file, if it is known.
+    [[nodiscard]] QString sizeOf(const ContentLine& line) const;
     [[nodiscard]] QStringList badges(const ContentLine& line) const;
     [[nodiscard]] QString shownText(const ContentLine& line) const;
 
@@ -89,6 +108,8 @@ private:
     void folderChanged(const std::string& path) override;
     void expandedChanged(const std::string& path) override;
     void update();
+    [[nodiscard]] std::vector<ContentLine> wantedLines();
+    [[nodiscard]] QString noteText() const;
     void rememberKinds(const std::string& folder);
     void notifyAllChanged();
 
@@ -96,6 +117,8 @@ private:
     DownloadSelection chosen;
     std::unordered_map<std::string, bool> kinds; // true for folders; only paths that were ticked and listed
     std::vector<ContentLine> lines;
+    QString searched;
+    ContentMatches matches; // without its lines; while a text is searched
 };
 
 } // namespace zembrastel::ui

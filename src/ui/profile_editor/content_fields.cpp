@@ -10,6 +10,8 @@
 #include <QFileDialog>
 #include <QHBoxLayout>
 
+#include <utility>
+
 namespace zembrastel::ui {
 namespace {
 
@@ -44,7 +46,6 @@ ContentFields::ContentFields(const Profile& shown, bool isNew, QWidget* parent) 
     addOptions(*column);
     column->addStretch(1);
     followOptions(shown);
-    showSelections(shown);
     showAdvanced(false);
 }
 
@@ -142,18 +143,27 @@ void ContentFields::chooseFolder() {
     chooser->open();
 }
 
-void ContentFields::chooseStart() {
+// The download happens when the profile starts, so it is off while the start is, and comes back with it.
+void ContentFields::chooseStart(bool on) {
     if (following) return;
     startChosen = true;
+    if (!on && downloadFirst()) {
+        downloadWaits = true;
+        downloadSwitch->setChecked(false);
+    } else if (on && std::exchange(downloadWaits, false)) {
+        downloadSwitch->setChecked(true);
+    }
     Q_EMIT edited();
+    Q_EMIT optionsChanged();
 }
 
-// The download happens when the profile starts, so choosing it also turns the start on.
+// Choosing the download also turns the start on.
 void ContentFields::chooseDownload(bool on) {
     if (following) return;
     downloadChosen = true;
     if (on) {
         startChosen = true;
+        downloadWaits = false;
         startSwitch->setChecked(true);
     }
     downloadPart->setVisible(on);
@@ -168,9 +178,9 @@ void ContentFields::writeTo(Profile& draft) const {
     draft.needsDownload = downloadFirst();
 }
 
-void ContentFields::showSelections(const Profile& draft) {
-    syncContents->setWrappedText(syncContentsText(draft));
-    downloadContents->setWrappedText(downloadContentsText(draft));
+void ContentFields::showSelections(const QString& syncContentsText, const QString& downloadContentsText) {
+    syncContents->setWrappedText(syncContentsText);
+    downloadContents->setWrappedText(downloadContentsText);
 }
 
 bool ContentFields::startOnSave() const { return startSwitch->isChecked(); }

@@ -26,10 +26,12 @@ public:
     // Writes everything but the selections.
     void writeTo(Profile& draft) const;
 
-    void showSelections(const Profile& draft);
+    void showSelections(const QString& syncContentsText, const QString& downloadContentsText);
 
     [[nodiscard]] bool startOnSave() const;
     [[nodiscard]] bool downloadFirst() const;
+    // Whether the user has set an option here.
+    [[nodiscard]] bool optionsChosen() const { return startChosen || downloadChosen; }
     // Shows the profile's current options, except those that the user has set here.
     void followOptions(const Profile& profile);
 
@@ -51,7 +53,7 @@ private:
     void addOptions(QVBoxLayout& column);
     void showAdvanced(bool shown);
     void chooseFolder();
-    void chooseStart();
+    void chooseStart(bool on);
     void chooseDownload(bool on);
 
     QLineEdit* localFolderField = nullptr;
@@ -63,7 +65,8 @@ private:
     Switch* downloadSwitch = nullptr;
     bool startChosen = false;
     bool downloadChosen = false;
-    bool following = false; // the profile is setting the switches, not the user
+    bool downloadWaits = false; // the user switched the start off, and with it the download
+    bool following = false;     // the profile is setting the switches, not the user
     QWidget* downloadPart = nullptr;
     PushButton* downloadButton = nullptr;
     WrapLabel* downloadContents = nullptr;

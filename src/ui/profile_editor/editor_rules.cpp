@@ -90,7 +90,8 @@ bool asksForContents(const SavingState& state) { return state.downloadFirst && !
 QString savingLabel(const SavingState& state) {
     if (state.busy) return tr("Saving…");
     if (asksForContents(state)) return tr("Choose download contents…");
-    if (state.downloadFirst) return state.isNew ? tr("Create profile & download") : tr("Save & resynchronise");
+    if (state.downloadFirst && state.starts)
+        return state.isNew ? tr("Create profile & download") : tr("Save & resynchronise");
     return state.isNew ? tr("Create profile") : tr("Save changes");
 }
 
@@ -103,16 +104,16 @@ QString protocolNote(TransferProtocol protocol) {
                                              : tr("TLS encrypts transfers and verifies the server certificate.");
 }
 
-QString syncContentsText(const Profile& draft) {
+QString syncContentsText(const Profile& draft, const KindLookup& kinds) {
     const auto& selection = draft.effectiveSyncSelection();
-    if (!selection) return tr("All files in the local folder");
-    if (!selection->hasSelection()) return tr("Nothing selected");
-    return tr(selection->summary().c_str());
+    const DownloadSelection& synchronised = selection ? *selection : DownloadSelection::everything();
+    return selectionSummary(synchronised, kinds(synchronised));
 }
 
-QString downloadContentsText(const Profile& draft) {
+QString downloadContentsText(const Profile& draft, const KindLookup& kinds) {
     if (!hasDownloadContents(draft)) return tr("No download contents chosen yet");
-    return tr(draft.initialDownloadSelection->summary().c_str());
+    const DownloadSelection& downloaded = *draft.initialDownloadSelection;
+    return selectionSummary(downloaded, kinds(downloaded), SelectionScope::server);
 }
 
 QString connectedMessage(std::size_t items) {

@@ -5,10 +5,13 @@
 #pragma once
 
 #include "model/profile.h"
+#include "ui/bridge/selection_summary.h"
 
 #include <QString>
 
 #include <cstddef>
+#include <functional>
+#include <optional>
 #include <string>
 
 namespace zembrastel::ui {
@@ -33,6 +36,7 @@ struct SavingState {
     bool busy = false;
     bool isNew = false;
     bool downloadFirst = false;
+    bool starts = true;          // watching, and with it the download
     bool contentsChosen = false; // for the initial download
 };
 
@@ -42,10 +46,13 @@ struct SavingState {
 
 [[nodiscard]] bool hasDownloadContents(const Profile& draft);
 
+// Returns the kinds of what a selection ticks, if they are known.
+using KindLookup = std::function<std::optional<TickedKinds>(const DownloadSelection& selection)>;
+
 // The texts that describe the draft's choices.
 [[nodiscard]] QString protocolNote(TransferProtocol protocol);
-[[nodiscard]] QString syncContentsText(const Profile& draft);
-[[nodiscard]] QString downloadContentsText(const Profile& draft);
+[[nodiscard]] QString syncContentsText(const Profile& draft, const KindLookup& kinds);
+[[nodiscard]] QString downloadContentsText(const Profile& draft, const KindLookup& kinds);
 
 [[nodiscard]] QString connectedMessage(std::size_t items);
 

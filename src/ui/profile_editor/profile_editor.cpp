@@ -6,6 +6,7 @@
 #include "ui/theme/qt_text.h"
 #include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
+#include "ui/widgets/confirm_dialog.h"
 #include "ui/widgets/message_strip.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/sheet_layout.h"
@@ -61,6 +62,7 @@ ProfileEditor::ProfileEditor(
     const QSize available = screen()->availableSize();
     setMinimumSize(scaledToText(smallestSize).boundedTo(available));
     resize(scaledToText(usualSize).boundedTo(available));
+    untouched = draft();
     loadPassword();
     showState();
 }
@@ -89,7 +91,7 @@ QWidget* ProfileEditor::makeFooter() {
     buttons->addWidget(testButton);
     buttons->addStretch(1);
     auto* const cancel = new PushButton(tr("Cancel"));
-    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+    connect(cancel, &QPushButton::clicked, this, &ProfileEditor::discard);
     buttons->addWidget(cancel);
     saveButton = new PushButton(QString(), ButtonKind::primary);
     connect(saveButton, &QPushButton::clicked, this, &ProfileEditor::save);
@@ -138,6 +140,23 @@ void ProfileEditor::keyPressEvent(QKeyEvent* event) {
 void ProfileEditor::done(int result) {
     test.cancel();
     QDialog::done(result);
+}
+
+// Escape and the window's own close button.
+void ProfileEditor::reject() {
+    if (!hasEntries()) return discard();
+    ConfirmDialog::askToDiscard(this, tr("What you entered here has not been saved."), [this] { discard(); });
+}
+
+void ProfileEditor::discard() { QDialog::reject(); }
+
+bool ProfileEditor::hasEntries() const {
+    if (connection->password() != savedPassword && loaded) return true;
+    Profile before = *untouched;
+    if (const Profile* const now = original ? model.profile(original->id) : nullptr; now != nullptr) {
+        before = withEdits(*now, *original, before);
+    }
+    return contents->optionsChosen() || draft() != before;
 }
 
 void ProfileEditor::loadPassword() {
@@ -218,6 +237,7 @@ SavingState ProfileEditor::savingState() const {
         .busy = busy,
         .isNew = !original,
         .downloadFirst = contents->downloadFirst(),
+        .starts = contents->startOnSave(),
         .contentsChosen = hasDownloadContents(draft())};
 }
 
@@ -228,7 +248,8 @@ void ProfileEditor::showState() {
     testButton->setBusy(test.running());
     testButton->setEnabled(loaded && !busy && !test.running() && !model.isDemo());
     testButton->setToolTip(model.isDemo() ? notInDemo() : QString());
-    contents->showSelections(draft());
+    const auto kinds = [this](const DownloadSelection& selection) { return kindsOf(selection); };
+    contents->showSelections(syncContentsText(draft(), kinds), downloadContentsText(draft(), kinds));
 }
 
 void ProfileEditor::testConnection() {
@@ -268,12 +289,21 @@ void ProfileEditor::choose(bool syncMode) {
                                                  : DownloadSelection();
     browse(
         wanted.validated(), connection->password(), syncMode, current,
-        [self = QPointer<ProfileEditor>(this), syncMode](const DownloadSelection& selection) {
-            if (self) self->applyChoice(syncMode, selection);
+        [self = QPointer<ProfileEditor>(this),
+         syncMode](const DownloadSelection& selection, const std::optional<TickedKinds>& kinds) {
+            if (self) self->applyChoice(syncMode, selection, kinds);
         });
 }
 
-void ProfileEditor::applyChoice(bool syncMode, const DownloadSelection& chosen) {
+// What the choice counted, else what is known of synchronised files.
+std::optional<TickedKinds> ProfileEditor::kindsOf(const DownloadSelection& selection) const {
+    if (lastChoice && lastChoice->first == selection) return lastChoice->second;
+    return countTicked(selection, amongFiles(model.baseline(selections.id)));
+}
+
+void ProfileEditor::applyChoice(
+    bool syncMode, const DownloadSelection& chosen, const std::optional<TickedKinds>& kinds) {
+    if (kinds) lastChoice.emplace(chosen, *kinds);
     // The choice of the first download is also the choice of what to watch, until the sync contents are chosen
     // separately.
     if (!syncMode) selections.initialDownloadSelection = chosen;

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "ui/bridge/model_bridge.h"
+#include "ui/bridge/selection_summary.h"
 #include "ui/profile_editor/connection_check.h"
 #include "ui/profile_editor/editor_rules.h"
 
@@ -29,10 +30,12 @@ class ProfileEditor : public QDialog {
 
 public:
     // Opens the choice of contents: the sync contents, or the contents of the initial download. `apply` receives the
-    // choice; it may be called late or never, even after the editor is gone.
+    // choice, with the kinds of its ticks if they are known; it may be called late or never, even after the editor is
+    // gone.
+    using Apply = std::function<void(const DownloadSelection& chosen, const std::optional<TickedKinds>& kinds)>;
     using Browse = std::function<void(
         const Profile& draft, const std::string& password, bool syncMode, const DownloadSelection& current,
-        std::function<void(const DownloadSelection& chosen)> apply)>;
+        Apply apply)>;
 
     // Without `id` creates a profile, else edits the saved one.
     ProfileEditor(ModelBridge& modelBridge, MainContext& mainContext, const std::optional<Uuid>& id, QWidget* parent);
@@ -47,6 +50,9 @@ public:
     [[nodiscard]] Profile draft() const;
 
     void done(int result) override;
+
+    // Asks first if something was entered; see discard().
+    void reject() override;
 
 Q_SIGNALS:
     // Saved with another place on a server, while files are recorded as uploaded to the old place.
@@ -77,7 +83,11 @@ private:
     void testConnection();
     void finishTest(const ConnectionCheck::Result& result);
     void choose(bool syncMode);
-    void applyChoice(bool syncMode, const DownloadSelection& chosen);
+    void applyChoice(bool syncMode, const DownloadSelection& chosen, const std::optional<TickedKinds>& kinds);
+    [[nodiscard]] std::optional<TickedKinds> kindsOf(const DownloadSelection& selection) const;
+
+    void discard();
+    [[nodiscard]] bool hasEntries() const;
 
     void save();
     [[nodiscard]] bool refuse(const Profile& wanted);
@@ -87,8 +97,10 @@ private:
 
     ModelBridge& bridge;
     AppModel& model;
-    std::optional<Profile> original; // nullopt for a new profile
-    Profile selections;              // the choices made here; only they and the id count
+    std::optional<Profile> original;  // nullopt for a new profile
+    std::optional<Profile> untouched; // the draft before the user entered something
+    Profile selections;               // the choices made here; only they and the id count
+    std::optional<std::pair<DownloadSelection, TickedKinds>> lastChoice; // whose kinds are known
     std::string savedPassword;
     bool loaded = false; // the saved password was read, or reading it has failed
     bool busy = false;   // saving

@@ -1,5 +1,6 @@
 #include "ui/theme/qt_text.h"
 
+#include <QLocale>
 namespace zembrastel::ui {
 namespace {
 
@@ -18,6 +19,11 @@ bool breaksLine(QChar character) {
 } // namespace
 
 QString toQString(std::string_view utf8) { return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size())); }
+
+QString sizeText(std::uint64_t bytes) {
+    const int decimals = bytes < 1'000'000 ? 0 : 1;
+    return QLocale().formattedDataSize(static_cast<qint64>(bytes), decimals, QLocale::DataSizeSIFormat);
+}
 
 QString asToolTip(const QString& text) {
     return text.isEmpty() ? QString() : QStringLiteral("<span>%1</span>").arg(text.toHtmlEscaped());

@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <cstdint>
 #include <string_view>
 
 namespace zembrastel::ui {
@@ -14,6 +15,9 @@ namespace zembrastel::ui {
 
 // Shows plain text in a tool tip, which would otherwise interpret text that resembles markup.
 [[nodiscard]] QString asToolTip(const QString& text);
+
+// The size of a file: "512 bytes", "412 kB", "1.8 MB".
+[[nodiscard]] QString sizeText(std::uint64_t bytes);
 
 // The two below are for text of others, such as a profile's name from an imported file, where it shares a line with the
 // program's own text or leaves the program. The program's labels and lists show every text unchanged.

@@ -57,6 +57,8 @@ constexpr std::array symbols{
     Symbol{"chevron.right", "chevr"},
     Symbol{"chevron.down", "chevd"},
     Symbol{"chevron.up", "chevu"},
+    Symbol{"magnifyingglass", "search"},
+    Symbol{"xmark", "clear"},
 };
 
 QByteArray drawing(std::string_view name) {

@@ -80,6 +80,10 @@ ConfirmDialog* ConfirmDialog::ask(
     return dialog;
 }
 
+ConfirmDialog* ConfirmDialog::askToDiscard(QWidget* sheet, const QString& message, std::function<void()> discard) {
+    return ask(sheet, tr("Discard changes?"), message, tr("Discard changes"), std::move(discard), tr("Keep editing"));
+}
+
 ConfirmDialog* ConfirmDialog::showMessage(
     QWidget* parent, const QString& title, const QString& message, std::function<void()> closed) {
     auto* const dialog = new ConfirmDialog(title, message, QString(), parent);

@@ -26,6 +26,9 @@ public:
         QWidget* parent, const QString& title, const QString& message, const QString& confirmText,
         std::function<void()> confirmed, const QString& dismissText = QString());
 
+    // Asks before a sheet closes and loses what the user entered.
+    static ConfirmDialog* askToDiscard(QWidget* sheet, const QString& message, std::function<void()> discard);
+
     // Shows a message. Calls `closed`, if given, when the user has closed it.
     static ConfirmDialog* showMessage(
         QWidget* parent, const QString& title, const QString& message, std::function<void()> closed = {});

@@ -52,12 +52,12 @@ QLayout* makeSheetHead(QDialog& sheet, std::string_view symbol, const QString& t
     return head;
 }
 
-QLayout* makeSheetTools(std::initializer_list<PushButton*> buttons, QLabel* summary) {
+QLayout* makeSheetTools(std::initializer_list<PushButton*> buttons, QWidget* other) {
     auto* const tools = new QHBoxLayout;
     tools->setSpacing(8);
     for (PushButton* const button : buttons) tools->addWidget(button);
     tools->addStretch(1);
-    tools->addWidget(summary);
+    tools->addWidget(other, qobject_cast<QLabel*>(other) == nullptr ? 100 : 0);
     return tools;
 }
 
@@ -70,11 +70,12 @@ QWidget* makeListCard(QListView* list, int inset) {
     return card;
 }
 
-QWidget* makeSheetFoot(std::initializer_list<PushButton*> buttons) {
+QWidget* makeSheetFoot(std::initializer_list<PushButton*> buttons, QLabel* summary) {
     QFrame* const foot = makeSurface(Surface::footer);
     auto* const layout = new QHBoxLayout(foot);
     layout->setContentsMargins(margin, gap, margin, gap);
     layout->setSpacing(8);
+    if (summary != nullptr) layout->addWidget(summary);
     layout->addStretch(1);
     for (PushButton* const button : buttons) layout->addWidget(button);
     return foot;

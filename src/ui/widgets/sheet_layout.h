@@ -40,13 +40,14 @@ template <class Layout>
 [[nodiscard]] QLayout* makeSheetHead(
     QDialog& sheet, std::string_view symbol, const QString& title, const QStringList& explanation);
 
-// Buttons on one side, a text on the other.
-[[nodiscard]] QLayout* makeSheetTools(std::initializer_list<PushButton*> buttons, QLabel* summary);
+// Buttons on one side, a text or a search field on the other.
+[[nodiscard]] QLayout* makeSheetTools(std::initializer_list<PushButton*> buttons, QWidget* other);
 
 // `inset` is the space above and below the list.
 [[nodiscard]] QWidget* makeListCard(QListView* list, int inset);
 
-[[nodiscard]] QWidget* makeSheetFoot(std::initializer_list<PushButton*> buttons);
+// Buttons at the end, a text at the start.
+[[nodiscard]] QWidget* makeSheetFoot(std::initializer_list<PushButton*> buttons, QLabel* summary = nullptr);
 
 // The filled button at the foot becomes the default button.
 void layOutSheet(QDialog& sheet, QLayout* head, QLayout* tools, QWidget* card, QWidget* foot);
