@@ -118,7 +118,7 @@ bool isConfirmed(const Profile& profile, const CommandContext& context) {
 
 void save(Session& session, const Profile& changed) {
     try {
-        session.change(changed, std::nullopt);
+        (void)session.change(changed, std::nullopt); // no password to store
     } catch (const std::exception& error) {
         throw CommandError(
             ExitCode::failed, "Cannot change the profile " + inQuotes(changed.name) + ": " + sentence(describe(error)));
