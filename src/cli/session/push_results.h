@@ -27,7 +27,7 @@ void printPushed(const Profile& profile, std::size_t sentFiles, bool lacksFiles,
 
 // The error of an incomplete push. `consequence` is added to its end.
 [[nodiscard]] CommandError pushFailure(
-    const Profile& profile, const std::string& failure, const std::string& consequence = "");
+    const Profile& profile, const Failure& failure, const std::string& consequence = "");
 
 // Files that are missing on the server are sent again only on request.
 [[nodiscard]] CommandError missingFilesError(
