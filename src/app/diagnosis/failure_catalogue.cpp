@@ -91,7 +91,15 @@ const std::vector<Entry>& entries() {
          {},
          "The certificate of {0} cannot be verified.",
          "Nothing has been sent, not even the password. Check the server's name, or trust its key.",
-         Action::editProfile,
+         Action::reviewCertificate,
+         {host}},
+        {CurlCode::wrongKey,
+         {},
+         "The key of {0} has changed.",
+         "It is not the one that this profile trusts. Either your provider has replaced the key, or another server is "
+         "in "
+         "between. Nothing has been sent, not even the password.",
+         Action::reviewCertificate,
          {host}},
         {CurlCode::tlsRefused,
          {},
@@ -162,15 +170,15 @@ std::string explainedText(const Failure& failure, const Profile& profile) {
 }
 
 Explanation explain(const Failure& failure, const Profile& profile) {
-    // The message about a wrong key is the program's own, too.
-    if (failure.kind != Failure::Kind::transfer || failure.code == CurlCode::wrongKey) {
+    if (failure.kind != Failure::Kind::transfer) {
         return {
             .heading = {.pattern = "{0}", .arguments = {sentence(failure.message)}},
             .next = {},
             .actions = withUsualActions(Action::retry),
             .details = {}};
     }
-    const std::string details = withoutGeneralAdvice(failure.message);
+    // The message about a wrong key is the program's own.
+    const std::string details = failure.code == CurlCode::wrongKey ? "" : withoutGeneralAdvice(failure.message);
     if (failure.code == CurlCode::noSuchFolder && !lacksRemoteFolder(failure, profile)) {
         const bool isOfFile = !failure.path.empty();
         return {
