@@ -111,10 +111,13 @@ TEST_F(CertificateScreens, ChangedKeyIsComparedBeforeItIsTrusted) {
     Profile profile = *model->profile(id);
     profile.trustedKey = TrustedKey{.key = keyOf(certificates().impostor), .host = profile.host, .port = profile.port};
     model->save(profile, std::nullopt);
-    QWidget window;
-    window.show();
-    CertificateReview review(*bridge, context);
-    review.start(id, window);
+    Shell shell(*model, context);
+    shell.showWindow();
+    model->select(id);
+    model->start(id);
+    ASSERT_TRUE(reach<MainWindow>());
+    ASSERT_TRUE(waitFor([this] { return find("Compare keys…") != nullptr; }));
+    press("Compare keys…");
     ASSERT_TRUE(reach<CertificateSheet>());
     EXPECT_TRUE(shows("The key of 127.0.0.1 has changed"));
     EXPECT_EQ(screen->focusWidget(), &button("Keep stopped"));
@@ -123,6 +126,9 @@ TEST_F(CertificateScreens, ChangedKeyIsComparedBeforeItIsTrusted) {
     press("Trust this key");
     EXPECT_EQ(model->profile(id)->keyInForce()->key, keyOf(certificates().selfSigned));
     EXPECT_EQ(commands().find("USER"), std::string::npos);
+    QWidget window;
+    window.show();
+    CertificateReview review(*bridge, context);
     server->stop();
     review.start(id, window);
     ASSERT_TRUE(reach<ConfirmDialog>());

@@ -99,7 +99,7 @@ const std::vector<Entry>& entries() {
          "It is not the one that this profile trusts. Either your provider has replaced the key, or another server is "
          "in "
          "between. Nothing has been sent, not even the password.",
-         Action::reviewCertificate,
+         Action::compareKeys,
          {host}},
         {CurlCode::tlsRefused,
          {},

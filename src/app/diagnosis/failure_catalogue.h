@@ -20,7 +20,7 @@ struct Phrase {
     [[nodiscard]] std::string text() const;
 };
 
-enum class FailureAction { reviewCertificate, editProfile, createFolder, retry, pause };
+enum class FailureAction { reviewCertificate, compareKeys, editProfile, createFolder, retry, pause };
 
 struct Explanation {
     Phrase heading;                     // what happened

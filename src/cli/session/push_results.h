@@ -6,6 +6,7 @@
 #include "cli/command.h"
 #include "model/profile.h"
 #include "transport/compare/remote_change.h"
+#include "transport/failure.h"
 
 #include <cstddef>
 #include <string>

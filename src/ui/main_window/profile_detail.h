@@ -38,6 +38,9 @@ public:
 Q_SIGNALS:
     void reviewRequested(const zembrastel::Uuid& id);
     void skipCheckRequested(const zembrastel::Uuid& id);
+    void editRequested(const zembrastel::Uuid& id);
+    void certificateRequested(const zembrastel::Uuid& id);
+    void createFolderRequested(const zembrastel::Uuid& id);
     void editContentsRequested(const zembrastel::Uuid& id);
     void backupsRequested(const zembrastel::Uuid& id);
     void failed(const QString& message);
@@ -57,6 +60,7 @@ private:
     void refreshBanners();
     void offerDetails();
     void toggle();
+    void retry();
     void saving(const std::function<void()>& change);
     void openFolder();
     void fitMargin();

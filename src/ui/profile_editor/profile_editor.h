@@ -86,8 +86,9 @@ private:
     void showState();
 
     void testConnection();
-    void finishTest(const ConnectionCheck::Result& result);
-    void offerCertificate(const ConnectionCheck::Result& result);
+    void finishTest(const Profile& tested, const ConnectionCheck::Result& result);
+    void createFolder(const Profile& tested);
+    void offerCertificate(const Profile& tested, const ConnectionCheck::Result& result);
     void choose(bool syncMode);
     void applyChoice(bool syncMode, const DownloadSelection& chosen, const std::optional<TickedKinds>& kinds);
     [[nodiscard]] std::optional<TickedKinds> kindsOf(const DownloadSelection& selection) const;

@@ -52,6 +52,7 @@ constexpr std::array symbols{
     Symbol{"arrow.right", "right"},
     Symbol{"arrow.up", "up"},
     Symbol{"arrow.down", "down"},
+    Symbol{"clock", "clock"},
     Symbol{"dot", "dot"},
     Symbol{"ellipsis", "more"},
     Symbol{"pencil", "pencil"},
