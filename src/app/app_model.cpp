@@ -76,6 +76,12 @@ void AppModel::select(std::optional<Uuid> id) {
     observers.notify([](ModelObserver& observer) { observer.selectionChanged(); });
 }
 
+Failure AppModel::checkFailure(const Uuid& id) const {
+    const auto found = checkFailures().find(id);
+    if (found == checkFailures().end()) return {};
+    return status(id).failure.value_or(Failure{.message = found->second});
+}
+
 void AppModel::setAlert(std::string text) {
     alertText = std::move(text);
     observers.notify([](ModelObserver& observer) { observer.alertChanged(); });

@@ -62,6 +62,8 @@ public:
     [[nodiscard]] const std::optional<RemoteReview>& presentedReview() const { return pendingReviews.presented(); }
     // Why uploads of these profiles do not start: a server check, or a review's download, that failed.
     [[nodiscard]] const std::map<Uuid, std::string>& checkFailures() const { return pendingReviews.failures(); }
+    // The same failure with its kind; that of a profile without one has no message.
+    [[nodiscard]] Failure checkFailure(const Uuid& id) const;
     // Published files that the last server check did not find on the server. They are sent again only on request.
     [[nodiscard]] const PathSet& missingOnServer(const Uuid& id) const { return pendingReviews.missing(id); }
     [[nodiscard]] const FileMap& baseline(const Uuid& id) const { return records.baseline(id); }
@@ -124,6 +126,9 @@ public:
     // Every job that waits to try something again does so at once, and waits shortly if that fails: for a moment when
     // the reason of the failures may be gone. No job is stopped; one that does not wait goes on.
     void retryNow() { jobs.retryNow(); }
+    // The same for one profile, and for one file of status().refused.
+    void retryNow(const Uuid& id) { jobs.retryNow(id); }
+    void retryFile(const Uuid& id, const std::string& path) { jobs.retryFile(id, path); }
 
     // Ends the profile's job and drops its review. Returns at once; no result of the job arrives afterwards.
     void stopJob(const Uuid& id) { jobs.stop(id); }

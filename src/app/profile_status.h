@@ -6,6 +6,7 @@
 #include "platform/uuid.h"
 #include "sync/phase.h"
 #include "sync/transfer_progress.h"
+#include "transport/failure.h"
 
 #include <chrono>
 #include <cstddef>
@@ -14,6 +15,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace zembrastel {
 
@@ -24,7 +26,8 @@ struct Activity {
     std::chrono::system_clock::time_point date;
     std::string text;
     Kind kind = Kind::note;
-    std::string path = {}; // of the file that was uploaded or downloaded
+    std::string path = {};                         // of the file that was uploaded or downloaded
+    std::optional<Failure> failure = std::nullopt; // that the line reports, if it is known
 
     [[nodiscard]] bool error() const { return kind == Kind::failure; }
 };
@@ -37,10 +40,17 @@ struct ProfileStatus {
     bool unsaved = false;      // the state could not be saved since the phase began: `detail` says why
     std::int64_t uploaded = 0; // files, since launch
     std::int64_t pending = 0;  // files
+    std::int64_t waiting = 0;  // files that wait until the server can be reached again
     std::optional<std::chrono::system_clock::time_point> lastUpload;
     std::deque<Activity> activity; // newest first, at most maxActivities
     // Of work in this phase that takes longer than a moment.
     std::optional<TransferProgress> progress;
+    // Why the phase is a failure, the end of the detail after that reason, and when the next attempt is, as far as that
+    // is known.
+    std::optional<Failure> failure;
+    std::string outlook;
+    std::optional<std::chrono::system_clock::time_point> retryAt;
+    std::vector<Failure> refused; // files that could not be uploaded while the others were
 
     // Begins a phase, or repeats it with another detail.
     void enter(Phase next, std::string explanation) {
@@ -48,6 +58,11 @@ struct ProfileStatus {
         phase = next;
         detail = std::move(explanation);
         unsaved = false;
+        failure.reset();
+        outlook.clear();
+        retryAt.reset();
+        waiting = 0;
+        if (next < Phase::watching) refused.clear(); // they are the worker's
     }
 
     // Reports that the state could not be saved, until the next phase is entered.

@@ -1,5 +1,7 @@
 #include "app/statuses.h"
 
+#include "platform/text.h"
+
 namespace zembrastel {
 
 const ProfileStatus& Statuses::of(const Uuid& id) const {
@@ -17,9 +19,23 @@ void Statuses::enter(const Uuid& id, Phase phase, const std::string& detail) {
     change(id, [&](ProfileStatus& status) { status.enter(phase, detail); });
 }
 
-void Statuses::log(const Uuid& id, std::string text, Activity::Kind kind, std::string path) {
+void Statuses::enterFailed(const Uuid& id, Phase phase, const Failure& why, const std::string& outlook) {
+    change(id, [&](ProfileStatus& status) {
+        status.enter(phase, outlook.empty() ? why.message : sentence(why.message) + " " + outlook);
+        status.failure = why;
+        status.outlook = outlook;
+    });
+}
+
+void Statuses::log(
+    const Uuid& id, std::string text, Activity::Kind kind, std::string path, std::optional<Failure> failure) {
     auto& activity = statuses[id].activity;
-    activity.push_front({.date = clock.now(), .text = std::move(text), .kind = kind, .path = std::move(path)});
+    activity.push_front(
+        {.date = clock.now(),
+         .text = std::move(text),
+         .kind = kind,
+         .path = std::move(path),
+         .failure = std::move(failure)});
     if (activity.size() > ProfileStatus::maxActivities) activity.pop_back();
     observers.notify([&](ModelObserver& observer) { observer.activityLogged(id, activity.front()); });
 }

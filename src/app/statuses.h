@@ -24,13 +24,19 @@ public:
 
     void change(const Uuid& id, const std::function<void(ProfileStatus&)>& change);
     void enter(const Uuid& id, Phase phase, const std::string& detail);
+    // The detail is the failure's message and then the outlook.
+    void enterFailed(const Uuid& id, Phase phase, const Failure& why, const std::string& outlook = {});
 
     // As at the start of the program.
     void enterPaused(const Uuid& id) { enter(id, Phase::paused, ProfileStatus().detail); }
 
     // Adds a line to the profile's log and drops the oldest line of a full one.
-    void log(const Uuid& id, std::string text, Activity::Kind kind = Activity::Kind::note, std::string path = {});
-    void logFailure(const Uuid& id, std::string text) { log(id, std::move(text), Activity::Kind::failure); }
+    void log(
+        const Uuid& id, std::string text, Activity::Kind kind = Activity::Kind::note, std::string path = {},
+        std::optional<Failure> failure = std::nullopt);
+    void logFailure(const Uuid& id, std::string text, std::optional<Failure> failure = std::nullopt) {
+        log(id, std::move(text), Activity::Kind::failure, {}, std::move(failure));
+    }
 
     // Shows that the state of these profiles could not be saved, and logs it.
     void reportUnsaved(const std::set<Uuid>& ids, const std::string& message);

@@ -13,11 +13,11 @@ std::chrono::seconds fileRetryDelay(int failures) {
 }
 
 std::chrono::seconds FileRetries::failed(
-    const std::string& path, const Fingerprint& version, const std::string& message, Time now) {
-    Failure& failure = files[path];
+    const std::string& path, const Fingerprint& version, const Failure& why, Time now) {
+    Waiting& failure = files[path];
     failure.count = failure.version == version ? failure.count + 1 : 1;
     failure.version = version;
-    failure.message = message;
+    failure.why = why;
     const auto delay = fileRetryDelay(failure.count);
     failure.until = now + delay;
     return delay;
@@ -26,6 +26,17 @@ std::chrono::seconds FileRetries::failed(
 bool FileRetries::waits(const std::string& path, const Fingerprint& version, Time now) const {
     const auto found = files.find(path);
     return found != files.end() && found->second.version == version && now < found->second.until;
+}
+
+void FileRetries::tryNow(const std::string& path) {
+    if (const auto found = files.find(path); found != files.end()) found->second.until = Time::min();
+}
+
+std::vector<Failure> FileRetries::all() const {
+    std::vector<Failure> failures;
+    failures.reserve(files.size());
+    for (const auto& [path, waiting] : files) failures.push_back(waiting.why);
+    return failures;
 }
 
 } // namespace zembrastel

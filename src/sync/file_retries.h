@@ -4,11 +4,13 @@
 #pragma once
 
 #include "model/fingerprint.h"
+#include "transport/failure.h"
 
 #include <chrono>
 #include <functional>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace zembrastel {
 
@@ -20,8 +22,10 @@ public:
     using Time = std::chrono::steady_clock::time_point;
 
     // This version of the file failed. Returns how long it waits. Another version starts a new count.
-    std::chrono::seconds failed(
-        const std::string& path, const Fingerprint& version, const std::string& message, Time now);
+    std::chrono::seconds failed(const std::string& path, const Fingerprint& version, const Failure& why, Time now);
+
+    // Ends the wait of this file. It still counts as failed.
+    void tryNow(const std::string& path);
 
     // True if this version of the file still waits.
     [[nodiscard]] bool waits(const std::string& path, const Fingerprint& version, Time now) const;
@@ -33,16 +37,19 @@ public:
     }
 
     // The failure of the first file in the order of paths; nullptr if there is none.
-    struct Failure {
+    struct Waiting {
         Fingerprint version;
-        std::string message; // for the user
+        Failure why;
         int count = 0;
         Time until{};
     };
-    [[nodiscard]] const Failure* first() const { return files.empty() ? nullptr : &files.begin()->second; }
+    [[nodiscard]] const Waiting* first() const { return files.empty() ? nullptr : &files.begin()->second; }
+
+    // All of them, in that order.
+    [[nodiscard]] std::vector<Failure> all() const;
 
 private:
-    std::map<std::string, Failure, std::less<>> files;
+    std::map<std::string, Waiting, std::less<>> files;
 };
 
 } // namespace zembrastel

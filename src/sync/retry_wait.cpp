@@ -1,6 +1,7 @@
 #include "sync/retry_wait.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace zembrastel {
 namespace {
@@ -51,6 +52,16 @@ void RetryWait::wake() {
         ended = waiting;
     }
     if (ended) ended->request_stop();
+}
+
+void RetryWait::wake(const std::string& path) {
+    const std::lock_guard lock(mutex);
+    wokenFiles.insert(path);
+}
+
+std::set<std::string> RetryWait::takeWokenFiles() {
+    const std::lock_guard lock(mutex);
+    return std::exchange(wokenFiles, {});
 }
 
 } // namespace zembrastel

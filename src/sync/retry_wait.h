@@ -10,7 +10,9 @@
 #include <chrono>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <stop_token>
+#include <string>
 
 namespace zembrastel {
 
@@ -34,6 +36,12 @@ public:
     // started before the reason for this call.
     void wake();
 
+    // Requests that this file, which waits after a failure of its own, is tried again at the next poll.
+    void wake(const std::string& path);
+
+    // The files of these requests, once.
+    [[nodiscard]] std::set<std::string> takeWokenFiles();
+
 private:
     [[nodiscard]] std::chrono::seconds begin(const std::stop_source& wait);
     void end();
@@ -41,6 +49,7 @@ private:
     mutable std::mutex mutex;
     std::chrono::seconds next = firstRetryDelay;
     std::optional<std::stop_source> waiting;
+    std::set<std::string> wokenFiles;
 };
 
 } // namespace zembrastel

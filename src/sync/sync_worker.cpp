@@ -47,7 +47,7 @@ public:
     }
 
     void pass() {
-        std::optional<std::string> failure;
+        std::optional<Failure> failure;
         try {
             if (worker.profile.needsDownload) {
                 worker.profile.validateDownloadSelection();
@@ -57,15 +57,15 @@ public:
         } catch (const Cancelled&) {
             throw;
         } catch (const std::exception& error) {
-            failure = describe(error);
-            activity(*failure, true);
+            failure = reasonOf(error);
+            activity(failure->message, true, failure);
         }
         worker.events.deliver(event::PassEnded{failure});
     }
 
 private:
     // Why not all files were sent; nullopt if all were.
-    std::optional<std::string> sendOnce() {
+    std::optional<Failure> sendOnce() {
         worker.control->check();
         previous = scanFolder();
         for (int scans = 0; scans < maxScans; ++scans) {
@@ -73,10 +73,10 @@ private:
             const FileMap current = scanFolder();
             const KeepAsPrevious keep{previous, current};
             synchronise(current);
-            if (const auto failure = uploads.failure()) return failure->problem;
+            if (const auto failure = uploads.failure()) return failure->failure;
             if (changedPaths(scanFolder(), baseline).empty()) return std::nullopt;
         }
-        return "Some files did not stop changing.";
+        return Failure{.message = "Some files did not stop changing."};
     }
 
     // False if nothing may be downloaded.
@@ -99,7 +99,7 @@ private:
         } catch (const Cancelled&) {
             throw;
         } catch (const std::exception& error) {
-            waitToRetry(Phase::retryingDownload, describe(error));
+            waitToRetry(Phase::retryingDownload, failureOf(error), 0);
             return false;
         }
         activity("Initial download complete. Watching for local changes.", false);
@@ -131,7 +131,11 @@ private:
         } catch (const Cancelled&) {
             throw;
         } catch (const std::exception& error) {
-            waitToRetry(filesMissing ? Phase::filesMissing : Phase::waitingToRetry, describe(error));
+            const Failure failure = reasonOf(error);
+            const bool isOfServer = failure.kind == Failure::Kind::transfer;
+            waitToRetry(
+                filesMissing ? Phase::filesMissing : Phase::waitingToRetry, failure,
+                isOfServer ? changedPaths(previous, baseline).size() : 0);
             return;
         }
         worker.retryWait->reset();
@@ -199,6 +203,7 @@ private:
         const auto changed = changedPaths(current, baseline);
         const auto pending = static_cast<std::int64_t>(changed.size());
         uploads.keepFailuresOf(changed);
+        uploads.tryNow(worker.retryWait->takeWokenFiles());
         uploads.queryMissingDates();
         if (changed.empty()) {
             uploads.doneInBurst = 0;
@@ -206,6 +211,7 @@ private:
         } else {
             sendStable(changed, current, pending);
         }
+        uploads.reportRefused();
         forgetDeleted(current);
         // Equal entries: when they are shared, the next poll compares them by address.
         if (changed.empty()) baseline = current;
@@ -228,7 +234,13 @@ private:
         const auto failure = uploads.failure();
         if (!failure || std::exchange(waitingShown, true)) return;
         const auto waiting = static_cast<std::int64_t>(changedPaths(current, baseline).size());
-        status(Phase::waitingToRetry, retryDetail(failure->problem, failure->left), waiting);
+        worker.events.deliver(event::Status{
+            .phase = Phase::waitingToRetry,
+            .detail = retryDetail(failure->failure.message, failure->left),
+            .pending = waiting,
+            .outlook = retryOutlook(failure->left),
+            .failure = failure->failure,
+            .retryAt = worker.clock.now() + failure->left});
     }
 
     void forgetDeleted(const FileMap& current) {
@@ -241,9 +253,24 @@ private:
         worker.events.deliver(event::Baseline{baseline});
     }
 
-    void waitToRetry(Phase phase, const std::string& problem) {
-        activity(problem, true);
-        status(phase, retryDetail(problem, worker.retryWait->delay()), 0);
+    // Why the work ended: the file that was being sent belongs to it.
+    Failure reasonOf(const std::exception& error) {
+        Failure failure = failureOf(error);
+        if (auto ofServer = uploads.takeServerFailure()) failure = *std::move(ofServer);
+        if (filesMissing) failure.kind = Failure::Kind::filesMissing;
+        return failure;
+    }
+
+    void waitToRetry(Phase phase, const Failure& failure, std::size_t waiting) {
+        activity(failure.message, true, failure);
+        const auto delay = worker.retryWait->delay();
+        worker.events.deliver(event::Status{
+            .phase = phase,
+            .detail = retryDetail(failure.message, delay),
+            .outlook = retryOutlook(delay),
+            .failure = failure,
+            .retryAt = worker.clock.now() + delay,
+            .waiting = static_cast<std::int64_t>(waiting)});
         if (!worker.retryWait->sleep(worker.clock, stop)) throw Cancelled();
     }
 
@@ -255,8 +282,8 @@ private:
         worker.events.deliver(event::Status{.phase = phase, .detail = std::move(detail), .pending = pending});
     }
 
-    void activity(std::string text, bool error) const {
-        worker.events.deliver(event::Activity{.text = std::move(text), .error = error});
+    void activity(std::string text, bool error, std::optional<Failure> failure = std::nullopt) const {
+        worker.events.deliver(event::Activity{.text = std::move(text), .error = error, .failure = std::move(failure)});
     }
 
     const SyncWorker& worker;
@@ -277,7 +304,11 @@ private:
 } // namespace
 
 std::string retryDetail(const std::string& problem, std::chrono::seconds delay) {
-    return sentence(problem) + " Retrying in " + std::to_string(delay.count()) + " seconds.";
+    return sentence(problem) + " " + retryOutlook(delay);
+}
+
+std::string retryOutlook(std::chrono::seconds delay) {
+    return "Retrying in " + std::to_string(delay.count()) + " seconds.";
 }
 
 std::string missingFilesProblem(const std::string& localFolder) {

@@ -32,6 +32,8 @@ inline constexpr int maxScans = 15; // of one pass
 // "… Retrying in 5 seconds."
 [[nodiscard]] std::string retryDetail(const std::string& problem, std::chrono::seconds delay);
 
+[[nodiscard]] std::string retryOutlook(std::chrono::seconds delay);
+
 // The paths whose current version differs from the baseline, in ascending order.
 [[nodiscard]] std::vector<std::string> changedPaths(const FileMap& current, const FileMap& baseline);
 

@@ -115,7 +115,7 @@ void UploadQueue::send(const std::vector<std::string>& paths, const FileMap& cur
             }};
     const bool reachedAll = publish(transport, files, events);
     reportDisputed();
-    if (!reachedAll) throw SyncError(std::exchange(serverFailure, std::nullopt).value_or("Transfer failed."));
+    if (!reachedAll) throw SyncError(serverFailure ? serverFailure->message : "Transfer failed.");
     doneInBurst = 0;
 }
 
@@ -150,13 +150,15 @@ void UploadQueue::published(const CompleteCopy& copy) {
 }
 
 void UploadQueue::failed(const FileToPublish& file, const PublishFailure& failure) {
+    Failure why = failureOf(TransferError(failure.code, failure.message, failure.reply));
+    why.path = file.path;
     if (failure.kind == PublishFailure::Kind::server) {
-        serverFailure = failure.message;
+        serverFailure = why;
         return;
     }
-    const std::string problem = uploadProblem(failure.message, file.path);
-    retries.failed(file.path, file.fingerprint, problem, worker.clock.steadyNow());
-    activity(problem, true);
+    why.message = uploadProblem(failure.message, file.path);
+    retries.failed(file.path, file.fingerprint, why, worker.clock.steadyNow());
+    activity(why.message, true, why);
 }
 
 void UploadQueue::queryMissingDates() {
@@ -190,7 +192,7 @@ std::optional<UploadQueue::Waiting> UploadQueue::failure() const {
     const auto* first = retries.first();
     if (first == nullptr) return std::nullopt;
     const auto left = std::chrono::ceil<std::chrono::seconds>(first->until - worker.clock.steadyNow());
-    return Waiting{.problem = first->message, .left = std::max(left, std::chrono::seconds(0))};
+    return Waiting{.failure = first->why, .left = std::max(left, std::chrono::seconds(0))};
 }
 
 void UploadQueue::keepFailuresOf(const std::vector<std::string>& changed) {
@@ -198,8 +200,19 @@ void UploadQueue::keepFailuresOf(const std::vector<std::string>& changed) {
     std::erase_if(writtenSince, [&](const auto& file) { return !std::ranges::binary_search(changed, file.first); });
 }
 
-void UploadQueue::activity(std::string text, bool error) const {
-    worker.events.deliver(event::Activity{.text = std::move(text), .error = error});
+void UploadQueue::tryNow(const std::set<std::string>& paths) {
+    for (const auto& path : paths) retries.tryNow(path);
+}
+
+void UploadQueue::reportRefused() {
+    auto refused = retries.all();
+    if (refused == reportedRefused) return;
+    reportedRefused = refused;
+    worker.events.deliver(event::FilesRefused{std::move(refused)});
+}
+
+void UploadQueue::activity(std::string text, bool error, std::optional<Failure> failure) const {
+    worker.events.deliver(event::Activity{.text = std::move(text), .error = error, .failure = std::move(failure)});
 }
 
 } // namespace zembrastel

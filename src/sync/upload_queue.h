@@ -19,6 +19,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace zembrastel {
@@ -55,10 +56,19 @@ public:
     // The first waiting file in the order of paths: why it waits, for the user, and for how long. Nullopt if no file
     // waits.
     struct Waiting {
-        std::string problem;
+        Failure failure;
         std::chrono::seconds left;
     };
     [[nodiscard]] std::optional<Waiting> failure() const;
+
+    // The failure of the server that ended the last send(), with the file that was being sent; once.
+    [[nodiscard]] std::optional<Failure> takeServerFailure() { return std::exchange(serverFailure, std::nullopt); }
+
+    // Ends the waits of these files.
+    void tryNow(const std::set<std::string>& paths);
+
+    // Reports the files that wait, if they are others than before.
+    void reportRefused();
 
     // Forgets the failures of files that are not among the changed ones any more.
     void keepFailuresOf(const std::vector<std::string>& changed);
@@ -73,7 +83,7 @@ private:
     void announce(const std::vector<CompleteCopy>& copies);
     void published(const CompleteCopy& copy);
     void failed(const FileToPublish& file, const PublishFailure& failure);
-    void activity(std::string text, bool error) const;
+    void activity(std::string text, bool error, std::optional<Failure> failure = std::nullopt) const;
 
     const SyncWorker& worker;
     const FTPTransport& transport;
@@ -85,7 +95,8 @@ private:
     std::map<std::string, FileRetries::Time, std::less<>> writtenSince; // files that a program has open for writing
     std::map<std::string, int, std::less<>> undated; // went live without a date; the number of queries since
     std::set<std::string, std::less<>> disputed;     // not replaced
-    std::optional<std::string> serverFailure;
+    std::optional<Failure> serverFailure;
+    std::vector<Failure> reportedRefused;
 };
 
 } // namespace zembrastel

@@ -7,13 +7,16 @@
 #include "model/server_version.h"
 #include "sync/phase.h"
 #include "sync/transfer_progress.h"
+#include "transport/failure.h"
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <optional>
 #include <set>
 #include <string>
 #include <variant>
+#include <vector>
 
 namespace zembrastel {
 
@@ -24,12 +27,24 @@ struct Status {
     Phase phase = Phase::watching; // filesMissing: see SyncWorker::filesMayBeGone
     std::string detail;
     std::int64_t pending = 0; // changed files
+    // Of a worker that waits to retry: the end of the detail after the reason, why, until when, and how many changed
+    // files wait with it.
+    std::string outlook = {};
+    std::optional<Failure> failure = std::nullopt;
+    std::optional<std::chrono::system_clock::time_point> retryAt = std::nullopt;
+    std::int64_t waiting = 0;
 };
 
 // A line for the activity log.
 struct Activity {
     std::string text;
     bool error = false;
+    std::optional<Failure> failure = std::nullopt; // that it reports
+};
+
+// All files that wait after a failure of their own, when they are others than before. Other files go on.
+struct FilesRefused {
+    std::vector<Failure> failures; // in the order of their paths
 };
 
 // A file is live on the server in this version.
@@ -70,14 +85,14 @@ struct ServerChanged {
 
 // The single pass has ended.
 struct PassEnded {
-    std::optional<std::string> failure; // why it is incomplete; nullopt if all files are on the server
+    std::optional<Failure> failure; // why it is incomplete; nullopt if all files are on the server
 };
 
 } // namespace event
 
 using WorkerEvent = std::variant<
-    event::Status, event::Activity, event::Uploaded, event::Baseline, event::Downloaded, event::RemoteDate,
-    event::DownloadFinished, event::FolderReturned, event::ServerChanged, event::PassEnded>;
+    event::Status, event::Activity, event::FilesRefused, event::Uploaded, event::Baseline, event::Downloaded,
+    event::RemoteDate, event::DownloadFinished, event::FolderReturned, event::ServerChanged, event::PassEnded>;
 
 // How events reach the model. Called on the worker's thread.
 struct EventSink {

@@ -111,6 +111,9 @@ struct FTPTransport {
     // The number of entries in the profile's remote folder. Reads only.
     [[nodiscard]] std::size_t test() const;
 
+    // Makes the profile's remote folder, level by level. Does nothing if it is there.
+    void createFolder() const;
+
     // Sends the version of the local file with this fingerprint and replaces the live file by it, whatever its version:
     // see publishing.h. Makes missing remote folders. A failure at any moment leaves the live file unchanged; a
     // temporary file may stay on the server until a later upload removes it.

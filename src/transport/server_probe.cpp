@@ -56,7 +56,7 @@ bool isOver(const Transcript& answer) {
 // The certificate that was the reason of the failure; nullopt if it was not, or cannot be fetched.
 std::optional<SeenCertificate> refusedCertificate(
     const FTPTransport& transport, const Transcript& answer, const Clock& clock) {
-    if (answer.code != CurlCode::untrustedCertificate && answer.code != CurlCode::wrongKey) return std::nullopt;
+    if (!isOfCertificate(answer.code)) return std::nullopt;
     try {
         auto inspected = inspectCertificate(transport.profile, *transport.control, clock);
         auto names = otherNamesOf(transport.profile.host, inspected.certificate);

@@ -1,8 +1,10 @@
 #include "ui/shell.h"
 
+#include "app/diagnosis/failure_catalogue.h"
 #include "model/error.h"
 #include "platform/standard_paths.h"
 #include "ui/backups/backups_sheet.h"
+#include "ui/certificate/certificate_sheet.h"
 #include "ui/content_picker/content_picker.h"
 #include "ui/import/import_sheet.h"
 #include "ui/remote_changes/review_sheet.h"
@@ -27,13 +29,16 @@ QString shortPath(const std::filesystem::path& path) {
 
 Shell::Shell(AppModel& model, MainContext& mainContext, std::optional<LoginEntry> loginEntry)
     : context(mainContext), bridge(model), window(bridge), tray(bridge), settings(model.isDemo()),
-      notifier(bridge, settings), startEntry(std::move(loginEntry)) {
+      notifier(bridge, settings), startEntry(std::move(loginEntry)), folderCreation(mainContext),
+      certificates(bridge, mainContext) {
     window.setHooks(
         {.newProfile = [this] { openEditor(std::nullopt, false); },
          .importProfiles = [this] { importProfiles(); },
          .editProfile = [this](const Uuid& id) { openEditor(id, false); },
          .editContents = [this](const Uuid& id) { openEditor(id, true); },
          .showBackups = [this](const Uuid& id) { showBackups(id); },
+         .reviewCertificate = [this](const Uuid& id) { certificates.start(id, window); },
+         .createFolder = [this](const Uuid& id) { createFolder(id); },
          .showReview =
              [this](const RemoteReview& review, bool requestedByUser) { showReview(review, requestedByUser); }});
     // Queued, because quitting also closes the window; after that no more events are handled.
@@ -82,6 +87,23 @@ void Shell::startAtLogin(bool wanted) {
             .arg(shortPath(startEntry->file())));
 }
 
+void Shell::createFolder(const Uuid& id) {
+    const auto create = [this, id](const std::string& password) {
+        const Profile* const profile = bridge.model().profile(id);
+        if (profile == nullptr) return; // removed meanwhile
+        folderCreation.createFolder(
+            *profile, password, [this, id, created = *profile](const ConnectionCheck::Result& result) {
+                if (result.failure) {
+                    window.showFailure(toQString(explain(*result.failure, created).text()));
+                } else if (bridge.model().running(id)) {
+                    bridge.model().retryCheck(id);
+                }
+            });
+    };
+    bridge.model().withPassword(
+        id, create, [this](const std::string& failure) { window.showFailure(toQString(failure)); });
+}
+
 void Shell::importProfiles() {
     window.bringForward();
     chooseImportFile(&window, [this](const std::filesystem::path& file) {
@@ -107,6 +129,13 @@ void Shell::openEditor(const std::optional<Uuid>& id, bool onContents) {
         [this, editor](
             const Profile& draft, const std::string& password, bool syncMode, const DownloadSelection& current,
             ProfileEditor::Apply apply) { browse(*editor, draft, password, syncMode, current, std::move(apply)); });
+    editor->setReviewCertificate(
+        [editor](const Profile& draft, const InspectedCertificate& seen, std::function<void(const TrustedKey&)> trust) {
+            auto* const sheet =
+                new CertificateSheet(draft, seen, std::chrono::system_clock::now(), std::move(trust), editor);
+            sheet->setAttribute(Qt::WA_DeleteOnClose);
+            sheet->open();
+        });
     connect(editor, &ProfileEditor::moved, &window, &MainWindow::offerToSendAll);
     if (onContents) editor->openSyncContentsOnAppear();
     editor->open();

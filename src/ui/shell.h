@@ -5,11 +5,13 @@
 #pragma once
 
 #include "ui/bridge/model_bridge.h"
+#include "ui/certificate/certificate_review.h"
 #include "ui/desktop/login_entry.h"
 #include "ui/desktop/notifier.h"
 #include "ui/desktop/tray_item.h"
 #include "ui/desktop/window_settings.h"
 #include "ui/main_window/main_window.h"
+#include "ui/profile_editor/connection_check.h"
 #include "ui/profile_editor/profile_editor.h"
 
 #include <QObject>
@@ -37,6 +39,7 @@ private:
     void browse(
         ProfileEditor& editor, const Profile& draft, const std::string& password, bool syncMode,
         const DownloadSelection& current, ProfileEditor::Apply apply);
+    void createFolder(const Uuid& id);
     void showBackups(const Uuid& id);
     void showReview(const RemoteReview& review, bool requestedByUser);
     void explainBackgroundSync();
@@ -49,6 +52,8 @@ private:
     Notifier notifier;
     const std::optional<LoginEntry> startEntry;
     bool closingExplained = false;
+    ConnectionCheck folderCreation;
+    CertificateReview certificates;
 };
 
 } // namespace zembrastel::ui

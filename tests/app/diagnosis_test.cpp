@@ -82,8 +82,10 @@ TEST(Diagnosis, FailedConnectionIsNamedByItsCause) {
              {"curl: (9) Server denied you", {"230 In", "550 No such folder"}, "folder", "550 No such folder"},
              {silence, {"230 In", "227 Passive"}, "listing", "passive mode"}}) {
         const auto profile = profileOf(transport, port);
+        const auto code = CurlCode(std::stoi(failure.substr(failure.find('(') + 1)));
         ServerObservations seen{
-            .at = {}, .mlsd = {.answer = {.connected = connected, .failure = failure, .replies = replies}}};
+            .at = {},
+            .mlsd = {.answer = {.connected = connected, .code = code, .failure = failure, .replies = replies}}};
         const auto findings = diagnose(profile, seen);
         EXPECT_EQ(wrongIn(findings), Words{subject}) << failure;
         const auto* finding = findingOf(findings, subject);

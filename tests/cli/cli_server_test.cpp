@@ -111,7 +111,17 @@ TEST_F(CliWithServer, ProfileIsDownloadedBeforeItsReview) {
     }
 }
 
-TEST_F(CliWithServer, EveryFailureIsOneLineWithCurlsWords) {
+TEST_F(CliWithServer, MissingRemoteFolderIsCreatedOnlyOnRequest) {
+    Profile profile = place.profile();
+    profile.remoteFolder += "/new/shop";
+    place.saveProfile(profile);
+    expect(1, "push", {"/new/shop does not exist on localhost.", "--create-remote-folder"});
+    EXPECT_FALSE(std::filesystem::exists(serverSite / "new"));
+    expect(0, "push --create-remote-folder", {"/new/shop exists now.", "Pushed"});
+    EXPECT_EQ(readFile(serverSite / "new/shop/index.html"), "hello");
+}
+
+TEST_F(CliWithServer, EveryFailureSaysWhatToDoNext) {
     const Profile good = place.profile();
     const FtpServer secure(FtpServer::Kind::proftpd, {.tls = FtpServer::Tls::explicitTls}); // with an unknown issuer
     struct Case {
@@ -121,18 +131,22 @@ TEST_F(CliWithServer, EveryFailureIsOneLineWithCurlsWords) {
     };
     for (const auto& [spoil, printed, status] : std::vector<Case>{
              {[](Profile& profile) { profile.host = "nosuch.invalid"; },
-              "curl: (6) Could not resolve host: nosuch.invalid"},
-             {[](Profile& profile) { profile.port = 1; }, "curl: (7) Failed to connect"},
-             {[](Profile& profile) { profile.remoteFolder += "/nosuch"; }, "curl: (9) Server denied you to change"},
+              "The server name nosuch.invalid is not known. Check the name in the profile"},
+             {[](Profile& profile) { profile.port = 1; }, "There is no answer from localhost at port 1. Check"},
+             {[](Profile& profile) { profile.remoteFolder += "/nosuch"; },
+              "/nosuch does not exist on localhost. Create it"},
              {[](Profile& profile) { profile.transport = TransferProtocol::ftps; },
-              "curl: (64) Requested SSL level failed"},
+              "The server does not encrypt. Choose"},
              {[&secure](Profile& profile) {
                   profile.port = secure.port();
                   profile.transport = TransferProtocol::ftps;
               },
-              "curl: (60) SSL certificate problem: "},
+              "cannot be verified. Nothing has been sent, not even the password."},
              {[this](Profile&) { place.savePassword("wrong-hush"); },
-              "curl: (67) Access denied: 530. Check the user name and the password.", 5}}) {
+              "The server refused the username or the password. Check both in the profile, then test the connection "
+              "there. "
+              "(curl: (67) Access denied: 530)",
+              5}}) {
         Profile profile = good;
         spoil(profile);
         place.saveProfile(profile);

@@ -325,7 +325,9 @@ TEST_F(RunningProgram, PushNamesWhatWasNotSentAndFails) {
     ASSERT_EQ(::chmod((serverSite / "locked").c_str(), 0555), 0); // the server's user cannot write there
     writeTree(site, {{"locked/page", "1"}, {"index.html", "sent before it"}, {"zzz", "1"}});
     const auto failed = expect(
-        1, "push", {"Uploaded index.html\nUploaded zzz\nNot sent: locked/page\n", "(locked/page). Not sent: 1 file."});
+        1, "push",
+        {"Uploaded index.html\nUploaded zzz\nNot sent: locked/page\n",
+         "locked/page: You may not write to this folder on the server.", "Not sent: 1 file."});
     EXPECT_TRUE(isOneLine(failed.errors)) << failed.errors;
     place.savePassword("wrong");
     expect(5, "push", {"Nothing was uploaded."});

@@ -87,7 +87,7 @@ TEST_F(TrustCommands, ChangedKeyIsExplainedAndGetsNoLogin) {
     profile.trustedKey =
         TrustedKey{.key = *KeyHash::parse(keyOf(certificates().impostor)), .host = profile.host, .port = profile.port};
     place.saveProfile(profile);
-    const std::string changed = "The key of 127.0.0.1 has changed: it is not the one that this profile trusts.";
+    const std::string changed = "The key of 127.0.0.1 has changed. It is not the one that this profile trusts.";
     place.expect(1, "test x", {changed});
     place.expect(1, "push x", {changed});
     place.expect(1, "doctor x", {"the profile trusts " + profile.trustedKey->key.text()});

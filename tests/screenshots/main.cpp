@@ -9,9 +9,11 @@
 #include "support/local_site.h"
 #include "ui/backups/backups_sheet.h"
 #include "ui/bridge/qt_main_context.h"
+#include "ui/certificate/certificate_sheet.h"
 #include "ui/content_picker/content_picker.h"
 #include "ui/import/import_sheet.h"
 #include "ui/main_window/main_window.h"
+#include "ui/profile_editor/connection_fields.h"
 #include "ui/profile_editor/profile_editor.h"
 #include "ui/remote_changes/review_sheet.h"
 #include "ui/screen.h"
@@ -374,6 +376,9 @@ public:
             {"welcome", mainSize, [this] { return shown(std::make_unique<MainWindow>(emptyBridge)); }},
             {"editor-new", {880, 568}, [this] { return editor(std::nullopt); }},
             {"editor-edit", {880, 656}, [this] { return editor(sites.id("Documentation")); }},
+            {"editor-trusted-key", {880, 656}, [this] { return editorWithKey(); }},
+            {"certificate", {640, 0}, [this] { return certificate(std::nullopt); }},
+            {"certificate-changed", {640, 0}, [this] { return certificate(trustedKey()); }},
             {"picker-sync", {720, 776}, [this] { return picker(); }},
             {"review", {680, 480}, [this] { return review(); }},
             {"backups", {720, 520}, [this] { return backups(); }},
@@ -436,6 +441,39 @@ private:
         auto opened = shown(std::make_unique<ProfileEditor>(bridge, context, id, nullptr));
         if (id) button(*opened, "Excluded files and folders").click();
         return opened;
+    }
+
+    [[nodiscard]] TrustedKey trustedKey() {
+        using namespace std::chrono;
+        const Profile& profile = *sites.model().profile(sites.id("Documentation"));
+        const auto key = KeyHash::parse("5F3A91C27E04D86B1C99A2F0473DE15BB86247F09A3C5DE1082F7C64E9B3A1D7");
+        return {
+            .key = *key, .host = profile.host, .port = profile.port, .since = sys_days(2026y / November / 20) + 12h};
+    }
+
+    [[nodiscard]] std::unique_ptr<QWidget> editorWithKey() {
+        auto opened = editor(sites.id("Documentation"));
+        opened->findChild<ConnectionFields*>()->setTrustedKey(trustedKey());
+        settle();
+        return opened;
+    }
+
+    [[nodiscard]] std::unique_ptr<QWidget> certificate(const std::optional<TrustedKey>& trusted) {
+        using namespace std::chrono;
+        Profile profile = *sites.model().profile(sites.id("Documentation"));
+        profile.trustedKey = trusted;
+        const auto shownKey = KeyHash::parse("C41D08E7B2956FA03E7712CD94A8601FE5D39B4476081CAF2B90D7E35A16F84C");
+        const InspectedCertificate seen{
+            .certificate =
+                {.issuedFor = "vps-2214.hosting.example",
+                 .issuedBy = "vps-2214.hosting.example",
+                 .validFrom = sys_days(2026y / March / 3),
+                 .validUntil = sys_days(2027y / March / 3),
+                 .key = trusted ? *shownKey : trustedKey().key,
+                 .selfSigned = true},
+            .faults = {CertificateFault::otherName, CertificateFault::selfSigned}};
+        return shown(std::make_unique<CertificateSheet>(
+            profile, seen, std::chrono::system_clock::now(), [](const auto&) {}, nullptr));
     }
 
     // The folders are listed by a real server, which the picture does not show.

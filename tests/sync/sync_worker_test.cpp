@@ -104,6 +104,10 @@ protected:
                 return std::string(factsOf(status.phase).title) + " | " + status.detail + " | "
                        + std::to_string(status.pending);
             },
+            [this](const event::FilesRefused& event) {
+                refused = event.failures;
+                return "files refused: " + std::to_string(refused.size());
+            },
             [](const event::Activity& activity) { return (activity.error ? "error: " : "line: ") + activity.text; },
             [this](const event::Uploaded& uploaded) {
                 baseline.set(uploaded.path, uploaded.fingerprint);
@@ -124,7 +128,9 @@ protected:
             [](const event::DownloadFinished&) { return std::string("download finished"); },
             [](const event::FolderReturned&) { return std::string("folder returned"); },
             [](const event::ServerChanged&) { return std::string("server changed"); },
-            [](const event::PassEnded& ended) { return "pass ended: " + ended.failure.value_or("well"); }};
+            [](const event::PassEnded& ended) {
+                return "pass ended: " + (ended.failure ? ended.failure->message : "well");
+            }};
         events.push_back(std::visit(text, taken));
     }
 
@@ -144,6 +150,7 @@ protected:
     RemoteDates dates;   // likewise
     ServerVersions seen; // by a server check
     std::vector<std::string> events;
+    std::vector<Failure> refused;
     std::vector<std::chrono::seconds> waits;
 };
 

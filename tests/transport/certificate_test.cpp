@@ -62,7 +62,7 @@ TEST(TrustedKey, NoOtherKeyGetsALoginOrAFile) {
                     return site.transport().test();
                 });
                 const std::string changed =
-                    "The key of localhost has changed: it is not the one that this profile trusts.";
+                    "The key of localhost has changed. It is not the one that this profile trusts.";
                 EXPECT_EQ(failure.substr(0, changed.size()), accepted ? "" : changed);
             }
             EXPECT_EQ(logging.commands().find("USER") != std::string::npos, accepted) << logging.commands();

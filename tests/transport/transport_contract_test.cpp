@@ -223,10 +223,11 @@ TEST_P(TransportContract, CancelledTransferHarmsNeitherSide) {
     }
 }
 
+const std::string noFolder = "curl: (9) Server denied you to change to the given directory";
+
 TEST_P(TransportContract, RefusalsHaveTheSameMessageOnEveryServer) {
     server->put("site/page", "x");
     LocalSite site(*server);
-    const std::string noFolder = "curl: (9) Server denied you to change to the given directory";
     EXPECT_EQ(failureOf([&] { return site.transport().list("missing"); }), noFolder);
     EXPECT_EQ(
         failureOf([&] { return site.transport().modificationDate("missing"); }), "curl: (78) The file does not exist");
@@ -234,6 +235,18 @@ TEST_P(TransportContract, RefusalsHaveTheSameMessageOnEveryServer) {
     site.password = "secret-not-s3cret";
     if (kind() == Kind::vsftpd) site.profile.username = "nobody-here"; // its anonymous user has no password
     EXPECT_EQ(failureOf([&] { return site.transport().modificationDate("page"); }), "curl: (67) Access denied: 530");
+}
+
+TEST_P(TransportContract, MissingRemoteFolderIsMadeWholeOnRequest) {
+    LocalSite site(*server);
+    site.profile.remoteFolder += "/new/deep er";
+    EXPECT_EQ(failureOf([&] { return site.transport().test(); }), noFolder);
+    site.transport().createFolder();
+    EXPECT_EQ(site.transport().test(), 0U);
+    site.transport().createFolder(); // it is there
+    site.password = "secret-not-s3cret";
+    if (kind() == Kind::vsftpd) site.profile.username = "nobody-here";
+    EXPECT_THROW(site.transport().createFolder(), SyncError);
 }
 
 std::string nameOf(const ::testing::TestParamInfo<TransportContract::ParamType>& info) {

@@ -7,6 +7,8 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QMenu>
+#include <QPlainTextEdit>
+#include <QPushButton>
 #include <QScopeGuard>
 #include <QScrollBar>
 #include <QWheelEvent>
@@ -145,7 +147,7 @@ TEST_F(MainWindowTest, SkippingAFailedCheckNeedsConfirmation) {
     ASSERT_TRUE(failsCheck(id));
     QCoreApplication::processEvents();
     const QString failure = QString::fromStdString(model->checkFailures().at(id));
-    EXPECT_TRUE(shows(failure));
+    EXPECT_TRUE(shows("There is no answer from 127.0.0.1 at port 1."));
     EXPECT_TRUE(shows("Server check needs attention"));
     QGuiApplication::clipboard()->clear();
     press("Copy details");
@@ -287,7 +289,7 @@ TEST_F(MainWindowTest, ForgettingMissingFilesClearsTheirRecord) {
     EXPECT_EQ(find("Forget the missing files"), nullptr);
 }
 
-TEST(DetailBanners, FailedCheckDoesNotHideAReview) {
+TEST(DetailBanners, EachFailureOffersItsWayOut) {
     DetailBanners banners;
     const auto offered = [&] {
         QStringList texts;
@@ -296,10 +298,42 @@ TEST(DetailBanners, FailedCheckDoesNotHideAReview) {
         }
         return texts.join('|');
     };
-    banners.setWaiting(true, "curl: (28) Timeout was reached");
+    const Failure refusal{
+        .message = "curl: (67) Access denied", .kind = Failure::Kind::transfer, .code = CurlCode::loginRefused};
+    ProfileStatus status;
+    const std::string ofCheck = refusal.message;
+    status.failure = refusal;
+    banners.setWaiting(true, shownFailure(status, &ofCheck, Profile()));
     EXPECT_EQ(offered(), "Review newer server files…");
-    banners.setWaiting(false, "curl: (28) Timeout was reached");
-    EXPECT_EQ(offered(), "Retry server check|Start without checking…");
+    banners.setWaiting(false, shownFailure(status, &ofCheck, Profile()));
+    EXPECT_EQ(offered(), "Edit profile…|Retry server check|Start without checking…|Pause|Details");
+    EXPECT_FALSE(banners.findChild<QPlainTextEdit*>()->isVisibleTo(&banners));
+    for (auto* const each : banners.buttons()) {
+        auto* const button = qobject_cast<QPushButton*>(each);
+        if (button != nullptr && button->text() == "Details") button->click();
+    }
+    EXPECT_EQ(banners.findChild<QPlainTextEdit*>()->toPlainText(), "curl: (67) Access denied");
+    EXPECT_TRUE(banners.findChild<QPlainTextEdit*>()->isVisibleTo(&banners));
+    const Failure lost{
+        .message = "curl: (56)", .kind = Failure::Kind::transfer, .code = CurlCode::receiveFailed, .path = "a/b"};
+    status.enter(Phase::waitingToRetry, "curl: (56)");
+    status.failure = lost;
+    status.retryAt = std::chrono::system_clock::time_point{};
+    status.waiting = 3;
+    banners.setWaiting(false, shownFailure(status, nullptr, Profile()));
+    EXPECT_EQ(offered(), "Retry now|Pause|Details");
+    EXPECT_TRUE(banners.failure().accessibleName().startsWith("The server closed the connection. a/b is tried again"));
+    EXPECT_TRUE(banners.failure().accessibleName().endsWith("2 more files wait behind it."));
+    status.refused = {lost};
+    banners.setWaiting(false, shownFailure(status, nullptr, Profile()));
+    banners.setRefused(status, Profile());
+    EXPECT_EQ(offered(), "") << "other files go on";
+    EXPECT_TRUE(banners.refused().isVisibleTo(&banners));
+    QStringList asked;
+    QObject::connect(
+        &banners.refused(), &RefusedFilesBanner::retryRequested, [&](const QString& path) { asked << path; });
+    for (auto* const each : banners.refused().findChildren<QPushButton*>()) each->click();
+    EXPECT_EQ(asked, QStringList{"a/b"});
     banners.setWaiting(false, std::nullopt, false, {"a", "b", "c", "d", "e"});
     EXPECT_EQ(offered(), "Send again|Leave them");
     QStringList texts;

@@ -76,7 +76,7 @@ TEST_F(NotifierTest, RecoveryReplacesTheFailureNotification) {
     model->retryNow();
     ASSERT_TRUE(waitFor([this] { return service.shown.size() == 1; }));
     EXPECT_EQ(service.shown[0].title, "Site cannot be kept up to date");
-    EXPECT_TRUE(service.shown[0].text.startsWith("curl: (7) ")) << service.shown[0].text.toStdString();
+    EXPECT_TRUE(service.shown[0].text.startsWith("There is no answer from ")) << service.shown[0].text.toStdString();
     model->startWithoutCheck(id);
     ASSERT_TRUE(waitFor([this] { return service.shown.size() == 2; }));
     EXPECT_EQ(service.shown[1].title, "Site is kept up to date again");

@@ -309,7 +309,26 @@ TEST_F(ProfileEditorTest, ConnectionTestReportsTheServersAnswer) {
     EXPECT_EQ(message(), "") << "the message is about another password";
     press("Test connection");
     ASSERT_TRUE(saysSomething());
-    EXPECT_TRUE(message().contains("67")) << message().toStdString();
+    EXPECT_TRUE(message().startsWith("The server refused the username or the password. Check"))
+        << message().toStdString();
+
+    type("Server", " " + line("Server").text() + " "); // blanks around it are no part of the name
+    type("Password", QString::fromStdString(server.password()));
+    type("Remote folder", QString::fromStdString(server.remoteFolder("new/shop")));
+    press("Test connection");
+    ASSERT_TRUE(saysSomething());
+    EXPECT_TRUE(message().endsWith("/new/shop on the server. Create it, or choose another one."))
+        << message().toStdString();
+    press("Create it");
+    ASSERT_TRUE(saysSomething());
+    EXPECT_EQ(message(), "The remote folder was created.");
+    EXPECT_TRUE(std::filesystem::is_directory(server.root() / "new/shop"));
+    type("Server", " ");
+    press("Test connection");
+    EXPECT_EQ(find("Create it"), nullptr);
+    EXPECT_EQ(message(), "Enter a name, server, username and local folder.");
+    type("Server", "127.0.0.1");
+    type("Remote folder", QString::fromStdString(server.remoteFolder()));
 
     const std::filesystem::path log = folder / "commands";
     FtpServer silent(FtpServer::Kind::odd, {.extra = {"--hang", "MLSD", "--log", log}});

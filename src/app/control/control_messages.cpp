@@ -86,6 +86,22 @@ void enterShownPhase(ProfileStatus& status, const ShownPhase& shown) {
     notUnderstood();
 }
 
+// The numbers of curl and of the server.
+void eachField(Maybe<Failure> auto& failure, const auto& visit) {
+    constexpr bool reads = !std::is_const_v<std::remove_reference_t<decltype(failure)>>;
+    auto code = static_cast<std::int64_t>(failure.code);
+    auto reply = static_cast<std::int64_t>(failure.reply);
+    visit("kind", failure.kind);
+    visit("message", failure.message);
+    visit("code", code);
+    visit("reply", reply);
+    visit("path", failure.path);
+    if constexpr (reads) {
+        failure.code = static_cast<CurlCode>(code);
+        failure.reply = static_cast<FtpReply>(reply);
+    }
+}
+
 void eachField(Maybe<ProfileStatus> auto& status, const auto& visit) {
     ShownPhase shown(status);
     visit("title", shown.title);
@@ -98,6 +114,9 @@ void eachField(Maybe<ProfileStatus> auto& status, const auto& visit) {
     visit("pending", status.pending);
     visit("lastUpload", status.lastUpload);
     visit("progress", status.progress);
+    visit("failure", status.failure);
+    visit("outlook", status.outlook);
+    visit("waiting", status.waiting);
 }
 
 void eachField(Maybe<answer::Choice> auto& choice, const auto& visit) {
@@ -128,6 +147,7 @@ void eachField(Maybe<Activity> auto& line, const auto& visit) {
     // Other programs learn only whether the line reports a failure, or an upload of which file.
     bool error = line.error();
     visit("error", error);
+    visit("failure", line.failure);
     bool uploaded = line.kind == Activity::Kind::uploaded;
     visit("uploaded", uploaded);
     if constexpr (!std::is_const_v<std::remove_reference_t<decltype(line)>>) {
@@ -168,6 +188,7 @@ void eachField(Maybe<answer::Outcome> auto& sent, const auto& visit) {
 void eachField(Maybe<answer::Failed> auto& sent, const auto& visit) {
     visit("reason", sent.reason);
     visit("text", sent.text);
+    visit("failure", sent.failure);
 }
 
 void eachField(Maybe<answer::Done> auto& sent, const auto& visit) { visit("reviewWaits", sent.reviewWaits); }
@@ -185,6 +206,8 @@ template <>
 constexpr std::array words<answer::Failed::Reason>{"notUnderstood", "noWindow",      "noProfile", "refused",
                                                    "paused",        "needsDownload", "server",    "otherReview",
                                                    "choiceWaits",   "notSaved"};
+template <>
+constexpr std::array words<Failure::Kind>{"other", "transfer", "filesMissing"};
 template <>
 constexpr std::array words<TransferProgress::Work>{"uploading", "downloading", "comparing", "comparingContents"};
 constexpr std::array answerWords{"status", "activity", "changed", "review", "outcome", "failed", "done"};

@@ -122,6 +122,9 @@ struct Failed {
 
     Reason reason = Reason::notUnderstood;
     std::string text = {};
+    std::optional<Failure> failure = {}; // of the reason `server`, with its kind
+
+    [[nodiscard]] Failure reported() const { return failure.value_or(Failure{.message = text}); }
 };
 
 struct Done {

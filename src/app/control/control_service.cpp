@@ -14,8 +14,9 @@ struct Refusal {
     answer::Failed answer;
 };
 
-[[noreturn]] void refuse(answer::Failed::Reason reason, std::string text = {}) {
-    throw Refusal{{.reason = reason, .text = std::move(text)}};
+[[noreturn]] void refuse(
+    answer::Failed::Reason reason, std::string text = {}, std::optional<Failure> failure = std::nullopt) {
+    throw Refusal{{.reason = reason, .text = std::move(text), .failure = std::move(failure)}};
 }
 
 bool hasFailedCheck(const AppModel& model, const Uuid& id) { return model.checkFailures().contains(id); }
@@ -381,7 +382,8 @@ bool ControlService::answerIfSettled(Client client, const Waiting& waiting) {
         end(client, answer::Done{.reviewWaits = true});
         return true;
     }
-    if (failure != model.checkFailures().end()) refuse(answer::Failed::Reason::server, failure->second);
+    if (failure != model.checkFailures().end())
+        refuse(answer::Failed::Reason::server, failure->second, model.checkFailure(id));
     if (!model.running(id)) {
         if (model.status(id).failed()) refuse(answer::Failed::Reason::refused, model.status(id).detail);
         refuse(answer::Failed::Reason::paused);

@@ -62,17 +62,6 @@ bool loggedIn(const Transcript& answer) {
 
 } // namespace
 
-int curlCode(std::string_view failure) {
-    constexpr std::string_view beginning = "curl: (";
-    int code = 0;
-    if (!failure.starts_with(beginning)) return 0;
-    for (const char digit : failure.substr(beginning.size())) {
-        if (digit < '0' || digit > '9') break;
-        code = code * 10 + (digit - '0');
-    }
-    return code;
-}
-
 bool reportsTooMany(const Transcript& answer) {
     return std::ranges::any_of(answer.replies, [](const std::string& reply) {
         const std::string words = asciiLowercase(reply);
@@ -84,12 +73,12 @@ bool reportsTooMany(const Transcript& answer) {
 }
 
 Finding unreached(const Profile& profile, const Transcript& answer) {
-    switch (curlCode(answer.failure)) {
-    case 6:
+    switch (answer.code) {
+    case CurlCode::hostNotFound:
         return wrong(
             Subject::address, "The name " + profile.host + " is unknown.",
             "Check the server's name in the profile. If it is right, check whether this machine is online.");
-    case 7:
+    case CurlCode::notConnected:
         return wrong(
             Subject::port,
             "The machine " + profile.host + " has nothing at port " + std::to_string(profile.port) + "." + said(answer),
@@ -120,29 +109,29 @@ Finding turnedAway(const Transcript& answer) {
 }
 
 std::optional<Finding> refusedBeforeLogin(const Profile& profile, const Transcript& answer) {
-    const int code = curlCode(answer.failure);
+    const CurlCode code = answer.code;
     if (loggedIn(answer)) return std::nullopt;
-    if (code == 60) return refusedCertificate(profile, answer);
-    if (code == 90) {
+    if (code == CurlCode::untrustedCertificate) return refusedCertificate(profile, answer);
+    if (code == CurlCode::wrongKey) {
         return wrong(
             Subject::certificate, "The key of " + profile.host + " is not the one that the profile trusts.",
             "Ask the hosting provider whether the server has a new key before you trust it.");
     }
-    if (code == 67) return refusedLogin(profile, answer);
+    if (code == CurlCode::loginRefused) return refusedLogin(profile, answer);
     const bool hangsUp = std::ranges::any_of(answer.replies, [](const auto& each) { return each.starts_with("421"); });
     if (hangsUp || reportsTooMany(answer)) return turnedAway(answer);
-    if (code == 64) {
+    if (code == CurlCode::tlsRefused) {
         return wrong(
             Subject::encryption, "The server offers no encryption at this port." + said(answer),
             "Ask the hosting provider whether the server has FTPS, of which kind and at which port. Only where it has "
             "none, "
             "choose FTP in the profile: the password then travels readable.");
     }
-    if (code == 35 && profile.transport == TransferProtocol::implicitTLS) {
+    if (code == CurlCode::tlsFailed && profile.transport == TransferProtocol::implicitTLS) {
         return wrong(
             Subject::encryption, "The server does not begin with TLS at this port." + said(answer), chooseExplicit);
     }
-    if (code == 35) {
+    if (code == CurlCode::tlsFailed) {
         return wrong(
             Subject::encryption, "The server and this machine do not agree on an encryption." + said(answer),
             "Ask the hosting provider to let the FTP server use TLS 1.2 or 1.3.");

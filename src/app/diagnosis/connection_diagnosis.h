@@ -7,12 +7,8 @@
 #include "model/profile.h"
 
 #include <optional>
-#include <string_view>
 
 namespace zembrastel {
-
-// 28 for "curl: (28) Timeout was reached"; 0 for any other text.
-[[nodiscard]] int curlCode(std::string_view failure);
 
 // Explains a conversation without any answer at the port.
 [[nodiscard]] Finding unreached(const Profile& profile, const Transcript& answer);

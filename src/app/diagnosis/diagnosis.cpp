@@ -86,7 +86,7 @@ private:
     }
 
     [[nodiscard]] bool folder() {
-        const bool missing = curlCode(seen.mlsd.answer.failure) == 9;
+        const bool missing = seen.mlsd.answer.code == CurlCode::noSuchFolder;
         if (missing) {
             add(wrong(
                 Subject::folder,

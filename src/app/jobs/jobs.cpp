@@ -262,6 +262,14 @@ void Jobs::retryNow() {
     for (const auto& [id, job] : jobs) job.work().retryWait->wake();
 }
 
+void Jobs::retryNow(const Uuid& id) {
+    if (const auto job = jobs.find(id); job != jobs.end()) job->second.work().retryWait->wake();
+}
+
+void Jobs::retryFile(const Uuid& id, const std::string& path) {
+    if (const auto job = jobs.find(id); job != jobs.end()) job->second.work().retryWait->wake(path);
+}
+
 void Jobs::publishReview(const Uuid& id) {
     const auto job = jobs.find(id);
     assert(job == jobs.end() || parts.reviews.postponed(id) == nullptr);

@@ -71,6 +71,9 @@ public:
     void join() { tasks.stopAll(); }
     // Ends the waits of all jobs that try something again.
     void retryNow();
+    // The same for one job, and for one file of it that waits after a failure of its own.
+    void retryNow(const Uuid& id);
+    void retryFile(const Uuid& id, const std::string& path);
 
     // Carries the decision on the review that waits out: these paths are downloaded, the others stay.
     [[nodiscard]] Decision decide(const Uuid& id, const PathSet& downloads);
@@ -113,6 +116,7 @@ private:
     void receive(const WorkerEvent& event, const Uuid& id);
     void apply(const event::Status& event, const Uuid& id);
     void apply(const event::Activity& event, const Uuid& id);
+    void apply(const event::FilesRefused& event, const Uuid& id);
     void apply(const event::Uploaded& event, const Uuid& id);
     void apply(const event::Baseline& event, const Uuid& id);
     void apply(const event::Downloaded& event, const Uuid& id);
@@ -127,7 +131,7 @@ private:
     void startCheck(const Uuid& id, const Earlier& earlier);
     [[nodiscard]] ServerRecord recordFor(const Uuid& id);
     void finishCheck(const ServerCheck& check, const Uuid& id, const Earlier& earlier);
-    void failCheck(const std::string& message, const Uuid& id, bool willRetry);
+    void failCheck(const Failure& failure, const Uuid& id, bool willRetry);
     void recordRecognised(const AnnouncedFiles& recognised, const Uuid& id);
     void findToSend(const ServerCheck& check, const Uuid& id);
     [[nodiscard]] bool sendsEverything(const Uuid& id);

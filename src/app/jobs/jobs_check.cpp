@@ -45,8 +45,8 @@ void Jobs::startCheck(const Uuid& id, const Earlier& earlier) {
     const auto found = [this, id, generation, earlier](const ServerCheck& check) {
         parts.context.post(ifCurrent(id, generation, [this, id, check, earlier] { finishCheck(check, id, earlier); }));
     };
-    const auto failed = [this, id, generation](const std::string& message) {
-        parts.context.post(ifCurrent(id, generation, [this, id, message] { failCheck(message, id, true); }));
+    const auto failed = [this, id, generation](const Failure& failure) {
+        parts.context.post(ifCurrent(id, generation, [this, id, failure] { failCheck(failure, id, true); }));
     };
     const auto body = [this, work = jobs.at(id).work(), found, failed, record = recordFor(id),
                        journal = parts.records.journal(id)](const std::stop_token& stop) mutable {
@@ -62,7 +62,7 @@ void Jobs::startCheck(const Uuid& id, const Earlier& earlier) {
             } catch (const Cancelled&) {
                 return;
             } catch (const std::exception& error) {
-                failed(describe(error));
+                failed(failureOf(error));
             }
             if (!work.retryWait->sleep(parts.clock, stop)) return;
         }
@@ -97,14 +97,17 @@ void Jobs::finishCheck(const ServerCheck& check, const Uuid& id, const Earlier& 
     askForDecision(id);
 }
 
-void Jobs::failCheck(const std::string& message, const Uuid& id, bool willRetry) {
-    if (!step(id, [&](Job& job) { return willRetry ? job.failCheck(message) : job.failDownload(message); })) return;
-    parts.statuses.enter(
-        id, Phase::checkFailed,
-        sentence(message)
-            + (willRetry ? " Uploads remain paused; the check will retry automatically."
-                         : " Uploads remain paused. Retry the server check to review the latest versions."));
-    parts.statuses.logFailure(id, message);
+void Jobs::failCheck(const Failure& failure, const Uuid& id, bool willRetry) {
+    if (!step(id, [&](Job& job) {
+            return willRetry ? job.failCheck(failure.message) : job.failDownload(failure.message);
+        })) {
+        return;
+    }
+    parts.statuses.enterFailed(
+        id, Phase::checkFailed, failure,
+        willRetry ? "Uploads remain paused; the check will retry automatically."
+                  : "Uploads remain paused. Retry the server check to review the latest versions.");
+    parts.statuses.logFailure(id, failure.message, failure);
     publishReview(id);
 }
 

@@ -14,11 +14,19 @@ void Jobs::apply(const event::Status& event, const Uuid& id) {
     parts.statuses.change(id, [&event](ProfileStatus& status) {
         status.enter(event.phase, event.detail);
         status.pending = event.pending;
+        status.failure = event.failure;
+        status.outlook = event.outlook;
+        status.retryAt = event.retryAt;
+        status.waiting = event.waiting;
     });
 }
 
 void Jobs::apply(const event::Activity& event, const Uuid& id) {
-    parts.statuses.log(id, event.text, event.error ? Activity::Kind::failure : Activity::Kind::note);
+    parts.statuses.log(id, event.text, event.error ? Activity::Kind::failure : Activity::Kind::note, {}, event.failure);
+}
+
+void Jobs::apply(const event::FilesRefused& event, const Uuid& id) {
+    parts.statuses.change(id, [&event](ProfileStatus& status) { status.refused = event.failures; });
 }
 
 void Jobs::apply(const event::Uploaded& event, const Uuid& id) {
@@ -82,7 +90,7 @@ void Jobs::apply(const event::ServerChanged& event, const Uuid& id) {
 
 void Jobs::apply(const event::PassEnded& event, const Uuid& id) {
     finishWithoutWatching(id);
-    if (event.failure) parts.statuses.enter(id, Phase::stopped, *event.failure);
+    if (event.failure) parts.statuses.enterFailed(id, Phase::stopped, *event.failure);
 }
 
 } // namespace zembrastel

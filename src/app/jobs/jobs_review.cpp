@@ -97,7 +97,7 @@ void Jobs::startReviewDownload(const Uuid& id, const std::vector<RemoteChange>& 
         } catch (const Cancelled&) {
             // Stopped: what was replaced is recorded, the rest is as it was.
         } catch (const std::exception& error) {
-            onMain([this, id, message = describe(error)] { failCheck(message, id, false); });
+            onMain([this, id, failure = failureOf(error)] { failCheck(failure, id, false); });
         }
     };
     if (step(id, [&](Job& job) { return job.download([&] { return startTask(id, body); }); })) publishReview(id);

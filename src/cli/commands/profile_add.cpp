@@ -2,6 +2,7 @@
 
 #include "cli/session/passwords.h"
 #include "cli/session/profile_options.h"
+#include "cli/session/server_call.h"
 #include "cli/session/session.h"
 #include "cli/terminal/prompt.h"
 #include "cli/text/presentation.h"
@@ -87,8 +88,10 @@ ExitCode addProfile(const CommandContext& context, const AddRequest& request) {
             ExitCode::failed, "Cannot save the profile " + inQuotes(profile.name) + ": " + sentence(describe(error))
                                   + " It was not added.");
     }
-    reportAdded(*session.model().profile(profile.id), password.has_value(), context);
+    const Profile& saved = *session.model().profile(profile.id);
+    reportAdded(saved, password.has_value(), context);
     if (unstored) warnNotStored(*unstored, context.output);
+    if (request.options.createRemoteFolder) createRemoteFolder(saved, password, context);
     return ExitCode::done;
 }
 

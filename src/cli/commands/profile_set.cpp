@@ -3,6 +3,7 @@
 #include "cli/session/passwords.h"
 #include "cli/session/profile_choice.h"
 #include "cli/session/profile_options.h"
+#include "cli/session/server_call.h"
 #include "cli/session/session.h"
 #include "cli/terminal/prompt.h"
 #include "cli/text/presentation.h"
@@ -77,6 +78,9 @@ ExitCode setProfile(const CommandContext& context, const SetRequest& request) {
     }
     reportSet(before, session.model(), context);
     if (unstored) warnNotStored(*unstored, context.output);
+    if (request.options.createRemoteFolder) {
+        createRemoteFolder(*session.model().profile(before.id), password, context);
+    }
     return ExitCode::done;
 }
 

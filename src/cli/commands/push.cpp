@@ -29,6 +29,7 @@ struct PushRequest {
     bool all = false;
     bool missing = false;
     bool leaveMissing = false;
+    bool createsFolder = false;
     bool downloadFirst = false;
     bool wait = false;
 
@@ -42,7 +43,7 @@ public:
         : model(observed), profile(pushed), output(where), downloading(pushed.needsDownload) {}
 
     void activityLogged(const Uuid&, const Activity& activity) override {
-        if (activity.error()) failure = activity.text;
+        if (activity.error()) failure = activity.failure.value_or(Failure{.message = activity.text});
         if (activity.kind != Activity::Kind::uploaded) return;
         sentPaths.insert(activity.path);
         printUploaded(profile, activity.path, output);
@@ -63,7 +64,7 @@ public:
     }
 
     std::set<std::string, std::less<>> sentPaths;
-    std::string failure; // the last one; empty if none
+    std::optional<Failure> failure; // the last one
 
 private:
     const AppModel& model;
@@ -91,9 +92,9 @@ public:
         const Observing observing(model, report);
         const ProgressReport progress(model, context.output, ProgressReport::Lines::withoutLiveLine);
         const bool ended = runToEnd();
-        const auto failedCheck = model.checkFailures().find(profile.id);
-        if (failedCheck != model.checkFailures().end()) {
-            throw serverFailure(profile, comparisonAim(profile), failedCheck->second, "Nothing was uploaded.");
+        if (model.checkFailures().contains(profile.id)) {
+            throw serverFailure(
+                profile, comparisonAim(profile), model.checkFailure(profile.id), "Nothing was uploaded.");
         }
         if (const auto* found = model.firstComparison(profile.id)) {
             refuseBeforeChoice(*found, profile, model.profiles(), context);
@@ -106,10 +107,11 @@ public:
         }
         const ProfileStatus& status = model.status(profile.id);
         interrupted = !ended;
-        std::string failure = ended ? (status.failed() ? status.detail : report.failure) : "It was interrupted.";
-        if (request.leaveMissing && failure.empty()) failure = leaveMissing();
+        auto failure =
+            ended ? (status.failed() ? failureOf(status) : report.failure) : Failure{.message = "It was interrupted."};
+        if (request.leaveMissing && !failure) failure = leaveMissing();
         model.shutdown();
-        if (failure.empty()) failure = report.failure; // of the save
+        if (!failure) failure = report.failure; // of the save
         verify(failure);
     }
 
@@ -126,48 +128,52 @@ private:
         });
     }
 
+    [[nodiscard]] static std::optional<Failure> failureOf(const ProfileStatus& status) {
+        return status.failure.value_or(Failure{.message = status.detail});
+    }
+
     // The failure of saving that, if any.
-    [[nodiscard]] std::string leaveMissing() {
+    [[nodiscard]] std::optional<Failure> leaveMissing() {
         const auto files = model.missingOnServer(profile.id).size();
-        if (files == 0) return {};
+        if (files == 0) return std::nullopt;
         try {
             model.leaveMissing(profile.id);
         } catch (const std::exception& error) {
-            return describe(error);
+            return zembrastel::failureOf(error);
         }
         context.output.note(leftMissingText(files));
-        return {};
+        return std::nullopt;
     }
 
     // Compares the folder with what was sent.
-    void verify(const std::string& failure) {
+    void verify(const std::optional<Failure>& failure) {
         std::vector<std::string> unsent;
         try {
             unsent = changedPaths(
                 scan(profile, {.privateItems = StateFolder(context.options).privateItems()}),
                 model.baseline(profile.id));
         } catch (const std::exception& error) {
-            throw unfinished(failure.empty() ? describe(error) : failure);
+            throw unfinished(failure.value_or(zembrastel::failureOf(error)));
         }
         for (const auto& path : unsent) printUnsent(path);
         if (!unsent.empty()) {
             throw unfinished(
-                failure.empty() ? "They were changed again meanwhile." : failure,
+                failure.value_or(Failure{.message = "They were changed again meanwhile."}),
                 " Not sent: " + counted(unsent.size(), "file") + ".");
         }
-        if (failure == missingFilesProblem(profile.localFolder)) {
+        if (failure && failure->kind == Failure::Kind::filesMissing) {
             const std::string name = unambiguousName(model.profiles(), profile);
             throw unfinished(
-                failure, " If you deleted the files: " + commandLine(context.options, "forget-files", name));
+                *failure, " If you deleted the files: " + commandLine(context.options, "forget-files", name));
         }
-        if (!failure.empty()) throw unfinished(failure);
+        if (failure) throw unfinished(*failure);
         const PathSet& missing = model.missingOnServer(profile.id);
         printMissing(profile, missing, context.output);
         printDone(!missing.empty());
         if (!missing.empty()) throw missingFilesError(profile, missing.size(), model.profiles(), context);
     }
 
-    [[nodiscard]] CommandError unfinished(const std::string& failure, const std::string& consequence = "") const {
+    [[nodiscard]] CommandError unfinished(const Failure& failure, const std::string& consequence = "") const {
         auto error = pushFailure(profile, failure, consequence);
         if (interrupted) error.code = ExitCode::interrupted;
         return error;
@@ -294,12 +300,16 @@ ExitCode previewPush(const CommandContext& context, const PushRequest& request) 
             : lacksFiles   ? "Nothing has changed in " + inQuotes(profile.name) + "."
                            : "Nothing to push: the server has all of " + inQuotes(profile.name) + ".");
     }
-    if (!leftOut.empty()) throw pushFailure(profile, leftOut.back()); // the push itself would end so, too
+    if (!leftOut.empty()) throw pushFailure(profile, {.message = leftOut.back()}); // the push itself would end so, too
     if (lacksFiles) throw missingFilesError(profile, found.missing.size(), state.profiles, context);
     return ExitCode::done;
 }
 
 ExitCode pushProfile(const CommandContext& context, const PushRequest& request) {
+    if (request.createsFolder) {
+        const auto profiles = StateFolder(context.options).loadProfiles();
+        createRemoteFolder(chooseProfile(profiles, request.name), std::nullopt, context);
+    }
     if (request.dryRun) return previewPush(context, request);
     return request.wait ? pushWhenFree(context, request) : pushOnce(context, request);
 }
@@ -311,6 +321,11 @@ void addPush(Syntax& parent) {
     command.profileArgument(request.name);
     const auto dryRun = command.flag(
         "--dry-run", request.dryRun, "Only show what would be uploaded; nothing is changed here or on\nthe server");
+    command
+        .flag(
+            "--create-remote-folder", request.createsFolder,
+            "First create the profile's folder on the server if it does not exist")
+        .excludes({dryRun});
     const auto missing = command.flag(
         "--missing", request.missing, "Also send files again that were uploaded before and are missing\non the server");
     const auto all = command

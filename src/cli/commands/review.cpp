@@ -89,7 +89,7 @@ public:
 protected:
     static constexpr const char* restStays = "What was downloaded already stays; the next review shows the rest.";
 
-    [[nodiscard]] CommandError checkFailure(const std::string& failure) const {
+    [[nodiscard]] CommandError checkFailure(const Failure& failure) const {
         return serverFailure(profile, comparisonAim(profile), failure, "Nothing was changed.");
     }
 
@@ -103,7 +103,7 @@ protected:
             "Cannot check the server of " + inQuotes(profile.name) + ": " + sentence(reason) + " Nothing was changed."};
     }
 
-    [[nodiscard]] CommandError downloadFailure(const std::string& failure) const {
+    [[nodiscard]] CommandError downloadFailure(const Failure& failure) const {
         return serverFailure(profile, "download all that was chosen from the server", failure, restStays);
     }
 
@@ -157,9 +157,7 @@ public:
                    || model.checkFailures().contains(id) || !model.running(id);
         });
         if (model.firstComparison(id) != nullptr) throw choiceComesFirst();
-        if (const auto failed = model.checkFailures().find(id); failed != model.checkFailures().end()) {
-            throw checkFailure(failed->second);
-        }
+        if (model.checkFailures().contains(id)) throw checkFailure(model.checkFailure(id));
         if (const auto found = model.reviews().find(id); found != model.reviews().end()) return found->second.changes;
         if (model.status(id).failed()) throw checkRefused(model.status(id).detail);
         return {};
@@ -179,14 +177,13 @@ public:
         } catch (const Cancelled&) {
             throw CommandError(ExitCode::failed, std::string("Interrupted. ") + restStays);
         }
-        const auto failed = model.checkFailures().find(id);
-        const std::string failure = failed == model.checkFailures().end() ? "" : failed->second;
+        const Failure failure = model.checkFailure(id);
         for (const auto& change : changes) {
             reportOutcome(change.path, !selected.contains(change.path), isDownloaded(change));
         }
         const bool waitsAgain = model.reviews().contains(id);
         model.shutdown();
-        if (!failure.empty()) throw downloadFailure(failure);
+        if (!failure.message.empty()) throw downloadFailure(failure);
         if (!leftOut.empty()) throw leftOutOf(leftOut, waitsAgain);
         if (!report.failure.empty()) throw CommandError(ExitCode::failed, sentence(report.failure));
     }
@@ -225,7 +222,7 @@ public:
                 }
             });
         if (!failed) return changes;
-        if (failed->reason == Reason::server) throw checkFailure(failed->text);
+        if (failed->reason == Reason::server) throw checkFailure(failed->reported());
         if (failed->reason == Reason::choiceWaits) throw choiceComesFirst();
         if (failed->reason == Reason::refused) throw checkRefused(failed->text);
         if (failed->reason == Reason::needsDownload) throw downloadPending(profile);
@@ -265,7 +262,7 @@ private:
     [[nodiscard]] CommandError undecided(const answer::Failed& failed) const {
         switch (failed.reason) {
         case Reason::server:
-            return downloadFailure(failed.text);
+            return downloadFailure(failed.reported());
         case Reason::otherReview:
             return {ExitCode::failed, std::string(outdatedDecision) + " --list shows what there is."};
         case Reason::paused:

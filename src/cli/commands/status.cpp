@@ -7,7 +7,9 @@
 #include "cli/text/presentation.h"
 #include "cli/text/status_text.h"
 
+#include <algorithm>
 #include <map>
+#include <utility>
 
 namespace zembrastel::cli {
 namespace {
@@ -20,7 +22,7 @@ struct StatusRequest {
 // Prints the answers as they come: first the whole status of each profile, then only its changes.
 class StatusPrinter {
 public:
-    explicit StatusPrinter(Output& where) : output(where) {}
+    StatusPrinter(Output& where, std::vector<Profile> known) : output(where), profiles(std::move(known)) {}
 
     void take(const ControlAnswer& answer) {
         if (const auto* status = std::get_if<answer::Status>(&answer)) {
@@ -36,7 +38,7 @@ private:
     void print(const answer::Status& answer) {
         const bool isFirst = !names.contains(answer.profile);
         names[answer.profile] = answer.name;
-        const auto news = narrations[answer.profile].status(answer.status);
+        const auto news = narrations[answer.profile].status(withExplanation(answer).status);
         if (output.json()) {
             JsonLine object("status");
             begin(object, answer.profile, systemClock().now());
@@ -48,14 +50,16 @@ private:
             addStatusFields(object, answer.status);
             output.line(object);
         } else if (isFirst) {
-            for (const auto& line : statusLines(answer)) output.line(line);
+            for (const auto& line : statusLines(withExplanation(answer))) output.line(line);
         } else if (news) {
             printNews(answer.profile, systemClock().now(), *news);
         }
     }
 
     void print(const answer::Activity& answer) {
-        const auto news = narrations[answer.profile].activity(answer.line);
+        const Profile* const profile = find(answer.profile);
+        const auto news =
+            narrations[answer.profile].activity(profile == nullptr ? answer.line : explained(answer.line, *profile));
         if (output.json()) {
             JsonLine object("activity");
             begin(object, answer.profile, answer.line.date);
@@ -63,6 +67,17 @@ private:
         } else if (news) {
             printNews(answer.profile, answer.line.date, *news);
         }
+    }
+
+    [[nodiscard]] const Profile* find(const Uuid& id) const {
+        const auto found = std::ranges::find(profiles, id, &Profile::id);
+        return found == profiles.end() ? nullptr : &*found;
+    }
+
+    // The answer with an explanation of the failure in it.
+    [[nodiscard]] answer::Status withExplanation(answer::Status answer) const {
+        if (const auto* profile = find(answer.profile)) answer.status = explained(answer.status, *profile);
+        return answer;
     }
 
     void printNews(const Uuid& profile, SystemTime time, const std::string& news) {
@@ -74,6 +89,7 @@ private:
     }
 
     Output& output;
+    const std::vector<Profile> profiles;
     std::map<Uuid, std::string> names;
     std::map<Uuid, Narration> narrations;
 };
@@ -95,7 +111,7 @@ ExitCode showStatus(const CommandContext& context, const StatusRequest& request)
         throw CommandError(
             ExitCode::notRunning, "Zembrastel is not running for " + oneLine(store.folder().string()) + ".");
     }
-    StatusPrinter printer(context.output);
+    StatusPrinter printer(context.output, StateFolder(context.options).loadProfiles());
     const auto take = [&](const ControlAnswer& answer) {
         printer.take(answer);
         if (context.output.readerClosed()) program->end();

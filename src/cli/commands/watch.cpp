@@ -68,7 +68,7 @@ void WatchReport::statusChanged(const Uuid& id) {
     if (profile == nullptr) return;
     const ProfileStatus& status = model.status(id);
     if (!context.output.json()) {
-        if (const auto line = narrations[id].status(status)) print(*profile, *line);
+        if (const auto line = narrations[id].status(explained(status, *profile))) print(*profile, *line);
         printMissing(*profile, status.filesMissing());
         return;
     }
@@ -98,7 +98,7 @@ void WatchReport::activityLogged(const Uuid& id, const Activity& activity) {
     const Profile* profile = model.profile(id);
     if (profile == nullptr) return;
     if (!context.output.json()) {
-        if (const auto line = narrations[id].activity(activity)) print(*profile, *line);
+        if (const auto line = narrations[id].activity(explained(activity, *profile))) print(*profile, *line);
         return;
     }
     JsonLine object("activity");

@@ -97,6 +97,9 @@ std::vector<Option> addProfileFields(Syntax& syntax, ProfileOptions& options) {
             "The site's folder on the server (default /public_html).\nWithout a leading \"/\" it starts in the login "
             "folder")
             .notEmpty("must not be empty; / is the top of the server"),
+        syntax.flag(
+            "--create-remote-folder", options.createRemoteFolder,
+            "Create that folder on the server now if it does not exist"),
         field("--local-folder", options.localFolder, "PATH", "The local folder to publish"),
         field(
             "--exclude", options.exclude, "RULE",

@@ -32,6 +32,7 @@ struct ProfileOptions {
     bool enabled = false;
     bool disabled = false;
     bool needsDownload = false;
+    bool createRemoteFolder = false;
 
     [[nodiscard]] bool operator==(const ProfileOptions&) const = default;
 };

@@ -67,14 +67,15 @@ void PushInProgram::ask(ControlRequest::Kind kind, const RunningProgram::Take& t
             take(answer);
         });
     if (failed && failed->reason == Reason::server) {
-        throw serverFailure(profile, comparisonAim(profile), failed->text, sent.empty() ? "Nothing was uploaded." : "");
+        throw serverFailure(
+            profile, comparisonAim(profile), failed->reported(), sent.empty() ? "Nothing was uploaded." : "");
     }
     if (failed && failed->reason == Reason::paused) throw PausedInProgram(profile);
     if (failed && failed->reason == Reason::needsDownload) throw downloadPending(profile);
     if (failed && failed->reason == Reason::choiceWaits) {
         throw choiceWaits(profile, profiles, context, "Nothing was uploaded.");
     }
-    if (failed) throw pushFailure(profile, failed->text);
+    if (failed) throw pushFailure(profile, failed->reported());
     if (!changes.empty()) refuseBecauseOf(changes, profile, profiles, context, {.sentSome = !sent.empty()});
 }
 

@@ -1,5 +1,6 @@
 #include "cli/session/push_results.h"
 
+#include "app/diagnosis/failure_catalogue.h"
 #include "cli/session/profile_choice.h"
 #include "cli/session/server_call.h"
 #include "cli/text/presentation.h"
@@ -44,10 +45,10 @@ std::string leftMissingText(std::size_t files) {
            + " missing on the server, and will not be reported again.";
 }
 
-CommandError pushFailure(const Profile& profile, const std::string& failure, const std::string& consequence) {
+CommandError pushFailure(const Profile& profile, const Failure& failure, const std::string& consequence) {
     return {
         serverExitCode(failure), "Cannot push all of " + inQuotes(profile.name) + " (" + serverName(profile)
-                                     + "): " + sentence(failure) + consequence};
+                                     + "): " + explainedText(failure, profile) + consequence};
 }
 
 CommandError missingFilesError(

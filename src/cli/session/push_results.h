@@ -6,6 +6,7 @@
 #include "cli/command.h"
 #include "model/profile.h"
 #include "transport/compare/remote_change.h"
+#include "transport/failure.h"
 
 #include <cstddef>
 #include <string>
@@ -27,7 +28,7 @@ void printPushed(const Profile& profile, std::size_t sentFiles, bool lacksFiles,
 
 // The error of an incomplete push. `consequence` is added to its end.
 [[nodiscard]] CommandError pushFailure(
-    const Profile& profile, const std::string& failure, const std::string& consequence = "");
+    const Profile& profile, const Failure& failure, const std::string& consequence = "");
 
 // Files that are missing on the server are sent again only on request.
 [[nodiscard]] CommandError missingFilesError(

@@ -3,18 +3,25 @@
 
 #include "cli/command.h"
 #include "model/profile.h"
+#include "transport/failure.h"
 #include "transport/ftp_transport.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace zembrastel::cli {
 
 // Calls `talk` with a transport to the profile's server, on this thread. An interrupt is thrown as Cancelled, a failure
-// as a CommandError: "Cannot ", `aim` (such as "read the remote folder"), the server, and its answer.
+// as a CommandError: "Cannot ", `aim` (such as "read the remote folder"), the server, and the explanation.
 void callServer(
     const Profile& profile, const CommandContext& context, const std::string& aim,
-    const std::function<void(const FTPTransport&)>& talk);
+    const std::function<void(const FTPTransport&)>& talk, const std::optional<std::string>& password = std::nullopt);
+
+// Makes the profile's folder on the server, with those above it, and says so. Without a password the given or stored
+// one is used. Throws as above.
+void createRemoteFolder(
+    const Profile& profile, const std::optional<std::string>& password, const CommandContext& context);
 
 // The same for `talk` that uses neither password nor login.
 void callServerWithoutLogin(
@@ -30,9 +37,9 @@ void requireDownloaded(const Profile& profile);
 
 // That error for a failure from another place. `consequence` is a sentence for the end.
 [[nodiscard]] CommandError serverFailure(
-    const Profile& profile, const std::string& aim, const std::string& failure, const std::string& consequence = "");
+    const Profile& profile, const std::string& aim, const Failure& failure, const std::string& consequence = "");
 
 // The exit code for such a failure.
-[[nodiscard]] ExitCode serverExitCode(const std::string& failure);
+[[nodiscard]] ExitCode serverExitCode(const Failure& failure);
 
 } // namespace zembrastel::cli

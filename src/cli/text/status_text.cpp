@@ -1,5 +1,6 @@
 #include "cli/text/status_text.h"
 
+#include "app/diagnosis/failure_catalogue.h"
 #include "app/progress_text.h"
 #include "cli/terminal/output.h"
 #include "cli/text/choice_text.h"
@@ -53,6 +54,18 @@ std::vector<std::string> statusLines(const answer::Status& answer) {
     if (status.lastUpload) uploaded += ", the last at " + dateAndTime(*status.lastUpload);
     lines.push_back(detailLine("uploaded", uploaded));
     return lines;
+}
+
+ProfileStatus explained(ProfileStatus status, const Profile& profile) {
+    if (!status.failure || status.unsaved) return status;
+    status.detail = sentence(explainedText(*status.failure, profile));
+    if (!status.outlook.empty()) status.detail += " " + status.outlook;
+    return status;
+}
+
+Activity explained(Activity activity, const Profile& profile) {
+    if (activity.failure) activity.text = explainedText(*activity.failure, profile);
+    return activity;
 }
 
 std::optional<std::string> Narration::status(const ProfileStatus& status) {

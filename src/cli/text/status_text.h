@@ -18,6 +18,10 @@ void addStatusFields(JsonLine& object, const ProfileStatus& status);
 // "My website  Watching" and the details, a line each.
 [[nodiscard]] std::vector<std::string> statusLines(const answer::Status& answer);
 
+// The status and the line with the explanation of their failure instead of its words, if it is known.
+[[nodiscard]] ProfileStatus explained(ProfileStatus status, const Profile& profile);
+[[nodiscard]] Activity explained(Activity activity, const Profile& profile);
+
 // Decides which events of a profile deserve a line for the user.
 //
 // The model repeats a status at every poll and reports a failure twice, as status and as activity. This lets each pass

@@ -72,7 +72,7 @@ InspectedCertificate inspectCertificate(const Profile& profile, TransferControl&
     converse(withoutLogin(profile), "", control, plan, events);
     const auto& last = outcomes.back();
     if (last.code != CurlCode::wrongKey || outcomes.size() < plan.blocks.size()) {
-        throw TransferError(last.code, last.message);
+        throw TransferError(last.code, last.message, last.reply);
     }
     InspectedCertificate inspected{.certificate = ServerCertificate::parse(last.facts)};
     inspected.faults =

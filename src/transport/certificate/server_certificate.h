@@ -15,12 +15,12 @@ namespace zembrastel {
 struct ServerCertificate {
     std::string issuedFor; // the common name, or else all of the subject
     std::string issuedBy;
-    std::chrono::sys_seconds validFrom;
-    std::chrono::sys_seconds validUntil;
-    std::vector<std::string> names; // host names and IP addresses; a name may begin with "*."
+    std::chrono::sys_seconds validFrom{};
+    std::chrono::sys_seconds validUntil{};
+    std::vector<std::string> names{}; // host names and IP addresses; a name may begin with "*."
     KeyHash key;
     bool selfSigned = false;
-    std::string pem; // all of it
+    std::string pem{}; // all of it
 
     // The first certificate in the text, which is the server's own. Throws SyncError if there is none that can be read.
     [[nodiscard]] static ServerCertificate parse(std::string_view pem);

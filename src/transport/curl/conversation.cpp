@@ -57,8 +57,7 @@ std::string failureMessage(const std::string& words, std::string_view password) 
 
 std::string keyChanged(const Profile& profile) {
     return "The key of " + printable(profile.host)
-           + " has changed: it is not the one that this profile trusts. Either your provider has replaced the key, or "
-             "another server is in between. Nothing has been sent, not even the password.";
+           + " has changed. It is not the one that this profile trusts. Nothing has been sent, not even the password.";
 }
 
 // Two numbers.

@@ -68,7 +68,7 @@ std::string FTPTransport::run(
     if (done.code == CurlCode::writeFailed && localFile >= 0) {
         if (const auto why = whyNotWritten(localFile); !why.empty()) done.message += ": " + why;
     }
-    throw TransferError(done.code, done.message);
+    throw TransferError(done.code, done.message, done.reply);
 }
 
 Transcript FTPTransport::transcribe(

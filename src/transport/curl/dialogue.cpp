@@ -76,7 +76,7 @@ void Persistence::brokeOff(const Dialogue& dialogue, bool progressed) {
     const bool isFinal =
         code == CurlCode::writeFailed
         || (!progressed && (code == CurlCode::timedOut || (isBeforeLogin(code) && code != CurlCode::tlsFailed)));
-    if (isFinal || barren == maxBarren) throw TransferError(code, dialogue.broken->message);
+    if (isFinal || barren == maxBarren) throw TransferError(code, dialogue.broken->message, dialogue.broken->reply);
 }
 
 } // namespace zembrastel

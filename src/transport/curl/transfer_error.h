@@ -38,13 +38,23 @@ enum class CurlCode : int {
     wrongKey = 90
 };
 
+// True if the server's certificate, or its key, is the reason of the failure.
+[[nodiscard]] constexpr bool isOfCertificate(CurlCode code) {
+    return code == CurlCode::untrustedCertificate || code == CurlCode::wrongKey;
+}
+
 // The replies of a server (RFC 959) that decide what happens next.
 enum class FtpReply : int {
     none = 0,
+    hangsUp = 421, // often because there are too many connections
     noDataConnection = 425,
+    spaceUsedUp = 452,
     syntaxError = 500,
     notImplemented = 502,
-    sessionNotReused = 522 // the data connection did not resume the TLS session
+    sessionNotReused = 522, // the data connection did not resume the TLS session
+    notAllowed = 550,       // or there is no such file or folder
+    quotaExceeded = 552,
+    nameRefused = 553
 };
 
 [[nodiscard]] constexpr bool isUnknownCommand(FtpReply reply) {
@@ -54,9 +64,11 @@ enum class FtpReply : int {
 // A failure of curl, with its message for the user.
 class TransferError : public SyncError {
 public:
-    TransferError(CurlCode failure, const std::string& message) : SyncError(message), code(failure) {}
+    TransferError(CurlCode failure, const std::string& message, FtpReply lastReply = FtpReply::none)
+        : SyncError(message), code(failure), reply(lastReply) {}
 
     const CurlCode code;
+    const FtpReply reply; // the server's last one
 };
 
 } // namespace zembrastel

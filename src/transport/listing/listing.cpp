@@ -74,6 +74,8 @@ bool FTPTransport::hasFile(std::string_view path) const {
     return unlessAbsent(CurlCode::noSuchFile, [&] { return size(path); }).has_value();
 }
 
+void FTPTransport::createFolder() const { run("", true, {{"head"}, {"ftp-create-dirs"}}); }
+
 std::size_t FTPTransport::test() const { return list("").size(); }
 
 } // namespace zembrastel

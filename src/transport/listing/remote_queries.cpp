@@ -43,6 +43,7 @@ struct Answer {
     std::optional<Entries> entries = {}; // of an incomplete listing, the entries of its complete lines
     std::string failure = {};            // why it is incomplete
     CurlCode code = CurlCode::ok;        // curl's code, if it failed
+    FtpReply reply = FtpReply::none;
 
     [[nodiscard]] bool isWhole() const { return entries && failure.empty(); }
 
@@ -53,6 +54,7 @@ struct Answer {
         entries.reset();
         failure = outcome.message;
         code = outcome.code;
+        reply = outcome.reply;
         if (outcome.succeeded()) read(outcome.output);
         if (cut) wasCut(path);
     }
@@ -125,13 +127,13 @@ struct AskedFolder {
     [[nodiscard]] ListedEntries result() {
         auto& [first, second] = answers;
         if (!first.isWhole()) {
-            if (!second.isWhole()) return QueryFailure{second.failure, second.code};
+            if (!second.isWhole()) return QueryFailure{second.failure, second.code, second.reply};
             keepShown(*second.entries, *second.entries);
             return std::move(*second.entries);
         }
         // Some servers never end LIST with a line break. The other listing must still have the names of such a listing.
         if (!second.isWhole() && second.entries && !shows(*first.entries, *second.entries)) {
-            return QueryFailure{second.failure, second.code};
+            return QueryFailure{second.failure, second.code, second.reply};
         }
         // If LIST cannot confirm it, MLSD is enough.
         keepShown(*first.entries, second.isWhole() ? *second.entries : *first.entries);
@@ -252,7 +254,7 @@ std::vector<AnswerAboutFile> askAboutFiles(const FTPTransport& transport, const 
             if (outcome.succeeded()) {
                 file.answer = outcome.output;
             } else {
-                file.answer = QueryFailure{outcome.message, outcome.code};
+                file.answer = QueryFailure{outcome.message, outcome.code, outcome.reply};
             }
         });
         return 1;

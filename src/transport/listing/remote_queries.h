@@ -25,6 +25,7 @@ namespace zembrastel {
 struct QueryFailure {
     std::string message;
     CurlCode code = CurlCode::ok; // where the answer itself was of no use
+    FtpReply reply = FtpReply::none;
 };
 
 using ListedEntries = std::variant<std::vector<RemoteEntry>, QueryFailure>;
@@ -32,7 +33,9 @@ using ListedEntries = std::variant<std::vector<RemoteEntry>, QueryFailure>;
 // The result; a failure is thrown as SyncError.
 template <class Result>
 [[nodiscard]] Result resultOf(std::variant<Result, QueryFailure> outcome) {
-    if (const auto* failure = std::get_if<QueryFailure>(&outcome)) throw TransferError(failure->code, failure->message);
+    if (const auto* failure = std::get_if<QueryFailure>(&outcome)) {
+        throw TransferError(failure->code, failure->message, failure->reply);
+    }
     return std::get<Result>(std::move(outcome));
 }
 

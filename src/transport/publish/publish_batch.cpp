@@ -102,7 +102,7 @@ void Batch::stage(Item& item) {
     } catch (const Cancelled&) {
         throw;
     } catch (const std::exception& error) {
-        fail(item, describe(error));
+        fail(item, {.message = describe(error)});
     }
 }
 
@@ -183,7 +183,7 @@ void Batch::send(Dialogue& dialogue, Item& item) {
             item.part = std::min(item.size() - item.confirmed, nextPart(limits, item.part, item.partTook));
             stagedPart = stagePart(copyOf(item), item.confirmed, item.part, staging, "part");
         } catch (const std::exception& error) {
-            fail(item, describe(error));
+            fail(item, {.message = describe(error)});
             return;
         }
         file = stagedCopies.size();
@@ -224,8 +224,8 @@ void Batch::sendingEnds(Item& item, const BlockOutcome& outcome) {
     } else if (outcome.code == CurlCode::uploadRefused && item.confirmed > 0) {
         traits.refusedToAppend();
         beginAnew(item);
-    } else if (outcome.code != CurlCode::partialFile || !mayContinue(item) || !interrupt(item, outcome.message)) {
-        fail(item, outcome.message);
+    } else if (outcome.code != CurlCode::partialFile || !mayContinue(item) || !interrupt(item, failureFrom(outcome))) {
+        fail(item, failureFrom(outcome));
     }
 }
 
@@ -265,7 +265,7 @@ void Batch::act(Item& item, Verdict found) {
         return;
     case Verdict::sendAgain:
         if (mayContinue(item) && item.copy.size && *item.copy.size < item.expected()) {
-            if (!interrupt(item, incompleteMessage(item))) giveUp(item, item.problem);
+            if (!interrupt(item, {.message = incompleteMessage(item)})) giveUp(item, item.problem);
         } else {
             sendAgain(item, incompleteMessage(item));
         }
@@ -279,7 +279,7 @@ void Batch::act(Item& item, Verdict found) {
 
 void Batch::sendAgain(Item& item, const std::string& message) {
     if (item.sends >= maxAttempts) {
-        fail(item, message);
+        fail(item, {.message = message});
     } else {
         beginAnew(item);
     }
@@ -292,15 +292,16 @@ void Batch::finish(Item& item, const RemoteFacts& facts) {
     if (events.published) events.published({.file = item.file, .version = versionOf(facts)});
 }
 
-void Batch::fail(Item& item, const std::string& message, PublishFailure::Kind kind) {
+void Batch::fail(Item& item, const PublishFailure& failure) {
     item.stage = Stage::done;
-    if (events.failed) events.failed(item.file, {.kind = kind, .message = message});
+    if (events.failed) events.failed(item.file, failure);
 }
 
-void Batch::giveUp(Item& item, const std::string& message) {
+void Batch::giveUp(Item& item, PublishFailure failure) {
     const auto reached = item.stage;
     goesOn = false;
-    fail(item, message, PublishFailure::Kind::server);
+    failure.kind = PublishFailure::Kind::server;
+    fail(item, failure);
     if (reached == Stage::interrupted) item.stage = reached; // to be continued in a later batch
 }
 
@@ -349,13 +350,15 @@ void Batch::breakDown(const Dialogue& dialogue) {
         if (item != nullptr && item->confirmed == 0) --item->sends; // it is not the file
         if (traits.wasRefused(dialogue.login)) return;
     }
-    if (item != nullptr && mayContinue(*item) && interrupt(*item, broken.message)) {
+    if (item != nullptr && mayContinue(*item) && interrupt(*item, failureFrom(broken))) {
         barren = 0;
         return;
     }
     // A file that a whole run is not enough for holds up no others.
     if (item != nullptr && broken.code == CurlCode::timedOut && Time::now() - item->partBegan >= transport.limits.run) {
-        fail(*item, broken.message + (traits.appends() ? "" : " This server does not let an upload be continued."));
+        auto failure = failureFrom(broken);
+        if (!traits.appends()) failure.message += " This server does not let an upload be continued.";
+        fail(*item, failure);
         return;
     }
     if (item == nullptr) {
@@ -367,7 +370,7 @@ void Batch::breakDown(const Dialogue& dialogue) {
     // What was sent already is worth a second try.
     const bool worthATry = barren == 0 || (barren == 1 && planned.empty() && !isBeforeLogin(broken.code));
     if (worthATry && std::max({item->sends, item->renames, item->breaks}) < maxAttempts) return;
-    giveUp(*item, broken.message);
+    giveUp(*item, failureFrom(broken));
 }
 
 } // namespace zembrastel

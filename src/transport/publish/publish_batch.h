@@ -79,15 +79,15 @@ private:
     void settle(Item& item);
 
     void finish(Item& item, const RemoteFacts& facts);
-    void fail(Item& item, const std::string& message, PublishFailure::Kind kind = PublishFailure::Kind::file);
-    void giveUp(Item& item, const std::string& message);
+    void fail(Item& item, const PublishFailure& failure);
+    void giveUp(Item& item, PublishFailure failure);
     void abandon(Item& item);
     void withdraw(Item& item);
     void hold(Dialogue& dialogue);
     void look(const ChildProcess& curl) const;
     void breakDown(const Dialogue& dialogue);
     [[nodiscard]] bool mayContinue(const Item& item) const;
-    [[nodiscard]] bool interrupt(Item& item, const std::string& message);
+    [[nodiscard]] bool interrupt(Item& item, const PublishFailure& failure);
 
     const FTPTransport& transport;
     ServerTraits& traits;

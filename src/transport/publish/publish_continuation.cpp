@@ -24,9 +24,9 @@ void Batch::beginAnew(Item& item) {
 }
 
 // False after too many interruptions.
-bool Batch::interrupt(Item& item, const std::string& message) {
+bool Batch::interrupt(Item& item, const PublishFailure& failure) {
     item.stage = Stage::interrupted;
-    item.problem = message;
+    item.problem = failure;
     item.partTook = Time::now() - item.partBegan;
     return ++item.breaks < maxAttempts;
 }

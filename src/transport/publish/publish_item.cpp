@@ -10,6 +10,10 @@ std::map<std::string, Items> byFolder(const Items& items) {
     return folders;
 }
 
+PublishFailure failureFrom(const BlockOutcome& outcome) {
+    return {.message = outcome.message, .code = outcome.code, .reply = outcome.reply};
+}
+
 std::optional<ServerVersion> versionOf(const RemoteFacts& facts) {
     if (!facts.modified) return std::nullopt;
     return ServerVersion{.modified = *facts.modified, .size = facts.size};

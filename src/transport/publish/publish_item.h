@@ -49,7 +49,7 @@ struct Item {
     bool perhapsOnServer = false; // under the temporary name
     int sends = 0;                // from its beginning
     int breaks = 0;               // since the last progress
-    std::string problem{};        // the last of them, for the user
+    PublishFailure problem{};     // the last of them
     int renames = 0;
     bool levelByLevel = false; // its folder was not found, and is to be made from its uppermost level on
     LastSeen lastSeen = file.lastSeen;
@@ -85,6 +85,9 @@ struct Item {
 using Items = std::vector<Item*>;
 
 [[nodiscard]] std::map<std::string, Items> byFolder(const Items& items);
+
+// The failure of a file for which a block ended so.
+[[nodiscard]] PublishFailure failureFrom(const BlockOutcome& outcome);
 
 // Nullopt where the server gives no date.
 [[nodiscard]] std::optional<ServerVersion> versionOf(const RemoteFacts& facts);

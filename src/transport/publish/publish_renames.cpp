@@ -96,8 +96,9 @@ bool Batch::isOutdated(Item& first) {
     if (sinceBoot() - inquiry.answered <= longestTrust) return false;
     if (++timesOutdated == maxTimesOutdated) {
         giveUp(
-            first, "This computer is too slow at present to replace " + first.file.path
-                       + " without the risk of losing a newer version on the server. The upload will be retried.");
+            first,
+            {.message = "This computer is too slow at present to replace " + first.file.path
+                        + " without the risk of losing a newer version on the server. The upload will be retried."});
     }
     return true;
 }
@@ -128,7 +129,7 @@ void Batch::rename(Dialogue& dialogue, const std::string& folder, const Items& w
             if (outcome.succeeded()) {
                 for (auto* item : within) item->stage = Stage::renamed;
             } else if (within.size() == 1) {
-                fail(*within.front(), outcome.message);
+                fail(*within.front(), failureFrom(outcome));
             } else {
                 oneByOne.insert(folder);
             }

@@ -49,11 +49,11 @@ bool publish(const FTPTransport& transport, const std::vector<FileToPublish>& fi
 }
 
 void FTPTransport::upload(const std::string& path, const Fingerprint& fingerprint) const {
-    std::optional<std::string> failure;
+    std::optional<PublishFailure> failure;
     publish(
         *this, {{.path = path, .fingerprint = fingerprint}},
-        {.failed = [&failure](const FileToPublish&, const PublishFailure& why) { failure = why.message; }});
-    if (failure) throw SyncError(*failure);
+        {.failed = [&failure](const FileToPublish&, const PublishFailure& why) { failure = why; }});
+    if (failure) throw TransferError(failure->code, failure->message, failure->reply);
 }
 
 } // namespace zembrastel

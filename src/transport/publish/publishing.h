@@ -32,7 +32,9 @@ struct PublishFailure {
         server // the connection, the login or the server: it ends the work
     };
     Kind kind = Kind::file;
-    std::string message{}; // for the user
+    std::string message{};        // for the user
+    CurlCode code = CurlCode::ok; // ok for a failure that is not curl's
+    FtpReply reply = FtpReply::none;
 };
 
 // A file of which the server has a complete copy.

@@ -1,5 +1,6 @@
 #include "ui/desktop/notifier.h"
 
+#include "app/diagnosis/failure_catalogue.h"
 #include "ui/theme/qt_text.h"
 
 #include <QApplication>
@@ -89,9 +90,11 @@ void Notifier::showReview(const QString& key, const Profile& profile) {
 }
 
 void Notifier::showFailure(const QString& key, const Profile& profile) {
+    const ProfileStatus& status = bridge.model().status(profile.id);
+    const auto text = status.failure && !status.unsaved ? explain(*status.failure, profile).text() : status.detail;
     desktop.show(
         key, {.title = tr("%1 cannot be kept up to date").arg(onOneLine(toQString(profile.name))),
-              .text = toQString(bridge.model().status(profile.id).detail),
+              .text = toQString(text),
               .action = tr("Show")});
 }
 

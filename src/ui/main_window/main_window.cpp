@@ -70,6 +70,10 @@ void MainWindow::connectParts() {
     connect(detail, &ProfileDetail::editContentsRequested, this, [this](const Uuid& id) { hooks.editContents(id); });
     connect(detail, &ProfileDetail::backupsRequested, this, [this](const Uuid& id) { hooks.showBackups(id); });
     connect(detail, &ProfileDetail::skipCheckRequested, this, &MainWindow::askToSkipCheck);
+    connect(detail, &ProfileDetail::editRequested, this, [this](const Uuid& id) { hooks.editProfile(id); });
+    connect(
+        detail, &ProfileDetail::certificateRequested, this, [this](const Uuid& id) { hooks.reviewCertificate(id); });
+    connect(detail, &ProfileDetail::createFolderRequested, this, [this](const Uuid& id) { hooks.createFolder(id); });
     connect(detail, &ProfileDetail::failed, this, &MainWindow::showFailure);
     auto* const create = new QAction(tr("New Sync Profile…"), this);
     create->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_N));

@@ -31,6 +31,10 @@ public:
         std::function<void(const Uuid&)> editProfile = [](const Uuid&) {};
         std::function<void(const Uuid&)> editContents = [](const Uuid&) {};
         std::function<void(const Uuid&)> showBackups = [](const Uuid&) {};
+        // Shows the certificate of the profile's server for a decision.
+        std::function<void(const Uuid&)> reviewCertificate = [](const Uuid&) {};
+        // Creates the profile's folder on the server, and checks the server again.
+        std::function<void(const Uuid&)> createFolder = [](const Uuid&) {};
         // Shows a review for a decision, because the user asked for it or because a check found it. The bridge reports
         // when its review is no longer presented.
         std::function<void(const RemoteReview&, bool requestedByUser)> showReview = [](const RemoteReview&, bool) {};

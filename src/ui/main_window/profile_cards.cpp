@@ -1,5 +1,6 @@
 #include "ui/main_window/profile_cards.h"
 
+#include "platform/text.h"
 #include "ui/theme/local_time.h"
 #include "ui/theme/qt_text.h"
 #include "ui/theme/style.h"
@@ -10,6 +11,7 @@
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <ranges>
 
 namespace zembrastel::ui {
@@ -39,6 +41,14 @@ QGridLayout& layOutWithActions(QFrame& banner, QWidget& first, QWidget& second) 
     layout->setColumnStretch(1, 1);
     layout->addLayout(actions, 1, 1);
     return *layout;
+}
+
+// The banner has the failure itself.
+std::string detailBesideBanner(const ProfileStatus& status) {
+    if (!status.failure || status.unsaved) return status.detail;
+    if (status.phase == Phase::checkFailed) return status.outlook;
+    const bool waits = status.phase == Phase::waitingToRetry || status.phase == Phase::retryingDownload;
+    return waits ? printable(status.failure->path) : status.detail;
 }
 
 } // namespace
@@ -88,27 +98,25 @@ void StatusLine::setStatus(const ProfileStatus& status, bool running) {
     progress->setProgress(status.progress);
     // A comparison of contents shows its file, as an upload does.
     const bool compares = status.phase == Phase::comparingContents && status.progress && status.progress->file;
-    detail->setWrappedText(toQString(compares ? status.progress->file->path : status.detail));
+    detail->setWrappedText(toQString(compares ? status.progress->file->path : detailBesideBanner(status)));
 }
 
 DetailBanners::DetailBanners(QWidget* parent)
     : QWidget(parent), review(new PushButton(tr("Review newer server files…"), ButtonKind::primary)),
-      retry(new PushButton(tr("Retry server check"), ButtonKind::primary)),
-      skip(new PushButton(tr("Start without checking…"))), forget(new PushButton(tr("Forget the missing files"))),
+      forget(new PushButton(tr("Forget the missing files"))),
       send(new PushButton(tr("Send again"), ButtonKind::primary)), leave(new PushButton(tr("Leave them"))),
-      message(new WrapLabel(QString())), missingHeading(new WrapLabel(QString(), TextStyle::strong)),
-      missingText(new WrapLabel(QString())), missingPaths(new WrapLabel(QString(), TextStyle::small, Tone::dim)),
-      reviewBanner(makeReviewBanner()), failureBanner(makeFailureBanner()), missingBanner(makeMissingBanner()),
+      missingHeading(new WrapLabel(QString(), TextStyle::strong)), missingText(new WrapLabel(QString())),
+      missingPaths(new WrapLabel(QString(), TextStyle::small, Tone::dim)), reviewBanner(makeReviewBanner()),
+      failureBanner(new FailureBanner), refusedBanner(new RefusedFilesBanner), missingBanner(makeMissingBanner()),
       serverLacksBanner(makeServerLacksBanner()) {
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(reviewBanner);
     layout->addWidget(failureBanner);
+    layout->addWidget(refusedBanner);
     layout->addWidget(missingBanner);
     layout->addWidget(serverLacksBanner);
     connect(review, &QPushButton::clicked, this, &DetailBanners::reviewRequested);
-    connect(retry, &QPushButton::clicked, this, &DetailBanners::retryRequested);
-    connect(skip, &QPushButton::clicked, this, &DetailBanners::skipRequested);
     connect(forget, &QPushButton::clicked, this, &DetailBanners::forgetRequested);
     connect(send, &QPushButton::clicked, this, &DetailBanners::sendAgainRequested);
     connect(leave, &QPushButton::clicked, this, &DetailBanners::leaveRequested);
@@ -121,13 +129,13 @@ QString missingOnServerText(std::size_t files) {
 }
 
 void DetailBanners::setWaiting(
-    bool reviewWaits, const std::optional<std::string>& checkFailure, bool filesMissing,
-    const PathSet& missingOnServer) {
-    message->setWrappedText(toQString(checkFailure.value_or(std::string())));
+    bool reviewWaits, const std::optional<ShownFailure>& failure, bool filesMissing, const PathSet& missingOnServer) {
+    if (failure) failureBanner->setFailure(*failure);
+    refusedBanner->hide();
     reviewBanner->setVisible(reviewWaits);
-    failureBanner->setVisible(!reviewWaits && checkFailure.has_value());
+    failureBanner->setVisible(!reviewWaits && failure.has_value());
     missingBanner->setVisible(filesMissing);
-    const bool waits = reviewWaits || checkFailure.has_value() || filesMissing;
+    const bool waits = reviewWaits || failure.has_value() || filesMissing;
     missingHeading->setWrappedText(missingOnServerText(missingOnServer.size()));
     const bool isOne = missingOnServer.size() == 1;
     missingText->setWrappedText(
@@ -139,6 +147,19 @@ void DetailBanners::setWaiting(
     setVisible(waits || !missingOnServer.empty());
 }
 
+void DetailBanners::setRefused(const ProfileStatus& status, const Profile& profile) {
+    const bool others = !reviewBanner->isHidden() || !failureBanner->isHidden() || !missingBanner->isHidden();
+    if (others || status.refused.empty()) return;
+    refusedBanner->setFiles(status, profile);
+    refusedBanner->show();
+    serverLacksBanner->hide();
+    show();
+}
+
+QList<QWidget*> DetailBanners::buttons() const {
+    return QList<QWidget*>{review} + failureBanner->buttons() + QList<QWidget*>{forget, send, leave};
+}
+
 QFrame* DetailBanners::makeReviewBanner() {
     QFrame* const banner = makeSurface(Surface::infoBanner);
     auto* const layout = new QHBoxLayout(banner);
@@ -147,17 +168,6 @@ QFrame* DetailBanners::makeReviewBanner() {
     layout->addWidget(new SymbolView("arrow.down.doc"));
     layout->addWidget(new WrapLabel(tr("Newer files on the server"), TextStyle::strong), 1);
     layout->addWidget(review);
-    return banner;
-}
-
-QFrame* DetailBanners::makeFailureBanner() {
-    QFrame* const banner = makeSurface(Surface::warningBanner);
-    // Aligns the first line with the symbol.
-    message->setContentsMargins(0, 2, 0, 2);
-    retry->setSymbol("arrow.clockwise");
-    QGridLayout& layout = layOutWithActions(*banner, *retry, *skip);
-    layout.addWidget(new SymbolView("exclamationmark.triangle", &Colours::warn), 0, 0, Qt::AlignTop);
-    layout.addWidget(message, 0, 1);
     return banner;
 }
 
@@ -204,8 +214,9 @@ CountersCard::CountersCard(QWidget* parent) : QFrame(parent) {
 
 void CountersCard::setStatus(const ProfileStatus& status) {
     const QLocale locale;
+    const auto waiting = std::max(status.pending, status.waiting);
     uploaded->setWholeText(locale.toString(static_cast<qlonglong>(status.uploaded)));
-    pending->setWholeText(locale.toString(static_cast<qlonglong>(status.pending)));
+    pending->setWholeText(locale.toString(static_cast<qlonglong>(waiting)));
     lastUpload->setWholeText(
         status.lastUpload ? dayAndTime(localTime(*status.lastUpload), QDateTime::currentDateTime())
                           : QStringLiteral("—"));

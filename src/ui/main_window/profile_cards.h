@@ -5,7 +5,9 @@
 
 #include "app/profile_status.h"
 #include "app/remote_review.h"
+#include "ui/main_window/failure_banner.h"
 #include "ui/main_window/progress_widgets.h"
+#include "ui/main_window/refused_files_banner.h"
 #include "ui/main_window/status_symbol.h"
 #include "ui/widgets/elide_label.h"
 #include "ui/widgets/push_button.h"
@@ -63,38 +65,39 @@ public:
 
     // Hidden if none of them applies.
     void setWaiting(
-        bool reviewWaits, const std::optional<std::string>& checkFailure, bool filesMissing = false,
+        bool reviewWaits, const std::optional<ShownFailure>& failure, bool filesMissing = false,
         const PathSet& missingOnServer = {});
 
+    // Shows the files that were refused, unless another banner comes first. Call it after setWaiting().
+    void setRefused(const ProfileStatus& status, const Profile& profile);
+
+    [[nodiscard]] const FailureBanner& failure() const { return *failureBanner; }
+    [[nodiscard]] const RefusedFilesBanner& refused() const { return *refusedBanner; }
+
     // In tab order.
-    [[nodiscard]] QList<QWidget*> buttons() const { return {review, retry, skip, forget, send, leave}; }
+    [[nodiscard]] QList<QWidget*> buttons() const;
 
 Q_SIGNALS:
     void reviewRequested();
-    void retryRequested();
-    void skipRequested();
     void forgetRequested();
     void sendAgainRequested();
     void leaveRequested();
 
 private:
     [[nodiscard]] QFrame* makeReviewBanner();
-    [[nodiscard]] QFrame* makeFailureBanner();
     [[nodiscard]] QFrame* makeMissingBanner();
     [[nodiscard]] QFrame* makeServerLacksBanner();
 
     PushButton* review;
-    PushButton* retry;
-    PushButton* skip;
     PushButton* forget;
     PushButton* send;
     PushButton* leave;
-    WrapLabel* message;
     WrapLabel* missingHeading;
     WrapLabel* missingText;
     WrapLabel* missingPaths;
     QFrame* reviewBanner;
-    QFrame* failureBanner;
+    FailureBanner* failureBanner;
+    RefusedFilesBanner* refusedBanner;
     QFrame* missingBanner;
     QFrame* serverLacksBanner;
 };

@@ -1,5 +1,6 @@
 #include "ui/main_window/profile_detail.h"
 
+#include "app/diagnosis/failure_catalogue.h"
 #include "app/diagnosis/support_details.h"
 #include "model/error.h"
 #include "ui/theme/local_time.h"
@@ -124,8 +125,16 @@ void ProfileDetail::connectControls() {
     connect(choice, &ChoiceBanner::compareRequested, this, [this] { bridge.model().compareContents(id); });
     connect(choice, &ChoiceBanner::stopRequested, this, [this] { bridge.model().stopComparing(id); });
     connect(banners, &DetailBanners::reviewRequested, this, [this] { Q_EMIT reviewRequested(id); });
-    connect(banners, &DetailBanners::retryRequested, this, [this] { bridge.model().retryCheck(id); });
-    connect(banners, &DetailBanners::skipRequested, this, [this] { Q_EMIT skipCheckRequested(id); });
+    const FailureBanner* const failure = &banners->failure();
+    connect(failure, &FailureBanner::retryRequested, this, &ProfileDetail::retry);
+    connect(failure, &FailureBanner::skipRequested, this, [this] { Q_EMIT skipCheckRequested(id); });
+    connect(failure, &FailureBanner::editRequested, this, [this] { Q_EMIT editRequested(id); });
+    connect(failure, &FailureBanner::certificateRequested, this, [this] { Q_EMIT certificateRequested(id); });
+    connect(failure, &FailureBanner::createFolderRequested, this, [this] { Q_EMIT createFolderRequested(id); });
+    connect(failure, &FailureBanner::pauseRequested, this, [this] { saving([this] { bridge.model().pause(id); }); });
+    connect(&banners->refused(), &RefusedFilesBanner::retryRequested, this, [this](const QString& path) {
+        bridge.model().retryFile(id, path.toStdString());
+    });
     connect(banners, &DetailBanners::sendAgainRequested, this, [this] {
         saving([this] { bridge.model().sendAgain(id, Resend::missing); });
     });
@@ -187,23 +196,44 @@ void ProfileDetail::refreshStatus() {
     refreshBanners();
 }
 
-void ProfileDetail::refreshActivity() { activity->setActivity(bridge.model().status(id).activity); }
+// A failure is shown by its explanation; its words are in the details.
+void ProfileDetail::refreshActivity() {
+    const Profile* const profile = bridge.model().profile(id);
+    auto lines = bridge.model().status(id).activity;
+    for (auto& line : lines) {
+        if (!line.failure || profile == nullptr) continue;
+        const std::string& path = line.failure->path;
+        line.text = (path.empty() ? "" : path + ": ") + explain(*line.failure, *profile).heading.text();
+    }
+    activity->setActivity(lines);
+}
 
 void ProfileDetail::refreshBanners() {
+    const Profile* const profile = bridge.model().profile(id);
+    if (profile == nullptr) return;
+    const ProfileStatus& status = bridge.model().status(id);
     const auto& failures = bridge.model().checkFailures();
     const auto failure = failures.find(id);
     banners->setWaiting(
         bridge.model().reviews().contains(id),
-        failure == failures.end() ? std::nullopt : std::optional(failure->second),
-        bridge.model().status(id).filesMissing(),
+        shownFailure(status, failure == failures.end() ? nullptr : &failure->second, *profile), status.filesMissing(),
         bridge.model().watching(id) ? bridge.model().missingOnServer(id) : PathSet());
     choice->setChoice(bridge.model().firstComparison(id), bridge.model().comparingContents(id));
+    banners->setRefused(status, *profile);
     offerDetails();
 }
 
 void ProfileDetail::offerDetails() {
     copy->setLabel(tr("Copy details"));
     copy->setVisible(bridge.model().status(id).failed() || bridge.model().checkFailures().contains(id));
+}
+
+void ProfileDetail::retry() {
+    if (bridge.model().checkFailures().contains(id)) {
+        bridge.model().retryCheck(id);
+    } else {
+        bridge.model().retryNow(id);
+    }
 }
 
 void ProfileDetail::toggle() {

@@ -39,6 +39,9 @@ public:
 Q_SIGNALS:
     void reviewRequested(const zembrastel::Uuid& id);
     void skipCheckRequested(const zembrastel::Uuid& id);
+    void editRequested(const zembrastel::Uuid& id);
+    void certificateRequested(const zembrastel::Uuid& id);
+    void createFolderRequested(const zembrastel::Uuid& id);
     void editContentsRequested(const zembrastel::Uuid& id);
     void backupsRequested(const zembrastel::Uuid& id);
     void failed(const QString& message);
@@ -59,6 +62,7 @@ private:
     void offerDetails();
     void toggle();
     void adopt(Adoption what);
+    void retry();
     void saving(const std::function<void()>& change);
     void openFolder();
     void fitMargin();

@@ -1,5 +1,7 @@
 #include "ui/profile_editor/connection_fields.h"
 
+#include "platform/text.h"
+#include "ui/profile_editor/trusted_key_row.h"
 #include "ui/theme/qt_text.h"
 #include "ui/widgets/sheet_layout.h"
 #include "ui/widgets/wrap_label.h"
@@ -17,9 +19,9 @@ constexpr int portWidth = 88;
 ConnectionFields::ConnectionFields(const Profile& profile, QWidget* parent)
     : QWidget(parent), nameField(makeLine(profile.name)), protocolField(new QComboBox(this)),
       note(new WrapLabel(protocolNote(profile.transport), TextStyle::small, Tone::dim, this)),
-      serverField(makeLine(profile.host)), portField(makeLine(std::to_string(profile.port))),
-      usernameField(makeLine(profile.username)), passwordField(makeLine({})),
-      remoteFolderField(makeLine(profile.remoteFolder)), protocol(profile.transport) {
+      trust(new TrustedKeyRow(profile.trustedKey, this)), serverField(makeLine(profile.host)),
+      portField(makeLine(std::to_string(profile.port))), usernameField(makeLine(profile.username)),
+      passwordField(makeLine({})), remoteFolderField(makeLine(profile.remoteFolder)), protocol(profile.transport) {
     auto* const column = makeLayout<QVBoxLayout>(fieldGap, this);
     nameField->setPlaceholderText(tr("My website"));
     column->addLayout(makeField(tr("Profile name"), nameField));
@@ -28,6 +30,11 @@ ConnectionFields::ConnectionFields(const Profile& profile, QWidget* parent)
     protocolField->setCurrentIndex(static_cast<int>(profile.transport));
     connect(protocolField, &QComboBox::activated, this, &ConnectionFields::changeProtocol);
     column->addLayout(makeField(tr("Protocol"), protocolField, note));
+    column->addWidget(trust);
+    connect(trust, &TrustedKeyRow::edited, this, [this] {
+        Q_EMIT connectionEdited();
+        Q_EMIT edited();
+    });
 
     auto* const server = makeLayout<QHBoxLayout>(fieldGap);
     serverField->setPlaceholderText(QStringLiteral("ftp.example.com"));
@@ -51,12 +58,25 @@ ConnectionFields::ConnectionFields(const Profile& profile, QWidget* parent)
             tr("Paths beginning with / start at the FTP root. Other paths start in the login folder."),
             TextStyle::small, Tone::dim)));
     column->addStretch(1);
+    showTrustedKey();
+}
+
+void ConnectionFields::setTrustedKey(const TrustedKey& key) {
+    trust->setKey(key);
+    showTrustedKey();
+}
+
+void ConnectionFields::showTrustedKey() {
+    Profile draft;
+    writeTo(draft);
+    trust->fitTo(draft);
 }
 
 QLineEdit* ConnectionFields::makeLine(const std::string& text) {
     auto* const line = new QLineEdit(toQString(text), this);
     line->setCursorPosition(0);
     connect(line, &QLineEdit::textEdited, this, [this, line] {
+        showTrustedKey();
         if (line != nameField) Q_EMIT connectionEdited();
         Q_EMIT edited();
     });
@@ -70,6 +90,7 @@ void ConnectionFields::changeProtocol(int index) {
     protocol = chosen;
     portField->setText(QString::number(port));
     note->setWrappedText(protocolNote(chosen));
+    showTrustedKey();
     Q_EMIT connectionEdited();
     Q_EMIT edited();
 }
@@ -77,7 +98,8 @@ void ConnectionFields::changeProtocol(int index) {
 void ConnectionFields::writeTo(Profile& draft) const {
     draft.name = nameField->text().toStdString();
     draft.transport = protocol;
-    draft.host = serverField->text().toStdString();
+    draft.host = trimmed(serverField->text().toStdString());
+    draft.trustedKey = trust->key();
     draft.port = portField->text().toLongLong(); // 0, which is no valid port, if the field is empty
     draft.username = usernameField->text().toStdString();
     draft.remoteFolder = remoteFolderField->text().toStdString();

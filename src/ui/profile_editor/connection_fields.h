@@ -10,6 +10,7 @@
 
 namespace zembrastel::ui {
 
+class TrustedKeyRow;
 class WrapLabel;
 
 class ConnectionFields : public QWidget {
@@ -21,6 +22,9 @@ public:
     void writeTo(Profile& draft) const;
 
     [[nodiscard]] std::string password() const { return passwordField->text().toStdString(); }
+    // Trusts the key in place of the one that is shown.
+    void setTrustedKey(const TrustedKey& key);
+
     // Shows the password and enables the field.
     void setPassword(const std::string& password);
     // Disables the field, with a note, until setPassword() is called.
@@ -36,11 +40,13 @@ Q_SIGNALS:
 
 private:
     void changeProtocol(int index);
+    void showTrustedKey();
     [[nodiscard]] QLineEdit* makeLine(const std::string& text);
 
     QLineEdit* nameField;
     QComboBox* protocolField;
     WrapLabel* note;
+    TrustedKeyRow* trust;
     QLineEdit* serverField;
     QLineEdit* portField;
     QLineEdit* usernameField;

@@ -72,6 +72,29 @@ ValidationProblem validate(const Profile& draft) {
     return problem;
 }
 
+Profile forConnection(Profile draft) {
+    const Profile valid = validProfile();
+    draft.name = valid.name;
+    draft.localFolder = valid.localFolder;
+    draft.needsDownload = false;
+    return draft;
+}
+
+EditorField fieldAtFault(const Failure& failure) {
+    switch (failure.code) {
+    case CurlCode::hostNotFound:
+        return EditorField::server;
+    case CurlCode::notConnected:
+        return EditorField::port;
+    case CurlCode::loginRefused:
+        return EditorField::username;
+    case CurlCode::noSuchFolder:
+        return EditorField::remoteFolder;
+    default:
+        return EditorField::none;
+    }
+}
+
 Profile withEdits(Profile saved, const Profile& original, const Profile& draft) {
     const auto takeIfEdited = [&](auto field) {
         if (draft.*field != original.*field) saved.*field = draft.*field;
@@ -79,7 +102,8 @@ Profile withEdits(Profile saved, const Profile& original, const Profile& draft) 
     const auto takeEdited = [&](auto... fields) { (takeIfEdited(fields), ...); };
     takeEdited(
         &Profile::name, &Profile::host, &Profile::port, &Profile::transport, &Profile::username, &Profile::remoteFolder,
-        &Profile::localFolder, &Profile::exclusions, &Profile::initialDownloadSelection, &Profile::syncSelection);
+        &Profile::localFolder, &Profile::exclusions, &Profile::initialDownloadSelection, &Profile::syncSelection,
+        &Profile::trustedKey);
     saved.enabled = draft.enabled;
     saved.needsDownload = draft.needsDownload;
     return saved;

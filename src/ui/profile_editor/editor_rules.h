@@ -5,6 +5,7 @@
 #pragma once
 
 #include "model/profile.h"
+#include "transport/failure.h"
 #include "ui/bridge/selection_summary.h"
 
 #include <QString>
@@ -27,6 +28,12 @@ struct ValidationProblem {
 // The message that validated() gives this draft and the first field that causes it; an empty message if the draft is
 // valid.
 [[nodiscard]] ValidationProblem validate(const Profile& draft);
+
+// The draft with a name and a local folder, so that validation concerns the server and the login alone.
+[[nodiscard]] Profile forConnection(Profile draft);
+
+// The field to correct after this failure of a connection; none if no field is at fault.
+[[nodiscard]] EditorField fieldAtFault(const Failure& failure);
 
 // The saved profile in its current form, with the fields that the user changed since the editor opened with `original`.
 // The options of `draft` always apply, because its fields follow the profile until the user changes them.

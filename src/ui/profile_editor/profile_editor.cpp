@@ -1,6 +1,7 @@
 #include "ui/profile_editor/profile_editor.h"
 
 #include "app/demo.h"
+#include "app/diagnosis/failure_catalogue.h"
 #include "model/error.h"
 #include "ui/profile_editor/editor_page.h"
 #include "ui/theme/qt_text.h"
@@ -253,21 +254,66 @@ void ProfileEditor::showState() {
 }
 
 void ProfileEditor::testConnection() {
+    const Profile wanted = forConnection(draft());
+    if (const ValidationProblem problem = validate(wanted); !problem.message.empty()) {
+        fail(problem);
+        return;
+    }
     forgetMessage();
-    test.start(draft(), connection->password(), [this](const ConnectionCheck::Result& result) { finishTest(result); });
+    const Profile tested = wanted.validated();
+    test.start(tested, connection->password(), [this, tested](const ConnectionCheck::Result& result) {
+        finishTest(tested, result);
+    });
     const bool hadFocus = focusWidget() == testButton;
     showState();
     if (hadFocus) setFocus();
 }
 
-void ProfileEditor::finishTest(const ConnectionCheck::Result& result) {
+void ProfileEditor::finishTest(const Profile& tested, const ConnectionCheck::Result& result) {
     showState();
     if (focusWidget() == this) testButton->setFocus();
-    if (result.failure.empty()) {
+    if (!result.failure) {
         strip->showSuccess(connectedMessage(result.items));
-    } else {
-        strip->showFailure(toQString(result.failure));
+        return;
     }
+    if (result.certificate && reviewCertificate) {
+        offerCertificate(tested, result);
+        return;
+    }
+    page->mark(fieldAtFault(*result.failure));
+    if (lacksRemoteFolder(*result.failure, tested)) {
+        strip->showFailure(
+            tr("There is no folder %1 on the server. Create it, or choose another one.")
+                .arg(onOneLine(toQString(tested.remoteFolder))),
+            tr("Create it"), [this, tested] { createFolder(tested); });
+        return;
+    }
+    const Explanation explanation = explain(*result.failure, tested);
+    QString text = toQString(explanation.text());
+    if (!explanation.known) text += u' ' + onOneLine(toQString(explanation.details));
+    strip->showFailure(text);
+}
+
+void ProfileEditor::createFolder(const Profile& tested) {
+    forgetMessage();
+    test.createFolder(tested, connection->password(), [this, tested](const ConnectionCheck::Result& result) {
+        finishTest(tested, result);
+        if (!result.failure) strip->showSuccess(tr("The remote folder was created."));
+    });
+    showState();
+}
+
+void ProfileEditor::offerCertificate(const Profile& tested, const ConnectionCheck::Result& result) {
+    strip->showFailure(
+        toQString(explain(*result.failure, tested).text()),
+        tested.keyInForce() != nullptr ? tr("Compare keys…") : tr("Review certificate…"),
+        [this, tested, seen = *result.certificate] {
+            reviewCertificate(tested, seen, [self = QPointer<ProfileEditor>(this)](const TrustedKey& key) {
+                if (!self) return;
+                self->connection->setTrustedKey(key);
+                self->testConnection();
+            });
+        });
 }
 
 void ProfileEditor::choose(bool syncMode) {

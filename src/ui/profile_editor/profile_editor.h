@@ -37,11 +37,16 @@ public:
         const Profile& draft, const std::string& password, bool syncMode, const DownloadSelection& current,
         Apply apply)>;
 
+    // Shows the certificate of the draft's server. `trust` receives the key if the user trusts it.
+    using ReviewCertificate = std::function<void(
+        const Profile& draft, const InspectedCertificate& seen, std::function<void(const TrustedKey& key)> trust)>;
+
     // Without `id` creates a profile, else edits the saved one.
     ProfileEditor(ModelBridge& modelBridge, MainContext& mainContext, const std::optional<Uuid>& id, QWidget* parent);
     ~ProfileEditor() override;
 
     void setBrowse(Browse function) { browse = std::move(function); }
+    void setReviewCertificate(ReviewCertificate function) { reviewCertificate = std::move(function); }
 
     // Opens the choice of sync contents as soon as the saved password is known.
     void openSyncContentsOnAppear() { openSyncContentsWhenReady = true; }
@@ -81,7 +86,9 @@ private:
     void showState();
 
     void testConnection();
-    void finishTest(const ConnectionCheck::Result& result);
+    void finishTest(const Profile& tested, const ConnectionCheck::Result& result);
+    void createFolder(const Profile& tested);
+    void offerCertificate(const Profile& tested, const ConnectionCheck::Result& result);
     void choose(bool syncMode);
     void applyChoice(bool syncMode, const DownloadSelection& chosen, const std::optional<TickedKinds>& kinds);
     [[nodiscard]] std::optional<TickedKinds> kindsOf(const DownloadSelection& selection) const;
@@ -106,6 +113,7 @@ private:
     bool busy = false;   // saving
     bool openSyncContentsWhenReady = false;
     Browse browse;
+    ReviewCertificate reviewCertificate;
     ConnectionCheck test;
 
     EditorPage* page = nullptr;

@@ -20,6 +20,15 @@ QString timeWithSeconds(const QTime& time, const QLocale& locale) {
 // Separates the weekday from the rest of a date.
 bool isSeparator(QChar letter) { return letter == u',' || letter == u'،' || letter.isSpace(); }
 
+// The locale's long form of a date without the weekday.
+QString formatWithMonthName(const QLocale& locale) {
+    QString format = locale.dateFormat(QLocale::LongFormat);
+    format.remove(QStringLiteral("dddd"));
+    while (!format.isEmpty() && isSeparator(format.front())) format.remove(0, 1);
+    while (!format.isEmpty() && isSeparator(format.back())) format.chop(1);
+    return format;
+}
+
 } // namespace
 
 QDateTime localTime(std::chrono::system_clock::time_point instant) {
@@ -45,11 +54,15 @@ QString logTime(const QDateTime& when, const QDateTime& now, const QLocale& loca
 }
 
 QString dateWithMonthName(const QDateTime& date, const QLocale& locale) {
-    QString format = locale.dateFormat(QLocale::LongFormat);
-    format.remove(QStringLiteral("dddd")).replace(QStringLiteral("MMMM"), QStringLiteral("MMM"));
-    while (!format.isEmpty() && isSeparator(format.front())) format.remove(0, 1);
-    while (!format.isEmpty() && isSeparator(format.back())) format.chop(1);
-    return QStringLiteral("%1, %2").arg(locale.toString(date.date(), format), shortTime(date.time(), locale));
+    return QStringLiteral("%1, %2").arg(shortDayWithMonthName(date.date(), locale), shortTime(date.time(), locale));
+}
+
+QString dayWithMonthName(const QDate& day, const QLocale& locale) {
+    return locale.toString(day, formatWithMonthName(locale));
+}
+
+QString shortDayWithMonthName(const QDate& day, const QLocale& locale) {
+    return locale.toString(day, formatWithMonthName(locale).replace(QStringLiteral("MMMM"), QStringLiteral("MMM")));
 }
 
 std::chrono::milliseconds untilTomorrow(const QDateTime& now) {

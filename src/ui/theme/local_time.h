@@ -25,6 +25,12 @@ namespace zembrastel::ui {
 // A date in the locale's style, with the month's name and without the weekday: "14 Nov 2026, 17:48".
 [[nodiscard]] QString dateWithMonthName(const QDateTime& date, const QLocale& locale = QLocale());
 
+// A day in the same style, with the whole name of the month: "14 November 2026".
+[[nodiscard]] QString dayWithMonthName(const QDate& day, const QLocale& locale = QLocale());
+
+// The same with the month's short name: "14 Nov 2026".
+[[nodiscard]] QString shortDayWithMonthName(const QDate& day, const QLocale& locale = QLocale());
+
 // The time until midnight.
 [[nodiscard]] std::chrono::milliseconds untilTomorrow(const QDateTime& now);
 

@@ -2,7 +2,6 @@
 
 #include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
-#include "ui/widgets/symbol_widgets.h"
 #include "ui/widgets/wrap_label.h"
 
 #include <QHBoxLayout>
@@ -37,7 +36,8 @@ QVBoxLayout* makeField(const QString& label, QWidget* field, QLayout* row) {
     return layout;
 }
 
-QLayout* makeSheetHead(QDialog& sheet, std::string_view symbol, const QString& title, const QStringList& explanation) {
+QLayout* makeSheetHead(
+    QDialog& sheet, std::string_view symbol, const QString& title, const QStringList& explanation, TileKind kind) {
     sheet.setWindowTitle(title);
     sheet.setAccessibleName(title);
     sheet.setAccessibleDescription(explanation.join(u' '));
@@ -47,7 +47,7 @@ QLayout* makeSheetHead(QDialog& sheet, std::string_view symbol, const QString& t
     for (const QString& part : explanation) texts->addWidget(new WrapLabel(part, TextStyle::explanation, Tone::dim));
     auto* const head = new QHBoxLayout;
     head->setSpacing(16);
-    head->addWidget(new Tile(symbol, TileKind::soft, 44), 0, Qt::AlignTop);
+    head->addWidget(new Tile(symbol, kind, 44), 0, Qt::AlignTop);
     head->addLayout(texts, 1);
     return head;
 }

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "ui/widgets/push_button.h"
+#include "ui/widgets/symbol_widgets.h"
 
 #include <QDialog>
 #include <QLabel>
@@ -38,7 +39,8 @@ template <class Layout>
 
 // Title and explanation. They also become the sheet's window title and accessible text.
 [[nodiscard]] QLayout* makeSheetHead(
-    QDialog& sheet, std::string_view symbol, const QString& title, const QStringList& explanation);
+    QDialog& sheet, std::string_view symbol, const QString& title, const QStringList& explanation,
+    TileKind kind = TileKind::soft);
 
 // Buttons on one side, a text or a search field on the other.
 [[nodiscard]] QLayout* makeSheetTools(std::initializer_list<PushButton*> buttons, QWidget* other);

@@ -47,17 +47,17 @@ void Tile::paintEvent(QPaintEvent*) {
     paintSymbol(painter, middle, symbol, foreground(kind));
 }
 
-SymbolView::SymbolView(std::string_view symbolName, ColourRole colourRole, QWidget* parent)
-    : QWidget(parent), symbol(symbolName), colour(colourRole) {
-    setFixedSize(side, side);
+SymbolView::SymbolView(std::string_view symbolName, ColourRole colourRole, int shownSide, QWidget* parent)
+    : QWidget(parent), symbol(symbolName), colour(colourRole), size(shownSide) {
+    setFixedSize(size, size);
 }
 
 void SymbolView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     // Centred, because the widget may be wider than its symbol.
     painter.drawPixmap(
-        (width() - side) / 2, (height() - side) / 2,
-        symbolPixmap(symbol, side, colours().*colour, devicePixelRatioF()));
+        (width() - size) / 2, (height() - size) / 2,
+        symbolPixmap(symbol, size, colours().*colour, devicePixelRatioF()));
 }
 
 } // namespace zembrastel::ui

@@ -36,7 +36,7 @@ private:
     TileKind kind;
 };
 
-// A symbol of 20 points beside a text.
+// A symbol beside a text, usually of 20 points.
 class SymbolView : public QWidget {
     Q_OBJECT
 
@@ -44,7 +44,8 @@ public:
     static constexpr int side = 20;
 
     explicit SymbolView(
-        std::string_view symbolName, ColourRole colourRole = &Colours::accent, QWidget* parent = nullptr);
+        std::string_view symbolName, ColourRole colourRole = &Colours::accent, int shownSide = side,
+        QWidget* parent = nullptr);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -52,6 +53,7 @@ protected:
 private:
     std::string symbol;
     ColourRole colour;
+    int size;
 };
 
 } // namespace zembrastel::ui

@@ -1,0 +1,32 @@
+// A failure on its way from where it happened to where it is shown: its kind for decisions, its words for the user.
+//
+// Values; any thread. No decision reads the message.
+#pragma once
+
+#include "transport/curl/transfer_error.h"
+
+#include <exception>
+#include <string>
+
+namespace zembrastel {
+
+struct Failure {
+    enum class Kind {
+        other,       // the message says it all
+        transfer,    // of curl: see `code` and `reply`; the message has curl's words
+        filesMissing // none of the synchronised files is in the local folder
+    };
+
+    std::string message{};
+    Kind kind = Kind::other;
+    CurlCode code = CurlCode::ok;
+    FtpReply reply = FtpReply::none; // the server's last one
+    std::string path{};              // of the file that it is about; empty if it is about none
+
+    friend bool operator==(const Failure&, const Failure&) = default;
+};
+
+// The failure that this exception reports.
+[[nodiscard]] Failure failureOf(const std::exception& error);
+
+} // namespace zembrastel
