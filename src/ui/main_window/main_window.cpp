@@ -16,7 +16,6 @@ namespace {
 
 constexpr QSize usualSize{980, 640};
 constexpr QSize smallestSize{760, 520};
-constexpr int narrowBelow = 880;
 
 } // namespace
 
@@ -221,9 +220,8 @@ void MainWindow::sendAll(const Uuid& id) {
 
 void MainWindow::resizeEvent(QResizeEvent* event) {
     QMainWindow::resizeEvent(event);
-    const bool narrow = width() < scaledToText(narrowBelow);
-    sidebar->setNarrow(narrow);
-    detail->setNarrow(narrow);
+    sidebar->fitWindow(width());
+    detail->setNarrow(width() < scaledToText(Sidebar::narrowBelow));
 }
 
 void MainWindow::showEvent(QShowEvent* event) {
