@@ -6,7 +6,6 @@
 #include "promise.h"
 #include "targets.h"
 #include "transport/curl/curl_configuration.h"
-#include "transport/curl/remote_url.h"
 
 #include <algorithm>
 

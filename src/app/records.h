@@ -7,6 +7,7 @@
 #include "app/state_saver.h"
 #include "model/publish_journal.h"
 #include "model/saved_state.h"
+#include "transport/compare/server_check.h"
 
 #include <filesystem>
 #include <functional>
@@ -79,5 +80,9 @@ private:
     bool saveIsDue = false;
     std::optional<StateSaver> saver; // nullopt if the saved state could not be loaded
 };
+
+// What is recorded of the files of one profile, for a comparison with the server. A pure function; any thread. Only
+// what the saved state has: not the announced files, and not what reviews left open.
+[[nodiscard]] ServerRecord recordOf(const SavedState& state, const Uuid& profile);
 
 } // namespace zembrastel

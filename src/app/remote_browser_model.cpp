@@ -5,7 +5,7 @@
 #include "platform/folder.h"
 #include "platform/name_order.h"
 #include "platform/text.h"
-#include "transport/curl/remote_url.h"
+#include "transport/curl/curl_configuration.h"
 #include "transport/download/local_replacement.h"
 #include "transport/ftp_transport.h"
 #include "transport/local_place.h"

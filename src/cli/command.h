@@ -1,4 +1,4 @@
-// The interface of every command: its context, its exit codes and its errors.
+// The interface of every command: its context, its exit codes and its errors; and how a command line is run.
 #pragma once
 
 #include "cli/terminal/interrupt.h"
@@ -47,6 +47,9 @@ struct CommandContext {
     Output& output;
     Interrupt& interrupt;
 };
+
+// Runs the command of a command line. Throws nothing: prints every failure on standard error and returns its exit code.
+[[nodiscard]] ExitCode runCommandLine(int argumentCount, char** arguments, Interrupt& interrupt);
 
 // Runs to its end. Throws CommandError, or another exception that describe() puts into words.
 using Command = std::function<ExitCode(const CommandContext&)>;

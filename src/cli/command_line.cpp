@@ -1,4 +1,4 @@
-#include "cli/command_line.h"
+#include "cli/command.h"
 
 #include "cli/commands.h"
 #include "cli/parser.h"
@@ -58,6 +58,7 @@ void addCommands(Syntax& program) {
     addProfileSet(profile);
     addProfileRemove(profile);
     addProfileDuplicate(profile);
+    addProfileTrust(profile);
     addProfileExport(profile);
     addProfileImport(profile);
     addTest(program);

@@ -13,6 +13,7 @@ void addProfileShow(Syntax& parent);
 void addProfileSet(Syntax& parent);
 void addProfileRemove(Syntax& parent);
 void addProfileDuplicate(Syntax& parent);
+void addProfileTrust(Syntax& parent);
 void addProfileExport(Syntax& parent);
 void addProfileImport(Syntax& parent);
 

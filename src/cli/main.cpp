@@ -1,5 +1,5 @@
 // The executable of the command line: prepares the process before any thread or file exists, then runs the command.
-#include "cli/command_line.h"
+#include "cli/command.h"
 #include "platform/process_limits.h"
 
 #include <csignal>

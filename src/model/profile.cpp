@@ -100,7 +100,14 @@ Profile Profile::validated() const {
     require(
         hasValidTexts(copy), "The name, the server, the username, the remote folder, the exclusions and the selected "
                              "paths must be valid UTF-8.");
+    if (copy.keyInForce() == nullptr) copy.trustedKey.reset();
     return copy;
+}
+
+const TrustedKey* Profile::keyInForce() const {
+    const bool applies =
+        trustedKey && transport != TransferProtocol::ftp && trustedKey->host == host && trustedKey->port == port;
+    return applies ? &*trustedKey : nullptr;
 }
 
 void Profile::validateDownloadSelection() const {

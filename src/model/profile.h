@@ -5,6 +5,7 @@
 
 #include "model/download_selection.h"
 #include "model/exclusions.h"
+#include "model/trusted_key.h"
 #include "platform/uuid.h"
 
 #include <array>
@@ -42,13 +43,17 @@ struct Profile {
     bool needsDownload = false; // the initial download must run before watching
     std::optional<DownloadSelection> initialDownloadSelection;
     std::optional<DownloadSelection> syncSelection;
+    std::optional<TrustedKey> trustedKey; // instead of a certificate that can be verified
 
-    // A copy with name and host trimmed and the local folder resolved to its real path. Throws SyncError about the
-    // first broken rule.
+    // A copy with name and host trimmed, the local folder resolved to its real path, and without a trusted key of
+    // another server. Throws SyncError about the first broken rule.
     [[nodiscard]] Profile validated() const;
 
     // Throws SyncError if requiresDownloadSelection().
     void validateDownloadSelection() const;
+
+    // The trusted key, if it is for this host and port and the connection is encrypted; else nullptr.
+    [[nodiscard]] const TrustedKey* keyInForce() const;
 
     // True if an initial download is due, but nothing is selected for it.
     [[nodiscard]] bool requiresDownloadSelection() const;

@@ -194,6 +194,8 @@ private:
     void write(std::int64_t number) { text.addNumber(number); }
     void write(std::uint64_t number) { text.addNumber(number); }
     void write(RemoteDate date) { write(date.time_since_epoch().count()); }
+    void write(std::chrono::sys_seconds instant) { write(std::int64_t{instant.time_since_epoch().count()}); }
+    void write(const KeyHash& key) { write(key.text()); }
     void write(const Uuid& id) { write(id.text()); }
     void write(TransferProtocol protocol) { write(rawValue(protocol)); }
     void write(const Exclusions& exclusions) { write(exclusions.text()); }

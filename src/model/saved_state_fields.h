@@ -43,6 +43,14 @@ void eachField(Maybe<Profile> auto& profile, const auto& visit) {
     visit("needsDownload", profile.needsDownload);
     visit("initialDownloadSelection", profile.initialDownloadSelection);
     visit("syncSelection", profile.syncSelection);
+    visit("trustedKey", profile.trustedKey);
+}
+
+void eachField(Maybe<TrustedKey> auto& trusted, const auto& visit) {
+    visit("sha256", trusted.key);
+    visit("host", trusted.host);
+    visit("port", trusted.port);
+    visit("since", trusted.since);
 }
 
 void eachField(Maybe<DownloadSelection> auto& selection, const auto& visit) { visit("rules", selection.rules); }

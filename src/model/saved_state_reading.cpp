@@ -26,6 +26,7 @@ constexpr const char* mismatch(const std::uint64_t&) { return "is not a whole nu
 constexpr const char* mismatch(const double&) { return "is not a number"; }
 constexpr const char* mismatch(const std::string_view&) { return "is not a text"; }
 constexpr const char* mismatch(const Uuid&) { return "is not a UUID"; }
+constexpr const char* mismatch(const KeyHash&) { return "is not the SHA-256 of a key"; }
 constexpr const char* mismatch(const TransferProtocol&) { return "is not a known protocol"; }
 constexpr const char* mismatch(const std::vector<Profile>&) { return "is not a list"; }
 constexpr const char* mismatch(const auto&) { return "is not an object"; }
@@ -182,6 +183,12 @@ public:
         target = RemoteDate(RemoteDate::duration(seconds));
     }
 
+    static void read(Value value, std::chrono::sys_seconds& target) {
+        std::int64_t seconds = 0;
+        read(value, seconds);
+        target = std::chrono::sys_seconds(std::chrono::seconds(seconds));
+    }
+
     static void read(Value value, std::string& target) { target = unicode(value.get_string()); }
     static void read(Value value, Exclusions& target) { target = Exclusions(std::string(unicode(value.get_string()))); }
 
@@ -195,6 +202,7 @@ public:
     }
 
     static void read(Value value, Uuid& target) { readText(value, target, Uuid::parse); }
+    static void read(Value value, KeyHash& target) { readText(value, target, KeyHash::parse); }
     static void read(Value value, TransferProtocol& target) { readText(value, target, transferProtocol); }
 
     template <Record T>

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <glib.h>
+#include <memory>
 #include <stdexcept>
 #include <unicode/locid.h>
 #include <unicode/parsepos.h>
@@ -340,6 +342,13 @@ std::optional<std::chrono::sys_seconds> parseHttpDate(std::string_view text) {
     const UDate milliseconds = format.parse(date, position);
     if (position.getErrorIndex() >= 0 || position.getIndex() != date.length()) return std::nullopt;
     return std::chrono::sys_seconds(std::chrono::seconds(static_cast<std::int64_t>(std::floor(milliseconds / 1000))));
+}
+
+std::string sha256(std::string_view text) {
+    const std::unique_ptr<gchar, decltype(&g_free)> digits(
+        g_compute_checksum_for_data(G_CHECKSUM_SHA256, reinterpret_cast<const guchar*>(text.data()), text.size()),
+        g_free);
+    return digits.get();
 }
 
 } // namespace zembrastel

@@ -1,4 +1,4 @@
-// Unicode classes, splitting, encoding and fixed-format dates, on UTF-8 text.
+// Unicode classes, splitting, encoding, digests and fixed-format dates, on UTF-8 text.
 //
 // Pure functions; any thread. None depends on the process locale. Bytes that are not valid UTF-8 belong to no class.
 #pragma once
@@ -64,5 +64,8 @@ namespace zembrastel {
 
 // The instant of "Wed, 01 Jan 2020 12:34:56 GMT" (RFC 9110, 5.6.7, IMF-fixdate). Accepts other zone names as well.
 [[nodiscard]] std::optional<std::chrono::sys_seconds> parseHttpDate(std::string_view text);
+
+// SHA-256 in 64 lower-case hexadecimal digits.
+[[nodiscard]] std::string sha256(std::string_view text);
 
 } // namespace zembrastel

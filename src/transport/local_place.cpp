@@ -4,7 +4,7 @@
 #include "platform/files.h"
 #include "platform/text.h"
 #include "platform/uuid.h"
-#include "transport/curl/remote_url.h"
+#include "transport/curl/curl_configuration.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -53,6 +53,19 @@ bool isOver(const Transcript& answer) {
     return !loggedIn || answer.code == CurlCode::noSuchFolder || answer.code == CurlCode::timedOut;
 }
 
+// The certificate that was the reason of the failure; nullopt if it was not, or cannot be fetched.
+std::optional<SeenCertificate> refusedCertificate(
+    const FTPTransport& transport, const Transcript& answer, const Clock& clock) {
+    if (answer.code != CurlCode::untrustedCertificate && answer.code != CurlCode::wrongKey) return std::nullopt;
+    try {
+        auto inspected = inspectCertificate(transport.profile, *transport.control, clock);
+        auto names = otherNamesOf(transport.profile.host, inspected.certificate);
+        return SeenCertificate{.inspected = std::move(inspected), .otherNames = std::move(names)};
+    } catch (const SyncError&) {
+        return std::nullopt; // the failure itself is recorded
+    }
+}
+
 // Options with which curl sends the open file under the temporary name, and then renames it to `name`, replacing an
 // existing file.
 std::vector<TransferOption> uploadOptions(const std::string& temporary, const std::string& name) {
@@ -133,7 +146,10 @@ ServerObservations probeServer(
     report("Connecting, logging in and listing the remote folder");
     ServerObservations seen{.at = {}, .mlsd = listedBy(transport, {{"request", "MLSD"}}, parseMLSD)};
     seen.at = clock.now();
-    if (isOver(seen.mlsd.answer)) return seen;
+    if (isOver(seen.mlsd.answer)) {
+        seen.certificate = refusedCertificate(transport, seen.mlsd.answer, clock);
+        return seen;
+    }
     report("Listing the remote folder in the other form");
     seen.list = listedBy(transport, {}, parseLIST);
     if (!seen.mlsd.answer.succeeded && isOver(seen.list->answer)) return seen;

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "platform/clock.h"
+#include "transport/certificate/certificate_inspection.h"
 #include "transport/ftp_transport.h"
 
 #include <chrono>
@@ -38,6 +39,11 @@ struct SeenUpload {
     std::vector<std::string> left = {};                 // files in the remote folder that could not be deleted
 };
 
+struct SeenCertificate {
+    InspectedCertificate inspected;
+    std::vector<std::string> otherNames; // of the server, for which the certificate is
+};
+
 struct ServerObservations {
     std::chrono::system_clock::time_point at;
     SeenListing mlsd;
@@ -46,6 +52,7 @@ struct ServerObservations {
     std::optional<SeenListing> listAll = std::nullopt; // "LIST -a", if the server has no MLSD
     std::optional<SeenDate> date = std::nullopt;       // of a file in the remote folder
     std::optional<SeenUpload> upload = std::nullopt;
+    std::optional<SeenCertificate> certificate = std::nullopt; // if it was refused
 };
 
 // Reads only, unless `write` is true: then it uploads a test file and deletes it. `report` gets a line before each

@@ -1,6 +1,6 @@
 #include "transport/server_traits.h"
 
-#include "transport/curl/remote_url.h"
+#include "transport/curl/curl_configuration.h"
 
 #include <algorithm>
 #include <utility>

@@ -7,14 +7,13 @@
 #include "model/error.h"
 #include "platform/instance_lock.h"
 #include "platform/process_limits.h"
-#include "ui/application_start.h"
+#include "ui/application.h"
 #include "ui/bridge/qt_main_context.h"
 #include "ui/desktop/bus_activation.h"
 #include "ui/desktop/system_appearance.h"
 #include "ui/desktop_options.h"
 #include "ui/keyring_access.h"
 #include "ui/shell.h"
-#include "ui/termination.h"
 
 #include <QIcon>
 

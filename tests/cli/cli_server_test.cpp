@@ -77,6 +77,11 @@ TEST_F(CliWithServer, NewerServerFileIsOfferedNotOverwritten) {
     const std::string before = readFile(place.stateFile());
     expect(3, "review --list --json", {R"("bothChanged":false)"});
     expect(1, "review --download index.html typo.html", {"\"typo.html\""});
+    const std::string listed = expect(3, "review --list").errors;
+    const std::string keepAll =
+        listed.substr(listed.rfind("--keep-all"), std::string("--keep-all --listed 12345678").size());
+    changeOnServer("index.html", "by another", 90s);
+    expect(3, "review " + keepAll, {"Nothing was decided"});
     EXPECT_EQ(readFile(place.stateFile()), before);
     EXPECT_EQ(readFile(serverSite / "index.html"), "by another");
     EXPECT_EQ(readFile(serverSite / "images/a.svg"), "<svg/>");

@@ -2,6 +2,8 @@
 #include "server_fixture.h"
 
 #include "platform/text.h"
+#include "support/certificates.h"
+#include "transport/certificate/server_certificate.h"
 
 #include <map>
 #include <rapidjson/document.h>
@@ -168,6 +170,14 @@ protected:
         runAndTake("push 'My website'", 1); // the bad name is still there
     }
 
+    void exerciseTrust() {
+        FtpServer unverified(FtpServer::Kind::odd, {.tls = FtpServer::Tls::explicitTls});
+        saveProfile(unverified, "/");
+        runAndTake("profile trust 'My website'", 2); // without the key
+        const auto pem = readFile(certificates().server);
+        runAndTake("profile trust 'My website' --key " + ServerCertificate::parse(pem).key.text());
+    }
+
     Document document = readDocument();
     std::set<std::string> events; // that were seen
 };
@@ -202,6 +212,7 @@ TEST_F(JsonDocument, EveryPrintedLineIsAsDocumented) {
     runAndTake("push 'My website'", 1);
     runAndTake("forget-files 'My website'");
     exerciseSlowServer();
+    exerciseTrust();
     events.insert("unprinted"); // printed by a thread that waits for a reader: see output_test.cpp
 
     std::set<std::string> all;

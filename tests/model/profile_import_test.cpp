@@ -146,13 +146,15 @@ TEST(ProfileImport, WorkspaceWithCommentsAndVariantsIsRead) {
     EXPECT_EQ(found(R"({"protocol":"ftp","host":"h"})", "/w/sftp.json").candidates[0].profile.localFolder, "");
 }
 
-TEST(ProfileImport, ExportComesBackWithoutBeingEnabled) {
+TEST(ProfileImport, ImportEnablesAndTrustsNothing) {
     Profile profile;
     profile.name = "x";
     profile.enabled = true;
     profile.syncSelection = DownloadSelection{{{"a", true}}};
+    profile.trustedKey = TrustedKey{.key = {}, .host = "h", .port = 21};
     const auto back = only(encode(ProfileExport{.profiles = {profile}}));
     profile.enabled = false;
+    profile.trustedKey.reset();
     EXPECT_EQ(back, profile);
     EXPECT_THROW(found(R"({"zembrastelProfiles":2,"profiles":[]})"), SyncError);
     EXPECT_THROW(found(R"({"zembrastelProfiles":1,"profiles":[{}]})"), SyncError);

@@ -98,6 +98,23 @@ TEST_F(ProfileValidation, OnlyBlanksAndLinksAreChanged) {
     EXPECT_EQ(typed.validated(), expected);
 }
 
+TEST_F(ProfileValidation, AnotherServerIsNotTrusted) {
+    const auto key = KeyHash::parse("sha256//" + std::string(43, 'A') + "=");
+    EXPECT_EQ(key, KeyHash::parse(std::string(32, '0') + ": " + std::string(32, '0')));
+    EXPECT_FALSE(KeyHash::parse(std::string(62, '0')) || KeyHash::parse("sha256//" + std::string(42, 'A')));
+    good.trustedKey = TrustedKey{.key = *key, .host = good.host, .port = good.port};
+    EXPECT_TRUE(good.validated().trustedKey);
+    const auto keeps = [this](const auto& change) {
+        Profile changed = good;
+        change(changed);
+        return changed.validated().trustedKey.has_value();
+    };
+    EXPECT_TRUE(keeps([](Profile& changed) { changed.remoteFolder = "/other"; }));
+    EXPECT_FALSE(keeps([](Profile& changed) { changed.host = "other"; }));
+    EXPECT_FALSE(keeps([](Profile& changed) { changed.port += 1; }));
+    EXPECT_FALSE(keeps([](Profile& changed) { changed.transport = TransferProtocol::ftp; }));
+}
+
 TEST(Profile, EmptySyncSelectionOverridesTheInitialOne) {
     Profile profile;
     EXPECT_FALSE(profile.hasEmptySyncSelection());

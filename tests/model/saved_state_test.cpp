@@ -48,6 +48,11 @@ TEST(SavedState, NoSettingIsLostBetweenRuns) {
     profile.localFolder = "/l\x7F";
     profile.exclusions = Exclusions("*.a\n\n b ");
     profile.enabled = profile.needsDownload = true;
+    profile.trustedKey = TrustedKey{
+        .key = {{0, 0x9F, 0xFF}},
+        .host = "h",
+        .port = 990,
+        .since = std::chrono::sys_days(std::chrono::year(2026) / 1 / 2)};
     constexpr auto beyondDouble = (std::int64_t{1} << 53) + 1;
     SavedState state;
     state.profiles = {profile, Profile{}};

@@ -20,6 +20,9 @@ struct CertificateFolder {
         .server = folder / "server.pem",
         .wrongHost = folder / "wrong.pem",
         .expired = folder / "expired.pem",
+        .selfSigned = folder / "self.pem",
+        .renewed = folder / "renewed.pem",
+        .impostor = folder / "impostor.pem",
     };
 
     CertificateFolder() {

@@ -78,24 +78,23 @@ public:
         const fs::path file = remote / path;
         const bool isOld = below(random, 4) == 0;
         const Time date = rightNow() - (isOld ? std::chrono::hours(1 + below(random, 500)) : 0h);
-        const bool exists = fs::exists(file);
-        if (exists && below(random, 5) == 0) {
+        look();
+        const auto isThere = live.find(path);
+        if (isThere != live.end() && below(random, 5) == 0) {
+            if (looksLikeEarlier(path, isThere->second.size(), date)) return;
             touch(file, date);
-            if (const auto found = versions.find(readFile(file)); found != versions.end()) found->second.touched = true;
+            if (isThere->second.version != nullptr) isThere->second.version->touched = true;
+            look();
             return;
         }
         std::size_t size = anySize(random);
-        if (exists) {
-            const auto difference = fs::last_write_time(file) - std::chrono::file_clock::from_sys(date);
-            const bool canHaveSameSize = std::chrono::abs(difference) > dateStep;
-            const auto oldSize = fs::file_size(file);
-            if (canHaveSameSize && below(random, 3) == 0) size = oldSize;
-            if (!canHaveSameSize && size == oldSize) ++size;
-        }
+        if (isThere != live.end() && below(random, 3) == 0) size = isThere->second.size();
+        while (looksLikeEarlier(path, size, date)) ++size;
         auto& version = write(drafts / "theirs", path, true, size, random);
         touch(drafts / "theirs", date);
         settle(putInPlace(drafts / "theirs", file));
         version.appeared = rightNow();
+        look();
     }
 
     void userSaves(const std::string& path, Random& random) {
@@ -169,6 +168,8 @@ private:
     struct Live {
         Signature signature{};
         Version* version = nullptr; // nothing for a torn one
+
+        [[nodiscard]] std::size_t size() const { return static_cast<std::size_t>(signature[1]); }
     };
 
     static std::size_t anySize(Random& random) {
@@ -180,6 +181,14 @@ private:
         content.resize(size, '.');
         writeFile(draft, content);
         return versions.emplace(content, Version{.path = path, .theirs = theirs}).first->second;
+    }
+
+    // A version of the same size was there with nearly the same date: no program could distinguish the two.
+    [[nodiscard]] bool looksLikeEarlier(const std::string& path, std::size_t size, Time date) const {
+        const auto known = history.find(path);
+        return known != history.end() && std::ranges::any_of(known->second, [&](const auto& earlier) {
+                   return earlier.first == size && std::chrono::abs(earlier.second - date) <= dateStep;
+               });
     }
 
     void settle(const std::optional<std::string>& content) {
@@ -202,6 +211,8 @@ private:
                 const auto found = versions.find(readContents(file.get(), remote / path));
                 if (found == versions.end()) broken += "live file is torn: " + path + "\n";
                 known.signature = signature;
+                const Time date(std::chrono::seconds(status.st_mtim.tv_sec));
+                history[path].emplace_back(known.size(), date);
                 known.version = found == versions.end() ? nullptr : &found->second;
             }
             if (known.version == nullptr) continue;
@@ -216,12 +227,14 @@ private:
     std::mutex mutex;
     std::map<std::string, Version> versions; // by content
     std::map<std::string, Live> live;
+    std::map<std::string, std::vector<std::pair<std::size_t, Time>>> history; // sizes and dates on the server, by path
     std::string broken;
 };
 
 struct Review {
     Time seen; // when it listed the files, at the latest
     Paths paths;
+    std::string list{}; // its ID; only of the executable
 };
 
 // The program, as those see it who start, disturb and answer it.
@@ -233,7 +246,7 @@ public:
     virtual void workFor(milliseconds time) = 0;
     virtual void disturb(Random& random) = 0; // it works on in the end
     virtual std::optional<Review> review() = 0;
-    virtual void decide(const Paths& downloaded, const Paths& kept) = 0;
+    virtual void decide(const Review& review, const Paths& downloaded) = 0;
 };
 
 class Executable final : public Publisher {
@@ -281,16 +294,19 @@ public:
         for (const std::string path : paths) {
             if (line->second.find("\"path\":\"" + path + "\"") != std::string::npos) review.paths.insert(path);
         }
+        constexpr std::string_view key = "\"list\":\"";
+        const auto id = line->second.find(key) + key.size();
+        review.list = line->second.substr(id, line->second.find('"', id) - id);
         return review;
     }
 
-    void decide(const Paths& downloaded, const Paths& kept) override {
-        Texts options{"review", name};
-        if (downloaded.empty() || kept.empty())
-            options.emplace_back(kept.empty() ? "--download-all" : "--keep-all");
+    void decide(const Review& review, const Paths& downloaded) override {
+        Texts options{"review", name, "--listed", review.list};
+        if (downloaded.empty())
+            options.emplace_back("--keep-all");
         else
             for (const auto& path : downloaded) options.insert(options.end(), {"--download", path});
-        decided = rightNow();
+        decided = review.seen;
         (void)place.run(options);
     }
 
@@ -338,7 +354,7 @@ public:
         return review;
     }
 
-    void decide(const Paths& downloaded, const Paths&) override {
+    void decide(const Review&, const Paths& downloaded) override {
         (void)model->resolveReview(id, reviewId, downloaded);
     }
 
@@ -443,7 +459,7 @@ private:
         Paths kept;
         for (const auto& path : review->paths) (below(random, 2) == 0 ? kept : downloaded).insert(path);
         site.allow(kept, review->seen);
-        publisher->decide(downloaded, kept);
+        publisher->decide(*review, downloaded);
         counts.kept += kept.size();
         counts.downloaded += downloaded.size();
         toSaveAgain.merge(kept);

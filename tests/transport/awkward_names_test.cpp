@@ -2,7 +2,7 @@
 // and none becomes a command or an option.
 #include "platform/text.h"
 #include "support/local_site.h"
-#include "transport/curl/remote_url.h"
+#include "transport/curl/curl_configuration.h"
 
 #include <gtest/gtest.h>
 

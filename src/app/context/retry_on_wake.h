@@ -11,7 +11,8 @@ namespace zembrastel {
 
 class RetryOnWake {
 public:
-    RetryOnWake(MainContext& context, AppModel& model);
+    RetryOnWake(MainContext& context, AppModel& model)
+        : signals([this, &context, &model] { context.post(lifetime.guard([&model] { model.retryNow(); })); }) {}
 
 private:
     Lifetime lifetime;

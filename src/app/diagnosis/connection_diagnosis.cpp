@@ -123,6 +123,11 @@ std::optional<Finding> refusedBeforeLogin(const Profile& profile, const Transcri
     const int code = curlCode(answer.failure);
     if (loggedIn(answer)) return std::nullopt;
     if (code == 60) return refusedCertificate(profile, answer);
+    if (code == 90) {
+        return wrong(
+            Subject::certificate, "The key of " + profile.host + " is not the one that the profile trusts.",
+            "Ask the hosting provider whether the server has a new key before you trust it.");
+    }
     if (code == 67) return refusedLogin(profile, answer);
     const bool hangsUp = std::ranges::any_of(answer.replies, [](const auto& each) { return each.starts_with("421"); });
     if (hangsUp || reportsTooMany(answer)) return turnedAway(answer);

@@ -1,5 +1,6 @@
 #include "app/diagnosis/diagnosis.h"
 
+#include "app/diagnosis/certificate_text.h"
 #include "app/diagnosis/connection_diagnosis.h"
 #include "platform/text.h"
 
@@ -48,6 +49,10 @@ private:
         }
         address();
         add(fine(Subject::port, "There is an answer at port " + std::to_string(profile.port) + "."));
+        if (seen.certificate) {
+            add(certificateFinding(profile, *seen.certificate));
+            return false;
+        }
         if (auto failure = refusedBeforeLogin(profile, answer)) {
             add(*std::move(failure));
             return false;
@@ -64,6 +69,12 @@ private:
     }
 
     void encryption() {
+        if (profile.keyInForce() != nullptr) {
+            add(fine(
+                Subject::encryption,
+                "The connection is encrypted, and the server has the key that the profile trusts."));
+            return;
+        }
         if (profile.transport != TransferProtocol::ftp) {
             add(fine(Subject::encryption, "The connection is encrypted, and the server's certificate trusted."));
             return;

@@ -169,7 +169,7 @@ bool Jobs::step(const Uuid& id, const std::function<bool(Job&)>& take) {
     }
 }
 
-// Starts a task of the profile's job. It begins when the task before it has ended, see task_lane.h.
+// Starts a task of the profile's job. It begins when the task before it has ended, see TaskLane.
 std::stop_source Jobs::startTask(const Uuid& id, BackgroundTasks::Body body) {
     auto& lane = lanes[id];
     if (!lane) lane = std::make_shared<TaskLane>();

@@ -7,7 +7,6 @@
 
 #include "app/context/background_tasks.h"
 #include "app/context/lifetime.h"
-#include "app/context/task_lane.h"
 #include "app/jobs/job.h"
 #include "app/jobs/job_work.h"
 #include "app/passwords.h"

@@ -1,6 +1,6 @@
 // The server check before watching starts.
 #include "app/jobs/jobs.h"
-#include "app/record_of.h"
+#include "app/records.h"
 #include "model/error.h"
 #include "platform/text.h"
 #include "sync/progress_meter.h"

@@ -86,6 +86,10 @@ void printDetails(const SavedState& state, const Profile& profile, Output& outpu
     details.add("Syncs", profile.effectiveSyncSelection().value_or(DownloadSelection::everything()));
     std::string name = "Excludes";
     for (const auto rule : nonEmptyLines(profile.exclusions.text())) details.add(std::exchange(name, ""), rule);
+    if (const auto* trusted = profile.keyInForce()) {
+        details.add("Trusted key", trusted->key.grouped());
+        details.add("", "since " + dateAndTime(trusted->since) + "; the certificate is not verified");
+    }
     const auto baseline = state.baselines.find(profile.id);
     details.add("Synchronised", counted(baseline == state.baselines.end() ? 0 : baseline->second.size(), "file"));
 }

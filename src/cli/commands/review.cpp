@@ -18,6 +18,7 @@ namespace {
 struct ReviewRequest {
     std::string name;
     std::vector<std::string> download;
+    std::string listed; // the list that the user decides about; empty for whatever it is now
     bool list = false;
     bool downloadAll = false;
     bool keepAll = false;
@@ -77,10 +78,11 @@ public:
         for (const auto& change : changes) context.output.line("  " + describeChange(change));
         const std::string command = commandLine(
             context.options, comparesAll ? "review --compare-all" : "review", unambiguousName(profiles, profile));
+        const std::string listed = " --listed " + listId(changes);
         context.output.note("To decide, one of:");
-        context.output.note(command + " --download PATH...");
-        context.output.note(command + " --download-all");
-        context.output.note(command + " --keep-all");
+        context.output.note(command + " --download PATH..." + listed);
+        context.output.note(command + " --download-all" + listed);
+        context.output.note(command + " --keep-all" + listed);
     }
 
 protected:
@@ -295,6 +297,12 @@ ExitCode runReview(Review& review, const ReviewRequest& request, Output& output)
         review.list(changes);
         return changes.empty() ? ExitCode::done : ExitCode::reviewWaiting;
     }
+    if (!request.listed.empty() && !changes.empty() && request.listed != listId(changes)) {
+        throw CommandError(
+            ExitCode::reviewWaiting, "The server has other files, or other versions, than those listed as "
+                                         + inQuotes(request.listed)
+                                         + ". Nothing was decided; --list shows what there is.");
+    }
     const auto selected = reviewSelection(request, changes);
     if (changes.empty()) {
         review.list(changes);
@@ -343,6 +351,9 @@ void addReview(Syntax& parent) {
              "version of\nall others"),
          command.flag("--download-all", request.downloadAll, "Replace all of them by the server's, with backups"),
          command.flag("--keep-all", request.keepAll, "Keep the local version of all of them")});
+    command.option(
+        "--listed", request.listed, "LIST",
+        "Decide only if the files and their versions on the server\nare still those that --list showed with this ID");
     command.flag(
         "--compare-all", request.compareAll,
         "Review every file that differs on the server, as push --all\nfinds them; kept local versions are uploaded "

@@ -40,7 +40,7 @@ constexpr std::array hints{
     Hint{CurlCode::tlsFailed, " Check the transport and the port."},
     Hint{
         CurlCode::certificateRefused,
-        " Check the name of the server; its certificate must be one that this machine trusts."},
+        " Check the name of the server. To see its certificate, and to trust its key: profile trust."},
     Hint{CurlCode::tlsNotOffered, " Check the transport: this server does not encrypt."},
     Hint{CurlCode::loginRefused, " Check the user name and the password."}};
 
@@ -60,7 +60,9 @@ std::string comparisonAim(const Profile& profile) {
 }
 
 CommandError downloadPending(const Profile& profile) {
-    return {ExitCode::failed, inQuotes(profile.name) + " still has its initial download to do; run watch or push --download-first."};
+    return {
+        ExitCode::failed,
+        inQuotes(profile.name) + " still has its initial download to do; run watch or push --download-first."};
 }
 
 void requireDownloaded(const Profile& profile) {
@@ -78,15 +80,20 @@ CommandError serverFailure(
 void callServer(
     const Profile& profile, const CommandContext& context, const std::string& aim,
     const std::function<void(const FTPTransport&)>& talk) {
+    const auto password = passwordFor(profile, context);
+    const auto privateItems = StateFolder(context.options).privateItems();
+    callServerWithoutLogin(profile, context, aim, [&](const std::shared_ptr<TransferControl>& control) {
+        talk({.profile = profile, .password = password, .control = control, .privateItems = privateItems});
+    });
+}
+
+void callServerWithoutLogin(
+    const Profile& profile, const CommandContext& context, const std::string& aim,
+    const std::function<void(const std::shared_ptr<TransferControl>&)>& talk) {
     const auto control = std::make_shared<TransferControl>();
-    const FTPTransport transport{
-        .profile = profile,
-        .password = passwordFor(profile, context),
-        .control = control,
-        .privateItems = StateFolder(context.options).privateItems()};
     const auto interruptible = context.interrupt.during([control] { control->cancel(); });
     try {
-        talk(transport);
+        talk(control);
     } catch (const Cancelled&) {
         throw;
     } catch (const std::exception& error) {

@@ -16,6 +16,11 @@ void callServer(
     const Profile& profile, const CommandContext& context, const std::string& aim,
     const std::function<void(const FTPTransport&)>& talk);
 
+// The same for `talk` that uses neither password nor login.
+void callServerWithoutLogin(
+    const Profile& profile, const CommandContext& context, const std::string& aim,
+    const std::function<void(const std::shared_ptr<TransferControl>&)>& talk);
+
 // The aim of a comparison: "compare the local folder X with the server".
 [[nodiscard]] std::string comparisonAim(const Profile& profile);
 

@@ -1,6 +1,6 @@
 #include "cli/session/session.h"
 
-#include "app/record_of.h"
+#include "app/records.h"
 #include "model/error.h"
 #include "model/publish_journal.h"
 

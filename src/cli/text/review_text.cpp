@@ -64,10 +64,21 @@ std::string describeSizes(const RemoteChange& change, const ServerVersions& seen
     return ", " + counted(*version->size, "byte") + " there and " + std::to_string(here) + " here";
 }
 
+std::string listId(const std::vector<RemoteChange>& changes) {
+    constexpr std::size_t digits = 8;
+    std::string versions;
+    for (const auto& change : changes) {
+        const auto date = universalTime(remoteTimeOf(change));
+        versions.append(change.path).append(1, '\0').append(date).append(1, '\0');
+    }
+    return sha256(versions).substr(0, digits);
+}
+
 void addReviewFields(
     JsonLine& object, const Profile& profile, const std::vector<RemoteChange>& changes, Clock& clock,
     const ServerVersions& seen) {
     object.text("time", universalTime(clock.now())).text("profile", profile.name).text("id", profile.id.text());
+    object.text("list", listId(changes));
     object.list("files", changes, [&seen](JsonLine& file, const RemoteChange& change) {
         file.text("path", change.path);
         file.text("remoteDate", universalTime(remoteTimeOf(change)));

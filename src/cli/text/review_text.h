@@ -35,6 +35,10 @@ void printMissing(const Profile& profile, const PathSet& missing, Output& output
 // That of review.
 [[nodiscard]] std::string reviewCommand(const GlobalOptions& options, const std::string& profileName);
 
+// "4f2a91c0": names this list of files and of the server's versions. A list with another file or version has another
+// name.
+[[nodiscard]] std::string listId(const std::vector<RemoteChange>& changes);
+
 // Adds the members of a "review" event, with the sizes of the files seen on the server.
 void addReviewFields(
     JsonLine& object, const Profile& profile, const std::vector<RemoteChange>& changes, Clock& clock,

@@ -1,6 +1,7 @@
 // FileZilla's sitemanager.xml: <FileZilla3><Servers> with <Server> elements, in <Folder> elements or not.
 #include "model/error.h"
 #include "model/import/profile_import.h"
+#include "platform/base64.h"
 #include "platform/text.h"
 
 #include <charconv>
@@ -28,28 +29,6 @@ std::string textOf(const pugi::xml_node& element, const char* name) {
     std::string text = element.child_value(name);
     if (!isValidUtf8(text)) throw SyncError("<" + std::string(name) + "> is not valid UTF-8");
     return text;
-}
-
-// Refuses invalid and incomplete text; g_base64_decode would skip invalid characters and return a wrong password.
-std::optional<std::string> decodedBase64(std::string_view text) {
-    constexpr std::string_view digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    constexpr unsigned digitBits = 6;
-    constexpr unsigned byteBits = 8;
-    std::string bytes;
-    std::uint32_t pending = 0;
-    unsigned bits = 0;
-    text = trimmed(text);
-    text = text.substr(0, text.find_last_not_of('=') + 1);
-    for (const char digit : text) {
-        const auto value = digits.find(digit);
-        if (value == std::string_view::npos) return std::nullopt;
-        pending = (pending << digitBits) | static_cast<std::uint32_t>(value);
-        bits += digitBits;
-        if (bits < byteBits) continue;
-        bits -= byteBits;
-        bytes += static_cast<char>((pending >> bits) & 0xFFU);
-    }
-    return bits < digitBits ? std::optional(bytes) : std::nullopt;
 }
 
 // The first `length` characters as FileZilla counts them: code points, or UTF-16 units.

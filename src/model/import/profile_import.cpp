@@ -17,6 +17,7 @@ ProfilesFound profilesFromExport(std::string_view json) {
     ProfilesFound found;
     for (auto& profile : decodeProfileExport(std::string(json)).profiles) {
         profile.enabled = false;
+        profile.trustedKey.reset(); // the user of this machine has not decided on it
         found.candidates.push_back({.profile = std::move(profile), .password = std::nullopt, .notes = {}});
     }
     return found;

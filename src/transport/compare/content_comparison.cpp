@@ -3,7 +3,6 @@
 #include "platform/files.h"
 #include "platform/private_folder.h"
 #include "transport/curl/dialogue.h"
-#include "transport/curl/persistence.h"
 #include "transport/ftp_transport.h"
 #include "transport/local_place.h"
 

@@ -6,7 +6,7 @@
 #include "platform/files.h"
 #include "platform/text.h"
 #include "platform/uuid.h"
-#include "transport/curl/remote_url.h"
+#include "transport/curl/curl_configuration.h"
 #include "transport/transfer_observer.h"
 
 #include <algorithm>
@@ -52,6 +52,12 @@ std::string failureMessage(const std::string& words, std::string_view password) 
     const auto text = trimmed(masked);
     // A curl that a signal ended has said nothing.
     return text.empty() ? withoutWords : std::string(text);
+}
+
+std::string keyChanged(const Profile& profile) {
+    return "The key of " + printable(profile.host)
+           + " has changed: it is not the one that this profile trusts. Either your provider has replaced the key, or "
+             "another server is in between. Nothing has been sent, not even the password.";
 }
 
 // Two numbers.
@@ -100,8 +106,10 @@ struct Stream : Pipe {
     std::string text;
 };
 
+// curl gets both ends: if this program is killed, a pipe without a writing end would let curl pass before the kernel
+// kills it.
 std::vector<int> withGate(std::vector<int> files, const Pipe& gate) {
-    files.push_back(gate.reading.get());
+    files.insert(files.end(), {gate.reading.get(), gate.writing.get()});
     return files;
 }
 
@@ -114,17 +122,17 @@ std::string pauseConfiguration(std::size_t gateFile, const std::string& writeOut
 class Talk {
 public:
     Talk(
-        const Profile& profile, std::string_view usedPassword, TransferControl& usedControl, const TransferPlan& plan,
-        const ConversationEvents& called)
-        : password(usedPassword), control(usedControl), events(called), blocks(plan.blocks),
-          configuration(configure(profile, plan.files.size())), curl(
-                                                                    {.executable = curlExecutable,
-                                                                     .arguments = {"--disable", "--config", "-"},
-                                                                     .output = output.writing.get(),
-                                                                     .errors = errors.writing.get(),
-                                                                     .files = withGate(plan.files, gate),
-                                                                     .environment = curlEnvironment(),
-                                                                     .maxWritten = plan.maxWritten}) {}
+        const Profile& usedProfile, std::string_view usedPassword, TransferControl& usedControl,
+        const TransferPlan& plan, const ConversationEvents& called)
+        : profile(usedProfile), password(usedPassword), control(usedControl), events(called), blocks(plan.blocks),
+          configuration(configure(plan.files.size())), curl(
+                                                           {.executable = curlExecutable,
+                                                            .arguments = {"--disable", "--config", "-"},
+                                                            .output = output.writing.get(),
+                                                            .errors = errors.writing.get(),
+                                                            .files = withGate(plan.files, gate),
+                                                            .environment = curlEnvironment(),
+                                                            .maxWritten = plan.maxWritten}) {}
 
     void hold() {
         struct Registration {
@@ -161,11 +169,12 @@ public:
 private:
     // curl writes the mark when a block has ended, to both of its streams: what is before it is the block's. No server
     // knows it.
-    std::string configure(const Profile& profile, std::size_t gateFile) const {
-        const std::string writeOut = mark + "%{stderr}" + mark + "%{exitcode} %{response_code}\n";
+    std::string configure(std::size_t gateFile) const {
         std::string text;
         for (const auto& block : blocks) {
             if (!text.empty()) text += "next\n";
+            const std::string facts = block.facts.empty() ? "" : factsMark + block.facts;
+            const std::string writeOut = mark + "%{stderr}" + facts + mark + "%{exitcode} %{response_code}\n";
             if (block.pause) {
                 text += pauseConfiguration(gateFile, writeOut);
                 continue;
@@ -233,11 +242,15 @@ private:
             BlockOutcome outcome{.words = errors.text.substr(0, at), .notBefore = notBefore};
             readCodes(std::string_view(errors.text).substr(at + mark.size(), end - at - mark.size()), outcome);
             errors.text.erase(0, end + 1);
+            if (const auto facts = outcome.words.find(factsMark); facts != std::string::npos) {
+                outcome.facts = outcome.words.substr(facts + factsMark.size());
+                outcome.words.resize(facts);
+            }
             const auto outputEnd = output.text.find(mark);
             if (outcome.succeeded()) {
                 outcome.output = output.text.substr(0, outputEnd);
             } else {
-                outcome.message = failureMessage(outcome.words, password);
+                outcome.message = messageOf(outcome.code, outcome.words);
             }
             if (outputEnd == std::string::npos) {
                 output.text.clear();
@@ -262,17 +275,21 @@ private:
     // Of the block that was under way when curl ended.
     BlockOutcome broken(const ChildProcess::Exit& exit) {
         const bool tooLong = !exit.exited && exit.code == SIGXFSZ;
-        return {
-            .code = exit.exited && exit.code != 0 ? CurlCode(exit.code) : CurlCode::endedBySignal,
-            .message = tooLong ? fileTooLong : failureMessage(errors.text, password),
-            .words = errors.text};
+        const auto code = exit.exited && exit.code != 0 ? CurlCode(exit.code) : CurlCode::endedBySignal;
+        return {.code = code, .message = tooLong ? fileTooLong : messageOf(code, errors.text), .words = errors.text};
     }
 
+    [[nodiscard]] std::string messageOf(CurlCode code, const std::string& words) const {
+        return code == CurlCode::wrongKey ? keyChanged(profile) : failureMessage(words, password);
+    }
+
+    const Profile& profile;
     const std::string_view password;
     TransferControl& control;
     const ConversationEvents& events;
     const std::vector<TransferBlock>& blocks;
     const std::string mark = Uuid::random().text();
+    const std::string factsMark = Uuid::random().text();
     const std::string configuration;
     Stream output;
     Stream errors;

@@ -35,6 +35,7 @@ struct TransferBlock {
     std::vector<TransferOption> options{}; // after those that every operation has
     bool pause = false;                    // waits for the program, and has no path and no options
     TransferControl::AtStop atStop = TransferControl::AtStop::ends; // from here on; of a pause: once it is over
+    std::string facts{}; // what to report at the block's end, also of a failure: variables of curl's "write-out"
 };
 
 struct TransferPlan {
@@ -52,6 +53,7 @@ struct BlockOutcome {
     FtpReply reply = FtpReply::none; // the server's last one
     std::string output{};            // what it wrote to its standard output; empty unless it succeeded
     std::string message{};           // for the user, the password masked; empty if the block succeeded
+    std::string facts{};             // the requested ones
     std::string words{};             // curl's unchanged standard error, which may contain the password
 
     // A moment, in time since boot, at which the block had not ended yet: at most 0.2 s before its end, or more if the

@@ -2,7 +2,8 @@
 
 #include "model/error.h"
 #include "platform/text.h"
-#include "transport/curl/remote_url.h"
+
+#include <algorithm>
 
 namespace zembrastel {
 namespace {
@@ -30,6 +31,11 @@ std::vector<TransferOption> baseOptions(
         {"quote", "*OPTS UTF8 ON"},
     };
     if (profile.transport != TransferProtocol::ftp) options.push_back({"ssl-reqd"});
+    if (const auto* trusted = profile.keyInForce()) {
+        // Without verification of the certificate, but with this key alone.
+        options.push_back({"insecure"});
+        options.push_back({"pinnedpubkey", trusted->key.pin()});
+    }
     return options;
 }
 
@@ -40,6 +46,17 @@ void append(std::string& text, const std::vector<TransferOption>& options) {
         if (value) text += " = " + quote(*value);
         text += '\n';
     }
+}
+
+std::vector<std::string_view> pathComponents(std::string_view path) {
+    if (path.empty()) return {};
+    std::vector<std::string_view> components = split(path, '/');
+    if (!std::ranges::all_of(components, validName)) throw SyncError("Unsafe file path: " + std::string(path));
+    return components;
+}
+
+std::string_view scheme(TransferProtocol protocol) {
+    return protocol == TransferProtocol::implicitTLS ? "ftps" : "ftp";
 }
 
 } // namespace
@@ -54,6 +71,58 @@ std::string curlConfiguration(
     std::string text;
     append(text, baseOptions(profile, password, path, directory));
     append(text, options);
+    return text;
+}
+
+bool validName(std::string_view name) {
+    return !name.empty() && name != "." && name != ".." && name.find('/') == std::string_view::npos
+           && name.find('\0') == std::string_view::npos && !containsLineBreak(name);
+}
+
+std::string quote(std::string_view value) {
+    std::string quoted = "\"";
+    for (const char byte : value) {
+        switch (byte) {
+        case '\0':
+            throw SyncError("A setting contains an invalid null character.");
+        case '\\':
+            quoted += "\\\\";
+            break;
+        case '"':
+            quoted += "\\\"";
+            break;
+        case '\r':
+            quoted += "\\r";
+            break;
+        case '\n':
+            quoted += "\\n";
+            break;
+        case '\t':
+            quoted += "\\t";
+            break;
+        default:
+            quoted += byte;
+        }
+    }
+    return quoted += '"';
+}
+
+std::string url(const Profile& profile, std::string_view path, bool directory) {
+    std::string components;
+    const auto append = [&](std::string_view component) {
+        if (!components.empty()) components += '/';
+        components += percentEncoded(component);
+    };
+    const std::vector<std::string_view> below = pathComponents(path);
+    for (const std::string_view component : splitNonEmpty(profile.remoteFolder, '/')) append(component);
+    for (const std::string_view component : below) append(component);
+
+    std::string text;
+    text += scheme(profile.transport);
+    text += "://" + profile.host + ':' + std::to_string(profile.port) + '/';
+    if (profile.remoteFolder.starts_with('/')) text += '/';
+    text += components;
+    if (directory && !components.empty()) text += '/';
     return text;
 }
 

@@ -1,5 +1,6 @@
 #include "transport/curl/dialogue.h"
 
+#include "model/error.h"
 #include "transport/ftp_transport.h"
 
 #include <algorithm>
@@ -63,6 +64,19 @@ bool Dialogue::take(std::size_t block, const BlockOutcome& outcome) {
     progressed = true;
     steps[block].ended(outcome);
     return !over;
+}
+
+void Persistence::brokeOff(const Dialogue& dialogue, bool progressed) {
+    constexpr int maxBarren = 2;
+    const CurlCode code = dialogue.broken->code;
+    const bool tlsTooOld = dialogue.login == ServerTraits::Login::manyWithTls12 && code == CurlCode::tlsFailed;
+    if ((dialogue.scope == FailureScope::furtherData || tlsTooOld) && traits.wasRefused(dialogue.login)) return;
+    barren = progressed ? 0 : barren + 1;
+    // A write fails for a listing without an end, or on a full disk. TLS may have failed for a data connection alone.
+    const bool isFinal =
+        code == CurlCode::writeFailed
+        || (!progressed && (code == CurlCode::timedOut || (isBeforeLogin(code) && code != CurlCode::tlsFailed)));
+    if (isFinal || barren == maxBarren) throw TransferError(code, dialogue.broken->message);
 }
 
 } // namespace zembrastel

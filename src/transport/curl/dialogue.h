@@ -1,6 +1,6 @@
-// One conversation with a server while it is put together: its blocks, and what is done with the end of each.
+// Conversations while they are put together, and what follows when one breaks off.
 //
-// Used on one thread, for one conversation.
+// Used on one thread.
 #pragma once
 
 #include "transport/curl/conversation.h"
@@ -15,6 +15,7 @@ namespace zembrastel {
 
 struct FTPTransport;
 
+// One conversation with a server: its blocks, and what is done with the end of each.
 class Dialogue {
 public:
     using Ended = std::function<void(const BlockOutcome& outcome)>;
@@ -56,6 +57,23 @@ private:
     const FTPTransport& transport;
     TransferPlan plan{};
     std::vector<Step> steps{};
+};
+
+// Whether another conversation follows one that broke off: servers and firewalls end long sessions, and what was
+// learnt before counts. One object for one piece of work.
+class Persistence {
+public:
+    // The traits are borrowed.
+    explicit Persistence(ServerTraits& learnt) : traits(learnt) {}
+
+    // Takes note of a dialogue that is broken. Did it, or the part of a file that it moved, bring the work further?
+    // Returns when another conversation may get further still; otherwise throws SyncError in curl's words. A server
+    // that cannot be reached, or refuses the login, is not asked again.
+    void brokeOff(const Dialogue& dialogue, bool progressed);
+
+private:
+    ServerTraits& traits;
+    int barren = 0; // conversations without progress, since the last one with some
 };
 
 } // namespace zembrastel

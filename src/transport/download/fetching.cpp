@@ -4,7 +4,6 @@
 #include "platform/child_process.h"
 #include "platform/files.h"
 #include "transport/curl/dialogue.h"
-#include "transport/curl/persistence.h"
 #include "transport/ftp_transport.h"
 #include "transport/listing/listing_parsers.h"
 #include "transport/listing/remote_queries.h"

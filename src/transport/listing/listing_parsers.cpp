@@ -2,7 +2,7 @@
 
 #include "model/error.h"
 #include "platform/text.h"
-#include "transport/curl/remote_url.h"
+#include "transport/curl/curl_configuration.h"
 
 #include <algorithm>
 #include <charconv>

@@ -2,7 +2,6 @@
 
 #include "platform/text.h"
 #include "transport/curl/dialogue.h"
-#include "transport/curl/persistence.h"
 #include "transport/listing/listing_parsers.h"
 
 #include <algorithm>

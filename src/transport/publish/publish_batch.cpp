@@ -3,10 +3,10 @@
 #include "model/error.h"
 #include "platform/child_process.h"
 #include "platform/text.h"
-#include "transport/curl/remote_url.h"
+#include "transport/curl/curl_configuration.h"
 #include "transport/ftp_transport.h"
 #include "transport/local_place.h"
-#include "transport/publish/server_leftovers.h"
+#include "transport/publish/leftovers.h"
 #include "transport/publish/staged_copy.h"
 
 #include <algorithm>

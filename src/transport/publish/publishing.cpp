@@ -1,12 +1,14 @@
 #include "transport/publish/publishing.h"
 
+#include "model/error.h"
 #include "transport/ftp_transport.h"
+#include "transport/publish/leftovers.h"
 #include "transport/publish/publish_batch.h"
-#include "transport/publish/server_leftovers.h"
 
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <span>
 
 namespace zembrastel {
@@ -44,6 +46,14 @@ bool publish(const FTPTransport& transport, const std::vector<FileToPublish>& fi
     // Copies that were refused. Names that were tried before wait for the next upload.
     if (transport.traits->leftovers(transport.profile).size() > before) removeLeftovers(transport);
     return true;
+}
+
+void FTPTransport::upload(const std::string& path, const Fingerprint& fingerprint) const {
+    std::optional<std::string> failure;
+    publish(
+        *this, {{.path = path, .fingerprint = fingerprint}},
+        {.failed = [&failure](const FileToPublish&, const PublishFailure& why) { failure = why.message; }});
+    if (failure) throw SyncError(*failure);
 }
 
 } // namespace zembrastel

@@ -1,13 +1,18 @@
-#include "ui/application_start.h"
+#include "ui/application.h"
 
+#include <cerrno>
 #include <chrono>
 #include <condition_variable>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
 #include <optional>
 #include <stop_token>
+#include <sys/signalfd.h>
+#include <system_error>
 #include <thread>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -73,6 +78,23 @@ std::unique_ptr<QApplication> startApplication(int& argc, char** argv) {
     qInstallMessageHandler(usual);
     for (const auto& [type, text] : std::exchange(said(), {})) usual(type, QMessageLogContext(), text);
     return application;
+}
+
+Termination::Termination() {
+    sigset_t asked;
+    sigemptyset(&asked);
+    for (const int number : {SIGTERM, SIGINT, SIGHUP}) sigaddset(&asked, number);
+    ::pthread_sigmask(SIG_BLOCK, &asked, nullptr);
+    signals = Descriptor(::signalfd(-1, &asked, SFD_CLOEXEC | SFD_NONBLOCK));
+    if (!signals) throw std::system_error(errno, std::system_category(), "signalfd");
+}
+
+void Termination::onRequest(std::function<void()> end) {
+    notifier = std::make_unique<QSocketNotifier>(signals.get(), QSocketNotifier::Read);
+    QObject::connect(notifier.get(), &QSocketNotifier::activated, [this, end = std::move(end)] {
+        signalfd_siginfo arrived{};
+        while (::read(signals.get(), &arrived, sizeof arrived) == sizeof arrived) end();
+    });
 }
 
 } // namespace zembrastel::ui
