@@ -1,6 +1,8 @@
 #include "ui/help/help_window.h"
 
+#include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
+#include "ui/theme/theme.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/sheet_layout.h"
 
@@ -12,6 +14,7 @@
 #include <QScreen>
 #include <QScrollBar>
 #include <QTextBlock>
+#include <QTextTable>
 #include <QVBoxLayout>
 
 namespace zembrastel::ui {
@@ -58,23 +61,27 @@ HelpWindow::HelpWindow(const QString& folder, QWidget* parent)
     search->setMaximumWidth(scaledToText(searchWidth));
     connect(search, &QLineEdit::returnPressed, this, &HelpWindow::findNext);
     auto* const contents = new PushButton(tr("Contents"));
-    connect(contents, &QPushButton::clicked, this, [this] { show(manual); });
+    connect(contents, &QPushButton::clicked, this, [this] { openDocument(manual); });
     auto* const tools = makeSheetTools({contents}, search);
     text->setAccessibleName(windowTitle());
     text->setOpenLinks(false);
+    text->setFrameShape(QFrame::NoFrame);
+    connect(&theme(), &Theme::changed, this, &HelpWindow::styleTables);
     text->setSearchPaths({documents});
     connect(text, &QTextBrowser::anchorClicked, this, &HelpWindow::follow);
     auto* const layout = makeLayout<QVBoxLayout>(12, this);
     layout->setContentsMargins(margin, 16, margin, margin);
     layout->addLayout(tools);
-    layout->addWidget(text, 1);
+    QFrame* const card = makeSurface(Surface::card);
+    makeLayout<QVBoxLayout>(0, card)->addWidget(text);
+    layout->addWidget(card, 1);
     resize(scaledToText(usualSize).boundedTo(screen()->availableSize()));
-    show(manual);
+    openDocument(manual);
     text->setFocus();
 }
 
 void HelpWindow::bringForward() {
-    QWidget::show();
+    show();
     raise();
     activateWindow();
 }
@@ -87,15 +94,29 @@ void HelpWindow::keyPressEvent(QKeyEvent* event) {
     }
 }
 
-void HelpWindow::show(const QString& file) {
+void HelpWindow::openDocument(const QString& file) {
     if (file != shown) {
         QFile document(documents + u'/' + file);
         if (!document.open(QIODevice::ReadOnly)) return;
         text->document()->setMarkdown(
             withoutComments(QString::fromUtf8(document.readAll())), QTextDocument::MarkdownDialectGitHub);
+        styleTables();
         shown = file;
     }
-    text->verticalScrollBar()->setValue(0);
+    text->moveCursor(QTextCursor::Start);
+}
+
+void HelpWindow::styleTables() {
+    for (QTextFrame* const frame : text->document()->rootFrame()->childFrames()) {
+        auto* const table = qobject_cast<QTextTable*>(frame);
+        if (table == nullptr) continue;
+        QTextTableFormat format = table->format();
+        format.setBorderCollapse(true);
+        format.setBorderBrush(colours().line);
+        format.setBorder(1);
+        format.setCellPadding(4);
+        table->setFormat(format);
+    }
 }
 
 void HelpWindow::follow(const QUrl& link) {
@@ -103,7 +124,7 @@ void HelpWindow::follow(const QUrl& link) {
         QDesktopServices::openUrl(link);
         return;
     }
-    if (!link.path().isEmpty()) show(QFileInfo(link.path()).fileName());
+    if (!link.path().isEmpty()) openDocument(QFileInfo(link.path()).fileName());
     if (link.hasFragment()) scrollTo(link.fragment());
 }
 

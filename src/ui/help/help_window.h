@@ -31,7 +31,8 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
-    void show(const QString& file);
+    void openDocument(const QString& file);
+    void styleTables();
     void follow(const QUrl& link);
     void scrollTo(const QString& anchor);
     void findNext();

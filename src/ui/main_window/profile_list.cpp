@@ -155,7 +155,7 @@ void ProfileListDelegate::paint(QPainter* painter, const QStyleOptionViewItem& o
     const QRect row = wholeRow(option);
     const QRect plate = row.adjusted(sideInset, 2, -sideInset, -2);
     RowPainter to(*painter, option);
-    if (to.selected() || to.hovered()) to.plate(plate, to.selected() ? colours().selected : colours().hover);
+    to.rowPlate(plate);
     to.focusRing(plate);
     const QRect symbol(row.left() + symbolLeft, row.top(), StatusSymbol::side, row.height());
     if (auto* const view = qobject_cast<const QAbstractScrollArea*>(option.widget)) {

@@ -105,7 +105,7 @@ void Sidebar::filterProfiles() {
 // The field ends where the rows end.
 void Sidebar::fitFilter() {
     const bool scrolls = profiles->verticalScrollBar()->isVisible();
-    filterRow->layout()->setContentsMargins(readingMargins(8, 0, scrolls ? 10 : 8, 6));
+    filterRow->layout()->setContentsMargins(readingMargins(8, 0, scrolls ? 10 : 8, 8));
 }
 
 bool Sidebar::eventFilter(QObject* watched, QEvent* event) {
