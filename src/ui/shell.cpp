@@ -125,7 +125,7 @@ void Shell::startAtLogin(bool wanted) {
         window.showFailure(toQString(describe(error)));
         return;
     }
-    ConfirmDialog::showMessage(
+    ConfirmDialog::inform(
         &window, tr("Start at login"),
         (wanted ? tr("Zembrastel will start in the background when you log in: the entry %1 was written.")
                 : tr("Zembrastel will not start when you log in: the entry %1 was removed."))
@@ -196,7 +196,7 @@ void Shell::explainBackgroundSync() {
     if (closingExplained) return;
     closingExplained = true;
     // Without a tray the user must learn how to reach the program again.
-    ConfirmDialog::showMessage(
+    ConfirmDialog::inform(
         nullptr, tr("Zembrastel keeps syncing"),
         tr("Its window is closed and this desktop has no tray to show it in. Start Zembrastel again to open the "
            "window; Ctrl+Q there quits and stops transfers."));

@@ -30,7 +30,11 @@ MainWindow::MainWindow(ModelBridge& modelBridge, QWidget* parent)
     orderTabs();
     showSelected();
     resize(scaledToText(usualSize).boundedTo(room));
-    sidebar->list().setFocus();
+    if (bridge.model().profiles().empty()) {
+        welcome->createButton().setFocus();
+    } else {
+        sidebar->list().setFocus();
+    }
 }
 
 void MainWindow::setHooks(Hooks chosen) {
