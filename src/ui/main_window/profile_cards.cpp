@@ -86,7 +86,9 @@ void StatusLine::setStatus(const ProfileStatus& status, bool running) {
     title->setText(toQString(status.title()));
     setTone(*title, status.failed() ? Tone::warn : Tone::normal);
     progress->setProgress(status.progress);
-    detail->setWrappedText(toQString(status.detail));
+    // A comparison of contents shows its file, as an upload does.
+    const bool compares = status.phase == Phase::comparingContents && status.progress && status.progress->file;
+    detail->setWrappedText(toQString(compares ? status.progress->file->path : status.detail));
 }
 
 DetailBanners::DetailBanners(QWidget* parent)

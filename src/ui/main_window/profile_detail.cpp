@@ -55,8 +55,9 @@ void copyDetails(ModelBridge& bridge, const Uuid& id, std::function<void()> copi
 
 ProfileDetail::ProfileDetail(ModelBridge& modelBridge, QWidget* parent)
     : QWidget(parent), bridge(modelBridge), header(new DetailHeader), scroll(new QScrollArea),
-      statusLine(new StatusLine), progress(new ProgressStrip(cardGap)), banners(new DetailBanners),
-      route(new RouteCard), counters(new CountersCard), copy(new PushButton(tr("Copy details"), ButtonKind::link)),
+      statusLine(new StatusLine), progress(new ProgressStrip(cardGap)), choice(new ChoiceBanner),
+      banners(new DetailBanners), route(new RouteCard), counters(new CountersCard),
+      copy(new PushButton(tr("Copy details"), ButtonKind::link)),
       backups(new PushButton(tr("Backups…"), ButtonKind::link)), activity(new ActivityList) {
     page = makePage();
     scroll->setWidget(page);
@@ -85,6 +86,7 @@ QWidget* ProfileDetail::makePage() {
     auto* const layout = new QVBoxLayout;
     layout->setSpacing(cardGap);
     all->addLayout(layout, 1);
+    layout->addWidget(choice); // without other banners
     layout->addWidget(banners);
     layout->addWidget(route);
     layout->addWidget(counters);
@@ -120,6 +122,9 @@ void ProfileDetail::connectModel() {
 
 void ProfileDetail::connectControls() {
     connect(&header->mainSwitch(), &QPushButton::clicked, this, &ProfileDetail::toggle);
+    connect(choice, &ChoiceBanner::adoptRequested, this, &ProfileDetail::adopt);
+    connect(choice, &ChoiceBanner::compareRequested, this, [this] { bridge.model().compareContents(id); });
+    connect(choice, &ChoiceBanner::stopRequested, this, [this] { bridge.model().stopComparing(id); });
     connect(banners, &DetailBanners::reviewRequested, this, [this] { Q_EMIT reviewRequested(id); });
     connect(banners, &DetailBanners::retryRequested, this, [this] { bridge.model().retryCheck(id); });
     connect(banners, &DetailBanners::skipRequested, this, [this] { Q_EMIT skipCheckRequested(id); });
@@ -146,6 +151,7 @@ void ProfileDetail::connectControls() {
 
 QList<QWidget*> ProfileDetail::controls() const {
     QList<QWidget*> all{&header->mainSwitch()};
+    all += choice->buttons();
     all += banners->buttons();
     all += route->buttons();
     all += copy;
@@ -193,6 +199,7 @@ void ProfileDetail::refreshBanners() {
         failure == failures.end() ? std::nullopt : std::optional(failure->second),
         bridge.model().status(id).filesMissing(),
         bridge.model().watching(id) ? bridge.model().missingOnServer(id) : PathSet());
+    choice->setChoice(bridge.model().firstComparison(id), bridge.model().comparingContents(id));
     offerDetails();
 }
 
@@ -203,6 +210,10 @@ void ProfileDetail::offerDetails() {
 
 void ProfileDetail::toggle() {
     saving([this] { bridge.model().toggle(id); });
+}
+
+void ProfileDetail::adopt(Adoption what) {
+    (void)bridge.model().adopt(id, what); // the model shows why it failed; a choice that is over has left the screen
 }
 
 void ProfileDetail::saving(const std::function<void()>& change) {

@@ -1,0 +1,33 @@
+// Buttons in a row, which continue on further lines if the width does not suffice.
+//
+// Has the height that its lines need, in any layout. Hidden buttons take no room.
+#pragma once
+
+#include <QWidget>
+
+namespace zembrastel::ui {
+
+class ButtonFlow : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit ButtonFlow(const QList<QWidget*>& shownButtons, QWidget* parent = nullptr);
+
+    [[nodiscard]] bool hasHeightForWidth() const override { return true; }
+    [[nodiscard]] int heightForWidth(int width) const override { return arrange(width, false); }
+    [[nodiscard]] QSize sizeHint() const override;
+    [[nodiscard]] QSize minimumSizeHint() const override;
+
+protected:
+    bool event(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    // Returns the height of the lines; moves the buttons there if `moves`.
+    int arrange(int width, bool moves) const;
+    void fit();
+
+    QList<QWidget*> buttons;
+};
+
+} // namespace zembrastel::ui
