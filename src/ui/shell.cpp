@@ -6,6 +6,7 @@
 #include "ui/backups/backups_sheet.h"
 #include "ui/certificate/certificate_sheet.h"
 #include "ui/content_picker/content_picker.h"
+#include "ui/help/about_dialog.h"
 #include "ui/import/import_sheet.h"
 #include "ui/remote_changes/review_sheet.h"
 #include "ui/theme/qt_text.h"
@@ -60,6 +61,27 @@ Shell::Shell(AppModel& model, MainContext& mainContext, std::optional<LoginEntry
     fillMenu();
     window.menu().addSeparator();
     window.menu().add(quit);
+    restoreWindow();
+}
+
+Shell::~Shell() {
+    rememberWindow();
+    delete help;
+}
+
+// The window opens where it was, with the profile that it showed.
+void Shell::restoreWindow() {
+    window.restoreGeometry(settings.geometry());
+    AppModel& model = bridge.model();
+    const auto last = Uuid::parse(settings.selectedProfile().toStdString());
+    if (last && model.profile(*last) != nullptr) model.select(*last);
+    connect(&bridge, &ModelBridge::selectionChanged, this, &Shell::rememberWindow);
+    connect(&window, &MainWindow::closed, this, &Shell::rememberWindow);
+}
+
+void Shell::rememberWindow() {
+    settings.setGeometry(window.saveGeometry());
+    if (const auto& selected = bridge.model().selection()) settings.setSelectedProfile(toQString(selected->text()));
 }
 
 void Shell::fillMenu() {
@@ -68,9 +90,37 @@ void Shell::fillMenu() {
     menu.addSwitch(
         tr("Show notifications"), [this] { return settings.notifies(); },
         [this](bool wanted) { settings.setNotifies(wanted); });
-    if (!startEntry) return;
-    menu.addSwitch(
-        tr("Start at login"), [this] { return startEntry->isOn(); }, [this](bool wanted) { startAtLogin(wanted); });
+    if (startEntry) {
+        menu.addSwitch(
+            tr("Start at login"), [this] { return startEntry->isOn(); }, [this](bool wanted) { startAtLogin(wanted); });
+    }
+    menu.addSeparator();
+    auto* const manual = new QAction(tr("Help"), this);
+    manual->setShortcut(QKeySequence(Qt::Key_F1));
+    connect(manual, &QAction::triggered, this, &Shell::showHelp);
+    window.addAction(manual);
+    menu.add(manual);
+    menu.add(tr("About Zembrastel"), [this] { showAbout(); });
+}
+
+void Shell::showHelp() {
+    const QString folder = manualFolder();
+    if (folder.isEmpty()) {
+        window.showFailure(tr("The manual is not installed. It belongs to the package zembrastel-cli."));
+        return;
+    }
+    if (!help) {
+        help = new HelpWindow(folder);
+        help->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    help->bringForward();
+}
+
+void Shell::showAbout() {
+    window.bringForward();
+    auto* const about = new AboutDialog(&window);
+    about->setAttribute(Qt::WA_DeleteOnClose);
+    about->open();
 }
 
 void Shell::startAtLogin(bool wanted) {
@@ -80,7 +130,7 @@ void Shell::startAtLogin(bool wanted) {
         window.showFailure(toQString(describe(error)));
         return;
     }
-    ConfirmDialog::showMessage(
+    ConfirmDialog::inform(
         &window, tr("Start at login"),
         (wanted ? tr("Zembrastel will start in the background when you log in: the entry %1 was written.")
                 : tr("Zembrastel will not start when you log in: the entry %1 was removed."))
@@ -175,7 +225,7 @@ void Shell::explainBackgroundSync() {
     if (closingExplained) return;
     closingExplained = true;
     // Without a tray the user must learn how to reach the program again.
-    ConfirmDialog::showMessage(
+    ConfirmDialog::inform(
         nullptr, tr("Zembrastel keeps syncing"),
         tr("Its window is closed and this desktop has no tray to show it in. Start Zembrastel again to open the "
            "window; Ctrl+Q there quits and stops transfers."));

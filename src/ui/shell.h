@@ -10,11 +10,13 @@
 #include "ui/desktop/notifier.h"
 #include "ui/desktop/tray_item.h"
 #include "ui/desktop/window_settings.h"
+#include "ui/help/help_window.h"
 #include "ui/main_window/main_window.h"
 #include "ui/profile_editor/connection_check.h"
 #include "ui/profile_editor/profile_editor.h"
 
 #include <QObject>
+#include <QPointer>
 
 #include <optional>
 
@@ -27,11 +29,16 @@ public:
     // The model and the context must outlive the shell. With `loginEntry` the menu offers to start the program at
     // login.
     Shell(AppModel& model, MainContext& mainContext, std::optional<LoginEntry> loginEntry = std::nullopt);
+    ~Shell() override;
 
     void showWindow() { window.bringForward(); }
 
 private:
     void fillMenu();
+    void restoreWindow();
+    void rememberWindow();
+    void showHelp();
+    void showAbout();
     void startAtLogin(bool wanted);
     void importProfiles();
     void showProfile(const Uuid& id);
@@ -54,6 +61,7 @@ private:
     bool closingExplained = false;
     ConnectionCheck folderCreation;
     CertificateReview certificates;
+    QPointer<HelpWindow> help;
 };
 
 } // namespace zembrastel::ui

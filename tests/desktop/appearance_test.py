@@ -24,6 +24,20 @@ class AppearanceTest(DesktopTest):
             portal.turn(scheme)
             self.wait_until_dark(window, scheme == Portal.DARK)
 
+    def test_window_follows_the_wish_for_contrast(self):
+        portal = self.desktop.stand_in(Portal, Portal.LIGHT)
+        portal.contrast = 1
+        portal.appear()
+        window = self.start().window()
+        left, top, width, _ = window.place()
+
+        def background():
+            return bytes(self.desktop.pixels(left + width - 4, top + 4, 1, 1)[:3])
+
+        wait_until(lambda: background() == b"\xff\xff\xff", "the page is white")
+        portal.set_contrast(0)
+        wait_until(lambda: background() == b"\xf7\xf7\xf4", "the page is grey")
+
     def test_dark_setting_of_a_late_portal_is_not_missed(self):
         window = self.start().window()
         self.wait_until_dark(window, False)

@@ -215,7 +215,7 @@ class TrayEntry:
 
 
 class Portal(StandIn):
-    """Serves the setting for a dark or light desktop."""
+    """Serves the settings for a dark or light desktop and for high contrast."""
     name = "org.freedesktop.portal.Desktop"
     path = "/org/freedesktop/portal/desktop"
     description = """
@@ -229,6 +229,7 @@ class Portal(StandIn):
 
     def __init__(self, address, scheme):
         self.scheme = scheme
+        self.contrast = 0
         super().__init__(address)
 
     @property
@@ -236,13 +237,20 @@ class Portal(StandIn):
         return GLib.Variant("u", self.scheme)
 
     def Read(self, _sender, group, key):
-        known = (group, key) == ("org.freedesktop.appearance", "color-scheme")
-        return GLib.Variant("(v)", (GLib.Variant("v", self.colour_scheme if known else GLib.Variant("b", True)),))
+        known = {"color-scheme": self.colour_scheme, "contrast": GLib.Variant("u", self.contrast)}
+        value = known.get(key) if group == "org.freedesktop.appearance" else None
+        return GLib.Variant("(v)", (GLib.Variant("v", value or GLib.Variant("b", True)),))
 
     def turn(self, scheme):
         self.scheme = scheme
         self.emit("SettingChanged",
                   GLib.Variant("(ssv)", ("org.freedesktop.appearance", "color-scheme", self.colour_scheme)))
+
+
+    def set_contrast(self, contrast):
+        self.contrast = contrast
+        self.emit("SettingChanged",
+                  GLib.Variant("(ssv)", ("org.freedesktop.appearance", "contrast", GLib.Variant("u", contrast))))
 
 
 class Notifications(StandIn):

@@ -20,8 +20,8 @@ def choose(program, *keys):
     wait_until(lambda: not program.desktop.has_menu(), "the menu is closed")
 
 
-START_AT_LOGIN = ("Up", "Up")
-NOTIFICATIONS = ("Up", "Up", "Up")
+START_AT_LOGIN = ("Up",) * 4
+NOTIFICATIONS = ("Up",) * 5
 
 
 class MenuTest(DesktopTest):

@@ -11,6 +11,8 @@
 #include "ui/bridge/qt_main_context.h"
 #include "ui/certificate/certificate_sheet.h"
 #include "ui/content_picker/content_picker.h"
+#include "ui/help/about_dialog.h"
+#include "ui/help/help_window.h"
 #include "ui/import/import_sheet.h"
 #include "ui/main_window/main_window.h"
 #include "ui/profile_editor/connection_fields.h"
@@ -21,6 +23,7 @@
 #include "ui/theme/turning_clock.h"
 #include "ui/widgets/confirm_dialog.h"
 #include "ui/widgets/elide_label.h"
+#include "ui/widgets/search_field.h"
 
 #include <QApplication>
 #include <QDir>
@@ -295,9 +298,10 @@ public:
         plain.fill(picture.pixelColor(0, 0));
         if (plain == picture) fail(name + " is blank");
         const bool isDark = theme().appearance() == Appearance::dark;
+        const QString contrast = theme().highContrast() ? QStringLiteral("-contrast") : QString();
         const double scale = picture.devicePixelRatio();
         const QString suffix = scale == 1 ? QString() : QStringLiteral("@%1x").arg(scale);
-        const QString file = place + u'/' + name + (isDark ? "-dark" : "-light") + suffix + ".png";
+        const QString file = place + u'/' + name + contrast + (isDark ? "-dark" : "-light") + suffix + ".png";
         constexpr int smallestFile = 0;
         if (!picture.save(file, "PNG", smallestFile)) fail("cannot write " + file);
     }
@@ -380,9 +384,18 @@ public:
             {"certificate", {640, 0}, [this] { return certificate(std::nullopt); }},
             {"certificate-changed", {640, 0}, [this] { return certificate(trustedKey()); }},
             {"picker-sync", {720, 776}, [this] { return picker(); }},
+            {"picker-found", {720, 480}, [this] { return search(); }},
             {"review", {680, 480}, [this] { return review(); }},
             {"backups", {720, 520}, [this] { return backups(); }},
-            {"import", {720, 560}, [this] { return import(); }}};
+            {"import", {720, 560}, [this] { return import(); }},
+            {"about", {496, 0}, [] { return shown(std::make_unique<AboutDialog>()); }},
+            {"help", {880, 720}, [] { return shown(std::make_unique<HelpWindow>(ZEMBRASTEL_SOURCE_DIR "/docs")); }},
+            {"main-many-profiles", mainSize, [this] { return shown(std::make_unique<MainWindow>(manyBridge)); }},
+            {"main-wide", {2560, 1440}, [this] {
+                 auto window = mainWindow("My website");
+                 window->resize(2560, 1440);
+                 return window;
+             }}};
     }
 
     // These need the paused site to run.
@@ -506,6 +519,38 @@ private:
         return opened;
     }
 
+    [[nodiscard]] std::unique_ptr<QWidget> search() {
+        auto opened = std::make_unique<RemoteDownloadPicker>(
+            context, site.profile, site.password, DownloadSelection{.rules = {{"drafts", true}, {"index.html", true}}},
+            true, [](const auto&...) {});
+        opened->resize(720, 480);
+        opened->open();
+        for (const char* const each : {"", "assets", "assets/img", "drafts"}) {
+            waitForListing(opened->browser());
+            if (*each != '\0') opened->browser().toggle(each);
+        }
+        waitForListing(opened->browser());
+        QTest::keyClicks(opened->findChild<SearchField*>(), "a");
+        return opened;
+    }
+
+    static StateStore manyProfiles(const std::filesystem::path& place) {
+        SavedState state;
+        for (const char* const name :
+             {"Allotment society", "Antiquarian bookshop", "Bakery Lindner", "Bicycle workshop", "Choir of St Anne",
+              "Client portal", "Coffee roastery", "Community centre", "Dance school", "Flower shop Iris",
+              "Tool shop"}) {
+            Profile& profile = state.profiles.emplace_back();
+            profile.name = name;
+            profile.host = "ftp.example.com";
+            profile.username = "webmaster";
+            profile.localFolder = std::string("/home/you/Sites/") + name;
+        }
+        StateStore store(place);
+        store.save(state);
+        return store;
+    }
+
     static void waitForListing(const RemoteBrowserModel& tree) {
         if (!testing::waitFor([&tree] { return tree.loading().empty(); })) fail("a listing did not end");
         settle();
@@ -574,11 +619,16 @@ private:
     ModelBridge bridge{sites.model()};
     AppModel emptyModel{context, {.storeOverride = StateStore(folder / "empty")}};
     ModelBridge emptyBridge{emptyModel};
+    AppModel manyModel{context, {.storeOverride = manyProfiles(folder / "many")}};
+    ModelBridge manyBridge{manyModel};
 };
 
 void fillAlbum(Album album) {
     Screens screens;
     play(album, screens.all());
+    theme().setHighContrast(true);
+    play(album, screens.all());
+    theme().setHighContrast(false);
     play(album, screens.withMissingFiles());
     play(album, screens.withChoice());
     album.onlyCheck();

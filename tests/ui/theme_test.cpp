@@ -8,6 +8,9 @@
 
 #include <QApplication>
 
+#include <algorithm>
+#include <cmath>
+
 using namespace zembrastel;
 using namespace zembrastel::ui;
 
@@ -42,6 +45,34 @@ TEST(Theme, SwitchingLeavesNoOldColourBehind) {
         EXPECT_TRUE(hasPixelOf(icon.pixmap(40, 40, QIcon::Disabled).toImage(), now.edge)) << "disabled icon";
         EXPECT_EQ(label->palette().color(QPalette::WindowText), now.warnText);
         EXPECT_EQ(QApplication::palette().color(QPalette::PlaceholderText), now.dim);
+    }
+}
+
+double luminance(const QColor& colour) {
+    const auto part = [](double value) {
+        return value <= 0.03928 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * part(colour.redF()) + 0.7152 * part(colour.greenF()) + 0.0722 * part(colour.blueF());
+}
+
+double contrastOf(const QColor& one, const QColor& other) {
+    const double first = luminance(one) + 0.05;
+    const double second = luminance(other) + 0.05;
+    return std::max(first, second) / std::min(first, second);
+}
+
+TEST(Theme, FocusAndTextStandOutInEveryPalette) {
+    for (const Colours& now : {lightColours(), darkColours(), lightContrastColours(), darkContrastColours()}) {
+        const bool high = now.window == now.card;
+        for (const QColor& page : {now.window, now.card, now.side}) {
+            EXPECT_GE(contrastOf(now.focus, page), 3);
+            EXPECT_GE(contrastOf(now.text, page), high ? 10 : 4.5);
+            EXPECT_GE(contrastOf(now.dim, page), high ? 7 : 4.5);
+            EXPECT_GE(contrastOf(now.warnText, page), high ? 7 : 4.5);
+            EXPECT_TRUE(!high || contrastOf(now.primaryFocus, page) >= 3);
+        }
+        EXPECT_GE(contrastOf(high ? now.primaryFocus : now.onAccent, now.accent), 3);
+        EXPECT_GE(contrastOf(now.selectedDim, now.selected), high ? 7 : 4.5);
     }
 }
 

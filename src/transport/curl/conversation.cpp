@@ -26,7 +26,6 @@ namespace {
 
 using Time = std::chrono::steady_clock;
 
-constexpr const char* curlExecutable = "/usr/bin/curl";
 constexpr const char* withoutWords = "Transfer failed.";
 constexpr const char* listingTooLong = "The server's directory listing is too long.";
 constexpr const char* fileTooLong = "The server's file is too long.";

@@ -27,6 +27,8 @@ namespace zembrastel {
 
 class ChildProcess;
 
+inline constexpr const char* curlExecutable = "/usr/bin/curl";
+
 struct TransferBlock {
     std::string path; // relative to the profile's remote folder
     bool directory = false;

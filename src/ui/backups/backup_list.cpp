@@ -82,7 +82,7 @@ void BackupListDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
     const QRect plate = row.adjusted(0, 1, 0, -2);
     RowPainter to(*painter, option);
     if (index.row() + 1 < rows.rowCount()) to.divider(row.left() + textLeft, row.right() - textEnd);
-    if (to.selected() || to.hovered()) to.plate(plate, to.selected() ? colours().selected : colours().hover);
+    to.rowPlate(plate);
     to.focusRing(plate);
     const QColor dim = to.selected() ? colours().selectedDim : colours().dim;
     // Only the newest version of a file has a symbol.

@@ -6,6 +6,8 @@
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
 
+#include <tuple>
+
 namespace zembrastel::ui {
 namespace {
 
@@ -15,11 +17,13 @@ const QString interface = QStringLiteral("org.freedesktop.portal.Settings");
 
 const QString appearanceGroup = QStringLiteral("org.freedesktop.appearance");
 const QString colourScheme = QStringLiteral("color-scheme");
+const QString contrastSetting = QStringLiteral("contrast");
 const QString interfaceGroup = QStringLiteral("org.gnome.desktop.interface");
 const QString enableAnimations = QStringLiteral("enable-animations");
 
 constexpr int maxWaitMilliseconds = 50;
 constexpr uint prefersDark = 1;
+constexpr uint prefersContrast = 1;
 
 QDBusMessage readCall(const QString& group, const QString& key) {
     QDBusMessage call = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
@@ -43,6 +47,7 @@ SystemAppearance::SystemAppearance(const QDBusConnection& sessionBus, QObject* p
         watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
         [this](const QString&, const QString&, const QString& newOwner) { listen(newOwner); });
     readNow(appearanceGroup, colourScheme);
+    readNow(appearanceGroup, contrastSetting);
     listen(bus.interface()->serviceOwner(service).value());
     // The bus starts the portal for this call; its answer is only a default until the portal reports changes itself.
     if (owner.isEmpty()) ask(appearanceGroup, colourScheme);
@@ -58,6 +63,7 @@ void SystemAppearance::listen(const QString& newOwner) {
     if (owner.isEmpty()) return;
     bus.connect(owner, path, interface, signal, this, slot);
     ask(appearanceGroup, colourScheme);
+    ask(appearanceGroup, contrastSetting);
     ask(interfaceGroup, enableAnimations);
 }
 
@@ -83,18 +89,21 @@ void SystemAppearance::settingChanged(const QDBusMessage& change) {
 }
 
 void SystemAppearance::take(const QString& group, const QString& key, const QVariant& value) {
-    const auto before = std::pair(current, animationsOn);
+    const auto before = std::tuple(current, contrast, animationsOn);
     const QVariant plain = unwrapped(value);
     if (group == appearanceGroup && key == colourScheme) {
         current = plain.toUInt() == prefersDark ? Appearance::dark : Appearance::light;
+    } else if (group == appearanceGroup && key == contrastSetting) {
+        contrast = plain.typeId() == QMetaType::UInt && plain.toUInt() == prefersContrast;
     } else if (group == interfaceGroup && key == enableAnimations) {
         animationsOn = plain.toBool();
     }
-    if (before != std::pair(current, animationsOn)) Q_EMIT changed();
+    if (before != std::tuple(current, contrast, animationsOn)) Q_EMIT changed();
 }
 
 void followSystemAppearance(const SystemAppearance& source) {
     const auto follow = [&source] {
+        theme().setHighContrast(source.highContrast());
         theme().apply(source.appearance());
         theme().setAnimated(source.animated());
     };

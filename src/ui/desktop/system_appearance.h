@@ -1,6 +1,7 @@
-// Follows the dark setting and the animation setting of the desktop, as the settings portal reports them.
+// Follows the desktop's settings for dark colours, high contrast and animations, as the settings portal reports them.
 //
-// Main thread. Without a bus or a portal, and until the portal answers, the appearance is light and animations are on.
+// Main thread. Without a bus or a portal, and until the portal answers, the appearance is light without high contrast,
+// and animations are on.
 #pragma once
 
 #include "ui/theme/theme.h"
@@ -21,6 +22,7 @@ public:
         const QDBusConnection& sessionBus = QDBusConnection::sessionBus(), QObject* parent = nullptr);
 
     [[nodiscard]] Appearance appearance() const { return current; }
+    [[nodiscard]] bool highContrast() const { return contrast; }
     [[nodiscard]] bool animated() const { return animationsOn; }
 
 Q_SIGNALS:
@@ -36,6 +38,7 @@ private:
     QDBusConnection bus;
     QString owner; // unique name of the portal; empty while it is not running
     Appearance current = Appearance::light;
+    bool contrast = false;
     bool animationsOn = true;
 };
 

@@ -111,10 +111,11 @@ std::vector<TrayItem::Entry> TrayItem::profileEntries() const {
     const AppModel& model = bridge.model();
     std::vector<Entry> found;
     for (const auto& profile : model.profiles()) {
-        // On the bus, the first "&" and every single "_" mark a mnemonic; other "&" have no meaning.
+        // On the bus, the first "&" and every single "_" mark a mnemonic; other "&" have no meaning. So a name with "&"
+        // needs one before it.
         const QString name = onOneLine(toQString(profile.name)).replace(QLatin1Char('_'), QLatin1String("__"));
         const QString label = (model.running(profile.id) ? tr("Pause %1") : tr("Start %1")).arg(name);
-        found.push_back({profile.id, QLatin1Char('&') + label});
+        found.push_back({profile.id, name.contains(QLatin1Char('&')) ? QLatin1Char('&') + label : label});
     }
     return found;
 }

@@ -3,7 +3,9 @@
 // Main thread. They apply to the user, not to a state folder. A demonstration keeps them only while it runs.
 #pragma once
 
+#include <QByteArray>
 #include <QSettings>
+#include <QString>
 
 #include <memory>
 
@@ -20,10 +22,20 @@ public:
     [[nodiscard]] bool trayExplained() const { return explained; }
     void setTrayExplained();
 
+    // The window's size and place, as Qt saves them; empty before the first time.
+    [[nodiscard]] QByteArray geometry() const { return place; }
+    void setGeometry(const QByteArray& geometry);
+
+    // The profile that was shown last; empty before the first time.
+    [[nodiscard]] QString selectedProfile() const { return profile; }
+    void setSelectedProfile(const QString& id);
+
 private:
     std::unique_ptr<QSettings> stored; // nullptr in a demonstration
     bool notifications = true;
     bool explained = false;
+    QByteArray place;
+    QString profile;
 };
 
 } // namespace zembrastel::ui

@@ -16,7 +16,6 @@ namespace {
 
 constexpr QSize usualSize{980, 640};
 constexpr QSize smallestSize{760, 520};
-constexpr int narrowBelow = 880;
 
 } // namespace
 
@@ -31,7 +30,11 @@ MainWindow::MainWindow(ModelBridge& modelBridge, QWidget* parent)
     orderTabs();
     showSelected();
     resize(scaledToText(usualSize).boundedTo(room));
-    sidebar->list().setFocus();
+    if (bridge.model().profiles().empty()) {
+        welcome->createButton().setFocus();
+    } else {
+        sidebar->list().setFocus();
+    }
 }
 
 void MainWindow::setHooks(Hooks chosen) {
@@ -225,9 +228,8 @@ void MainWindow::sendAll(const Uuid& id) {
 
 void MainWindow::resizeEvent(QResizeEvent* event) {
     QMainWindow::resizeEvent(event);
-    const bool narrow = width() < scaledToText(narrowBelow);
-    sidebar->setNarrow(narrow);
-    detail->setNarrow(narrow);
+    sidebar->fitWindow(width());
+    detail->setNarrow(width() < scaledToText(Sidebar::narrowBelow));
 }
 
 void MainWindow::showEvent(QShowEvent* event) {

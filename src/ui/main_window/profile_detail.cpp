@@ -19,6 +19,7 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <utility>
 
 namespace zembrastel::ui {
@@ -27,6 +28,7 @@ namespace {
 constexpr int margin = 24;
 constexpr int pageTop = 8;
 constexpr int cardGap = 16;
+constexpr int widest = 1120;
 
 bool openInFileManager(const std::string& folder) {
     const QString path = toQString(folder);
@@ -262,7 +264,15 @@ void ProfileDetail::openFolder() {
 void ProfileDetail::fitMargin() {
     const QScrollBar* const bar = scroll->verticalScrollBar();
     const int taken = bar->isVisibleTo(scroll) ? bar->sizeHint().width() : 0;
-    page->layout()->setContentsMargins(readingMargins(margin, pageTop, margin - taken, margin));
+    // Lines across a very wide window would be hard to follow.
+    const int side = std::max(margin, (width() - scaledToText(widest)) / 2);
+    page->layout()->setContentsMargins(readingMargins(side, pageTop, side - taken, margin));
+    header->setContentsMargins(side - margin, 0, side - margin, 0);
+}
+
+void ProfileDetail::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    fitMargin();
 }
 
 bool ProfileDetail::eventFilter(QObject* watched, QEvent* event) {

@@ -12,19 +12,13 @@
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMouseEvent>
+#include <QScrollBar>
 #include <QStyle>
 
 #include <algorithm>
 
 namespace zembrastel::ui {
 namespace {
-
-std::vector<Uuid> idsOf(const std::vector<Profile>& profiles) {
-    std::vector<Uuid> ids;
-    ids.reserve(profiles.size());
-    for (const auto& profile : profiles) ids.push_back(profile.id);
-    return ids;
-}
 
 constexpr int minRowHeight = 56;
 constexpr int sideInset = 8;
@@ -56,6 +50,13 @@ void paintMore(RowPainter& painter, const QRect& row) {
     painter.symbol(where, "ellipsis", colours().text);
 }
 
+// The row with its side inset. A scroll bar beside the rows takes the place of the inset at their end.
+QRect wholeRow(const QStyleOptionViewItem& option) {
+    const auto* const view = qobject_cast<const QAbstractScrollArea*>(option.widget);
+    const bool scrolls = view != nullptr && view->verticalScrollBar()->isVisible();
+    return option.rect.adjusted(0, 0, scrolls ? sideInset : 0, 0);
+}
+
 QColor titleColour(const ProfileStatus& status, bool selected) {
     if (status.failed()) return colours().warnText;
     return selected ? colours().selectedDim : colours().dim;
@@ -64,7 +65,7 @@ QColor titleColour(const ProfileStatus& status, bool selected) {
 } // namespace
 
 ProfileListModel::ProfileListModel(ModelBridge& modelBridge, QObject* parent)
-    : QAbstractListModel(parent), bridge(modelBridge), rows(idsOf(bridge.model().profiles())) {
+    : QAbstractListModel(parent), bridge(modelBridge), rows(wantedRows()) {
     connect(&bridge, &ModelBridge::profilesChanged, this, &ProfileListModel::updateRows);
     const auto repaint = [this](const Uuid& id) {
         const QModelIndex row = indexOf(id);
@@ -119,8 +120,21 @@ QVariant ProfileListModel::data(const QModelIndex& index, int role) const {
     }
 }
 
+std::vector<Uuid> ProfileListModel::wantedRows() const {
+    std::vector<Uuid> ids;
+    for (const auto& profile : bridge.model().profiles()) {
+        if (toQString(profile.name).contains(filter, Qt::CaseInsensitive)) ids.push_back(profile.id);
+    }
+    return ids;
+}
+
+void ProfileListModel::setFilter(const QString& text) {
+    filter = text;
+    updateRows();
+}
+
 void ProfileListModel::updateRows() {
-    auto next = idsOf(bridge.model().profiles());
+    auto next = wantedRows();
     if (next == rows) {
         if (!rows.empty()) Q_EMIT dataChanged(index(0), index(rowCount() - 1));
         return;
@@ -138,15 +152,15 @@ QRect ProfileListDelegate::moreArea(const QRect& row, Qt::LayoutDirection direct
 }
 
 void ProfileListDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
-    const QRect& row = option.rect;
+    const QRect row = wholeRow(option);
     const QRect plate = row.adjusted(sideInset, 2, -sideInset, -2);
     RowPainter to(*painter, option);
-    if (to.selected() || to.hovered()) to.plate(plate, to.selected() ? colours().selected : colours().hover);
+    to.rowPlate(plate);
     to.focusRing(plate);
     const QRect symbol(row.left() + symbolLeft, row.top(), StatusSymbol::side, row.height());
     if (auto* const view = qobject_cast<const QAbstractScrollArea*>(option.widget)) {
         paintStatus(
-            *painter, QStyle::visualRect(option.direction, row, symbol),
+            *painter, QStyle::visualRect(option.direction, option.rect, symbol),
             present(rows.statusAt(index), rows.runningAt(index)), *view->viewport());
     }
     paintTexts(to, row, index);
@@ -172,7 +186,8 @@ bool ProfileListDelegate::editorEvent(
     QEvent* event, QAbstractItemModel* model, const QStyleOptionViewItem& option, const QModelIndex& index) {
     if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonRelease) {
         const auto* const mouse = static_cast<QMouseEvent*>(event);
-        const bool hit = moreArea(option.rect, option.direction).contains(mouse->position().toPoint());
+        const QRect more = QStyle::visualRect(option.direction, option.rect, moreIn(wholeRow(option)));
+        const bool hit = more.contains(mouse->position().toPoint());
         if (hit && mouse->button() == Qt::LeftButton) {
             if (event->type() == QEvent::MouseButtonRelease) {
                 Q_EMIT moreRequested(index, mouse->globalPosition().toPoint());

@@ -29,13 +29,18 @@ public:
     // The title of the status; for an up-to-date profile, the number of files that are missing on its server.
     [[nodiscard]] QString summaryAt(const QModelIndex& index) const;
 
+    // Shows only the profiles with this text in their names, ignoring case; all without a text.
+    void setFilter(const QString& text);
+
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
 
 private:
+    [[nodiscard]] std::vector<Uuid> wantedRows() const;
     void updateRows();
 
     ModelBridge& bridge;
+    QString filter;
     std::vector<Uuid> rows;
 };
 
@@ -74,6 +79,9 @@ class ProfileListView : public QListView {
 
 public:
     explicit ProfileListView(ModelBridge& modelBridge, QWidget* parent = nullptr);
+
+    void setFilter(const QString& text) { rows->setFilter(text); }
+    [[nodiscard]] bool isEmpty() const { return rows->rowCount() == 0; }
 
 Q_SIGNALS:
     void editRequested(const zembrastel::Uuid& id);

@@ -5,8 +5,12 @@
 #include "ui/widgets/wrap_label.h"
 
 #include <QAction>
+#include <QEvent>
 #include <QHBoxLayout>
+#include <QScrollBar>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace zembrastel::ui {
 namespace {
@@ -37,14 +41,15 @@ void WindowMenu::open() {
     entries->popup(mapToGlobal(below + QPoint(0, 2)));
 }
 
-Sidebar::Sidebar(ModelBridge& bridge, QWidget* parent)
-    : QFrame(parent), profiles(new ProfileListView(bridge)), more(new WindowMenu),
+Sidebar::Sidebar(ModelBridge& modelBridge, QWidget* parent)
+    : QFrame(parent), bridge(modelBridge), profiles(new ProfileListView(modelBridge)), more(new WindowMenu),
       add(new PushButton("plus", tr("New Sync Profile…"), nullptr)),
       quit(new PushButton(tr("Quit Zembrastel"), ButtonKind::link)) {
     setSurface(*this, Surface::side);
     auto* const column = new QVBoxLayout;
     column->setSpacing(0);
     column->addWidget(makeHeader());
+    column->addWidget(makeFilter());
     column->addWidget(profiles, 1);
     column->addWidget(makeFooter());
     auto* const layout = new QHBoxLayout(this);
@@ -53,10 +58,60 @@ Sidebar::Sidebar(ModelBridge& bridge, QWidget* parent)
     layout->addLayout(column, 1);
     layout->addWidget(makeDivider(Qt::Vertical));
     add->setIconSize({16, 16});
-    setNarrow(false);
+    fitWindow(scaledToText(narrowBelow));
+    profiles->verticalScrollBar()->installEventFilter(this);
+    connect(&bridge, &ModelBridge::profilesChanged, this, &Sidebar::offerFilter);
+    offerFilter();
 }
 
-void Sidebar::setNarrow(bool narrow) { setFixedWidth(scaledToText(narrow ? 248 : 264)); }
+// In a very wide window there is room for long names.
+void Sidebar::fitWindow(int windowWidth) {
+    const bool narrow = windowWidth < scaledToText(narrowBelow);
+    const int usual = scaledToText(narrow ? 248 : 264);
+    setFixedWidth(std::clamp(windowWidth / 6, usual, scaledToText(400)));
+}
+
+QWidget* Sidebar::makeFilter() {
+    filterRow = new QWidget;
+    filter = new SearchField(tr("Filter profiles"));
+    filter->setList(*profiles);
+    connect(filter, &QLineEdit::textChanged, this, &Sidebar::filterProfiles);
+    noMatch = new WrapLabel({}, TextStyle::body, Tone::dim);
+    noMatch->setContentsMargins(readingMargins(focusRingSpace + 9, 4, 0, 0));
+    noMatch->hide();
+    auto* const layout = new QVBoxLayout(filterRow);
+    layout->setSpacing(12);
+    layout->addWidget(filter);
+    layout->addWidget(noMatch);
+    fitFilter();
+    return filterRow;
+}
+
+// Few profiles need no filter.
+void Sidebar::offerFilter() {
+    constexpr std::size_t manyProfiles = 10;
+    const bool offered = bridge.model().profiles().size() >= manyProfiles;
+    if (!offered) filter->clear();
+    filterRow->setVisible(offered);
+    filterProfiles();
+}
+
+void Sidebar::filterProfiles() {
+    profiles->setFilter(filter->text());
+    noMatch->setWrappedText(tr("No profile matches “%1”.").arg(filter->text()));
+    noMatch->setVisible(profiles->isEmpty() && !filter->text().isEmpty());
+}
+
+// The field ends where the rows end.
+void Sidebar::fitFilter() {
+    const bool scrolls = profiles->verticalScrollBar()->isVisible();
+    filterRow->layout()->setContentsMargins(readingMargins(8, 0, scrolls ? 10 : 8, 8));
+}
+
+bool Sidebar::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::Show || event->type() == QEvent::Hide) fitFilter();
+    return QFrame::eventFilter(watched, event);
+}
 
 QWidget* Sidebar::makeHeader() {
     auto* const header = new QWidget;

@@ -5,6 +5,8 @@
 
 #include "ui/main_window/profile_list.h"
 #include "ui/widgets/push_button.h"
+#include "ui/widgets/search_field.h"
+#include "ui/widgets/wrap_label.h"
 
 #include <QFrame>
 #include <QMenu>
@@ -46,14 +48,28 @@ public:
     // Hidden by default.
     [[nodiscard]] PushButton& quitButton() const { return *quit; }
 
-    // For a narrow window.
-    void setNarrow(bool narrow);
+    // Adapts to the width of the window.
+    void fitWindow(int windowWidth);
+
+    // Below this width of the window, in points of the design, it is narrow.
+    static constexpr int narrowBelow = 880;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     [[nodiscard]] QWidget* makeHeader();
     [[nodiscard]] QWidget* makeFooter();
+    [[nodiscard]] QWidget* makeFilter();
+    void offerFilter();
+    void filterProfiles();
+    void fitFilter();
 
+    ModelBridge& bridge;
     ProfileListView* profiles;
+    QWidget* filterRow = nullptr;
+    SearchField* filter = nullptr;
+    WrapLabel* noMatch = nullptr;
     WindowMenu* more;
     PushButton* add;
     PushButton* quit;

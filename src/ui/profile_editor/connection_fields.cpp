@@ -3,6 +3,7 @@
 #include "platform/text.h"
 #include "ui/profile_editor/trusted_key_row.h"
 #include "ui/theme/qt_text.h"
+#include "ui/theme/symbol_icon.h"
 #include "ui/widgets/sheet_layout.h"
 #include "ui/widgets/wrap_label.h"
 
@@ -48,6 +49,7 @@ ConnectionFields::ConnectionFields(const Profile& profile, QWidget* parent)
     auto* const login = makeLayout<QHBoxLayout>(fieldGap);
     login->addLayout(makeField(tr("Username"), usernameField), 1);
     passwordField->setEchoMode(QLineEdit::Password);
+    addPasswordToggle();
     login->addLayout(makeField(tr("Password"), passwordField), 1);
     column->addLayout(login);
 
@@ -70,6 +72,18 @@ void ConnectionFields::showTrustedKey() {
     Profile draft;
     writeTo(draft);
     trust->fitTo(draft);
+}
+
+// An eye in the field. It is hidden again whenever another password is loaded.
+void ConnectionFields::addPasswordToggle() {
+    passwordToggle = passwordField->addAction(symbolIcon("eye", &Colours::dim), QLineEdit::TrailingPosition);
+    passwordToggle->setCheckable(true);
+    connect(passwordToggle, &QAction::toggled, this, [this](bool shown) {
+        passwordField->setEchoMode(shown ? QLineEdit::Normal : QLineEdit::Password);
+        passwordToggle->setIcon(symbolIcon(shown ? "eye.slash" : "eye", &Colours::dim));
+        passwordToggle->setText(shown ? tr("Hide password") : tr("Show password"));
+    });
+    passwordToggle->setText(tr("Show password"));
 }
 
 QLineEdit* ConnectionFields::makeLine(const std::string& text) {
@@ -106,6 +120,7 @@ void ConnectionFields::writeTo(Profile& draft) const {
 }
 
 void ConnectionFields::setPassword(const std::string& password) {
+    passwordToggle->setChecked(false);
     passwordField->setText(toQString(password));
     passwordField->setPlaceholderText({});
     passwordField->setAccessibleDescription({});

@@ -4,6 +4,7 @@
 #include "model/profile.h"
 #include "ui/profile_editor/editor_rules.h"
 
+#include <QAction>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QWidget>
@@ -41,6 +42,7 @@ Q_SIGNALS:
 private:
     void changeProtocol(int index);
     void showTrustedKey();
+    void addPasswordToggle();
     [[nodiscard]] QLineEdit* makeLine(const std::string& text);
 
     QLineEdit* nameField;
@@ -51,6 +53,7 @@ private:
     QLineEdit* portField;
     QLineEdit* usernameField;
     QLineEdit* passwordField;
+    QAction* passwordToggle = nullptr;
     QLineEdit* remoteFolderField;
     TransferProtocol protocol;
 };

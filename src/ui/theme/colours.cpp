@@ -16,6 +16,9 @@ QColor mixed(const QColor& first, const QColor& second, double share) {
 Colours withDerived(Colours colours) {
     colours.softBorder = mixed(colours.soft, colours.accent, 0.28);
     colours.warnBorder = mixed(colours.warnSoft, colours.warn, 0.32);
+    colours.focus = colours.accent;
+    colours.primaryFocus = colours.accent;
+    colours.selectedBorder = colours.selected;
     colours.accentPress = mixed(colours.accentHover, colours.text, 0.25);
     return colours;
 }
@@ -70,6 +73,59 @@ Colours makeDark() {
     return withDerived(colours);
 }
 
+// What both tables of high contrast derive from their other colours.
+Colours withContrast(Colours colours) {
+    colours.focus = colours.text;
+    colours.softBorder = colours.accent;
+    colours.warnBorder = colours.warn;
+    colours.accentPress = mixed(colours.accentHover, colours.text, 0.25);
+    return colours;
+}
+
+Colours makeLightContrast() {
+    Colours colours;
+    colours.window = colours.side = colours.card = colours.field = 0xffffff;
+    colours.line = 0x56656b;
+    colours.control = colours.fieldBorder = 0x3c494e;
+    colours.edge = colours.selectedBorder = 0x4a585d;
+    colours.text = Qt::black;
+    colours.dim = 0x2b363b;
+    colours.accent = 0x003f3a;
+    colours.accentHover = 0x002b28;
+    colours.onAccent = 0xffffff;
+    colours.primaryFocus = 0x3a88e8;
+    colours.soft = 0xe3f4f2;
+    colours.selected = 0xcdebe7;
+    colours.selectedDim = 0x16232a;
+    colours.warn = 0x9c3d00;
+    colours.warnText = 0x7a2f00;
+    colours.warnSoft = 0xfff1e6;
+    colours.hover = 0xe6f0ef;
+    return withContrast(colours);
+}
+
+Colours makeDarkContrast() {
+    Colours colours;
+    colours.window = colours.side = colours.card = colours.field = Qt::black;
+    colours.line = 0x8a9a9f;
+    colours.control = colours.fieldBorder = 0xa9b8bd;
+    colours.edge = colours.selectedBorder = 0xa9b8bd;
+    colours.text = 0xffffff;
+    colours.dim = 0xd3dfe2;
+    colours.accent = 0x7ff5e3;
+    colours.accentHover = 0xb5faf0;
+    colours.onAccent = Qt::black;
+    colours.primaryFocus = 0x2f7de1;
+    colours.soft = 0x062f2b;
+    colours.selected = 0x0a453e;
+    colours.selectedDim = 0xe4ecee;
+    colours.warn = 0xffb066;
+    colours.warnText = 0xffd2a6;
+    colours.warnSoft = 0x331a05;
+    colours.hover = 0x1d2b2e;
+    return withContrast(colours);
+}
+
 const QHash<QStringView, ColourRole>& rolesByName() {
     static const QHash<QStringView, ColourRole> roles{
         {u"window", &Colours::window},
@@ -83,6 +139,8 @@ const QHash<QStringView, ColourRole>& rolesByName() {
         {u"text", &Colours::text},
         {u"dim", &Colours::dim},
         {u"accent", &Colours::accent},
+        {u"focus", &Colours::focus},
+        {u"primaryFocus", &Colours::primaryFocus},
         {u"accentHover", &Colours::accentHover},
         {u"accentPress", &Colours::accentPress},
         {u"onAccent", &Colours::onAccent},
@@ -108,6 +166,16 @@ const Colours& lightColours() {
 
 const Colours& darkColours() {
     static const Colours colours = makeDark();
+    return colours;
+}
+
+const Colours& lightContrastColours() {
+    static const Colours colours = makeLightContrast();
+    return colours;
+}
+
+const Colours& darkContrastColours() {
+    static const Colours colours = makeDarkContrast();
     return colours;
 }
 

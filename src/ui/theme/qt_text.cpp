@@ -1,5 +1,6 @@
 #include "ui/theme/qt_text.h"
 
+#include <QCoreApplication>
 #include <QLocale>
 namespace zembrastel::ui {
 namespace {
@@ -21,6 +22,7 @@ bool breaksLine(QChar character) {
 QString toQString(std::string_view utf8) { return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size())); }
 
 QString sizeText(std::uint64_t bytes) {
+    if (bytes == 1) return QCoreApplication::translate("FileSize", "1 byte");
     const int decimals = bytes < 1'000'000 ? 0 : 1;
     return QLocale().formattedDataSize(static_cast<qint64>(bytes), decimals, QLocale::DataSizeSIFormat);
 }

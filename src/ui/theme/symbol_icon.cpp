@@ -61,6 +61,8 @@ constexpr std::array symbols{
     Symbol{"chevron.down", "chevd"},
     Symbol{"chevron.up", "chevu"},
     Symbol{"magnifyingglass", "search"},
+    Symbol{"eye", "eye"},
+    Symbol{"eye.slash", "eyeoff"},
     Symbol{"xmark", "clear"},
 };
 

@@ -2,7 +2,7 @@
 //
 // Main thread. Symbols have the names of the design: "pause.fill", "arrow.triangle.2.circlepath", ... and the program's
 // own: "play", "folder", "file", "server", "arrow.right", "arrow.up", "arrow.down", "dot", "ellipsis", "pencil",
-// "trash", "chevron.right", "chevron.down", "chevron.up", "magnifyingglass", "xmark".
+// "trash", "chevron.right", "chevron.down", "chevron.up", "magnifyingglass", "xmark", "eye", "eye.slash".
 #pragma once
 
 #include "ui/theme/colours.h"

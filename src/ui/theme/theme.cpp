@@ -78,14 +78,27 @@ void Theme::apply(Appearance chosen) {
     if (applied == chosen) return;
     if (!applied) setUp();
     applied = chosen;
+    restyle();
+}
+
+void Theme::setHighContrast(bool wanted) {
+    if (contrast == wanted) return;
+    contrast = wanted;
+    if (applied) restyle();
+}
+
+void Theme::restyle() {
     static const QString sheet = styleSheetTemplate();
-    const QString name = chosen == Appearance::dark ? QStringLiteral("dark") : QStringLiteral("light");
+    const QString name = appearance() == Appearance::dark ? QStringLiteral("dark") : QStringLiteral("light");
     QApplication::setPalette(paletteOf(colours()));
     qApp->setStyleSheet(withColours(sheet, colours()).replace(QStringLiteral("%appearance%"), name));
     Q_EMIT changed();
 }
 
-const Colours& Theme::colours() const { return appearance() == Appearance::dark ? darkColours() : lightColours(); }
+const Colours& Theme::colours() const {
+    if (appearance() == Appearance::dark) return contrast ? darkContrastColours() : darkColours();
+    return contrast ? lightContrastColours() : lightColours();
+}
 
 void Theme::setAnimated(bool wanted) {
     if (animationsOn == wanted) return;

@@ -27,6 +27,10 @@ public:
     [[nodiscard]] Appearance appearance() const { return applied.value_or(Appearance::light); }
     [[nodiscard]] const Colours& colours() const;
 
+    // Uses the appearance's colours of high contrast. Off until it is called.
+    void setHighContrast(bool wanted);
+    [[nodiscard]] bool highContrast() const { return contrast; }
+
     // If false, turning icons stand still and switches move at once.
     void setAnimated(bool wanted);
     [[nodiscard]] bool animated() const { return animationsOn; }
@@ -35,7 +39,10 @@ Q_SIGNALS:
     void changed();
 
 private:
+    void restyle();
+
     std::optional<Appearance> applied;
+    bool contrast = false;
     bool animationsOn = true;
 };
 

@@ -19,7 +19,7 @@ constexpr int margin = 24;
 
 ConfirmDialog::ConfirmDialog(
     const QString& title, const QString& message, const QString& confirmText, QWidget* parent,
-    const QString& dismissText)
+    const QString& dismissText, bool warns)
     : QDialog(parent) {
     setWindowTitle(title);
     setWindowModality(Qt::WindowModal);
@@ -28,7 +28,7 @@ ConfirmDialog::ConfirmDialog(
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    layout->addWidget(makeBody(title, message), 1);
+    layout->addWidget(makeBody(title, message, warns), 1);
     layout->addWidget(makeFooter(confirmText, dismissText));
     dismissButton->setDefault(true); // takes effect only once the button is inside its dialog
     dismissButton->setFocus();
@@ -36,7 +36,7 @@ ConfirmDialog::ConfirmDialog(
     setFixedSize(width, layout->heightForWidth(width));
 }
 
-QWidget* ConfirmDialog::makeBody(const QString& title, const QString& message) {
+QWidget* ConfirmDialog::makeBody(const QString& title, const QString& message, bool warns) {
     auto* const body = new QWidget;
     auto* const texts = new QVBoxLayout;
     texts->setSpacing(8);
@@ -46,7 +46,9 @@ QWidget* ConfirmDialog::makeBody(const QString& title, const QString& message) {
     auto* const layout = new QHBoxLayout(body);
     layout->setContentsMargins(margin, margin, margin, 20);
     layout->setSpacing(16);
-    layout->addWidget(new Tile("exclamationmark.triangle", TileKind::warning, 44), 0, Qt::AlignTop);
+    auto* const tile = warns ? new Tile("exclamationmark.triangle", TileKind::warning, 44)
+                             : new Tile("arrow.up.forward.square", TileKind::soft, 44);
+    layout->addWidget(tile, 0, Qt::AlignTop);
     layout->addLayout(texts, 1);
     return body;
 }
@@ -82,6 +84,13 @@ ConfirmDialog* ConfirmDialog::ask(
 
 ConfirmDialog* ConfirmDialog::askToDiscard(QWidget* sheet, const QString& message, std::function<void()> discard) {
     return ask(sheet, tr("Discard changes?"), message, tr("Discard changes"), std::move(discard), tr("Keep editing"));
+}
+
+ConfirmDialog* ConfirmDialog::inform(QWidget* parent, const QString& title, const QString& message) {
+    auto* const dialog = new ConfirmDialog(title, message, QString(), parent, QString(), false);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->open();
+    return dialog;
 }
 
 ConfirmDialog* ConfirmDialog::showMessage(

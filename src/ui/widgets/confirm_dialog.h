@@ -19,7 +19,7 @@ public:
     // the dialog. Without a text to confirm there is only "OK".
     ConfirmDialog(
         const QString& title, const QString& message, const QString& confirmText, QWidget* parent = nullptr,
-        const QString& dismissText = QString());
+        const QString& dismissText = QString(), bool warns = true);
 
     // Shows the question. Calls `confirmed` if the user confirms.
     static ConfirmDialog* ask(
@@ -29,12 +29,15 @@ public:
     // Asks before a sheet closes and loses what the user entered.
     static ConfirmDialog* askToDiscard(QWidget* sheet, const QString& message, std::function<void()> discard);
 
-    // Shows a message. Calls `closed`, if given, when the user has closed it.
+    // Shows a message that is no warning.
+    static ConfirmDialog* inform(QWidget* parent, const QString& title, const QString& message);
+
+    // Shows a warning. Calls `closed`, if given, when the user has closed it.
     static ConfirmDialog* showMessage(
         QWidget* parent, const QString& title, const QString& message, std::function<void()> closed = {});
 
 private:
-    [[nodiscard]] QWidget* makeBody(const QString& title, const QString& message);
+    [[nodiscard]] static QWidget* makeBody(const QString& title, const QString& message, bool warns);
     [[nodiscard]] QWidget* makeFooter(const QString& confirmText, const QString& dismissText);
 
     QPushButton* dismissButton = nullptr;

@@ -3,7 +3,10 @@
 #include "ui/theme/style.h"
 #include "ui/theme/symbol_icon.h"
 #include "ui/theme/text_style.h"
+#include "ui/theme/theme.h"
 #include "ui/theme/turning_clock.h"
+
+#include <QPainter>
 
 namespace zembrastel::ui {
 namespace {
@@ -96,8 +99,17 @@ void PushButton::showSymbol() {
     }
 }
 
+// Inside the fill: a ring around it would be too pale against the fill or against the page.
+void PushButton::paintFocusRing() {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(colours().onAccent, 2));
+    painter.drawRoundedRect(QRectF(rect()).adjusted(3, 3, -3, -3), 5, 5);
+}
+
 void PushButton::paintEvent(QPaintEvent* event) {
     QPushButton::paintEvent(event);
+    if (hasFocus() && kind == ButtonKind::primary && !theme().highContrast()) paintFocusRing();
     if (busy) turningClock().repaintSoon(*this, rect());
 }
 

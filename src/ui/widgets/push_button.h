@@ -40,6 +40,7 @@ protected:
 
 private:
     void showSymbol();
+    void paintFocusRing();
 
     ButtonKind kind = ButtonKind::outlined;
     std::string symbol;

@@ -57,10 +57,19 @@ void RowPainter::plate(const QRect& where, const QColor& colour, double radius) 
     painter.drawRoundedRect(visual(where), radius, radius);
 }
 
+void RowPainter::rowPlate(const QRect& where) {
+    if (!selected() && !hovered()) return;
+    const Colours& now = colours();
+    painter.setPen(selected() ? QPen(now.selectedBorder, 1) : QPen(Qt::NoPen));
+    painter.setBrush(selected() ? now.selected : now.hover);
+    const QRectF place(visual(where));
+    painter.drawRoundedRect(selected() ? place.adjusted(0.5, 0.5, -0.5, -0.5) : place, 8, 8);
+}
+
 void RowPainter::focusRing(const QRect& plate, double radius) {
     if (!option.state.testFlag(QStyle::State_HasFocus)) return;
     if (!option.state.testFlag(QStyle::State_KeyboardFocusChange)) return;
-    painter.setPen(QPen(colours().accent, 2));
+    painter.setPen(QPen(colours().focus, 2));
     painter.setBrush(Qt::NoBrush);
     painter.drawRoundedRect(QRectF(visual(plate)).adjusted(1, 1, -1, -1), radius - 1, radius - 1);
 }
@@ -102,7 +111,12 @@ int RowPainter::badgeWidth(const QString& text) { return lineWidth(TextStyle::ba
 int RowPainter::badgeHeight() { return std::max(20, lineHeight(TextStyle::badge) + 4); }
 
 void RowPainter::badge(const QRect& where, const QString& text, bool accented) {
-    plate(where, accented ? colours().soft : colours().side, where.height() / 2.0);
+    const Colours& now = colours();
+    painter.setPen(theme().highContrast() ? QPen(accented ? now.softBorder : now.edge, 1) : QPen(Qt::NoPen));
+    painter.setBrush(accented ? now.soft : now.side);
+    const double inset = theme().highContrast() ? 0.5 : 0;
+    const double radius = where.height() / 2.0;
+    painter.drawRoundedRect(QRectF(visual(where)).adjusted(inset, inset, -inset, -inset), radius, radius);
     painter.setFont(fontOf(TextStyle::badge));
     painter.setPen(accented ? colours().accentHover : colours().dim);
     painter.drawText(visual(where), Qt::AlignCenter | Qt::TextSingleLine, text);

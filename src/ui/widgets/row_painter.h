@@ -42,6 +42,8 @@ public:
     [[nodiscard]] bool hovered(const QRect& part) const;
 
     void plate(const QRect& where, const QColor& colour, double radius = 8);
+    // The background of a row that is selected or under the pointer.
+    void rowPlate(const QRect& where);
     // Around a plate of that place and radius. Drawn only after keyboard use: a click already shows what it selected.
     void focusRing(const QRect& plate, double radius = 8);
     // At the lower edge of the row.

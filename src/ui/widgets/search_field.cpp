@@ -9,6 +9,7 @@ namespace zembrastel::ui {
 
 SearchField::SearchField(const QString& prompt, QWidget* parent)
     : QLineEdit(parent), clearing(addAction(symbolIcon("xmark", &Colours::dim), QLineEdit::TrailingPosition)) {
+    setProperty("search", true);
     setPlaceholderText(prompt);
     setAccessibleName(prompt);
     addAction(symbolIcon("magnifyingglass", &Colours::dim), QLineEdit::LeadingPosition);

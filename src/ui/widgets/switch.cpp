@@ -60,7 +60,7 @@ void Switch::paintEvent(QPaintEvent*) {
         painter.setBrush(Qt::NoBrush);
         painter.setPen(QPen(now.window, 1));
         painter.drawRoundedRect(whole.adjusted(2.5, 2.5, -2.5, -2.5), 9.5, 9.5);
-        painter.setPen(QPen(now.accent, 2));
+        painter.setPen(QPen(now.focus, 2));
         painter.drawRoundedRect(whole.adjusted(1, 1, -1, -1), 11, 11);
     }
 }

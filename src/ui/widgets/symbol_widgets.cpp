@@ -37,10 +37,12 @@ Tile::Tile(std::string_view symbolName, TileKind tileKind, int side, QWidget* pa
 void Tile::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
+    const bool bordered = theme().highContrast() && kind != TileKind::bare;
+    painter.setPen(bordered ? QPen(foreground(kind), 1) : QPen(Qt::NoPen));
     painter.setBrush(background(kind));
     const double radius = width() / 4.0;
-    painter.drawRoundedRect(rect(), radius, radius);
+    const double inset = bordered ? 0.5 : 0;
+    painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), radius, radius);
     const int side = width() < 60 ? (width() < 44 ? 20 : 22) : width() * 5 / 9;
     QRect middle(0, 0, side, side);
     middle.moveCenter(rect().center());

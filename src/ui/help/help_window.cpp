@@ -1,0 +1,148 @@
+#include "ui/help/help_window.h"
+
+#include "ui/theme/style.h"
+#include "ui/theme/text_style.h"
+#include "ui/theme/theme.h"
+#include "ui/widgets/push_button.h"
+#include "ui/widgets/sheet_layout.h"
+
+#include <QCoreApplication>
+#include <QDesktopServices>
+#include <QFile>
+#include <QFileInfo>
+#include <QKeyEvent>
+#include <QScreen>
+#include <QScrollBar>
+#include <QTextBlock>
+#include <QTextTable>
+#include <QVBoxLayout>
+
+namespace zembrastel::ui {
+namespace {
+
+constexpr QSize usualSize(880, 720);
+constexpr int margin = 24;
+constexpr int searchWidth = 280;
+
+const QString manual = QStringLiteral("MANUAL.md");
+
+// Comments in the documents are for their tests.
+QString withoutComments(const QString& markdown) {
+    QStringList lines = markdown.split(u'\n');
+    lines.removeIf([](const QString& line) { return line.startsWith(u"<!--"); });
+    return lines.join(u'\n');
+}
+
+} // namespace
+
+QString manualFolder() {
+    // The second is for a program that was moved with its files.
+    for (const QString& folder :
+         {QStringLiteral(ZEMBRASTEL_DOCUMENTS),
+          QCoreApplication::applicationDirPath() + QStringLiteral("/../share/doc/zembrastel-cli")}) {
+        if (QFileInfo::exists(folder + u'/' + manual)) return folder;
+    }
+    return {};
+}
+
+QString anchorOf(const QString& heading) {
+    QString anchor;
+    for (const QChar each : heading.toLower()) {
+        if (each.isLetterOrNumber() || each == u'-' || each == u'_') anchor += each;
+        if (each == u' ') anchor += u'-';
+    }
+    return anchor;
+}
+
+HelpWindow::HelpWindow(const QString& folder, QWidget* parent)
+    : QWidget(parent, Qt::Window), documents(folder), search(new SearchField(tr("Search the manual"))),
+      text(new QTextBrowser) {
+    setWindowTitle(tr("Zembrastel Help"));
+    search->setMaximumWidth(scaledToText(searchWidth));
+    connect(search, &QLineEdit::returnPressed, this, &HelpWindow::findNext);
+    auto* const contents = new PushButton(tr("Contents"));
+    connect(contents, &QPushButton::clicked, this, [this] { openDocument(manual); });
+    auto* const tools = makeSheetTools({contents}, search);
+    text->setAccessibleName(windowTitle());
+    text->setOpenLinks(false);
+    text->setFrameShape(QFrame::NoFrame);
+    connect(&theme(), &Theme::changed, this, &HelpWindow::styleTables);
+    text->setSearchPaths({documents});
+    connect(text, &QTextBrowser::anchorClicked, this, &HelpWindow::follow);
+    auto* const layout = makeLayout<QVBoxLayout>(12, this);
+    layout->setContentsMargins(margin, 16, margin, margin);
+    layout->addLayout(tools);
+    QFrame* const card = makeSurface(Surface::card);
+    makeLayout<QVBoxLayout>(0, card)->addWidget(text);
+    layout->addWidget(card, 1);
+    resize(scaledToText(usualSize).boundedTo(screen()->availableSize()));
+    openDocument(manual);
+    text->setFocus();
+}
+
+void HelpWindow::bringForward() {
+    show();
+    raise();
+    activateWindow();
+}
+
+void HelpWindow::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape) {
+        close();
+    } else {
+        QWidget::keyPressEvent(event);
+    }
+}
+
+void HelpWindow::openDocument(const QString& file) {
+    if (file != shown) {
+        QFile document(documents + u'/' + file);
+        if (!document.open(QIODevice::ReadOnly)) return;
+        text->document()->setMarkdown(
+            withoutComments(QString::fromUtf8(document.readAll())), QTextDocument::MarkdownDialectGitHub);
+        styleTables();
+        shown = file;
+    }
+    text->moveCursor(QTextCursor::Start);
+}
+
+void HelpWindow::styleTables() {
+    for (QTextFrame* const frame : text->document()->rootFrame()->childFrames()) {
+        auto* const table = qobject_cast<QTextTable*>(frame);
+        if (table == nullptr) continue;
+        QTextTableFormat format = table->format();
+        format.setBorderCollapse(true);
+        format.setBorderBrush(colours().line);
+        format.setBorder(1);
+        format.setCellPadding(4);
+        table->setFormat(format);
+    }
+}
+
+void HelpWindow::follow(const QUrl& link) {
+    if (!link.scheme().isEmpty()) {
+        QDesktopServices::openUrl(link);
+        return;
+    }
+    if (!link.path().isEmpty()) openDocument(QFileInfo(link.path()).fileName());
+    if (link.hasFragment()) scrollTo(link.fragment());
+}
+
+void HelpWindow::scrollTo(const QString& anchor) {
+    for (QTextBlock block = text->document()->begin(); block.isValid(); block = block.next()) {
+        if (block.blockFormat().headingLevel() == 0 || anchorOf(block.text()) != anchor) continue;
+        text->setTextCursor(QTextCursor(block));
+        const QRect place = text->cursorRect();
+        text->verticalScrollBar()->setValue(text->verticalScrollBar()->value() + place.top());
+        return;
+    }
+}
+
+// From the end of the text, the search goes on at its beginning.
+void HelpWindow::findNext() {
+    if (search->text().isEmpty() || text->find(search->text())) return;
+    text->moveCursor(QTextCursor::Start);
+    (void)text->find(search->text());
+}
+
+} // namespace zembrastel::ui
