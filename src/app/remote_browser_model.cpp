@@ -1,5 +1,6 @@
 #include "app/remote_browser_model.h"
 
+#include "app/diagnosis/failure_catalogue.h"
 #include "model/error.h"
 #include "platform/directory_walk.h"
 #include "platform/folder.h"
@@ -34,6 +35,13 @@ struct FolderListing {
         // The program's own backups are never synchronised.
         std::erase_if(entries, [this](const auto& entry) { return childPath(path, entry.name) == backupFolder; });
         return sorted(std::move(entries));
+    }
+
+    // Why the listing failed, for the user.
+    [[nodiscard]] std::string reason(const std::exception& error) const {
+        Profile listed = transport.profile;
+        if (!path.empty()) listed.remoteFolder = childPath(listed.remoteFolder, path);
+        return explain(failureOf(error), listed).heading.text();
     }
 
 private:
@@ -144,7 +152,7 @@ void RemoteBrowserModel::load(std::string path) {
             } catch (const Cancelled&) {
                 // No caller waits for it any more.
             } catch (const std::exception& error) {
-                done({.entries = nullptr, .failure = describe(error)});
+                done({.entries = nullptr, .failure = listing.reason(error)});
             }
         });
     } catch (const std::system_error& error) {

@@ -197,6 +197,7 @@ void Shell::browse(
     auto* const picker =
         new RemoteDownloadPicker(context, draft, password, current, syncMode, std::move(apply), &editor);
     picker->setAttribute(Qt::WA_DeleteOnClose);
+    connect(picker, &RemoteDownloadPicker::nothingToDownload, &editor, &ProfileEditor::continueWithoutDownload);
     picker->open();
 }
 

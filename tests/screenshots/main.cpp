@@ -127,7 +127,7 @@ std::vector<Sample> samples() {
          .host = "docs.example.net",
          .remoteFolder = "/var/www/docs",
          .localFolder = "/home/you/Projects/handbook/public",
-         .failure = "curl: (28) Failed to connect to docs.example.net port 990 after 15000 ms: Timeout was reached"},
+         .failure = "curl: (67) Access denied: 530"},
         {.name = "Photo archive",
          .host = "ftp.example.org",
          .remoteFolder = "/photos",
@@ -213,7 +213,7 @@ private:
             .check =
                 [this](const FTPTransport& server, const auto&...) {
                     const Sample& sample = of(server.profile);
-                    if (!sample.failure.empty()) throw SyncError(sample.failure);
+                    if (!sample.failure.empty()) throw TransferError(CurlCode::loginRefused, sample.failure);
                     return ServerCheck{.changes = sample.changes, .missing = sample.missing, .first = first};
                 },
             .watch = [this](const SyncWorker& worker, const std::stop_token&) { play(worker); },

@@ -152,6 +152,18 @@ TEST_F(ProfileEditorTest, NewProfileIsNotSavedWithoutItsContents) {
     EXPECT_EQ(stored.at(saved.id), "s3cret");
 }
 
+TEST_F(ProfileEditorTest, EmptyServerFolderDoesNotStopUploads) {
+    open();
+    fillIn();
+    QTest::keyClick(&line("Profile name"), Qt::Key_Return);
+    editor->continueWithoutDownload();
+    EXPECT_EQ(saving().text(), "Create profile");
+    saving().click();
+    ASSERT_TRUE(closes());
+    const Profile& saved = model->profiles().front();
+    EXPECT_TRUE(saved.enabled && !saved.needsDownload && !saved.syncSelection);
+}
+
 TEST_F(ProfileEditorTest, DownloadWithoutStartIsImpossible) {
     open();
     EXPECT_TRUE(button(startLabel).isChecked());

@@ -110,9 +110,8 @@ private:
     }
 
     void requireNoFailure(const std::string& consequence) const {
-        const auto failed = model.checkFailures().find(profile.id);
-        if (failed == model.checkFailures().end()) return;
-        throw serverFailure(profile, comparisonAim(profile), failed->second, consequence);
+        if (!model.checkFailures().contains(profile.id)) return;
+        throw serverFailure(profile, comparisonAim(profile), model.checkFailure(profile.id), consequence);
     }
 
     [[nodiscard]] CommandError refusal(const std::string& reason) const {
@@ -191,7 +190,7 @@ private:
         });
         if (!failed) return choice;
         if (failed->reason == Reason::server) {
-            throw serverFailure(profile, comparisonAim(profile), failed->text, "Nothing was changed.");
+            throw serverFailure(profile, comparisonAim(profile), failed->reported(), "Nothing was changed.");
         }
         if (failed->reason == Reason::needsDownload) throw downloadPending(profile);
         if (failed->reason == Reason::paused) {

@@ -84,21 +84,36 @@ QLayout* RemoteDownloadPicker::makeTools() {
 QWidget* RemoteDownloadPicker::makeFoot() {
     auto* const cancel = new PushButton(tr("Cancel"));
     connect(cancel, &QPushButton::clicked, this, &RemoteDownloadPicker::discard);
-    auto* const confirm =
-        new PushButton(syncMode ? tr("Use sync selection") : tr("Use selection"), ButtonKind::primary);
-    connect(confirm, &QPushButton::clicked, this, [this] {
-        apply(selection(), kinds());
-        accept();
-    });
+    auto* const use = new PushButton(syncMode ? tr("Use sync selection") : tr("Use selection"), ButtonKind::primary);
+    connect(use, &QPushButton::clicked, this, &RemoteDownloadPicker::confirm);
     summary = makeLabel(QString(), TextStyle::body, Tone::dim);
-    return makeSheetFoot({cancel, confirm}, summary);
+    return makeSheetFoot({cancel, use}, summary);
 }
 
 std::optional<TickedKinds> RemoteDownloadPicker::kinds() const {
     return countTicked(selection(), [this](const std::string& path) { return rows->isFolder(path); });
 }
 
+bool RemoteDownloadPicker::hasNothingToDownload() const {
+    if (syncMode || !tree) return false;
+    const auto listed = tree->children().find("");
+    return listed != tree->children().end() && listed->second->empty();
+}
+
+void RemoteDownloadPicker::confirm() {
+    if (hasNothingToDownload()) {
+        Q_EMIT nothingToDownload();
+    } else {
+        apply(selection(), kinds());
+    }
+    accept();
+}
+
 void RemoteDownloadPicker::showSummary() {
+    if (hasNothingToDownload()) {
+        summary->setText(tr("There is nothing to download."));
+        return;
+    }
     summary->setText(
         selectionSummary(selection(), kinds(), syncMode ? SelectionScope::localFolder : SelectionScope::server));
 }

@@ -50,11 +50,17 @@ public:
 
     void done(int result) override;
 
+Q_SIGNALS:
+    // The user confirmed the choice of a download from a folder that is empty on the server.
+    void nothingToDownload();
+
 private:
     [[nodiscard]] QLayout* makeHead();
     [[nodiscard]] QLayout* makeTools();
     [[nodiscard]] QWidget* makeFoot();
     void showSummary();
+    void confirm();
+    [[nodiscard]] bool hasNothingToDownload() const;
     void discard() { QDialog::reject(); }
 
     MainContext& context;

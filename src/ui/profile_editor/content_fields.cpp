@@ -187,6 +187,8 @@ bool ContentFields::startOnSave() const { return startSwitch->isChecked(); }
 
 bool ContentFields::downloadFirst() const { return downloadSwitch->isChecked(); }
 
+void ContentFields::switchDownloadOff() { downloadSwitch->setChecked(false); }
+
 void ContentFields::followOptions(const Profile& profile) {
     following = true;
     if (!startChosen) startSwitch->setChecked(profile.enabled);

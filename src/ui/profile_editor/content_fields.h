@@ -35,6 +35,9 @@ public:
     // Shows the profile's current options, except those that the user has set here.
     void followOptions(const Profile& profile);
 
+    // As if the user had chosen no download.
+    void switchDownloadOff();
+
     // The widget of a field; nullptr if it is not on this half.
     [[nodiscard]] QWidget* field(EditorField which) const;
 

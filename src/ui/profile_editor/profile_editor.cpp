@@ -358,6 +358,13 @@ void ProfileEditor::applyChoice(
     showState();
 }
 
+void ProfileEditor::continueWithoutDownload() {
+    contents->switchDownloadOff();
+    showState();
+    strip->showSuccess(
+        tr("The remote folder is empty, so there is nothing to download. Your local files are uploaded."));
+}
+
 void ProfileEditor::save() {
     if (busy) return;
     if (asksForContents(savingState())) {

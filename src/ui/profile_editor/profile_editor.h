@@ -51,6 +51,9 @@ public:
     // Opens the choice of sync contents as soon as the saved password is known.
     void openSyncContentsOnAppear() { openSyncContentsWhenReady = true; }
 
+    // The remote folder is empty: nothing is downloaded first, and the sync contents stay as they are.
+    void continueWithoutDownload();
+
     // The profile as saving would store it now.
     [[nodiscard]] Profile draft() const;
 
