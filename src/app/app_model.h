@@ -177,6 +177,15 @@ public:
     // versions; otherwise the new review is shown.
     [[nodiscard]] Decision resolveReview(Uuid id, Uuid reviewId, const PathSet& selectedPaths);
 
+    // What the first check found of a site that is already on the server: nothing is uploaded before the user chose.
+    // nullptr if there is no such choice. The comparison of the contents adds to it; observers get reviewChanged().
+    [[nodiscard]] const FirstComparison* firstComparison(const Uuid& id) const { return jobs.choice(id); }
+    [[nodiscard]] bool comparingContents(const Uuid& id) const { return jobs.comparingContents(id); }
+    void compareContents(const Uuid& id) { jobs.compareContents(id); }
+    void stopComparing(const Uuid& id) { jobs.stopComparing(id); }
+    // The choice. The server is checked again before anything is uploaded.
+    [[nodiscard]] Decision adopt(const Uuid& id, Adoption what) { return jobs.adopt(id, what); }
+
     void retryCheck(const Uuid& id);
 
     // Watches without comparing with the server first.

@@ -15,7 +15,8 @@ ObservedProfile observe(const AppModel& model, const Profile& profile) {
     if (status.failed()) {
         observed.health = Health::failing;
     } else if (running) {
-        const bool settled = observed.toReview > 0 || (status.phase == Phase::watching && !status.unsaved);
+        const bool settled = observed.toReview > 0 || status.phase == Phase::awaitingChoice
+                             || (status.phase == Phase::watching && !status.unsaved);
         observed.health = settled ? Health::well : Health::working;
     }
     return observed;

@@ -1,5 +1,6 @@
 // What the user does with profiles: create and edit, pause and resume, remove.
 #include "app/app_model.h"
+#include "model/comparison_record.h"
 #include "model/error.h"
 
 #include <utility>
@@ -117,6 +118,7 @@ void AppModel::forgetServer(const Uuid& id) {
     if (const auto& folder = records.folder()) {
         ResendRequest(*folder, id).remove();
         PublishJournal(*folder, id).remove();
+        ComparisonRecord(*folder, id).remove();
     }
 }
 

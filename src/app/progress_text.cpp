@@ -1,5 +1,6 @@
 #include "app/progress_text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -114,6 +115,15 @@ std::string bytesText(const TransferProgress& progress) {
     return progress.rate && *progress.rate >= 1 ? text + ", " + rateText(*progress.rate) : text;
 }
 
+// "248 of 612 files, 71.3 of 184 MB, about 2 minutes left"
+std::string contentsText(const TransferProgress& progress) {
+    std::string text = filesOf(progress) + ", " + amount(progress.bytes, progress.bytesQueued);
+    if (!progress.bytesQueued || !progress.rate || *progress.rate < 1) return text;
+    const auto toCome = *progress.bytesQueued - std::min(progress.bytes, *progress.bytesQueued);
+    const std::chrono::duration<double> left(static_cast<double>(toCome) / *progress.rate);
+    return left > 24h ? text : text + ", " + leftText(std::chrono::ceil<std::chrono::seconds>(left));
+}
+
 std::string joined(std::string text, std::string_view separator, std::string_view rest) {
     if (!text.empty() && !rest.empty()) text += separator;
     return text.append(rest);
@@ -121,13 +131,17 @@ std::string joined(std::string text, std::string_view separator, std::string_vie
 
 } // namespace
 
+std::string sizeText(std::uint64_t bytes) { return withUnit(static_cast<double>(bytes)); }
+
 std::string progressText(const TransferProgress& progress) {
+    if (progress.work == TransferProgress::Work::comparingContents) return contentsText(progress);
     if (progress.file) return joined(fileText(progress), " — ", countText(progress));
     const std::string count = countText(progress);
     return count.empty() ? "" : joined(count, ", ", bytesText(progress));
 }
 
 std::string shortProgressText(const TransferProgress& progress) {
+    if (progress.work == TransferProgress::Work::comparingContents) return filesOf(progress);
     if (progress.work == TransferProgress::Work::comparing) {
         return counted(progress.filesDone, "file") + ", " + counted(progress.folders, "folder");
     }
@@ -137,6 +151,9 @@ std::string shortProgressText(const TransferProgress& progress) {
 }
 
 std::optional<double> fileFraction(const TransferProgress& progress) {
+    if (progress.work == TransferProgress::Work::comparingContents && progress.bytesQueued.value_or(0) > 0) {
+        return std::min(1.0, static_cast<double>(progress.bytes) / static_cast<double>(*progress.bytesQueued));
+    }
     const auto& file = progress.file;
     if (!file || !file->size || *file->size == 0) return std::nullopt;
     return static_cast<double>(file->bytes) / static_cast<double>(*file->size);

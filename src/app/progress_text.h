@@ -5,6 +5,7 @@
 
 #include "sync/transfer_progress.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -17,7 +18,10 @@ namespace zembrastel {
 // What fits into a corner: "12.4 of 80 MB, 3 of 17 files".
 [[nodiscard]] std::string shortProgressText(const TransferProgress& progress);
 
-// From 0 to 1: how much of the file in transfer is through, where that is known.
+// "184 MB"
+[[nodiscard]] std::string sizeText(std::uint64_t bytes);
+
+// From 0 to 1: how much of the file in transfer, or of a comparison of contents, is through, where that is known.
 [[nodiscard]] std::optional<double> fileFraction(const TransferProgress& progress);
 
 } // namespace zembrastel

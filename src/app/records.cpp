@@ -67,7 +67,7 @@ void Records::recordDate(const Uuid& id, const std::string& path, RemoteDate dat
 
 void Records::recordComparison(const Uuid& id) {
     if (!state.remoteDates) state.remoteDates.emplace();
-    if (state.remoteDates->try_emplace(id).second) saveSoon(id);
+    if (state.remoteDates->try_emplace(id).second) persistFor(id);
 }
 
 void Records::forgetFiles(const Uuid& id, const PathSet& paths) {

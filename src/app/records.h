@@ -51,7 +51,7 @@ public:
     void recordFile(const Uuid& id, const std::string& path, const Fingerprint& version);
     void recordDate(const Uuid& id, const std::string& path, RemoteDate date);
     // The profile was compared with its server. A file of which nothing is recorded means something else from then on:
-    // see ServerRecord::wasCompared.
+    // see ServerRecord::wasCompared. Saved at once: after a kill, own uploads must not look like those of others.
     void recordComparison(const Uuid& id);
     // These files no longer count as synchronised.
     void forgetFiles(const Uuid& id, const PathSet& paths);

@@ -22,6 +22,7 @@ public:
         // dates of the local files are: an edit of the local file must not overwrite what the user did not decide on.
         PathSet unanswered;
         PathSet disputed;             // by the last worker: see event::ServerChanged
+        PathSet newerAtFirst;         // on the server; see ServerRecord
         PathSet missing;              // published files that the last check did not find on the server
         std::optional<Resend> resend; // requested, and not begun; see ResendRequest
     };

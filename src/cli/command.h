@@ -15,7 +15,7 @@ enum class ExitCode {
     done = 0,
     failed = 1,
     usage = 2,
-    reviewWaiting = 3, // newer server files wait for a decision
+    reviewWaiting = 3, // newer server files, or files that are there already, wait for a decision
     stateInUse = 4,    // another running program holds the state folder
     refused = 5,       // the server refused the login
     notRunning = 6,    // no program runs on the state folder, or it has ended

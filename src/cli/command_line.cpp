@@ -19,7 +19,7 @@ constexpr const char* programFooter = "zembrastel-cli COMMAND --help explains a 
                                       "  0  done\n"
                                       "  1  failed\n"
                                       "  2  the command line is wrong\n"
-                                      "  3  a review is waiting: files are newer on the server\n"
+                                      "  3  a decision is waiting: files are newer on the server, or there already\n"
                                       "  4  the state folder is in use by another running program\n"
                                       "  5  the server refused the login\n"
                                       "  6  Zembrastel is not running, or has ended\n"
@@ -68,6 +68,7 @@ void addCommands(Syntax& program) {
     addCheck(program);
     addWatch(program);
     addPush(program);
+    addAdopt(program);
     addReview(program);
     addStatus(program);
     addPause(program);

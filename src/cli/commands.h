@@ -24,6 +24,7 @@ void addWhy(Syntax& parent);
 void addCheck(Syntax& parent);
 void addWatch(Syntax& parent);
 void addPush(Syntax& parent);
+void addAdopt(Syntax& parent);
 void addReview(Syntax& parent);
 void addStatus(Syntax& parent);
 void addPause(Syntax& parent);

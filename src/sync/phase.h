@@ -15,7 +15,9 @@ enum class Phase {
     stopped,         // the profile could not start, or could not finish
     starting,        // the password is read
     checking,
-    checkFailed, // or the download that a review ended with
+    checkFailed,       // or the download that a review ended with
+    awaitingChoice,    // what to upload of a site that is already on the server
+    comparingContents, // before that choice
     awaitingReview,
     downloadingReview,
     downloading, // initially
@@ -47,6 +49,8 @@ inline constexpr std::array phaseTable{
     PhaseFacts{Phase::starting, "Starting", true, false, true},
     PhaseFacts{Phase::checking, "Checking server", true, false, true},
     PhaseFacts{Phase::checkFailed, "Server check needs attention", true, true, false},
+    PhaseFacts{Phase::awaitingChoice, "Choose what to upload", true, false, false},
+    PhaseFacts{Phase::comparingContents, "Comparing contents", true, false, true},
     PhaseFacts{Phase::awaitingReview, "Review remote changes", true, false, false},
     PhaseFacts{Phase::downloadingReview, "Downloading server changes", true, false, true},
     PhaseFacts{Phase::downloading, "Downloading", true, false, true},

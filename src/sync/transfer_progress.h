@@ -11,7 +11,7 @@
 namespace zembrastel {
 
 struct TransferProgress {
-    enum class Work { uploading, downloading, comparing };
+    enum class Work { uploading, downloading, comparing, comparingContents };
 
     // The file in transfer.
     struct File {

@@ -156,9 +156,11 @@ struct FTPTransport {
 
     // The files of which the server has the same bytes. Files that changed locally meanwhile, or that the server
     // refuses, are not among them. Fetches all of the files, many with one login, to a private folder. Throws SyncError
-    // if the server fails.
-    [[nodiscard]] std::set<std::string, std::less<>> filesWithEqualContents(
-        const std::vector<FileToCompare>& files) const;
+    // if the server fails. Calls `compared` for each file as soon as its result is known, on this thread; the observer
+    // gets the transfers, but not the number of files.
+    using Compared = std::function<void(const FileToCompare& file, bool equal)>;
+    std::set<std::string, std::less<>> filesWithEqualContents(
+        const std::vector<FileToCompare>& files, const Compared& compared = {}) const;
 };
 
 // Throws SyncError if a folder `depth` levels below the remote folder is too deep.

@@ -8,7 +8,7 @@
 namespace zembrastel {
 namespace {
 
-constexpr std::string_view allSteps = "pcfrdxiwe";
+constexpr std::string_view allSteps = "pcfaosrdxiwe";
 
 struct Steps {
     std::size_t started = 0;
@@ -26,6 +26,12 @@ struct Steps {
             return job.check(start);
         case 'f':
             return job.failCheck("no answer");
+        case 'a':
+            return job.awaitChoice({.first = FirstComparison()});
+        case 'o':
+            return job.compareContents(start, std::make_shared<TransferControl>());
+        case 's':
+            return job.endComparison();
         case 'r':
             return job.awaitDecision({.id = job.work().profile.id, .changes = {}});
         case 'd':
@@ -49,9 +55,9 @@ TEST(Job, LateStepStartsNoSecondTask) {
         std::string_view allowed;
         bool hasTask;
     };
-    const std::vector<Row> table{{"", "pciw", false}, {"c", "frw", true},   {"cf", "frw", true},
-                                 {"cr", "dw", false}, {"crd", "cxw", true}, {"crdx", "", false},
-                                 {"i", "", true},     {"w", "", true},      {"ce", "", false}};
+    const std::vector<Row> table{{"", "pciw", false}, {"c", "farw", true}, {"cf", "farw", true}, {"ca", "co", false},
+                                 {"cao", "sx", true}, {"cr", "dw", false}, {"crd", "cxw", true}, {"crdx", "", false},
+                                 {"i", "", true},     {"w", "", true},     {"ce", "", false}};
     ASSERT_EQ(table.size(), std::variant_size_v<Job::State>);
     for (std::size_t state = 0; state < table.size(); ++state) {
         for (const char name : allSteps) {
@@ -69,7 +75,10 @@ TEST(Job, LateStepStartsNoSecondTask) {
             if (!allowed) {
                 EXPECT_EQ(std::pair(job.state().index(), steps.started), std::pair(state, started));
             }
-            EXPECT_EQ(task.stop_requested(), job.is<Job::Ended>() && (table[state].hasTask || state == 8));
+            EXPECT_EQ(
+                task.stop_requested(),
+                (allowed && name == 's')
+                    || (job.is<Job::Ended>() && (table[state].hasTask || state + 1 == table.size())));
             const auto control = job.work().control;
             EXPECT_EQ(control->isStopped(), job.is<Job::Ended>());
         }

@@ -193,6 +193,9 @@ TEST_F(JsonDocument, EveryExampleHasTheDocumentedForm) {
 
 TEST_F(JsonDocument, EveryPrintedLineIsAsDocumented) {
     exerciseProfiles();
+    server->put("site/index.html", readFile(site / "index.html"));
+    runAndTake("check 'My website'", 3);
+    runAndTake("adopt 'My website' --by size");
     for (const char* command : {"test", "push --dry-run", "push", "ls"}) runAndTake(command + " 'My website'"s);
     writeFile(site / "new.html", "1");
     writeFile(site / "bad\xff.html", "1");

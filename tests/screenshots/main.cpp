@@ -34,6 +34,7 @@
 #include <functional>
 #include <memory>
 #include <stdexcept>
+#include <thread>
 
 namespace zembrastel::screenshots {
 
@@ -156,6 +157,26 @@ public:
         for (std::size_t i = 0; i + 1 < all.size(); ++i) start(all[i]); // except the last one
     }
 
+    // Checks this site as one that was uploaded before by another program.
+    void adopt(const Uuid& site) {
+        first.emplace();
+        first->localFiles = 640;
+        for (int number = 0; number < 612; ++number) {
+            const std::string path = "assets/" + std::to_string(number);
+            first->alike.files.set(path, {.size = 300'700});
+            first->alike.dates.set(path, {});
+        }
+        clock.set(9h + 38min + 14s);
+        app->retryCheck(site);
+        if (!testing::waitFor([&] { return app->firstComparison(site) != nullptr; })) fail("no choice waits");
+    }
+
+    void compareContents(const Uuid& site) {
+        app->compareContents(site);
+        const auto differ = [&] { return app->firstComparison(site)->different.files.size() == 3; };
+        if (!testing::waitFor([&] { return differ() && app->status(site).progress; })) fail("nothing is compared");
+    }
+
     // Starts the paused site, whose check finds missing files on the server.
     void startLast() { start(all.back()); }
 
@@ -188,9 +209,30 @@ private:
                 [this](const FTPTransport& server, const auto&...) {
                     const Sample& sample = of(server.profile);
                     if (!sample.failure.empty()) throw TransferError(CurlCode::loginRefused, sample.failure);
-                    return ServerCheck{.changes = sample.changes, .missing = sample.missing};
+                    return ServerCheck{.changes = sample.changes, .missing = sample.missing, .first = first};
                 },
-            .watch = [this](const SyncWorker& worker, const std::stop_token&) { play(worker); }};
+            .watch = [this](const SyncWorker& worker, const std::stop_token&) { play(worker); },
+            .compareContents =
+                [this](const FTPTransport& server, const auto& files, const auto& compared) {
+                    compare(server, files, compared);
+                }};
+    }
+
+    // Stays in the middle of the comparison until it is stopped.
+    void compare(
+        const FTPTransport& server, const std::vector<FTPTransport::FileToCompare>& files,
+        const FTPTransport::Compared& compared) {
+        for (std::size_t number = 0; number < 248; ++number) {
+            clock.set(9h + 38min + 22s + std::chrono::seconds(number / 4));
+            server.observer->fileBegins(files[number].path, files[number].fingerprint.size);
+            server.observer->fileMoved(287'500);
+            compared(files[number], number % 100 > 0);
+        }
+        server.observer->fileBegins("assets/img/team/2026/autumn-retreat.webp", 300'700);
+        clock.set(9h + 39min + 26s);
+        server.observer->fileMoved(1'000);
+        while (!server.control->isStopped()) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        throw Cancelled();
     }
 
     void play(const SyncWorker& worker) {
@@ -212,6 +254,7 @@ private:
     }
 
     const std::vector<Sample> all = samples();
+    std::optional<FirstComparison> first; // of the next checks
     testing::TemporaryFolder folder;
     PictureClock clock;
     std::atomic<int> played = 0;
@@ -350,6 +393,31 @@ public:
              }}};
     }
 
+    // These change the state of the first site.
+    [[nodiscard]] std::vector<Screen> withChoice() {
+        const auto first = sites.id("My website");
+        sites.adopt(first);
+        const auto open = [this] { return mainWindow("My website"); };
+        const auto compare = [=, this] {
+            sites.adopt(first); // from the beginning
+            sites.compareContents(first);
+            return open();
+        };
+        const auto small = [=] {
+            auto window = open();
+            window->resize(760, 520);
+            return window;
+        };
+        const auto choose = [=, this](const auto& shown) {
+            sites.model().stopComparing(first);
+            return shown();
+        };
+        return {
+            {"main-first-check", {980, 640}, [=] { return choose(open); }},
+            {"main-first-check-small", {760, 520}, [=] { return choose(small); }},
+            {"main-comparing", {980, 640}, compare}};
+    }
+
 private:
     template <class Widget>
     [[nodiscard]] static std::unique_ptr<Widget> shown(std::unique_ptr<Widget> widget) {
@@ -474,6 +542,7 @@ void fillAlbum(Album album) {
     Screens screens;
     play(album, screens.all());
     play(album, screens.withMissingFiles());
+    play(album, screens.withChoice());
     album.onlyCheck();
     for (const double points : {10.0, 14.0}) {
         QFont font = QApplication::font();

@@ -255,6 +255,13 @@ public:
 
     void start() override { program.emplace(place, Texts{"--json", "watch", name}); }
 
+    // The first comparison: what is on the server before it may be replaced.
+    void compareFirst() {
+        start();
+        (void)program->waitForLines(1, "\"title\":\"Watching\"", {});
+        stop();
+    }
+
     void stop() override {
         const int status = program->stop();
         const bool hadBegun = !program->output().empty(); // before that, a signal just ends it
@@ -396,6 +403,7 @@ public:
         place.saveProfile(profile);
         place.savePassword(server.password());
         executable = std::make_unique<Executable>(place, server);
+        executable->compareFirst();
         model = std::make_unique<Model>(place, profile.id, server.password());
     }
 

@@ -37,6 +37,8 @@ void eachField(Maybe<ControlRequest> auto& request, const auto& visit) {
     visit("revision", request.revision);
     visit("downloadAll", request.downloadAll);
     visit("download", request.download);
+    visit("adoption", request.adoption);
+    visit("comparesContents", request.comparesContents);
 }
 
 void eachField(Maybe<TransferProgress::File> auto& file, const auto& visit) {
@@ -117,6 +119,16 @@ void eachField(Maybe<ProfileStatus> auto& status, const auto& visit) {
     visit("waiting", status.waiting);
 }
 
+void eachField(Maybe<answer::Choice> auto& choice, const auto& visit) {
+    visit("files", choice.files);
+    visit("alike", choice.alike);
+    visit("otherSizes", choice.otherSizes);
+    visit("same", choice.same);
+    visit("different", choice.different);
+    visit("bytesToCompare", choice.bytesToCompare);
+    visit("comparing", choice.comparing);
+}
+
 void eachField(Maybe<answer::Status> auto& sent, const auto& visit) {
     visit("profile", sent.profile);
     visit("name", sent.name);
@@ -124,6 +136,7 @@ void eachField(Maybe<answer::Status> auto& sent, const auto& visit) {
     visit("running", sent.running);
     visit("newerOnServer", sent.newerOnServer);
     visit("missingOnServer", sent.missingOnServer);
+    visit("choice", sent.choice);
     visit("status", sent.status);
 }
 
@@ -186,14 +199,17 @@ inline constexpr std::array<const char*, 0> words{};
 template <>
 constexpr std::array words<ControlRequest::Kind>{"show",    "status",       "follow", "pause",       "resume",
                                                  "review",  "decide",       "retry",  "forgetFiles", "sendMissing",
-                                                 "sendAll", "leaveMissing", "push"};
+                                                 "sendAll", "leaveMissing", "push",   "adopt"};
 template <>
-constexpr std::array words<answer::Failed::Reason>{"notUnderstood", "noWindow", "noProfile",   "refused", "paused",
-                                                   "needsDownload", "server",   "otherReview", "notSaved"};
+constexpr std::array words<Adoption>{"alike", "nothing"};
 template <>
 constexpr std::array words<Failure::Kind>{"other", "transfer", "filesMissing"};
 template <>
-constexpr std::array words<TransferProgress::Work>{"uploading", "downloading", "comparing"};
+constexpr std::array words<answer::Failed::Reason>{"notUnderstood", "noWindow",      "noProfile", "refused",
+                                                   "paused",        "needsDownload", "server",    "otherReview",
+                                                   "choiceWaits",   "notSaved"};
+template <>
+constexpr std::array words<TransferProgress::Work>{"uploading", "downloading", "comparing", "comparingContents"};
 constexpr std::array answerWords{"status", "activity", "changed", "review", "outcome", "failed", "done"};
 static_assert(answerWords.size() == std::variant_size_v<ControlAnswer>);
 
@@ -362,6 +378,17 @@ ControlAnswer emptyAnswer(std::size_t chosen, std::index_sequence<index...>) {
 }
 
 } // namespace
+
+answer::Choice choiceOf(const FirstComparison& found, bool comparing) {
+    return {
+        .files = static_cast<std::int64_t>(found.localFiles),
+        .alike = static_cast<std::int64_t>(found.alikeFiles()),
+        .otherSizes = static_cast<std::int64_t>(found.otherSizes),
+        .same = static_cast<std::int64_t>(found.same.size()),
+        .different = static_cast<std::int64_t>(found.different.files.size()),
+        .bytesToCompare = static_cast<std::int64_t>(found.bytesToCompare()),
+        .comparing = comparing};
+}
 
 std::string encode(const ControlRequest& request) {
     rapidjson::StringBuffer buffer;

@@ -9,9 +9,11 @@
 
 #include "app/profile_status.h"
 #include "platform/uuid.h"
+#include "transport/compare/first_comparison.h"
 #include "transport/compare/remote_change.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -39,7 +41,11 @@ struct ControlRequest {
         leaveMissing,
         // Of one profile, whose server is checked first: Status and Activity as they come, until the server has all
         // that has changed; or Review, which is to be decided first.
-        push
+        push,
+
+        // Of one profile whose first check waits for a choice: `adoption` is carried out, once the contents were
+        // compared if `comparesContents` is set: Status as before the choice, or nothing if there is no choice.
+        adopt
     };
 
     Kind kind = Kind::status;
@@ -47,9 +53,24 @@ struct ControlRequest {
     std::string revision = {}; // that of the Review which is decided on, as it came
     bool downloadAll = false;
     std::vector<std::string> download = {}; // paths
+    Adoption adoption = Adoption::alike;
+    bool comparesContents = false;
 };
 
 namespace answer {
+
+// What a first check found of a site that is already on the server; see FirstComparison.
+struct Choice {
+    std::int64_t files = 0; // in the local folder
+    std::int64_t alike = 0;
+    std::int64_t otherSizes = 0;
+    std::int64_t same = 0;      // contents compared
+    std::int64_t different = 0; // contents compared
+    std::int64_t bytesToCompare = 0;
+    bool comparing = false; // now
+
+    [[nodiscard]] std::int64_t others() const { return files - alike; }
+};
 
 struct Status {
     Uuid profile;
@@ -58,6 +79,7 @@ struct Status {
     bool running = false;
     std::int64_t newerOnServer = 0;   // files that wait for a decision
     std::int64_t missingOnServer = 0; // published files that the server check did not find there
+    std::optional<Choice> choice;     // that waits
     ProfileStatus status;             // without its activity
 };
 
@@ -94,6 +116,7 @@ struct Failed {
         needsDownload, // its initial download is not complete
         server,        // `text` is what the conversation with the server ended with
         otherReview,   // the review that was decided on no longer waits; nothing was changed
+        choiceWaits,   // the first check waits for a choice, which comes first
         notSaved       // it is done, but could not be saved
     };
 
@@ -109,6 +132,8 @@ struct Done {
 };
 
 } // namespace answer
+
+[[nodiscard]] answer::Choice choiceOf(const FirstComparison& found, bool comparing);
 
 using ControlAnswer = std::variant<
     answer::Status, answer::Activity, answer::Changed, answer::Review, answer::Outcome, answer::Failed, answer::Done>;

@@ -88,6 +88,8 @@ void ControlService::carryOut(Client client, const ControlRequest& request) {
         return leaveMissing(client, request);
     case ControlRequest::Kind::push:
         return push(client, request);
+    case ControlRequest::Kind::adopt:
+        return adopt(client, request);
     }
 }
 
@@ -96,8 +98,8 @@ void ControlService::requireProfiles(const ControlRequest& request) const {
     for (const auto& id : request.profiles) {
         if (model.profile(id) == nullptr) refuse(answer::Failed::Reason::noProfile, id.text());
     }
-    constexpr std::array kindsOfOne{Kind::review,  Kind::decide,       Kind::sendMissing,
-                                    Kind::sendAll, Kind::leaveMissing, Kind::push};
+    constexpr std::array kindsOfOne{Kind::review,       Kind::decide, Kind::sendMissing, Kind::sendAll,
+                                    Kind::leaveMissing, Kind::push,   Kind::adopt};
     const bool ofOne = std::ranges::find(kindsOfOne, request.kind) != kindsOfOne.end();
     if (ofOne && request.profiles.size() != 1) refuse(answer::Failed::Reason::noProfile);
 }
@@ -227,6 +229,31 @@ void ControlService::push(Client client, const ControlRequest& request) {
     answerSoon();
 }
 
+void ControlService::adopt(Client client, const ControlRequest& request) {
+    const Uuid& id = request.profiles.front();
+    if (!model.running(id)) refuse(answer::Failed::Reason::paused);
+    if (model.profile(id)->needsDownload) refuse(answer::Failed::Reason::needsDownload);
+    if (hasFailedCheck(model, id)) model.retryCheck(id);
+    waitings.insert_or_assign(client, Waiting{.profile = id, .decided = {}, .selected = {}, .adopts = request});
+    answerSoon();
+}
+
+// False while the contents are compared.
+bool ControlService::adoptIfFound(Client client, const Profile& profile, const ControlRequest& request) {
+    const Uuid& id = profile.id;
+    if (request.comparesContents && !model.firstComparison(id)->isCompared()) {
+        model.compareContents(id);
+        if (model.comparingContents(id)) return false;
+    }
+    const auto before = statusOf(profile);
+    if (model.adopt(id, request.adoption) != Decision::accepted) {
+        refuse(answer::Failed::Reason::refused, model.alert().value_or(""));
+    }
+    send(client, before);
+    end(client);
+    return true;
+}
+
 void ControlService::forget(Client client) {
     followers.erase(client);
     waitings.erase(client);
@@ -241,7 +268,11 @@ answer::Status ControlService::statusOf(const Profile& profile) const {
         .running = model.running(profile.id),
         .newerOnServer = review == model.reviews().end() ? 0 : static_cast<std::int64_t>(review->second.changes.size()),
         .missingOnServer = static_cast<std::int64_t>(model.missingOnServer(profile.id).size()),
+        .choice = std::nullopt,
         .status = model.status(profile.id)};
+    if (const auto* found = model.firstComparison(profile.id)) {
+        shown.choice = choiceOf(*found, model.comparingContents(profile.id));
+    }
     shown.status.activity.clear();
     return shown;
 }
@@ -332,9 +363,13 @@ bool ControlService::answerIfSettled(Client client, const Waiting& waiting) {
     const Profile* profile = model.profile(id);
     if (profile == nullptr) refuse(answer::Failed::Reason::noProfile, id.text());
     const bool decided = !waiting.decided.empty();
+    if (model.firstComparison(id) != nullptr) {
+        if (waiting.adopts) return adoptIfFound(client, *profile, *waiting.adopts);
+        refuse(answer::Failed::Reason::choiceWaits, profile->name);
+    }
     const auto failure = model.checkFailures().find(id);
     const auto review = model.reviews().find(id);
-    if (!decided && review != model.reviews().end()) {
+    if (!decided && !waiting.adopts && review != model.reviews().end()) {
         const auto& changes = review->second.changes;
         send(client, answer::Review{.profile = id, .revision = review->second.reviewId.text(), .changes = changes});
         end(client);
@@ -360,7 +395,7 @@ bool ControlService::answerIfSettled(Client client, const Waiting& waiting) {
         leaveMissing(client, *profile);
     } else if (waiting.polls) {
         send(client, statusOf(*profile));
-    } else if (!decided) {
+    } else if (!decided && !waiting.adopts) {
         send(client, answer::Review{.profile = id, .revision = {}, .changes = {}});
     }
     end(client);

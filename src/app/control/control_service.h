@@ -47,6 +47,7 @@ private:
         PathSet selected;
         bool leavesMissing = false;    // once the check has found which files are missing
         std::optional<int> polls = {}; // a push: the scans that must find nothing to upload before it is complete
+        std::optional<ControlRequest> adopts = std::nullopt; // once the first check has found what there is
     };
 
     void receive(Client client, const std::string& line);
@@ -61,6 +62,7 @@ private:
     void sendAgain(Client client, const ControlRequest& request);
     void leaveMissing(Client client, const ControlRequest& request);
     void push(Client client, const ControlRequest& request);
+    void adopt(Client client, const ControlRequest& request);
     void forget(Client client);
 
     void statusChanged(const Uuid& id) override;
@@ -77,6 +79,7 @@ private:
     [[nodiscard]] bool isSettled(const Waiting& waiting) const;
     [[nodiscard]] bool answerIfSettled(Client client, const Waiting& waiting);
     void leaveMissing(Client client, const Profile& profile);
+    [[nodiscard]] bool adoptIfFound(Client client, const Profile& profile, const ControlRequest& request);
     void sendOutcomes(Client client, const Waiting& waiting);
     void send(Client client, const ControlAnswer& answer);
     void end(Client client, const ControlAnswer& last = answer::Done{});

@@ -9,6 +9,14 @@ const RemoteReview* Job::review() const {
     return waiting == nullptr ? nullptr : &waiting->review;
 }
 
+const ServerCheck* Job::firstCheck() const { return const_cast<Job*>(this)->choice(); }
+
+ServerCheck* Job::choice() {
+    if (auto* waiting = std::get_if<AwaitingChoice>(&current)) return &waiting->check;
+    if (auto* comparing = std::get_if<ComparingContents>(&current)) return &comparing->check;
+    return nullptr;
+}
+
 const std::string* Job::failure() const {
     if (const auto* failed = std::get_if<CheckFailed>(&current)) return &failed->message;
     if (const auto* failed = std::get_if<DownloadFailed>(&current)) return &failed->message;
@@ -22,7 +30,7 @@ bool Job::takePassword(std::string password) {
 }
 
 bool Job::check(const StartTask& start) {
-    if (!isOneOf<ReadingPassword, DownloadingReview>()) return false;
+    if (!isOneOf<ReadingPassword, AwaitingChoice, DownloadingReview>()) return false;
     current = Checking{start()};
     return true;
 }
@@ -30,6 +38,39 @@ bool Job::check(const StartTask& start) {
 bool Job::failCheck(std::string message) {
     if (!isOneOf<Checking, CheckFailed>()) return false;
     current = CheckFailed{.task = *task(), .message = std::move(message)};
+    return true;
+}
+
+bool Job::awaitChoice(ServerCheck check) {
+    if (!isOneOf<Checking, CheckFailed>() || !check.first) return false;
+    current = AwaitingChoice{std::move(check)};
+    return true;
+}
+
+bool Job::compareContents(const StartTask& start, std::shared_ptr<TransferControl> control) {
+    auto* waiting = std::get_if<AwaitingChoice>(&current);
+    if (waiting == nullptr) return false;
+    auto task = start();
+    current =
+        ComparingContents{.task = std::move(task), .check = std::move(waiting->check), .control = std::move(control)};
+    return true;
+}
+
+void Job::addCompared(const std::string& path, bool equal) {
+    if (auto* check = choice()) check->first->add(path, equal);
+}
+
+bool Job::comparesWith(const std::shared_ptr<TransferControl>& control) const {
+    const auto* comparing = std::get_if<ComparingContents>(&current);
+    return comparing != nullptr && comparing->control == control;
+}
+
+bool Job::endComparison() {
+    auto* comparing = std::get_if<ComparingContents>(&current);
+    if (comparing == nullptr) return false;
+    comparing->task.request_stop();
+    comparing->control->cancel();
+    current = AwaitingChoice{ServerCheck(std::move(comparing->check))};
     return true;
 }
 
@@ -46,7 +87,7 @@ bool Job::download(const StartTask& start) {
 }
 
 bool Job::failDownload(std::string message) {
-    if (!is<DownloadingReview>()) return false;
+    if (!isOneOf<DownloadingReview, ComparingContents>()) return false;
     current = DownloadFailed{std::move(message)};
     return true;
 }
@@ -65,6 +106,7 @@ bool Job::watch(const StartTask& start) {
 
 void Job::end() {
     if (auto* running = task()) running->request_stop();
+    if (auto* comparing = std::get_if<ComparingContents>(&current)) comparing->control->cancel();
     assignment.control->cancel();
     current = Ended{};
 }

@@ -10,6 +10,7 @@
 #include "model/profile.h"
 #include "model/server_version.h"
 #include "sync/retry_wait.h"
+#include "transport/compare/server_check.h"
 #include "transport/server_traits.h"
 #include "transport/transfer_control.h"
 
@@ -48,13 +49,23 @@ public:
         std::stop_source task;
         std::string message;
     };
+    // The first check found files that the server has already.
+    struct AwaitingChoice {
+        ServerCheck check; // with `first`
+    };
+    // Their contents are compared before the choice. The control is its own: the job goes on if it is stopped.
+    struct ComparingContents {
+        std::stop_source task;
+        ServerCheck check;
+        std::shared_ptr<TransferControl> control;
+    };
     struct AwaitingDecision {
         RemoteReview review;
     };
     struct DownloadingReview {
         std::stop_source task;
     };
-    // The download after a review. Only the user can continue.
+    // The download after a review, or the comparison of contents. Only the user can continue.
     struct DownloadFailed {
         std::string message;
     };
@@ -67,8 +78,8 @@ public:
     struct Ended {};
 
     using State = std::variant<
-        ReadingPassword, Checking, CheckFailed, AwaitingDecision, DownloadingReview, DownloadFailed, InitialDownload,
-        Watching, Ended>;
+        ReadingPassword, Checking, CheckFailed, AwaitingChoice, ComparingContents, AwaitingDecision, DownloadingReview,
+        DownloadFailed, InitialDownload, Watching, Ended>;
 
     // Starts the task of the next state. If it throws, the state stays.
     using StartTask = std::function<std::stop_source()>;
@@ -89,6 +100,9 @@ public:
     // The review that waits for a decision; nullptr in any other state.
     [[nodiscard]] const RemoteReview* review() const;
 
+    // What the first check found, until the user has chosen; nullptr in any other state.
+    [[nodiscard]] const ServerCheck* firstCheck() const;
+
     // Why no upload starts; nullptr in any other state.
     [[nodiscard]] const std::string* failure() const;
 
@@ -98,7 +112,7 @@ public:
     // Keeps the password for the tasks.
     [[nodiscard]] bool takePassword(std::string password);
 
-    // Compares with the server: first, and again after a review's download that left files out.
+    // Compares with the server: first, and again after a choice or a review's download that left files out.
     [[nodiscard]] bool check(const StartTask& start);
 
     // Keeps what the check saw, for the worker.
@@ -112,6 +126,21 @@ public:
 
     // The check failed; its task goes on.
     [[nodiscard]] bool failCheck(std::string message);
+
+    // The first check found files that the server has already.
+    [[nodiscard]] bool awaitChoice(ServerCheck check);
+
+    // Compares contents before the choice. Its transfers use `control`.
+    [[nodiscard]] bool compareContents(const StartTask& start, std::shared_ptr<TransferControl> control);
+
+    // Adds a result to what the user chooses from. Ignored without such a choice.
+    void addCompared(const std::string& path, bool equal);
+
+    // Whether the comparison with this control runs.
+    [[nodiscard]] bool comparesWith(const std::shared_ptr<TransferControl>& control) const;
+
+    // Ends that comparison: the choice waits again. Returns without waiting.
+    [[nodiscard]] bool endComparison();
 
     // The check found files that are newer on the server.
     [[nodiscard]] bool awaitDecision(RemoteReview review);
@@ -135,6 +164,7 @@ private:
         return (is<From>() || ...);
     }
     [[nodiscard]] std::stop_source* task();
+    [[nodiscard]] ServerCheck* choice();
 
     Assignment assignment;
     State current;

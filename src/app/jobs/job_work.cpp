@@ -22,7 +22,9 @@ JobWork serverWork() {
             [](const SyncWorker& worker, const std::stop_token& stop) {
                 clearLeftovers(worker.profile, *worker.control);
                 worker.run(stop);
-            }};
+            },
+        .compareContents = [](const FTPTransport& server, const auto& files,
+                              const auto& compared) { server.filesWithEqualContents(files, compared); }};
 }
 
 JobWork onePass() {

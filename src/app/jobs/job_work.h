@@ -23,6 +23,12 @@ struct JobWork {
     // Clears away what a killed run left in the local folder, and keeps the server up to date until it is stopped.
     // Throws nothing.
     std::function<void(const SyncWorker& worker, const std::stop_token& stop)> watch;
+
+    // Compares the contents of these files with those on the server. Throws as `check` does.
+    std::function<void(
+        const FTPTransport& server, const std::vector<FTPTransport::FileToCompare>& files,
+        const FTPTransport::Compared& compared)>
+        compareContents = {};
 };
 
 // The server of a job's profile. The meter must outlive it.

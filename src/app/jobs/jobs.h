@@ -79,6 +79,15 @@ public:
     [[nodiscard]] Decision decide(const Uuid& id, const PathSet& downloads);
     void publishReview(const Uuid& id);
 
+    // What the first check found, until the user has chosen what counts as published; nullptr if there is no choice.
+    [[nodiscard]] const FirstComparison* choice(const Uuid& id) const;
+    [[nodiscard]] bool comparingContents(const Uuid& id) const;
+    // Compares the contents of the files of equal size, as far as that was not done. Without a choice nothing happens.
+    void compareContents(const Uuid& id);
+    void stopComparing(const Uuid& id);
+    // Records the choice and checks the server again. Stops a comparison.
+    [[nodiscard]] Decision adopt(const Uuid& id, Adoption what);
+
     // Forgets what was learnt of the profile's server.
     void forgetServer(const Uuid& id) { serverTraits.erase(id); }
     // The profile is removed.
@@ -127,6 +136,14 @@ private:
     void findToSend(const ServerCheck& check, const Uuid& id);
     [[nodiscard]] bool sendsEverything(const Uuid& id);
     void endResend(const Uuid& id);
+
+    // Choice.
+    void askForChoice(const ServerCheck& check, const Uuid& id);
+    void showChoice(const Uuid& id);
+    void addCompared(const Uuid& id, const std::string& path, bool equal);
+    void finishComparing(const Uuid& id);
+    void failComparing(const std::string& message, const Uuid& id);
+    void recordChoice(const Uuid& id, const ServerCheck& check, Adoption what);
 
     // Review.
     void askForDecision(const Uuid& id);

@@ -1,6 +1,7 @@
 // The server check before watching starts.
 #include "app/jobs/jobs.h"
 #include "app/records.h"
+#include "model/comparison_record.h"
 #include "model/error.h"
 #include "platform/text.h"
 #include "sync/progress_meter.h"
@@ -30,6 +31,9 @@ ServerRecord Jobs::recordFor(const Uuid& id) {
     record.unanswered = unsettled.unanswered;
     record.disputed = unsettled.disputed;
     record.compareAll = sendsEverything(id);
+    record.newerAtFirst = unsettled.newerAtFirst;
+    const auto& folder = parts.records.folder();
+    if (record.isFirst() && folder) record.compared = ComparisonRecord(*folder, id).read();
     return record;
 }
 
@@ -67,6 +71,10 @@ void Jobs::startCheck(const Uuid& id, const Earlier& earlier) {
 }
 
 void Jobs::finishCheck(const ServerCheck& check, const Uuid& id, const Earlier& earlier) {
+    if (check.first) {
+        askForChoice(check, id);
+        return;
+    }
     const auto& changes = check.changes;
     recordRecognised(check.recognised, id);
     jobs.at(id).keepSeen(check.seen);

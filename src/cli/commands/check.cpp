@@ -4,6 +4,7 @@
 #include "cli/session/running_program.h"
 #include "cli/session/server_call.h"
 #include "cli/session/session.h"
+#include "cli/text/choice_text.h"
 #include "cli/text/presentation.h"
 #include "cli/text/review_text.h"
 
@@ -47,18 +48,19 @@ ExitCode checkServer(const CommandContext& context, const CheckRequest& request)
             StateFolder(context.options).recordOf(state, profile.id), [](const std::string&) {});
     });
     retryInProgram(profile, context);
+    if (found.first) printChoice(choiceOf(*found.first, false), profile, state.profiles, context);
     const std::string unambiguous = unambiguousName(state.profiles, profile);
     if (context.output.json()) {
         JsonLine object("review");
         addReviewFields(object, profile, found.changes, systemClock(), found.seen);
         context.output.line(object);
-    } else {
+    } else if (!found.first || !found.changes.empty()) {
         printCheck(found, reviewCommand(context.options, unambiguous), context.output);
     }
     printMissing(profile, found.missing, context.output);
     if (!found.missing.empty())
         context.output.note(sendMissingHint(context.options, found.missing.size(), unambiguous));
-    if (!found.changes.empty()) return ExitCode::reviewWaiting;
+    if (found.first || !found.changes.empty()) return ExitCode::reviewWaiting;
     return found.missing.empty() ? ExitCode::done : ExitCode::failed;
 }
 
@@ -69,7 +71,8 @@ void addCheck(Syntax& parent) {
         parent.command("check", "List the files that are newer or missing on the server; changes nothing", checkServer);
     command.profileArgument(request.name);
     command.footer("Another program may be running meanwhile. Ends with 3 if files are newer on the server or differ\n"
-                   "there in size: review decides about them. Ends with 1 if uploaded files are missing there and\n"
+                   "there in size: review decides about them; and before the first upload if the site is there\n"
+                   "already: see adopt. Ends with 1 if uploaded files are missing there and\n"
                    "none is newer: push --missing sends them again. Otherwise ends with 0.");
 }
 

@@ -9,6 +9,7 @@
 #include "cli/session/running_program.h"
 #include "cli/session/server_call.h"
 #include "cli/session/session.h"
+#include "cli/text/choice_text.h"
 #include "cli/text/presentation.h"
 #include "cli/text/review_text.h"
 #include "model/error.h"
@@ -72,6 +73,14 @@ private:
     bool downloading;
 };
 
+// Nothing that is on the server already is sent again without a choice.
+[[noreturn]] void refuseBeforeChoice(
+    const FirstComparison& found, const Profile& profile, const std::vector<Profile>& profiles,
+    const CommandContext& context) {
+    printChoice(choiceOf(found, false), profile, profiles, context);
+    throw choiceWaits(profile, profiles, context, "Nothing was uploaded.");
+}
+
 // A push by this program.
 class Push {
 public:
@@ -86,6 +95,9 @@ public:
         if (model.checkFailures().contains(profile.id)) {
             throw serverFailure(
                 profile, comparisonAim(profile), model.checkFailure(profile.id), "Nothing was uploaded.");
+        }
+        if (const auto* found = model.firstComparison(profile.id)) {
+            refuseBeforeChoice(*found, profile, model.profiles(), context);
         }
         const auto review = model.reviews().find(profile.id);
         if (review != model.reviews().end()) {
@@ -111,7 +123,8 @@ private:
         if (request.resends()) model.planResend(id, request.all ? Resend::everything : Resend::missing);
         model.start(id);
         return session.runUntil([this, &id] {
-            return model.reviews().contains(id) || model.checkFailures().contains(id) || !model.running(id);
+            return model.firstComparison(id) != nullptr || model.reviews().contains(id)
+                   || model.checkFailures().contains(id) || !model.running(id);
         });
     }
 
@@ -262,6 +275,7 @@ ExitCode previewPush(const CommandContext& context, const PushRequest& request) 
     callServer(profile, context, comparisonAim(profile), [&](const FTPTransport& server) {
         found = server.newerRemoteFiles(recorded, [](const std::string&) {});
     });
+    if (found.first) refuseBeforeChoice(*found.first, profile, state.profiles, context);
     if (!found.changes.empty())
         refuseBecauseOf(found.changes, profile, state.profiles, context, {.comparedAll = request.all});
     const PathSet& sentAgain = request.missing ? found.missing : found.toSend;

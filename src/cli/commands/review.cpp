@@ -6,6 +6,7 @@
 #include "cli/session/running_program.h"
 #include "cli/session/server_call.h"
 #include "cli/session/session.h"
+#include "cli/text/choice_text.h"
 #include "cli/text/presentation.h"
 #include "cli/text/review_text.h"
 #include "model/error.h"
@@ -92,6 +93,10 @@ protected:
         return serverFailure(profile, comparisonAim(profile), failure, "Nothing was changed.");
     }
 
+    [[nodiscard]] CommandError choiceComesFirst() const {
+        return choiceWaits(profile, profiles, context, "Nothing was decided.");
+    }
+
     [[nodiscard]] CommandError checkRefused(const std::string& reason) const {
         return {
             ExitCode::failed,
@@ -148,8 +153,10 @@ public:
         const auto interruptible = session.interruptible();
         model.start(id);
         runUntil([this, &id] {
-            return model.reviews().contains(id) || model.checkFailures().contains(id) || !model.running(id);
+            return model.firstComparison(id) != nullptr || model.reviews().contains(id)
+                   || model.checkFailures().contains(id) || !model.running(id);
         });
+        if (model.firstComparison(id) != nullptr) throw choiceComesFirst();
         if (model.checkFailures().contains(id)) throw checkFailure(model.checkFailure(id));
         if (const auto found = model.reviews().find(id); found != model.reviews().end()) return found->second.changes;
         if (model.status(id).failed()) throw checkRefused(model.status(id).detail);
@@ -216,6 +223,7 @@ public:
             });
         if (!failed) return changes;
         if (failed->reason == Reason::server) throw checkFailure(failed->reported());
+        if (failed->reason == Reason::choiceWaits) throw choiceComesFirst();
         if (failed->reason == Reason::refused) throw checkRefused(failed->text);
         if (failed->reason == Reason::needsDownload) throw downloadPending(profile);
         throw CommandError(

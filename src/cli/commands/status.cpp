@@ -3,6 +3,7 @@
 #include "cli/session/profile_choice.h"
 #include "cli/session/running_program.h"
 #include "cli/session/session.h"
+#include "cli/text/choice_text.h"
 #include "cli/text/presentation.h"
 #include "cli/text/status_text.h"
 
@@ -44,6 +45,8 @@ private:
             object.flag("enabled", answer.enabled).flag("running", answer.running);
             object.number("newerOnServer", static_cast<std::uint64_t>(answer.newerOnServer));
             object.number("missingOnServer", static_cast<std::uint64_t>(answer.missingOnServer));
+            if (answer.choice)
+                object.object("choice", [&](JsonLine& choice) { addChoiceFields(choice, *answer.choice); });
             addStatusFields(object, answer.status);
             output.line(object);
         } else if (isFirst) {

@@ -7,6 +7,7 @@
 #include "cli/session/profile_choice.h"
 #include "cli/session/progress_report.h"
 #include "cli/session/session.h"
+#include "cli/text/choice_text.h"
 #include "cli/text/presentation.h"
 #include "cli/text/review_text.h"
 #include "cli/text/status_text.h"
@@ -38,6 +39,7 @@ private:
     void print(const Profile& profile, const std::string& text);
     void printMissing(const Profile& profile, bool missing);
     void printMissingOnServer(const Uuid& id);
+    void printWaitingChoice(const Uuid& id);
     void printReview(const Profile& profile, const std::vector<RemoteChange>& changes);
     [[nodiscard]] JsonLine& begin(JsonLine& object, const Profile& profile) const;
 
@@ -50,6 +52,7 @@ private:
     std::set<Uuid> reviewsPrinted;
     std::set<Uuid> missingPrinted;
     std::set<Uuid> missingOnServerPrinted;
+    std::set<Uuid> choicesPrinted;
 };
 
 void WatchReport::print(const Profile& profile, const std::string& text) {
@@ -105,6 +108,7 @@ void WatchReport::activityLogged(const Uuid& id, const Activity& activity) {
 
 void WatchReport::reviewChanged(const Uuid& id) {
     printMissingOnServer(id);
+    printWaitingChoice(id);
     const auto review = model.reviews().find(id);
     if (review == model.reviews().end()) {
         reviewsPrinted.erase(id);
@@ -141,6 +145,17 @@ void WatchReport::printMissingOnServer(const Uuid& id) {
     } else if (profile != nullptr && missingOnServerPrinted.insert(id).second && !context.output.json()) {
         const std::string name = unambiguousName(model.profiles(), *profile);
         context.output.line("  " + sendMissingHint(context.options, files, name));
+    }
+}
+
+// Prints once how to choose.
+void WatchReport::printWaitingChoice(const Uuid& id) {
+    const auto* found = model.firstComparison(id);
+    const Profile* profile = model.profile(id);
+    if (found == nullptr) {
+        choicesPrinted.erase(id);
+    } else if (profile != nullptr && choicesPrinted.insert(id).second) {
+        printChoice(choiceOf(*found, model.comparingContents(id)), *profile, model.profiles(), context);
     }
 }
 

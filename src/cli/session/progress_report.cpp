@@ -24,6 +24,8 @@ const char* workWord(TransferProgress::Work work) {
         return "downloading";
     case TransferProgress::Work::comparing:
         return "comparing";
+    case TransferProgress::Work::comparingContents:
+        return "comparingContents";
     case TransferProgress::Work::uploading:
         break;
     }

@@ -5,6 +5,7 @@
 #include "cli/session/push_results.h"
 #include "cli/session/server_call.h"
 #include "cli/session/session.h"
+#include "cli/text/choice_text.h"
 #include "cli/text/presentation.h"
 #include "cli/text/review_text.h"
 
@@ -71,6 +72,9 @@ void PushInProgram::ask(ControlRequest::Kind kind, const RunningProgram::Take& t
     }
     if (failed && failed->reason == Reason::paused) throw PausedInProgram(profile);
     if (failed && failed->reason == Reason::needsDownload) throw downloadPending(profile);
+    if (failed && failed->reason == Reason::choiceWaits) {
+        throw choiceWaits(profile, profiles, context, "Nothing was uploaded.");
+    }
     if (failed) throw pushFailure(profile, failed->reported());
     if (!changes.empty()) refuseBecauseOf(changes, profile, profiles, context, {.sentSome = !sent.empty()});
 }

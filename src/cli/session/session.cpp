@@ -1,6 +1,7 @@
 #include "cli/session/session.h"
 
 #include "app/records.h"
+#include "model/comparison_record.h"
 #include "model/error.h"
 #include "model/publish_journal.h"
 
@@ -75,7 +76,10 @@ std::vector<Profile> StateFolder::loadProfiles() const { return loadBy(&StateSto
 
 ServerRecord StateFolder::recordOf(const SavedState& state, const Uuid& profile) const {
     ServerRecord record = zembrastel::recordOf(state, profile);
-    if (const auto store = StateStore::find(named)) record.announced = PublishJournal(store->folder(), profile).read();
+    if (const auto store = StateStore::find(named)) {
+        record.announced = PublishJournal(store->folder(), profile).read();
+        if (record.isFirst()) record.compared = ComparisonRecord(store->folder(), profile).read();
+    }
     return record;
 }
 

@@ -31,6 +31,16 @@ public:
     JsonLine& number(std::string_view key, std::uint64_t value);
     JsonLine& flag(std::string_view key, bool value);
 
+    // An object: `write(*this)` adds its members.
+    template <class Write>
+    JsonLine& object(std::string_view key, const Write& write) {
+        name(key);
+        writer.StartObject();
+        write(*this);
+        writer.EndObject();
+        return *this;
+    }
+
     // A list of objects: `write(*this, element)` adds the members of each.
     template <class Range, class Write>
     JsonLine& list(std::string_view key, const Range& elements, const Write& write) {

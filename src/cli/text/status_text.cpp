@@ -3,6 +3,7 @@
 #include "app/diagnosis/failure_catalogue.h"
 #include "app/progress_text.h"
 #include "cli/terminal/output.h"
+#include "cli/text/choice_text.h"
 #include "cli/text/presentation.h"
 #include "cli/text/review_text.h"
 
@@ -22,7 +23,7 @@ std::uint64_t countOf(std::int64_t number) { return static_cast<std::uint64_t>(n
 
 Tone toneOf(const answer::Status& answer) {
     if (answer.status.failed()) return Tone::bad;
-    return answer.running && answer.newerOnServer == 0 ? Tone::good : Tone::attention;
+    return answer.running && answer.newerOnServer == 0 && !answer.choice ? Tone::good : Tone::attention;
 }
 
 } // namespace
@@ -45,6 +46,7 @@ std::vector<std::string> statusLines(const answer::Status& answer) {
     if (answer.newerOnServer > 0) {
         lines.push_back(detailLine("review", counted(countOf(answer.newerOnServer), "file") + " newer on the server"));
     }
+    if (answer.choice) lines.push_back(detailLine("choose", choiceSummary(*answer.choice) + " See adopt."));
     if (answer.missingOnServer > 0) {
         lines.push_back(detailLine("missing", missingText(countOf(answer.missingOnServer)) + ": push --missing"));
     }

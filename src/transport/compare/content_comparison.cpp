@@ -5,20 +5,62 @@
 #include "transport/curl/dialogue.h"
 #include "transport/ftp_transport.h"
 #include "transport/local_place.h"
+#include "transport/transfer_observer.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <span>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <utility>
 
 namespace zembrastel {
 namespace {
 
+// In one conversation. Results are kept when it has ended, and the fetched files need room until then.
 constexpr std::size_t maxAtOnce = 64;
+constexpr std::int64_t maxBytesAtOnce = std::int64_t{32} << 20;
 
 using FileToCompare = FTPTransport::FileToCompare;
 
 std::string nameOf(std::size_t number) { return "fetched" + std::to_string(number); }
+
+// At least one file.
+std::span<const FileToCompare> firstFiles(std::span<const FileToCompare> files) {
+    std::size_t count = 0;
+    std::int64_t bytes = 0;
+    while (count < std::min(files.size(), maxAtOnce)) {
+        bytes += files[count].fingerprint.size;
+        if (count > 0 && bytes > maxBytesAtOnce) break;
+        ++count;
+    }
+    return files.first(count);
+}
+
+std::size_t readPiece(int file, std::uint64_t from, std::span<char> to, const std::filesystem::path& name) {
+    std::size_t length = 0;
+    while (length < to.size()) {
+        const auto size = ::pread(file, to.data() + length, to.size() - length, static_cast<off_t>(from + length));
+        if (size < 0 && errno == EINTR) continue;
+        if (size < 0) throwFileError("read", name);
+        if (size == 0) break;
+        length += static_cast<std::size_t>(size);
+    }
+    return length;
+}
+
+// Piece by piece: the files may be larger than the memory.
+bool haveSameBytes(int a, const std::filesystem::path& nameOfA, int b, const std::filesystem::path& nameOfB) {
+    constexpr std::size_t piece = std::size_t{256} << 10;
+    std::vector<char> ofA(piece);
+    std::vector<char> ofB(piece);
+    for (std::uint64_t from = 0;; from += piece) {
+        const auto length = readPiece(a, from, ofA, nameOfA);
+        if (readPiece(b, from, ofB, nameOfB) != length) return false;
+        if (!std::equal(ofA.begin(), ofA.begin() + static_cast<std::ptrdiff_t>(length), ofB.begin())) return false;
+        if (length < piece) return true;
+    }
+}
 
 // The first files, as many as one conversation may fetch.
 class Batch {
@@ -28,8 +70,8 @@ public:
         if (dialogue.login == ServerTraits::Login::oneTransfer) files = files.first(1);
     }
 
-    // Compares the first of the files and returns how many; adds the paths of the equal ones to `equal`.
-    std::size_t run(std::set<std::string, std::less<>>& equal, Persistence& persistence) {
+    // Compares the first of the files and returns how many.
+    std::size_t run(const FTPTransport::Compared& result, Persistence& persistence) {
         std::vector<int> given;
         std::uint64_t longest = 1;
         for (std::size_t number = 0; number < files.size(); ++number) {
@@ -38,24 +80,39 @@ public:
             longest = std::max(longest, static_cast<std::uint64_t>(files[number].fingerprint.size));
             dialogue.add(
                 {.path = files[number].path, .options = {{"output", ChildProcess::filePathOf(number)}}},
-                [this, &equal, number](const BlockOutcome& outcome) {
-                    if (outcome.succeeded() && isEqual(number)) equal.insert(files[number].path);
+                [this, &result, number](const BlockOutcome& outcome) {
+                    showProgress(number);
+                    result(files[number], outcome.succeeded() && isEqual(number));
+                    (void)!::ftruncate(fetched[number].get(), 0); // its room is needed for the next files
                     ++compared;
+                },
+                [this, number] {
+                    if (transport.observer == nullptr) return;
+                    transport.observer->fileBegins(
+                        files[number].path, static_cast<std::uint64_t>(files[number].fingerprint.size));
                 });
         }
-        dialogue.hold(std::move(given), {}, longest);
+        std::function<void(const ChildProcess&)> look;
+        if (transport.observer != nullptr) look = [this](const ChildProcess&) { showProgress(compared); };
+        dialogue.hold(std::move(given), look, longest);
         if (dialogue.broken) persistence.brokeOff(dialogue, compared > 0);
         return compared;
     }
 
 private:
+    void showProgress(std::size_t number) const {
+        struct stat attributes {};
+        if (transport.observer == nullptr || number >= fetched.size()) return;
+        if (::fstat(fetched[number].get(), &attributes) != 0) return;
+        transport.observer->fileMoved(static_cast<std::uint64_t>(attributes.st_size));
+    }
+
     [[nodiscard]] bool isEqual(std::size_t number) const {
         const auto& [path, fingerprint] = files[number];
         const auto place = LocalPlace::resolve(transport.profile.localFolder, path);
         if (place.fingerprint() != fingerprint) return false;
         const Descriptor here = place.parent->openForReading(place.name);
-        return readContents(here.get(), place.url)
-                   == readContents(fetched[number].get(), folder.path() / nameOf(number))
+        return haveSameBytes(here.get(), place.url, fetched[number].get(), folder.path() / nameOf(number))
                && place.fingerprint() == fingerprint;
     }
 
@@ -69,13 +126,18 @@ private:
 
 } // namespace
 
-std::set<std::string, std::less<>> FTPTransport::filesWithEqualContents(const std::vector<FileToCompare>& files) const {
+std::set<std::string, std::less<>> FTPTransport::filesWithEqualContents(
+    const std::vector<FileToCompare>& files, const Compared& compared) const {
     std::set<std::string, std::less<>> equal;
     std::span<const FileToCompare> left(files);
     Persistence persistence(*traits);
+    const Compared result = [&](const FileToCompare& file, bool isEqual) {
+        if (isEqual) equal.insert(file.path);
+        if (compared) compared(file, isEqual);
+    };
     while (!left.empty()) {
         control->check();
-        left = left.subspan(Batch(*this, left.first(std::min(left.size(), maxAtOnce))).run(equal, persistence));
+        left = left.subspan(Batch(*this, firstFiles(left)).run(result, persistence));
     }
     return equal;
 }

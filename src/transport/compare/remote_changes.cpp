@@ -36,8 +36,9 @@ public:
         } else {
             for (const auto& [path, version] : found.seen) {
                 transport.control->check();
-                decide(path, version, shift);
+                if (!takeAlike(path, version)) decide(path, version, shift);
             }
+            if (found.first) completeFirst();
             const auto listed = found.seen.begin() == found.seen.end()
                                     ? std::nullopt
                                     : std::optional(std::string((*found.seen.begin()).path));
@@ -129,6 +130,37 @@ private:
         }
     }
 
+    // True for a file of equal size in the first comparison.
+    bool takeAlike(const std::string& path, const ServerVersion& version) {
+        const Fingerprint& here = local.at(path);
+        if (!recorded.isFirst() || version.size != static_cast<std::uint64_t>(here.size)) return false;
+        if (!found.first) found.first.emplace();
+        const auto isFor = [&](const AnnouncedFiles& compared) {
+            const auto* file = compared.files.find(path);
+            const auto* date = compared.dates.find(path);
+            return file != nullptr && *file == here && date != nullptr && *date == version.modified;
+        };
+        found.first->alike.files.set(path, here);
+        found.first->alike.dates.set(path, version.modified);
+        if (isFor(recorded.compared.same)) found.first->add(path, true);
+        if (isFor(recorded.compared.different)) found.first->add(path, false);
+        return true;
+    }
+
+    // The user must not choose before all files are known: also those that the listings hide.
+    void completeFirst() {
+        std::vector<std::string> unseen;
+        for (const auto& [path, fingerprint] : local) {
+            if (!found.seen.contains(path)) unseen.emplace_back(path);
+        }
+        for (const auto& [path, version] : findHidden(transport, unseen)) {
+            found.seen.set(path, version);
+            if (!takeAlike(path, version)) decide(path, version, {});
+        }
+        found.first->localFiles = local.size();
+        found.first->otherSizes = found.seen.size() - found.first->alikeFiles() - found.first->different.files.size();
+    }
+
     // Found minus recorded dates of the files with their recorded size.
     [[nodiscard]] std::vector<std::chrono::duration<double>> differences() const {
         std::vector<std::chrono::duration<double>> all;
@@ -170,7 +202,8 @@ private:
             {.path = path,
              .local = here,
              .remoteDate = version.modified,
-             .bothChanged = appeared || recorded.disputed.contains(path) || (isUnanswered && !isNewer)
+             .bothChanged = (appeared && !recorded.newerAtFirst.contains(path)) || recorded.disputed.contains(path)
+                            || (isUnanswered && !isNewer)
                             || (record.local != nullptr && isOtherVersion(here, *record.local))});
     }
 

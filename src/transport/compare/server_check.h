@@ -6,8 +6,10 @@
 #include "model/fingerprint.h"
 #include "model/publish_journal.h"
 #include "model/server_version.h"
+#include "transport/compare/first_comparison.h"
 #include "transport/compare/remote_change.h"
 
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -30,6 +32,14 @@ struct ServerRecord {
     std::set<std::string, std::less<>> disputed = {};
     // True if all files are sent again: no file counts as published before its contents were compared.
     bool compareAll = false;
+    // Files that the first comparison found newer on the server. No earlier version is known, so they do not count as
+    // edited on both sides.
+    std::set<std::string, std::less<>> newerAtFirst = {};
+    // Contents that were compared before the user chose; see ServerCheck::first.
+    ComparedContents compared = {};
+
+    // True if nothing is known of the files: the profile was never published.
+    [[nodiscard]] bool isFirst() const { return !wasCompared && !compareAll && baseline.empty() && knownDates.empty(); }
 };
 
 struct ServerCheck {
@@ -46,6 +56,9 @@ struct ServerCheck {
     // With compareAll: published files, locally unchanged since, that are sent again. The server lacks them, or it has
     // their recorded version and the contents are not known to be equal.
     std::set<std::string, std::less<>> toSend = {};
+    // In the first comparison, if the server has files with the same names and sizes as here: the user chooses what
+    // they count as before anything is recorded or uploaded. Such files are not among the changes.
+    std::optional<FirstComparison> first = std::nullopt;
 };
 
 } // namespace zembrastel

@@ -96,7 +96,9 @@ void StatusLine::setStatus(const ProfileStatus& status, bool running) {
     title->setText(toQString(status.title()));
     setTone(*title, status.failed() ? Tone::warn : Tone::normal);
     progress->setProgress(status.progress);
-    detail->setWrappedText(toQString(detailBesideBanner(status)));
+    // A comparison of contents shows its file, as an upload does.
+    const bool compares = status.phase == Phase::comparingContents && status.progress && status.progress->file;
+    detail->setWrappedText(toQString(compares ? status.progress->file->path : detailBesideBanner(status)));
 }
 
 DetailBanners::DetailBanners(QWidget* parent)

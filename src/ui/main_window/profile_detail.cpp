@@ -54,8 +54,9 @@ void copyDetails(ModelBridge& bridge, const Uuid& id, std::function<void()> copi
 
 ProfileDetail::ProfileDetail(ModelBridge& modelBridge, QWidget* parent)
     : QWidget(parent), bridge(modelBridge), header(new DetailHeader), scroll(new QScrollArea),
-      statusLine(new StatusLine), progress(new ProgressStrip(cardGap)), banners(new DetailBanners),
-      route(new RouteCard), counters(new CountersCard), copy(new PushButton(tr("Copy details"), ButtonKind::link)),
+      statusLine(new StatusLine), progress(new ProgressStrip(cardGap)), choice(new ChoiceBanner),
+      banners(new DetailBanners), route(new RouteCard), counters(new CountersCard),
+      copy(new PushButton(tr("Copy details"), ButtonKind::link)),
       backups(new PushButton(tr("Backups…"), ButtonKind::link)), activity(new ActivityList) {
     page = makePage();
     scroll->setWidget(page);
@@ -84,6 +85,7 @@ QWidget* ProfileDetail::makePage() {
     auto* const layout = new QVBoxLayout;
     layout->setSpacing(cardGap);
     all->addLayout(layout, 1);
+    layout->addWidget(choice); // without other banners
     layout->addWidget(banners);
     layout->addWidget(route);
     layout->addWidget(counters);
@@ -119,6 +121,9 @@ void ProfileDetail::connectModel() {
 
 void ProfileDetail::connectControls() {
     connect(&header->mainSwitch(), &QPushButton::clicked, this, &ProfileDetail::toggle);
+    connect(choice, &ChoiceBanner::adoptRequested, this, &ProfileDetail::adopt);
+    connect(choice, &ChoiceBanner::compareRequested, this, [this] { bridge.model().compareContents(id); });
+    connect(choice, &ChoiceBanner::stopRequested, this, [this] { bridge.model().stopComparing(id); });
     connect(banners, &DetailBanners::reviewRequested, this, [this] { Q_EMIT reviewRequested(id); });
     const FailureBanner* const failure = &banners->failure();
     connect(failure, &FailureBanner::retryRequested, this, &ProfileDetail::retry);
@@ -152,6 +157,7 @@ void ProfileDetail::connectControls() {
 
 QList<QWidget*> ProfileDetail::controls() const {
     QList<QWidget*> all{&header->mainSwitch()};
+    all += choice->buttons();
     all += banners->buttons();
     all += route->buttons();
     all += copy;
@@ -212,6 +218,7 @@ void ProfileDetail::refreshBanners() {
         shownFailure(status, failure == failures.end() ? nullptr : &failure->second, *profile), status.filesMissing(),
         bridge.model().watching(id) ? bridge.model().missingOnServer(id) : PathSet());
     banners->setRefused(status, *profile);
+    choice->setChoice(bridge.model().firstComparison(id), bridge.model().comparingContents(id));
     offerDetails();
 }
 
@@ -230,6 +237,10 @@ void ProfileDetail::retry() {
 
 void ProfileDetail::toggle() {
     saving([this] { bridge.model().toggle(id); });
+}
+
+void ProfileDetail::adopt(Adoption what) {
+    (void)bridge.model().adopt(id, what); // the model shows why it failed; a choice that is over has left the screen
 }
 
 void ProfileDetail::saving(const std::function<void()>& change) {

@@ -6,6 +6,7 @@
 
 #include "ui/bridge/model_bridge.h"
 #include "ui/main_window/activity_list.h"
+#include "ui/main_window/choice_banner.h"
 #include "ui/main_window/profile_cards.h"
 #include "ui/main_window/progress_widgets.h"
 #include "ui/main_window/route_card.h"
@@ -60,6 +61,7 @@ private:
     void offerDetails();
     void toggle();
     void retry();
+    void adopt(Adoption what);
     void saving(const std::function<void()>& change);
     void openFolder();
     void fitMargin();
@@ -72,6 +74,7 @@ private:
     QWidget* page;
     StatusLine* statusLine;
     ProgressStrip* progress;
+    ChoiceBanner* choice;
     DetailBanners* banners;
     RouteCard* route;
     CountersCard* counters;

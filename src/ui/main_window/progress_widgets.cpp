@@ -59,7 +59,10 @@ void ProgressStrip::setProgress(const std::optional<TransferProgress>& progress)
     if (!known) return;
     fraction = *known;
     setValue(static_cast<int>(fraction * maximum()));
-    setAccessibleName(tr("Transfer of %1").arg(toQString(progress->file->path)));
+    setAccessibleName(
+        progress->work == TransferProgress::Work::comparingContents
+            ? tr("Comparison of contents")
+            : tr("Transfer of %1").arg(toQString(progress->file->path)));
     setAccessibleDescription(toQString(progressText(*progress)));
     update();
 }
