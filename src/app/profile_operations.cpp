@@ -1,7 +1,7 @@
 // What the user does with profiles: create and edit, pause and resume, remove.
 #include "app/app_model.h"
-#include "model/comparison_record.h"
 #include "model/error.h"
+#include "model/records/comparison_record.h"
 
 #include <utility>
 

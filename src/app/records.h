@@ -5,7 +5,7 @@
 
 #include "app/remote_review.h"
 #include "app/state_saver.h"
-#include "model/publish_journal.h"
+#include "model/records/publish_journal.h"
 #include "model/saved_state.h"
 #include "transport/compare/server_check.h"
 

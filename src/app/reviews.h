@@ -7,7 +7,7 @@
 
 #include "app/model_observer.h"
 #include "app/remote_review.h"
-#include "model/resend_request.h"
+#include "model/records/resend_request.h"
 
 #include <map>
 #include <optional>

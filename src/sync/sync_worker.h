@@ -9,7 +9,7 @@
 #include "model/fingerprint.h"
 #include "model/private_items.h"
 #include "model/profile.h"
-#include "model/publish_journal.h"
+#include "model/records/publish_journal.h"
 #include "model/server_version.h"
 #include "platform/clock.h"
 #include "sync/retry_wait.h"

@@ -5,7 +5,7 @@
 #pragma once
 
 #include "model/fingerprint.h"
-#include "model/publish_journal.h"
+#include "model/records/publish_journal.h"
 #include "model/server_version.h"
 #include "sync/file_retries.h"
 #include "sync/progress_meter.h"

@@ -6,7 +6,7 @@
 
 #include "model/fingerprint.h"
 #include "model/profile.h"
-#include "model/temporary_journal.h"
+#include "model/records/temporary_journal.h"
 #include "transport/curl/transfer_error.h"
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "app/model_fixture.h"
 
-#include "model/comparison_record.h"
+#include "model/records/comparison_record.h"
 
 namespace zembrastel {
 namespace {

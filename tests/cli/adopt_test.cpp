@@ -1,7 +1,7 @@
 // A site that another program uploaded before the profile was made.
 #include "server_fixture.h"
 
-#include "model/comparison_record.h"
+#include "model/records/comparison_record.h"
 #include "support/wait_for.h"
 
 namespace zembrastel::testing {

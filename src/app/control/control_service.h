@@ -50,6 +50,13 @@ private:
         std::optional<ControlRequest> adopts = std::nullopt; // once the first check has found what there is
     };
 
+    // Ends a request.
+    struct Refusal {
+        answer::Failed answer;
+    };
+    [[noreturn]] static void refuse(
+        answer::Failed::Reason reason, std::string text = {}, std::optional<Failure> failure = std::nullopt);
+
     void receive(Client client, const std::string& line);
     void carryOut(Client client, const ControlRequest& request);
     void requireProfiles(const ControlRequest& request) const;

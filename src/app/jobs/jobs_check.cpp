@@ -1,8 +1,8 @@
 // The server check before watching starts.
 #include "app/jobs/jobs.h"
 #include "app/records.h"
-#include "model/comparison_record.h"
 #include "model/error.h"
+#include "model/records/comparison_record.h"
 #include "platform/text.h"
 #include "sync/progress_meter.h"
 #include "transport/ftp_transport.h"

@@ -1,7 +1,7 @@
 // The choice that a site on the server requires before its first upload, and the comparison of contents before it.
 #include "app/jobs/jobs.h"
-#include "model/comparison_record.h"
 #include "model/error.h"
+#include "model/records/comparison_record.h"
 #include "platform/text.h"
 #include "sync/progress_meter.h"
 #include "transport/ftp_transport.h"

@@ -1,9 +1,9 @@
 #include "cli/session/session.h"
 
 #include "app/records.h"
-#include "model/comparison_record.h"
 #include "model/error.h"
-#include "model/publish_journal.h"
+#include "model/records/comparison_record.h"
+#include "model/records/publish_journal.h"
 
 namespace zembrastel::cli {
 namespace {

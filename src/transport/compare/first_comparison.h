@@ -4,8 +4,8 @@
 // Values and pure functions; any thread.
 #pragma once
 
-#include "model/comparison_record.h"
 #include "model/fingerprint.h"
+#include "model/records/comparison_record.h"
 
 #include <cstdint>
 #include <set>

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "model/fingerprint.h"
-#include "model/publish_journal.h"
+#include "model/records/publish_journal.h"
 #include "model/server_version.h"
 #include "transport/compare/first_comparison.h"
 #include "transport/compare/remote_change.h"

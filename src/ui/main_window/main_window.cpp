@@ -30,11 +30,7 @@ MainWindow::MainWindow(ModelBridge& modelBridge, QWidget* parent)
     orderTabs();
     showSelected();
     resize(scaledToText(usualSize).boundedTo(room));
-    if (bridge.model().profiles().empty()) {
-        welcome->createButton().setFocus();
-    } else {
-        sidebar->list().setFocus();
-    }
+    focusFirst();
 }
 
 void MainWindow::setHooks(Hooks chosen) {
@@ -122,14 +118,25 @@ void MainWindow::openReview(const Uuid& id) {
 void MainWindow::showSelected() {
     const auto& selected = bridge.model().selection();
     const auto& profiles = bridge.model().profiles();
+    QWidget* const shown = pages->currentWidget();
     if (profiles.empty()) {
         pages->setCurrentWidget(welcome);
-        return;
+    } else {
+        // While a profile is being removed, the selection may still name it.
+        const bool valid = selected && bridge.model().profile(*selected) != nullptr;
+        detail->showProfile(valid ? *selected : profiles.front().id);
+        pages->setCurrentWidget(detail);
     }
-    // While a profile is being removed, the selection may still name it.
-    const bool valid = selected && bridge.model().profile(*selected) != nullptr;
-    detail->showProfile(valid ? *selected : profiles.front().id);
-    pages->setCurrentWidget(detail);
+    // What had the focus may be on the page that went.
+    if (pages->currentWidget() != shown) focusFirst();
+}
+
+void MainWindow::focusFirst() {
+    if (pages->currentWidget() == welcome) {
+        welcome->createButton().setFocus();
+    } else {
+        sidebar->list().setFocus();
+    }
 }
 
 void MainWindow::showWaiting() {

@@ -83,6 +83,7 @@ private:
     void connectParts();
     void orderTabs();
     void showSelected();
+    void focusFirst();
     void showWaiting();
     void showPresentedReview();
     [[nodiscard]] QWidget* inUse() const;

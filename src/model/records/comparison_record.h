@@ -5,7 +5,7 @@
 // again.
 #pragma once
 
-#include "model/publish_journal.h"
+#include "model/records/publish_journal.h"
 
 #include <filesystem>
 

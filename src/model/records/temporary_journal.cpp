@@ -1,4 +1,4 @@
-#include "model/temporary_journal.h"
+#include "model/records/temporary_journal.h"
 
 #include "platform/descriptor.h"
 #include "platform/files.h"

@@ -1,4 +1,4 @@
-#include "model/resend_request.h"
+#include "model/records/resend_request.h"
 
 #include "platform/files.h"
 

@@ -1,4 +1,4 @@
-#include "model/comparison_record.h"
+#include "model/records/comparison_record.h"
 
 #include "model/saved_state.h"
 #include "platform/files.h"

@@ -1,4 +1,4 @@
-#include "model/publish_journal.h"
+#include "model/records/publish_journal.h"
 
 #include "model/saved_state.h"
 #include "platform/files.h"
