@@ -171,6 +171,13 @@ std::string explainedText(const Failure& failure, const Profile& profile) {
 }
 
 Explanation explain(const Failure& failure, const Profile& profile) {
+    if (failure.kind == Failure::Kind::noNetwork) {
+        return {
+            .heading = {.pattern = "There is no network connection."},
+            .next = {.pattern = "Nothing is wrong with the profile. Zembrastel goes on when the network is back."},
+            .actions = withUsualActions(Action::retry),
+            .details = withoutGeneralAdvice(failure.message)};
+    }
     if (failure.kind != Failure::Kind::transfer) {
         return {
             .heading = {.pattern = "{0}", .arguments = {sentence(failure.message)}},

@@ -114,6 +114,7 @@ private:
 
     // Events of workers.
     void receive(const WorkerEvent& event, const Uuid& id);
+    [[nodiscard]] Failure withNetwork(Failure failure, const Uuid& id) const;
     void apply(const event::Status& event, const Uuid& id);
     void apply(const event::Activity& event, const Uuid& id);
     void apply(const event::FilesRefused& event, const Uuid& id);
