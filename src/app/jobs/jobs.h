@@ -143,7 +143,7 @@ private:
     void showChoice(const Uuid& id);
     void addCompared(const Uuid& id, const std::string& path, bool equal);
     void finishComparing(const Uuid& id);
-    void failComparing(const std::string& message, const Uuid& id);
+    void failComparing(const Failure& reported, const Uuid& id);
     void recordChoice(const Uuid& id, const ServerCheck& check, Adoption what);
 
     // Review.
