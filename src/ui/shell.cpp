@@ -183,7 +183,7 @@ void Shell::openEditor(const std::optional<Uuid>& id, bool onContents) {
     editor->setReviewCertificate(
         [editor](const Profile& draft, const InspectedCertificate& seen, std::function<void(const TrustedKey&)> trust) {
             auto* const sheet =
-                new CertificateSheet(draft, seen, std::chrono::system_clock::now(), std::move(trust), editor);
+                new CertificateSheet(draft, seen, {}, std::move(trust), editor);
             sheet->setAttribute(Qt::WA_DeleteOnClose);
             sheet->open();
         });

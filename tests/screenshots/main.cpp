@@ -495,7 +495,7 @@ private:
                  .selfSigned = true},
             .faults = {CertificateFault::otherName, CertificateFault::selfSigned}};
         return shown(std::make_unique<CertificateSheet>(
-            profile, seen, std::chrono::system_clock::now(), [](const auto&) {}, nullptr));
+            profile, seen, CertificateSheet::Times{}, [](const auto&) {}, nullptr));
     }
 
     // The folders are listed by a real server, which the picture does not show.

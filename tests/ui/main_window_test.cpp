@@ -329,6 +329,8 @@ TEST(DetailBanners, EachFailureOffersItsWayOut) {
     banners.setRefused(status, Profile());
     EXPECT_EQ(offered(), "") << "other files go on";
     EXPECT_TRUE(banners.refused().isVisibleTo(&banners));
+    status.phase = Phase::watching;
+    EXPECT_EQ(profileSummary(status, 3), "1 file cannot be uploaded");
     QStringList asked;
     QObject::connect(
         &banners.refused(), &RefusedFilesBanner::retryRequested, [&](const QString& path) { asked << path; });
