@@ -374,6 +374,13 @@ public:
         constexpr QSize mainSize(980, 640);
         return {
             {"main-watching", mainSize, [this] { return mainWindow("My website"); }},
+            {"main-watching-small",
+             {760, 520},
+             [this] {
+                 auto window = mainWindow("My website");
+                 window->resize(760, 520);
+                 return window;
+             }},
             {"main-uploading", mainSize, [this] { return mainWindow("Client portal"); }},
             {"main-review", mainSize, [this] { return mainWindow("Spring campaign"); }},
             {"main-check-failed", mainSize, [this] { return mainWindow("Documentation"); }},
@@ -400,6 +407,12 @@ public:
             {"about", {496, 0}, [] { return shown(std::make_unique<AboutDialog>()); }},
             {"help", {880, 720}, [] { return shown(std::make_unique<HelpWindow>(ZEMBRASTEL_SOURCE_DIR "/docs")); }},
             {"main-many-profiles", mainSize, [this] { return shown(std::make_unique<MainWindow>(manyBridge)); }},
+            {"main-filtered", mainSize,
+             [this] {
+                 auto window = shown(std::make_unique<MainWindow>(manyBridge));
+                 QTest::keyClicks(window->findChild<SearchField*>(), "shop");
+                 return window;
+             }},
             {"main-wide", {2560, 1440}, [this] {
                  auto window = mainWindow("My website");
                  window->resize(2560, 1440);

@@ -211,8 +211,8 @@ TEST_F(MainWindowTest, TabKeyVisitsControlsInOrder) {
     } while (widget != &list());
     EXPECT_EQ(
         names, QStringList(
-                   {"SYNC PROFILES", "New Sync Profile…", "Menu", "Start watching", "Open local folder in Finder",
-                    "Edit sync contents…", "Recent activity"}));
+                   {"SYNC PROFILES", "New Sync Profile…", "Program menu", "Start watching",
+                    "Open local folder in Finder", "Edit sync contents…", "Recent activity"}));
 }
 
 TEST_F(MainWindowTest, QuitIsReachableWithoutATray) {
