@@ -152,6 +152,8 @@ struct FTPTransport {
     // similar name. `report` gets a line for each folder. Fetches at most 32 MB, to compare contents.
     [[nodiscard]] ServerCheck newerRemoteFiles(const ServerRecord& recorded, const Report& report) const;
 
+    // See filesWithEqualContents(). If it has a function for results, files that the server refuses have none: after
+    // the others, they end the call with SyncError.
     struct FileToCompare {
         std::string path; // relative
         Fingerprint fingerprint{};

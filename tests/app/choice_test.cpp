@@ -125,6 +125,19 @@ TEST_F(Choice, ComparedContentsSurviveStopAndRestart) {
     EXPECT_EQ(status().uploaded, 0);
 }
 
+TEST_F(Choice, UnreadableServerFileDoesNotCountAsDifferent) {
+    waitForChoice();
+    std::filesystem::remove(server.root() / "site/b");
+    std::filesystem::create_directory(server.root() / "site/b"); // which the server does not send
+    model->compareContents(id());
+    ASSERT_TRUE(reaches(Phase::checkFailed));
+    EXPECT_EQ(
+        model->checkFailure(id()).message, "The server does not send b, so the contents cannot be compared. Let your "
+                                           "user name read them there, or choose without comparing them.");
+    EXPECT_EQ(logged("Different: changed"), 1U) << "the other files are compared";
+    EXPECT_EQ(logged("Different: b"), 0U);
+}
+
 TEST_F(Choice, EmptyServerIsNotAsked) {
     testing::writeTree(site.root(), {{"a", "1"}, {".hidden", "1"}});
     withProfile().start(id());

@@ -2,6 +2,7 @@
 #include "platform/child_process.h"
 #include "platform/files.h"
 #include "platform/private_folder.h"
+#include "platform/text.h"
 #include "transport/curl/dialogue.h"
 #include "transport/ftp_transport.h"
 #include "transport/local_place.h"
@@ -65,8 +66,9 @@ bool haveSameBytes(int a, const std::filesystem::path& nameOfA, int b, const std
 // The first files, as many as one conversation may fetch.
 class Batch {
 public:
-    Batch(const FTPTransport& used, std::span<const FileToCompare> chosen)
-        : transport(used), dialogue(used, used.traits->login()), files(chosen) {
+    // Adds the files that the server refuses to `refusedPaths`; without it they count as different.
+    Batch(const FTPTransport& used, std::span<const FileToCompare> chosen, std::vector<std::string>* refusedPaths)
+        : transport(used), dialogue(used, used.traits->login()), files(chosen), refused(refusedPaths) {
         if (dialogue.login == ServerTraits::Login::oneTransfer) files = files.first(1);
     }
 
@@ -81,6 +83,7 @@ public:
             dialogue.add(
                 {.path = files[number].path, .options = {{"output", ChildProcess::filePathOf(number)}}},
                 [this, &result, number](const BlockOutcome& outcome) {
+                    if (isRefused(number, outcome)) return;
                     showProgress(number);
                     result(files[number], outcome.succeeded() && isEqual(number));
                     (void)!::ftruncate(fetched[number].get(), 0); // its room is needed for the next files
@@ -95,11 +98,29 @@ public:
         std::function<void(const ChildProcess&)> look;
         if (transport.observer != nullptr) look = [this](const ChildProcess&) { showProgress(compared); };
         dialogue.hold(std::move(given), look, longest);
+        if (dialogue.broken && dialogue.broken->code == CurlCode::writeFailed) checkRoom();
         if (dialogue.broken) persistence.brokeOff(dialogue, compared > 0);
         return compared;
     }
 
 private:
+    [[nodiscard]] bool isRefused(std::size_t number, const BlockOutcome& outcome) {
+        if (outcome.succeeded() || refused == nullptr) return false;
+        refused->push_back(files[number].path);
+        ++compared;
+        return true;
+    }
+
+    // Throws if the present file could not be written for a reason of this machine.
+    void checkRoom() const {
+        const auto why = compared < fetched.size() ? whyNotWritten(fetched[compared].get()) : "";
+        if (why.empty()) return;
+        throw SyncError(
+            "There is no room to compare " + printable(files[compared].path) + ": a copy of it in "
+            + printable(folder.path().parent_path().string()) + " could not be written (" + why
+            + "). Free some space there, or start Zembrastel with TMPDIR set to a folder with more.");
+    }
+
     void showProgress(std::size_t number) const {
         struct stat attributes {};
         if (transport.observer == nullptr || number >= fetched.size()) return;
@@ -122,7 +143,18 @@ private:
     const PrivateFolder folder;
     std::vector<Descriptor> fetched;
     std::size_t compared = 0;
+    std::vector<std::string>* refused;
 };
+
+void throwIfRefused(const std::vector<std::string>& paths) {
+    if (paths.empty()) return;
+    const auto more = paths.size() - 1;
+    throw SyncError(
+        "The server does not send " + printable(paths.front())
+        + (more == 0 ? "" : " and " + std::to_string(more) + " more")
+        + ", so the contents cannot be compared. Let your user name read them there, or choose without comparing "
+          "them.");
+}
 
 } // namespace
 
@@ -131,14 +163,16 @@ std::set<std::string, std::less<>> FTPTransport::filesWithEqualContents(
     std::set<std::string, std::less<>> equal;
     std::span<const FileToCompare> left(files);
     Persistence persistence(*traits);
+    std::vector<std::string> refused;
     const Compared result = [&](const FileToCompare& file, bool isEqual) {
         if (isEqual) equal.insert(file.path);
         if (compared) compared(file, isEqual);
     };
     while (!left.empty()) {
         control->check();
-        left = left.subspan(Batch(*this, firstFiles(left)).run(result, persistence));
+        left = left.subspan(Batch(*this, firstFiles(left), compared ? &refused : nullptr).run(result, persistence));
     }
+    throwIfRefused(refused);
     return equal;
 }
 
