@@ -59,15 +59,19 @@ std::string keyChanged(const Profile& profile) {
            + " has changed. It is not the one that this profile trusts. Nothing has been sent, not even the password.";
 }
 
-// Two numbers.
-void readCodes(std::string_view text, BlockOutcome& outcome) {
+// Three numbers: curl's code, the server's, and seconds.
+void readEnd(std::string_view text, BlockOutcome& outcome) {
     int code = 0;
     int reply = 0;
+    double seconds = 0;
     const char* end = text.data() + text.size();
+    const auto next = [end](const char* at) { return at == end ? at : at + 1; };
     const auto first = std::from_chars(text.data(), end, code);
-    if (first.ptr != end) std::from_chars(first.ptr + 1, end, reply);
+    const auto second = std::from_chars(next(first.ptr), end, reply);
+    std::from_chars(next(second.ptr), end, seconds);
     outcome.code = CurlCode(code);
     outcome.reply = FtpReply(reply);
+    outcome.took = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::duration<double>(seconds));
 }
 
 struct Pipe {
@@ -148,7 +152,7 @@ public:
         begin();
         while (goesOn && (output.reading || errors.reading)) {
             await();
-            notBefore = std::exchange(lastRead, sinceBoot());
+            readBefore = std::exchange(lastRead, sinceBoot());
             if (errors.reading) errors.read();
             if (output.reading) output.read();
             dropReported();
@@ -173,7 +177,8 @@ private:
         for (const auto& block : blocks) {
             if (!text.empty()) text += "next\n";
             const std::string facts = block.facts.empty() ? "" : factsMark + block.facts;
-            const std::string writeOut = mark + "%{stderr}" + facts + mark + "%{exitcode} %{response_code}\n";
+            const std::string writeOut =
+                mark + "%{stderr}" + facts + mark + "%{exitcode} %{response_code} %{time_total}\n";
             if (block.pause) {
                 text += pauseConfiguration(gateFile, writeOut);
                 continue;
@@ -238,8 +243,11 @@ private:
             const auto end = at == std::string::npos ? at : errors.text.find('\n', at);
             if (end == std::string::npos) return;
             output.read(); // what came since
-            BlockOutcome outcome{.words = errors.text.substr(0, at), .notBefore = notBefore};
-            readCodes(std::string_view(errors.text).substr(at + mark.size(), end - at - mark.size()), outcome);
+            BlockOutcome outcome{
+                .words = errors.text.substr(0, at),
+                .notBegunAt = std::exchange(endedBefore, readBefore),
+                .notEndedAt = readBefore};
+            readEnd(std::string_view(errors.text).substr(at + mark.size(), end - at - mark.size()), outcome);
             errors.text.erase(0, end + 1);
             if (const auto facts = outcome.words.find(factsMark); facts != std::string::npos) {
                 outcome.facts = outcome.words.substr(facts + factsMark.size());
@@ -296,7 +304,8 @@ private:
     ChildProcess curl;
     std::size_t current = 0; // block
     std::chrono::nanoseconds lastRead = sinceBoot();
-    std::chrono::nanoseconds notBefore = lastRead;
+    std::chrono::nanoseconds readBefore = lastRead;  // the reading before the last one
+    std::chrono::nanoseconds endedBefore = lastRead; // the block before had not ended yet
     std::size_t marksToCome = 0;
     TransferControl::AtStop atStop = TransferControl::AtStop::ends;
     bool goesOn = true;
