@@ -18,6 +18,7 @@
 #include <fcntl.h>
 #include <optional>
 #include <poll.h>
+#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -30,6 +31,10 @@ constexpr const char* withoutWords = "Transfer failed.";
 constexpr const char* listingTooLong = "The server's directory listing is too long.";
 constexpr const char* fileTooLong = "The server's file is too long.";
 constexpr std::chrono::milliseconds stopInterval{50};
+
+// curl writes its standard error byte by byte. After the first byte the others are waited for, since to wake up for
+// each costs this program and curl more time than all else that they do for a small file.
+constexpr std::chrono::microseconds gatherInterval{100};
 
 // How exactly the end of a block is dated.
 constexpr std::chrono::milliseconds readInterval{200};
@@ -74,6 +79,12 @@ void readEnd(std::string_view text, BlockOutcome& outcome) {
     outcome.took = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::duration<double>(seconds));
 }
 
+// Twelve random digits: short, since curl writes each byte by a system call.
+std::string newMark() {
+    constexpr std::size_t length = 13;
+    return Uuid::random().text().substr(0, length);
+}
+
 struct Pipe {
     Pipe() {
         std::array<int, 2> ends{};
@@ -97,7 +108,7 @@ struct Stream : Pipe {
             const ssize_t size = ::read(reading.get(), piece.data(), piece.size());
             if (size > 0) {
                 text.append(piece.data(), static_cast<std::size_t>(size));
-                if (text.size() > maxBlockOutput) return;
+                if (static_cast<std::size_t>(size) < piece.size() || text.size() > maxBlockOutput) return;
                 continue;
             }
             if (size < 0 && errno == EINTR) continue;
@@ -198,6 +209,7 @@ private:
         if (events.look) limit = std::min(limit, observationInterval);
         if (atStop == TransferControl::AtStop::lastsOut) limit = stopInterval;
         const int ready = ::poll(streams.data(), streams.size(), static_cast<int>(limit.count()));
+        if (ready > 0) std::this_thread::sleep_for(gatherInterval);
         if (events.look && Time::now() - looked >= observationInterval) {
             looked = Time::now();
             events.look(curl);
@@ -295,8 +307,8 @@ private:
     TransferControl& control;
     const ConversationEvents& events;
     const std::vector<TransferBlock>& blocks;
-    const std::string mark = Uuid::random().text();
-    const std::string factsMark = Uuid::random().text();
+    const std::string mark = newMark();
+    const std::string factsMark = newMark();
     const std::string configuration;
     Stream output;
     Stream errors;
