@@ -62,4 +62,9 @@ private:
     std::map<Uuid, Unsettled> questions;
 };
 
+[[nodiscard]] PathSet pathsOf(const std::vector<RemoteChange>& changes);
+
+// "a.html, b.html", and of many paths only how many more there are.
+[[nodiscard]] std::string listedPaths(const PathSet& paths);
+
 } // namespace zembrastel

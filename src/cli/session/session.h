@@ -4,7 +4,7 @@
 #pragma once
 
 #include "app/app_model.h"
-#include "app/context/main_queue.h"
+#include "app/context/main_context.h"
 #include "cli/command.h"
 #include "model/state_store.h"
 #include "platform/instance_lock.h"
