@@ -119,6 +119,7 @@ void AppModel::forgetServer(const Uuid& id) {
         ResendRequest(*folder, id).remove();
         PublishJournal(*folder, id).remove();
         ComparisonRecord(*folder, id).remove();
+        PublishedContents::remove(*folder, id);
     }
 }
 

@@ -207,6 +207,7 @@ private:
         uploads.queryMissingDates();
         if (changed.empty()) {
             uploads.doneInBurst = 0;
+            uploads.sendsEverything = false;
             worker.events.deliver(watchingStatus());
         } else {
             sendStable(changed, current, pending);
@@ -224,7 +225,8 @@ private:
         }
         waitingShown = false;
         worker.events.deliver(queuedStatus(pending));
-        const auto ready = uploads.ready(stablePaths(changed, current, previous), current);
+        const auto ready =
+            uploads.withoutUnchanged(uploads.ready(stablePaths(changed, current, previous), current), current);
         if (!ready.empty()) uploads.send(ready, current, pending);
         showWaiting(current);
     }
