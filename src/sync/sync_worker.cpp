@@ -207,7 +207,6 @@ private:
         uploads.queryMissingDates();
         if (changed.empty()) {
             uploads.doneInBurst = 0;
-            uploads.sendsEverything = false;
             worker.events.deliver(watchingStatus());
         } else {
             sendStable(changed, current, pending);

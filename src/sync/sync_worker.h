@@ -66,10 +66,8 @@ struct SyncWorker {
     RemoteDates recordedDates = {};
     bool mayReplaceUnseen = false;
     std::optional<PublishJournal> journal = std::nullopt; // of what is about to go live
-    // Given if the profile compares contents: a changed file with the published content is not sent, unless everything
-    // is to be sent first.
+    // Given if the profile compares contents: a changed file with the published content is not sent.
     std::optional<PublishedContents> contents = std::nullopt;
-    bool sendsEverything = false;
     std::vector<PrivateItem> privateItems{}; // neither published nor replaced
     // True if the user confirmed that the files are gone. Otherwise a worker whose first scan finds an empty folder
     // waits and keeps the baseline: perhaps the folder's disk is not mounted.

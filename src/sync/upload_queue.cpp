@@ -26,8 +26,8 @@ std::uint64_t bytesOf(const std::vector<FileToPublish>& files) {
 
 UploadQueue::UploadQueue(
     const SyncWorker& started, const FTPTransport& used, ProgressMeter& counter, FileMap& synchronised)
-    : sendsEverything(started.sendsEverything), worker(started), transport(used), meter(counter),
-      baseline(synchronised), known(started.seen), journal(started.journal), contents(started.contents) {}
+    : worker(started), transport(used), meter(counter), baseline(synchronised), known(started.seen),
+      journal(started.journal), contents(started.contents) {}
 
 std::string uploadProblem(std::string problem, const std::string& path) {
     // curl counts received bytes, of which an upload has none.
@@ -52,18 +52,20 @@ std::vector<std::string> UploadQueue::ready(const std::vector<std::string>& stab
 }
 
 std::vector<std::string> UploadQueue::withoutUnchanged(const std::vector<std::string>& paths, const FileMap& current) {
-    if (!contents || sendsEverything || paths.empty()) return paths;
+    if (!contents || paths.empty()) return paths;
     const auto unchanged = findUnchangedContents(
         worker.profile, paths, current, {.baseline = baseline, .onServer = known, .contents = *contents},
         *worker.control);
     if (unchanged.empty()) return paths;
-    event::ContentsUnchanged recognised;
+    AnnouncedFiles recognised;
     for (const auto& [path, content] : unchanged) {
         baseline.set(path, content.fingerprint);
         retries.forget(path);
         recognised.files.set(path, content.fingerprint);
+        recognised.dates.set(path, content.date);
     }
-    worker.events.deliver(std::move(recognised));
+    writeJournal(recognised); // otherwise the next check would take the journal's earlier versions for the latest
+    worker.events.deliver(event::ContentsUnchanged{std::move(recognised.files)});
     contents->add(unchanged, baseline);
     std::vector<std::string> toSend;
     std::ranges::copy_if(
@@ -169,13 +171,17 @@ void UploadQueue::recordContents(const std::vector<CompleteCopy>& copies) {
 
 void UploadQueue::announce(const std::vector<CompleteCopy>& copies) {
     recordContents(copies);
-    if (!journal) return;
     AnnouncedFiles batch;
     for (const auto& [file, version] : copies) {
         if (!version) continue;
         batch.files.set(file.path, file.fingerprint);
         batch.dates.set(file.path, version->modified);
     }
+    writeJournal(batch);
+}
+
+void UploadQueue::writeJournal(const AnnouncedFiles& batch) {
+    if (!journal) return;
     try {
         journal->announce(batch);
     } catch (const std::filesystem::filesystem_error&) {

@@ -82,15 +82,13 @@ public:
     // The number of files that send() published, including earlier calls that ended with a failure of the server.
     std::size_t doneInBurst = 0;
 
-    // All changed files are sent, whatever their content.
-    bool sendsEverything;
-
 private:
     void hashStaged(const FileToPublish& file, int copy);
     void recordContents(const std::vector<CompleteCopy>& copies);
     [[nodiscard]] LastSeen lastSeen(const std::string& path) const;
     [[nodiscard]] bool isBeingWritten(const std::string& path);
     void reportDisputed();
+    void writeJournal(const AnnouncedFiles& batch);
     void announce(const std::vector<CompleteCopy>& copies);
     void published(const CompleteCopy& copy);
     void failed(const FileToPublish& file, const PublishFailure& failure);

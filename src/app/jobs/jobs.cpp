@@ -214,7 +214,6 @@ SyncWorker Jobs::workerFor(const Uuid& id) {
         .mayReplaceUnseen = work.checkSkipped,
         .journal = parts.records.journal(id),
         .contents = parts.records.contents(work.profile),
-        .sendsEverything = sendsEverything(id),
         .privateItems = settings.privateItems,
         .filesMayBeGone = work.filesMayBeGone};
 }
