@@ -7,8 +7,10 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <span>
+#include <string>
 #include <string_view>
 
 struct XXH3_state_s;
@@ -21,6 +23,9 @@ struct ContentHash {
 
     friend bool operator==(const ContentHash&, const ContentHash&) = default;
 };
+
+// Relative path to the hash of a file's content.
+using ContentHashes = std::map<std::string, ContentHash, std::less<>>;
 
 [[nodiscard]] ContentHash hashOf(std::string_view bytes);
 

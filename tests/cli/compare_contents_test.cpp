@@ -95,6 +95,19 @@ TEST_F(CompareContents, OtherVersionOnServerIsNotTrusted) {
     EXPECT_EQ(readTree(server->root() / "other"), readTree(site));
 }
 
+TEST_F(CompareContents, ComparedContentsCountAsPublished) {
+    place.saveProfile(place.profile()); // nothing is recorded of its files
+    expect(3, "push");
+    expect(0, "adopt --by content");
+    build();
+    EXPECT_EQ(sentBy("push", {"5 files have a new date"}), Texts{});
+
+    fs::remove(place.state() / ("contents-" + place.profile().id.text() + ".hashes"));
+    expect(0, "push --all");
+    build();
+    EXPECT_EQ(sentBy("push", {"5 files have a new date"}), Texts{});
+}
+
 TEST_F(CompareContents, KillNeverLeavesAFileUnsent) {
     for (int lines = 0; lines < 4; ++lines) {
         build({{"index.html", std::string(5, static_cast<char>('a' + lines))}, {"news/1.html", std::to_string(lines)}});

@@ -113,8 +113,7 @@ std::vector<Option> addProfileFields(Syntax& syntax, ProfileOptions& options) {
         field("--exclusions", options.exclusions, "TEXT", "All exclusion rules, one a line, replacing the usual ones"),
         field(
             "--compare-contents", options.compareContents, "SWITCH",
-            "on: files of which only the date is new are not sent;\ntheir contents are compared with what was "
-            "uploaded. off (the default)")
+            "on: do not send files that have a new date but the content\nthat was uploaded before. off is the default")
             .notEmpty(),
         syntax.flag("--enabled", options.enabled, "Watch this profile also if watch is given no name"),
         field("--sync", options.sync, "PATH", "Sync this file or folder and no others (repeatable)").repeatable(),
