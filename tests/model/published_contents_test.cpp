@@ -21,22 +21,20 @@ PublishedContent contentOf(const std::string& path, std::int64_t version) {
 
 class PublishedContentsTest : public ::testing::Test {
 protected:
-    [[nodiscard]] PublishedContents record() const { return {folder.path(), profile}; }
-
-    // Adds this version of the files by another run of the program, and records it.
+    // Adds this version of the files, and records it.
     void add(std::int64_t version, const std::vector<std::string>& paths) {
         PublishedContentMap entries;
         for (const auto& path : paths) {
             entries.emplace(path, contentOf(path, version));
             baseline.set(path, entries.at(path).fingerprint);
         }
-        record().add(entries, baseline);
+        record.add(entries, baseline);
     }
 
     [[nodiscard]] PublishedContentMap find() const {
         std::map<std::string, Fingerprint, std::less<>> versions;
         for (const auto& [path, fingerprint] : baseline) versions.emplace(path, fingerprint);
-        return record().find(versions);
+        return PublishedContents(folder.path(), profile).find(versions);
     }
 
     [[nodiscard]] bool findsOnlyAdded() const {
@@ -48,6 +46,7 @@ protected:
     testing::TemporaryFolder folder;
     Profile profile;
     FileMap baseline;
+    PublishedContents record{folder.path(), profile};
     fs::path file = folder / ("contents-" + profile.id.text() + ".hashes");
 };
 
@@ -64,6 +63,7 @@ TEST_F(PublishedContentsTest, DamagedFileNeverYieldsAnotherHash) {
         writeFile(file, flipped);
         EXPECT_TRUE(findsOnlyAdded()) << length;
         if (length % 20 != 0) continue;
+        record = PublishedContents(folder.path(), profile); // the next run
         add(3, {"d"});
         EXPECT_EQ(find().at("d"), contentOf("d", 3)) << "the file is made anew";
         add(2, {"d"});
@@ -89,15 +89,7 @@ TEST_F(PublishedContentsTest, HashesOfAnotherPlaceAreNotUsed) {
 TEST_F(PublishedContentsTest, FileDoesNotGrowWithoutEnd) {
     std::vector<std::string> paths;
     for (int number = 0; number < 5000; ++number) paths.push_back("folder/" + std::to_string(number));
-    PublishedContents kept = record();
-    for (std::int64_t version = 0; version < 20; ++version) {
-        PublishedContentMap entries;
-        for (const auto& path : paths) {
-            entries.emplace(path, contentOf(path, version));
-            baseline.set(path, entries.at(path).fingerprint);
-        }
-        kept.add(entries, baseline);
-    }
+    for (std::int64_t version = 0; version < 20; ++version) add(version, paths);
     EXPECT_EQ(find().size(), paths.size());
     EXPECT_LT(fs::file_size(file), std::uintmax_t{4} << 20); // 8 MB of entries were added
     EXPECT_EQ(fs::status(file).permissions(), fs::perms::owner_read | fs::perms::owner_write);

@@ -16,6 +16,7 @@
 #include "ui/import/import_sheet.h"
 #include "ui/main_window/main_window.h"
 #include "ui/profile_editor/connection_fields.h"
+#include "ui/profile_editor/new_place_dialog.h"
 #include "ui/profile_editor/profile_editor.h"
 #include "ui/remote_changes/review_sheet.h"
 #include "ui/screen.h"
@@ -381,6 +382,7 @@ public:
             {"editor-new", {880, 616}, [this] { return editor(std::nullopt); }},
             {"editor-edit", {880, 704}, [this] { return editor(sites.id("Documentation")); }},
             {"editor-trusted-key", {880, 704}, [this] { return editorWithKey(); }},
+            {"new-place", {460, 0}, [] { return newPlace(); }},
             {"certificate", {640, 0}, [this] { return certificate(std::nullopt); }},
             {"certificate-changed", {640, 0}, [this] { return certificate(trustedKey()); }},
             {"picker-sync", {720, 776}, [this] { return picker(); }},
@@ -402,13 +404,7 @@ public:
     [[nodiscard]] std::vector<Screen> withMissingFiles() {
         sites.startLast();
         const char* const name = "Photo archive";
-        return {
-            {"main-missing-files", {980, 640}, [=, this] { return mainWindow(name); }},
-            {"confirm-send-all", {460, 0}, [=, this] {
-                 auto window = mainWindow(name);
-                 window->offerToSendAll(sites.id(name));
-                 return window;
-             }}};
+        return {{"main-missing-files", {980, 640}, [=, this] { return mainWindow(name); }}};
     }
 
     // These change the state of the first site.
@@ -454,6 +450,15 @@ private:
         auto opened = shown(std::make_unique<ProfileEditor>(bridge, context, id, nullptr));
         if (id) button(*opened, "Excluded files and folders").click();
         return opened;
+    }
+
+    [[nodiscard]] static std::unique_ptr<QWidget> newPlace() {
+        Profile before;
+        before.host = "ftp.example.org";
+        Profile now = before;
+        now.host = "ftp.example.net";
+        now.remoteFolder = "/www";
+        return shown(std::make_unique<NewPlaceDialog>(before, now, 640, [](NewPlace) {}));
     }
 
     [[nodiscard]] TrustedKey trustedKey() {

@@ -8,6 +8,7 @@
 #include "transport/ftp_transport.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace zembrastel {
 namespace {
@@ -88,8 +89,10 @@ void Jobs::startCheck(const Uuid& id, const Earlier& earlier) {
 }
 
 void Jobs::finishCheck(const ServerCheck& check, const Uuid& id, const Earlier& earlier) {
+    const auto adoption = std::exchange(parts.reviews.unsettled(id).adoption, std::nullopt);
     if (check.first) {
         askForChoice(check, id);
+        if (adoption) (void)adopt(id, *adoption);
         return;
     }
     const auto& changes = check.changes;
