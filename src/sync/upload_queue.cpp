@@ -64,7 +64,7 @@ std::vector<std::string> UploadQueue::withoutUnchanged(const std::vector<std::st
         recognised.files.set(path, content.fingerprint);
         recognised.dates.set(path, content.date);
     }
-    writeJournal(recognised); // otherwise the next check would take the journal's earlier versions for the latest
+    if (journal) writeJournal([&] { journal->update(recognised); });
     worker.events.deliver(event::ContentsUnchanged{std::move(recognised.files)});
     contents->add(unchanged, baseline);
     std::vector<std::string> toSend;
@@ -171,19 +171,19 @@ void UploadQueue::recordContents(const std::vector<CompleteCopy>& copies) {
 
 void UploadQueue::announce(const std::vector<CompleteCopy>& copies) {
     recordContents(copies);
+    if (!journal) return;
     AnnouncedFiles batch;
     for (const auto& [file, version] : copies) {
         if (!version) continue;
         batch.files.set(file.path, file.fingerprint);
         batch.dates.set(file.path, version->modified);
     }
-    writeJournal(batch);
+    writeJournal([&] { journal->announce(batch); });
 }
 
-void UploadQueue::writeJournal(const AnnouncedFiles& batch) {
-    if (!journal) return;
+void UploadQueue::writeJournal(const std::function<void()>& write) {
     try {
-        journal->announce(batch);
+        write();
     } catch (const std::filesystem::filesystem_error&) {
         // A full disk is reported when the state is saved. After a kill, the user is asked one needless question.
     }

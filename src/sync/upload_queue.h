@@ -88,7 +88,7 @@ private:
     [[nodiscard]] LastSeen lastSeen(const std::string& path) const;
     [[nodiscard]] bool isBeingWritten(const std::string& path);
     void reportDisputed();
-    void writeJournal(const AnnouncedFiles& batch);
+    static void writeJournal(const std::function<void()>& write);
     void announce(const std::vector<CompleteCopy>& copies);
     void published(const CompleteCopy& copy);
     void failed(const FileToPublish& file, const PublishFailure& failure);
