@@ -125,7 +125,7 @@ void UploadQueue::send(const std::vector<std::string>& paths, const FileMap& cur
         .sending =
             [&](const FileToPublish& file) {
                 meter.setFiles(doneInBurst, inBurst);
-                worker.events.deliver(uploadingStatus(file.path, pending));
+                worker.events.post(uploadingStatus(file.path, pending)); // awaited with the upload
             },
         .goingLive = [this](const std::vector<CompleteCopy>& copies) { announce(copies); },
         .published = [this](const CompleteCopy& copy) { published(copy); },
@@ -194,13 +194,15 @@ void UploadQueue::published(const CompleteCopy& copy) {
     baseline.set(path, fingerprint);
     retries.forget(path);
     ++doneInBurst;
-    worker.events.deliver(event::Uploaded{.path = path, .fingerprint = fingerprint});
+    event::Uploaded uploaded{.path = path, .fingerprint = fingerprint};
     undated.erase(path);
     if (copy.version) {
         known.set(path, *copy.version);
+        worker.events.post(std::move(uploaded)); // awaited with its date
         worker.events.deliver(event::RemoteDate{.path = path, .date = copy.version->modified});
     } else {
         undated.emplace(path, 0);
+        worker.events.deliver(std::move(uploaded));
     }
 }
 
