@@ -22,14 +22,14 @@ std::filesystem::path fileFor(const std::filesystem::path& stateFolder, const Uu
 }
 
 template <class T>
-std::string_view bytesOf(const T& value) {
+std::string_view rawBytes(const T& value) {
     static_assert(std::is_trivially_copyable_v<T>);
     return {reinterpret_cast<const char*>(&value), sizeof value};
 }
 
 // Takes a value from the beginning of the bytes. False if they are too few.
 template <class T>
-bool take(std::string_view& bytes, T& value) {
+bool takeValue(std::string_view& bytes, T& value) {
     if (bytes.size() < sizeof value) return false;
     std::memcpy(&value, bytes.data(), sizeof value);
     bytes.remove_prefix(sizeof value);
@@ -40,11 +40,11 @@ bool take(std::string_view& bytes, T& value) {
 std::string headerFor(const Profile& profile) {
     std::string place;
     for (const auto* text : {&profile.host, &profile.username, &profile.remoteFolder, &profile.localFolder}) {
-        place += bytesOf(text->size());
+        place += rawBytes(text->size());
         place += *text;
     }
-    place += bytesOf(profile.port);
-    return std::string(formatName).append(bytesOf(hashOf(place)));
+    place += rawBytes(profile.port);
+    return std::string(formatName).append(rawBytes(hashOf(place)));
 }
 
 // The length of the rest, the rest, and its checksum.
@@ -52,13 +52,14 @@ void appendEntry(std::string& to, std::string_view path, const PublishedContent&
     std::string entry;
     const auto& [size, modified, inode] = content.fingerprint;
     const double date = content.date.time_since_epoch().count();
-    for (const auto bytes : {bytesOf(size), bytesOf(modified), bytesOf(inode), bytesOf(date), bytesOf(content.hash)}) {
+    for (const auto bytes :
+         {rawBytes(size), rawBytes(modified), rawBytes(inode), rawBytes(date), rawBytes(content.hash)}) {
         entry += bytes;
     }
     entry += path;
-    to += bytesOf(static_cast<std::uint32_t>(entry.size()));
+    to += rawBytes(static_cast<std::uint32_t>(entry.size()));
     to += entry;
-    to += bytesOf(hashOf(entry).low);
+    to += rawBytes(hashOf(entry).low);
 }
 
 using VisitEntry = std::function<void(std::string_view path, const PublishedContent& content)>;
@@ -66,17 +67,17 @@ using VisitEntry = std::function<void(std::string_view path, const PublishedCont
 // True if the entry is whole.
 bool readEntry(std::string_view& bytes, const VisitEntry& visit) {
     std::uint32_t length = 0;
-    if (!take(bytes, length) || bytes.size() < length) return false;
+    if (!takeValue(bytes, length) || bytes.size() < length) return false;
     std::string_view entry = bytes.substr(0, length);
     const auto checksum = hashOf(entry).low;
     bytes.remove_prefix(length);
     std::uint64_t written = 0;
-    if (!take(bytes, written) || written != checksum) return false;
+    if (!takeValue(bytes, written) || written != checksum) return false;
     PublishedContent content;
     auto& [size, modified, inode] = content.fingerprint;
     double date = 0;
-    if (!take(entry, size) || !take(entry, modified) || !take(entry, inode) || !take(entry, date)
-        || !take(entry, content.hash)) {
+    if (!takeValue(entry, size) || !takeValue(entry, modified) || !takeValue(entry, inode) || !takeValue(entry, date)
+        || !takeValue(entry, content.hash)) {
         return false;
     }
     content.date = RemoteDate(RemoteDate::duration(date));
