@@ -109,6 +109,9 @@ struct FTPTransport {
     // report its date.
     [[nodiscard]] std::optional<ServerVersion> findVersion(std::string_view path) const;
 
+    // The absolute path of the folder in which a login starts; "/" if the server does not report it. Reads only.
+    [[nodiscard]] std::string loginFolder() const;
+
     // The number of entries in the profile's remote folder. Reads only.
     [[nodiscard]] std::size_t test() const;
 

@@ -19,6 +19,7 @@
 #include "ui/profile_editor/new_place_dialog.h"
 #include "ui/profile_editor/profile_editor.h"
 #include "ui/remote_changes/review_sheet.h"
+#include "ui/remote_folder/remote_folder_sheet.h"
 #include "ui/screen.h"
 #include "ui/theme/theme.h"
 #include "ui/theme/turning_clock.h"
@@ -374,6 +375,13 @@ public:
         constexpr QSize mainSize(980, 640);
         return {
             {"main-watching", mainSize, [this] { return mainWindow("My website"); }},
+            {"main-watching-small",
+             {760, 520},
+             [this] {
+                 auto window = mainWindow("My website");
+                 window->resize(760, 520);
+                 return window;
+             }},
             {"main-uploading", mainSize, [this] { return mainWindow("Client portal"); }},
             {"main-review", mainSize, [this] { return mainWindow("Spring campaign"); }},
             {"main-check-failed", mainSize, [this] { return mainWindow("Documentation"); }},
@@ -387,12 +395,26 @@ public:
             {"certificate-changed", {640, 0}, [this] { return certificate(trustedKey()); }},
             {"picker-sync", {720, 776}, [this] { return picker(); }},
             {"picker-found", {720, 480}, [this] { return search(); }},
+            {"remote-folder", {640, 600}, [this] { return remoteFolder(); }},
+            {"remote-folder-small",
+             {560, 440},
+             [this] {
+                 auto opened = remoteFolder();
+                 opened->resize(560, 440);
+                 return opened;
+             }},
             {"review", {680, 480}, [this] { return review(); }},
             {"backups", {720, 520}, [this] { return backups(); }},
             {"import", {720, 560}, [this] { return import(); }},
             {"about", {496, 0}, [] { return shown(std::make_unique<AboutDialog>()); }},
             {"help", {880, 720}, [] { return shown(std::make_unique<HelpWindow>(ZEMBRASTEL_SOURCE_DIR "/docs")); }},
             {"main-many-profiles", mainSize, [this] { return shown(std::make_unique<MainWindow>(manyBridge)); }},
+            {"main-filtered", mainSize,
+             [this] {
+                 auto window = shown(std::make_unique<MainWindow>(manyBridge));
+                 QTest::keyClicks(window->findChild<SearchField*>(), "shop");
+                 return window;
+             }},
             {"main-wide", {2560, 1440}, [this] {
                  auto window = mainWindow("My website");
                  window->resize(2560, 1440);
@@ -491,7 +513,7 @@ private:
                  .selfSigned = true},
             .faults = {CertificateFault::otherName, CertificateFault::selfSigned}};
         return shown(std::make_unique<CertificateSheet>(
-            profile, seen, std::chrono::system_clock::now(), [](const auto&) {}, nullptr));
+            profile, seen, CertificateSheet::Times{}, [](const auto&) {}, nullptr));
     }
 
     // The folders are listed by a real server, which the picture does not show.
@@ -536,6 +558,45 @@ private:
         }
         waitForListing(opened->browser());
         QTest::keyClicks(opened->findChild<SearchField*>(), "a");
+        return opened;
+    }
+
+    [[nodiscard]] std::unique_ptr<QWidget> remoteFolder() {
+        auto& root = folderServer.root();
+        for (const char* const each :
+             {"private", "public_html/assets/x", "public_html/blog/2025/x", "public_html/shop", "tmp"}) {
+            std::filesystem::create_directories(root / each);
+        }
+        Profile shownSite = testing::profileFor(folderServer, site.root(), "/public_html/blog");
+        auto opened =
+            std::make_unique<RemoteFolderSheet>(context, shownSite, folderServer.password(), [](const auto&) {});
+        opened->open();
+        auto& list = *opened->findChild<QListView*>();
+        const auto rowAt = [&list](const QString& path) {
+            const auto* const rows = list.model();
+            for (int row = 0; row < rows->rowCount(); ++row) {
+                if (rows->index(row, 0).data(Qt::AccessibleTextRole) == path) return rows->index(row, 0);
+            }
+            return QModelIndex();
+        };
+        const auto unfold = [&](const QString& path) {
+            if (!testing::waitFor([&] { return rowAt(path).isValid(); })) fail(path + " is not listed");
+            list.setCurrentIndex(rowAt(path));
+            QTest::keyClick(&list, Qt::Key_Right);
+        };
+        unfold("/public_html/blog");
+        if (!testing::waitFor([&] { return rowAt("/public_html/blog/2025").isValid(); })) fail("no listing");
+        // Another user has removed this folder meanwhile.
+        std::filesystem::rename(root / "private", folder / "private");
+        for (const char* const each : {"/tmp", "/private"}) unfold(each);
+        if (!testing::waitFor([&] { return rowAt("This folder has no subfolders.").isValid(); })) fail("no listing");
+        if (!testing::waitFor(
+                [&] { return rowAt("The server does not let you read this folder., Retry").isValid(); })) {
+            fail("no refusal");
+        }
+        std::filesystem::rename(folder / "private", root / "private");
+        unfold("/public_html/shop"); // still loading when the picture is taken
+        list.setCurrentIndex(rowAt("/public_html/blog"));
         return opened;
     }
 
@@ -618,6 +679,7 @@ private:
 
     const testing::TemporaryFolder folder;
     FtpServer server;
+    FtpServer folderServer{FtpServer::Kind::odd, {.extra = {"--start", "/public_html"}}};
     LocalSite site;
     QtMainContext context;
     SampleSites sites{context};

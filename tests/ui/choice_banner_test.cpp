@@ -41,8 +41,8 @@ TEST(ChoiceText, OffersOnlyWhatIsPossible) {
         EXPECT_EQ(shown.heading, heading);
         EXPECT_EQ(shown.adopt + u'|' + (shown.compares ? "compare|" : "|") + shown.sendAll, buttons);
     }
-    EXPECT_TRUE(choiceText(comparison(640, 612)).text.endsWith("downloads 612.0 MB."));
-    EXPECT_TRUE(choiceText(begun).text.endsWith("downloads 2.0 MB."));
+    EXPECT_TRUE(choiceText(comparison(640, 612)).text.endsWith("downloads 612.0\u00a0MB."));
+    EXPECT_TRUE(choiceText(begun).text.endsWith("downloads 2.0\u00a0MB."));
     EXPECT_TRUE(choiceText(compared).text.endsWith("replaces 1 file on the server."));
 }
 

@@ -282,6 +282,25 @@ TEST_F(ProfileEditorTest, RefusedProfileStoresNoPassword) {
     EXPECT_EQ(model->profiles().size(), 1U);
 }
 
+TEST_F(ProfileEditorTest, ChosenRemoteFolderIsOnTheEnteredServer) {
+    openSaved(addProfile().id);
+    type("Password", "new");
+    type("Remote folder", "../no/folder");
+    std::optional<Profile> asked;
+    editor->setChooseRemoteFolder([&](const Profile& draft, const std::string& password, const auto& apply) {
+        asked = draft;
+        EXPECT_EQ(password, "new");
+        apply("/htdocs");
+    });
+    line("Server").clear();
+    press("Choose a remote folder");
+    EXPECT_EQ(message(), "Enter a name, server, username and local folder.");
+    type("Server", "ftp.example.org");
+    press("Choose a remote folder");
+    EXPECT_EQ(asked->host, "ftp.example.org");
+    EXPECT_EQ(line("Remote folder").text(), "/htdocs");
+}
+
 TEST_F(ProfileEditorTest, ChosenSyncContentsReachTheProfile) {
     const Uuid id = addProfile().id;
     open(id, true);

@@ -195,7 +195,7 @@ constexpr std::array words<answer::Failed::Reason>{"notUnderstood", "noWindow", 
                                                    "paused",        "needsDownload", "server",    "otherReview",
                                                    "choiceWaits",   "notSaved"};
 template <>
-constexpr std::array words<Failure::Kind>{"other", "transfer", "filesMissing"};
+constexpr std::array words<Failure::Kind>{"other", "transfer", "filesMissing", "noNetwork"};
 template <>
 constexpr std::array words<TransferProgress::Work>{"uploading", "downloading", "comparing", "comparingContents"};
 constexpr std::array answerWords{"status", "activity", "changed", "review", "outcome", "failed", "done"};

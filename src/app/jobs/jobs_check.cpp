@@ -117,7 +117,8 @@ void Jobs::finishCheck(const ServerCheck& check, const Uuid& id, const Earlier& 
     askForDecision(id);
 }
 
-void Jobs::failCheck(const Failure& failure, const Uuid& id, bool willRetry) {
+void Jobs::failCheck(const Failure& reported, const Uuid& id, bool willRetry) {
+    const Failure failure = withNetwork(reported, id);
     if (!step(id, [&](Job& job) {
             return willRetry ? job.failCheck(failure.message) : job.failDownload(failure.message);
         })) {

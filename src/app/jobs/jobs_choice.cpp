@@ -138,7 +138,7 @@ void Jobs::compareContents(const Uuid& id) {
             results.write(); // stopped: the next comparison goes on from here
         } catch (const std::exception& error) {
             results.write();
-            whileComparing([this, id, message = describe(error)] { failComparing(message, id); });
+            whileComparing([this, id, failure = failureOf(error)] { failComparing(failure, id); });
         }
     };
     if (!step(id, [&](Job& each) { return each.compareContents([&] { return startTask(id, body); }, control); }))
@@ -166,12 +166,13 @@ void Jobs::finishComparing(const Uuid& id) {
     showChoice(id);
 }
 
-void Jobs::failComparing(const std::string& message, const Uuid& id) {
-    if (!step(id, [&](Job& job) { return job.failDownload(message); })) return;
-    parts.statuses.enter(
-        id, Phase::checkFailed,
-        sentence(message) + " Uploads remain paused. What was compared is kept: retry the server check to continue.");
-    parts.statuses.logFailure(id, message);
+void Jobs::failComparing(const Failure& reported, const Uuid& id) {
+    const Failure failure = withNetwork(reported, id);
+    if (!step(id, [&](Job& job) { return job.failDownload(failure.message); })) return;
+    parts.statuses.enterFailed(
+        id, Phase::checkFailed, failure,
+        "Uploads remain paused. What was compared is kept: retry the server check to continue.");
+    parts.statuses.logFailure(id, failure.message, failure);
     publishReview(id);
 }
 

@@ -12,11 +12,21 @@ void Jobs::receive(const WorkerEvent& event, const Uuid& id) {
     std::visit([this, &id](const auto& happened) { apply(happened, id); }, event);
 }
 
+// The failure with the kind noNetwork, if that is its reason.
+Failure Jobs::withNetwork(Failure failure, const Uuid& id) const {
+    using enum CurlCode;
+    const bool mayBe = failure.kind == Failure::Kind::transfer
+                       && (failure.code == hostNotFound || failure.code == notConnected || failure.code == timedOut);
+    const Profile* const profile = mayBe ? parts.records.profile(id) : nullptr;
+    if (profile != nullptr && !settings.work.hasNetwork(profile->host)) failure.kind = Failure::Kind::noNetwork;
+    return failure;
+}
+
 void Jobs::apply(const event::Status& event, const Uuid& id) {
-    parts.statuses.change(id, [&event](ProfileStatus& status) {
+    parts.statuses.change(id, [&](ProfileStatus& status) {
         status.enter(event.phase, event.detail);
         status.pending = event.pending;
-        status.failure = event.failure;
+        if (event.failure) status.failure = withNetwork(*event.failure, id);
         status.outlook = event.outlook;
         status.retryAt = event.retryAt;
         status.waiting = event.waiting;
@@ -24,7 +34,9 @@ void Jobs::apply(const event::Status& event, const Uuid& id) {
 }
 
 void Jobs::apply(const event::Activity& event, const Uuid& id) {
-    parts.statuses.log(id, event.text, event.error ? Activity::Kind::failure : Activity::Kind::note, {}, event.failure);
+    auto failure = event.failure;
+    if (failure) failure = withNetwork(*std::move(failure), id);
+    parts.statuses.log(id, event.text, event.error ? Activity::Kind::failure : Activity::Kind::note, {}, failure);
 }
 
 void Jobs::apply(const event::FilesRefused& event, const Uuid& id) {

@@ -54,6 +54,7 @@ void ContentFields::addLocalFolder(QVBoxLayout& column, const Profile& profile) 
     localFolderField = new QLineEdit(toQString(profile.localFolder), this);
     connect(localFolderField, &QLineEdit::textEdited, this, &ContentFields::edited);
     auto* const choose = new PushButton(tr("Choose a folder…"), ButtonKind::outlined, this);
+    choose->setAccessibleName(tr("Choose a local folder"));
     connect(choose, &QPushButton::clicked, this, &ContentFields::chooseFolder);
     auto* const row = makeLayout<QHBoxLayout>(buttonGap);
     row->addWidget(localFolderField, 1);

@@ -108,6 +108,7 @@ void ProfileEditor::connectFields() {
         test.cancel();
         showState();
     });
+    connect(connection, &ConnectionFields::remoteFolderRequested, this, &ProfileEditor::chooseFolder);
     connect(contents, &ContentFields::edited, this, &ProfileEditor::forgetMessage);
     connect(contents, &ContentFields::optionsChanged, this, &ProfileEditor::showState);
     connect(contents, &ContentFields::advancedShown, this, &ProfileEditor::makeRoomForAdvanced);
@@ -313,6 +314,26 @@ void ProfileEditor::offerCertificate(const Profile& tested, const ConnectionChec
                 self->connection->setTrustedKey(key);
                 self->testConnection();
             });
+        });
+}
+
+void ProfileEditor::chooseFolder() {
+    if (!loaded || !chooseRemoteFolder) return;
+    if (model.isDemo()) {
+        strip->showFailure(notInDemo());
+        return;
+    }
+    const Profile wanted = forConnection(draft());
+    Profile reachable = wanted;
+    reachable.remoteFolder = "/"; // it is being chosen
+    if (const ValidationProblem problem = validate(reachable); !problem.message.empty()) {
+        fail(problem);
+        return;
+    }
+    forgetMessage();
+    chooseRemoteFolder(
+        wanted, connection->password(), [self = QPointer<ProfileEditor>(this)](const std::string& folder) {
+            if (self) self->connection->enterRemoteFolder(folder);
         });
 }
 
