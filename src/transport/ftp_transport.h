@@ -12,6 +12,7 @@
 #include "model/name_fault.h"
 #include "model/private_items.h"
 #include "model/profile.h"
+#include "platform/content_hash.h"
 #include "transport/compare/remote_change.h"
 #include "transport/compare/server_check.h"
 #include "transport/curl/curl_configuration.h"
@@ -159,13 +160,13 @@ struct FTPTransport {
         Fingerprint fingerprint{};
     };
 
-    // The files of which the server has the same bytes. Files that changed locally meanwhile, or that the server
-    // refuses, are not among them. Fetches all of the files, many with one login, to a private folder. Throws SyncError
-    // if the server fails. Calls `compared` for each file as soon as its result is known, on this thread; the observer
-    // gets the transfers, but not the number of files.
-    using Compared = std::function<void(const FileToCompare& file, bool equal)>;
-    std::set<std::string, std::less<>> filesWithEqualContents(
-        const std::vector<FileToCompare>& files, const Compared& compared = {}) const;
+    // The files of which the server has the same bytes, with the hashes of these bytes. Files that changed locally
+    // meanwhile, or that the server refuses, are not among them. Fetches all of the files, many with one login, to a
+    // private folder. Throws SyncError if the server fails. Calls `compared` for each file as soon as its result is
+    // known, on this thread, with the hash if the contents are equal; the observer gets the transfers, but not the
+    // number of files.
+    using Compared = std::function<void(const FileToCompare& file, const std::optional<ContentHash>& equal)>;
+    ContentHashes filesWithEqualContents(const std::vector<FileToCompare>& files, const Compared& compared = {}) const;
 };
 
 // Throws SyncError if a folder `depth` levels below the remote folder is too deep.

@@ -72,6 +72,22 @@ void ServerTraits::learnMlst(Mlst learnt) {
     listsSingly = learnt;
 }
 
+std::optional<std::chrono::nanoseconds> ServerTraits::replyTime() const {
+    const std::lock_guard guard(lock);
+    return commandTook ? commandTook : commandTookLess;
+}
+
+// A line that became slow counts at once, one that became fast little by little.
+void ServerTraits::learnReplyTime(std::chrono::nanoseconds measured) {
+    const std::lock_guard guard(lock);
+    commandTook = commandTook && measured < *commandTook ? (3 * *commandTook + measured) / 4 : measured;
+}
+
+void ServerTraits::repliesWithin(std::chrono::nanoseconds bound) {
+    const std::lock_guard guard(lock);
+    commandTookLess = std::min(bound, commandTookLess.value_or(bound));
+}
+
 bool ServerTraits::appends() const {
     const std::lock_guard guard(lock);
     return appendsFiles;

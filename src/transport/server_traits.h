@@ -9,6 +9,7 @@
 #include "model/records/temporary_journal.h"
 #include "transport/curl/transfer_error.h"
 
+#include <chrono>
 #include <cstdint>
 #include <mutex>
 #include <optional>
@@ -45,6 +46,12 @@ public:
     enum class Mlst { untried, works, missing };
     [[nodiscard]] Mlst mlst() const;
     void learnMlst(Mlst learnt);
+
+    // How long the server has lately taken to reply to one command, the way there and back included. Nullopt before it
+    // was measured.
+    [[nodiscard]] std::optional<std::chrono::nanoseconds> replyTime() const;
+    void learnReplyTime(std::chrono::nanoseconds measured);
+    void repliesWithin(std::chrono::nanoseconds bound); // counts until the time itself was measured
 
     // True if bytes can be appended to a file (APPE).
     [[nodiscard]] bool appends() const;
@@ -114,6 +121,8 @@ private:
     bool sizes = true;
     bool unconfirmed = false;
     Mlst listsSingly = Mlst::untried;
+    std::optional<std::chrono::nanoseconds> commandTook;
+    std::optional<std::chrono::nanoseconds> commandTookLess;
     bool appendsFiles = true;
     bool modes = true;
     std::vector<TemporaryJournal::Entry> sent; // announced, neither gone nor left

@@ -194,7 +194,6 @@ void Shell::openEditor(const std::optional<Uuid>& id, bool onContents) {
             sheet->setAttribute(Qt::WA_DeleteOnClose);
             sheet->open();
         });
-    connect(editor, &ProfileEditor::moved, &window, &MainWindow::offerToSendAll);
     if (onContents) editor->openSyncContentsOnAppear();
     editor->open();
 }

@@ -16,6 +16,7 @@
 #include "ui/import/import_sheet.h"
 #include "ui/main_window/main_window.h"
 #include "ui/profile_editor/connection_fields.h"
+#include "ui/profile_editor/new_place_dialog.h"
 #include "ui/profile_editor/profile_editor.h"
 #include "ui/remote_changes/review_sheet.h"
 #include "ui/remote_folder/remote_folder_sheet.h"
@@ -232,7 +233,7 @@ private:
             clock.set(9h + 38min + 22s + std::chrono::seconds(number / 4));
             server.observer->fileBegins(files[number].path, files[number].fingerprint.size);
             server.observer->fileMoved(287'500);
-            compared(files[number], number % 100 > 0);
+            compared(files[number], number % 100 > 0 ? std::optional(ContentHash{}) : std::nullopt);
         }
         server.observer->fileBegins("assets/img/team/2026/autumn-retreat.webp", 300'700);
         clock.set(9h + 39min + 26s);
@@ -386,9 +387,10 @@ public:
             {"main-check-failed", mainSize, [this] { return mainWindow("Documentation"); }},
             {"main-paused", mainSize, [this] { return mainWindow("Photo archive"); }},
             {"welcome", mainSize, [this] { return shown(std::make_unique<MainWindow>(emptyBridge)); }},
-            {"editor-new", {880, 568}, [this] { return editor(std::nullopt); }},
-            {"editor-edit", {880, 656}, [this] { return editor(sites.id("Documentation")); }},
-            {"editor-trusted-key", {880, 656}, [this] { return editorWithKey(); }},
+            {"editor-new", {880, 616}, [this] { return editor(std::nullopt); }},
+            {"editor-edit", {880, 704}, [this] { return editor(sites.id("Documentation")); }},
+            {"editor-trusted-key", {880, 704}, [this] { return editorWithKey(); }},
+            {"new-place", {460, 0}, [] { return newPlace(); }},
             {"certificate", {640, 0}, [this] { return certificate(std::nullopt); }},
             {"certificate-changed", {640, 0}, [this] { return certificate(trustedKey()); }},
             {"picker-sync", {720, 776}, [this] { return picker(); }},
@@ -424,13 +426,7 @@ public:
     [[nodiscard]] std::vector<Screen> withMissingFiles() {
         sites.startLast();
         const char* const name = "Photo archive";
-        return {
-            {"main-missing-files", {980, 640}, [=, this] { return mainWindow(name); }},
-            {"confirm-send-all", {460, 0}, [=, this] {
-                 auto window = mainWindow(name);
-                 window->offerToSendAll(sites.id(name));
-                 return window;
-             }}};
+        return {{"main-missing-files", {980, 640}, [=, this] { return mainWindow(name); }}};
     }
 
     // These change the state of the first site.
@@ -476,6 +472,15 @@ private:
         auto opened = shown(std::make_unique<ProfileEditor>(bridge, context, id, nullptr));
         if (id) button(*opened, "Excluded files and folders").click();
         return opened;
+    }
+
+    [[nodiscard]] static std::unique_ptr<QWidget> newPlace() {
+        Profile before;
+        before.host = "ftp.example.org";
+        Profile now = before;
+        now.host = "ftp.example.net";
+        now.remoteFolder = "/www";
+        return shown(std::make_unique<NewPlaceDialog>(before, now, 640, [](NewPlace) {}));
     }
 
     [[nodiscard]] TrustedKey trustedKey() {

@@ -2,6 +2,7 @@
 #include "transport/publish/publishing.h"
 
 #include "platform/files.h"
+#include "platform/text.h"
 #include "support/local_site.h"
 #include "support/wait_for.h"
 
@@ -429,7 +430,7 @@ TEST(LateStep, EditBeforeALateRenameIsNotReplaced) {
 TEST(Stop, FinishesRenamesButDoesNotWaitForAHangingServer) {
     for (const bool hangs : {false, true}) {
         const testing::TemporaryFolder logs;
-        auto extra = hangs ? Words{"--hang", "RNTO"} : Words{"--delay", "0.05"};
+        auto extra = hangs ? Words{"--hang", "RNTO"} : Words{"--delay", "0.02"};
         extra.insert(extra.end(), {"--log", logs / "log"});
         FtpServer server(Kind::odd, {.extra = extra});
         const LocalSite site(server, {{"a", "1"}, {"b", "2"}});
@@ -447,6 +448,32 @@ TEST(Stop, FinishesRenamesButDoesNotWaitForAHangingServer) {
         if (hangs) continue;
         EXPECT_EQ(story.published.size(), 2U);
         EXPECT_EQ(testing::readTree(server.root() / "site"), site.files());
+    }
+}
+
+// The server takes 0.1 s for each command, so no more than ten lie between the answer about a live file and its rename.
+TEST(LateStep, AnswersAreFreshOverASlowLine) {
+    const testing::TemporaryFolder logs;
+    FtpServer server(Kind::odd, {.extra = {"--delay", "0.1", "--log", logs / "log"}});
+    const LocalSite site(server, {{"a", "1"}, {"b", "1"}, {"c", "1"}, {"d", "1"}, {"e", "1"}});
+    const auto transport = site.transport();
+    std::vector<FileToPublish> wanted;
+    for (const auto& [path, content] : site.files()) wanted.push_back(site.toPublish(path));
+    Story story;
+    EXPECT_TRUE(publish(transport, wanted, story.events()));
+    EXPECT_EQ(story.published.size(), wanted.size());
+    EXPECT_EQ(testing::readTree(server.root() / "site"), site.files());
+    const std::string log = readFile(logs / "log").value();
+    std::map<std::string_view, std::size_t> asked;
+    std::size_t number = 0;
+    for (const auto line : split(log, '\n')) {
+        ++number;
+        const auto words = splitNonEmpty(line, ' ');
+        if (words.size() < 2) continue;
+        if (words[0] == "MLST" || words[0] == "MDTM") asked[words[1]] = number;
+        if (words[0] == "RNTO") {
+            EXPECT_LE(number - asked.at(words[1]), 10U) << log;
+        }
     }
 }
 

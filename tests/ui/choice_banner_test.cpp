@@ -57,7 +57,7 @@ TEST_F(ChoiceInWindow, NothingIsUploadedBeforeTheChoice) {
         .watch = [](const auto&, const auto&) {},
         .compareContents =
             [](const FTPTransport& server, const auto& files, const auto& compared) {
-                compared(files.back(), false);
+                compared(files.back(), std::nullopt);
                 while (!server.control->isStopped()) std::this_thread::yield();
                 throw Cancelled();
             }};

@@ -104,6 +104,7 @@ void eachField(Maybe<ProfileStatus> auto& status, const auto& visit) {
     visit("failure", status.failure);
     visit("outlook", status.outlook);
     visit("waiting", status.waiting);
+    visit("contentsUnchanged", status.contentsUnchanged);
 }
 
 void eachField(Maybe<answer::Choice> auto& choice, const auto& visit) {

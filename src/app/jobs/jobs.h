@@ -119,6 +119,7 @@ private:
     void apply(const event::Activity& event, const Uuid& id);
     void apply(const event::FilesRefused& event, const Uuid& id);
     void apply(const event::Uploaded& event, const Uuid& id);
+    void apply(const event::ContentsUnchanged& event, const Uuid& id);
     void apply(const event::Baseline& event, const Uuid& id);
     void apply(const event::Downloaded& event, const Uuid& id);
     void apply(const event::RemoteDate& event, const Uuid& id);

@@ -1,6 +1,8 @@
 // How what a worker reports becomes part of the records and statuses.
 #include "app/jobs/jobs.h"
 
+#include "sync/unchanged_contents.h"
+
 #include <algorithm>
 #include <cassert>
 
@@ -52,6 +54,17 @@ void Jobs::apply(const event::Uploaded& event, const Uuid& id) {
     parts.statuses.countFileDone(id);
     parts.statuses.log(id, "Uploaded " + event.path, Activity::Kind::uploaded, event.path);
     if (parts.reviews.unsettled(id).missing.erase(event.path) > 0) publishReview(id);
+    parts.records.saveSoon(id);
+}
+
+void Jobs::apply(const event::ContentsUnchanged& event, const Uuid& id) {
+    const auto files = static_cast<std::int64_t>(event.files.size());
+    for (const auto& [path, fingerprint] : event.files) parts.records.recordFile(id, path, fingerprint);
+    parts.statuses.change(id, [files](ProfileStatus& status) {
+        status.contentsUnchanged += files;
+        status.pending = std::max<std::int64_t>(status.pending - files, 0);
+    });
+    parts.statuses.log(id, unchangedContentsLine(static_cast<std::uint64_t>(files)));
     parts.records.saveSoon(id);
 }
 

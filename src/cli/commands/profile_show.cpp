@@ -79,6 +79,7 @@ void printDetails(const SavedState& state, const Profile& profile, Output& outpu
     details.add("Remote folder", profile.remoteFolder);
     details.add("Local folder", profile.localFolder);
     details.add("Enabled", profile.enabled ? "yes" : "no");
+    details.add("Compares contents", profile.compareContents ? "yes" : "no");
     details.add("Initial download", profile.needsDownload ? "pending" : "not needed");
     if (profile.needsDownload && profile.initialDownloadSelection) {
         details.add("Downloads", *profile.initialDownloadSelection);

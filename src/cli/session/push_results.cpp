@@ -7,6 +7,7 @@
 #include "cli/text/review_text.h"
 #include "platform/clock.h"
 #include "platform/text.h"
+#include "sync/unchanged_contents.h"
 
 namespace zembrastel::cli {
 
@@ -26,17 +27,22 @@ void printUploaded(const Profile& profile, const std::string& path, Output& outp
     }
 }
 
-void printPushed(const Profile& profile, std::size_t sentFiles, bool lacksFiles, Output& output) {
+void printPushed(const Profile& profile, const Pushed& pushed, Output& output) {
+    const auto [files, sameContents, lacksFiles] = pushed;
     if (output.json()) {
         if (lacksFiles) return;
         auto object = JsonLine::forProfile("pushed", profile);
-        output.line(object.number("files", sentFiles));
-    } else if (sentFiles == 0 && lacksFiles) {
+        object.number("files", files);
+        if (sameContents > 0) object.number("sameContents", sameContents);
+        return output.line(object);
+    }
+    if (sameContents > 0) output.line(unchangedContentsLine(sameContents));
+    if (files == 0 && lacksFiles) {
         output.line("Nothing has changed in " + inQuotes(profile.name) + ".");
-    } else if (sentFiles == 0) {
+    } else if (files == 0) {
         output.line("Nothing to push: the server has all of " + inQuotes(profile.name) + ".");
     } else {
-        output.line("Pushed " + inQuotes(profile.name) + ": " + counted(sentFiles, "file") + ".");
+        output.line("Pushed " + inQuotes(profile.name) + ": " + counted(files, "file") + ".");
     }
 }
 

@@ -50,16 +50,21 @@ std::size_t readPiece(int file, std::uint64_t from, std::span<char> to, const st
     return length;
 }
 
-// Piece by piece: the files may be larger than the memory.
-bool haveSameBytes(int a, const std::filesystem::path& nameOfA, int b, const std::filesystem::path& nameOfB) {
+// The hash of the bytes of both files; nullopt if they differ. Piece by piece: the files may be larger than the memory.
+std::optional<ContentHash> hashIfSame(
+    int a, const std::filesystem::path& nameOfA, int b, const std::filesystem::path& nameOfB) {
     constexpr std::size_t piece = std::size_t{256} << 10;
     std::vector<char> ofA(piece);
     std::vector<char> ofB(piece);
+    ContentHasher hasher;
     for (std::uint64_t from = 0;; from += piece) {
         const auto length = readPiece(a, from, ofA, nameOfA);
-        if (readPiece(b, from, ofB, nameOfB) != length) return false;
-        if (!std::equal(ofA.begin(), ofA.begin() + static_cast<std::ptrdiff_t>(length), ofB.begin())) return false;
-        if (length < piece) return true;
+        if (readPiece(b, from, ofB, nameOfB) != length) return std::nullopt;
+        if (!std::equal(ofA.begin(), ofA.begin() + static_cast<std::ptrdiff_t>(length), ofB.begin())) {
+            return std::nullopt;
+        }
+        hasher.add({ofA.data(), length});
+        if (length < piece) return hasher.hash();
     }
 }
 
@@ -85,7 +90,7 @@ public:
                 [this, &result, number](const BlockOutcome& outcome) {
                     if (isRefused(number, outcome)) return;
                     showProgress(number);
-                    result(files[number], outcome.succeeded() && isEqual(number));
+                    result(files[number], outcome.succeeded() ? hashIfEqual(number) : std::nullopt);
                     (void)!::ftruncate(fetched[number].get(), 0); // its room is needed for the next files
                     ++compared;
                 },
@@ -128,13 +133,13 @@ private:
         transport.observer->fileMoved(static_cast<std::uint64_t>(attributes.st_size));
     }
 
-    [[nodiscard]] bool isEqual(std::size_t number) const {
+    [[nodiscard]] std::optional<ContentHash> hashIfEqual(std::size_t number) const {
         const auto& [path, fingerprint] = files[number];
         const auto place = LocalPlace::resolve(transport.profile.localFolder, path);
-        if (place.fingerprint() != fingerprint) return false;
+        if (place.fingerprint() != fingerprint) return std::nullopt;
         const Descriptor here = place.parent->openForReading(place.name);
-        return haveSameBytes(here.get(), place.url, fetched[number].get(), folder.path() / nameOf(number))
-               && place.fingerprint() == fingerprint;
+        const auto hash = hashIfSame(here.get(), place.url, fetched[number].get(), folder.path() / nameOf(number));
+        return place.fingerprint() == fingerprint ? hash : std::nullopt;
     }
 
     const FTPTransport& transport;
@@ -158,15 +163,15 @@ void throwIfRefused(const std::vector<std::string>& paths) {
 
 } // namespace
 
-std::set<std::string, std::less<>> FTPTransport::filesWithEqualContents(
+ContentHashes FTPTransport::filesWithEqualContents(
     const std::vector<FileToCompare>& files, const Compared& compared) const {
-    std::set<std::string, std::less<>> equal;
+    ContentHashes equal;
     std::span<const FileToCompare> left(files);
     Persistence persistence(*traits);
     std::vector<std::string> refused;
-    const Compared result = [&](const FileToCompare& file, bool isEqual) {
-        if (isEqual) equal.insert(file.path);
-        if (compared) compared(file, isEqual);
+    const Compared result = [&](const FileToCompare& file, const std::optional<ContentHash>& hash) {
+        if (hash) equal.emplace(file.path, *hash);
+        if (compared) compared(file, hash);
     };
     while (!left.empty()) {
         control->check();

@@ -18,6 +18,7 @@
 #include <fcntl.h>
 #include <optional>
 #include <poll.h>
+#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -30,6 +31,10 @@ constexpr const char* withoutWords = "Transfer failed.";
 constexpr const char* listingTooLong = "The server's directory listing is too long.";
 constexpr const char* fileTooLong = "The server's file is too long.";
 constexpr std::chrono::milliseconds stopInterval{50};
+
+// curl writes its standard error byte by byte. After the first byte the others are waited for, since to wake up for
+// each costs this program and curl more time than all else that they do for a small file.
+constexpr std::chrono::microseconds gatherInterval{100};
 
 // How exactly the end of a block is dated.
 constexpr std::chrono::milliseconds readInterval{200};
@@ -59,15 +64,25 @@ std::string keyChanged(const Profile& profile) {
            + " has changed. It is not the one that this profile trusts. Nothing has been sent, not even the password.";
 }
 
-// Two numbers.
-void readCodes(std::string_view text, BlockOutcome& outcome) {
+// Three numbers: curl's code, the server's, and seconds.
+void readEnd(std::string_view text, BlockOutcome& outcome) {
     int code = 0;
     int reply = 0;
+    double seconds = 0;
     const char* end = text.data() + text.size();
+    const auto next = [end](const char* at) { return at == end ? at : at + 1; };
     const auto first = std::from_chars(text.data(), end, code);
-    if (first.ptr != end) std::from_chars(first.ptr + 1, end, reply);
+    const auto second = std::from_chars(next(first.ptr), end, reply);
+    std::from_chars(next(second.ptr), end, seconds);
     outcome.code = CurlCode(code);
     outcome.reply = FtpReply(reply);
+    outcome.took = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::duration<double>(seconds));
+}
+
+// Twelve random digits: short, since curl writes each byte by a system call.
+std::string newMark() {
+    constexpr std::size_t length = 13;
+    return Uuid::random().text().substr(0, length);
 }
 
 struct Pipe {
@@ -93,7 +108,7 @@ struct Stream : Pipe {
             const ssize_t size = ::read(reading.get(), piece.data(), piece.size());
             if (size > 0) {
                 text.append(piece.data(), static_cast<std::size_t>(size));
-                if (text.size() > maxBlockOutput) return;
+                if (static_cast<std::size_t>(size) < piece.size() || text.size() > maxBlockOutput) return;
                 continue;
             }
             if (size < 0 && errno == EINTR) continue;
@@ -148,7 +163,7 @@ public:
         begin();
         while (goesOn && (output.reading || errors.reading)) {
             await();
-            notBefore = std::exchange(lastRead, sinceBoot());
+            readBefore = std::exchange(lastRead, sinceBoot());
             if (errors.reading) errors.read();
             if (output.reading) output.read();
             dropReported();
@@ -173,7 +188,8 @@ private:
         for (const auto& block : blocks) {
             if (!text.empty()) text += "next\n";
             const std::string facts = block.facts.empty() ? "" : factsMark + block.facts;
-            const std::string writeOut = mark + "%{stderr}" + facts + mark + "%{exitcode} %{response_code}\n";
+            const std::string writeOut =
+                mark + "%{stderr}" + facts + mark + "%{exitcode} %{response_code} %{time_total}\n";
             if (block.pause) {
                 text += pauseConfiguration(gateFile, writeOut);
                 continue;
@@ -193,6 +209,7 @@ private:
         if (events.look) limit = std::min(limit, observationInterval);
         if (atStop == TransferControl::AtStop::lastsOut) limit = stopInterval;
         const int ready = ::poll(streams.data(), streams.size(), static_cast<int>(limit.count()));
+        if (ready > 0) std::this_thread::sleep_for(gatherInterval);
         if (events.look && Time::now() - looked >= observationInterval) {
             looked = Time::now();
             events.look(curl);
@@ -238,8 +255,11 @@ private:
             const auto end = at == std::string::npos ? at : errors.text.find('\n', at);
             if (end == std::string::npos) return;
             output.read(); // what came since
-            BlockOutcome outcome{.words = errors.text.substr(0, at), .notBefore = notBefore};
-            readCodes(std::string_view(errors.text).substr(at + mark.size(), end - at - mark.size()), outcome);
+            BlockOutcome outcome{
+                .words = errors.text.substr(0, at),
+                .notBegunAt = std::exchange(endedBefore, readBefore),
+                .notEndedAt = readBefore};
+            readEnd(std::string_view(errors.text).substr(at + mark.size(), end - at - mark.size()), outcome);
             errors.text.erase(0, end + 1);
             if (const auto facts = outcome.words.find(factsMark); facts != std::string::npos) {
                 outcome.facts = outcome.words.substr(facts + factsMark.size());
@@ -287,8 +307,8 @@ private:
     TransferControl& control;
     const ConversationEvents& events;
     const std::vector<TransferBlock>& blocks;
-    const std::string mark = Uuid::random().text();
-    const std::string factsMark = Uuid::random().text();
+    const std::string mark = newMark();
+    const std::string factsMark = newMark();
     const std::string configuration;
     Stream output;
     Stream errors;
@@ -296,7 +316,8 @@ private:
     ChildProcess curl;
     std::size_t current = 0; // block
     std::chrono::nanoseconds lastRead = sinceBoot();
-    std::chrono::nanoseconds notBefore = lastRead;
+    std::chrono::nanoseconds readBefore = lastRead;  // the reading before the last one
+    std::chrono::nanoseconds endedBefore = lastRead; // the block before had not ended yet
     std::size_t marksToCome = 0;
     TransferControl::AtStop atStop = TransferControl::AtStop::ends;
     bool goesOn = true;

@@ -50,15 +50,17 @@ struct TransferPlan {
 // How one block ended.
 struct BlockOutcome {
     CurlCode code = CurlCode::ok;
-    FtpReply reply = FtpReply::none; // the server's last one
-    std::string output{};            // what it wrote to its standard output; empty unless it succeeded
-    std::string message{};           // for the user, the password masked; empty if the block succeeded
-    std::string facts{};             // the requested ones
-    std::string words{};             // curl's unchanged standard error, which may contain the password
+    FtpReply reply = FtpReply::none;  // the server's last one
+    std::string output{};             // what it wrote to its standard output; empty unless it succeeded
+    std::string message{};            // for the user, the password masked; empty if the block succeeded
+    std::string facts{};              // the requested ones
+    std::string words{};              // curl's unchanged standard error, which may contain the password
+    std::chrono::microseconds took{}; // by curl's clock; 0 if curl ended in it
 
-    // A moment, in time since boot, at which the block had not ended yet: at most 0.2 s before its end, or more if the
-    // program was suspended meanwhile.
-    std::chrono::nanoseconds notBefore{};
+    // Moments, in time since boot, at which the block had not begun yet, and had not ended yet: each at most 0.2 s
+    // early, or more if the program was suspended meanwhile.
+    std::chrono::nanoseconds notBegunAt{};
+    std::chrono::nanoseconds notEndedAt{};
 
     [[nodiscard]] bool succeeded() const { return code == CurlCode::ok; }
 };

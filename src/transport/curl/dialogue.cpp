@@ -13,6 +13,8 @@ void Dialogue::add(TransferBlock block, Ended ended, std::function<void()> begin
         block.options.push_back({"tls-max", "1.2"});
     }
     const bool data = std::ranges::none_of(block.options, [](const auto& option) { return option.key == "head"; });
+    const auto commands = std::ranges::count(block.options, "quote", &TransferOption::key);
+    const bool listing = block.directory && data;
     // This curl waits for a timer before it goes on with a protected data connection, and has no other one that is so
     // short. The first block keeps the default: there the option is about the addresses of the server.
     if (data && !plan.blocks.empty() && transport.profile.transport != TransferProtocol::ftp) {
@@ -23,12 +25,17 @@ void Dialogue::add(TransferBlock block, Ended ended, std::function<void()> begin
         if (begins) begins();
         return true;
     };
-    steps.push_back({.begins = std::move(begin), .ended = std::move(ended), .data = data});
+    steps.push_back(
+        {.begins = std::move(begin),
+         .ended = std::move(ended),
+         .data = data,
+         .commands = data ? 0 : static_cast<std::size_t>(commands),
+         .listing = listing});
 }
 
 void Dialogue::addPause(std::function<bool()> decide, TransferControl::AtStop atStop) {
     plan.blocks.push_back({.path = "", .pause = true, .atStop = atStop});
-    steps.push_back({.begins = std::move(decide), .ended = {}, .data = false});
+    steps.push_back({.begins = std::move(decide), .ended = {}, .data = false, .commands = 0, .listing = false});
 }
 
 void Dialogue::hold(
@@ -62,8 +69,19 @@ bool Dialogue::take(std::size_t block, const BlockOutcome& outcome) {
     }
     if (plan.blocks[block].pause) return true;
     progressed = true;
+    learnReplyTime(block, outcome.took);
     steps[block].ended(outcome);
     return !over;
+}
+
+// The first block has the login as well.
+void Dialogue::learnReplyTime(std::size_t block, std::chrono::nanoseconds took) const {
+    constexpr std::size_t ofEachBlock = 1;         // the command that every operation begins with
+    constexpr std::size_t roundTripsOfListing = 5; // at least: EPSV, MLSD and its two replies
+    const std::size_t commands = steps[block].commands;
+    if (block == 0) return;
+    if (commands > 0) transport.traits->learnReplyTime(took / (ofEachBlock + commands));
+    if (steps[block].listing) transport.traits->repliesWithin(took / roundTripsOfListing);
 }
 
 void Persistence::brokeOff(const Dialogue& dialogue, bool progressed) {

@@ -7,6 +7,8 @@
 #include "transport/publish/publish_decision.h"
 #include "transport/server_traits.h"
 
+#include <chrono>
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -48,11 +50,14 @@ private:
     struct Step {
         std::function<bool()> begins;
         Ended ended;
-        bool data; // over a data connection
+        bool data;            // over a data connection
+        std::size_t commands; // sent one after another, if the block has nothing else
+        bool listing;
     };
 
     [[nodiscard]] DataConnection connectionOf(std::size_t block) const;
     bool take(std::size_t block, const BlockOutcome& outcome);
+    void learnReplyTime(std::size_t block, std::chrono::nanoseconds took) const;
 
     const FTPTransport& transport;
     TransferPlan plan{};

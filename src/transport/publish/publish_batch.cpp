@@ -15,9 +15,6 @@
 namespace zembrastel {
 namespace {
 
-// Files that go live together.
-constexpr std::size_t groupLength = 64;
-
 std::string incompleteMessage(const Item& item) {
     const auto& path = item.file.path;
     if (!item.copy.size) {
@@ -26,15 +23,6 @@ std::string incompleteMessage(const Item& item) {
     }
     return "The server stored " + std::to_string(*item.copy.size) + " bytes of " + path + ", which has "
            + std::to_string(item.expected()) + ". The live file was not replaced; the upload will be retried.";
-}
-
-std::vector<Items> inGroups(const Items& items) {
-    std::vector<Items> groups;
-    for (std::size_t done = 0; done < items.size(); done += groupLength) {
-        const auto begin = items.begin() + static_cast<std::ptrdiff_t>(done);
-        groups.emplace_back(begin, begin + static_cast<std::ptrdiff_t>(std::min(groupLength, items.size() - done)));
-    }
-    return groups;
 }
 
 } // namespace
@@ -98,6 +86,7 @@ void Batch::stage(Item& item) {
         const std::string copy = "upload" + (item.number == 0 ? "" : std::to_string(item.number));
         stagedCopies.push_back(stageCopy(
             transport.profile.localFolder, item.file.path, item.file.fingerprint, staging, copy, *transport.control));
+        if (events.staged) events.staged(item.file, copyOf(item));
         takeBeginning(item);
     } catch (const Cancelled&) {
         throw;
@@ -123,8 +112,18 @@ void Batch::sendAndAsk() {
     } else {
         planToPublish(dialogue, open, {});
     }
-    hold(dialogue);
-    settleRenamed(all({Stage::renamed}));
+    try {
+        hold(dialogue);
+    } catch (const Cancelled&) {
+        settleRenamed(all({Stage::renamed})); // the server has confirmed as much
+        throw;
+    }
+    if (dialogue.broken) {
+        settleRenamed(all({Stage::renamed}));
+    } else {
+        // The conversation was ended before it asked what became of them.
+        for (auto* item : all({Stage::renamed})) item->stage = Stage::renaming;
+    }
     for (auto* item : planned) withdraw(*item);
     if (dialogue.broken) breakDown(dialogue);
     planned.clear();
@@ -137,7 +136,7 @@ void Batch::planToSend(Dialogue& dialogue) {
         !setsModes && std::ranges::none_of(planned, [this](const Item* item) { return goesInParts(*item); });
     if (traits.login() == ServerTraits::Login::oneTransfer) planned.resize(1);
     if (!publishes && planned.size() > groupLength) planned.resize(groupLength);
-    const auto groups = inGroups(planned);
+    const auto groups = inGroups(planned, groupLength);
     for (std::size_t number = 0; number < groups.size(); ++number) {
         for (auto* item : groups[number]) send(dialogue, *item);
         if (publishes)

@@ -10,6 +10,7 @@
 #include "transport/publish/publishing.h"
 
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <initializer_list>
 #include <optional>
@@ -46,6 +47,9 @@ private:
     // The number of sends, of renames and of interruptions of one file after which it counts as failed.
     static constexpr int maxAttempts = 3;
 
+    // Files that are sent before they go live together, or, over a slow line, soon after one another.
+    static constexpr std::size_t groupLength = 64;
+
     using Stage = Item::Stage;
 
     [[nodiscard]] Items all(std::initializer_list<Stage> stages);
@@ -71,8 +75,11 @@ private:
 
     [[nodiscard]] bool mayPublish(const Items& group);
     void announce(const Items& group);
-    [[nodiscard]] bool isOutdated(Item& first);
+    [[nodiscard]] bool isOutdated(const Items& group);
+    [[nodiscard]] std::size_t mostAtOnce() const;
+    [[nodiscard]] std::size_t commandsToRename() const { return traits.changesModes() ? 3 : 2; }
     void addRenames(Dialogue& dialogue, const Items& chosen);
+    void askAfterwards(Dialogue& dialogue, const Items& chosen);
     void rename(Dialogue& dialogue, const std::string& folder, const Items& within);
     [[nodiscard]] std::vector<TransferOption> renamingOf(const Item& item) const;
     void settleRenamed(const Items& chosen);

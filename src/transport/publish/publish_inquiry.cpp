@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <map>
 #include <utility>
 
 namespace zembrastel {
@@ -43,21 +44,38 @@ RemoteFacts readFacts(const Replies& replies, std::size_t number, Mlst asked, Se
 
 Inquiry::Inquiry(const FTPTransport& used) : transport(used), traits(*used.traits) {}
 
+std::size_t Inquiry::commandsForEach() const { return traits.mlst() == Mlst::missing ? 2 : 1; }
+
 void Inquiry::ask(Dialogue& dialogue, const Items& items) {
     const auto folders = byFolder(items);
+    if (folders.size() > 1) {
+        askAboutCopies(dialogue, {items});
+        askAboutLive(dialogue, items);
+        return;
+    }
     for (const auto& [folder, within] : folders) {
         auto questions = questionsOf(within, false);
         // The live files come last, so that these answers are as fresh as can be when the renames follow.
-        if (folders.size() == 1) std::ranges::move(questionsOf(within, true), std::back_inserter(questions));
+        std::ranges::move(questionsOf(within, true), std::back_inserter(questions));
         askSingly(dialogue, folder, questions);
+        askByListing(dialogue, folder, within);
     }
-    for (const auto& [folder, within] : folders) {
-        if (folders.size() > 1) askSingly(dialogue, folder, questionsOf(within, true));
-        Items listed;
-        std::ranges::copy_if(within, std::back_inserter(listed), [&](Item* item) {
-            return asks(*item, Way::listing, 2 * within.size());
-        });
-        if (!listed.empty()) askByListing(dialogue, folder, listed);
+}
+
+void Inquiry::askAboutCopies(Dialogue& dialogue, const std::vector<Items>& parts) {
+    std::map<std::string, std::vector<Question>> folders;
+    for (const auto& part : parts) {
+        for (const auto& [folder, within] : byFolder(part)) {
+            std::ranges::move(questionsOf(within, false), std::back_inserter(folders[folder]));
+        }
+    }
+    for (const auto& [folder, questions] : folders) askSingly(dialogue, folder, questions);
+}
+
+void Inquiry::askAboutLive(Dialogue& dialogue, const Items& part) {
+    for (const auto& [folder, within] : byFolder(part)) {
+        askSingly(dialogue, folder, questionsOf(within, true));
+        askByListing(dialogue, folder, within);
     }
 }
 
@@ -68,12 +86,9 @@ std::vector<Inquiry::Question> Inquiry::questionsOf(const Items& within, bool li
         if (!asks(*item, Way::single, 2 * within.size())) continue;
         auto& answer = item->by(Way::single);
         if (live) {
-            questions.push_back({item->name, [this, &answer](const RemoteFacts& facts) {
-                                     answer.live = facts;
-                                     answered = arrived;
-                                 }});
+            questions.push_back({item->name, true, [&answer](const RemoteFacts& facts) { answer.live = facts; }});
         } else if (!answer.copy) {
-            questions.push_back({item->temporary, [&answer](const RemoteFacts& facts) { answer.copy = facts; }});
+            questions.push_back({item->temporary, false, [&answer](const RemoteFacts& facts) { answer.copy = facts; }});
         }
     }
     return questions;
@@ -93,7 +108,7 @@ void Inquiry::askAfter(Dialogue& dialogue, const Items& renamed, const Answered&
         }
         std::vector<Question> questions;
         for (auto* item : within) {
-            questions.push_back({item->name, [item](const RemoteFacts& facts) { item->after = facts; }});
+            questions.push_back({item->name, false, [item](const RemoteFacts& facts) { item->after = facts; }});
         }
         askSingly(dialogue, folder, questions, TransferControl::AtStop::lastsOut, [then, within] { then(within); });
     }
@@ -132,6 +147,13 @@ bool Inquiry::isCertain(Item& item) {
            && (isLive(item) || verdict(item.expected(), item.copy, item.lastSeen, item.live) == Verdict::publish);
 }
 
+// Of several answers in one block the first one may be as old as the block.
+void Inquiry::date(const BlockOutcome& outcome, std::size_t liveFiles) {
+    if (liveFiles == 0) return;
+    const auto oldest = liveFiles == 1 ? outcome.notEndedAt : outcome.notBegunAt;
+    answered = answered ? std::min(*answered, oldest) : oldest;
+}
+
 // By commands of its own, which take half of the round trips of curl's "head".
 void Inquiry::askSingly(
     Dialogue& dialogue, const std::string& folder, const std::vector<Question>& questions,
@@ -148,7 +170,7 @@ void Inquiry::askSingly(
     auto block = commandsIn(folder, commands);
     block.atStop = atStop;
     dialogue.add(std::move(block), [this, questions, mlst, count, then](const BlockOutcome& outcome) {
-        arrived = outcome.notBefore;
+        date(outcome, static_cast<std::size_t>(std::ranges::count(questions, true, &Question::live)));
         const Replies replies(outcome, count);
         const std::size_t each = count / questions.size();
         for (std::size_t i = 0; i < questions.size(); ++i) {
@@ -158,10 +180,15 @@ void Inquiry::askSingly(
     });
 }
 
-void Inquiry::askByListing(Dialogue& dialogue, const std::string& folder, const Items& listed) {
+// As far as these files are to be asked about by a listing.
+void Inquiry::askByListing(Dialogue& dialogue, const std::string& folder, const Items& within) {
+    Items listed;
+    std::ranges::copy_if(
+        within, std::back_inserter(listed), [&](Item* item) { return asks(*item, Way::listing, 2 * within.size()); });
+    if (listed.empty()) return;
     dialogue.add(listingOf(folder), [this, listed](const BlockOutcome& outcome) {
         const Listing found(outcome);
-        answered = outcome.notBefore;
+        date(outcome, listed.size());
         if (!found.isReadable() && !found.isCut()) {
             traits.lacksMLSD();
             traits.learnFromFailedMLSD(outcome.reply);

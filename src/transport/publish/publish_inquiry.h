@@ -7,6 +7,7 @@
 #include "transport/publish/publish_item.h"
 
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <string>
@@ -22,6 +23,10 @@ public:
     // Several files of one folder are asked about by a listing.
     void ask(Dialogue& dialogue, const Items& items);
 
+    // The same for several such calls, beginning with the copies, which do not have to be asked about so late.
+    void askAboutCopies(Dialogue& dialogue, const std::vector<Items>& parts);
+    void askAboutLive(Dialogue& dialogue, const Items& part);
+
     // The same about live files alone, after their renaming: the answers are in Item::after. `then` is called in the
     // conversation, with the files of one folder. A stop lets these blocks finish.
     using Answered = std::function<void(const Items& items)>;
@@ -31,14 +36,18 @@ public:
     // both are used the next time, in one conversation.
     [[nodiscard]] bool isAnswered(Item& item) const;
 
-    // The last answer about a live file is not older than this, in time since boot.
-    std::chrono::nanoseconds answered{};
+    // The commands that ask about one live file.
+    [[nodiscard]] std::size_t commandsForEach() const;
+
+    // No answer about a live file is older than this, in time since boot: of those that came since it was cleared.
+    std::optional<std::chrono::nanoseconds> answered;
 
 private:
-    std::chrono::nanoseconds arrived{}; // of the answers that are being read, see BlockOutcome::notBefore
+    void date(const BlockOutcome& outcome, std::size_t liveFiles);
 
     struct Question {
         std::string name;
+        bool live; // before it is replaced
         std::function<void(const RemoteFacts& facts)> take;
     };
 
@@ -50,7 +59,7 @@ private:
     void askSingly(
         Dialogue& dialogue, const std::string& folder, const std::vector<Question>& questions,
         TransferControl::AtStop atStop = TransferControl::AtStop::ends, const std::function<void()>& then = {});
-    void askByListing(Dialogue& dialogue, const std::string& folder, const Items& listed);
+    void askByListing(Dialogue& dialogue, const std::string& folder, const Items& within);
 
     const FTPTransport& transport;
     ServerTraits& traits;

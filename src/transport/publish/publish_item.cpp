@@ -1,5 +1,7 @@
 #include "transport/publish/publish_item.h"
 
+#include <algorithm>
+
 namespace zembrastel {
 
 using Presence = RemoteFacts::Presence;
@@ -8,6 +10,15 @@ std::map<std::string, Items> byFolder(const Items& items) {
     std::map<std::string, Items> folders;
     for (auto* item : items) folders[item->folder].push_back(item);
     return folders;
+}
+
+std::vector<Items> inGroups(const Items& items, std::size_t length) {
+    std::vector<Items> groups;
+    for (std::size_t done = 0; done < items.size(); done += length) {
+        const auto begin = items.begin() + static_cast<std::ptrdiff_t>(done);
+        groups.emplace_back(begin, begin + static_cast<std::ptrdiff_t>(std::min(length, items.size() - done)));
+    }
+    return groups;
 }
 
 PublishFailure failureFrom(const BlockOutcome& outcome) {

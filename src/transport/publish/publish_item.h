@@ -86,6 +86,9 @@ using Items = std::vector<Item*>;
 
 [[nodiscard]] std::map<std::string, Items> byFolder(const Items& items);
 
+// In groups of so many, the last one excepted.
+[[nodiscard]] std::vector<Items> inGroups(const Items& items, std::size_t length);
+
 // The failure of a file for which a block ended so.
 [[nodiscard]] PublishFailure failureFrom(const BlockOutcome& outcome);
 

@@ -11,8 +11,14 @@
 namespace zembrastel {
 namespace {
 
-// From the answer about the live files to the renames.
+// From the answers about the live files to the first of the renames, and to the last.
 constexpr std::chrono::milliseconds longestTrust{700};
+constexpr std::chrono::milliseconds longestBlindness{1000};
+
+// The line may become slower after a group was made.
+using Seconds = std::chrono::duration<double>;
+constexpr Seconds plannedBlindness{0.75};
+
 constexpr int maxTimesOutdated = 10;
 
 std::string octal(unsigned mode) {
@@ -32,16 +38,35 @@ void Batch::planToPublish(Dialogue& dialogue, const Items& group, const Items& n
         item->plannedMode = traits.changesModes() ? modeToKeep(*item) : std::nullopt;
         item->forgetLive();
     }
-    dialogue.addPause([] { return true; }, TransferControl::AtStop::ends);
-    inquiry.ask(dialogue, group);
-    dialogue.addPause(
-        [this, group, next] {
-            if (!mayPublish(group)) return false;
-            mayBeSent(next);
-            return true;
-        },
-        TransferControl::AtStop::lastsOut);
-    addRenames(dialogue, group);
+    const auto parts = inGroups(group, mostAtOnce());
+    if (parts.size() > 1) inquiry.askAboutCopies(dialogue, parts);
+    for (const auto& part : parts) {
+        const bool last = &part == &parts.back();
+        dialogue.addPause(
+            [this] {
+                inquiry.answered.reset();
+                return true;
+            },
+            TransferControl::AtStop::ends);
+        parts.size() > 1 ? inquiry.askAboutLive(dialogue, part) : inquiry.ask(dialogue, part);
+        dialogue.addPause(
+            [this, part, next = last ? next : Items()] {
+                if (!mayPublish(part)) return false;
+                mayBeSent(next);
+                return true;
+            },
+            TransferControl::AtStop::lastsOut);
+        addRenames(dialogue, part);
+    }
+    askAfterwards(dialogue, group);
+}
+
+// Of so many files the first answer is not too old when the last file is renamed.
+std::size_t Batch::mostAtOnce() const {
+    const auto reply = traits.replyTime();
+    if (!reply) return groupLength;
+    const Seconds each = *reply * static_cast<double>(inquiry.commandsForEach() + commandsToRename());
+    return static_cast<std::size_t>(std::clamp(plannedBlindness / each, 1.0, static_cast<double>(groupLength)));
 }
 
 bool Batch::mayPublish(const Items& group) {
@@ -52,7 +77,7 @@ bool Batch::mayPublish(const Items& group) {
                 && std::ranges::any_of(group, [](const Item* item) { return modeToKeep(*item) != item->plannedMode; });
     if (setsModes) return false;
     announce(group);
-    if (isOutdated(*group.front())) return false;
+    if (isOutdated(group)) return false;
     for (auto* item : group) {
         item->stage = Stage::renaming;
         item->copyBefore = item->copy;
@@ -83,7 +108,10 @@ void Batch::addRenames(Dialogue& dialogue, const Items& chosen) {
             rename(dialogue, folder, within);
         }
     }
-    // Servers have confirmed renames that they had not done.
+}
+
+// Servers have confirmed renames that they had not done.
+void Batch::askAfterwards(Dialogue& dialogue, const Items& chosen) {
     const auto open = std::make_shared<std::size_t>(byFolder(chosen).size());
     inquiry.askAfter(dialogue, chosen, [this, chosen, open](const Items&) {
         if (--*open == 0) settleRenamed(chosen); // together, so that they are reported in the order of the paths
@@ -91,10 +119,16 @@ void Batch::addRenames(Dialogue& dialogue, const Items& chosen) {
 }
 
 // No live file is replaced on the strength of an old answer: the machine may have been suspended since, or its disk
-// slow with what `goingLive` writes. Then the server is asked again.
-bool Batch::isOutdated(Item& first) {
-    if (sinceBoot() - inquiry.answered <= longestTrust) return false;
+// slow with what `goingLive` writes, or the line slower than the group was made for. Then the server is asked again.
+bool Batch::isOutdated(const Items& group) {
+    if (inquiry.answered) {
+        const auto age = sinceBoot() - *inquiry.answered;
+        const Seconds renaming = traits.replyTime().value_or(std::chrono::nanoseconds{})
+                                 * static_cast<double>(group.size() * commandsToRename());
+        if (age <= longestTrust && (group.size() == 1 || age + renaming <= longestBlindness)) return false;
+    }
     if (++timesOutdated == maxTimesOutdated) {
+        Item& first = *group.front();
         giveUp(
             first,
             {.message = "This computer is too slow at present to replace " + first.file.path

@@ -23,9 +23,9 @@
 namespace zembrastel::ui {
 namespace {
 
-constexpr QSize usualSize(880, 568);
+constexpr QSize usualSize(880, 616);
 constexpr QSize smallestSize(560, 440);
-constexpr int heightWithAdvanced = 656;
+constexpr int heightWithAdvanced = 704;
 constexpr int margin = EditorPage::margin;
 constexpr int footerInset = 12;
 

@@ -68,10 +68,6 @@ public:
     // Asks first if something was entered; see discard().
     void reject() override;
 
-Q_SIGNALS:
-    // Saved with another place on a server, while files are recorded as uploaded to the old place.
-    void moved(const zembrastel::Uuid& id);
-
 protected:
     void showEvent(QShowEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
@@ -107,6 +103,8 @@ private:
     [[nodiscard]] bool hasEntries() const;
 
     void save();
+    [[nodiscard]] bool asksAboutPlace(const Profile& wanted);
+    void storeAndFinish();
     [[nodiscard]] bool refuse(const Profile& wanted);
     [[nodiscard]] bool passwordNeedsStoring() const;
     void passwordStored(const std::string& password, const std::optional<std::string>& failure);
@@ -119,8 +117,9 @@ private:
     Profile selections;               // the choices made here; only they and the id count
     std::optional<std::pair<DownloadSelection, TickedKinds>> lastChoice; // whose kinds are known
     std::string savedPassword;
-    bool loaded = false; // the saved password was read, or reading it has failed
-    bool busy = false;   // saving
+    bool loaded = false;              // the saved password was read, or reading it has failed
+    bool busy = false;                // saving
+    std::optional<NewPlace> newPlace; // the answer if the profile now names another place on a server
     bool openSyncContentsWhenReady = false;
     Browse browse;
     ChooseRemoteFolder chooseRemoteFolder;
