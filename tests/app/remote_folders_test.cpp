@@ -1,4 +1,4 @@
-#include "app/context/main_queue.h"
+#include "app/context/main_context.h"
 #include "app/remote_folders.h"
 #include "support/ftp_server.h"
 #include "support/local_site.h"
