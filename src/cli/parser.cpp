@@ -176,14 +176,24 @@ Option Syntax::named(const char* name) const { return Option(*app->get_option(na
 
 void Syntax::footer(const char* text) const { app->footer(translate(text)); }
 
+namespace {
+
+CLI::App* addedCommand(CLI::App& parent, const char* name, const char* help) {
+    auto* const added = parent.add_subcommand(name, translate(help))->group(translate("Commands"));
+    added->get_option("--help")->group(translate("Options")); // CLI11 made it before it took over the groups
+    return added;
+}
+
+} // namespace
+
 Syntax Syntax::addCommand(const char* name, const char* help, Command run) const {
-    auto* added = app->add_subcommand(name, translate(help))->group(translate("Commands"));
+    auto* added = addedCommand(*app, name, help);
     added->callback([target = chosen, run = std::move(run)] { *target = run; });
     return {*added, *chosen};
 }
 
 Syntax Syntax::group(const char* name, const char* help) const {
-    auto* added = app->add_subcommand(name, translate(help))->group(translate("Commands"))->require_subcommand(1);
+    auto* added = addedCommand(*app, name, help)->require_subcommand(1);
     return {*added, *chosen};
 }
 

@@ -9,5 +9,6 @@
 namespace zembrastel {
 
 [[nodiscard]] std::span<const char* const> engineTexts();
+[[nodiscard]] std::span<const char* const> diagnosisTexts(); // what the checks of a server find, and what to do
 
 } // namespace zembrastel

@@ -49,6 +49,8 @@ std::optional<std::vector<std::string_view>> valuesIn(std::string_view text, con
         values.push_back(text.substr(0, place));
         text.remove_prefix(place + words[index].size());
     }
+    // The full stop of a sentence is not the end of a name.
+    if (words.back().empty() && !pattern.endsInText && text.ends_with('.')) return std::nullopt;
     values.push_back(text);
     const bool anyEmpty = std::ranges::any_of(values, &std::string_view::empty);
     return anyEmpty ? std::nullopt : std::optional(values);
@@ -62,14 +64,16 @@ struct Patterns {
 const Patterns& patterns() {
     static const Patterns all = [] {
         Patterns made;
-        for (const char* const text : engineTexts()) {
+        const auto add = [&made](const char* text) {
             auto pattern = parsed(text);
             if (pattern.words.size() == 1) {
                 made.whole.emplace(text, text);
             } else {
                 made.withPlaces.push_back(std::move(pattern));
             }
-        }
+        };
+        std::ranges::for_each(engineTexts(), add);
+        std::ranges::for_each(diagnosisTexts(), add);
         std::ranges::stable_sort(made.withPlaces, std::ranges::greater{}, &Pattern::length);
         return made;
     }();
