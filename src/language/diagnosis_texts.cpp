@@ -1,12 +1,12 @@
 #include "language/engine_texts.h"
 #include "language/translation.h"
 
-#include <array>
+#include <initializer_list>
 
 namespace zembrastel {
 namespace {
 
-constexpr std::array textsOfDiagnosis{
+constexpr std::initializer_list<const char*> textsOfDiagnosis{
     translatable("Connecting, logging in and listing the remote folder."),
     translatable("Listing the remote folder in the other form."),
     translatable("Asking for the date of %1"),
@@ -170,6 +170,6 @@ constexpr std::array textsOfDiagnosis{
 
 } // namespace
 
-std::span<const char* const> diagnosisTexts() { return textsOfDiagnosis; }
+std::span<const char* const> diagnosisTexts() { return {textsOfDiagnosis.begin(), textsOfDiagnosis.size()}; }
 
 } // namespace zembrastel

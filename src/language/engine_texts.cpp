@@ -1,12 +1,12 @@
 #include "language/engine_texts.h"
 #include "language/translation.h"
 
-#include <array>
+#include <initializer_list>
 
 namespace zembrastel {
 namespace {
 
-constexpr std::array texts{
+constexpr std::initializer_list<const char*> texts{
     // The titles of states.
     translatable("Paused"), translatable("Nothing selected"), translatable("Choose download contents"),
     translatable("Needs attention"), translatable("Starting"), translatable("Checking server"),
@@ -240,6 +240,6 @@ constexpr std::array texts{
 
 } // namespace
 
-std::span<const char* const> engineTexts() { return texts; }
+std::span<const char* const> engineTexts() { return {texts.begin(), texts.size()}; }
 
 } // namespace zembrastel

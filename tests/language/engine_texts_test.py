@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""engine_texts_test.py SRC: the engine still says what the faces translate. Otherwise users read it in English again."""
+"""engine_texts_test.py SRC: the engine still says what the faces translate; users would read other words in English."""
 import pathlib
 import re
 import sys
@@ -25,7 +25,7 @@ def is_said(words):  # in one piece, or put together
     return not words or any(words.startswith(piece) and is_said(words[len(piece):]) for piece in said)
 
 
-code = [(src / "language" / name).read_text().split("constexpr std::array")[1].split("// Mistakes on")[0]
+code = [(src / "language" / name).read_text().split("constexpr std::")[1].split("// Mistakes on")[0]
         for name in ("engine_texts.cpp", "diagnosis_texts.cpp")]
 texts = literals("".join(code))
 lost = [text for text in texts if not all(map(is_said, re.split(r"%text|%\d", text)))]
