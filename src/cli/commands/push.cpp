@@ -12,6 +12,7 @@
 #include "cli/text/choice_text.h"
 #include "cli/text/presentation.h"
 #include "cli/text/review_text.h"
+#include "language/translation.h"
 #include "model/error.h"
 #include "model/scan.h"
 #include "platform/text.h"
@@ -60,7 +61,7 @@ public:
             auto object = JsonLine::forProfile("initialDownload", profile);
             output.line(object.number("files", files));
         } else {
-            output.line("Downloaded " + counted(files, "file") + ".");
+            output.line(translatePlural("Downloaded %n file.", "Downloaded %n files.", files));
         }
     }
 
@@ -79,7 +80,7 @@ private:
     const FirstComparison& found, const Profile& profile, const std::vector<Profile>& profiles,
     const CommandContext& context) {
     printChoice(choiceOf(found, false), profile, profiles, context);
-    throw choiceWaits(profile, profiles, context, "Nothing was uploaded.");
+    throw choiceWaits(profile, profiles, context, translate("Nothing was uploaded."));
 }
 
 // A push by this program.
@@ -95,7 +96,7 @@ public:
         const bool ended = runToEnd();
         if (model.checkFailures().contains(profile.id)) {
             throw serverFailure(
-                profile, comparisonAim(profile), model.checkFailure(profile.id), "Nothing was uploaded.");
+                profile, comparisonAim(profile), model.checkFailure(profile.id), translate("Nothing was uploaded."));
         }
         if (const auto* found = model.firstComparison(profile.id)) {
             refuseBeforeChoice(*found, profile, model.profiles(), context);
@@ -160,12 +161,13 @@ private:
         if (!unsent.empty()) {
             throw unfinished(
                 failure.value_or(Failure{.message = "They were changed again meanwhile."}),
-                " Not sent: " + counted(unsent.size(), "file") + ".");
+                " " + translatePlural("Not sent: %n file.", "Not sent: %n files.", unsent.size()));
         }
         if (failure && failure->kind == Failure::Kind::filesMissing) {
             const std::string name = unambiguousName(model.profiles(), profile);
             throw unfinished(
-                *failure, " If you deleted the files: " + commandLine(context.options, "forget-files", name));
+                *failure,
+                " " + translate("If you deleted the files: %1", {commandLine(context.options, "forget-files", name)}));
         }
         if (failure) throw unfinished(*failure);
         const PathSet& missing = model.missingOnServer(profile.id);
@@ -185,7 +187,7 @@ private:
             auto object = JsonLine::forProfile("unsent", profile);
             context.output.line(object.text("path", path));
         } else {
-            context.output.line("Not sent: " + printable(path));
+            context.output.line(translate("Not sent: %1", {printable(path)}));
         }
     }
 
@@ -195,9 +197,12 @@ private:
             if (!model.remoteDates(profile.id).contains(path)) ++undated;
         }
         if (undated > 0) {
-            context.output.warning(
-                "The server reported no date of " + counted(undated, "sent file")
-                + ". They are live; the next comparison may offer them as newer on the server.");
+            context.output.warning(translatePlural(
+                "The server reported no date of %n sent file. They are live; the next comparison may offer them as "
+                "newer on the server.",
+                "The server reported no date of %n sent files. They are live; the next comparison may offer them "
+                "as newer on the server.",
+                undated));
         }
         const auto unchanged = static_cast<std::size_t>(model.status(profile.id).contentsUnchanged);
         printPushed(
@@ -263,7 +268,9 @@ ExitCode pushWhenFree(const CommandContext& context, const PushRequest& request)
         } catch (const CommandError& error) {
             if (error.code != ExitCode::stateInUse || context.interrupt.happened()) throw;
         }
-        if (!noted) context.output.note("Another program uses the state folder. Waiting until it ends. Ctrl-C stops.");
+        if (!noted)
+            context.output.note(
+                translate("Another program uses the state folder. Waiting until it ends. Ctrl-C stops."));
         waitBeforeTrying(context.interrupt);
     }
 }
@@ -310,15 +317,16 @@ ExitCode previewPush(const CommandContext& context, const PushRequest& request) 
             auto object = JsonLine::forProfile("uploadable", profile);
             context.output.line(object.text("path", path).number("bytes", bytes));
         } else {
-            context.output.line("Would upload " + printable(path) + " (" + counted(bytes, "byte") + ")");
+            context.output.line(translate("Would upload %1 (%2)", {printable(path), bytesText(bytes)}));
         }
     }
     if (!context.output.json()) {
         if (sameContents > 0) context.output.line(unchangedContentsLine(sameContents));
         context.output.line(
-            !paths.empty() ? "To push: " + counted(paths.size(), "file") + ". Nothing was uploaded."
-            : lacksFiles   ? "Nothing has changed in " + inQuotes(profile.name) + "."
-                           : "Nothing to push: the server has all of " + inQuotes(profile.name) + ".");
+            !paths.empty() ? translatePlural(
+                "To push: %n file. Nothing was uploaded.", "To push: %n files. Nothing was uploaded.", paths.size())
+            : lacksFiles ? translate("Nothing has changed in %1.", {inQuotes(profile.name)})
+                         : translate("Nothing to push: the server has all of %1.", {inQuotes(profile.name)}));
     }
     if (!leftOut.empty()) throw pushFailure(profile, {.message = leftOut.back()}); // the push itself would end so, too
     if (lacksFiles) throw missingFilesError(profile, found.missing.size(), state.profiles, context);
