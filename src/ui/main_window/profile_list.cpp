@@ -94,7 +94,7 @@ QString ProfileListModel::summaryAt(const QModelIndex& index) const {
     const ProfileStatus& status = statusAt(index);
     const auto missing = bridge.model().missingOnServer(idAt(index)).size();
     if (missing == 0 || status.unsaved || status.phase != Phase::watching) return toQString(status.title());
-    return missing == 1 ? tr("1 file is missing") : tr("%1 files are missing").arg(missing);
+    return tr("%n files are missing", nullptr, static_cast<int>(missing));
 }
 
 int ProfileListModel::rowCount(const QModelIndex& parent) const {
