@@ -795,15 +795,15 @@
     <name>zembrastel::ui::CountersCard</name>
     <message>
         <source>UPLOADED THIS SESSION</source>
-        <translation>IN DIESER SITZUNG HOCHGELADEN</translation>
+        <translation>UPLOADS (SITZUNG)</translation>
     </message>
     <message>
         <source>PENDING</source>
-        <translation>AUSSTEHEND</translation>
+        <translation>OFFEN</translation>
     </message>
     <message>
         <source>LAST UPLOAD</source>
-        <translation>ZULETZT HOCHGELADEN</translation>
+        <translation>LETZTER UPLOAD</translation>
     </message>
 </context>
 <context>
@@ -1503,7 +1503,7 @@
     </message>
     <message>
         <source>Local deletions kept on server</source>
-        <translation>Lokal Gelöschtes bleibt auf dem Server</translation>
+        <translation>Gelöschtes bleibt auf dem Server</translation>
     </message>
 </context>
 <context>
