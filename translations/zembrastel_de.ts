@@ -9,7 +9,7 @@
     </message>
     <message>
         <source>Choose download contents…</source>
-        <translation>Inhalte zum Herunterladen auswählen…</translation>
+        <translation>Download-Inhalte auswählen…</translation>
     </message>
     <message>
         <source>Create profile &amp; download</source>
@@ -714,7 +714,7 @@
     </message>
     <message>
         <source>Choose download contents…</source>
-        <translation>Inhalte zum Herunterladen auswählen…</translation>
+        <translation>Download-Inhalte auswählen…</translation>
     </message>
     <message>
         <source>Expanded</source>
@@ -1013,11 +1013,11 @@
     </message>
     <message>
         <source>Select none</source>
-        <translation>Keine auswählen</translation>
+        <translation>Auswahl leeren</translation>
     </message>
     <message>
         <source>Choose another file…</source>
-        <translation>Andere Datei auswählen…</translation>
+        <translation>Andere Datei…</translation>
     </message>
     <message>
         <source>Import profiles</source>
@@ -1045,7 +1045,7 @@
     </message>
     <message>
         <source>%1 of %2 selected</source>
-        <translation>%1 von %2 ausgewählt</translation>
+        <translation>%1 von %2 gewählt</translation>
     </message>
     <message numerus="yes">
         <source>Import %n profiles</source>
@@ -1393,7 +1393,7 @@
     </message>
     <message>
         <source>Select none</source>
-        <translation>Keine auswählen</translation>
+        <translation>Auswahl leeren</translation>
     </message>
     <message>
         <source>Stay paused</source>
@@ -1401,7 +1401,7 @@
     </message>
     <message>
         <source>%1 of %2 selected</source>
-        <translation>%1 von %2 ausgewählt</translation>
+        <translation>%1 von %2 gewählt</translation>
     </message>
 </context>
 <context>
@@ -1436,7 +1436,7 @@
     </message>
     <message>
         <source>Select none</source>
-        <translation>Keine auswählen</translation>
+        <translation>Auswahl leeren</translation>
     </message>
     <message>
         <source>Refresh</source>
@@ -1645,7 +1645,7 @@
     </message>
     <message>
         <source>Save locally. Ship automatically.</source>
-        <translation>Lokal speichern. Automatisch veröffentlichen.</translation>
+        <translation>Lokal speichern. Gleich online.</translation>
     </message>
     <message>
         <source>Connect your project folder to a web server.

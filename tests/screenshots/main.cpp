@@ -272,8 +272,9 @@ private:
     std::unique_ptr<AppModel> app;
 };
 
+// A narrow layout passes its smaller width on from parent to parent, one turn each.
 void settle() {
-    for (int turn = 0; turn < 3; ++turn) QCoreApplication::processEvents();
+    for (int turn = 0; turn < 12; ++turn) QCoreApplication::processEvents();
 }
 
 // Makes the pictures, and checks each screen: every control has a name for screen readers, and no text is cut.
