@@ -23,9 +23,9 @@ check platform language
 # The two faces of the program do not know each other, and the checks belong to one of them.
 check "${below[@]}" language cli
 check "${below[@]}" checks
-check "${below[@]}" checks ui
+check "${below[@]}" language checks ui
 # In the window, theme and widgets know no profiles, and the screens do not know each other: the shell opens them.
-check ui/theme
+check language ui/theme
 check ui/theme ui/widgets
 check "${below[@]}" ui/bridge
 check "${below[@]}" ui/theme ui/widgets ui/bridge ui/desktop

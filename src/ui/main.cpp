@@ -4,6 +4,7 @@
 #include "app/control/control_client.h"
 #include "app/control/control_service.h"
 #include "checks/built_in_checks.h"
+#include "language/translation.h"
 #include "model/error.h"
 #include "platform/instance_lock.h"
 #include "platform/process_limits.h"
@@ -66,6 +67,7 @@ int runDesktop(const DesktopOptions& options, Termination& termination, int argc
             "The state folder " + folder.string()
             + " is in use by another running program. Stop that program, then quit Zembrastel and start it again"));
     }
+    startTranslation();
     const auto application = startApplication(argc, argv);
     installTranslations(*application);
     QApplication::setApplicationName(QStringLiteral("Zembrastel"));

@@ -128,7 +128,7 @@ void Shell::startAtLogin(bool wanted) {
     try {
         wanted ? startEntry->switchOn() : startEntry->switchOff();
     } catch (const std::exception& error) {
-        window.showFailure(toQString(describe(error)));
+        window.showFailure(engineText(describe(error)));
         return;
     }
     ConfirmDialog::inform(
@@ -145,14 +145,14 @@ void Shell::createFolder(const Uuid& id) {
         folderCreation.createFolder(
             *profile, password, [this, id, created = *profile](const ConnectionCheck::Result& result) {
                 if (result.failure) {
-                    window.showFailure(toQString(explainCreation(*result.failure, created).text()));
+                    window.showFailure(engineText(explainCreation(*result.failure, created).text()));
                 } else if (bridge.model().running(id)) {
                     bridge.model().retryCheck(id);
                 }
             });
     };
     bridge.model().withPassword(
-        id, create, [this](const std::string& failure) { window.showFailure(toQString(failure)); });
+        id, create, [this](const std::string& failure) { window.showFailure(engineText(failure)); });
 }
 
 void Shell::importProfiles() {
@@ -182,8 +182,7 @@ void Shell::openEditor(const std::optional<Uuid>& id, bool onContents) {
             ProfileEditor::Apply apply) { browse(*editor, draft, password, syncMode, current, std::move(apply)); });
     editor->setReviewCertificate(
         [editor](const Profile& draft, const InspectedCertificate& seen, std::function<void(const TrustedKey&)> trust) {
-            auto* const sheet =
-                new CertificateSheet(draft, seen, {}, std::move(trust), editor);
+            auto* const sheet = new CertificateSheet(draft, seen, {}, std::move(trust), editor);
             sheet->setAttribute(Qt::WA_DeleteOnClose);
             sheet->open();
         });

@@ -92,7 +92,7 @@ void BackupsSheet::show(const BackupResult<std::vector<Backup>>& result) {
         list->setPlaceholder(
             tr("No backups yet"), tr("Versions appear here when you download newer server files over local ones."));
     } else {
-        list->setPlaceholder(tr("The backups could not be read"), toQString(result.failure));
+        list->setPlaceholder(tr("The backups could not be read"), engineText(result.failure));
     }
     rows->show(result.value);
     summary->setText(result.failure.empty() ? backupsSummary(totalsOf(result.value)) : QString());
@@ -126,7 +126,7 @@ void BackupsSheet::openChosen() {
     if (!backup) return;
     backups.locate(*backup, [this](const BackupResult<std::filesystem::path>& place) {
         if (!place.failure.empty()) {
-            message->showFailure(toQString(place.failure));
+            message->showFailure(engineText(place.failure));
         } else if (const QString file = toQString(place.value.string());
                    !QDesktopServices::openUrl(QUrl::fromLocalFile(file))) {
             message->showFailure(tr("No program could open the file. It is here: %1").arg(file));
@@ -160,7 +160,7 @@ void BackupsSheet::restore(const Backup& backup) {
         restoring = false;
         restoreButton->setBusy(false);
         if (!result.failure.empty()) {
-            message->showFailure(toQString(result.failure));
+            message->showFailure(engineText(result.failure));
         } else if (result.value.replaced) {
             message->showSuccess(tr("%1 was restored. The version that it replaced is a backup now.").arg(path));
         } else {

@@ -57,7 +57,7 @@ void CertificateReview::show(const Profile& inspected, const Result& result, QWi
     const QString host = onOneLine(toQString(now->host));
     const QString title = CertificateSheet::tr("Certificate of %1").arg(host);
     if (const auto* const failure = std::get_if<std::string>(&result)) {
-        ConfirmDialog::showMessage(&parent, title, toQString(*failure));
+        ConfirmDialog::showMessage(&parent, title, engineText(*failure));
         return;
     }
     const auto& seen = std::get<InspectedCertificate>(result);

@@ -188,7 +188,7 @@ QString ContentTreeModel::shownText(const ContentLine& line) const {
 
 QString ContentTreeModel::failureOf(const ContentLine& line) const {
     const auto failure = browser->errors().find(line.path);
-    return failure == browser->errors().end() ? QString() : toQString(failure->second);
+    return failure == browser->errors().end() ? QString() : engineText(failure->second);
 }
 
 QString ContentTreeModel::accessibleText(const ContentLine& line) const {

@@ -106,7 +106,7 @@ void Notifier::show(const Notice& notice) {
 void Notifier::showNetwork() {
     const Explanation explanation = explain({.kind = Failure::Kind::noNetwork}, {});
     desktop.show(
-        networkKey, {.title = toQString(explanation.heading.text()),
+        networkKey, {.title = engineText(explanation.heading.text()),
                      .text = tr("Nothing is wrong with your profiles. Zembrastel goes on when the network is back."),
                      .action = tr("Open window")});
 }
@@ -133,7 +133,7 @@ void Notifier::showFailure(const QString& key, const Profile& profile) {
     const auto text = status.failure && !status.unsaved ? explain(*status.failure, profile).text() : status.detail;
     desktop.show(
         key, {.title = tr("%1 cannot be kept up to date").arg(onOneLine(toQString(profile.name))),
-              .text = toQString(text),
+              .text = engineText(text),
               .action = tr("Show")});
 }
 

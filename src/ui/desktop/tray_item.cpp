@@ -79,7 +79,7 @@ QString TrayItem::toolTip() const {
     for (const auto& profile : bridge.model().profiles()) {
         const auto& progress = bridge.model().status(profile.id).progress;
         if (!progress) continue;
-        const QString text = toQString(shortProgressText(*progress));
+        const QString text = progressInWords(shortProgressText(*progress));
         lines << withoutMarkup(tr("%1: %2").arg(toQString(profile.name), text));
     }
     return lines.join(QLatin1Char('\n'));
@@ -124,7 +124,7 @@ void TrayItem::toggle(const Uuid& id) {
     try {
         bridge.model().toggle(id);
     } catch (const std::exception& error) {
-        Q_EMIT failed(toQString(describe(error)));
+        Q_EMIT failed(engineText(describe(error)));
     }
 }
 

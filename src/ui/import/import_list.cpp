@@ -109,7 +109,7 @@ void ImportListModel::setDone(int row) {
 }
 
 QString ImportListModel::server(const ImportLine& line) {
-    if (line.skipped) return tr("Skipped: %1").arg(toQString(line.obstacle));
+    if (line.skipped) return tr("Skipped: %1").arg(engineText(line.obstacle));
     const Profile& profile = line.candidate.profile;
     return tr("%1@%2:%3 · %4 · %5")
         .arg(
@@ -119,7 +119,7 @@ QString ImportListModel::server(const ImportLine& line) {
 
 QString ImportListModel::place(const ImportLine& line) {
     if (line.done) return tr("Imported.");
-    if (!line.obstacle.empty()) return toQString(line.obstacle);
+    if (!line.obstacle.empty()) return engineText(line.obstacle);
     return tr("Local folder: %1").arg(toQString(line.candidate.profile.localFolder));
 }
 
@@ -133,7 +133,7 @@ QString ImportListModel::accessibleText(const ImportLine& line) {
     parts << server(line);
     if (!line.skipped) parts << place(line);
     if (line.needsFolder) parts << folderAction(line);
-    for (const auto& note : line.candidate.notes) parts << toQString(note);
+    for (const auto& note : line.candidate.notes) parts << engineText(note);
     return parts.join(QStringLiteral(", "));
 }
 
@@ -228,7 +228,7 @@ void ImportListDelegate::paintTexts(RowPainter& painter, const QRect& row, const
         warn(ImportListModel::place(line));
     }
     for (const auto& note : line.candidate.notes) {
-        painter.line(next(), toQString(note), {.style = TextStyle::small, .colour = now.dim, .elide = Qt::ElideRight});
+        painter.line(next(), engineText(note), {.style = TextStyle::small, .colour = now.dim, .elide = Qt::ElideRight});
     }
 }
 

@@ -123,7 +123,7 @@ void ImportSheet::read(const std::filesystem::path& file) {
             result.lines = importLines(readProfiles(file), others);
         } catch (const std::exception& error) {
             result.failure =
-                tr("Cannot import %1: %2.").arg(toQString(file.filename().string()), toQString(describe(error)));
+                tr("Cannot import %1: %2.").arg(toQString(file.filename().string()), engineText(describe(error)));
         }
         main.post([deliver, result = std::move(result)] { deliver(result); });
     });
@@ -274,7 +274,7 @@ void ImportSheet::showFailure(const std::string& message) {
     busy = false;
     showState();
     list->setFocus();
-    strip->showFailure(toQString(message));
+    strip->showFailure(engineText(message));
 }
 
 void ImportSheet::end() {

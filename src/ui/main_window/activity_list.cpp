@@ -78,7 +78,7 @@ int ActivityListModel::rowCount(const QModelIndex& parent) const {
 
 QVariant ActivityListModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid()) return {};
-    const QString text = toQString(at(index).text);
+    const QString text = engineText(at(index).text);
     switch (role) {
     case Qt::DisplayRole:
         return text;

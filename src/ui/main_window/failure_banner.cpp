@@ -100,11 +100,11 @@ FailureBanner::FailureBanner(QWidget* parent)
 
 void FailureBanner::setFailure(const ShownFailure& failure) {
     const Explanation& explanation = failure.explanation;
-    const QString happened = toQString(explanation.heading.text());
+    const QString happened = engineText(explanation.heading.text());
     // A server that may answer again soon needs no step of the user.
     const bool passes = failure.retryAt && explanation.actions.front() == FailureAction::retry;
     QStringList next;
-    if (!passes) next << toQString(explanation.next.text());
+    if (!passes) next << engineText(explanation.next.text());
     next << retryText(failure);
     next.removeAll(QString());
     const QString step = next.join(u' ');

@@ -180,7 +180,7 @@ void MainWindow::showAlert() {
     const auto& alert = bridge.model().alert();
     if (!alert || !isVisible() || alertDialog) return;
     // If another alert arrived while this one was open, it is shown next.
-    alertDialog = ConfirmDialog::showMessage(this, tr("Zembrastel"), toQString(*alert), [this, shown = *alert] {
+    alertDialog = ConfirmDialog::showMessage(this, tr("Zembrastel"), engineText(*alert), [this, shown = *alert] {
         alertDialog.clear();
         if (bridge.model().alert() == shown) {
             bridge.model().dismissAlert();
@@ -220,7 +220,7 @@ void MainWindow::sendAll(const Uuid& id) {
     try {
         bridge.model().sendAgain(id, Resend::everything);
     } catch (const std::exception& error) {
-        showFailure(toQString(describe(error)));
+        showFailure(engineText(describe(error)));
     }
 }
 

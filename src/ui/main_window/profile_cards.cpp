@@ -80,12 +80,12 @@ StatusLine::StatusLine(QWidget* parent)
 
 void StatusLine::setStatus(const ProfileStatus& status, bool running) {
     symbol->setStatus(status, running);
-    title->setText(toQString(status.title()));
+    title->setText(engineText(status.title()));
     setTone(*title, status.failed() ? Tone::warn : Tone::normal);
     progress->setProgress(status.progress);
     // A comparison of contents shows its file, as an upload does.
     const bool compares = status.phase == Phase::comparingContents && status.progress && status.progress->file;
-    detail->setWrappedText(toQString(compares ? status.progress->file->path : detailBesideBanner(status)));
+    detail->setWrappedText(compares ? toQString(status.progress->file->path) : engineText(detailBesideBanner(status)));
 }
 
 DetailBanners::DetailBanners(QWidget* parent)

@@ -250,7 +250,7 @@ void ProfileDetail::saving(const std::function<void()>& change) {
     try {
         change();
     } catch (const std::exception& error) {
-        Q_EMIT failed(toQString(describe(error)));
+        Q_EMIT failed(engineText(describe(error)));
     }
 }
 

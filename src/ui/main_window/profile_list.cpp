@@ -99,7 +99,7 @@ QString profileSummary(const ProfileStatus& status, std::size_t missing) {
     if (hasRefusedFiles(status)) {
         return ProfileListModel::tr("%n files cannot be uploaded", nullptr, static_cast<int>(status.refused.size()));
     }
-    if (missing == 0 || status.unsaved || status.phase != Phase::watching) return toQString(status.title());
+    if (missing == 0 || status.unsaved || status.phase != Phase::watching) return engineText(status.title());
     return ProfileListModel::tr("%n files are missing", nullptr, static_cast<int>(missing));
 }
 

@@ -23,8 +23,8 @@ ProgressLabel::ProgressLabel(QWidget* parent) : QLabel(parent) {
 }
 
 void ProgressLabel::setProgress(const std::optional<TransferProgress>& progress) {
-    shortText = progress ? toQString(shortProgressText(*progress)) : QString();
-    setText(progress ? toQString(progressText(*progress)) : QString());
+    shortText = progress ? progressInWords(shortProgressText(*progress)) : QString();
+    setText(progress ? progressInWords(progressText(*progress)) : QString());
     update();
 }
 
@@ -63,7 +63,7 @@ void ProgressStrip::setProgress(const std::optional<TransferProgress>& progress)
         progress->work == TransferProgress::Work::comparingContents
             ? tr("Comparison of contents")
             : tr("Transfer of %1").arg(toQString(progress->file->path)));
-    setAccessibleDescription(toQString(progressText(*progress)));
+    setAccessibleDescription(progressInWords(progressText(*progress)));
     update();
 }
 

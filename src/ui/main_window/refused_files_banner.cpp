@@ -76,7 +76,7 @@ QWidget* RefusedFilesBanner::makeRow(const Failure& failure) {
     auto* const texts = new QVBoxLayout;
     texts->setSpacing(1);
     texts->addWidget(name);
-    texts->addWidget(new WrapLabel(toQString(explain(failure, profile).heading.text()), TextStyle::small, Tone::warn));
+    texts->addWidget(new WrapLabel(engineText(explain(failure, profile).heading.text()), TextStyle::small, Tone::warn));
     auto* const retry = new PushButton(tr("Retry"));
     retry->setAccessibleName(tr("Retry %1").arg(path));
     connect(retry, &QPushButton::clicked, this, [this, wanted = toQString(failure.path)] {

@@ -37,7 +37,7 @@ void paintStatus(QPainter& painter, const QRect& where, const StatusPresentation
 
 QString accessibleStatusName(const ProfileStatus& status) {
     return status.working() ? QCoreApplication::translate("StatusSymbol", "Sync in progress")
-                            : toQString(status.title());
+                            : engineText(status.title());
 }
 
 StatusSymbol::StatusSymbol(QWidget* parent) : QWidget(parent) {

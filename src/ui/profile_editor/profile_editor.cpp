@@ -178,7 +178,7 @@ void ProfileEditor::loadPassword() {
             // The contents cannot be listed without a password.
             self->openSyncContentsWhenReady = false;
             self->passwordKnown({});
-            self->strip->showFailure(toQString(failure));
+            self->strip->showFailure(engineText(failure));
         });
 }
 
@@ -230,7 +230,7 @@ void ProfileEditor::forgetMessage() {
 }
 
 void ProfileEditor::fail(const ValidationProblem& problem) {
-    strip->showFailure(toQString(problem.message));
+    strip->showFailure(engineText(problem.message));
     page->mark(problem.field);
 }
 
@@ -290,7 +290,7 @@ void ProfileEditor::finishTest(const Profile& tested, const ConnectionCheck::Res
         return;
     }
     const Explanation explanation = explain(*result.failure, tested);
-    QString text = toQString(explanation.text());
+    QString text = engineText(explanation.text());
     if (!explanation.known) text += u' ' + onOneLine(toQString(explanation.details));
     strip->showFailure(text);
 }
@@ -306,7 +306,7 @@ void ProfileEditor::createFolder(const Profile& tested) {
 
 void ProfileEditor::offerCertificate(const Profile& tested, const ConnectionCheck::Result& result) {
     strip->showFailure(
-        toQString(explain(*result.failure, tested).text()),
+        engineText(explain(*result.failure, tested).text()),
         tested.keyInForce() != nullptr ? tr("Compare keys…") : tr("Review certificate…"),
         [this, tested, seen = *result.certificate] {
             reviewCertificate(tested, seen, [self = QPointer<ProfileEditor>(this)](const TrustedKey& key) {

@@ -97,7 +97,7 @@ void ProfileEditor::passwordStored(const std::string& password, const std::optio
         tr("Unlock the desktop's keyring, or install one such as GNOME Keyring or KWallet, and save again. You can "
            "also go on without it and enter the password again next time.");
     strip->showFailure(
-        toQString(*failure) + u' ' + remedy, tr("Keep the password for this session only"),
+        engineText(*failure) + u' ' + remedy, tr("Keep the password for this session only"),
         [this, password] { finishSaving(password); });
 }
 

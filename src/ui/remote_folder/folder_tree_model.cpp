@@ -56,7 +56,7 @@ QString FolderTreeModel::shownText(const FolderLine& line) const {
     case Kind::creating:
         return tr("Creating the folder %1…").arg(toQString(line.name));
     case Kind::refused:
-        return folders.creation() ? toQString(folders.creation()->failure) : QString();
+        return folders.creation() ? engineText(folders.creation()->failure) : QString();
     case Kind::edit:
         return tr("Name of the new folder");
     case Kind::folder:

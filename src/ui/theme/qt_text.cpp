@@ -1,7 +1,10 @@
 #include "ui/theme/qt_text.h"
 
+#include "language/engine_translation.h"
+
 #include <QCoreApplication>
 #include <QLocale>
+
 namespace zembrastel::ui {
 namespace {
 
@@ -27,6 +30,10 @@ QString sizeText(std::uint64_t bytes) {
     const auto size = QLocale().formattedDataSize(static_cast<qint64>(bytes), decimals, QLocale::DataSizeSIFormat);
     return QString(size).replace(u' ', QChar::Nbsp);
 }
+
+QString engineText(std::string_view english) { return toQString(translateEngineText(english)); }
+
+QString progressInWords(std::string_view english) { return toQString(translateProgress(english)); }
 
 QString asToolTip(const QString& text) {
     return text.isEmpty() ? QString() : QStringLiteral("<span>%1</span>").arg(text.toHtmlEscaped());

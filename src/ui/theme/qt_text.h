@@ -13,6 +13,12 @@ namespace zembrastel::ui {
 // Decodes UTF-8.
 [[nodiscard]] QString toQString(std::string_view utf8);
 
+// A text of the engine, in the user's language.
+[[nodiscard]] QString engineText(std::string_view english);
+
+// The same for a text of progressText().
+[[nodiscard]] QString progressInWords(std::string_view english);
+
 // Shows plain text in a tool tip, which would otherwise interpret text that resembles markup.
 [[nodiscard]] QString asToolTip(const QString& text);
 
