@@ -29,7 +29,7 @@ check ui/theme
 check ui/theme ui/widgets
 check "${below[@]}" ui/bridge
 check "${below[@]}" ui/theme ui/widgets ui/bridge ui/desktop
-for screen in main_window profile_editor content_picker remote_changes backups import certificate help; do
+for screen in main_window profile_editor content_picker remote_folder remote_changes backups import certificate help; do
   check "${below[@]}" ui/theme ui/widgets ui/bridge "ui/$screen"
 done
 # Commands do not include each other, and one file alone includes the parser's library, which takes long to compile.

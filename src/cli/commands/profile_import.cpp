@@ -1,6 +1,5 @@
 #include "cli/commands.h"
 
-#include "app/profile_takeover.h"
 #include "cli/session/profile_choice.h"
 #include "cli/session/profile_options.h"
 #include "cli/session/session.h"

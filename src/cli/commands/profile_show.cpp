@@ -78,6 +78,7 @@ void printDetails(const SavedState& state, const Profile& profile, Output& outpu
     details.add(translate("Remote folder"), profile.remoteFolder);
     details.add(translate("Local folder"), profile.localFolder);
     details.add(translate("Enabled"), profile.enabled ? translate("yes") : translate("no"));
+    details.add(translate("Compares contents"), profile.compareContents ? translate("yes") : translate("no"));
     details.add(translate("Initial download"), profile.needsDownload ? translate("pending") : translate("not needed"));
     if (profile.needsDownload && profile.initialDownloadSelection) {
         details.add(translate("Downloads"), *profile.initialDownloadSelection);

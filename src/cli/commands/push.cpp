@@ -17,6 +17,7 @@
 #include "model/scan.h"
 #include "platform/text.h"
 #include "sync/sync_worker.h"
+#include "sync/unchanged_contents.h"
 
 #include <set>
 #include <stop_token>
@@ -203,7 +204,10 @@ private:
                 "as newer on the server.",
                 undated));
         }
-        printPushed(profile, report.sentPaths.size(), lacksFiles, context.output);
+        const auto unchanged = static_cast<std::size_t>(model.status(profile.id).contentsUnchanged);
+        printPushed(
+            profile, {.files = report.sentPaths.size(), .sameContents = unchanged, .lacksFiles = lacksFiles},
+            context.output);
     }
 
     Session& session;
@@ -271,6 +275,20 @@ ExitCode pushWhenFree(const CommandContext& context, const PushRequest& request)
     }
 }
 
+// Takes the files out of `paths` that push would not send because only their dates are new. Returns how many.
+std::size_t leaveOutUnchanged(
+    std::vector<std::string>& paths, const Profile& profile, const FileMap& files, const FileMap& baseline,
+    const ServerCheck& found, const CommandContext& context) {
+    const auto contents = StateFolder(context.options).contentsOf(profile);
+    if (!contents) return 0;
+    TransferControl control;
+    const auto interruptible = context.interrupt.during([&control] { control.cancel(); });
+    const auto unchanged = findUnchangedContents(
+        profile, paths, files, {.baseline = baseline, .onServer = found.seen, .contents = *contents}, control);
+    std::erase_if(paths, [&unchanged](const std::string& path) { return unchanged.contains(path); });
+    return unchanged.size();
+}
+
 // Prints what push would send. Another program may hold the state folder meanwhile.
 ExitCode previewPush(const CommandContext& context, const PushRequest& request) {
     const SavedState state = StateFolder(context.options).load();
@@ -289,7 +307,8 @@ ExitCode previewPush(const CommandContext& context, const PushRequest& request) 
     for (const auto& [path, fingerprint] : found.recognised.files) recorded.baseline.set(path, fingerprint);
     recorded.baseline.eraseIf([&](std::string_view path, const Fingerprint&) { return sentAgain.contains(path); });
     const auto [files, leftOut] = scanFolder(profile, context);
-    const auto paths = changedPaths(files, recorded.baseline);
+    auto paths = changedPaths(files, recorded.baseline);
+    const auto sameContents = leaveOutUnchanged(paths, profile, files, recorded.baseline, found, context);
     const bool lacksFiles = !request.resends() && !found.missing.empty();
     if (lacksFiles) printMissing(profile, found.missing, context.output);
     for (const auto& path : paths) {
@@ -302,6 +321,7 @@ ExitCode previewPush(const CommandContext& context, const PushRequest& request) 
         }
     }
     if (!context.output.json()) {
+        if (sameContents > 0) context.output.line(unchangedContentsLine(sameContents));
         context.output.line(
             !paths.empty() ? translatePlural(
                 "To push: %n file. Nothing was uploaded.", "To push: %n files. Nothing was uploaded.", paths.size())

@@ -1,6 +1,6 @@
 #include "cli/commands.h"
 
-#include "app/context/main_queue.h"
+#include "app/context/main_context.h"
 #include "app/context/retry_on_wake.h"
 #include "app/control/control_service.h"
 #include "cli/session/passwords.h"

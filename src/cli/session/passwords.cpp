@@ -1,6 +1,6 @@
 #include "cli/session/passwords.h"
 
-#include "app/context/main_queue.h"
+#include "app/context/main_context.h"
 #include "app/password_calls.h"
 #include "cli/terminal/prompt.h"
 #include "cli/text/presentation.h"

@@ -21,6 +21,11 @@ TransferProtocol protocolFrom(const std::string& text) {
     throw CommandError(ExitCode::usage, translate("--transport is ftps, ftp or implicit, not %1.", {inQuotes(text)}));
 }
 
+OptIn switchFrom(const std::string& text, const std::string& option) {
+    if (text == "on" || text == "off") return {.on = text == "on"};
+    throw CommandError(ExitCode::usage, translate("%1 is on or off, not %2.", {option, inQuotes(text)}));
+}
+
 // "/" is everything. Another path that starts with "/" is below the local folder.
 std::string selectedPath(const std::string& typed, const std::string& localFolder, const std::string& option) {
     std::filesystem::path path = relativePath(typed);
@@ -109,6 +114,10 @@ std::vector<Option> addProfileFields(Syntax& syntax, ProfileOptions& options) {
             "Exclude what the rule matches, such as *.psd, in addition\nto the usual rules (repeatable)")
             .repeatable(),
         field("--exclusions", options.exclusions, "TEXT", "All exclusion rules, one a line, replacing the usual ones"),
+        field(
+            "--compare-contents", options.compareContents, "SWITCH",
+            "on: do not send files that have a new date but the content\nthat was uploaded before. off is the default")
+            .notEmpty(),
         syntax.flag("--enabled", options.enabled, "Watch this profile also if watch is given no name"),
         field("--sync", options.sync, "PATH", "Sync this file or folder and no others (repeatable)").repeatable(),
         field("--no-sync", options.noSync, "PATH", "Do not sync this file or folder (repeatable)").repeatable(),
@@ -127,6 +136,9 @@ Profile changedProfile(Profile profile, const ProfileOptions& options) {
         profile.localFolder = isEmpty ? "" : std::filesystem::absolute(*options.localFolder).string();
     }
     profile.exclusions = changedExclusions(profile.exclusions, options);
+    if (options.compareContents) {
+        profile.compareContents = switchFrom(*options.compareContents, "--compare-contents");
+    }
     if (options.enabled || options.disabled) profile.enabled = options.enabled;
     if (options.needsDownload) profile.needsDownload = true;
     const std::string& folder = profile.localFolder;

@@ -25,10 +25,14 @@ PushInProgram::PushInProgram(RunningProgram& running, const CommandContext& comm
 void PushInProgram::run(bool downloadsFirst) {
     requirePushable(profile, downloadsFirst);
     std::size_t missing = 0;
+    std::optional<std::int64_t> unchangedBefore;
+    std::int64_t unchanged = 0;
     ProgressLines progress(context.output);
     ask(ControlRequest::Kind::push, [&](const ControlAnswer& answer) {
         if (const auto* status = std::get_if<answer::Status>(&answer)) {
             missing = static_cast<std::size_t>(status->missingOnServer);
+            unchanged = status->status.contentsUnchanged;
+            if (!unchangedBefore) unchangedBefore = unchanged;
             progress.show(profile, status->status.progress);
         } else if (const auto* activity = std::get_if<answer::Activity>(&answer);
                    activity != nullptr && activity->line.kind == Activity::Kind::uploaded) {
@@ -36,7 +40,9 @@ void PushInProgram::run(bool downloadsFirst) {
             sent.insert(activity->line.path);
         }
     });
-    printPushed(profile, sent.size(), missing > 0, context.output);
+    const auto sameContents = static_cast<std::size_t>(unchanged - unchangedBefore.value_or(unchanged));
+    printPushed(
+        profile, {.files = sent.size(), .sameContents = sameContents, .lacksFiles = missing > 0}, context.output);
     if (missing > 0) throw missingFilesError(profile, missing, profiles, context);
 }
 

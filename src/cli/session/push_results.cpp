@@ -9,6 +9,7 @@
 #include "language/translation.h"
 #include "platform/clock.h"
 #include "platform/text.h"
+#include "sync/unchanged_contents.h"
 
 namespace zembrastel::cli {
 
@@ -28,18 +29,22 @@ void printUploaded(const Profile& profile, const std::string& path, Output& outp
     }
 }
 
-void printPushed(const Profile& profile, std::size_t sentFiles, bool lacksFiles, Output& output) {
+void printPushed(const Profile& profile, const Pushed& pushed, Output& output) {
+    const auto [files, sameContents, lacksFiles] = pushed;
     if (output.json()) {
         if (lacksFiles) return;
         auto object = JsonLine::forProfile("pushed", profile);
-        output.line(object.number("files", sentFiles));
-    } else if (sentFiles == 0 && lacksFiles) {
+        object.number("files", files);
+        if (sameContents > 0) object.number("sameContents", sameContents);
+        return output.line(object);
+    }
+    if (sameContents > 0) output.line(translateEngineText(unchangedContentsLine(sameContents)));
+    if (files == 0 && lacksFiles) {
         output.line(translate("Nothing has changed in %1.", {inQuotes(profile.name)}));
-    } else if (sentFiles == 0) {
+    } else if (files == 0) {
         output.line(translate("Nothing to push: the server has all of %1.", {inQuotes(profile.name)}));
     } else {
-        output.line(
-            translatePlural("Pushed %1: %n file.", "Pushed %1: %n files.", sentFiles, {inQuotes(profile.name)}));
+        output.line(translatePlural("Pushed %1: %n file.", "Pushed %1: %n files.", files, {inQuotes(profile.name)}));
     }
 }
 

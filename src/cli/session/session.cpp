@@ -89,6 +89,11 @@ ServerRecord StateFolder::recordOf(const SavedState& state, const Uuid& profile)
     return record;
 }
 
+std::optional<PublishedContents> StateFolder::contentsOf(const Profile& profile) const {
+    const auto store = profile.compareContents ? StateStore::find(named) : std::nullopt;
+    return store ? std::optional(PublishedContents(store->folder(), profile)) : std::nullopt;
+}
+
 std::vector<PrivateItem> StateFolder::privateItems() const {
     std::vector<PrivateItem> items;
     try {
