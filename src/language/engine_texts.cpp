@@ -31,12 +31,29 @@ constexpr std::initializer_list<const char*> texts{
     translatable("Local changes upload automatically. Checking every 2 seconds."),
     translatable("Waiting for files to finish saving…"), translatable("Copying server files into your local folder…"),
     translatable("Retrying in %1 seconds."), translatable("Some files did not stop changing."),
-    translatable("None of the synchronised files is there: the local folder %1 is empty. Perhaps its disk is not mounted. Nothing is uploaded or forgotten until there are files in it again."),
-    translatable("Another disk, or none, is mounted at the local folder: none of the files that were synchronised is in it. The server is left as it is."),
+    translatable("None of the synchronised files is there: the local folder %1 is empty. Perhaps its disk is not "
+                 "mounted. Nothing is uploaded or forgotten until there are files in it again."),
+    translatable("Another disk, or none, is mounted at the local folder: none of the files that were synchronised is "
+                 "in it. The server is left as it is."),
     translatable("It was interrupted."), translatable("They were changed again meanwhile."),
+    translatable("There is no network connection."),
+    translatable("Nothing is wrong with the profile. Zembrastel goes on when the network is back."),
+    translatable("The server does not let you read this folder."),
+    translatable("The server did not create the folder %1."),
+    translatable("A file may already have this name, or your user name may not write there."),
+    translatable("A folder cannot have this name: %1"),
+    translatable(
+        "There is no room to compare %1: a copy of it in %2 could not be written (%3). Free some space there, or "
+        "start Zembrastel with TMPDIR set to a folder with more."),
     // The lines of the activity log.
-    translatable("Watching started."), translatable("Watching paused."),
-    translatable("Starting initial server download."),
+    translatable(
+        "The server does not send %1, so the contents cannot be compared. Let your user name read them there, or "
+        "choose without comparing them."),
+    translatable("The server does not send %1 and %2 more, so the contents cannot be compared. Let your user name read "
+                 "them there, or choose without comparing them."),
+    translatable("1 file has a new date but the same content and is not sent."),
+    translatable("%1 files have a new date but the same content and are not sent."), translatable("Watching started."),
+    translatable("Watching paused."), translatable("Starting initial server download."),
     translatable("Initial download complete. Watching for local changes."),
     translatable("Checking for newer server files before watching resumes."),
     translatable("Server comparison skipped by your choice; pending local edits may replace remote copies."),
@@ -47,7 +64,8 @@ constexpr std::initializer_list<const char*> texts{
     translatable("Kept local item with a different type: %1"),
     translatable("Kept local file with the same or newer date: %1"), translatable("Kept existing local file: %1"),
     translatable("Kept %1 local files with the same or newer date."),
-    translatable("Not replaced, because they changed on the server: %1. The server is checked again before anything is uploaded."),
+    translatable("Not replaced, because they changed on the server: %1. The server is checked again before anything is "
+                 "uploaded."),
     translatable(
         "Not downloaded, because they changed meanwhile: %1. The server is checked again before anything is uploaded."),
     translatable("The same files are newer on the server as when you decided: that decision is carried out."),
@@ -86,7 +104,7 @@ constexpr std::initializer_list<const char*> texts{
     translatable("The server closed the connection."), translatable("The server has no space left for your files."),
     translatable("Delete files there, or ask the hosting provider for more space."),
     translatable("You may not write to this folder on the server."),
-    
+    translatable("You may not open this folder on the server."),
     translatable("Ask the hosting provider to let this user name write there."),
     translatable("The server's name or the remote folder is not valid."), translatable("Check both in the profile."),
     translatable("The server name %1 is not known."),
@@ -108,7 +126,8 @@ constexpr std::initializer_list<const char*> texts{
     translatable("The certificate of %1 cannot be verified."),
     translatable("Nothing has been sent, not even the password. Check the server's name, or trust its key."),
     translatable("The key of %1 has changed."),
-    translatable("It is not the one that this profile trusts. Either your provider has replaced the key, or another server is in between. Nothing has been sent, not even the password."),
+    translatable("It is not the one that this profile trusts. Either your provider has replaced the key, or another "
+                 "server is in between. Nothing has been sent, not even the password."),
     translatable("It is not the one that this profile trusts. Nothing has been sent, not even the password."),
     translatable("The server does not encrypt."),
     translatable("Choose another protocol in the profile, or ask the hosting provider for FTPS."),
@@ -117,26 +136,19 @@ constexpr std::initializer_list<const char*> texts{
     translatable("The file does not exist on the server."), translatable("It may have been removed meanwhile."),
     translatable("The transfer failed."), translatable("The details have the reason."),
     translatable("Transfer failed."),
-    translatable("The server does not let you read this folder."),
-    translatable("There is no network connection."),
-    translatable("Nothing is wrong with the profile. Zembrastel goes on when the network is back."),
-    translatable("The server did not create the folder %1."),
-    translatable("A file may already have this name, or your user name may not write there."),
-    translatable("A folder cannot have this name: %1"),
-    translatable("%1 file has a new date but the same content and is not sent."),
-    translatable("%1 files have a new date but the same content and are not sent."),
-    translatable("There is no room to compare %1: a copy of it in %2 could not be written (%3). Free some space there, or start Zembrastel with TMPDIR set to a folder with more."),
-    translatable("The server does not send %1, so the contents cannot be compared. Let your user name read them there, or choose without comparing them."),
-    translatable("The server does not send %1 and %2 more, so the contents cannot be compared. Let your user name read them there, or choose without comparing them."),
     // Uploads.
     translatable("This server does not report the sizes of files, so it cannot be verified that uploads are complete."),
-    translatable("The server confirmed the upload of %1, but does not have it. The live file was not replaced; the upload will be retried."),
+    translatable("The server confirmed the upload of %1, but does not have it. The live file was not replaced; the "
+                 "upload will be retried."),
     translatable(
         "The server stored %1 bytes of %2, which has %3. The live file was not replaced; the upload will be retried."),
     translatable("This server does not let an upload be continued."),
-    translatable("This computer is too slow at present to replace %1 without the risk of losing a newer version on the server. The upload will be retried."),
-    translatable("The server confirmed the renaming of the uploaded %1, but has another file in its place, or none. The upload will be retried."),
-    translatable("There is no room for a copy of %1 to upload from: it has %2, and %3 has %4 free. Free some space there, or start Zembrastel with TMPDIR set to a folder with more. The other files are not affected."),
+    translatable("This computer is too slow at present to replace %1 without the risk of losing a newer version on the "
+                 "server. The upload will be retried."),
+    translatable("The server confirmed the renaming of the uploaded %1, but has another file in its place, or none. "
+                 "The upload will be retried."),
+    translatable("There is no room for a copy of %1 to upload from: it has %2, and %3 has %4 free. Free some space "
+                 "there, or start Zembrastel with TMPDIR set to a folder with more. The other files are not affected."),
     translatable("File changed before uploading; it will be retried."),
     translatable("File changed while preparing the upload; it will be retried."),
     // Downloads, comparisons and backups.
@@ -145,10 +157,12 @@ constexpr std::initializer_list<const char*> texts{
     translatable("The server's file is too long."), translatable("The server returned an unsafe filename."),
     translatable("The server returned an invalid MLSD directory listing."),
     translatable("The server listing has no file type."),
-    translatable("Cannot safely read this server's directory format. The server should support MLSD or standard Unix/Windows LIST."),
+    translatable("Cannot safely read this server's directory format. The server should support MLSD or standard "
+                 "Unix/Windows LIST."),
     translatable("The remote folder is nested more than 128 levels deep."),
     translatable("The server returned an unreadable modification date for %1."),
-    translatable("The server did not provide a modification date for %1. Uploads remain paused until you choose how to proceed."),
+    translatable("The server did not provide a modification date for %1. Uploads remain paused until you choose how to "
+                 "proceed."),
     translatable("%1 changed locally after the comparison. Review it again before replacing it."),
     translatable("%1 was edited locally while downloading. The local edit was kept; check again."),
     translatable("%1 changed while making its backup. The local copy was kept; check again."),
@@ -160,7 +174,8 @@ constexpr std::initializer_list<const char*> texts{
     translatable("%1 changed while it was being restored. The local file was kept; restore it again."),
     translatable("%1 is no file in the local folder now. It was left as it is."),
     translatable("Names that differ only in case or in the form of accents can be one file on the server: %1"),
-    translatable("The files that are newer on the server are no longer those that you decided on. Nothing was changed. Review the files again."),
+    translatable("The files that are newer on the server are no longer those that you decided on. Nothing was changed. "
+                 "Review the files again."),
     // Local folders and profiles.
     translatable("The local folder is unavailable or unreadable."), translatable("Cannot read the local folder."),
     translatable("A file moved outside the selected local folder while scanning."),
@@ -173,16 +188,20 @@ constexpr std::initializer_list<const char*> texts{
     translatable("FTP passwords cannot contain line breaks or null characters."),
     translatable("Enter a remote folder without . or .. path components."),
     translatable("Choose an existing local folder."),
-    translatable("The local folder cannot be used, because its path is not valid UTF-8: %1. Rename the folder or choose another."),
-    translatable("The name, the server, the username, the remote folder, the exclusions and the selected paths must be valid UTF-8."),
-    translatable("Choose the initial download files and folders before starting. Open Edit profile, choose the contents, and save your selection."),
+    translatable("The local folder cannot be used, because its path is not valid UTF-8: %1. Rename the folder or "
+                 "choose another."),
+    translatable("The name, the server, the username, the remote folder, the exclusions and the selected paths must be "
+                 "valid UTF-8."),
+    translatable("Choose the initial download files and folders before starting. Open Edit profile, choose the "
+                 "contents, and save your selection."),
     translatable("Another active profile already watches this local folder. Pause it before using this profile."),
     translatable("This folder is already being watched by another profile."),
     translatable("No files or folders are selected. Use Edit sync contents to choose what to sync."),
     translatable("There is a profile of this name already."), translatable("It has no local folder."),
     translatable("There is no folder %1 here."),
     translatable("Could not load saved profiles: %1. Your saved file has been left untouched."),
-    translatable("The state folder %1 was moved away or replaced while the program ran. Nothing is saved until it is back, or the program is started again"),
+    translatable("The state folder %1 was moved away or replaced while the program ran. Nothing is saved until it is "
+                 "back, or the program is started again"),
     translatable("Profile storage is unavailable. Restart the app after correcting the startup error."),
     translatable("Two versions of the program that do not know each other are in use: restart the one that runs."),
     translatable("The message was not understood."),

@@ -7,7 +7,15 @@
 namespace zembrastel::ui {
 namespace {
 
-QString tr(const char* text) { return QCoreApplication::translate("KeyringAccess", text); }
+struct KeyringAccess {
+    Q_DECLARE_TR_FUNCTIONS(KeyringAccess)
+
+public:
+    static QString remedyOfReading() {
+        return tr("Unlock the desktop's keyring, or install one such as GNOME Keyring or KWallet, and start watching "
+                  "again. You can also enter the password again with Edit profile.");
+    }
+};
 
 SyncError withRemedy(const SyncError& failure, const QString& remedy) {
     return SyncError(failure.what() + (' ' + remedy.toStdString()));
@@ -17,9 +25,7 @@ std::string read(const Uuid& id) {
     try {
         return PasswordStore::read(id);
     } catch (const SyncError& failure) {
-        throw withRemedy(
-            failure, tr("Unlock the desktop's keyring, or install one such as GNOME Keyring or KWallet, and start "
-                        "watching again. You can also enter the password again with Edit profile."));
+        throw withRemedy(failure, KeyringAccess::remedyOfReading());
     }
 }
 
@@ -27,7 +33,7 @@ void remove(const Uuid& id) {
     try {
         PasswordStore::remove(id);
     } catch (const SyncError& failure) {
-        throw withRemedy(failure, tr("Unlock the desktop's keyring and remove the profile again."));
+        throw withRemedy(failure, KeyringAccess::tr("Unlock the desktop's keyring and remove the profile again."));
     }
 }
 

@@ -14,6 +14,7 @@
 #include "ui/desktop_options.h"
 #include "ui/keyring_access.h"
 #include "ui/shell.h"
+#include "ui/translations.h"
 
 #include <QIcon>
 
@@ -66,6 +67,7 @@ int runDesktop(const DesktopOptions& options, Termination& termination, int argc
             + " is in use by another running program. Stop that program, then quit Zembrastel and start it again"));
     }
     const auto application = startApplication(argc, argv);
+    installTranslations(*application);
     QApplication::setApplicationName(QStringLiteral("Zembrastel"));
     QApplication::setDesktopFileName(QStringLiteral("org.zembrastel.Zembrastel"));
     QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("org.zembrastel.Zembrastel")));

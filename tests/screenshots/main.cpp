@@ -1,4 +1,7 @@
-// Renders every screen into PNG files, light and dark, without a display: screenshots FOLDER [NAME...]
+// Renders every screen into PNG files, light and dark, without a display: screenshots [--locale NAME] FOLDER [NAME...]
+//
+// With the locale "brackets" every text of the program is put into brackets. No picture is made, and a text without
+// brackets is an error: it cannot be translated.
 //
 // Fails if a picture has the wrong size or is blank, if a control has no name, or if a text is cut. At a scale factor
 // (QT_SCALE_FACTOR) other than 1 the files are named NAME-light@2x.png.
@@ -7,6 +10,7 @@
 #include "support/file_tree.h"
 #include "support/ftp_server.h"
 #include "support/local_site.h"
+#include "text_in_brackets.h"
 #include "ui/backups/backups_sheet.h"
 #include "ui/bridge/qt_main_context.h"
 #include "ui/certificate/certificate_sheet.h"
@@ -16,6 +20,7 @@
 #include "ui/import/import_sheet.h"
 #include "ui/main_window/main_window.h"
 #include "ui/profile_editor/connection_fields.h"
+#include "ui/profile_editor/content_fields.h"
 #include "ui/profile_editor/new_place_dialog.h"
 #include "ui/profile_editor/profile_editor.h"
 #include "ui/remote_changes/review_sheet.h"
@@ -23,6 +28,7 @@
 #include "ui/screen.h"
 #include "ui/theme/theme.h"
 #include "ui/theme/turning_clock.h"
+#include "ui/translations.h"
 #include "ui/widgets/confirm_dialog.h"
 #include "ui/widgets/elide_label.h"
 #include "ui/widgets/search_field.h"
@@ -268,8 +274,9 @@ private:
     std::unique_ptr<AppModel> app;
 };
 
+// A narrow layout passes its smaller width on from parent to parent, one turn each.
 void settle() {
-    for (int turn = 0; turn < 3; ++turn) QCoreApplication::processEvents();
+    for (int turn = 0; turn < 12; ++turn) QCoreApplication::processEvents();
 }
 
 // Makes the pictures, and checks each screen: every control has a name for screen readers, and no text is cut.
@@ -282,9 +289,17 @@ public:
     // From now on only checks the screens, each at its smallest size.
     void onlyCheck() { onlyChecks = true; }
 
+    // From now on only finds texts of the screens that are not in brackets.
+    void onlyFindUntranslated() { finds = true; }
+    [[nodiscard]] const QSet<QString>& untranslated() const { return found; }
+
     // A width or height of 0 is the screen's own choice.
-    void add(const QString& name, QWidget& screen, QSize size) const {
+    void add(const QString& name, QWidget& screen, QSize size) {
         if (!wanted.isEmpty() && !wanted.contains(name)) return;
+        if (finds) {
+            found += textsWithoutBrackets(screen);
+            return;
+        }
         if (onlyChecks) screen.resize(screen.minimumSize());
         if (onlyChecks) settle();
         check(name, screen);
@@ -329,6 +344,8 @@ private:
     QString place;
     QStringList wanted;
     bool onlyChecks = false;
+    bool finds = false;
+    QSet<QString> found;
 };
 
 // A screen of the album: `open` makes and opens it. If a question is open over it, the picture is of the question.
@@ -470,7 +487,7 @@ private:
 
     [[nodiscard]] std::unique_ptr<QWidget> editor(const std::optional<Uuid>& id) {
         auto opened = shown(std::make_unique<ProfileEditor>(bridge, context, id, nullptr));
-        if (id) button(*opened, "Excluded files and folders").click();
+        if (id) button(*opened, ContentFields::tr("Excluded files and folders")).click();
         return opened;
     }
 
@@ -690,6 +707,15 @@ private:
     ModelBridge manyBridge{manyModel};
 };
 
+void findUntranslated(Album album) {
+    album.onlyFindUntranslated();
+    Screens screens;
+    play(album, screens.all());
+    play(album, screens.withMissingFiles());
+    play(album, screens.withChoice());
+    for (const auto& each : album.untranslated()) std::puts(qUtf8Printable(each));
+}
+
 void fillAlbum(Album album) {
     Screens screens;
     play(album, screens.all());
@@ -727,18 +753,29 @@ void isolate(const std::filesystem::path& folder) {
 int main(int argc, char** argv) {
     const zembrastel::testing::TemporaryFolder session;
     zembrastel::screenshots::isolate(session.path());
-    const QApplication application(argc, argv);
-    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedKingdom));
+    QApplication application(argc, argv);
+    QStringList arguments = QApplication::arguments().mid(1);
+    const bool named = arguments.size() > 1 && arguments.front() == "--locale";
+    const QString locale = named ? arguments.at(1) : QStringLiteral("en_GB");
+    if (named) arguments.remove(0, 2);
+    QLocale::setDefault(QLocale(locale));
+    zembrastel::ui::installTranslations(application, QLocale());
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setCursorFlashTime(0);
     zembrastel::ui::turningClock().setTime([] { return std::chrono::milliseconds(233); });
-    const QStringList arguments = QApplication::arguments();
-    if (arguments.size() < 2) {
-        std::fputs("usage: screenshots FOLDER [NAME...]\n", stderr);
+    if (arguments.isEmpty()) {
+        std::fputs("usage: screenshots [--locale NAME] FOLDER [NAME...]\n", stderr);
         return 2;
     }
     try {
-        zembrastel::screenshots::fillAlbum({arguments.at(1), arguments.mid(2)});
+        zembrastel::screenshots::Album album(arguments.front(), arguments.mid(1));
+        if (locale == "brackets") {
+            zembrastel::screenshots::Brackets brackets;
+            QApplication::installTranslator(&brackets);
+            zembrastel::screenshots::findUntranslated(std::move(album));
+        } else {
+            zembrastel::screenshots::fillAlbum(std::move(album));
+        }
         return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "screenshots: %s\n", error.what());

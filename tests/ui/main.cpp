@@ -2,6 +2,7 @@
 #include "support/temporary_folder.h"
 #include "timed_application.h"
 #include "ui/theme/theme.h"
+#include "ui/translations.h"
 
 #include <gtest/gtest.h>
 
@@ -13,6 +14,7 @@ int main(int argc, char** argv) {
     // On the heap, because one test deletes it.
     auto* const application = new zembrastel::testing::TimedApplication(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
+    zembrastel::ui::installTranslations(*application, QLocale::c());
     zembrastel::ui::theme().apply(zembrastel::ui::Appearance::light); // as the program does before its first window
     holdEventsToTime(*application);
     const int result = RUN_ALL_TESTS();

@@ -27,10 +27,8 @@ constexpr int listInset = 3;
 QString backupsSummary(const BackupTotals& totals) {
     if (totals.versions == 0) return BackupsSheet::tr("No versions");
     const auto count = [](std::size_t number) { return static_cast<int>(number); };
-    const QString files =
-        totals.files == 1 ? BackupsSheet::tr("1 file") : BackupsSheet::tr("%1 files").arg(count(totals.files));
-    const QString versions = totals.versions == 1 ? BackupsSheet::tr("1 version")
-                                                  : BackupsSheet::tr("%1 versions").arg(count(totals.versions));
+    const QString files = BackupsSheet::tr("%n files", nullptr, count(totals.files));
+    const QString versions = BackupsSheet::tr("%n versions", nullptr, count(totals.versions));
     return BackupsSheet::tr("%1, %2, %3").arg(files, versions, sizeText(totals.bytes));
 }
 

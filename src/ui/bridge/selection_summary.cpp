@@ -7,12 +7,11 @@
 namespace zembrastel::ui {
 namespace {
 
-QString tr(const char* text) { return QCoreApplication::translate("SelectionSummary", text); }
+struct SelectionSummary {
+    Q_DECLARE_TR_FUNCTIONS(SelectionSummary)
+};
 
-// "1 file", "2 files".
-QString counted(std::size_t count, const QString& one, const QString& many) {
-    return count == 1 ? one : many.arg(count);
-}
+int number(std::size_t count) { return static_cast<int>(count); }
 
 std::size_t countRules(const DownloadSelection& selection, bool ticked) {
     return static_cast<std::size_t>(
@@ -20,19 +19,20 @@ std::size_t countRules(const DownloadSelection& selection, bool ticked) {
 }
 
 QString allOf(SelectionScope scope) {
-    return scope == SelectionScope::server ? tr("All files on the server") : tr("All files in the local folder");
+    return scope == SelectionScope::server ? SelectionSummary::tr("All files on the server")
+                                           : SelectionSummary::tr("All files in the local folder");
 }
 
 QString describeTicked(
     const DownloadSelection& selection, const std::optional<TickedKinds>& kinds, SelectionScope scope) {
     const auto root = selection.rules.find("");
     if (root != selection.rules.end() && root->second) return allOf(scope);
-    if (!kinds) return counted(countRules(selection, true), tr("1 item selected"), tr("%1 items selected"));
-    const QString folders = counted(kinds->folders, tr("1 folder"), tr("%1 folders"));
-    const QString files = counted(kinds->files, tr("1 file"), tr("%1 files"));
-    if (kinds->files == 0) return tr("%1 selected").arg(folders);
-    if (kinds->folders == 0) return tr("%1 selected").arg(files);
-    return tr("%1 and %2 selected").arg(folders, files);
+    if (!kinds) return SelectionSummary::tr("%n items selected", nullptr, number(countRules(selection, true)));
+    const QString folders = SelectionSummary::tr("%n folders", nullptr, number(kinds->folders));
+    const QString files = SelectionSummary::tr("%n files", nullptr, number(kinds->files));
+    if (kinds->files == 0) return SelectionSummary::tr("%1 selected").arg(folders);
+    if (kinds->folders == 0) return SelectionSummary::tr("%1 selected").arg(files);
+    return SelectionSummary::tr("%1 and %2 selected").arg(folders, files);
 }
 
 } // namespace
@@ -57,11 +57,12 @@ FolderLookup amongFiles(const FileMap& files) {
 
 QString selectionSummary(
     const DownloadSelection& selection, const std::optional<TickedKinds>& kinds, SelectionScope scope) {
-    if (!selection.hasSelection()) return tr("Nothing selected");
+    if (!selection.hasSelection()) return SelectionSummary::tr("Nothing selected");
     QString ticked = describeTicked(selection, kinds, scope);
     const std::size_t exceptions = countRules(selection, false);
     if (exceptions == 0) return ticked;
-    return tr("%1, %2").arg(ticked, counted(exceptions, tr("1 exception"), tr("%1 exceptions")));
+    return SelectionSummary::tr("%1, %2").arg(
+        ticked, SelectionSummary::tr("%n exceptions", nullptr, number(exceptions)));
 }
 
 QString syncContentsSummary(const Profile& profile, const FileMap& synchronised) {

@@ -97,7 +97,7 @@ PushButton* makeCopy(const KeyHash& key) {
 // One row of the card. The caller adds what stands below the value.
 QVBoxLayout* addRow(QVBoxLayout& rows, const QString& label, QLabel* value, QWidget* button = nullptr) {
     if (rows.count() > 0) rows.addWidget(makeDivider(Qt::Horizontal));
-    auto* const name = makeLabel(label, TextStyle::fieldLabel, Tone::dim);
+    auto* const name = new WrapLabel(label, TextStyle::fieldLabel, Tone::dim);
     name->setFixedWidth(scaledToText(labelWidth));
     name->setBuddy(value);
     value->setAccessibleName(label + u' ' + value->text());

@@ -24,7 +24,7 @@ std::optional<ContentLine> messageOf(const RemoteBrowserModel& browser, const st
 }
 
 // For more ticks the summary does not count folders and files apart: that would block the window.
-constexpr std::size_t maxCountedTicks = 2000;
+constexpr int maxCountedTicks = 2000;
 
 using Mark = DownloadSelection::Mark;
 
@@ -154,9 +154,8 @@ std::vector<ContentLine> ContentTreeModel::wantedLines() {
 }
 
 QString ContentTreeModel::noteText() const {
-    const QString found = matches.names == 0   ? tr("No name matches “%1”.").arg(searched)
-                          : matches.names == 1 ? tr("1 name matches.")
-                                               : tr("%n names match.", nullptr, static_cast<int>(matches.names));
+    const QString found = matches.names == 0 ? tr("No name matches “%1”.").arg(searched)
+                                             : tr("%n names match.", nullptr, static_cast<int>(matches.names));
     return matches.all ? found : tr("%1 Folders that were not opened yet are not searched.").arg(found);
 }
 

@@ -121,8 +121,7 @@ void Notifier::showChoice(const QString& key, const Profile& profile) {
 void Notifier::showReview(const QString& key, const Profile& profile) {
     const auto review = bridge.model().reviews().find(profile.id);
     const std::size_t files = review == bridge.model().reviews().end() ? 0 : review->second.changes.size();
-    const QString count =
-        files == 1 ? tr("1 file is newer on the server.") : tr("%1 files are newer on the server.").arg(files);
+    const QString count = tr("%n files are newer on the server.", nullptr, static_cast<int>(files));
     desktop.show(
         key, {.title = tr("%1: newer files on the server").arg(onOneLine(toQString(profile.name))),
               .text = count + u' ' + tr("Uploads are paused until you choose which versions to keep."),

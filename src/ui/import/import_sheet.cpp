@@ -152,7 +152,7 @@ void ImportSheet::showState() {
     another->setEnabled(!busy);
     list->setEnabled(!busy);
     take->setEnabled(!busy && ticked > 0);
-    take->setLabel(ticked == 1 ? tr("Import 1 profile") : tr("Import %1 profiles").arg(ticked));
+    take->setLabel(tr("Import %n profiles", nullptr, ticked));
 }
 
 void ImportSheet::chooseFolder(int row) {

@@ -53,9 +53,7 @@ ChoiceText choiceText(const FirstComparison& found) {
     const int replaced = count(found.otherSizes + found.different.files.size());
     if (replaced > 0) {
         all.text += u' ';
-        all.text += replaced == 1
-                        ? ChoiceBanner::tr("Uploading the others replaces 1 file on the server.")
-                        : ChoiceBanner::tr("Uploading the others replaces %n files on the server.", nullptr, replaced);
+        all.text += ChoiceBanner::tr("Uploading the others replaces %n files on the server.", nullptr, replaced);
     }
     if (found.alikeFiles() > 0) {
         all.adopt = found.otherFiles() == 0
@@ -117,12 +115,10 @@ void ChoiceBanner::showChoice(const FirstComparison& found) {
 void ChoiceBanner::showComparing(const FirstComparison& found) {
     const auto different = found.different.files.size();
     const int all = count(found.alikeFiles() + different);
-    heading->setWrappedText(
-        all == 1 ? tr("Comparing 1 file with the server") : tr("Comparing %n files with the server", nullptr, all));
+    heading->setWrappedText(tr("Comparing %n files with the server", nullptr, all));
     const QString results =
-        different == 0   ? tr("None differs so far. Nothing is uploaded before you decide.")
-        : different == 1 ? tr("1 differs so far. Nothing is uploaded before you decide.")
-                         : tr("%n differ so far. Nothing is uploaded before you decide.", nullptr, count(different));
+        different == 0 ? tr("None differs so far. Nothing is uploaded before you decide.")
+                       : tr("%n differ so far. Nothing is uploaded before you decide.", nullptr, count(different));
     text->setWrappedText(results);
 }
 

@@ -66,9 +66,7 @@ QString retryText(const ShownFailure& failure) {
     const QString next = FailureBanner::tr("%1 is tried again at %2.").arg(onOneLine(toQString(failure.path)), time);
     const auto others = static_cast<int>(std::max<std::int64_t>(failure.waiting - 1, 0));
     if (others == 0) return next;
-    return next + u' '
-           + (others == 1 ? FailureBanner::tr("1 more file waits behind it.")
-                          : FailureBanner::tr("%n more files wait behind it.", nullptr, others));
+    return next + u' ' + FailureBanner::tr("%n more files wait behind it.", nullptr, others);
 }
 
 FailureBanner::FailureBanner(QWidget* parent)

@@ -19,13 +19,14 @@
 namespace zembrastel::ui {
 namespace {
 
-constexpr std::size_t maxPaths = 3; // in a banner
+constexpr int maxPaths = 3; // in a banner
 
 // One path per line.
 QString firstPaths(const PathSet& paths) {
     QStringList lines;
     for (const auto& path : paths | std::views::take(maxPaths)) lines << onOneLine(toQString(path));
-    if (paths.size() > maxPaths) lines << DetailBanners::tr("and %1 more").arg(paths.size() - maxPaths);
+    const int more = static_cast<int>(paths.size()) - maxPaths;
+    if (more > 0) lines << DetailBanners::tr("and %n more", nullptr, more);
     return lines.join(u'\n');
 }
 
@@ -110,8 +111,7 @@ DetailBanners::DetailBanners(QWidget* parent)
 }
 
 QString missingOnServerText(std::size_t files) {
-    return files == 1 ? DetailBanners::tr("1 file is missing on the server.")
-                      : DetailBanners::tr("%1 files are missing on the server.").arg(files);
+    return DetailBanners::tr("%n files are missing on the server.", nullptr, static_cast<int>(files));
 }
 
 void DetailBanners::setWaiting(

@@ -97,14 +97,10 @@ bool ProfileListModel::runningAt(const QModelIndex& index) const { return bridge
 
 QString profileSummary(const ProfileStatus& status, std::size_t missing) {
     if (hasRefusedFiles(status)) {
-        const auto files = static_cast<int>(status.refused.size());
-        return files == 1 ? ProfileListModel::tr("1 file cannot be uploaded")
-                          : ProfileListModel::tr("%n files cannot be uploaded", nullptr, files);
+        return ProfileListModel::tr("%n files cannot be uploaded", nullptr, static_cast<int>(status.refused.size()));
     }
     if (missing == 0 || status.unsaved || status.phase != Phase::watching) return toQString(status.title());
-    const auto files = static_cast<int>(missing);
-    return files == 1 ? ProfileListModel::tr("1 file is missing")
-                      : ProfileListModel::tr("%n files are missing", nullptr, files);
+    return ProfileListModel::tr("%n files are missing", nullptr, static_cast<int>(missing));
 }
 
 QString ProfileListModel::summaryAt(const QModelIndex& index) const {

@@ -40,8 +40,7 @@ void RefusedFilesBanner::setFiles(const ProfileStatus& status, const Profile& ow
     profile = owner;
     showsAll = false;
     const auto count = static_cast<int>(shown.size());
-    heading->setWrappedText(
-        count == 1 ? tr("1 file cannot be uploaded.") : tr("%n files cannot be uploaded.", nullptr, count));
+    heading->setWrappedText(tr("%n files cannot be uploaded.", nullptr, count));
     setAccessibleName(heading->text() + u' ' + text->text());
     showRows();
 }

@@ -10,7 +10,9 @@
 namespace zembrastel::ui {
 namespace {
 
-QString tr(const char* text) { return QCoreApplication::translate("ProfileEditor", text); }
+struct EditorRules {
+    Q_DECLARE_TR_FUNCTIONS(EditorRules)
+};
 
 std::string failureOf(const Profile& profile) {
     try {
@@ -112,11 +114,11 @@ Profile withEdits(Profile saved, const Profile& original, const Profile& draft) 
 bool asksForContents(const SavingState& state) { return state.downloadFirst && !state.contentsChosen; }
 
 QString savingLabel(const SavingState& state) {
-    if (state.busy) return tr("Saving…");
-    if (asksForContents(state)) return tr("Choose download contents…");
+    if (state.busy) return EditorRules::tr("Saving…");
+    if (asksForContents(state)) return EditorRules::tr("Choose download contents…");
     if (state.downloadFirst && state.starts)
-        return state.isNew ? tr("Create profile & download") : tr("Save & resynchronise");
-    return state.isNew ? tr("Create profile") : tr("Save changes");
+        return state.isNew ? EditorRules::tr("Create profile & download") : EditorRules::tr("Save & resynchronise");
+    return state.isNew ? EditorRules::tr("Create profile") : EditorRules::tr("Save changes");
 }
 
 bool hasDownloadContents(const Profile& draft) {
@@ -124,8 +126,9 @@ bool hasDownloadContents(const Profile& draft) {
 }
 
 QString protocolNote(TransferProtocol protocol) {
-    return protocol == TransferProtocol::ftp ? tr("FTP sends your password and files without encryption.")
-                                             : tr("TLS encrypts transfers and verifies the server certificate.");
+    return protocol == TransferProtocol::ftp
+               ? EditorRules::tr("FTP sends your password and files without encryption.")
+               : EditorRules::tr("TLS encrypts transfers and verifies the server certificate.");
 }
 
 QString syncContentsText(const Profile& draft, const KindLookup& kinds) {
@@ -135,14 +138,15 @@ QString syncContentsText(const Profile& draft, const KindLookup& kinds) {
 }
 
 QString downloadContentsText(const Profile& draft, const KindLookup& kinds) {
-    if (!hasDownloadContents(draft)) return tr("No download contents chosen yet");
+    if (!hasDownloadContents(draft)) return EditorRules::tr("No download contents chosen yet");
     const DownloadSelection& downloaded = *draft.initialDownloadSelection;
     return selectionSummary(downloaded, kinds(downloaded), SelectionScope::server);
 }
 
 QString connectedMessage(std::size_t items) {
-    return tr("Connected. The remote folder is readable (%1 items). Upload permission is checked when a file uploads.")
-        .arg(items);
+    return EditorRules::tr(
+        "Connected. The remote folder is readable (%n items). Upload permission is checked when a file uploads.",
+        nullptr, static_cast<int>(items));
 }
 
 std::int64_t portAfterChange(std::int64_t port, TransferProtocol from, TransferProtocol to) {

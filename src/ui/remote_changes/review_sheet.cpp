@@ -26,7 +26,7 @@ constexpr std::chrono::seconds pauseInTyping{1};
 
 QString confirmLabel(std::size_t ticked) {
     if (ticked == 0) return RemoteChangesView::tr("Keep local & start watching");
-    return RemoteChangesView::tr("Download %1 & start watching").arg(ticked);
+    return RemoteChangesView::tr("Download %n & start watching", nullptr, static_cast<int>(ticked));
 }
 
 RemoteChangesView::RemoteChangesView(ModelBridge& bridge, RemoteReview toDecide, QWidget* parent)
