@@ -19,7 +19,7 @@ constexpr std::initializer_list<const char*> textsOfDiagnosis{
     translatable("Connect the disk it is on, or choose another local folder in the profile."),
     translatable("There is an answer at port %1."),
     translatable("The name %1 is known."),
-    translatable("The name %1 is unknown."),
+
     translatable("Check the server's name in the profile. If it is right, check whether this machine is online."),
     translatable("The server takes the user name and the password."),
     translatable("The connection is encrypted, and the server has the key that the profile trusts."),
@@ -51,14 +51,14 @@ constexpr std::initializer_list<const char*> textsOfDiagnosis{
     translatable("The server's certificate cannot be verified."),
     translatable("The server's certificate cannot be read."),
     translatable("The connection to %1 is not encrypted: there is no certificate."),
-    translatable("The server refused the user name %1 or the password."),
+
     translatable("There is no answer from %1, port %2."),
-    translatable("The machine %1 has nothing at port %2."),
+
     translatable("It says: %1"),
     translatable("Check the remote folder in the profile."),
     translatable("Without a slash at its beginning it starts in the login folder, with one at the server's root."),
     translatable("Ask the hosting provider which folder the site is in."),
-    translatable("The server does not open the folder %1."),
+
     translatable("The server takes the login and does not list the folder."),
     translatable("Listings and files go over connections of their own (passive mode), which a firewall may stop."),
     translatable("Ask the hosting provider which ports passive mode uses, whether they are open, and whether the "
@@ -122,10 +122,10 @@ constexpr std::initializer_list<const char*> textsOfDiagnosis{
     translatable("It is for another name."),
     translatable("Ask the hosting provider to renew the certificate of the FTP server."),
     translatable("Check this machine's date as well."),
-    translatable("The server's certificate is for another name than %1."),
+
     translatable("Ask the hosting provider for the name that the FTP server's certificate is for, often that of the "
                  "machine, and use it in the profile."),
-    translatable("This machine does not trust the server's certificate."),
+
     translatable(
         "Ask the hosting provider for a certificate from a known authority, with all intermediate certificates."),
     translatable("Do not go on without: an attacker could pass for the server and read the password."),
@@ -139,16 +139,16 @@ constexpr std::initializer_list<const char*> textsOfDiagnosis{
     translatable("Check the name and the port."),
     translatable("A firewall, here or at the hosting provider's, may drop the connection: ask the hosting provider "
                  "whether your address is let in."),
-    translatable("The server takes no further connection: there are too many."),
+
     translatable("Close other FTP programs that use this account and try again in some minutes."),
     translatable("Ask the hosting provider how many connections an account may have; Zembrastel needs one for each "
                  "profile that is at work, and some more while its windows show folders of the server."),
     translatable("The server answers and hangs up."),
     translatable("Try again later."),
     translatable("Ask the hosting provider why the server refuses connections from your address."),
-    translatable("The key of %1 is not the one that the profile trusts."),
+
     translatable("Ask the hosting provider whether the server has a new key before you trust it."),
-    translatable("The server offers no encryption at this port."),
+
     translatable("Ask the hosting provider whether the server has FTPS, of which kind and at which port."),
     translatable("Only where it has none, choose FTP in the profile: the password then travels readable."),
     translatable("The server does not begin with TLS at this port."),

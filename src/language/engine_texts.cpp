@@ -42,13 +42,11 @@ constexpr std::initializer_list<const char*> texts{
     translatable("The server did not create the folder %1."),
     translatable("A file may already have this name, or your user name may not write there."),
     translatable("A folder cannot have this name: %1"),
-    translatable(
-        "There is no room to compare %1: a copy of it in %2 could not be written (%3). Free some space there, or "
-        "start Zembrastel with TMPDIR set to a folder with more."),
+    translatable("There is no room to compare %1: a copy of it in %2 could not be written (%3). Free some space there, "
+                 "or start Zembrastel with TMPDIR set to a folder with more."),
     // The lines of the activity log.
-    translatable(
-        "The server does not send %1, so the contents cannot be compared. Let your user name read them there, or "
-        "choose without comparing them."),
+    translatable("The server does not send %1, so the contents cannot be compared. Let your user name read them there, "
+                 "or choose without comparing them."),
     translatable("The server does not send %1 and %2 more, so the contents cannot be compared. Let your user name read "
                  "them there, or choose without comparing them."),
     translatable("1 file has a new date but the same content and is not sent."),
@@ -104,7 +102,7 @@ constexpr std::initializer_list<const char*> texts{
     translatable("The server closed the connection."), translatable("The server has no space left for your files."),
     translatable("Delete files there, or ask the hosting provider for more space."),
     translatable("You may not write to this folder on the server."),
-    translatable("You may not open this folder on the server."),
+
     translatable("Ask the hosting provider to let this user name write there."),
     translatable("The server's name or the remote folder is not valid."), translatable("Check both in the profile."),
     translatable("The server name %1 is not known."),
@@ -136,6 +134,10 @@ constexpr std::initializer_list<const char*> texts{
     translatable("The file does not exist on the server."), translatable("It may have been removed meanwhile."),
     translatable("The transfer failed."), translatable("The details have the reason."),
     translatable("Transfer failed."),
+    translatable("There is no room to compare %1: a copy of it in %2 could not be written (%3). Free some space there, "
+                 "or start Zembrastel with TMPDIR set to a folder with more."),
+    translatable("The server does not send %1, so the contents cannot be compared. Let your user name read them there, "
+                 "or choose without comparing them."),
     // Uploads.
     translatable("This server does not report the sizes of files, so it cannot be verified that uploads are complete."),
     translatable("The server confirmed the upload of %1, but does not have it. The live file was not replaced; the "

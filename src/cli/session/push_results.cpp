@@ -44,8 +44,7 @@ void printPushed(const Profile& profile, const Pushed& pushed, Output& output) {
     } else if (files == 0) {
         output.line(translate("Nothing to push: the server has all of %1.", {inQuotes(profile.name)}));
     } else {
-        output.line(
-            translatePlural("Pushed %1: %n file.", "Pushed %1: %n files.", files, {inQuotes(profile.name)}));
+        output.line(translatePlural("Pushed %1: %n file.", "Pushed %1: %n files.", files, {inQuotes(profile.name)}));
     }
 }
 
