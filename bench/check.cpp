@@ -1,7 +1,7 @@
 // What a start does before anything is uploaded, by the whole program but for its faces: the comparison with the
 // server, or the first download of all files.
 #include "app/app_model.h"
-#include "app/context/main_queue.h"
+#include "app/context/main_context.h"
 #include "measure.h"
 #include "subjects.h"
 

@@ -1,7 +1,7 @@
 // Uploads by the whole program but for its faces: model, saves, worker, transfers. Only the pauses between polls are
 // left out.
 #include "app/app_model.h"
-#include "app/context/main_queue.h"
+#include "app/context/main_context.h"
 #include "measure.h"
 #include "platform/descriptor.h"
 #include "subjects.h"

@@ -18,8 +18,10 @@ for layer in $core; do
   below+=("$layer")
   check "${below[@]}"
 done
+# The language of both faces, which the engine does not know: it speaks English.
+check platform language
 # The two faces of the program do not know each other, and the checks belong to one of them.
-check "${below[@]}" cli
+check "${below[@]}" language cli
 check "${below[@]}" checks
 check "${below[@]}" checks ui
 # In the window, theme and widgets know no profiles, and the screens do not know each other: the shell opens them.
@@ -27,14 +29,14 @@ check ui/theme
 check ui/theme ui/widgets
 check "${below[@]}" ui/bridge
 check "${below[@]}" ui/theme ui/widgets ui/bridge ui/desktop
-for screen in main_window profile_editor content_picker remote_changes backups import certificate help; do
+for screen in main_window profile_editor content_picker remote_folder remote_changes backups import certificate help; do
   check "${below[@]}" ui/theme ui/widgets ui/bridge "ui/$screen"
 done
 # Commands do not include each other, and one file alone includes the parser's library, which takes long to compile.
 if grep -rn '#include "cli/commands/' "$src"; then failed=1; fi
 if grep -rln '#include <CLI/' "$src/cli" | grep -vx "$src/cli/parser.cpp"; then failed=1; fi
 # All but the desktop program itself knows nothing of its toolkit.
-for layer in $core cli checks; do
+for layer in $core language cli checks; do
   if grep -rnE '#include <(Q[A-Z]|Qt)' "$src/$layer"; then failed=1; fi
 done
 # What a profile is doing is a phase, what a log line is about is a kind: the texts for them may change.

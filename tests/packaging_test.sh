@@ -5,7 +5,7 @@ build=$2 cli=$3
 place=$(mktemp -d)
 trap 'rm -rf "$place"' EXIT
 share=$place/usr/share
-export XDG_DATA_HOME=$place/data PATH=${cli%/*}:$PATH LC_ALL=C.UTF-8
+export XDG_DATA_HOME=$place/data PATH=${cli%/*}:$PATH LC_ALL=C.UTF-8 LANGUAGE=
 fail() { echo "$*" >&2; exit 1; }
 install_component() { DESTDIR=$place cmake --install "$build" --prefix /usr --component "$1" > /dev/null; }
 

@@ -139,6 +139,13 @@
     </message>
 </context>
 <context>
+    <name>TreeRow</name>
+    <message>
+        <source>Retry</source>
+        <translation>Wiederholen</translation>
+    </message>
+</context>
+<context>
     <name>zembrastel::ui::AboutDialog</name>
     <message>
         <source>About Zembrastel</source>
@@ -407,10 +414,6 @@
         <translation>Jetzt gezeigter Schlüssel</translation>
     </message>
     <message>
-        <source>Seen today, %1</source>
-        <translation>Heute gesehen, %1</translation>
-    </message>
-    <message>
         <source>Ask your provider which key is right before you trust the new one.</source>
         <translation>Vor dem Vertrauen den Anbieter fragen, welcher Schlüssel richtig ist.</translation>
     </message>
@@ -453,6 +456,14 @@
     <message>
         <source>Trust this key</source>
         <translation>Schlüssel vertrauen</translation>
+    </message>
+    <message>
+        <source>First seen today, %1</source>
+        <translation>Zuerst gesehen heute, %1</translation>
+    </message>
+    <message>
+        <source>First seen on %1, %2</source>
+        <translation>Zuerst gesehen am %1, %2</translation>
     </message>
 </context>
 <context>
@@ -661,6 +672,14 @@
         <source>Reading from keyring…</source>
         <translation>Wird aus dem Schlüsselbund gelesen…</translation>
     </message>
+    <message>
+        <source>Choose a folder…</source>
+        <translation>Ordner auswählen…</translation>
+    </message>
+    <message>
+        <source>Choose a remote folder</source>
+        <translation>Ordner auf dem Server auswählen</translation>
+    </message>
 </context>
 <context>
     <name>zembrastel::ui::ContentFields</name>
@@ -727,6 +746,18 @@
     <message>
         <source>Choose the local folder to watch</source>
         <translation>Lokalen Ordner für die Überwachung auswählen</translation>
+    </message>
+    <message>
+        <source>Choose a local folder</source>
+        <translation>Lokalen Ordner auswählen</translation>
+    </message>
+    <message>
+        <source>Compare contents</source>
+        <translation>Inhalte vergleichen</translation>
+    </message>
+    <message>
+        <source>Files that have a new date but the content that was uploaded before are not uploaded again.</source>
+        <translation>Dateien mit neuem Datum, deren Inhalt schon hochgeladen wurde, werden nicht erneut hochgeladen.</translation>
     </message>
 </context>
 <context>
@@ -944,6 +975,48 @@
     </message>
 </context>
 <context>
+    <name>zembrastel::ui::FolderTreeModel</name>
+    <message>
+        <source>Loading folder…</source>
+        <translation>Ordner wird geladen…</translation>
+    </message>
+    <message>
+        <source>This folder has no subfolders.</source>
+        <translation>Dieser Ordner hat keine Unterordner.</translation>
+    </message>
+    <message>
+        <source>Creating the folder %1…</source>
+        <translation>Ordner %1 wird angelegt…</translation>
+    </message>
+    <message>
+        <source>Name of the new folder</source>
+        <translation>Name des neuen Ordners</translation>
+    </message>
+    <message>
+        <source>%1, Retry</source>
+        <translation>%1, Wiederholen</translation>
+    </message>
+    <message>
+        <source>open folder</source>
+        <translation>geöffneter Ordner</translation>
+    </message>
+    <message>
+        <source>closed folder</source>
+        <translation>geschlossener Ordner</translation>
+    </message>
+    <message>
+        <source>Login folder</source>
+        <translation>Anmeldeordner</translation>
+    </message>
+</context>
+<context>
+    <name>zembrastel::ui::FoldingRows</name>
+    <message>
+        <source>level %1</source>
+        <translation>Ebene %1</translation>
+    </message>
+</context>
+<context>
     <name>zembrastel::ui::HelpWindow</name>
     <message>
         <source>Search the manual</source>
@@ -1117,18 +1190,6 @@
         <source>Send everything</source>
         <translation>Alles senden</translation>
     </message>
-    <message>
-        <source>Nothing has been sent to the new place yet</source>
-        <translation>An den neuen Ort wurde noch nichts gesendet</translation>
-    </message>
-    <message>
-        <source>The files that are recorded as uploaded are in the old place. From now on only changed files are uploaded to the new one. To upload everything, each file is compared with the server first: identical files are skipped, and if the server has another version, you decide first. A paused profile starts watching.</source>
-        <translation>Die als hochgeladen vermerkten Dateien liegen am alten Ort. An den neuen werden ab jetzt nur geänderte Dateien hochgeladen. Um alles hochzuladen, wird zuerst jede Datei mit dem Server verglichen: Gleiche Dateien werden übersprungen, und hat der Server eine andere Version, wird vorher gefragt. Bei einem pausierten Profil startet die Überwachung.</translation>
-    </message>
-    <message>
-        <source>Not now</source>
-        <translation>Nicht jetzt</translation>
-    </message>
 </context>
 <context>
     <name>zembrastel::ui::MessageStrip</name>
@@ -1139,6 +1200,75 @@
     <message>
         <source>Succeeded</source>
         <translation>Erfolgreich</translation>
+    </message>
+</context>
+<context>
+    <name>zembrastel::ui::NewPlaceDialog</name>
+    <message>
+        <source>%1 on %2</source>
+        <extracomment>%1 is a folder, %2 a server.</extracomment>
+        <translation>%1 auf %2</translation>
+    </message>
+    <message>
+        <source>Zembrastel knows one file as uploaded to %1. The profile now names %2.</source>
+        <translation>Zembrastel kennt eine Datei als hochgeladen nach %1. Das Profil nennt jetzt %2.</translation>
+    </message>
+    <message numerus="yes">
+        <source>Zembrastel knows %n files as uploaded to %1. The profile now names %2.</source>
+        <translation>
+            <numerusform>Zembrastel kennt %n Datei als hochgeladen nach %1. Das Profil nennt jetzt %2.</numerusform>
+            <numerusform>Zembrastel kennt %n Dateien als hochgeladen nach %1. Das Profil nennt jetzt %2.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Save changes</source>
+        <translation>Änderungen speichern</translation>
+    </message>
+    <message>
+        <source>What is in the new remote folder?</source>
+        <translation>Was enthält der neue Ordner auf dem Server?</translation>
+    </message>
+    <message>
+        <source>Not sure</source>
+        <translation>Unbekannt</translation>
+    </message>
+    <message>
+        <source>Compares names and sizes there, then asks what to upload.</source>
+        <translation>Vergleicht dort Namen und Größen und fragt dann, was hochgeladen wird.</translation>
+    </message>
+    <message>
+        <source>The same site, moved</source>
+        <translation>Dieselbe Website, umgezogen</translation>
+    </message>
+    <message>
+        <source>Takes the file as uploaded already.</source>
+        <translation>Behandelt die Datei als schon hochgeladen.</translation>
+    </message>
+    <message numerus="yes">
+        <source>Takes all %n files as uploaded already.</source>
+        <translation>
+            <numerusform>Behandelt die %n Datei als schon hochgeladen.</numerusform>
+            <numerusform>Behandelt alle %n Dateien als schon hochgeladen.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Nothing, or something else</source>
+        <translation>Nichts oder etwas anderes</translation>
+    </message>
+    <message>
+        <source>Uploads the file. A file of the same name is replaced.</source>
+        <translation>Lädt die Datei hoch. Eine Datei mit gleichem Namen wird ersetzt.</translation>
+    </message>
+    <message numerus="yes">
+        <source>Uploads all %n files. Files of the same name are replaced.</source>
+        <translation>
+            <numerusform>Lädt die %n Datei hoch. Eine Datei mit gleichem Namen wird ersetzt.</numerusform>
+            <numerusform>Lädt alle %n Dateien hoch. Dateien mit gleichem Namen werden ersetzt.</numerusform>
+        </translation>
     </message>
 </context>
 <context>
@@ -1189,6 +1319,22 @@
     <message>
         <source>Open window</source>
         <translation>Fenster öffnen</translation>
+    </message>
+    <message>
+        <source>Nothing is wrong with your profiles. Zembrastel goes on when the network is back.</source>
+        <translation>Die Profile sind in Ordnung. Zembrastel macht weiter, sobald das Netz wieder da ist.</translation>
+    </message>
+    <message>
+        <source>%1: choose what to upload</source>
+        <translation>%1: Auswahl zum Hochladen</translation>
+    </message>
+    <message>
+        <source>Some files are on the server already. Uploads are paused until you choose.</source>
+        <translation>Einige Dateien sind bereits auf dem Server. Das Hochladen ist bis zur Auswahl pausiert.</translation>
+    </message>
+    <message>
+        <source>Choose</source>
+        <translation>Auswählen</translation>
     </message>
 </context>
 <context>
@@ -1293,6 +1439,13 @@
     <message>
         <source>Edit profile, Remove profile</source>
         <translation>Profil bearbeiten, Profil entfernen</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n files cannot be uploaded</source>
+        <translation>
+            <numerusform>%n Datei kann nicht hochgeladen werden</numerusform>
+            <numerusform>%n Dateien können nicht hochgeladen werden</numerusform>
+        </translation>
     </message>
 </context>
 <context>
@@ -1465,6 +1618,37 @@
     <message>
         <source>What you ticked here has not been applied.</source>
         <translation>Die Auswahl ist nicht übernommen.</translation>
+    </message>
+</context>
+<context>
+    <name>zembrastel::ui::RemoteFolderSheet</name>
+    <message>
+        <source>Folders on the server</source>
+        <translation>Ordner auf dem Server</translation>
+    </message>
+    <message>
+        <source>Choose the remote folder</source>
+        <translation>Ordner auf dem Server auswählen</translation>
+    </message>
+    <message>
+        <source>Zembrastel uploads to the folder that you choose on %1.</source>
+        <translation>Zembrastel lädt in den hier gewählten Ordner auf %1 hoch.</translation>
+    </message>
+    <message>
+        <source>New folder…</source>
+        <translation>Neuer Ordner…</translation>
+    </message>
+    <message>
+        <source>Refresh</source>
+        <translation>Aktualisieren</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Use this folder</source>
+        <translation>Ordner übernehmen</translation>
     </message>
 </context>
 <context>
@@ -1665,8 +1849,8 @@ Zembrastel übernimmt das Hochladen.</translation>
 <context>
     <name>zembrastel::ui::WindowMenu</name>
     <message>
-        <source>Menu</source>
-        <translation>Menü</translation>
+        <source>Program menu</source>
+        <translation>Programmmenü</translation>
     </message>
 </context>
 </TS>

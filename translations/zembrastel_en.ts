@@ -173,6 +173,30 @@
     </message>
 </context>
 <context>
+    <name>zembrastel::ui::NewPlaceDialog</name>
+    <message numerus="yes">
+        <source>Zembrastel knows %n files as uploaded to %1. The profile now names %2.</source>
+        <translation>
+            <numerusform>Zembrastel knows %n file as uploaded to %1. The profile now names %2.</numerusform>
+            <numerusform>Zembrastel knows %n files as uploaded to %1. The profile now names %2.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Takes all %n files as uploaded already.</source>
+        <translation>
+            <numerusform>Takes the file as uploaded already.</numerusform>
+            <numerusform>Takes all %n files as uploaded already.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Uploads all %n files. Files of the same name are replaced.</source>
+        <translation>
+            <numerusform>Uploads the file. A file of the same name is replaced.</numerusform>
+            <numerusform>Uploads all %n files. Files of the same name are replaced.</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
     <name>zembrastel::ui::Notifier</name>
     <message numerus="yes">
         <source>%n files are newer on the server.</source>
@@ -189,6 +213,13 @@
         <translation>
             <numerusform>%n file is missing</numerusform>
             <numerusform>%n files are missing</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n files cannot be uploaded</source>
+        <translation>
+            <numerusform>%n file cannot be uploaded</numerusform>
+            <numerusform>%n files cannot be uploaded</numerusform>
         </translation>
     </message>
 </context>

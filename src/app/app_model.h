@@ -21,6 +21,13 @@ namespace zembrastel {
 // What the user reads when the saved state could not be loaded.
 [[nodiscard]] std::string loadFailure(const std::exception& error);
 
+// What the user says of the new place on a server of a profile whose files were uploaded elsewhere.
+enum class NewPlace {
+    unknown,   // nothing: the next check is a first comparison, which asks
+    sameFiles, // the files were moved: they count as uploaded
+    otherFiles // they are all uploaded, and replace files of the same name that are not newer
+};
+
 class AppModel {
 public:
     using PasswordAccess = zembrastel::PasswordAccess;
@@ -152,6 +159,9 @@ public:
     void save(
         Profile changed, const std::optional<std::string>& password,
         std::optional<FileMap> initialBaseline = std::nullopt);
+
+    // Changes a profile with uploaded files that now has another place on a server. Failures as above.
+    void saveMoved(const Profile& changed, NewPlace found);
 
     // Writes the state once for all calls of save() that `changes` makes. Throws what save() would if writing fails,
     // with the changes in force. `changes` throws nothing.

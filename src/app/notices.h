@@ -1,5 +1,6 @@
-// The notifications for the user: one for a review that waits, one for a profile that has failed for long, and one when
-// that profile has recovered. Never one for a single file.
+// The notifications for the user: one for a review or a choice that waits, one for a profile that has failed for long,
+// and one when that profile has recovered. Without a network there is one for all profiles. Never one for a single
+// file.
 //
 // Depends on its arguments alone, and remembers what was shown. One thread.
 #pragma once
@@ -29,6 +30,8 @@ struct ObservedProfile {
     Uuid id;
     Health health = Health::stopped;
     std::size_t toReview = 0; // files
+    bool offline = false;     // it is failing because this machine has no network
+    bool mustChoose = false;  // what counts as published, after the first check
 };
 
 struct Notice {
@@ -38,6 +41,10 @@ struct Notice {
         failing,
         recovered,
         failureIsOver, // removes the notice: the profile has not recovered
+        noNetwork,     // of all profiles together, with the id of one
+        networkIsBack, // removes that notice
+        choiceWaits,   // after the first check
+        choiceIsOver,  // removes the notice
     };
 
     Kind kind = Kind::reviewWaits;
@@ -63,13 +70,20 @@ private:
         std::size_t reviewed = 0;
         std::optional<Time> failingSince;
         bool failureShown = false;
+        bool offline = false; // the latest failure
         bool reviewShown = false;
+        bool choiceWaited = false;
+        bool choiceShown = false;
     };
 
     static void updateReview(const ObservedProfile& profile, Past& past, bool seen, std::vector<Notice>& due);
     static void updateHealth(const ObservedProfile& profile, Past& past, Time now, std::vector<Notice>& due);
 
+    void updateNetwork(Time now, std::vector<Notice>& due);
+    static void updateChoice(const ObservedProfile& profile, Past& past, bool seen, std::vector<Notice>& due);
+
     std::map<Uuid, Past> pasts;
+    std::optional<Uuid> offlineShown; // the id of the notice about the network
 };
 
 } // namespace zembrastel

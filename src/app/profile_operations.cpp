@@ -68,6 +68,12 @@ void AppModel::save(
     }
 }
 
+void AppModel::saveMoved(const Profile& changed, NewPlace found) {
+    save(changed, std::nullopt, found == NewPlace::sameFiles ? std::nullopt : std::optional(FileMap{}));
+    // No check that save() has started can end before this.
+    if (found == NewPlace::otherFiles) pendingReviews.unsettled(changed.id).adoption = Adoption::nothing;
+}
+
 void AppModel::toggle(const Uuid& id) {
     if (running(id)) {
         pause(id);
@@ -119,6 +125,7 @@ void AppModel::forgetServer(const Uuid& id) {
         ResendRequest(*folder, id).remove();
         PublishJournal(*folder, id).remove();
         ComparisonRecord(*folder, id).remove();
+        PublishedContents::remove(*folder, id);
     }
 }
 

@@ -37,10 +37,11 @@ struct ProfileStatus {
 
     Phase phase = Phase::paused;
     std::string detail = "Changes will wait until you start watching.";
-    bool unsaved = false;      // the state could not be saved since the phase began: `detail` says why
-    std::int64_t uploaded = 0; // files, since launch
-    std::int64_t pending = 0;  // files
-    std::int64_t waiting = 0;  // files that wait until the server can be reached again
+    bool unsaved = false;               // the state could not be saved since the phase began: `detail` says why
+    std::int64_t uploaded = 0;          // files, since launch
+    std::int64_t contentsUnchanged = 0; // files with a new date that were not sent, since launch
+    std::int64_t pending = 0;           // files
+    std::int64_t waiting = 0;           // files that wait until the server can be reached again
     std::optional<std::chrono::system_clock::time_point> lastUpload;
     std::deque<Activity> activity; // newest first, at most maxActivities
     // Of work in this phase that takes longer than a moment.

@@ -41,6 +41,11 @@ std::optional<PublishJournal> Records::journal(const Uuid& id) const {
     return stateFolder ? std::optional(PublishJournal(*stateFolder, id)) : std::nullopt;
 }
 
+std::optional<PublishedContents> Records::contents(const Profile& profile) const {
+    if (!profile.compareContents || !stateFolder) return std::nullopt;
+    return PublishedContents(*stateFolder, profile);
+}
+
 void Records::put(Profile profile) {
     if (Profile* stored = find(profile.id)) {
         *stored = std::move(profile);

@@ -6,6 +6,7 @@
 #include "app/remote_review.h"
 #include "app/state_saver.h"
 #include "model/records/publish_journal.h"
+#include "model/records/published_contents.h"
 #include "model/saved_state.h"
 #include "transport/compare/server_check.h"
 
@@ -39,6 +40,8 @@ public:
     [[nodiscard]] const RemoteDates& remoteDates(const Uuid& id) const;
     [[nodiscard]] const std::optional<std::filesystem::path>& folder() const { return stateFolder; }
     [[nodiscard]] std::optional<PublishJournal> journal(const Uuid& id) const; // nullopt if nothing is saved
+    // The hashes of published contents; nullopt if the profile does not compare them, or nothing is saved.
+    [[nodiscard]] std::optional<PublishedContents> contents(const Profile& profile) const;
 
     // Replaces the profile of the same id, or adds the profile.
     void put(Profile profile);

@@ -39,9 +39,10 @@ struct FolderListing {
 
     // Why the listing failed, for the user.
     [[nodiscard]] std::string reason(const std::exception& error) const {
-        Profile listed = transport.profile;
-        if (!path.empty()) listed.remoteFolder = childPath(listed.remoteFolder, path);
-        return explain(failureOf(error), listed).heading.text();
+        const auto failure = failureOf(error);
+        const auto explanation =
+            path.empty() ? explain(failure, transport.profile) : explainListing(failure, transport.profile);
+        return explanation.heading.text();
     }
 
 private:

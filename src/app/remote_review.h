@@ -1,6 +1,6 @@
 // The files of one profile that are newer on the server and wait for a decision, and the outcomes of a decision.
 //
-// Values and pure functions; any thread.
+// Values; any thread.
 #pragma once
 
 #include "platform/uuid.h"
@@ -19,11 +19,6 @@ struct RemoteReview {
     Uuid reviewId = Uuid::random(); // of this review: a decision names the review that it answers
     std::vector<RemoteChange> changes;
 };
-
-[[nodiscard]] PathSet pathsOf(const std::vector<RemoteChange>& changes);
-
-// "a.html, b.html", and of many paths only how many more there are.
-[[nodiscard]] std::string listedPaths(const PathSet& paths);
 
 // What became of a decision.
 enum class Decision {

@@ -1,5 +1,6 @@
 #include "app/reviews.h"
 
+#include <ranges>
 #include <utility>
 
 namespace zembrastel {
@@ -53,6 +54,19 @@ void Reviews::presentNext() {
 void Reviews::present(std::optional<RemoteReview> review) {
     shown = std::move(review);
     observers.notify([](ModelObserver& observer) { observer.presentedReviewChanged(); });
+}
+
+PathSet pathsOf(const std::vector<RemoteChange>& changes) {
+    PathSet paths;
+    for (const auto& change : changes) paths.insert(change.path);
+    return paths;
+}
+
+std::string listedPaths(const PathSet& paths) {
+    constexpr std::size_t max = 10;
+    std::string text;
+    for (const auto& path : paths | std::views::take(max)) text += (text.empty() ? "" : ", ") + path;
+    return paths.size() > max ? text + " and " + std::to_string(paths.size() - max) + " more" : text;
 }
 
 } // namespace zembrastel

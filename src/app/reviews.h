@@ -8,6 +8,7 @@
 #include "app/model_observer.h"
 #include "app/remote_review.h"
 #include "model/records/resend_request.h"
+#include "transport/compare/first_comparison.h"
 
 #include <map>
 #include <optional>
@@ -25,6 +26,8 @@ public:
         PathSet newerAtFirst;         // on the server; see ServerRecord
         PathSet missing;              // published files that the last check did not find on the server
         std::optional<Resend> resend; // requested, and not begun; see ResendRequest
+        // The answer to the choice of the next check, if that is a first comparison: given before, see NewPlace.
+        std::optional<Adoption> adoption;
     };
 
     explicit Reviews(const Observers& toNotify) : observers(toNotify) {}
@@ -61,5 +64,10 @@ private:
     std::optional<RemoteReview> shown;
     std::map<Uuid, Unsettled> questions;
 };
+
+[[nodiscard]] PathSet pathsOf(const std::vector<RemoteChange>& changes);
+
+// "a.html, b.html", and of many paths only how many more there are.
+[[nodiscard]] std::string listedPaths(const PathSet& paths);
 
 } // namespace zembrastel

@@ -1,6 +1,6 @@
 #include "app/remote_browser_model.h"
+#include "checks/check.h"
 #include "checks/server_fixture.h"
-#include "checks/subjects.h"
 
 namespace zembrastel {
 namespace {

@@ -1,7 +1,7 @@
 #include "checks/built_in_checks.h"
 
+#include "checks/check.h"
 #include "checks/server_fixture.h"
-#include "checks/subjects.h"
 #include "model/error.h"
 
 #include <csignal>

@@ -5,7 +5,7 @@
 #pragma once
 
 #include "app/app_model.h"
-#include "app/context/main_queue.h"
+#include "app/context/main_context.h"
 #include "platform/private_folder.h"
 
 #include <chrono>

@@ -1,5 +1,5 @@
+#include "checks/check.h"
 #include "checks/server_fixture.h"
-#include "checks/subjects.h"
 
 #include <algorithm>
 

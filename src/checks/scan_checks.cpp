@@ -1,5 +1,5 @@
+#include "checks/check.h"
 #include "checks/check_fixture.h"
-#include "checks/subjects.h"
 #include "model/scan.h"
 #include "sync/sync_worker.h"
 

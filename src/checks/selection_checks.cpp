@@ -1,4 +1,4 @@
-#include "checks/subjects.h"
+#include "checks/check.h"
 #include "model/profile.h"
 #include "model/saved_state.h"
 

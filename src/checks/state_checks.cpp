@@ -1,5 +1,5 @@
+#include "checks/check.h"
 #include "checks/check_fixture.h"
-#include "checks/subjects.h"
 #include "model/error.h"
 #include "model/scan.h"
 #include "platform/files.h"

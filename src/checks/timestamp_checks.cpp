@@ -1,4 +1,4 @@
-#include "checks/subjects.h"
+#include "checks/check.h"
 #include "transport/compare/remote_change.h"
 
 namespace zembrastel {

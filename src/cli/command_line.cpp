@@ -2,6 +2,8 @@
 
 #include "cli/commands.h"
 #include "cli/parser.h"
+#include "language/engine_translation.h"
+#include "language/translation.h"
 #include "model/error.h"
 
 #include <algorithm>
@@ -10,26 +12,27 @@ namespace zembrastel::cli {
 namespace {
 
 constexpr const char* programDescription =
-    "Keeps a local folder published to an FTP or FTPS server: what you save here is live there\n"
-    "a few seconds later. A profile says which folder and which server.\n";
+    translatable("Keeps a local folder published to an FTP or FTPS server: what you save here is live there\n"
+                 "a few seconds later. A profile says which folder and which server.\n");
 
-constexpr const char* programFooter = "zembrastel-cli COMMAND --help explains a command. Passwords are read from the\n"
-                                      "desktop's secret store unless an option names another source.\n\n"
-                                      "Exit codes:\n"
-                                      "  0  done\n"
-                                      "  1  failed\n"
-                                      "  2  the command line is wrong\n"
-                                      "  3  a decision is waiting: files are newer on the server, or there already\n"
-                                      "  4  the state folder is in use by another running program\n"
-                                      "  5  the server refused the login\n"
-                                      "  6  Zembrastel is not running, or has ended\n"
-                                      "  7  the running program does not answer\n"
-                                      "  8  interrupted before the work was done\n\n"
-                                      "Examples:\n"
-                                      "  zembrastel-cli profile add --name \"My website\" --host ftp.example.com \\\n"
-                                      "    --username web --remote-folder /public_html --local-folder ~/website\n"
-                                      "  zembrastel-cli test \"My website\"\n"
-                                      "  zembrastel-cli watch \"My website\"";
+constexpr const char* programFooter =
+    translatable("zembrastel-cli COMMAND --help explains a command. Passwords are read from the\n"
+                 "desktop's secret store unless an option names another source.\n\n"
+                 "Exit codes:\n"
+                 "  0  done\n"
+                 "  1  failed\n"
+                 "  2  the command line is wrong\n"
+                 "  3  a decision is waiting: files are newer on the server, or there already\n"
+                 "  4  the state folder is in use by another running program\n"
+                 "  5  the server refused the login\n"
+                 "  6  Zembrastel is not running, or has ended\n"
+                 "  7  the running program does not answer\n"
+                 "  8  interrupted before the work was done\n\n"
+                 "Examples:\n"
+                 "  zembrastel-cli profile add --name \"My website\" --host ftp.example.com \\\n"
+                 "    --username web --remote-folder /public_html --local-folder ~/website\n"
+                 "  zembrastel-cli test \"My website\"\n"
+                 "  zembrastel-cli watch \"My website\"");
 
 void addGlobalOptions(Syntax& program, GlobalOptions& options) {
     program
@@ -96,7 +99,9 @@ ExitCode runCommand(int count, char** arguments, Output& output, Interrupt& inte
     if (!command) return ExitCode::done;
     const ExitCode code = command({.options = options, .output = output, .interrupt = interrupt});
     if (code == ExitCode::done && output.failure()) {
-        throw CommandError(ExitCode::failed, "Cannot write the output: " + output.failure().message() + ".");
+        throw CommandError(
+            ExitCode::failed,
+            translate("Cannot write the output: %1.", {translateEngineText(output.failure().message())}));
     }
     return code;
 }
@@ -104,17 +109,19 @@ ExitCode runCommand(int count, char** arguments, Output& output, Interrupt& inte
 } // namespace
 
 ExitCode runCommandLine(int argumentCount, char** arguments, Interrupt& interrupt) {
-    Output output(wantsJson(argumentCount, arguments));
+    const bool json = wantsJson(argumentCount, arguments);
+    if (!json) startTranslation();
+    Output output(json);
     try {
         return runCommand(argumentCount, arguments, output, interrupt);
     } catch (const CommandError& error) {
         output.error(error.what());
         return error.code;
     } catch (const Cancelled&) {
-        output.error("Interrupted.");
+        output.error(translate("Interrupted."));
         return ExitCode::interrupted;
     } catch (const std::exception& error) {
-        output.error(describe(error));
+        output.error(translateEngineText(describe(error)));
         return ExitCode::failed;
     }
 }

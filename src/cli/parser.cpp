@@ -1,6 +1,8 @@
 #include "cli/parser.h"
 
 #include "cli/text/presentation.h"
+#include "language/engine_translation.h"
+#include "language/translation.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -35,8 +37,12 @@ public:
     HelpText() {
         constexpr std::size_t descriptionColumn = 32;
         column_width(descriptionColumn);
-        label("SUBCOMMAND", "COMMAND");
-        label("Positionals", "Arguments");
+        label("Usage", translate("Usage"));
+        label("OPTIONS", translate("OPTIONS"));
+        label("REQUIRED", translate("REQUIRED"));
+        label("Excludes", translate("Excludes"));
+        label("SUBCOMMAND", translate("COMMAND"));
+        label("Positionals", translate("Arguments"));
     }
 
     std::string make_option_opts(const CLI::Option* option) const override {
@@ -48,7 +54,9 @@ public:
         std::string text = CLI::Formatter::make_footer(app);
         if (app->get_parent() == nullptr) return text;
         if (!text.empty()) text += '\n';
-        return text + "--state, --json and the password options can be given as well: see zembrastel-cli --help.\n";
+        return text
+               + translate("--state, --json and the password options can be given as well: see zembrastel-cli --help.")
+               + "\n";
     }
 };
 
@@ -67,7 +75,7 @@ std::string listedCommands(const CLI::App& app) {
     const auto commands = commandsBelow(app);
     std::string names;
     for (const auto* each : commands) {
-        if (!names.empty()) names += each == commands.back() ? " or " : ", ";
+        if (!names.empty()) names += each == commands.back() ? translate(" or ") : ", ";
         names += each->get_name();
     }
     return names;
@@ -86,7 +94,7 @@ const CLI::Option* repeatedOption(const CLI::App* command) {
 }
 
 CLI::Option& addOption(CLI::App& app, const char* name, auto& target, const char* type, const char* help) {
-    return *app.add_option(name, target, help)->type_name(type);
+    return *app.add_option(name, target, translate(help))->type_name(type);
 }
 
 } // namespace
@@ -96,8 +104,10 @@ Option Option::optional() const {
     return *this;
 }
 
-Option Option::notEmpty(const std::string& complaint) const {
-    option->check([complaint](const std::string& text) { return text.empty() ? complaint : std::string(); }, "");
+Option Option::notEmpty(const char* words) const {
+    option->check(
+        [complaint = translate(words)](const std::string& text) { return text.empty() ? complaint : std::string(); },
+        "");
     return *this;
 }
 
@@ -108,7 +118,9 @@ Option Option::portNumber() const {
             int port = 0;
             const auto parsed = std::from_chars(text.data(), text.data() + text.size(), port);
             const bool isNumber = parsed.ec == std::errc() && parsed.ptr == text.data() + text.size();
-            return isNumber && port >= 1 && port <= maxPort ? "" : "must be a number from 1 to 65535, not " + text;
+            return isNumber && port >= 1 && port <= maxPort
+                       ? ""
+                       : translate("must be a number from 1 to 65535, not %1", {text});
         },
         "");
     return *this;
@@ -137,7 +149,7 @@ Option Syntax::argument(const char* name, std::vector<std::string>& target, cons
 }
 
 Option Syntax::profileArgument(std::string& target) const {
-    return argument("NAME", target, "Name or id of the profile");
+    return argument("NAME", target, translatable("Name or id of the profile"));
 }
 
 Option Syntax::option(const char* name, std::string& target, const char* type, const char* help) const {
@@ -157,26 +169,37 @@ Option Syntax::option(const char* name, std::vector<std::string>& target, const 
 }
 
 Option Syntax::flag(const char* name, bool& target, const char* help) const {
-    return Option(*app->add_flag(name, target, help));
+    return Option(*app->add_flag(name, target, translate(help)));
 }
 
 Option Syntax::named(const char* name) const { return Option(*app->get_option(name)); }
 
-void Syntax::footer(const char* text) const { app->footer(text); }
+void Syntax::footer(const char* text) const { app->footer(translate(text)); }
+
+namespace {
+
+CLI::App* addedCommand(CLI::App& parent, const char* name, const char* help) {
+    auto* const added = parent.add_subcommand(name, translate(help))->group(translate("Commands"));
+    added->get_option("--help")->group(translate("Options")); // CLI11 made it before it took over the groups
+    return added;
+}
+
+} // namespace
 
 Syntax Syntax::addCommand(const char* name, const char* help, Command run) const {
-    auto* added = app->add_subcommand(name, help)->group("Commands");
+    auto* added = addedCommand(*app, name, help);
     added->callback([target = chosen, run = std::move(run)] { *target = run; });
     return {*added, *chosen};
 }
 
 Syntax Syntax::group(const char* name, const char* help) const {
-    auto* added = app->add_subcommand(name, help)->group("Commands")->require_subcommand(1);
+    auto* added = addedCommand(*app, name, help)->require_subcommand(1);
     return {*added, *chosen};
 }
 
-Parser::Parser(const char* description) : app(std::make_unique<CLI::App>(description, "zembrastel-cli")) {
-    app->set_help_flag("-h,--help", "Print this help and exit");
+Parser::Parser(const char* description) : app(std::make_unique<CLI::App>(translate(description), "zembrastel-cli")) {
+    app->option_defaults()->group(translate("Options")); // commands inherit it
+    app->set_help_flag("-h,--help", translate("Print this help and exit"));
     app->formatter(std::make_shared<HelpText>());
     app->require_subcommand(1);
     app->fallthrough();
@@ -186,10 +209,12 @@ Parser::~Parser() = default;
 
 Syntax Parser::program() { return {*app, chosen}; }
 
-void Parser::setVersion(const char* text) { app->set_version_flag("--version", text, "Print the version and exit"); }
+void Parser::setVersion(const char* text) {
+    app->set_version_flag("--version", text, translate("Print the version and exit"));
+}
 
 Command Parser::parse(int count, char** arguments, const char* footer) {
-    app->footer(footer); // not earlier: commands inherit it
+    app->footer(translate(footer)); // not earlier: commands inherit it
     removeBracketMarks(*app);
     std::vector<std::string> texts; // CLI11 takes them from the end
     for (int index = count - 1; index > 0; --index) texts.push_back(withBracketMark(arguments[index]));
@@ -199,7 +224,7 @@ Command Parser::parse(int count, char** arguments, const char* footer) {
         app->exit(request);
     } catch (const CLI::ParseError& error) {
         const bool required = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
-        throw CommandError(ExitCode::usage, complaint(error, required) + " --help shows more.");
+        throw CommandError(ExitCode::usage, complaint(error, required) + " " + translate("--help shows more."));
     }
     return chosen;
 }
@@ -210,17 +235,18 @@ std::string Parser::complaint(const std::exception& error, bool required) const 
     const CLI::App& command = namedCommand(*app);
     if (!unknown.empty()) {
         const bool isCommand = &command == app.get() && !unknown.front().starts_with('-');
-        return (isCommand ? "There is no command " : "Not expected: ") + inQuotes(withoutBracketMark(unknown.front()))
-               + ".";
+        const std::string given = inQuotes(withoutBracketMark(unknown.front()));
+        return isCommand ? translate("There is no command %1.", {given}) : translate("Not expected: %1.", {given});
     }
     if (required && !commandsBelow(command).empty()) {
-        return (&command == app.get() ? "Name a command: " : "Name a command of " + command.get_name() + ": ")
-               + listedCommands(command) + ".";
+        const std::string commands = listedCommands(command);
+        return &command == app.get() ? translate("Name a command: %1.", {commands})
+                                     : translate("Name a command of %1: %2.", {command.get_name(), commands});
     }
     if (const auto* repeated = repeatedOption(&command)) {
-        return repeated->get_name() + " was given more than once; give it once.";
+        return translate("%1 was given more than once; give it once.", {repeated->get_name()});
     }
-    return sentence(error.what());
+    return translateEngineText(sentence(error.what()));
 }
 
 } // namespace zembrastel::cli

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "cli/command.h"
+#include "language/translation.h"
 
 #include <cstdint>
 #include <initializer_list>
@@ -28,7 +29,7 @@ public:
     // An argument may be left out.
     Option optional() const;
     // Refuses an empty text, such as that of a shell variable that is not set.
-    Option notEmpty(const std::string& complaint = "must not be empty") const;
+    Option notEmpty(const char* complaint = translatable("must not be empty")) const;
     // Refuses a number that is no TCP port.
     Option portNumber() const;
     // May be given several times, with one text each time.

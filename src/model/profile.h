@@ -29,6 +29,14 @@ inline constexpr std::array allTransferProtocols{
 
 [[nodiscard]] std::int64_t defaultPort(TransferProtocol protocol);
 
+// A choice that is off unless the user turned it on; the saved state has it only while it is on.
+struct OptIn {
+    bool on = false;
+
+    constexpr explicit operator bool() const { return on; }
+    friend bool operator==(const OptIn&, const OptIn&) = default;
+};
+
 struct Profile {
     Uuid id = Uuid::random();
     std::string name;
@@ -44,6 +52,7 @@ struct Profile {
     std::optional<DownloadSelection> initialDownloadSelection;
     std::optional<DownloadSelection> syncSelection;
     std::optional<TrustedKey> trustedKey; // instead of a certificate that can be verified
+    OptIn compareContents;                // a file with a new date but the content that was published is not sent
 
     // A copy with name and host trimmed, the local folder resolved to its real path, and without a trusted key of
     // another server. Throws SyncError about the first broken rule.

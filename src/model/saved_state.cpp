@@ -88,6 +88,8 @@ private:
     void writeField(std::string_view key, const T& field) {
         if constexpr (Optional<const T>) {
             if (field) writeField(key, *field);
+        } else if constexpr (Maybe<T, OptIn>) {
+            if (field) writeField(key, field.on);
         } else {
             writeKey(key);
             write(field);

@@ -44,6 +44,7 @@ void eachField(Maybe<Profile> auto& profile, const auto& visit) {
     visit("initialDownloadSelection", profile.initialDownloadSelection);
     visit("syncSelection", profile.syncSelection);
     visit("trustedKey", profile.trustedKey);
+    visit("compareContents", profile.compareContents);
 }
 
 void eachField(Maybe<TrustedKey> auto& trusted, const auto& visit) {
@@ -73,6 +74,10 @@ concept Map = requires {
 
 template <class T>
 concept Optional = std::same_as<std::remove_const_t<T>, std::optional<typename T::value_type>>;
+
+// A field that a record may lack.
+template <class T>
+concept MayBeAbsent = Optional<T> || Maybe<T, OptIn>;
 
 // For a message.
 inline std::string quotedName(std::string_view text) { return '"' + printable(text) + '"'; }

@@ -21,6 +21,7 @@ using Object = simdjson::ondemand::object;
 
 // The complaint about a value of another type than expected.
 constexpr const char* mismatch(const bool&) { return "is not true or false"; }
+constexpr const char* mismatch(const OptIn&) { return "is not true or false"; }
 constexpr const char* mismatch(const std::int64_t&) { return "is not a whole number"; }
 constexpr const char* mismatch(const std::uint64_t&) { return "is not a whole number from 0 up"; }
 constexpr const char* mismatch(const double&) { return "is not a number"; }
@@ -147,6 +148,7 @@ public:
     }
 
     static void read(Value value, bool& target) { target = wanted(value.get_bool(), target); }
+    static void read(Value value, OptIn& target) { read(value, target.on); }
 
     // A number that the parser refuses has too many digits or is of another kind.
     template <class T>
@@ -223,7 +225,7 @@ public:
             if (!known) pass(member);
         });
         eachField(record, [&seen](std::string_view name, auto& field) {
-            const bool optional = Optional<std::remove_reference_t<decltype(field)>>;
+            const bool optional = MayBeAbsent<std::remove_reference_t<decltype(field)>>;
             if (!optional && (seen & 1U) == 0) throw Misfit{"has no " + quotedName(name)};
             seen >>= 1U;
         });

@@ -22,11 +22,11 @@ std::filesystem::path namedOrOwn(std::optional<std::filesystem::path> folder) {
     return folder ? *std::move(folder) : dataFolder() / "Zembrastel";
 }
 
-// The file, leftovers of its writes, the lock, the socket, journals and requests (publish_journal.h,
-// temporary_journal.h, resend_request.h).
+// The file, leftovers of its writes, the lock, the socket, journals, requests and hashes (publish_journal.h,
+// temporary_journal.h, resend_request.h, published_contents.h).
 bool isOwnName(std::string_view name) {
     return name.starts_with(fileName) || name == lockName || name == "socket" || name.starts_with("publishing-")
-           || name.starts_with("sending-") || name.starts_with("resend-");
+           || name.starts_with("sending-") || name.starts_with("resend-") || name.starts_with("contents-");
 }
 
 } // namespace

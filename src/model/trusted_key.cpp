@@ -1,6 +1,6 @@
 #include "model/trusted_key.h"
 
-#include "platform/base64.h"
+#include "platform/text.h"
 
 #include <algorithm>
 #include <cstddef>

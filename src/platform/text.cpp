@@ -7,6 +7,7 @@
 #include <cstring>
 #include <glib.h>
 #include <memory>
+#include <openssl/evp.h>
 #include <stdexcept>
 #include <unicode/locid.h>
 #include <unicode/parsepos.h>
@@ -244,6 +245,14 @@ icu::SimpleDateFormat makeHttpDateFormat() {
     return format;
 }
 
+constexpr std::size_t digitsInGroup = 4;
+constexpr std::size_t bytesInGroup = 3;
+
+const unsigned char* asBytes(std::string_view text) { return reinterpret_cast<const unsigned char*>(text.data()); }
+
+// A string has room for the zero that libcrypto writes after the last character.
+unsigned char* bufferOf(std::string& text) { return reinterpret_cast<unsigned char*>(text.data()); }
+
 } // namespace
 
 bool isValidUtf8(std::string_view text) { return findInvalid(text).size == 0; }
@@ -349,6 +358,27 @@ std::string sha256(std::string_view text) {
         g_compute_checksum_for_data(G_CHECKSUM_SHA256, reinterpret_cast<const guchar*>(text.data()), text.size()),
         g_free);
     return digits.get();
+}
+
+std::string base64(std::string_view bytes) {
+    std::string text((bytes.size() + bytesInGroup - 1) / bytesInGroup * digitsInGroup, '\0');
+    EVP_EncodeBlock(bufferOf(text), asBytes(bytes), static_cast<int>(bytes.size()));
+    return text;
+}
+
+std::optional<std::string> decodedBase64(std::string_view text) {
+    std::string digits(trimmed(text));
+    digits.resize(digits.find_last_not_of('=') + 1);
+    // libcrypto accepts "=" everywhere, and drops some other characters at the end.
+    constexpr auto allDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    const std::size_t rest = digits.size() % digitsInGroup;
+    if (rest == 1 || digits.find_first_not_of(allDigits) != std::string::npos) return std::nullopt;
+    const std::size_t missing = rest == 0 ? 0 : digitsInGroup - rest;
+    digits.append(missing, '=');
+    std::string bytes(digits.size() / digitsInGroup * bytesInGroup, '\0');
+    if (EVP_DecodeBlock(bufferOf(bytes), asBytes(digits), static_cast<int>(digits.size())) < 0) return std::nullopt;
+    bytes.resize(bytes.size() - missing);
+    return bytes;
 }
 
 } // namespace zembrastel

@@ -65,6 +65,12 @@ namespace zembrastel {
 // The instant of "Wed, 01 Jan 2020 12:34:56 GMT" (RFC 9110, 5.6.7, IMF-fixdate). Accepts other zone names as well.
 [[nodiscard]] std::optional<std::chrono::sys_seconds> parseHttpDate(std::string_view text);
 
+// Base64 (RFC 4648, section 4), with "=" at its end where the length requires it.
+[[nodiscard]] std::string base64(std::string_view bytes);
+
+// The bytes of `text`, with or without "=" and white space at the ends. nullopt for invalid or incomplete text.
+[[nodiscard]] std::optional<std::string> decodedBase64(std::string_view text);
+
 // SHA-256 in 64 lower-case hexadecimal digits.
 [[nodiscard]] std::string sha256(std::string_view text);
 

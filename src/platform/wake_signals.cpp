@@ -1,9 +1,15 @@
 #include "platform/wake_signals.h"
 
+#include "platform/descriptor.h"
+
+#include <arpa/inet.h>
+#include <array>
 #include <chrono>
 #include <condition_variable>
 #include <gio/gio.h>
 #include <mutex>
+#include <netdb.h>
+#include <sys/socket.h>
 #include <thread>
 #include <utility>
 
@@ -22,7 +28,32 @@ struct ReleaseObject {
 template <class Object>
 using OwnedObject = std::unique_ptr<Object, ReleaseObject>;
 
+// True if the kernel has a route to this numeric address: connecting a datagram socket looks for one.
+bool hasRouteTo(const char* address) {
+    addrinfo hints{};
+    hints.ai_flags = AI_NUMERICHOST | AI_NUMERICSERV;
+    hints.ai_socktype = SOCK_DGRAM;
+    addrinfo* found = nullptr;
+    if (::getaddrinfo(address, "21", &hints, &found) != 0) return false;
+    const std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)> owned(found, &::freeaddrinfo);
+    const Descriptor probe(::socket(found->ai_family, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    return probe && ::connect(probe.get(), found->ai_addr, found->ai_addrlen) == 0;
+}
+
+bool isAddress(const std::string& host) {
+    std::array<unsigned char, sizeof(in6_addr)> bytes{};
+    return ::inet_pton(AF_INET, host.c_str(), bytes.data()) == 1
+           || ::inet_pton(AF_INET6, host.c_str(), bytes.data()) == 1;
+}
+
 } // namespace
+
+bool hasNetworkFor(const std::string& host) {
+    if (isAddress(host)) return hasRouteTo(host.c_str());
+    if (host == "localhost") return true;
+    // Addresses for documentation stand for any host on the internet.
+    return hasRouteTo("192.0.2.1") || hasRouteTo("2001:db8::1");
+}
 
 // The thread holds it too, and may outlive the object that started it.
 class WakeSignals::Listener {

@@ -1,4 +1,5 @@
-// Reports when a retry is worthwhile: the machine has woken from sleep, or its network is back.
+// Reports when a retry is worthwhile: the machine has woken from sleep, or its network is back; and whether it has a
+// network now.
 //
 // logind on the system bus reports waking; GIO's monitor (NetworkManager, or the kernel) reports the network. The
 // object listens on a thread of its own, so neither its constructor nor its destructor waits for a service. A missing
@@ -7,6 +8,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 namespace zembrastel {
 
@@ -25,5 +27,9 @@ private:
 
     std::shared_ptr<Listener> listener;
 };
+
+// False if this machine has no network through which it could reach the host: an address, or a name, which is not
+// resolved. Sends nothing and does not block. Any thread.
+[[nodiscard]] bool hasNetworkFor(const std::string& host);
 
 } // namespace zembrastel

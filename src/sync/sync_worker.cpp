@@ -224,7 +224,8 @@ private:
         }
         waitingShown = false;
         worker.events.deliver(queuedStatus(pending));
-        const auto ready = uploads.ready(stablePaths(changed, current, previous), current);
+        const auto ready =
+            uploads.withoutUnchanged(uploads.ready(stablePaths(changed, current, previous), current), current);
         if (!ready.empty()) uploads.send(ready, current, pending);
         showWaiting(current);
     }

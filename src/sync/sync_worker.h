@@ -10,6 +10,7 @@
 #include "model/private_items.h"
 #include "model/profile.h"
 #include "model/records/publish_journal.h"
+#include "model/records/published_contents.h"
 #include "model/server_version.h"
 #include "platform/clock.h"
 #include "sync/retry_wait.h"
@@ -65,7 +66,9 @@ struct SyncWorker {
     RemoteDates recordedDates = {};
     bool mayReplaceUnseen = false;
     std::optional<PublishJournal> journal = std::nullopt; // of what is about to go live
-    std::vector<PrivateItem> privateItems{};              // neither published nor replaced
+    // Given if the profile compares contents: a changed file with the published content is not sent.
+    std::optional<PublishedContents> contents = std::nullopt;
+    std::vector<PrivateItem> privateItems{}; // neither published nor replaced
     // True if the user confirmed that the files are gone. Otherwise a worker whose first scan finds an empty folder
     // waits and keeps the baseline: perhaps the folder's disk is not mounted.
     bool filesMayBeGone = false;

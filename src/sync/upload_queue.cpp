@@ -3,9 +3,11 @@
 #include "model/error.h"
 #include "platform/file_attributes.h"
 #include "platform/text.h"
+#include "sync/unchanged_contents.h"
 #include "transport/local_place.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace zembrastel {
@@ -25,7 +27,7 @@ std::uint64_t bytesOf(const std::vector<FileToPublish>& files) {
 UploadQueue::UploadQueue(
     const SyncWorker& started, const FTPTransport& used, ProgressMeter& counter, FileMap& synchronised)
     : worker(started), transport(used), meter(counter), baseline(synchronised), known(started.seen),
-      journal(started.journal) {}
+      journal(started.journal), contents(started.contents) {}
 
 std::string uploadProblem(std::string problem, const std::string& path) {
     // curl counts received bytes, of which an upload has none.
@@ -47,6 +49,28 @@ std::vector<std::string> UploadQueue::ready(const std::vector<std::string>& stab
         if (!retries.waits(path, current.at(path), now) && !isBeingWritten(path)) paths.push_back(path);
     }
     return paths;
+}
+
+std::vector<std::string> UploadQueue::withoutUnchanged(const std::vector<std::string>& paths, const FileMap& current) {
+    if (!contents || paths.empty()) return paths;
+    const auto unchanged = findUnchangedContents(
+        worker.profile, paths, current, {.baseline = baseline, .onServer = known, .contents = *contents},
+        *worker.control);
+    if (unchanged.empty()) return paths;
+    AnnouncedFiles recognised;
+    for (const auto& [path, content] : unchanged) {
+        baseline.set(path, content.fingerprint);
+        retries.forget(path);
+        recognised.files.set(path, content.fingerprint);
+        recognised.dates.set(path, content.date);
+    }
+    if (journal) writeJournal([&] { journal->update(recognised); });
+    worker.events.deliver(event::ContentsUnchanged{std::move(recognised.files)});
+    contents->add(unchanged, baseline);
+    std::vector<std::string> toSend;
+    std::ranges::copy_if(
+        paths, std::back_inserter(toSend), [&](const std::string& path) { return !unchanged.contains(path); });
+    return toSend;
 }
 
 bool UploadQueue::allWait(const std::vector<std::string>& changed, const FileMap& current) const {
@@ -95,7 +119,9 @@ void UploadQueue::send(const std::vector<std::string>& paths, const FileMap& cur
     if (doneInBurst == 0) meter.begin(TransferProgress::Work::uploading);
     meter.expectBytes(bytesOf(files));
     const auto inBurst = doneInBurst + files.size();
+    staged.clear();
     const PublishEvents events{
+        .staged = [this](const FileToPublish& file, int copy) { hashStaged(file, copy); },
         .sending =
             [&](const FileToPublish& file) {
                 meter.setFiles(doneInBurst, inBurst);
@@ -119,7 +145,32 @@ void UploadQueue::send(const std::vector<std::string>& paths, const FileMap& cur
     doneInBurst = 0;
 }
 
+void UploadQueue::hashStaged(const FileToPublish& file, int copy) {
+    if (!contents) return;
+    try {
+        staged[file.path] = hashContents(copy, file.path, [this] { worker.control->check(); });
+    } catch (const std::filesystem::filesystem_error&) {
+        // Without its hash, the file is sent again when it has a new date.
+    }
+}
+
+// Before the files go live: an entry holds only when the baseline and the server have its version.
+void UploadQueue::recordContents(const std::vector<CompleteCopy>& copies) {
+    if (!contents) return;
+    PublishedContentMap entries;
+    for (const auto& [file, version] : copies) {
+        const auto hash = staged.find(file.path);
+        if (!version || hash == staged.end()) continue;
+        entries.insert_or_assign(
+            file.path,
+            PublishedContent{.fingerprint = file.fingerprint, .date = version->modified, .hash = hash->second});
+        staged.erase(hash);
+    }
+    contents->add(entries, baseline);
+}
+
 void UploadQueue::announce(const std::vector<CompleteCopy>& copies) {
+    recordContents(copies);
     if (!journal) return;
     AnnouncedFiles batch;
     for (const auto& [file, version] : copies) {
@@ -127,8 +178,12 @@ void UploadQueue::announce(const std::vector<CompleteCopy>& copies) {
         batch.files.set(file.path, file.fingerprint);
         batch.dates.set(file.path, version->modified);
     }
+    writeJournal([&] { journal->announce(batch); });
+}
+
+void UploadQueue::writeJournal(const std::function<void()>& write) {
     try {
-        journal->announce(batch);
+        write();
     } catch (const std::filesystem::filesystem_error&) {
         // A full disk is reported when the state is saved. After a kill, the user is asked one needless question.
     }

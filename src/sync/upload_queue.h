@@ -6,6 +6,7 @@
 
 #include "model/fingerprint.h"
 #include "model/records/publish_journal.h"
+#include "model/records/published_contents.h"
 #include "model/server_version.h"
 #include "sync/file_retries.h"
 #include "sync/progress_meter.h"
@@ -37,6 +38,11 @@ public:
     // The stable files that may be uploaded: without those that wait after a failure of their own and, for two minutes,
     // those that a program has open for writing.
     [[nodiscard]] std::vector<std::string> ready(const std::vector<std::string>& stable, const FileMap& current);
+
+    // Without those whose content is published already, if the profile compares contents; these are reported, and
+    // counted in the log. Reads the files. Throws Cancelled.
+    [[nodiscard]] std::vector<std::string> withoutUnchanged(
+        const std::vector<std::string>& paths, const FileMap& current);
 
     // True if all these files wait after failures of their own.
     [[nodiscard]] bool allWait(const std::vector<std::string>& changed, const FileMap& current) const;
@@ -77,9 +83,12 @@ public:
     std::size_t doneInBurst = 0;
 
 private:
+    void hashStaged(const FileToPublish& file, int copy);
+    void recordContents(const std::vector<CompleteCopy>& copies);
     [[nodiscard]] LastSeen lastSeen(const std::string& path) const;
     [[nodiscard]] bool isBeingWritten(const std::string& path);
     void reportDisputed();
+    static void writeJournal(const std::function<void()>& write);
     void announce(const std::vector<CompleteCopy>& copies);
     void published(const CompleteCopy& copy);
     void failed(const FileToPublish& file, const PublishFailure& failure);
@@ -91,6 +100,8 @@ private:
     FileMap& baseline;
     ServerVersions known;
     std::optional<PublishJournal> journal;
+    std::optional<PublishedContents> contents;
+    std::map<std::string, ContentHash, std::less<>> staged; // the contents that are being sent
     FileRetries retries;
     std::map<std::string, FileRetries::Time, std::less<>> writtenSince; // files that a program has open for writing
     std::map<std::string, int, std::less<>> undated; // went live without a date; the number of queries since

@@ -53,6 +53,11 @@ struct Uploaded {
     Fingerprint fingerprint;
 };
 
+// These files have new versions with the content that was published. They are not sent.
+struct ContentsUnchanged {
+    FileMap files;
+};
+
 // The baseline was replaced as a whole.
 struct Baseline {
     FileMap files;
@@ -91,8 +96,9 @@ struct PassEnded {
 } // namespace event
 
 using WorkerEvent = std::variant<
-    event::Status, event::Activity, event::FilesRefused, event::Uploaded, event::Baseline, event::Downloaded,
-    event::RemoteDate, event::DownloadFinished, event::FolderReturned, event::ServerChanged, event::PassEnded>;
+    event::Status, event::Activity, event::FilesRefused, event::Uploaded, event::ContentsUnchanged, event::Baseline,
+    event::Downloaded, event::RemoteDate, event::DownloadFinished, event::FolderReturned, event::ServerChanged,
+    event::PassEnded>;
 
 // How events reach the model. Called on the worker's thread.
 struct EventSink {

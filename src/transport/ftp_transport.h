@@ -12,6 +12,7 @@
 #include "model/name_fault.h"
 #include "model/private_items.h"
 #include "model/profile.h"
+#include "platform/content_hash.h"
 #include "transport/compare/remote_change.h"
 #include "transport/compare/server_check.h"
 #include "transport/curl/curl_configuration.h"
@@ -108,6 +109,9 @@ struct FTPTransport {
     // report its date.
     [[nodiscard]] std::optional<ServerVersion> findVersion(std::string_view path) const;
 
+    // The absolute path of the folder in which a login starts; "/" if the server does not report it. Reads only.
+    [[nodiscard]] std::string loginFolder() const;
+
     // The number of entries in the profile's remote folder. Reads only.
     [[nodiscard]] std::size_t test() const;
 
@@ -149,18 +153,20 @@ struct FTPTransport {
     // similar name. `report` gets a line for each folder. Fetches at most 32 MB, to compare contents.
     [[nodiscard]] ServerCheck newerRemoteFiles(const ServerRecord& recorded, const Report& report) const;
 
+    // See filesWithEqualContents(). If it has a function for results, files that the server refuses have none: after
+    // the others, they end the call with SyncError.
     struct FileToCompare {
         std::string path; // relative
         Fingerprint fingerprint{};
     };
 
-    // The files of which the server has the same bytes. Files that changed locally meanwhile, or that the server
-    // refuses, are not among them. Fetches all of the files, many with one login, to a private folder. Throws SyncError
-    // if the server fails. Calls `compared` for each file as soon as its result is known, on this thread; the observer
-    // gets the transfers, but not the number of files.
-    using Compared = std::function<void(const FileToCompare& file, bool equal)>;
-    std::set<std::string, std::less<>> filesWithEqualContents(
-        const std::vector<FileToCompare>& files, const Compared& compared = {}) const;
+    // The files of which the server has the same bytes, with the hashes of these bytes. Files that changed locally
+    // meanwhile, or that the server refuses, are not among them. Fetches all of the files, many with one login, to a
+    // private folder. Throws SyncError if the server fails. Calls `compared` for each file as soon as its result is
+    // known, on this thread, with the hash if the contents are equal; the observer gets the transfers, but not the
+    // number of files.
+    using Compared = std::function<void(const FileToCompare& file, const std::optional<ContentHash>& equal)>;
+    ContentHashes filesWithEqualContents(const std::vector<FileToCompare>& files, const Compared& compared = {}) const;
 };
 
 // Throws SyncError if a folder `depth` levels below the remote folder is too deep.

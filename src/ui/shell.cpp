@@ -9,6 +9,7 @@
 #include "ui/help/about_dialog.h"
 #include "ui/import/import_sheet.h"
 #include "ui/remote_changes/review_sheet.h"
+#include "ui/remote_folder/remote_folder_sheet.h"
 #include "ui/theme/qt_text.h"
 #include "ui/widgets/confirm_dialog.h"
 
@@ -144,7 +145,7 @@ void Shell::createFolder(const Uuid& id) {
         folderCreation.createFolder(
             *profile, password, [this, id, created = *profile](const ConnectionCheck::Result& result) {
                 if (result.failure) {
-                    window.showFailure(toQString(explain(*result.failure, created).text()));
+                    window.showFailure(toQString(explainCreation(*result.failure, created).text()));
                 } else if (bridge.model().running(id)) {
                     bridge.model().retryCheck(id);
                 }
@@ -182,11 +183,17 @@ void Shell::openEditor(const std::optional<Uuid>& id, bool onContents) {
     editor->setReviewCertificate(
         [editor](const Profile& draft, const InspectedCertificate& seen, std::function<void(const TrustedKey&)> trust) {
             auto* const sheet =
-                new CertificateSheet(draft, seen, std::chrono::system_clock::now(), std::move(trust), editor);
+                new CertificateSheet(draft, seen, {}, std::move(trust), editor);
             sheet->setAttribute(Qt::WA_DeleteOnClose);
             sheet->open();
         });
-    connect(editor, &ProfileEditor::moved, &window, &MainWindow::offerToSendAll);
+    editor->setChooseRemoteFolder(
+        [this,
+         editor](const Profile& draft, const std::string& password, std::function<void(const std::string&)> apply) {
+            auto* const sheet = new RemoteFolderSheet(context, draft, password, std::move(apply), editor);
+            sheet->setAttribute(Qt::WA_DeleteOnClose);
+            sheet->open();
+        });
     if (onContents) editor->openSyncContentsOnAppear();
     editor->open();
 }

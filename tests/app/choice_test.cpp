@@ -125,6 +125,49 @@ TEST_F(Choice, ComparedContentsSurviveStopAndRestart) {
     EXPECT_EQ(status().uploaded, 0);
 }
 
+TEST_F(Choice, UnreadableServerFileDoesNotCountAsDifferent) {
+    waitForChoice();
+    std::filesystem::remove(server.root() / "site/b");
+    std::filesystem::create_directory(server.root() / "site/b"); // which the server does not send
+    model->compareContents(id());
+    ASSERT_TRUE(reaches(Phase::checkFailed));
+    EXPECT_EQ(
+        model->checkFailure(id()).message, "The server does not send b, so the contents cannot be compared. Let your "
+                                           "user name read them there, or choose without comparing them.");
+    EXPECT_EQ(logged("Different: changed"), 1U) << "the other files are compared";
+    EXPECT_EQ(logged("Different: b"), 0U);
+}
+
+TEST_F(Choice, NewPlaceIsTreatedAsTheUserSays) {
+    struct {
+        const char* folder;
+        NewPlace found;
+        std::int64_t uploads;
+        const char* there; // afterwards
+    } const cases[]{{"moved", NewPlace::sameFiles, 0, "Same"}, {"other", NewPlace::otherFiles, 1, "same"}};
+    testing::writeTree(site.root(), {{"a", "same"}});
+    withProfile().start(id());
+    ASSERT_TRUE(uploads(1));
+    for (const auto& each : cases) {
+        const auto file = server.root() / each.folder / "a";
+        server.put(std::string(each.folder) + "/a", "Same");
+        testing::touch(file, std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()) - 24h);
+        Profile changed = *model->profile(id());
+        changed.remoteFolder = server.remoteFolder(each.folder);
+        const auto before = status().uploaded;
+        model->saveMoved(changed, each.found);
+        if (!model->running(id())) model->start(id());
+        EXPECT_TRUE(reaches(Phase::watching) && polls(3));
+        EXPECT_EQ(status().uploaded - before, each.uploads) << each.folder;
+        EXPECT_EQ(testing::readFile(file), each.there);
+    }
+    Profile changed = *model->profile(id());
+    changed.remoteFolder = server.remoteFolder("moved");
+    model->saveMoved(changed, NewPlace::unknown);
+    if (!model->running(id())) model->start(id());
+    EXPECT_TRUE(reaches(Phase::awaitingChoice));
+}
+
 TEST_F(Choice, EmptyServerIsNotAsked) {
     testing::writeTree(site.root(), {{"a", "1"}, {".hidden", "1"}});
     withProfile().start(id());

@@ -1,5 +1,5 @@
 #include "app/app_model.h"
-#include "app/context/main_queue.h"
+#include "app/context/main_context.h"
 #include "support/fake_clock.h"
 #include "support/temporary_folder.h"
 #include "support/work_off.h"

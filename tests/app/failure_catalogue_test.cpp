@@ -35,7 +35,7 @@ TEST(FailureCatalogue, CauseAndWayOutAreNamed) {
              {ofCurl(CurlCode::noSuchFolder),
               "The folder /public_html/x does not exist on ftp.example.com.",
               {Action::createFolder, Action::editProfile, Action::retry, Action::pause}},
-             {ofCurl(CurlCode::noSuchFolder), "You may not open this folder on the server.", edit, "/"},
+             {ofCurl(CurlCode::noSuchFolder), "The server does not let you read this folder.", edit, "/"},
              {ofCurl(CurlCode::noSuchFolder, FtpReply::notAllowed, "a/b"),
               "You may not write to this folder on the server.", wait},
              {ofCurl(CurlCode::uploadRefused, FtpReply::nameRefused, "a?b"),

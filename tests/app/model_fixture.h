@@ -2,7 +2,7 @@
 #pragma once
 
 #include "app/app_model.h"
-#include "app/context/main_queue.h"
+#include "app/context/main_context.h"
 #include "support/fake_clock.h"
 #include "support/ftp_server.h"
 #include "support/local_site.h"

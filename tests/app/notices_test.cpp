@@ -15,6 +15,7 @@ struct Step {
     std::size_t toReview = 0;
     std::vector<Kind> due{};
     bool seen = false;
+    bool mustChoose = false;
 };
 
 void expectNotices(const std::string& harm, const std::vector<Step>& steps) {
@@ -22,7 +23,8 @@ void expectNotices(const std::string& harm, const std::vector<Step>& steps) {
     Notices notices;
     for (const auto& step : steps) {
         std::vector<Kind> due;
-        const ObservedProfile observed{.id = id, .health = step.health, .toReview = step.toReview};
+        const ObservedProfile observed{
+            .id = id, .health = step.health, .toReview = step.toReview, .mustChoose = step.mustChoose};
         for (const auto& notice : notices.update({observed}, Notices::Time(step.at), step.seen))
             due.push_back(notice.kind);
         EXPECT_EQ(due, step.due) << harm << ", at " << step.at.count();
@@ -67,7 +69,35 @@ TEST(Notices, ReviewIsShownOnceUnlessItIsSeen) {
                                                {4s, Health::well, 0, {Kind::reviewIsOver}},
                                                {5s, Health::well, 1, {Kind::reviewWaits}}});
     expectNotices(
+        "a choice is missed, or shown twice", {{0s, Health::well, 0, {Kind::choiceWaits}, false, true},
+                                               {1s, Health::well, 0, {}, false, true},
+                                               {2s, Health::well, 0, {Kind::choiceIsOver}},
+                                               {3s, Health::well, 0, {}, true, true}});
+    expectNotices(
         "a visible review is notified", {{0s, Health::well, 3, {}, true}, {1s, Health::well, 3}, {2s, Health::well}});
+}
+
+TEST(Notices, LostNetworkIsShownOnceForAllProfiles) {
+    Notices notices;
+    const auto lost = [](const Uuid& id) {
+        return ObservedProfile{.id = id, .health = Health::failing, .offline = true};
+    };
+    const Uuid a = Uuid::random();
+    const Uuid b = Uuid::random();
+    const auto kinds = [&](const std::vector<ObservedProfile>& profiles, std::chrono::seconds at) {
+        std::vector<Kind> due;
+        for (const auto& notice : notices.update(profiles, Notices::Time(at), false)) due.push_back(notice.kind);
+        return due;
+    };
+    EXPECT_EQ(kinds({lost(a)}, 0s), std::vector<Kind>{});
+    EXPECT_EQ(kinds({lost(a), lost(b)}, 61s), std::vector<Kind>{Kind::noNetwork});
+    EXPECT_FALSE(notices.nextUpdate());
+    EXPECT_EQ(kinds({lost(a), {.id = b, .health = Health::working}}, 200s), std::vector<Kind>{});
+    // The network is back, and the server of one profile is not.
+    const ObservedProfile well{.id = a, .health = Health::well};
+    const ObservedProfile failing{.id = b, .health = Health::failing};
+    EXPECT_EQ(kinds({well, failing}, 201s), std::vector<Kind>{Kind::networkIsBack});
+    EXPECT_EQ(kinds({well, failing}, 262s), std::vector<Kind>{Kind::failing});
 }
 
 TEST(Notices, RemovedProfileLeavesNoNotice) {

@@ -1,6 +1,6 @@
 #include "app/state_saver.h"
 
-#include "app/context/main_queue.h"
+#include "app/context/main_context.h"
 #include "support/fake_clock.h"
 #include "support/temporary_folder.h"
 

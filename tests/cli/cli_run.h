@@ -122,8 +122,12 @@ private:
 
     [[nodiscard]] Texts environment() const {
         Texts all{
-            "HOME=" + home().string(), "XDG_DATA_HOME=" + home().string(), "TMPDIR=" + temporary().string(),
-            "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent", "TZ=UTC"};
+            "HOME=" + home().string(),
+            "XDG_DATA_HOME=" + home().string(),
+            "TMPDIR=" + temporary().string(),
+            "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent",
+            "TZ=UTC",
+            "LC_ALL=C"};
         all.insert(all.end(), variables.begin(), variables.end());
         return all;
     }

@@ -31,10 +31,10 @@ TEST(Presentation, NoTextCanControlTheTerminal) {
         "curl: (60) SSL certificate problem: x. Retrying in 5 seconds.");
     EXPECT_EQ(sentence("curl: (67) Access denied: 530"), "curl: (67) Access denied: 530.");
     EXPECT_EQ(sentence("Done.\n"), "Done.");
-    EXPECT_EQ(counted(1, "file"), "1 file");
-    EXPECT_EQ(counted(0, "file"), "0 files");
-    EXPECT_EQ(counted(999, "byte"), "999 bytes");
-    EXPECT_EQ(counted(1234567, "byte"), "1,234,567 bytes");
+    EXPECT_EQ(filesText(1), "1 file");
+    EXPECT_EQ(filesText(0), "0 files");
+    EXPECT_EQ(bytesText(999), "999 bytes");
+    EXPECT_EQ(bytesText(1234567), "1,234,567 bytes");
 }
 
 TEST(Presentation, EveryServerDateCanBeShown) {

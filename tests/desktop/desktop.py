@@ -38,7 +38,7 @@ class Desktop:
         self.environment = {name: value for name, value in os.environ.items()
                             if not name.startswith(("XDG_", "QT_", "DBUS_", "AT_SPI_", "WAYLAND_"))}
         self.environment |= {"HOME": self.folder, "XDG_RUNTIME_DIR": self.path("run"), "LC_ALL": "C.UTF-8",
-                             "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"}
+                             "LANGUAGE": "", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"}
         try:
             self.start_display()
             self.start_bus()

@@ -14,7 +14,7 @@ SITES = """<FileZilla3><Servers><Server><Name>Site</Name><Host>localhost</Host><
 
 def choose(program, *keys):
     """An entry of the window's menu, by the keys that lead to it."""
-    program.window().press_button("Menu")
+    program.window().press_button("Program menu")
     wait_until(program.desktop.has_menu, "the menu is open")
     program.desktop.press_keys(*keys, "Return")
     wait_until(lambda: not program.desktop.has_menu(), "the menu is closed")

@@ -77,8 +77,8 @@ class Place:
         kept = {name: value for name, value in os.environ.items() if not name.startswith(("XDG_", "QT_", "WAYLAND_"))}
         self.environment = kept | {
             "HOME": self.home, "PATH": f"{programs}:/usr/bin:/bin", "TMPDIR": os.path.join(self.folder, "tmp"),
-            "XDG_RUNTIME_DIR": os.environ["XDG_RUNTIME_DIR"], "LC_ALL": "C.UTF-8", "TZ": "UTC", "TERM": "xterm",
-            "QT_QPA_PLATFORM": "offscreen", "CURL_CA_BUNDLE": os.path.join(certificates, "ca.pem"),
+            "XDG_RUNTIME_DIR": os.environ["XDG_RUNTIME_DIR"], "LC_ALL": "C.UTF-8", "LANGUAGE": "", "TZ": "UTC",
+            "TERM": "xterm", "QT_QPA_PLATFORM": "offscreen", "CURL_CA_BUNDLE": os.path.join(certificates, "ca.pem"),
             "SERVER": os.path.join(self.served, SITE.strip("/"))}
         self.environment.pop("DISPLAY", None)
         self.fill_home()

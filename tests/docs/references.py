@@ -60,7 +60,8 @@ def headings(name):
 
 def read_help(program, command=()):
     """The texts of --help, by command: () is the program itself."""
-    text = subprocess.run([program, *command, "--help"], capture_output=True, text=True, check=True).stdout
+    text = subprocess.run([program, *command, "--help"], capture_output=True, text=True, check=True,
+                          env=os.environ | {"LANGUAGE": ""}).stdout
     listed = re.search(r"^Commands:\n((?: .*\n)+)", text, re.MULTILINE)
     texts = {command: text}
     for name in re.findall(r"^  ([a-z]\S*)", listed[1], re.MULTILINE) if listed else []:

@@ -47,7 +47,7 @@ TEST(SavedState, NoSettingIsLostBetweenRuns) {
     profile.remoteFolder = "/r";
     profile.localFolder = "/l\x7F";
     profile.exclusions = Exclusions("*.a\n\n b ");
-    profile.enabled = profile.needsDownload = true;
+    profile.enabled = profile.needsDownload = profile.compareContents.on = true;
     profile.trustedKey = TrustedKey{
         .key = {{0, 0x9F, 0xFF}},
         .host = "h",

@@ -21,8 +21,11 @@
 #include "ui/main_window/main_window.h"
 #include "ui/profile_editor/connection_fields.h"
 #include "ui/profile_editor/content_fields.h"
+#include "ui/profile_editor/new_place_dialog.h"
 #include "ui/profile_editor/profile_editor.h"
 #include "ui/remote_changes/review_sheet.h"
+#include "ui/remote_folder/folder_tree_model.h"
+#include "ui/remote_folder/remote_folder_sheet.h"
 #include "ui/screen.h"
 #include "ui/theme/theme.h"
 #include "ui/theme/turning_clock.h"
@@ -237,7 +240,7 @@ private:
             clock.set(9h + 38min + 22s + std::chrono::seconds(number / 4));
             server.observer->fileBegins(files[number].path, files[number].fingerprint.size);
             server.observer->fileMoved(287'500);
-            compared(files[number], number % 100 > 0);
+            compared(files[number], number % 100 > 0 ? std::optional(ContentHash{}) : std::nullopt);
         }
         server.observer->fileBegins("assets/img/team/2026/autumn-retreat.webp", 300'700);
         clock.set(9h + 39min + 26s);
@@ -390,24 +393,46 @@ public:
         constexpr QSize mainSize(980, 640);
         return {
             {"main-watching", mainSize, [this] { return mainWindow("My website"); }},
+            {"main-watching-small",
+             {760, 520},
+             [this] {
+                 auto window = mainWindow("My website");
+                 window->resize(760, 520);
+                 return window;
+             }},
             {"main-uploading", mainSize, [this] { return mainWindow("Client portal"); }},
             {"main-review", mainSize, [this] { return mainWindow("Spring campaign"); }},
             {"main-check-failed", mainSize, [this] { return mainWindow("Documentation"); }},
             {"main-paused", mainSize, [this] { return mainWindow("Photo archive"); }},
             {"welcome", mainSize, [this] { return shown(std::make_unique<MainWindow>(emptyBridge)); }},
-            {"editor-new", {880, 568}, [this] { return editor(std::nullopt); }},
-            {"editor-edit", {880, 656}, [this] { return editor(sites.id("Documentation")); }},
-            {"editor-trusted-key", {880, 656}, [this] { return editorWithKey(); }},
+            {"editor-new", {880, 616}, [this] { return editor(std::nullopt); }},
+            {"editor-edit", {880, 704}, [this] { return editor(sites.id("Documentation")); }},
+            {"editor-trusted-key", {880, 704}, [this] { return editorWithKey(); }},
+            {"new-place", {460, 0}, [] { return newPlace(); }},
             {"certificate", {640, 0}, [this] { return certificate(std::nullopt); }},
             {"certificate-changed", {640, 0}, [this] { return certificate(trustedKey()); }},
             {"picker-sync", {720, 776}, [this] { return picker(); }},
             {"picker-found", {720, 480}, [this] { return search(); }},
+            {"remote-folder", {640, 600}, [this] { return remoteFolder(); }},
+            {"remote-folder-small",
+             {560, 440},
+             [this] {
+                 auto opened = remoteFolder();
+                 opened->resize(560, 440);
+                 return opened;
+             }},
             {"review", {680, 480}, [this] { return review(); }},
             {"backups", {720, 520}, [this] { return backups(); }},
             {"import", {720, 560}, [this] { return import(); }},
             {"about", {496, 0}, [] { return shown(std::make_unique<AboutDialog>()); }},
             {"help", {880, 720}, [] { return shown(std::make_unique<HelpWindow>(ZEMBRASTEL_SOURCE_DIR "/docs")); }},
             {"main-many-profiles", mainSize, [this] { return shown(std::make_unique<MainWindow>(manyBridge)); }},
+            {"main-filtered", mainSize,
+             [this] {
+                 auto window = shown(std::make_unique<MainWindow>(manyBridge));
+                 QTest::keyClicks(window->findChild<SearchField*>(), "shop");
+                 return window;
+             }},
             {"main-wide", {2560, 1440}, [this] {
                  auto window = mainWindow("My website");
                  window->resize(2560, 1440);
@@ -419,13 +444,7 @@ public:
     [[nodiscard]] std::vector<Screen> withMissingFiles() {
         sites.startLast();
         const char* const name = "Photo archive";
-        return {
-            {"main-missing-files", {980, 640}, [=, this] { return mainWindow(name); }},
-            {"confirm-send-all", {460, 0}, [=, this] {
-                 auto window = mainWindow(name);
-                 window->offerToSendAll(sites.id(name));
-                 return window;
-             }}};
+        return {{"main-missing-files", {980, 640}, [=, this] { return mainWindow(name); }}};
     }
 
     // These change the state of the first site.
@@ -473,6 +492,15 @@ private:
         return opened;
     }
 
+    [[nodiscard]] static std::unique_ptr<QWidget> newPlace() {
+        Profile before;
+        before.host = "ftp.example.org";
+        Profile now = before;
+        now.host = "ftp.example.net";
+        now.remoteFolder = "/www";
+        return shown(std::make_unique<NewPlaceDialog>(before, now, 640, [](NewPlace) {}));
+    }
+
     [[nodiscard]] TrustedKey trustedKey() {
         using namespace std::chrono;
         const Profile& profile = *sites.model().profile(sites.id("Documentation"));
@@ -503,7 +531,7 @@ private:
                  .selfSigned = true},
             .faults = {CertificateFault::otherName, CertificateFault::selfSigned}};
         return shown(std::make_unique<CertificateSheet>(
-            profile, seen, std::chrono::system_clock::now(), [](const auto&) {}, nullptr));
+            profile, seen, CertificateSheet::Times{}, [](const auto&) {}, nullptr));
     }
 
     // The folders are listed by a real server, which the picture does not show.
@@ -548,6 +576,46 @@ private:
         }
         waitForListing(opened->browser());
         QTest::keyClicks(opened->findChild<SearchField*>(), "a");
+        return opened;
+    }
+
+    [[nodiscard]] std::unique_ptr<QWidget> remoteFolder() {
+        auto& root = folderServer.root();
+        for (const char* const each :
+             {"private", "public_html/assets/x", "public_html/blog/2025/x", "public_html/shop", "tmp"}) {
+            std::filesystem::create_directories(root / each);
+        }
+        Profile shownSite = testing::profileFor(folderServer, site.root(), "/public_html/blog");
+        auto opened =
+            std::make_unique<RemoteFolderSheet>(context, shownSite, folderServer.password(), [](const auto&) {});
+        opened->open();
+        auto& list = *opened->findChild<QListView*>();
+        const auto rowAt = [&list](const QString& path) {
+            const auto* const rows = list.model();
+            for (int row = 0; row < rows->rowCount(); ++row) {
+                if (rows->index(row, 0).data(Qt::AccessibleTextRole) == path) return rows->index(row, 0);
+            }
+            return QModelIndex();
+        };
+        const auto unfold = [&](const QString& path) {
+            if (!testing::waitFor([&] { return rowAt(path).isValid(); })) fail(path + " is not listed");
+            list.setCurrentIndex(rowAt(path));
+            QTest::keyClick(&list, Qt::Key_Right);
+        };
+        unfold("/public_html/blog");
+        if (!testing::waitFor([&] { return rowAt("/public_html/blog/2025").isValid(); })) fail("no listing");
+        // Another user has removed this folder meanwhile.
+        std::filesystem::rename(root / "private", folder / "private");
+        for (const char* const each : {"/tmp", "/private"}) unfold(each);
+        if (!testing::waitFor([&] { return rowAt(FolderTreeModel::tr("This folder has no subfolders.")).isValid(); }))
+            fail("no listing");
+        const QString refused = FolderTreeModel::tr("%1, Retry").arg("The server does not let you read this folder.");
+        if (!testing::waitFor([&] { return rowAt(refused).isValid(); })) {
+            fail("no refusal");
+        }
+        std::filesystem::rename(folder / "private", root / "private");
+        unfold("/public_html/shop"); // still loading when the picture is taken
+        list.setCurrentIndex(rowAt("/public_html/blog"));
         return opened;
     }
 
@@ -630,6 +698,7 @@ private:
 
     const testing::TemporaryFolder folder;
     FtpServer server;
+    FtpServer folderServer{FtpServer::Kind::odd, {.extra = {"--start", "/public_html"}}};
     LocalSite site;
     QtMainContext context;
     SampleSites sites{context};

@@ -45,6 +45,7 @@ def parse_arguments():
     add("--cert", metavar="FILE", help="PEM file with key and certificate")
     add("--user", default="web")
     add("--password", default="s3cret")
+    add("--start", metavar="FOLDER", default="/", help="the folder in which a login starts")
     add("--no", action="append", default=[], metavar="COMMAND", help="answer 500 to this command")
     add("--reply", action="append", default=[], metavar="COMMAND=TEXT", help="answer with TEXT, doing nothing")
     add("--no-replace", action="store_true", help="RNTO refuses an existing target")
@@ -281,6 +282,9 @@ class OddControl:
                 self.respond(text)
                 return True
         return False
+
+    def on_login(self, username):
+        self.fs.cwd = options.start
 
     @staticmethod
     def log_arrival(command, argument):

@@ -1,7 +1,7 @@
 // Letting a queue come to what was posted to it: where nothing more is to come of something, a test looks after that.
 #pragma once
 
-#include "app/context/main_queue.h"
+#include "app/context/main_context.h"
 
 #include <chrono>
 

@@ -113,6 +113,10 @@ protected:
                 baseline.set(uploaded.path, uploaded.fingerprint);
                 return "uploaded " + uploaded.path;
             },
+            [this](const event::ContentsUnchanged& event) {
+                for (const auto& [path, fingerprint] : event.files) baseline.set(path, fingerprint);
+                return "unchanged: " + std::to_string(event.files.size());
+            },
             [this](const event::Baseline& whole) {
                 baseline = whole.files;
                 return "baseline of " + std::to_string(baseline.size());

@@ -4,7 +4,7 @@
 //
 // The seed repeats what is asked; when threads run it cannot repeat.
 #include "app/app_model.h"
-#include "app/context/main_queue.h"
+#include "app/context/main_context.h"
 #include "support/file_tree.h"
 #include "support/ftp_server.h"
 #include "support/temporary_folder.h"

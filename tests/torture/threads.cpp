@@ -4,7 +4,7 @@
 //
 // The seed repeats what is asked; when threads run it cannot repeat.
 #include "app/app_model.h"
-#include "app/context/main_queue.h"
+#include "app/context/main_context.h"
 #include "model/error.h"
 #include "support/file_tree.h"
 #include "support/process_figures.h"

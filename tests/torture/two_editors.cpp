@@ -6,7 +6,7 @@
 // allows. Every content is unique, so its fate can be followed. Half of the rounds use the executable, half the model
 // in this process, with shorter pauses.
 #include "app/app_model.h"
-#include "app/context/main_queue.h"
+#include "app/context/main_context.h"
 #include "platform/files.h"
 #include "torture/hasty_clock.h"
 #include "torture/program_run.h"

@@ -57,7 +57,7 @@ TEST_F(BackupsSheetTest, UnconfirmedRestoreChangesNothing) {
     writeFile(site / "index.html", "now");
     keepTwoVersions();
     open();
-    EXPECT_TRUE(shows("1 file, 2 versions, 11 bytes"));
+    EXPECT_TRUE(shows("1 file, 2 versions, 11\u00a0bytes"));
     const auto ask = [this](const QString& answer) {
         press("Restore…");
         auto* const question = sheet->findChild<QDialog*>();
@@ -73,8 +73,8 @@ TEST_F(BackupsSheetTest, UnconfirmedRestoreChangesNothing) {
     waitForList();
     EXPECT_EQ(readFile(site / "index.html"), "oldest");
     EXPECT_TRUE(message().startsWith("index.html was restored."));
-    EXPECT_TRUE(shows("1 file, 3 versions, 14 bytes"));
-    EXPECT_TRUE(row(list().currentIndex().row()).endsWith("6 bytes")) << "the selected version stays selected";
+    EXPECT_TRUE(shows("1 file, 3 versions, 14\u00a0bytes"));
+    EXPECT_TRUE(row(list().currentIndex().row()).endsWith("6\u00a0bytes")) << "the selected version stays selected";
     EXPECT_EQ(list().currentIndex().row(), 2);
 }
 

@@ -108,12 +108,19 @@ TEST_F(CertificateScreens, TrustIsDeliberateAndCanBeUndone) {
 }
 
 TEST_F(CertificateScreens, ChangedKeyIsComparedBeforeItIsTrusted) {
-    Profile profile = *model->profile(id);
-    profile.trustedKey = TrustedKey{.key = keyOf(certificates().impostor), .host = profile.host, .port = profile.port};
-    model->save(profile, std::nullopt);
     Shell shell(*model, context);
     shell.showWindow();
     model->select(id);
+    model->start(id);
+    ASSERT_TRUE(reach<MainWindow>());
+    ASSERT_TRUE(waitFor([this] { return find("Review certificate…") != nullptr; }));
+    press("Review certificate…");
+    ASSERT_TRUE(reach<CertificateSheet>());
+    press("Cancel");
+
+    Profile profile = *model->profile(id);
+    profile.trustedKey = TrustedKey{.key = keyOf(certificates().impostor), .host = profile.host, .port = profile.port};
+    model->save(profile, std::nullopt);
     model->start(id);
     ASSERT_TRUE(reach<MainWindow>());
     ASSERT_TRUE(waitFor([this] { return find("Compare keys…") != nullptr; }));

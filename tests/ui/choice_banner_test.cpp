@@ -41,8 +41,8 @@ TEST(ChoiceText, OffersOnlyWhatIsPossible) {
         EXPECT_EQ(shown.heading, heading);
         EXPECT_EQ(shown.adopt + u'|' + (shown.compares ? "compare|" : "|") + shown.sendAll, buttons);
     }
-    EXPECT_TRUE(choiceText(comparison(640, 612)).text.endsWith("downloads 612.0 MB."));
-    EXPECT_TRUE(choiceText(begun).text.endsWith("downloads 2.0 MB."));
+    EXPECT_TRUE(choiceText(comparison(640, 612)).text.endsWith("downloads 612.0\u00a0MB."));
+    EXPECT_TRUE(choiceText(begun).text.endsWith("downloads 2.0\u00a0MB."));
     EXPECT_TRUE(choiceText(compared).text.endsWith("replaces 1 file on the server."));
 }
 
@@ -57,7 +57,7 @@ TEST_F(ChoiceInWindow, NothingIsUploadedBeforeTheChoice) {
         .watch = [](const auto&, const auto&) {},
         .compareContents =
             [](const FTPTransport& server, const auto& files, const auto& compared) {
-                compared(files.back(), false);
+                compared(files.back(), std::nullopt);
                 while (!server.control->isStopped()) std::this_thread::yield();
                 throw Cancelled();
             }};

@@ -189,7 +189,7 @@ TEST_F(Picker, SearchHidesNoMatchAndLosesNoTick) {
             "assets, open folder, Not selected", "img, open folder, Not selected", "hero-banner.webp, Not selected",
             "drafts, open folder, Not selected, Local only", "Banner.psd, Not selected, Local only",
             "2 names match. Folders that were not opened yet are not searched."}));
-    EXPECT_EQ(list().model()->index(4, 0).data(Qt::AccessibleDescriptionRole), "2.3 MB");
+    EXPECT_EQ(list().model()->index(4, 0).data(Qt::AccessibleDescriptionRole), "level 2, 2.3\u00a0MB");
     EXPECT_FALSE(button("Select all").isEnabled());
     click(2, 48 + 90);
     QTest::keyClicks(picker->findChild<SearchField*>(), "x");
@@ -217,7 +217,7 @@ TEST_F(Picker, SecondEnterAfterRetryConfirmsNothing) {
     openListed({"lost/page", "other/page"});
     fs::rename(server.root() / "site/lost", server.root() / "lost");
     toggle("lost");
-    ASSERT_TRUE(row(1).endsWith("/lost does not exist on localhost., Retry")) << row(1).toStdString();
+    ASSERT_TRUE(row(1).endsWith("The server does not let you read this folder., Retry")) << row(1).toStdString();
     fs::rename(server.root() / "lost", server.root() / "site/lost");
     key(Qt::Key_Down);
     key(Qt::Key_Return);

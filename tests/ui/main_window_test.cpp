@@ -211,8 +211,8 @@ TEST_F(MainWindowTest, TabKeyVisitsControlsInOrder) {
     } while (widget != &list());
     EXPECT_EQ(
         names, QStringList(
-                   {"SYNC PROFILES", "New Sync Profile…", "Menu", "Start watching", "Open local folder in Finder",
-                    "Edit sync contents…", "Recent activity"}));
+                   {"SYNC PROFILES", "New Sync Profile…", "Program menu", "Start watching",
+                    "Open local folder in Finder", "Edit sync contents…", "Recent activity"}));
 }
 
 TEST_F(MainWindowTest, QuitIsReachableWithoutATray) {
@@ -329,6 +329,8 @@ TEST(DetailBanners, EachFailureOffersItsWayOut) {
     banners.setRefused(status, Profile());
     EXPECT_EQ(offered(), "") << "other files go on";
     EXPECT_TRUE(banners.refused().isVisibleTo(&banners));
+    status.phase = Phase::watching;
+    EXPECT_EQ(profileSummary(status, 3), "1 file cannot be uploaded");
     QStringList asked;
     QObject::connect(
         &banners.refused(), &RefusedFilesBanner::retryRequested, [&](const QString& path) { asked << path; });

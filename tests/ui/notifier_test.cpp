@@ -1,5 +1,6 @@
 #include "ui/desktop/notifier.h"
 
+#include "app/diagnosis/failure_catalogue.h"
 #include "screen_fixture.h"
 #include "support/program.h"
 
@@ -51,6 +52,11 @@ protected:
         return QDBusConnection::connectToBus(QString::fromStdString(address), name);
     }
 
+    [[nodiscard]] Uuid addFirst() {
+        options.work.hasNetwork = [this](const std::string&) { return online; };
+        return addProfile().id;
+    }
+
     // Notes that the notifier checked the profiles while one was failing.
     [[nodiscard]] Notices::Time now() {
         for (const auto& profile : model->profiles()) sawFailure |= model->status(profile.id).failed();
@@ -64,7 +70,8 @@ protected:
     WindowSettings settings{true};
     Notices::Time time{};
     bool sawFailure = false;
-    const Uuid id = addProfile().id;
+    bool online = true;
+    const Uuid id = addFirst();
     Notifier notifier{*bridge, settings, connect("asking"), [this] { return now(); }};
 };
 
@@ -81,6 +88,24 @@ TEST_F(NotifierTest, RecoveryReplacesTheFailureNotification) {
     ASSERT_TRUE(waitFor([this] { return service.shown.size() == 2; }));
     EXPECT_EQ(service.shown[1].title, "Site is kept up to date again");
     EXPECT_EQ(service.shown[1].replaced, Service::number);
+}
+
+TEST_F(NotifierTest, LostNetworkIsNotifiedOnceForAllProfiles) {
+    online = false;
+    const Uuid second = addProfile("Second").id;
+    for (const Uuid& each : {id, second}) {
+        model->start(each);
+        ASSERT_TRUE(waitFor([&] { return model->status(each).failed() && sawFailure; }));
+        sawFailure = false;
+    }
+    time += 10min;
+    model->retryNow();
+    ASSERT_TRUE(waitFor([this] { return !service.shown.empty(); }));
+    EXPECT_EQ(service.shown[0].title, "There is no network connection.");
+    EXPECT_EQ(
+        explainedText(*model->status(second).failure, *model->profile(second)).substr(0, 56),
+        "There is no network connection. Nothing is wrong with th");
+    EXPECT_EQ(service.shown.size(), 1U);
 }
 
 } // namespace

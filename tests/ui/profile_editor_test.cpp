@@ -2,6 +2,7 @@
 
 #include "screen_fixture.h"
 #include "support/ftp_server.h"
+#include "ui/profile_editor/new_place_dialog.h"
 #include "ui/widgets/confirm_dialog.h"
 #include "ui/widgets/push_button.h"
 
@@ -281,6 +282,25 @@ TEST_F(ProfileEditorTest, RefusedProfileStoresNoPassword) {
     EXPECT_EQ(model->profiles().size(), 1U);
 }
 
+TEST_F(ProfileEditorTest, ChosenRemoteFolderIsOnTheEnteredServer) {
+    openSaved(addProfile().id);
+    type("Password", "new");
+    type("Remote folder", "../no/folder");
+    std::optional<Profile> asked;
+    editor->setChooseRemoteFolder([&](const Profile& draft, const std::string& password, const auto& apply) {
+        asked = draft;
+        EXPECT_EQ(password, "new");
+        apply("/htdocs");
+    });
+    line("Server").clear();
+    press("Choose a remote folder");
+    EXPECT_EQ(message(), "Enter a name, server, username and local folder.");
+    type("Server", "ftp.example.org");
+    press("Choose a remote folder");
+    EXPECT_EQ(asked->host, "ftp.example.org");
+    EXPECT_EQ(line("Remote folder").text(), "/htdocs");
+}
+
 TEST_F(ProfileEditorTest, ChosenSyncContentsReachTheProfile) {
     const Uuid id = addProfile().id;
     open(id, true);
@@ -367,18 +387,44 @@ TEST_F(ProfileEditorTest, ChangesOfTheModelAreNotUndone) {
     EXPECT_FALSE(button(startLabel).isChecked());
 }
 
-TEST_F(ProfileEditorTest, MovedProfileOffersAFullUpload) {
-    const Profile before = addProfile();
-    model->save(before, std::nullopt, FileMap{{"index.html", Fingerprint{}}});
-    int offers = 0;
-    for (const auto& [field, text] : {std::pair("Profile name", "Other"), std::pair("Server", "127.0.0.2")}) {
-        openSaved(before.id);
-        QObject::connect(editor.get(), &ProfileEditor::moved, [&offers] { ++offers; });
+TEST_F(ProfileEditorTest, UploadedFilesCountOnlyForTheirPlace) {
+    Profile profile = addProfile();
+    profile.enabled = false;
+    model->save(profile, std::nullopt, FileMap{{"index.html", Fingerprint{}}, {"b", Fingerprint{}}});
+    const auto save = [&](const char* field, const char* text) {
+        openSaved(profile.id);
         type(field, text);
-        EXPECT_EQ(offers, 0);
         saving().click();
-    }
-    EXPECT_EQ(offers, 1);
+        auto* const asked = editor->findChild<NewPlaceDialog*>();
+        if (asked == nullptr) return asked;
+        asked->activateWindow(); // keys go to the row that has the focus
+        EXPECT_TRUE(waitFor([asked] { return QApplication::focusWidget() == asked->focusWidget(); }));
+        return asked;
+    };
+    openSaved(profile.id);
+    press("Compare contents");
+    saving().click();
+    EXPECT_TRUE(model->profile(profile.id)->compareContents);
+    EXPECT_EQ(save("Profile name", "Other"), nullptr);
+    EXPECT_TRUE(model->profile(profile.id)->compareContents);
+    auto* question = save("Server", "127.0.0.2");
+    ASSERT_NE(question, nullptr);
+    EXPECT_EQ(
+        question->accessibleDescription(), "Zembrastel knows 2 files as uploaded to /public_html on 127.0.0.1. The "
+                                           "profile now names /public_html on 127.0.0.2.");
+    QTest::keyClick(question, Qt::Key_Escape);
+    EXPECT_TRUE(editor->isVisible()) << "nothing is saved before the answer";
+    EXPECT_EQ(model->profile(profile.id)->host, "127.0.0.1");
+    question = save("Server", "127.0.0.2");
+    QTest::keyClick(question->focusWidget(), Qt::Key_Down);
+    QTest::keyClick(question->focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(model->profile(profile.id)->host, "127.0.0.2");
+    EXPECT_EQ(model->baseline(profile.id).size(), 2U) << "the same site, moved";
+    question = save("Remote folder", "/www");
+    ASSERT_NE(question, nullptr);
+    QTest::keyClick(question->focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(model->profile(profile.id)->remoteFolder, "/www");
+    EXPECT_TRUE(model->baseline(profile.id).empty()) << "the next check asks";
 }
 
 TEST_F(ProfileEditorTest, ChangesDuringKeyringPromptAreKept) {

@@ -35,11 +35,13 @@ protected:
         return {{.path = "page", .local = {}, .remoteDate = RemoteDate(std::chrono::seconds(1))}};
     }
 
+    // The filled button; in questions and in the list of backups, which have none, the default button.
     [[nodiscard]] static QPushButton& filled(const QDialog& dialog) {
         QPushButton* chosen = nullptr;
         for (auto* const each : dialog.findChildren<PushButton*>()) {
-            const bool cancels = qobject_cast<const ConfirmDialog*>(&dialog) != nullptr && each->isDefault();
-            if (each->isVisible() && (each->isFilled() || cancels)) chosen = each;
+            const bool fillsNone = qobject_cast<const ConfirmDialog*>(&dialog) != nullptr
+                                   || qobject_cast<const BackupsSheet*>(&dialog) != nullptr;
+            if (each->isVisible() && (fillsNone ? each->isDefault() : each->isFilled())) chosen = each;
         }
         if (chosen == nullptr) throw std::logic_error("no filled button");
         return *chosen;

@@ -104,6 +104,7 @@ void eachField(Maybe<ProfileStatus> auto& status, const auto& visit) {
     visit("failure", status.failure);
     visit("outlook", status.outlook);
     visit("waiting", status.waiting);
+    visit("contentsUnchanged", status.contentsUnchanged);
 }
 
 void eachField(Maybe<answer::Choice> auto& choice, const auto& visit) {
@@ -194,7 +195,7 @@ constexpr std::array words<answer::Failed::Reason>{"notUnderstood", "noWindow", 
                                                    "paused",        "needsDownload", "server",    "otherReview",
                                                    "choiceWaits",   "notSaved"};
 template <>
-constexpr std::array words<Failure::Kind>{"other", "transfer", "filesMissing"};
+constexpr std::array words<Failure::Kind>{"other", "transfer", "filesMissing", "noNetwork"};
 template <>
 constexpr std::array words<TransferProgress::Work>{"uploading", "downloading", "comparing", "comparingContents"};
 constexpr std::array answerWords{"status", "activity", "changed", "review", "outcome", "failed", "done"};

@@ -1,5 +1,6 @@
 #include "app/diagnosis/connection_diagnosis.h"
 
+#include "app/diagnosis/failure_catalogue.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -18,23 +19,28 @@ constexpr const char* chooseImplicit = "In the profile choose FTPS (implicit TLS
                                        "port 21. Ask the hosting provider which kind of "
                                        "FTPS the server has, and at which port.";
 
+bool hangsUp(const Transcript& answer) {
+    return std::ranges::any_of(answer.replies, [](const auto& each) { return each.starts_with("421"); });
+}
+
 Finding refusedCertificate(const Profile& profile, const Transcript& answer) {
     const std::string& words = answer.failure;
     const std::string line = words.substr(0, words.find('\n'));
+    const std::string heading = headingOf(profile, answer) + " ";
     if (contains(words, "expired")) {
         return wrong(
-            Subject::certificate, "The server's certificate has expired. " + line,
+            Subject::certificate, heading + "It has expired. " + line,
             "Ask the hosting provider to renew the certificate of the FTP server. Check this machine's date as well.");
     }
     if (containsAny(words, {"does not match", "no alternative certificate subject name"})) {
         return wrong(
-            Subject::certificate, "The server's certificate is for another name than " + profile.host + ". " + line,
+            Subject::certificate, heading + "It is for another name. " + line,
             "Ask the hosting provider for the name that the FTP server's certificate is for, often that of the "
             "machine, and use "
             "it in the profile.");
     }
     return wrong(
-        Subject::certificate, "This machine does not trust the server's certificate. " + line,
+        Subject::certificate, heading + line,
         "Ask the hosting provider for a certificate from a known authority, with all intermediate certificates. Do not "
         "go on "
         "without: an attacker could pass for the server and read the password.");
@@ -42,14 +48,14 @@ Finding refusedCertificate(const Profile& profile, const Transcript& answer) {
 
 Finding refusedLogin(const Profile& profile, const Transcript& answer) {
     const std::string words = asciiLowercase(refusal(answer));
-    if (reportsTooMany(answer)) return turnedAway(answer);
+    if (reportsTooMany(answer)) return turnedAway(profile, answer);
     if (profile.transport == TransferProtocol::ftp && containsAny(words, {"tls", "ssl", "encrypt", "secure"})) {
         return wrong(
             Subject::encryption, "The server takes logins only when they are encrypted." + said(answer),
             chooseExplicit);
     }
     return wrong(
-        Subject::login, "The server refused the user name " + profile.username + " or the password." + said(answer),
+        Subject::login, headingOf(profile, answer) + said(answer),
         "Check both; the password is often not that of the mail account or the hosting provider's customer pages. Ask "
         "the hosting provider "
         "whether the FTP account is active, and whether it may be used from your address.");
@@ -61,6 +67,15 @@ bool loggedIn(const Transcript& answer) {
 }
 
 } // namespace
+
+std::string headingOf(const Profile& profile, const Transcript& answer) {
+    const Failure failure{
+        .message = answer.failure,
+        .kind = Failure::Kind::transfer,
+        .code = answer.code,
+        .reply = hangsUp(answer) ? FtpReply::hangsUp : FtpReply::none};
+    return explain(failure, profile).heading.text();
+}
 
 bool reportsTooMany(const Transcript& answer) {
     return std::ranges::any_of(answer.replies, [](const std::string& reply) {
@@ -76,35 +91,35 @@ Finding unreached(const Profile& profile, const Transcript& answer) {
     switch (answer.code) {
     case CurlCode::hostNotFound:
         return wrong(
-            Subject::address, "The name " + profile.host + " is unknown.",
+            Subject::address, headingOf(profile, answer),
             "Check the server's name in the profile. If it is right, check whether this machine is online.");
     case CurlCode::notConnected:
         return wrong(
-            Subject::port,
-            "The machine " + profile.host + " has nothing at port " + std::to_string(profile.port) + "." + said(answer),
+            Subject::port, headingOf(profile, answer) + said(answer),
             "Check the port: usually 21, and 990 for FTPS (implicit TLS). Ask the hosting provider for the FTP port "
             "and whether "
             "FTP is switched on.");
     default:
         return wrong(
-            Subject::port, "There is no answer from " + place(profile) + "." + said(answer),
+            Subject::port, headingOf(profile, answer) + said(answer),
             "Check the name and the port. A firewall, here or at the hosting provider's, may drop the connection: ask "
             "the hosting provider "
             "whether your address is let in.");
     }
 }
 
-Finding turnedAway(const Transcript& answer) {
+Finding turnedAway(const Profile& profile, const Transcript& answer) {
+    const std::string heading = headingOf(profile, {.code = CurlCode::timedOut, .replies = {"421"}});
     if (reportsTooMany(answer)) {
         return wrong(
-            Subject::connections, "The server takes no further connection: there are too many." + said(answer),
+            Subject::connections, heading + said(answer),
             "Close other FTP programs that use this account and try again in some minutes. Ask the hosting provider "
             "how many "
             "connections an account may have; Zembrastel needs one for each profile that is at work, and some more "
             "while its windows show folders of the server.");
     }
     return wrong(
-        Subject::connections, "The server answers and hangs up." + said(answer),
+        Subject::connections, (hangsUp(answer) ? heading : "The server answers and hangs up.") + said(answer),
         "Try again later. Ask the hosting provider why the server refuses connections from your address.");
 }
 
@@ -114,15 +129,14 @@ std::optional<Finding> refusedBeforeLogin(const Profile& profile, const Transcri
     if (code == CurlCode::untrustedCertificate) return refusedCertificate(profile, answer);
     if (code == CurlCode::wrongKey) {
         return wrong(
-            Subject::certificate, "The key of " + profile.host + " is not the one that the profile trusts.",
+            Subject::certificate, headingOf(profile, answer),
             "Ask the hosting provider whether the server has a new key before you trust it.");
     }
     if (code == CurlCode::loginRefused) return refusedLogin(profile, answer);
-    const bool hangsUp = std::ranges::any_of(answer.replies, [](const auto& each) { return each.starts_with("421"); });
-    if (hangsUp || reportsTooMany(answer)) return turnedAway(answer);
+    if (hangsUp(answer) || reportsTooMany(answer)) return turnedAway(profile, answer);
     if (code == CurlCode::tlsRefused) {
         return wrong(
-            Subject::encryption, "The server offers no encryption at this port." + said(answer),
+            Subject::encryption, headingOf(profile, answer) + said(answer),
             "Ask the hosting provider whether the server has FTPS, of which kind and at which port. Only where it has "
             "none, "
             "choose FTP in the profile: the password then travels readable.");
@@ -133,7 +147,7 @@ std::optional<Finding> refusedBeforeLogin(const Profile& profile, const Transcri
     }
     if (code == CurlCode::tlsFailed) {
         return wrong(
-            Subject::encryption, "The server and this machine do not agree on an encryption." + said(answer),
+            Subject::encryption, headingOf(profile, answer) + said(answer),
             "Ask the hosting provider to let the FTP server use TLS 1.2 or 1.3.");
     }
     if (answer.replies.empty() && profile.transport != TransferProtocol::implicitTLS && profile.port == implicitPort) {
@@ -148,7 +162,7 @@ std::optional<Finding> refusedBeforeLogin(const Profile& profile, const Transcri
             "Check the port: this may be no FTP server, or one that waits for TLS from the first moment, for which "
             "there is FTPS (implicit TLS). Ask the hosting provider for port and kind of encryption.");
     }
-    return turnedAway(answer);
+    return turnedAway(profile, answer);
 }
 
 } // namespace zembrastel

@@ -7,6 +7,7 @@
 #include "model/profile.h"
 
 #include <optional>
+#include <string>
 
 namespace zembrastel {
 
@@ -20,6 +21,9 @@ namespace zembrastel {
 [[nodiscard]] bool reportsTooMany(const Transcript& answer);
 
 // Explains a server that hangs up, for that reason or another.
-[[nodiscard]] Finding turnedAway(const Transcript& answer);
+[[nodiscard]] Finding turnedAway(const Profile& profile, const Transcript& answer);
+
+// What happened, in the words of the failure catalogue.
+[[nodiscard]] std::string headingOf(const Profile& profile, const Transcript& answer);
 
 } // namespace zembrastel

@@ -89,8 +89,7 @@ private:
         const bool missing = seen.mlsd.answer.code == CurlCode::noSuchFolder;
         if (missing) {
             add(wrong(
-                Subject::folder,
-                "The server does not open the folder " + profile.remoteFolder + "." + said(seen.mlsd.answer),
+                Subject::folder, headingOf(profile, seen.mlsd.answer) + said(seen.mlsd.answer),
                 "Check the remote folder in the profile. Without a slash at its beginning it starts in the login "
                 "folder, with one at the server's root. Ask the hosting provider which folder the site is in."));
             return false;
@@ -101,7 +100,7 @@ private:
         }
         const Transcript& answer = seen.list ? seen.list->answer : seen.mlsd.answer;
         if (reportsTooMany(answer)) {
-            add(turnedAway(answer));
+            add(turnedAway(profile, answer));
             return false;
         }
         add(wrong(

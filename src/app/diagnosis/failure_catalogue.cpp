@@ -28,6 +28,7 @@ constexpr const char* closed = "The server closed the connection.";
 constexpr const char* noSpace = "The server has no space left for your files.";
 constexpr const char* makeRoom = "Delete files there, or ask the hosting provider for more space.";
 constexpr const char* mayNotWrite = "You may not write to this folder on the server.";
+constexpr const char* cannotRead = "The server does not let you read this folder.";
 constexpr const char* askForWriting = "Ask the hosting provider to let this user name write there.";
 
 const std::vector<Entry>& entries() {
@@ -170,6 +171,13 @@ std::string explainedText(const Failure& failure, const Profile& profile) {
 }
 
 Explanation explain(const Failure& failure, const Profile& profile) {
+    if (failure.kind == Failure::Kind::noNetwork) {
+        return {
+            .heading = {.pattern = "There is no network connection."},
+            .next = {.pattern = "Nothing is wrong with the profile. Zembrastel goes on when the network is back."},
+            .actions = withUsualActions(Action::retry),
+            .details = withoutGeneralAdvice(failure.message)};
+    }
     if (failure.kind != Failure::Kind::transfer) {
         return {
             .heading = {.pattern = "{0}", .arguments = {sentence(failure.message)}},
@@ -182,7 +190,7 @@ Explanation explain(const Failure& failure, const Profile& profile) {
     if (failure.code == CurlCode::noSuchFolder && !lacksRemoteFolder(failure, profile)) {
         const bool isOfFile = !failure.path.empty();
         return {
-            .heading = {.pattern = isOfFile ? mayNotWrite : "You may not open this folder on the server."},
+            .heading = {.pattern = isOfFile ? mayNotWrite : cannotRead},
             .next = {.pattern = isOfFile ? askForWriting : "Choose another folder in the profile."},
             .actions = withUsualActions(isOfFile ? Action::retry : Action::editProfile),
             .details = details};
@@ -204,6 +212,22 @@ Explanation explain(const Failure& failure, const Profile& profile) {
     for (const auto argument : entry->inHeading) {
         explanation.heading.arguments.push_back(valueOf(argument, profile));
     }
+    return explanation;
+}
+
+Explanation explainListing(const Failure& failure, const Profile& profile) {
+    auto explanation = explain(failure, profile);
+    const bool isRefused = failure.code == CurlCode::noSuchFolder || failure.code == CurlCode::transferRefused;
+    if (isRefused) explanation.heading = {.pattern = cannotRead};
+    return explanation;
+}
+
+Explanation explainCreation(const Failure& failure, const Profile& profile) {
+    auto explanation = explain(failure, profile);
+    if (failure.code != CurlCode::noSuchFolder) return explanation;
+    explanation.heading = {
+        .pattern = "The server did not create the folder {0}.", .arguments = {printable(profile.remoteFolder)}};
+    explanation.next = {.pattern = "A file may already have this name, or your user name may not write there."};
     return explanation;
 }
 

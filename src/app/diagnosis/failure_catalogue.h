@@ -39,6 +39,12 @@ struct Explanation {
 // Explains a failure of this profile's work.
 [[nodiscard]] Explanation explain(const Failure& failure, const Profile& profile);
 
+// Explains why the remote folder of this profile, which the server has, was not listed.
+[[nodiscard]] Explanation explainListing(const Failure& failure, const Profile& profile);
+
+// Explains why the remote folder of this profile was not created.
+[[nodiscard]] Explanation explainCreation(const Failure& failure, const Profile& profile);
+
 // True if the remote folder of the profile does not exist or cannot be entered, so that creating it may help.
 [[nodiscard]] bool lacksRemoteFolder(const Failure& failure, const Profile& profile);
 

@@ -5,12 +5,14 @@
 #pragma once
 
 #include "app/jobs/job.h"
+#include "platform/wake_signals.h"
 #include "sync/progress_meter.h"
 #include "sync/sync_worker.h"
 #include "transport/ftp_transport.h"
 
 #include <functional>
 #include <stop_token>
+#include <string>
 #include <vector>
 
 namespace zembrastel {
@@ -29,6 +31,9 @@ struct JobWork {
         const FTPTransport& server, const std::vector<FTPTransport::FileToCompare>& files,
         const FTPTransport::Compared& compared)>
         compareContents = {};
+
+    // False if this machine has no network through which it could reach the host.
+    std::function<bool(const std::string& host)> hasNetwork = hasNetworkFor;
 };
 
 // The server of a job's profile. The meter must outlive it.

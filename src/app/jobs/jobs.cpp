@@ -213,6 +213,7 @@ SyncWorker Jobs::workerFor(const Uuid& id) {
         .recordedDates = parts.records.remoteDates(id),
         .mayReplaceUnseen = work.checkSkipped,
         .journal = parts.records.journal(id),
+        .contents = parts.records.contents(work.profile),
         .privateItems = settings.privateItems,
         .filesMayBeGone = work.filesMayBeGone};
 }

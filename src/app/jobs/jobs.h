@@ -114,10 +114,12 @@ private:
 
     // Events of workers.
     void receive(const WorkerEvent& event, const Uuid& id);
+    [[nodiscard]] Failure withNetwork(Failure failure, const Uuid& id) const;
     void apply(const event::Status& event, const Uuid& id);
     void apply(const event::Activity& event, const Uuid& id);
     void apply(const event::FilesRefused& event, const Uuid& id);
     void apply(const event::Uploaded& event, const Uuid& id);
+    void apply(const event::ContentsUnchanged& event, const Uuid& id);
     void apply(const event::Baseline& event, const Uuid& id);
     void apply(const event::Downloaded& event, const Uuid& id);
     void apply(const event::RemoteDate& event, const Uuid& id);
@@ -142,7 +144,7 @@ private:
     void showChoice(const Uuid& id);
     void addCompared(const Uuid& id, const std::string& path, bool equal);
     void finishComparing(const Uuid& id);
-    void failComparing(const std::string& message, const Uuid& id);
+    void failComparing(const Failure& reported, const Uuid& id);
     void recordChoice(const Uuid& id, const ServerCheck& check, Adoption what);
 
     // Review.

@@ -8,6 +8,7 @@
 #include "transport/ftp_transport.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace zembrastel {
 namespace {
@@ -17,6 +18,20 @@ bool areSameVersions(const std::vector<RemoteChange>& a, const std::vector<Remot
     return std::ranges::equal(a, b, [](const RemoteChange& one, const RemoteChange& other) {
         return one.path == other.path && one.local == other.local && one.remoteDate == other.remoteDate;
     });
+}
+
+// The contents that the check compared are those of the server's versions.
+void keepHashes(std::optional<PublishedContents> contents, const ServerCheck& check, FileMap baseline) {
+    if (!contents) return;
+    PublishedContentMap entries;
+    for (const auto& [path, hash] : check.hashes) {
+        const auto* local = check.recognised.files.find(path);
+        const auto* date = check.recognised.dates.find(path);
+        if (local == nullptr || date == nullptr) continue;
+        entries.emplace(path, PublishedContent{.fingerprint = *local, .date = *date, .hash = hash});
+        baseline.set(path, *local);
+    }
+    contents->add(entries, baseline);
 }
 
 } // namespace
@@ -49,7 +64,9 @@ void Jobs::startCheck(const Uuid& id, const Earlier& earlier) {
         parts.context.post(ifCurrent(id, generation, [this, id, failure] { failCheck(failure, id, true); }));
     };
     const auto body = [this, work = jobs.at(id).work(), found, failed, record = recordFor(id),
-                       journal = parts.records.journal(id)](const std::stop_token& stop) mutable {
+                       journal = parts.records.journal(id),
+                       contents =
+                           parts.records.contents(jobs.at(id).work().profile)](const std::stop_token& stop) mutable {
         ProgressMeter meter(parts.clock, eventSink(work.profile.id, work.generation, stop).progress);
         if (journal) record.announced = journal->read();
         while (!stop.stop_requested()) {
@@ -57,6 +74,7 @@ void Jobs::startCheck(const Uuid& id, const Earlier& earlier) {
                 meter.begin(TransferProgress::Work::comparing);
                 const auto check = settings.work.check(transportFor(work, meter, settings.privateItems), record, stop);
                 work.control->check();
+                keepHashes(contents, check, record.baseline);
                 found(check);
                 return;
             } catch (const Cancelled&) {
@@ -71,8 +89,10 @@ void Jobs::startCheck(const Uuid& id, const Earlier& earlier) {
 }
 
 void Jobs::finishCheck(const ServerCheck& check, const Uuid& id, const Earlier& earlier) {
+    const auto adoption = std::exchange(parts.reviews.unsettled(id).adoption, std::nullopt);
     if (check.first) {
         askForChoice(check, id);
+        if (adoption) (void)adopt(id, *adoption);
         return;
     }
     const auto& changes = check.changes;
@@ -97,7 +117,8 @@ void Jobs::finishCheck(const ServerCheck& check, const Uuid& id, const Earlier& 
     askForDecision(id);
 }
 
-void Jobs::failCheck(const Failure& failure, const Uuid& id, bool willRetry) {
+void Jobs::failCheck(const Failure& reported, const Uuid& id, bool willRetry) {
+    const Failure failure = withNetwork(reported, id);
     if (!step(id, [&](Job& job) {
             return willRetry ? job.failCheck(failure.message) : job.failDownload(failure.message);
         })) {

@@ -14,14 +14,21 @@ constexpr std::chrono::seconds keepingInterval{2};
 // The results of a comparison, kept on the disk every few seconds and at its end.
 class KeptResults {
 public:
-    KeptResults(std::optional<ComparisonRecord> keptIn, const FirstComparison& begun, Clock& usedClock)
-        : record(std::move(keptIn)), dates(begun.alike.dates), results(begun.results()), clock(usedClock),
-          written(clock.steadyNow()) {}
+    KeptResults(
+        std::optional<ComparisonRecord> keptIn, std::optional<PublishedContents> hashesIn, const FirstComparison& begun,
+        Clock& usedClock)
+        : record(std::move(keptIn)), contents(std::move(hashesIn)), local(begun.alike.files), dates(begun.alike.dates),
+          results(begun.results()), clock(usedClock), written(clock.steadyNow()) {}
 
-    void add(const FTPTransport::FileToCompare& file, bool equal) {
+    void add(const FTPTransport::FileToCompare& file, const std::optional<ContentHash>& equal) {
+        const auto date = dates.at(file.path);
+        if (equal) {
+            hashes.insert_or_assign(
+                file.path, PublishedContent{.fingerprint = file.fingerprint, .date = date, .hash = *equal});
+        }
         auto& to = equal ? results.same : results.different;
         to.files.set(file.path, file.fingerprint);
-        to.dates.set(file.path, dates.at(file.path));
+        to.dates.set(file.path, date);
         changed = true;
         writeSoon();
     }
@@ -33,6 +40,7 @@ public:
 
     void write() {
         written = clock.steadyNow();
+        if (contents) contents->add(std::exchange(hashes, {}), local);
         if (!record || !std::exchange(changed, false)) return;
         try {
             record->write(results);
@@ -43,6 +51,9 @@ public:
 
 private:
     std::optional<ComparisonRecord> record;
+    std::optional<PublishedContents> contents; // the hashes of equal files hold once the user has chosen
+    PublishedContentMap hashes;                // not written yet
+    FileMap local;
     RemoteDates dates;
     ComparedContents results;
     Clock& clock;
@@ -103,9 +114,10 @@ void Jobs::compareContents(const Uuid& id) {
     };
     const auto& folder = parts.records.folder();
     const auto record = folder ? std::optional(ComparisonRecord(*folder, id)) : std::nullopt;
-    const auto body = [this, id, work = std::move(work), found = *choice(id), record, onMain,
+    const auto body = [this, id, work = std::move(work), found = *choice(id), record,
+                       contents = parts.records.contents(jobs.at(id).work().profile), onMain,
                        whileComparing](const std::stop_token&) {
-        KeptResults results(record, found, parts.clock);
+        KeptResults results(record, contents, found, parts.clock);
         ProgressMeter meter(parts.clock, [&](const TransferProgress& progress) {
             results.writeSoon();
             whileComparing([this, id, progress] { parts.statuses.showProgress(id, progress); });
@@ -114,9 +126,9 @@ void Jobs::compareContents(const Uuid& id) {
         meter.begin(TransferProgress::Work::comparingContents, files.size());
         meter.expectBytes(found.bytesToCompare());
         try {
-            const auto compared = [&](const FTPTransport::FileToCompare& file, bool equal) {
-                results.add(file, equal);
-                onMain([this, id, path = file.path, equal] { addCompared(id, path, equal); });
+            const auto compared = [&](const FTPTransport::FileToCompare& file, const std::optional<ContentHash>& hash) {
+                results.add(file, hash);
+                onMain([this, id, path = file.path, equal = hash.has_value()] { addCompared(id, path, equal); });
                 meter.fileDone();
             };
             settings.work.compareContents(transportFor(work, meter), files, compared);
@@ -126,7 +138,7 @@ void Jobs::compareContents(const Uuid& id) {
             results.write(); // stopped: the next comparison goes on from here
         } catch (const std::exception& error) {
             results.write();
-            whileComparing([this, id, message = describe(error)] { failComparing(message, id); });
+            whileComparing([this, id, failure = failureOf(error)] { failComparing(failure, id); });
         }
     };
     if (!step(id, [&](Job& each) { return each.compareContents([&] { return startTask(id, body); }, control); }))
@@ -154,12 +166,13 @@ void Jobs::finishComparing(const Uuid& id) {
     showChoice(id);
 }
 
-void Jobs::failComparing(const std::string& message, const Uuid& id) {
-    if (!step(id, [&](Job& job) { return job.failDownload(message); })) return;
-    parts.statuses.enter(
-        id, Phase::checkFailed,
-        sentence(message) + " Uploads remain paused. What was compared is kept: retry the server check to continue.");
-    parts.statuses.logFailure(id, message);
+void Jobs::failComparing(const Failure& reported, const Uuid& id) {
+    const Failure failure = withNetwork(reported, id);
+    if (!step(id, [&](Job& job) { return job.failDownload(failure.message); })) return;
+    parts.statuses.enterFailed(
+        id, Phase::checkFailed, failure,
+        "Uploads remain paused. What was compared is kept: retry the server check to continue.");
+    parts.statuses.logFailure(id, failure.message, failure);
     publishReview(id);
 }
 

@@ -1,6 +1,8 @@
 // How what a worker reports becomes part of the records and statuses.
 #include "app/jobs/jobs.h"
 
+#include "sync/unchanged_contents.h"
+
 #include <algorithm>
 #include <cassert>
 
@@ -10,11 +12,21 @@ void Jobs::receive(const WorkerEvent& event, const Uuid& id) {
     std::visit([this, &id](const auto& happened) { apply(happened, id); }, event);
 }
 
+// The failure with the kind noNetwork, if that is its reason.
+Failure Jobs::withNetwork(Failure failure, const Uuid& id) const {
+    using enum CurlCode;
+    const bool mayBe = failure.kind == Failure::Kind::transfer
+                       && (failure.code == hostNotFound || failure.code == notConnected || failure.code == timedOut);
+    const Profile* const profile = mayBe ? parts.records.profile(id) : nullptr;
+    if (profile != nullptr && !settings.work.hasNetwork(profile->host)) failure.kind = Failure::Kind::noNetwork;
+    return failure;
+}
+
 void Jobs::apply(const event::Status& event, const Uuid& id) {
-    parts.statuses.change(id, [&event](ProfileStatus& status) {
+    parts.statuses.change(id, [&](ProfileStatus& status) {
         status.enter(event.phase, event.detail);
         status.pending = event.pending;
-        status.failure = event.failure;
+        if (event.failure) status.failure = withNetwork(*event.failure, id);
         status.outlook = event.outlook;
         status.retryAt = event.retryAt;
         status.waiting = event.waiting;
@@ -22,7 +34,9 @@ void Jobs::apply(const event::Status& event, const Uuid& id) {
 }
 
 void Jobs::apply(const event::Activity& event, const Uuid& id) {
-    parts.statuses.log(id, event.text, event.error ? Activity::Kind::failure : Activity::Kind::note, {}, event.failure);
+    auto failure = event.failure;
+    if (failure) failure = withNetwork(*std::move(failure), id);
+    parts.statuses.log(id, event.text, event.error ? Activity::Kind::failure : Activity::Kind::note, {}, failure);
 }
 
 void Jobs::apply(const event::FilesRefused& event, const Uuid& id) {
@@ -40,6 +54,17 @@ void Jobs::apply(const event::Uploaded& event, const Uuid& id) {
     parts.statuses.countFileDone(id);
     parts.statuses.log(id, "Uploaded " + event.path, Activity::Kind::uploaded, event.path);
     if (parts.reviews.unsettled(id).missing.erase(event.path) > 0) publishReview(id);
+    parts.records.saveSoon(id);
+}
+
+void Jobs::apply(const event::ContentsUnchanged& event, const Uuid& id) {
+    const auto files = static_cast<std::int64_t>(event.files.size());
+    for (const auto& [path, fingerprint] : event.files) parts.records.recordFile(id, path, fingerprint);
+    parts.statuses.change(id, [files](ProfileStatus& status) {
+        status.contentsUnchanged += files;
+        status.pending = std::max<std::int64_t>(status.pending - files, 0);
+    });
+    parts.statuses.log(id, unchangedContentsLine(static_cast<std::uint64_t>(files)));
     parts.records.saveSoon(id);
 }
 

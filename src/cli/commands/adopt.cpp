@@ -9,6 +9,7 @@
 #include "cli/text/choice_text.h"
 #include "cli/text/presentation.h"
 #include "cli/text/review_text.h"
+#include "language/translation.h"
 #include "model/error.h"
 #include "platform/text.h"
 
@@ -31,14 +32,14 @@ std::optional<Wish> wishOf(const AdoptRequest& request) {
     if (*request.by == "content") return Wish{.comparesContents = true};
     if (*request.by == "nothing") return Wish{.adoption = Adoption::nothing};
     throw CommandError(
-        ExitCode::usage, "--by must be size, content or nothing, and not " + inQuotes(*request.by) + ".");
+        ExitCode::usage, translate("--by must be size, content or nothing, and not %1.", {inQuotes(*request.by)}));
 }
 
 void printNoChoice(const Profile& profile, Output& output) {
     if (output.json()) return;
-    output.line(
-        "There is nothing to choose for " + inQuotes(profile.name)
-        + ": it was published before, or the server has none of its files.");
+    output.line(translate(
+        "There is nothing to choose for %1: it was published before, or the server has none of its files.",
+        {inQuotes(profile.name)}));
 }
 
 // Prints what was chosen. `now` is true if a running program uploads the others.
@@ -50,14 +51,23 @@ void printAdopted(const answer::Choice& found, Adoption adoption, const Profile&
         output.line(object.number("files", adopted).number("others", others));
         return;
     }
-    output.line(
-        counted(adopted, "file") + " of " + inQuotes(profile.name) + (adopted == 1 ? " counts" : " count")
-        + " as published.");
+    output.line(translatePlural(
+        "%n file of %1 counts as published.", "%n files of %1 count as published.", adopted, {inQuotes(profile.name)}));
     if (others == 0) return;
-    const char* const which = adopted == 0 ? "all " : "the other ";
-    output.note(
-        now ? "The running program uploads " + (which + counted(others, "file")) + " now."
-            : "push or watch uploads " + (which + counted(others, "file")) + ".");
+    if (now) {
+        output.note(
+            adopted == 0 ? translatePlural(
+                "The running program uploads all %n file now.", "The running program uploads all %n files now.", others)
+                         : translatePlural(
+                             "The running program uploads the other %n file now.",
+                             "The running program uploads the other %n files now.", others));
+    } else {
+        output.note(
+            adopted == 0
+                ? translatePlural("push or watch uploads all %n file.", "push or watch uploads all %n files.", others)
+                : translatePlural(
+                    "push or watch uploads the other %n file.", "push or watch uploads the other %n files.", others));
+    }
 }
 
 // By this program, if no other one is running.
@@ -69,7 +79,7 @@ public:
     ExitCode run(const std::optional<Wish>& wish) {
         model.start(profile.id);
         runUntil([this] { return found() || settled(); }, "");
-        requireNoFailure("Nothing was changed.");
+        requireNoFailure(translate("Nothing was changed."));
         if (!found()) {
             if (model.status(profile.id).failed()) throw refusal(model.status(profile.id).detail);
             printNoChoice(profile, context.output);
@@ -83,8 +93,8 @@ public:
         }
         if (model.adopt(profile.id, wish->adoption) != Decision::accepted) throw refusal(model.alert().value_or(""));
         printAdopted(choice, wish->adoption, profile, context.output, false);
-        runUntil([this] { return settled(); }, " The choice is saved.");
-        requireNoFailure("The choice is saved.");
+        runUntil([this] { return settled(); }, " " + translate("The choice is saved."));
+        requireNoFailure(translate("The choice is saved."));
         return reportReview();
     }
 
@@ -99,14 +109,14 @@ private:
     void compare() {
         model.compareContents(profile.id);
         const auto ended = [this] { return !model.comparingContents(profile.id); };
-        runUntil(ended, " What was compared is kept: the same command continues.");
-        requireNoFailure("Nothing was changed. What was compared is kept: the same command continues.");
+        runUntil(ended, " " + translate("What was compared is kept: the same command continues."));
+        requireNoFailure(translate("Nothing was changed. What was compared is kept: the same command continues."));
     }
 
     void runUntil(const std::function<bool()>& condition, const std::string& consequence) {
         if (session.runUntil(condition)) return;
         model.shutdown();
-        throw CommandError(ExitCode::interrupted, "Interrupted." + consequence);
+        throw CommandError(ExitCode::interrupted, translate("Interrupted.") + consequence);
     }
 
     void requireNoFailure(const std::string& consequence) const {
@@ -115,16 +125,18 @@ private:
     }
 
     [[nodiscard]] CommandError refusal(const std::string& reason) const {
-        return {ExitCode::failed, "Cannot adopt files of " + inQuotes(profile.name) + ": " + sentence(reason)};
+        return {
+            ExitCode::failed, translate("Cannot adopt files of %1: %2", {inQuotes(profile.name), reasonText(reason)})};
     }
 
     // Files that are newer on the server wait for another decision.
     [[nodiscard]] ExitCode reportReview() const {
         const auto review = model.reviews().find(profile.id);
         if (review == model.reviews().end()) return ExitCode::done;
-        context.output.note(
-            counted(review->second.changes.size(), "file") + " newer on the server. To decide: "
-            + reviewCommand(context.options, unambiguousName(model.profiles(), profile)));
+        context.output.note(translatePlural(
+            "%n file newer on the server. To decide: %1", "%n files newer on the server. To decide: %1",
+            review->second.changes.size(),
+            {reviewCommand(context.options, unambiguousName(model.profiles(), profile))}));
         return ExitCode::reviewWaiting;
     }
 
@@ -165,7 +177,7 @@ public:
 
     ExitCode carryOut(const Wish& wish) {
         if (wish.comparesContents) {
-            context.output.note("The running program compares the contents. To watch it: status --follow");
+            context.output.note(translate("The running program compares the contents. To watch it: status --follow"));
         }
         const auto choice = ask(
             {.kind = ControlRequest::Kind::adopt,
@@ -190,16 +202,18 @@ private:
         });
         if (!failed) return choice;
         if (failed->reason == Reason::server) {
-            throw serverFailure(profile, comparisonAim(profile), failed->reported(), "Nothing was changed.");
+            throw serverFailure(profile, comparisonAim(profile), failed->reported(), translate("Nothing was changed."));
         }
         if (failed->reason == Reason::needsDownload) throw downloadPending(profile);
         if (failed->reason == Reason::paused) {
             throw CommandError(
-                ExitCode::failed,
-                inQuotes(profile.name) + " is paused in the running program. Nothing was changed; resume it first.");
+                ExitCode::failed, translate(
+                                      "%1 is paused in the running program. Nothing was changed; resume it first.",
+                                      {inQuotes(profile.name)}));
         }
         throw CommandError(
-            ExitCode::failed, "Cannot adopt files of " + inQuotes(profile.name) + ": " + sentence(failed->text));
+            ExitCode::failed,
+            translate("Cannot adopt files of %1: %2", {inQuotes(profile.name), reasonText(failed->text)}));
     }
 
     RunningProgram& program;

@@ -3,6 +3,7 @@
 #include "cli/session/profile_choice.h"
 #include "cli/session/session.h"
 #include "cli/text/presentation.h"
+#include "language/translation.h"
 #include "model/error.h"
 #include "platform/text.h"
 #include "transport/download/backups.h"
@@ -46,7 +47,7 @@ std::vector<Backup> keptVersions(const Profile& profile, std::string_view path, 
     } catch (const std::exception& error) {
         throw CommandError(
             ExitCode::failed,
-            "Cannot read the backups of " + inQuotes(profile.name) + ": " + sentence(describe(error)));
+            translate("Cannot read the backups of %1: %2", {inQuotes(profile.name), reasonText(error)}));
     }
 }
 
@@ -80,15 +81,16 @@ void printBackups(const std::vector<Backup>& versions, Output& output) {
         if (file != version.path) output.line(printable(version.path));
         file = version.path;
         output.line(
-            "  " + dateAndTime(version.kept) + "  " + shortId(version) + "  " + counted(version.size, "byte")
-            + ", last changed " + dateAndTime(version.modified));
+            "  " + dateAndTime(version.kept) + "  " + shortId(version) + "  "
+            + translate("%1, last changed %2", {bytesText(version.size), dateAndTime(version.modified)}));
     }
 }
 
 std::string backupsSummary(const Profile& profile, const BackupTotals& totals) {
-    return counted(totals.files, "file") + ", " + counted(totals.versions, "version") + ", "
-           + counted(totals.bytes, "byte") + " in "
-           + oneLine((std::filesystem::path(profile.localFolder) / backupFolder).string()) + ".";
+    return translate(
+        "%1, %2, %3 in %4.",
+        {filesText(totals.files), translatePlural("%n version", "%n versions", totals.versions),
+         bytesText(totals.bytes), oneLine((std::filesystem::path(profile.localFolder) / backupFolder).string())});
 }
 
 ExitCode listBackupsOf(const CommandContext& context, const BackupsRequest& request) {
@@ -100,12 +102,12 @@ ExitCode listBackupsOf(const CommandContext& context, const BackupsRequest& requ
         printBackupsAsJson(profile, versions, context.output);
     } else if (versions.empty()) {
         context.output.line(
-            path.empty() ? "There are no backups yet. One is made whenever a local file is replaced."
-                         : "There are no backups of " + inQuotes(path) + ".");
+            path.empty() ? translate("There are no backups yet. One is made whenever a local file is replaced.")
+                         : translate("There are no backups of %1.", {inQuotes(path)}));
     } else {
         printBackups(versions, context.output);
         context.output.line(backupsSummary(profile, totalsOf(versions)));
-        context.output.note("zembrastel-cli restore brings a version back. Backups are never removed.");
+        context.output.note(translate("zembrastel-cli restore brings a version back. Backups are never removed."));
     }
     return ExitCode::done;
 }
@@ -117,7 +119,7 @@ std::string listedVersions(const std::vector<Backup>& versions) {
     for (std::size_t n = 0; n < std::min(maxVersions, versions.size()); ++n) {
         text += (n == 0 ? "" : ", ") + dateAndTime(versions[n].kept) + " (" + shortId(versions[n]) + ")";
     }
-    if (versions.size() > maxVersions) text += " and older ones";
+    if (versions.size() > maxVersions) text += translate(" and older ones");
     return text + ".";
 }
 
@@ -126,23 +128,29 @@ const Backup& chooseVersion(
     if (versions.empty()) {
         throw CommandError(
             ExitCode::failed,
-            "There are no backups of " + inQuotes(path) + ". zembrastel-cli backups lists the existing ones.");
+            translate("There are no backups of %1. zembrastel-cli backups lists the existing ones.", {inQuotes(path)}));
     }
     if (request.latest || (versions.size() == 1 && request.version.empty())) return versions.front();
     if (request.version.empty()) {
         throw CommandError(
-            ExitCode::usage, "There are " + counted(versions.size(), "version") + " of " + inQuotes(path)
-                                 + ". Choose one with --version, or the one that was kept last with --latest: "
-                                 + listedVersions(versions));
+            ExitCode::usage, translatePlural(
+                                 "There is %n version of %1. Choose one with --version, or the one that was kept last "
+                                 "with --latest: %2",
+                                 "There are %n versions of %1. Choose one with --version, or the one that was kept "
+                                 "last with --latest: %2",
+                                 versions.size(), {inQuotes(path), listedVersions(versions)}));
     }
     std::vector<Backup> meant;
     std::ranges::copy_if(
         versions, std::back_inserter(meant), [&](const Backup& each) { return isMeant(each, request.version); });
     if (meant.size() != 1) {
         throw CommandError(
-            ExitCode::failed, (meant.empty() ? "No version of " : "More than one version of ") + inQuotes(path)
-                                  + " was kept at " + inQuotes(request.version) + ". There is "
-                                  + listedVersions(meant.empty() ? versions : meant));
+            ExitCode::failed, meant.empty() ? translate(
+                                  "No version of %1 was kept at %2. There is %3",
+                                  {inQuotes(path), inQuotes(request.version), listedVersions(versions)})
+                                            : translate(
+                                                "More than one version of %1 was kept at %2. There is %3",
+                                                {inQuotes(path), inQuotes(request.version), listedVersions(meant)}));
     }
     return *std::ranges::find(versions, meant.front());
 }
@@ -156,16 +164,17 @@ Restored restoreVersion(const Profile& profile, const Backup& version, Interrupt
         throw;
     } catch (const std::exception& error) {
         throw CommandError(
-            ExitCode::failed, "Cannot restore " + inQuotes(version.path) + ": " + sentence(describe(error)));
+            ExitCode::failed, translate("Cannot restore %1: %2", {inQuotes(version.path), reasonText(error)}));
     }
 }
 
 std::string uploadNote(const Profile& profile, const std::string& path) {
     if (profile.excludes(path) || !profile.includesInSync(path)) {
-        return "The profile does not sync this path, so the server's copy stays as it is.";
+        return translate("The profile does not sync this path, so the server's copy stays as it is.");
     }
-    return "If Zembrastel is watching the profile, it uploads the file in a few seconds; otherwise the next watch "
-           "uploads it.";
+    return translate(
+        "If Zembrastel is watching the profile, it uploads the file in a few seconds; otherwise the next watch "
+        "uploads it.");
 }
 
 ExitCode restoreFile(const CommandContext& context, const RestoreRequest& request) {
@@ -184,8 +193,8 @@ ExitCode restoreFile(const CommandContext& context, const RestoreRequest& reques
         return ExitCode::done;
     }
     context.output.line(
-        "Restored " + inQuotes(path) + " as it was until " + dateAndTime(version.kept) + "."
-        + (done.replaced ? " The version that it replaced is a backup now." : ""));
+        translate("Restored %1 as it was until %2.", {inQuotes(path), dateAndTime(version.kept)})
+        + (done.replaced ? " " + translate("The version that it replaced is a backup now.") : ""));
     context.output.note(uploadNote(profile, path));
     return ExitCode::done;
 }

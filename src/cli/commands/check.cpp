@@ -7,6 +7,7 @@
 #include "cli/text/choice_text.h"
 #include "cli/text/presentation.h"
 #include "cli/text/review_text.h"
+#include "language/translation.h"
 
 namespace zembrastel::cli {
 namespace {
@@ -17,14 +18,14 @@ struct CheckRequest {
 
 void printCheck(const ServerCheck& check, const std::string& command, Output& output) {
     if (check.changes.empty()) {
-        output.line("Nothing is newer on the server.");
+        output.line(translate("Nothing is newer on the server."));
         return;
     }
-    output.line(counted(check.changes.size(), "file") + " newer on the server:");
+    output.line(translatePlural("%n file newer on the server:", "%n files newer on the server:", check.changes.size()));
     for (const auto& change : check.changes) {
         output.line("  " + describeChange(change) + describeSizes(change, check.seen));
     }
-    output.note("To decide: " + command);
+    output.note(translate("To decide: %1", {command}));
 }
 
 // The server answers now, so a running program whose own check has failed tries it again at once.
@@ -35,7 +36,7 @@ void retryInProgram(const Profile& profile, const CommandContext& context) {
     (void)program->ask(
         {.kind = ControlRequest::Kind::retry, .profiles = {profile.id}}, context.interrupt,
         [&](const ControlAnswer& answer) { retried = retried || std::holds_alternative<answer::Changed>(answer); });
-    if (retried) context.output.note("The running program checks the server again.");
+    if (retried) context.output.note(translate("The running program checks the server again."));
 }
 
 ExitCode checkServer(const CommandContext& context, const CheckRequest& request) {

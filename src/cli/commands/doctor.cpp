@@ -6,6 +6,8 @@
 #include "cli/session/server_call.h"
 #include "cli/session/session.h"
 #include "cli/text/presentation.h"
+#include "language/engine_translation.h"
+#include "language/translation.h"
 #include "model/password_store.h"
 
 #include <algorithm>
@@ -43,15 +45,15 @@ void printFindingsAsJson(const Profile& profile, const std::vector<Finding>& fin
 std::string outcomeMark(Finding::Outcome outcome) {
     switch (outcome) {
     case Finding::Outcome::fine:
-        return "  ok      ";
+        return translate("  ok      ");
     case Finding::Outcome::unknown:
         return "  ?       ";
     case Finding::Outcome::notice:
-        return "  note    ";
+        return translate("  note    ");
     case Finding::Outcome::wrong:
         break;
     }
-    return "  WRONG   ";
+    return translate("  WRONG   ");
 }
 
 void printRemedies(
@@ -61,17 +63,18 @@ void printRemedies(
         if (each.outcome != outcome) continue;
         if (first) output.line("\n" + heading);
         first = false;
-        output.line("- " + oneLine(each.text) + "\n  " + oneLine(each.remedy));
+        output.line(
+            "- " + translateEngineText(oneLine(each.text)) + "\n  " + translateEngineText(oneLine(each.remedy)));
     }
 }
 
 void printFindings(const std::vector<Finding>& findings, Output& output) {
-    output.line("\nChecks");
-    for (const auto& each : findings) output.line(outcomeMark(each.outcome) + oneLine(each.text));
-    printRemedies(findings, Finding::Outcome::wrong, "Problems and fixes", output);
-    printRemedies(findings, Finding::Outcome::notice, "Notes", output);
+    output.line("\n" + translate("Checks"));
+    for (const auto& each : findings) output.line(outcomeMark(each.outcome) + translateEngineText(oneLine(each.text)));
+    printRemedies(findings, Finding::Outcome::wrong, translate("Problems and fixes"), output);
+    printRemedies(findings, Finding::Outcome::notice, translate("Notes"), output);
     if (std::ranges::count(findings, Finding::Outcome::wrong, &Finding::outcome) == 0)
-        output.line("\nNo problems found.");
+        output.line("\n" + translate("No problems found."));
 }
 
 ExitCode doctorExitCode(const std::vector<Finding>& findings) {
@@ -89,17 +92,20 @@ ExitCode examineServer(const CommandContext& context, const DoctorRequest& reque
     Output& output = context.output;
     std::vector<Finding> findings{localFolderFinding(profile)};
     std::string details;
-    callServer(profile, context, "examine the server", [&](const FTPTransport& server) {
-        details = supportDetails(
-            {.program = "zembrastel-cli " ZEMBRASTEL_VERSION, .profile = profile, .password = server.password});
-        if (!output.json()) output.line(details.substr(0, details.size() - 1));
-        const auto seen = probeServer(
-            server, request.write, systemClock(), [&output](const std::string& step) { output.note(step + "."); });
-        for (auto& each : diagnose(profile, seen)) {
-            each.text = withoutPassword(std::move(each.text), server.password);
-            findings.push_back(std::move(each));
-        }
-    });
+    callServer(
+        profile, context, {translatable("Cannot examine the server of %1 (%2): %3")}, [&](const FTPTransport& server) {
+            details = supportDetails(
+                {.program = "zembrastel-cli " ZEMBRASTEL_VERSION, .profile = profile, .password = server.password});
+            // For the hosting provider as well, so they stay English.
+            if (!output.json()) output.line(details.substr(0, details.size() - 1));
+            const auto seen = probeServer(server, request.write, systemClock(), [&output](const std::string& step) {
+                output.note(translateEngineText(step + "."));
+            });
+            for (auto& each : diagnose(profile, seen)) {
+                each.text = withoutPassword(std::move(each.text), server.password);
+                findings.push_back(std::move(each));
+            }
+        });
     if (output.json()) {
         auto object = JsonLine::forProfile("details", profile);
         output.line(object.text("text", details));

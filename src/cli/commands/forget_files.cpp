@@ -4,6 +4,7 @@
 #include "cli/session/running_program.h"
 #include "cli/session/session.h"
 #include "cli/text/presentation.h"
+#include "language/translation.h"
 #include "model/error.h"
 #include "model/scan.h"
 
@@ -19,11 +20,12 @@ void reportForgotten(const Profile& profile, bool forgotten, Output& output) {
         auto object = JsonLine::forProfile("forgotten", profile);
         output.line(object.flag("changed", forgotten));
     } else if (forgotten) {
-        output.line(
-            "Forgot the missing files of " + inQuotes(profile.name)
-            + "; they stay on the server. Files that come back to the local folder are uploaded.");
+        output.line(translate(
+            "Forgot the missing files of %1; they stay on the server. Files that come back to the local folder are "
+            "uploaded.",
+            {inQuotes(profile.name)}));
     } else {
-        output.line("Nothing to forget: " + inQuotes(profile.name) + " does not wait for missing files.");
+        output.line(translate("Nothing to forget: %1 does not wait for missing files.", {inQuotes(profile.name)}));
     }
 }
 
@@ -38,7 +40,7 @@ void forgetInProgram(RunningProgram& program, const CommandContext& context, con
     if (failed) {
         throw CommandError(
             ExitCode::failed,
-            "Cannot forget the missing files of " + inQuotes(profile.name) + ": " + sentence(failed->text));
+            translate("Cannot forget the missing files of %1: %2", {inQuotes(profile.name), reasonText(failed->text)}));
     }
     reportForgotten(profile, forgotten, context.output);
 }
@@ -53,7 +55,7 @@ void forgetSaved(const CommandContext& context, const std::string& name) {
     } catch (const std::exception& error) {
         throw CommandError(
             ExitCode::failed,
-            "Cannot forget the missing files of " + inQuotes(profile.name) + ": " + sentence(describe(error)));
+            translate("Cannot forget the missing files of %1: %2", {inQuotes(profile.name), reasonText(error)}));
     }
 }
 

@@ -1,4 +1,5 @@
 #include "cli/commands.h"
+#include "language/translation.h"
 #include "platform/name_order.h"
 
 #include "cli/session/profile_choice.h"
@@ -34,7 +35,10 @@ ExitCode listFolder(const CommandContext& context, const LsRequest& request) {
     const auto profiles = StateFolder(context.options).loadProfiles();
     const Profile& profile = chooseProfile(profiles, request.name);
     const std::string folder = relativePath(request.path);
-    const std::string aim = folder.empty() ? "list the remote folder" : "list the remote folder " + inQuotes(folder);
+    const ServerAim aim{
+        folder.empty() ? translatable("Cannot list the remote folder of %1 (%2): %3")
+                       : translatable("Cannot list the remote folder %4 of %1 (%2): %3"),
+        inQuotes(folder)};
     std::vector<RemoteEntry> entries;
     callServer(profile, context, aim, [&](const FTPTransport& server) { entries = server.list(folder); });
     std::ranges::stable_sort(entries, [](const auto& a, const auto& b) { return compareNames(a.name, b.name) < 0; });
@@ -45,7 +49,7 @@ ExitCode listFolder(const CommandContext& context, const LsRequest& request) {
             printEntry(entry, context.output);
         }
     }
-    if (entries.empty()) context.output.note("The folder is empty.");
+    if (entries.empty()) context.output.note(translate("The folder is empty."));
     return ExitCode::done;
 }
 

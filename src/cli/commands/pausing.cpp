@@ -4,6 +4,7 @@
 #include "cli/session/running_program.h"
 #include "cli/session/session.h"
 #include "cli/text/presentation.h"
+#include "language/translation.h"
 #include "model/error.h"
 
 #include <set>
@@ -33,13 +34,15 @@ void reportChange(const Profile& profile, const PauseOrResume& request, bool cha
     }
     const std::string name = inQuotes(profile.name);
     if (!changed) {
-        output.line(name + (request.pauses ? " is paused already." : " is not paused."));
+        output.line(
+            request.pauses ? translate("%1 is paused already.", {name}) : translate("%1 is not paused.", {name}));
     } else if (inProgram) {
-        output.line((request.pauses ? "Paused " : "Resumed ") + name + ".");
+        output.line(request.pauses ? translate("Paused %1.", {name}) : translate("Resumed %1.", {name}));
     } else if (request.pauses) {
-        output.line("Paused " + name + ": the next start of Zembrastel leaves it alone.");
+        output.line(translate("Paused %1: the next start of Zembrastel leaves it alone.", {name}));
     } else {
-        output.line("Resumed " + name + ": Zembrastel is not running; its next start keeps the profile published.");
+        output.line(
+            translate("Resumed %1: Zembrastel is not running; its next start keeps the profile published.", {name}));
     }
 }
 
@@ -50,13 +53,13 @@ void reportRetry(const Profile& profile, Output& output) {
         output.line(object.flag("changed", true).flag("running", true));
         return;
     }
-    output.line("Checking the server of " + inQuotes(profile.name) + " again.");
+    output.line(translate("Checking the server of %1 again.", {inQuotes(profile.name)}));
 }
 
 [[noreturn]] void failChange(const PauseOrResume& request, const std::string& names, const std::string& reason) {
     throw CommandError(
-        ExitCode::failed,
-        std::string("Cannot ") + (request.pauses ? "pause " : "resume ") + names + ": " + sentence(reason));
+        ExitCode::failed, request.pauses ? translate("Cannot pause %1: %2", {names, reason})
+                                         : translate("Cannot resume %1: %2", {names, reason}));
 }
 
 void pauseOrResumeInProgram(RunningProgram& program, const CommandContext& context, const PauseOrResume& request) {
@@ -69,9 +72,10 @@ void pauseOrResumeInProgram(RunningProgram& program, const CommandContext& conte
             });
         if (failed && failed->reason == answer::Failed::Reason::notSaved) {
             failChange(
-                request, inQuotes(profile.name), "The change took effect, but could not be saved: " + failed->text);
+                request, inQuotes(profile.name),
+                translate("The change took effect, but could not be saved: %1", {reasonText(failed->text)}));
         }
-        if (failed) failChange(request, inQuotes(profile.name), failed->text);
+        if (failed) failChange(request, inQuotes(profile.name), reasonText(failed->text));
         if (changed && changed->retried) {
             reportRetry(profile, context.output);
         } else {
@@ -91,10 +95,10 @@ void pauseOrResumeSaved(const CommandContext& context, const PauseOrResume& requ
                 model.resume(profile.id);
             }
         } catch (const std::exception& error) {
-            failChange(request, inQuotes(profile.name), describe(error));
+            failChange(request, inQuotes(profile.name), reasonText(error));
         }
         if (model.status(profile.id).failed())
-            failChange(request, inQuotes(profile.name), model.status(profile.id).detail);
+            failChange(request, inQuotes(profile.name), reasonText(model.status(profile.id).detail));
         reportChange(profile, request, profile.enabled == request.pauses, false, context.output);
     }
 }

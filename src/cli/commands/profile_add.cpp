@@ -6,6 +6,7 @@
 #include "cli/session/session.h"
 #include "cli/terminal/prompt.h"
 #include "cli/text/presentation.h"
+#include "language/translation.h"
 #include "model/error.h"
 #include "platform/files.h"
 
@@ -18,18 +19,19 @@ struct AddRequest {
 };
 
 Profile profileFromFile(const std::string& file) {
-    const std::string name = file == "-" ? "standard input" : file;
+    const std::string name = file == "-" ? translate("the standard input") : file;
     try {
         const auto json = file == "-" ? readStandardInput() : readFile(file);
         if (!json)
-            throw CommandError(ExitCode::failed, "There is no file " + inQuotes(file) + ". Nothing was changed.");
+            throw CommandError(
+                ExitCode::failed, translate("There is no file %1. Nothing was changed.", {inQuotes(file)}));
         return decodeProfile(*json);
     } catch (const SyncError& error) {
         throw CommandError(
             ExitCode::failed,
-            "Cannot read the profile in " + name + ": " + sentence(error.what()) + " Nothing was changed.");
+            translate("Cannot read the profile in %1: %2 Nothing was changed.", {name, reasonText(error)}));
     } catch (const std::filesystem::filesystem_error& error) {
-        throw CommandError(ExitCode::failed, "Cannot read " + describe(error) + ". Nothing was changed.");
+        throw CommandError(ExitCode::failed, translate("Cannot read %1 Nothing was changed.", {reasonText(error)}));
     }
 }
 
@@ -37,8 +39,9 @@ std::optional<std::string> passwordToStore(const Profile& profile, bool mayAsk, 
     if (auto given = givenPassword(context)) return given;
     if (!mayAsk || !canAsk()) return std::nullopt;
     auto typed = askPassword(
-        "FTP password of " + oneLine(profile.username) + " at " + oneLine(profile.host)
-            + " (leave empty to store none): ",
+        translate(
+            "FTP password of %1 at %2 (leave empty to store none): ",
+            {oneLine(profile.username), oneLine(profile.host)}),
         context.interrupt);
     return typed.empty() ? std::nullopt : std::optional(std::move(typed));
 }
@@ -49,11 +52,11 @@ void reportAdded(const Profile& saved, bool hadPassword, const CommandContext& c
         output.line(asJsonLine("profile", encode(saved)));
         return;
     }
-    output.line("Added " + inQuotes(saved.name) + " (" + saved.id.text() + ").");
-    if (saved.hasEmptySyncSelection()) output.note("Nothing is selected to sync, so it is not enabled.");
+    output.line(translate("Added %1 (%2).", {inQuotes(saved.name), saved.id.text()}));
+    if (saved.hasEmptySyncSelection()) output.note(translate("Nothing is selected to sync, so it is not enabled."));
     if (!hadPassword) {
-        output.note(
-            "No password was stored. Give it to each command with --password-file FILE or --password-command CMD.");
+        output.note(translate(
+            "No password was stored. Give it to each command with --password-file FILE or --password-command CMD."));
     }
 }
 
@@ -68,8 +71,10 @@ void requireEssentials(const ProfileOptions& options) {
     require("--local-folder", options.localFolder);
     if (missing.empty()) return;
     throw CommandError(
-        ExitCode::usage, "A profile needs " + missing
-                             + " as well, or --from FILE with the whole profile. profile add --help shows more.");
+        ExitCode::usage, translate(
+                             "A profile needs %1 as well, or --from FILE with the whole profile. profile add --help "
+                             "shows more.",
+                             {missing}));
 }
 
 ExitCode addProfile(const CommandContext& context, const AddRequest& request) {
@@ -85,8 +90,8 @@ ExitCode addProfile(const CommandContext& context, const AddRequest& request) {
         unstored = session.add(profile, password);
     } catch (const std::exception& error) {
         throw CommandError(
-            ExitCode::failed, "Cannot save the profile " + inQuotes(profile.name) + ": " + sentence(describe(error))
-                                  + " It was not added.");
+            ExitCode::failed,
+            translate("Cannot save the profile %1: %2 It was not added.", {inQuotes(profile.name), reasonText(error)}));
     }
     const Profile& saved = *session.model().profile(profile.id);
     reportAdded(saved, password.has_value(), context);

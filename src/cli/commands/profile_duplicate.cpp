@@ -5,6 +5,7 @@
 #include "cli/session/profile_options.h"
 #include "cli/session/session.h"
 #include "cli/text/presentation.h"
+#include "language/translation.h"
 #include "model/error.h"
 #include "model/import/profile_import.h"
 
@@ -40,13 +41,13 @@ ExitCode duplicateProfile(const CommandContext& context, const DuplicateRequest&
     } catch (const std::exception& error) {
         throw CommandError(
             ExitCode::failed,
-            "Cannot save the profile " + inQuotes(copy.name) + ": " + sentence(describe(error)) + " It was not added.");
+            translate("Cannot save the profile %1: %2 It was not added.", {inQuotes(copy.name), reasonText(error)}));
     }
     if (context.output.json()) {
         context.output.line(asJsonLine("profile", encode(copy)));
     } else {
-        context.output.line("Added " + inQuotes(copy.name) + " (" + copy.id.text() + "), not enabled.");
-        if (!password) context.output.note("It has no password yet; profile set --ask-password stores one.");
+        context.output.line(translate("Added %1 (%2), not enabled.", {inQuotes(copy.name), copy.id.text()}));
+        if (!password) context.output.note(translate("It has no password yet; profile set --ask-password stores one."));
     }
     if (unstored) warnNotStored(*unstored, context.output);
     return ExitCode::done;

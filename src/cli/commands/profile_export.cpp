@@ -3,6 +3,7 @@
 #include "cli/session/profile_choice.h"
 #include "cli/session/session.h"
 #include "cli/text/presentation.h"
+#include "language/translation.h"
 #include "model/error.h"
 #include "platform/files.h"
 #include "platform/text.h"
@@ -28,9 +29,10 @@ ExitCode exportProfiles(const CommandContext& context, const ExportRequest& requ
     try {
         writeAtomically(std::filesystem::absolute(request.file), json + '\n');
     } catch (const std::exception& error) {
-        throw CommandError(ExitCode::failed, "Cannot write the export: " + sentence(describe(error)));
+        throw CommandError(ExitCode::failed, translate("Cannot write the export: %1", {reasonText(error)}));
     }
-    context.output.note("Exported " + counted(exported.profiles.size(), "profile") + " to " + request.file + ".");
+    context.output.note(translatePlural(
+        "Exported %n profile to %1.", "Exported %n profiles to %1.", exported.profiles.size(), {request.file}));
     return ExitCode::done;
 }
 

@@ -1,11 +1,12 @@
 #include "cli/commands.h"
 
-#include "app/profile_takeover.h"
 #include "cli/session/profile_choice.h"
 #include "cli/session/profile_options.h"
 #include "cli/session/session.h"
 #include "cli/terminal/prompt.h"
 #include "cli/text/presentation.h"
+#include "language/engine_translation.h"
+#include "language/translation.h"
 #include "model/error.h"
 #include "model/import/profile_import.h"
 
@@ -28,8 +29,8 @@ ProfilesFound profilesIn(const std::string& file) {
     try {
         return file == "-" ? findProfiles(readStandardInput(), "profiles") : readProfiles(file);
     } catch (const std::exception& error) {
-        const std::string name = file == "-" ? "the standard input" : inQuotes(file);
-        throw CommandError(ExitCode::failed, "Cannot import " + name + ": " + sentence(describe(error)));
+        const std::string name = file == "-" ? translate("the standard input") : inQuotes(file);
+        throw CommandError(ExitCode::failed, translate("Cannot import %1: %2", {name, reasonText(error)}));
     }
 }
 
@@ -42,9 +43,9 @@ void selectCandidates(ProfilesFound& found, const std::vector<std::string>& name
         const auto skipped = std::ranges::find(found.skipped, name, &SkippedProfile::name);
         throw CommandError(
             ExitCode::failed,
-            "There is no " + inQuotes(name) + " to import. "
-                + (skipped == found.skipped.end() ? "Without --only, all profiles of the file are imported."
-                                                  : skipped->reason));
+            translate("There is no %1 to import.", {inQuotes(name)}) + " "
+                + (skipped == found.skipped.end() ? translate("Without --only, all profiles of the file are imported.")
+                                                  : translateEngineText(skipped->reason)));
     }
     std::erase_if(found.candidates, [&](const auto& candidate) { return !isWanted(candidate.profile.name); });
     found.skipped.clear();
@@ -54,8 +55,10 @@ void applyFolderOptions(ProfilesFound& found, const ImportRequest& request) {
     if (request.localFolder.empty() && request.remoteFolder.empty()) return;
     if (found.candidates.size() != 1) {
         throw CommandError(
-            ExitCode::usage, "--local-folder and --remote-folder are for one profile; the file has "
-                                 + std::to_string(found.candidates.size()) + ". Choose one with --only NAME.");
+            ExitCode::usage, translate(
+                                 "--local-folder and --remote-folder are for one profile; the file has %1. Choose one "
+                                 "with --only NAME.",
+                                 {std::to_string(found.candidates.size())}));
     }
     Profile& profile = found.candidates.front().profile;
     if (!request.localFolder.empty()) profile.localFolder = std::filesystem::absolute(request.localFolder).string();
@@ -78,7 +81,7 @@ public:
             });
         } catch (const std::exception& error) {
             for (const auto& id : passwordsOf) removeStored(id);
-            throw CommandError(ExitCode::failed, "Nothing was imported: " + sentence(describe(error)));
+            throw CommandError(ExitCode::failed, translate("Nothing was imported: %1", {reasonText(error)}));
         }
         for (const auto& report : reports) report();
     }
@@ -87,7 +90,8 @@ public:
         if (output.json()) {
             output.line(JsonLine("skipped").text("profile", skipped.name).text("reason", skipped.reason));
         } else {
-            output.line("Skipped " + inQuotes(skipped.name) + ": " + oneLine(skipped.reason));
+            output.line(
+                translate("Skipped %1: %2", {inQuotes(skipped.name), translateEngineText(oneLine(skipped.reason))}));
         }
     }
 
@@ -103,7 +107,8 @@ private:
             ++taken;
             reports.emplace_back([this, profile, &candidate] { reportTaken(profile, candidate); });
         } catch (const LocalFolderWanted& error) {
-            skipLater(candidate, std::string(error.what()) + " --only NAME --local-folder PATH names one.");
+            skipLater(
+                candidate, std::string(error.what()) + " " + translate("--only NAME --local-folder PATH names one."));
         } catch (const std::exception& error) {
             skipLater(candidate, sentence(describe(error)));
         }
@@ -112,7 +117,7 @@ private:
     void save(const Profile& profile, ProfileCandidate& candidate) {
         if (const auto unstored = session.add(profile, candidate.password)) {
             candidate.password.reset();
-            candidate.notes.push_back("Its password was not stored. " + *unstored);
+            candidate.notes.push_back(translate("Its password was not stored.") + " " + *unstored);
         }
         if (candidate.password) passwordsOf.push_back(profile.id);
     }
@@ -139,13 +144,20 @@ private:
             output.line(object);
             return;
         }
-        output.line(
-            (request.dryRun ? "Would import " : "Imported ") + inQuotes(profile.name) + ": "
-            + oneLine(
-                serverName(profile) + ", " + std::string(rawValue(profile.transport)) + ", " + profile.remoteFolder
-                + ", from " + profile.localFolder)
-            + (candidate.password ? ", with its password." : ", without a password."));
-        for (const auto& note : candidate.notes) output.line("  " + oneLine(note));
+        output.line(translate(
+            takenText(candidate.password.has_value()),
+            {inQuotes(profile.name), oneLine(serverName(profile)), std::string(rawValue(profile.transport)),
+             oneLine(profile.remoteFolder), oneLine(profile.localFolder)}));
+        for (const auto& note : candidate.notes) output.line("  " + translateEngineText(oneLine(note)));
+    }
+
+    [[nodiscard]] const char* takenText(bool withPassword) const {
+        if (request.dryRun) {
+            return withPassword ? translatable("Would import %1: %2, %3, %4, from %5, with its password.")
+                                : translatable("Would import %1: %2, %3, %4, from %5, without a password.");
+        }
+        return withPassword ? translatable("Imported %1: %2, %3, %4, from %5, with its password.")
+                            : translatable("Imported %1: %2, %3, %4, from %5, without a password.");
     }
 
     Session& session;
@@ -164,9 +176,10 @@ ExitCode importProfiles(const CommandContext& context, const ImportRequest& requ
     import.takeAll(found.candidates);
     for (const auto& skipped : found.skipped) import.skip(skipped);
     if (import.taken == 0) {
-        throw CommandError(ExitCode::failed, "Nothing was imported from " + inQuotes(request.file) + ".");
+        throw CommandError(ExitCode::failed, translate("Nothing was imported from %1.", {inQuotes(request.file)}));
     }
-    if (!request.dryRun) context.output.note("Not enabled yet: watch NAME starts one, profile set --enabled keeps it.");
+    if (!request.dryRun)
+        context.output.note(translate("Not enabled yet: watch NAME starts one, profile set --enabled keeps it."));
     return ExitCode::done;
 }
 

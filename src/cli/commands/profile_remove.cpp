@@ -5,6 +5,7 @@
 #include "cli/session/session.h"
 #include "cli/terminal/prompt.h"
 #include "cli/text/presentation.h"
+#include "language/translation.h"
 #include "model/error.h"
 
 namespace zembrastel::cli {
@@ -17,17 +18,19 @@ struct RemoveRequest {
 };
 
 constexpr const char* removalText =
-    "This removes the saved connection and its Keychain password. Your local and remote files are kept.";
+    translatable("This removes the saved connection and its Keychain password. Your local and remote files are kept.");
 constexpr const char* removalTextWithPassword =
-    "This removes the saved connection. Its password, and your local and remote files are kept.";
+    translatable("This removes the saved connection. Its password, and your local and remote files are kept.");
 
 bool isConfirmed(const Profile& profile, const RemoveRequest& request, const CommandContext& context) {
     if (request.confirmed) return true;
     if (!canAsk()) {
-        throw CommandError(ExitCode::usage, "profile remove needs a terminal to ask in. --yes removes without asking.");
+        throw CommandError(
+            ExitCode::usage, translate("profile remove needs a terminal to ask in. --yes removes without asking."));
     }
     return askYesOrNo(
-        "Remove " + inQuotes(profile.name) + "? " + (request.keepPassword ? removalTextWithPassword : removalText),
+        translate("Remove %1?", {inQuotes(profile.name)}) + " "
+            + translate(request.keepPassword ? removalTextWithPassword : removalText),
         context.interrupt);
 }
 
@@ -39,8 +42,10 @@ void removeAndWait(Session& session, const Profile& profile) {
     const bool removed = model.profile(profile.id) == nullptr;
     throw CommandError(
         ExitCode::failed,
-        "Cannot remove the profile " + inQuotes(profile.name) + ": " + sentence(*model.alert())
-            + (removed ? "" : " Nothing was changed; --keep-password leaves the password in the secret store."));
+        translate("Cannot remove the profile %1: %2", {inQuotes(profile.name), reasonText(*model.alert())})
+            + (removed
+                   ? ""
+                   : " " + translate("Nothing was changed; --keep-password leaves the password in the secret store.")));
 }
 
 ExitCode removeProfile(const CommandContext& context, const RemoveRequest& request) {
@@ -49,14 +54,14 @@ ExitCode removeProfile(const CommandContext& context, const RemoveRequest& reque
     auto session = Session::forChanges(context, removePassword);
     const Profile profile = chooseProfile(session.model().profiles(), request.name);
     if (!isConfirmed(profile, request, context)) {
-        context.output.note("Nothing was removed.");
+        context.output.note(translate("Nothing was removed."));
         return ExitCode::failed;
     }
     removeAndWait(session, profile);
     if (context.output.json()) {
         context.output.line(JsonLine::forProfile("removed", profile));
     } else {
-        context.output.line("Removed " + inQuotes(profile.name) + ". Your local and remote files are kept.");
+        context.output.line(translate("Removed %1. Your local and remote files are kept.", {inQuotes(profile.name)}));
     }
     return ExitCode::done;
 }

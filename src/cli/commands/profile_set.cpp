@@ -8,6 +8,8 @@
 #include "cli/terminal/prompt.h"
 #include "cli/text/presentation.h"
 #include "cli/text/review_text.h"
+#include "language/engine_translation.h"
+#include "language/translation.h"
 #include "model/error.h"
 
 #include <algorithm>
@@ -26,16 +28,17 @@ std::optional<std::string> changedPassword(
     if (!request.askPassword) return givenPassword(context);
     if (!canAsk()) {
         throw CommandError(
-            ExitCode::usage, "--ask-password needs a terminal; --password-file and --password-command do not.");
+            ExitCode::usage,
+            translate("--ask-password needs a terminal; --password-file and --password-command do not."));
     }
     return askPassword(
-        "FTP password of " + oneLine(profile.username) + " at " + oneLine(profile.host) + ": ", context.interrupt);
+        translate("FTP password of %1 at %2: ", {oneLine(profile.username), oneLine(profile.host)}), context.interrupt);
 }
 
 void requireChange(const SetRequest& request, const GlobalOptions& global) {
     const bool setsPassword = request.askPassword || !global.passwordFile.empty() || !global.passwordCommand.empty();
     if (setsPassword || request.options != ProfileOptions{}) return;
-    throw CommandError(ExitCode::usage, "Name something to change. profile set --help shows more.");
+    throw CommandError(ExitCode::usage, translate("Name something to change. profile set --help shows more."));
 }
 
 void reportSet(const Profile& before, const AppModel& model, const CommandContext& context) {
@@ -45,15 +48,16 @@ void reportSet(const Profile& before, const AppModel& model, const CommandContex
         output.line(asJsonLine("profile", encode(after)));
         return;
     }
-    output.line("Changed " + inQuotes(after.name) + ".");
+    output.line(translate("Changed %1.", {inQuotes(after.name)}));
     if (!isSamePlaceOnServer(before, after) && !model.baseline(after.id).empty()) {
-        output.note("Nothing has been sent to the new place yet; only later changes will be. To send everything:");
+        output.note(
+            translate("Nothing has been sent to the new place yet; only later changes will be. To send everything:"));
         output.note(commandLine(context.options, "push --all", unambiguousName(model.profiles(), after)));
     }
     if (after.hasEmptySyncSelection()) {
-        output.note("Nothing is selected to sync, so it is not enabled.");
+        output.note(translate("Nothing is selected to sync, so it is not enabled."));
     } else if (after.needsDownload && after.effectiveSyncSelection() != before.effectiveSyncSelection()) {
-        output.note("The selection was changed: watch first downloads it from the server.");
+        output.note(translate("The selection was changed: watch first downloads it from the server."));
     }
 }
 
@@ -70,11 +74,13 @@ ExitCode setProfile(const CommandContext& context, const SetRequest& request) {
         unstored = session.change(changed, password);
     } catch (const std::exception& error) {
         throw CommandError(
-            ExitCode::failed, "Cannot change the profile " + inQuotes(before.name) + ": " + sentence(describe(error)));
+            ExitCode::failed,
+            translate("Cannot change the profile %1: %2", {inQuotes(before.name), reasonText(error)}));
     }
     if (unstored && request.options == ProfileOptions{}) {
         throw CommandError(
-            ExitCode::failed, "Cannot store the password of " + inQuotes(before.name) + ": " + *unstored);
+            ExitCode::failed,
+            translate("Cannot store the password of %1: %2", {inQuotes(before.name), translateEngineText(*unstored)}));
     }
     reportSet(before, session.model(), context);
     if (unstored) warnNotStored(*unstored, context.output);

@@ -3,6 +3,7 @@
 #include "cli/session/profile_choice.h"
 #include "cli/session/session.h"
 #include "cli/text/presentation.h"
+#include "language/translation.h"
 #include "platform/text.h"
 
 namespace zembrastel::cli {
@@ -15,24 +16,22 @@ struct ShowRequest {
 };
 
 std::string conditionOf(const Profile& profile) {
-    std::string text = profile.enabled ? "enabled" : "not enabled";
-    if (profile.needsDownload) text += ", initial download still pending";
-    if (profile.hasEmptySyncSelection()) text += ", nothing selected to sync";
+    std::string text = profile.enabled ? translate("enabled") : translate("not enabled");
+    if (profile.needsDownload) text += translate(", initial download still pending");
+    if (profile.hasEmptySyncSelection()) text += translate(", nothing selected to sync");
     return text;
 }
 
 void printSummary(const Profile& profile, Output& output) {
     const auto detail = [&output](std::string_view name, std::string_view value) {
         constexpr std::size_t nameWidth = 8;
-        std::string padded(name);
-        padded.resize(nameWidth, ' ');
-        output.line("    " + padded + oneLine(value));
+        output.line("    " + padded(std::string(name), nameWidth) + oneLine(value));
     };
     output.line(oneLine(profile.name) + "  (" + conditionOf(profile) + ")");
-    detail("id", profile.id.text());
-    detail("server", serverName(profile) + ", " + std::string(rawValue(profile.transport)));
-    detail("remote", profile.remoteFolder);
-    detail("local", profile.localFolder);
+    detail(translate("id"), profile.id.text());
+    detail(translate("server"), serverName(profile) + ", " + std::string(rawValue(profile.transport)));
+    detail(translate("remote"), profile.remoteFolder);
+    detail(translate("local"), profile.localFolder);
 }
 
 ExitCode listProfiles(const CommandContext& context, const ListRequest&) {
@@ -44,7 +43,7 @@ ExitCode listProfiles(const CommandContext& context, const ListRequest&) {
             printSummary(profile, context.output);
         }
     }
-    if (profiles.empty()) context.output.note("There are no profiles yet; profile add makes one.");
+    if (profiles.empty()) context.output.note(translate("There are no profiles yet; profile add makes one."));
     return ExitCode::done;
 }
 
@@ -52,17 +51,17 @@ class ProfileDetails {
 public:
     explicit ProfileDetails(Output& where) : output(where) {}
 
-    void add(std::string name, std::string_view value) {
+    void add(const std::string& name, std::string_view value) {
         constexpr std::size_t nameWidth = 18;
-        name.resize(nameWidth, ' ');
-        output.line(name + oneLine(value));
+        output.line(padded(name, nameWidth) + oneLine(value));
     }
 
     void add(std::string name, const DownloadSelection& selection) {
-        if (!selection.hasSelection()) return add(std::move(name), "nothing");
-        if (selection == DownloadSelection::everything()) return add(std::move(name), "everything");
+        if (!selection.hasSelection()) return add(name, translate("nothing"));
+        if (selection == DownloadSelection::everything()) return add(name, translate("everything"));
         for (const auto& [path, chosen] : selection.rules) {
-            add(std::exchange(name, ""), (chosen ? "with    " : "without ") + (path.empty() ? "/" : path));
+            add(std::exchange(name, ""),
+                (chosen ? translate("with    ") : translate("without ")) + (path.empty() ? "/" : path));
         }
     }
 
@@ -72,26 +71,27 @@ private:
 
 void printDetails(const SavedState& state, const Profile& profile, Output& output) {
     ProfileDetails details(output);
-    details.add("Name", profile.name);
-    details.add("Id", profile.id.text());
-    details.add("Server", serverName(profile));
-    details.add("Transport", rawValue(profile.transport));
-    details.add("Remote folder", profile.remoteFolder);
-    details.add("Local folder", profile.localFolder);
-    details.add("Enabled", profile.enabled ? "yes" : "no");
-    details.add("Initial download", profile.needsDownload ? "pending" : "not needed");
+    details.add(translate("Name"), profile.name);
+    details.add(translate("Id"), profile.id.text());
+    details.add(translate("Server"), serverName(profile));
+    details.add(translate("Transport"), rawValue(profile.transport));
+    details.add(translate("Remote folder"), profile.remoteFolder);
+    details.add(translate("Local folder"), profile.localFolder);
+    details.add(translate("Enabled"), profile.enabled ? translate("yes") : translate("no"));
+    details.add(translate("Compares contents"), profile.compareContents ? translate("yes") : translate("no"));
+    details.add(translate("Initial download"), profile.needsDownload ? translate("pending") : translate("not needed"));
     if (profile.needsDownload && profile.initialDownloadSelection) {
-        details.add("Downloads", *profile.initialDownloadSelection);
+        details.add(translate("Downloads"), *profile.initialDownloadSelection);
     }
-    details.add("Syncs", profile.effectiveSyncSelection().value_or(DownloadSelection::everything()));
-    std::string name = "Excludes";
+    details.add(translate("Syncs"), profile.effectiveSyncSelection().value_or(DownloadSelection::everything()));
+    std::string name = translate("Excludes");
     for (const auto rule : nonEmptyLines(profile.exclusions.text())) details.add(std::exchange(name, ""), rule);
     if (const auto* trusted = profile.keyInForce()) {
-        details.add("Trusted key", trusted->key.grouped());
-        details.add("", "since " + dateAndTime(trusted->since) + "; the certificate is not verified");
+        details.add(translate("Trusted key"), trusted->key.grouped());
+        details.add("", translate("since %1; the certificate is not verified", {dateAndTime(trusted->since)}));
     }
     const auto baseline = state.baselines.find(profile.id);
-    details.add("Synchronised", counted(baseline == state.baselines.end() ? 0 : baseline->second.size(), "file"));
+    details.add(translate("Synchronised"), filesText(baseline == state.baselines.end() ? 0 : baseline->second.size()));
 }
 
 ExitCode showProfile(const CommandContext& context, const ShowRequest& request) {

@@ -7,6 +7,8 @@
 #include "cli/terminal/prompt.h"
 #include "cli/text/presentation.h"
 #include "cli/text/review_text.h"
+#include "language/engine_translation.h"
+#include "language/translation.h"
 #include "model/error.h"
 
 namespace zembrastel::cli {
@@ -24,8 +26,9 @@ std::optional<KeyHash> givenKey(const TrustRequest& request) {
     if (key) return key;
     throw CommandError(
         ExitCode::usage,
-        "--key is the SHA-256 of a public key, as 64 hexadecimal digits or as sha256// and Base64, not "
-            + inQuotes(request.key) + ".");
+        translate(
+            "--key is the SHA-256 of a public key, as 64 hexadecimal digits or as sha256// and Base64, not %1.",
+            {inQuotes(request.key)}));
 }
 
 class CertificateLines {
@@ -36,32 +39,31 @@ public:
         using enum CertificateFault;
         const auto& certificate = inspected.certificate;
         faults = &inspected;
-        output.line("Certificate of " + oneLine(profile.host) + ", port " + std::to_string(profile.port));
-        add("Issued for", certificate.issuedFor);
+        output.line(translate("Certificate of %1, port %2", {oneLine(profile.host), std::to_string(profile.port)}));
+        add(translate("Issued for"), certificate.issuedFor);
         std::vector<std::string_view> names(certificate.names.begin(), certificate.names.end());
-        if (!names.empty()) add("Names", join(names, ' '));
+        if (!names.empty()) add(translate("Names"), join(names, ' '));
         addFaults({otherName});
-        add("Issued by", certificate.issuedBy);
+        add(translate("Issued by"), certificate.issuedBy);
         addFaults({selfSigned, unknownAuthority});
-        add("Valid", dayOf(certificate.validFrom) + " to " + dayOf(certificate.validUntil));
+        add(translate("Valid"), translate("%1 to %2", {dayOf(certificate.validFrom), dayOf(certificate.validUntil)}));
         addFaults({expired, notYetValid, otherFault});
-        add("Key (SHA-256)", certificate.key.grouped());
+        add(translate("Key (SHA-256)"), certificate.key.grouped());
         if (const auto* trusted = profile.keyInForce(); trusted != nullptr && trusted->key != certificate.key) {
-            add("Trusted key", trusted->key.grouped());
+            add(translate("Trusted key"), trusted->key.grouped());
         }
     }
 
 private:
-    void add(std::string name, std::string_view value) {
+    void add(const std::string& name, std::string_view value) {
         constexpr std::size_t nameWidth = 15;
-        name.resize(nameWidth, ' ');
-        output.line("  " + name + oneLine(value));
+        output.line("  " + padded(name, nameWidth) + oneLine(value));
     }
 
     void addFaults(const std::vector<CertificateFault>& kinds) {
         for (const auto fault : faults->faults) {
             if (std::ranges::find(kinds, fault) == kinds.end()) continue;
-            add("", "! " + faultText(fault, faults->certificate, profile.host));
+            add("", "! " + translateEngineText(faultText(fault, faults->certificate, profile.host)));
         }
     }
 
@@ -86,33 +88,38 @@ void printAsJson(const Profile& profile, const InspectedCertificate& inspected, 
 
 InspectedCertificate inspect(const Profile& profile, const CommandContext& context) {
     std::optional<InspectedCertificate> inspected;
-    callServerWithoutLogin(profile, context, "read the certificate", [&](const auto& control) {
-        inspected = inspectCertificate(profile, *control, systemClock());
-    });
+    callServerWithoutLogin(
+        profile, context, {translatable("Cannot read the certificate of %1 (%2): %3")},
+        [&](const auto& control) { inspected = inspectCertificate(profile, *control, systemClock()); });
     return *std::move(inspected);
 }
 
 void requireSameKey(const KeyHash& given, const ServerCertificate& certificate, const Profile& profile) {
     if (given == certificate.key) return;
     throw CommandError(
-        ExitCode::failed, "The key of " + oneLine(profile.host) + " is " + certificate.key.text()
-                              + ", not the one of --key. Nothing was changed.");
+        ExitCode::failed, translate(
+                              "The key of %1 is %2, not the one of --key. Nothing was changed.",
+                              {oneLine(profile.host), certificate.key.text()}));
 }
 
 bool isConfirmed(const Profile& profile, const CommandContext& context) {
     if (context.output.json() || !canAsk()) {
         throw CommandError(
-            ExitCode::usage,
-            "profile trust needs a terminal to ask in. --key SHA256 trusts that key without asking; take it from your "
-            "provider. Nothing was changed.");
+            ExitCode::usage, translate("profile trust needs a terminal to ask in. --key SHA256 trusts that key without "
+                                       "asking; take it from your "
+                                       "provider. Nothing was changed."));
     }
     context.output.note(
-        "\nZembrastel accepts this one key for this profile, whatever the certificate says. The connection is "
-        "encrypted "
-        "as usual. If the server ever shows another key, uploads stop. Trust it only if your provider states the same "
-        "key.");
+        "\n"
+        + translate(
+            "Zembrastel accepts this one key for this profile, whatever the certificate says. The connection is "
+            "encrypted as usual. If the server ever shows another key, uploads stop. Trust it only if your provider "
+            "states the same "
+            "key."));
     return askYesOrNo(
-        "Trust this key for " + inQuotes(profile.name) + "? Anyone who holds it can read and change what you upload.",
+        translate(
+            "Trust this key for %1? Anyone who holds it can read and change what you upload.",
+            {inQuotes(profile.name)}),
         context.interrupt);
 }
 
@@ -121,7 +128,8 @@ void save(Session& session, const Profile& changed) {
         (void)session.change(changed, std::nullopt); // no password to store
     } catch (const std::exception& error) {
         throw CommandError(
-            ExitCode::failed, "Cannot change the profile " + inQuotes(changed.name) + ": " + sentence(describe(error)));
+            ExitCode::failed,
+            translate("Cannot change the profile %1: %2", {inQuotes(changed.name), reasonText(error)}));
     }
 }
 
@@ -132,8 +140,8 @@ ExitCode forgetKey(Session& session, Profile profile, Output& output) {
         output.line(asJsonLine("profile", encode(profile)));
     } else {
         output.line(
-            (hadKey ? "The certificate of " + oneLine(profile.host) + " is verified again."
-                    : inQuotes(profile.name) + " trusts no key. Nothing was changed."));
+            hadKey ? translate("The certificate of %1 is verified again.", {oneLine(profile.host)})
+                   : translate("%1 trusts no key. Nothing was changed.", {inQuotes(profile.name)}));
     }
     return ExitCode::done;
 }
@@ -142,13 +150,13 @@ ExitCode forgetKey(Session& session, Profile profile, Output& output) {
 bool needsTrust(const Profile& profile, const InspectedCertificate& inspected, const CommandContext& context) {
     const auto* trusted = profile.keyInForce();
     if (trusted != nullptr && trusted->key == inspected.certificate.key) {
-        context.output.note("This key is trusted already. Nothing was changed.");
+        context.output.note(translate("This key is trusted already. Nothing was changed."));
         return false;
     }
     if (!inspected.faults.empty()) return true;
-    context.output.note("This certificate can be verified and needs no trust. Nothing was changed.");
+    context.output.note(translate("This certificate can be verified and needs no trust. Nothing was changed."));
     if (trusted != nullptr) {
-        context.output.note("The profile trusts another key. To verify the certificate instead:");
+        context.output.note(translate("The profile trusts another key. To verify the certificate instead:"));
         context.output.note(commandLine(context.options, "profile trust --forget", profile.id.text()));
     }
     return false;
@@ -169,7 +177,7 @@ ExitCode trustKey(const CommandContext& context, const TrustRequest& request) {
     if (given) requireSameKey(*given, inspected.certificate, profile);
     if (!needsTrust(profile, inspected, context)) return ExitCode::done;
     if (!given && !isConfirmed(profile, context)) {
-        context.output.note("Nothing was changed.");
+        context.output.note(translate("Nothing was changed."));
         return ExitCode::failed;
     }
     const auto now = std::chrono::floor<std::chrono::seconds>(systemClock().now());
@@ -178,7 +186,7 @@ ExitCode trustKey(const CommandContext& context, const TrustRequest& request) {
     if (context.output.json()) {
         context.output.line(asJsonLine("profile", encode(profile)));
     } else {
-        context.output.line("Trusted for " + inQuotes(profile.name) + ": " + key.grouped());
+        context.output.line(translate("Trusted for %1: %2", {inQuotes(profile.name), key.grouped()}));
     }
     return ExitCode::done;
 }

@@ -12,10 +12,12 @@
 #include "cli/text/choice_text.h"
 #include "cli/text/presentation.h"
 #include "cli/text/review_text.h"
+#include "language/translation.h"
 #include "model/error.h"
 #include "model/scan.h"
 #include "platform/text.h"
 #include "sync/sync_worker.h"
+#include "sync/unchanged_contents.h"
 
 #include <set>
 #include <stop_token>
@@ -59,7 +61,7 @@ public:
             auto object = JsonLine::forProfile("initialDownload", profile);
             output.line(object.number("files", files));
         } else {
-            output.line("Downloaded " + counted(files, "file") + ".");
+            output.line(translatePlural("Downloaded %n file.", "Downloaded %n files.", files));
         }
     }
 
@@ -78,7 +80,7 @@ private:
     const FirstComparison& found, const Profile& profile, const std::vector<Profile>& profiles,
     const CommandContext& context) {
     printChoice(choiceOf(found, false), profile, profiles, context);
-    throw choiceWaits(profile, profiles, context, "Nothing was uploaded.");
+    throw choiceWaits(profile, profiles, context, translate("Nothing was uploaded."));
 }
 
 // A push by this program.
@@ -94,7 +96,7 @@ public:
         const bool ended = runToEnd();
         if (model.checkFailures().contains(profile.id)) {
             throw serverFailure(
-                profile, comparisonAim(profile), model.checkFailure(profile.id), "Nothing was uploaded.");
+                profile, comparisonAim(profile), model.checkFailure(profile.id), translate("Nothing was uploaded."));
         }
         if (const auto* found = model.firstComparison(profile.id)) {
             refuseBeforeChoice(*found, profile, model.profiles(), context);
@@ -159,12 +161,13 @@ private:
         if (!unsent.empty()) {
             throw unfinished(
                 failure.value_or(Failure{.message = "They were changed again meanwhile."}),
-                " Not sent: " + counted(unsent.size(), "file") + ".");
+                " " + translatePlural("Not sent: %n file.", "Not sent: %n files.", unsent.size()));
         }
         if (failure && failure->kind == Failure::Kind::filesMissing) {
             const std::string name = unambiguousName(model.profiles(), profile);
             throw unfinished(
-                *failure, " If you deleted the files: " + commandLine(context.options, "forget-files", name));
+                *failure,
+                " " + translate("If you deleted the files: %1", {commandLine(context.options, "forget-files", name)}));
         }
         if (failure) throw unfinished(*failure);
         const PathSet& missing = model.missingOnServer(profile.id);
@@ -184,7 +187,7 @@ private:
             auto object = JsonLine::forProfile("unsent", profile);
             context.output.line(object.text("path", path));
         } else {
-            context.output.line("Not sent: " + printable(path));
+            context.output.line(translate("Not sent: %1", {printable(path)}));
         }
     }
 
@@ -194,11 +197,17 @@ private:
             if (!model.remoteDates(profile.id).contains(path)) ++undated;
         }
         if (undated > 0) {
-            context.output.warning(
-                "The server reported no date of " + counted(undated, "sent file")
-                + ". They are live; the next comparison may offer them as newer on the server.");
+            context.output.warning(translatePlural(
+                "The server reported no date of %n sent file. They are live; the next comparison may offer them as "
+                "newer on the server.",
+                "The server reported no date of %n sent files. They are live; the next comparison may offer them "
+                "as newer on the server.",
+                undated));
         }
-        printPushed(profile, report.sentPaths.size(), lacksFiles, context.output);
+        const auto unchanged = static_cast<std::size_t>(model.status(profile.id).contentsUnchanged);
+        printPushed(
+            profile, {.files = report.sentPaths.size(), .sameContents = unchanged, .lacksFiles = lacksFiles},
+            context.output);
     }
 
     Session& session;
@@ -259,9 +268,25 @@ ExitCode pushWhenFree(const CommandContext& context, const PushRequest& request)
         } catch (const CommandError& error) {
             if (error.code != ExitCode::stateInUse || context.interrupt.happened()) throw;
         }
-        if (!noted) context.output.note("Another program uses the state folder. Waiting until it ends. Ctrl-C stops.");
+        if (!noted)
+            context.output.note(
+                translate("Another program uses the state folder. Waiting until it ends. Ctrl-C stops."));
         waitBeforeTrying(context.interrupt);
     }
+}
+
+// Takes the files out of `paths` that push would not send because only their dates are new. Returns how many.
+std::size_t leaveOutUnchanged(
+    std::vector<std::string>& paths, const Profile& profile, const FileMap& files, const FileMap& baseline,
+    const ServerCheck& found, const CommandContext& context) {
+    const auto contents = StateFolder(context.options).contentsOf(profile);
+    if (!contents) return 0;
+    TransferControl control;
+    const auto interruptible = context.interrupt.during([&control] { control.cancel(); });
+    const auto unchanged = findUnchangedContents(
+        profile, paths, files, {.baseline = baseline, .onServer = found.seen, .contents = *contents}, control);
+    std::erase_if(paths, [&unchanged](const std::string& path) { return unchanged.contains(path); });
+    return unchanged.size();
 }
 
 // Prints what push would send. Another program may hold the state folder meanwhile.
@@ -282,7 +307,8 @@ ExitCode previewPush(const CommandContext& context, const PushRequest& request) 
     for (const auto& [path, fingerprint] : found.recognised.files) recorded.baseline.set(path, fingerprint);
     recorded.baseline.eraseIf([&](std::string_view path, const Fingerprint&) { return sentAgain.contains(path); });
     const auto [files, leftOut] = scanFolder(profile, context);
-    const auto paths = changedPaths(files, recorded.baseline);
+    auto paths = changedPaths(files, recorded.baseline);
+    const auto sameContents = leaveOutUnchanged(paths, profile, files, recorded.baseline, found, context);
     const bool lacksFiles = !request.resends() && !found.missing.empty();
     if (lacksFiles) printMissing(profile, found.missing, context.output);
     for (const auto& path : paths) {
@@ -291,14 +317,16 @@ ExitCode previewPush(const CommandContext& context, const PushRequest& request) 
             auto object = JsonLine::forProfile("uploadable", profile);
             context.output.line(object.text("path", path).number("bytes", bytes));
         } else {
-            context.output.line("Would upload " + printable(path) + " (" + counted(bytes, "byte") + ")");
+            context.output.line(translate("Would upload %1 (%2)", {printable(path), bytesText(bytes)}));
         }
     }
     if (!context.output.json()) {
+        if (sameContents > 0) context.output.line(unchangedContentsLine(sameContents));
         context.output.line(
-            !paths.empty() ? "To push: " + counted(paths.size(), "file") + ". Nothing was uploaded."
-            : lacksFiles   ? "Nothing has changed in " + inQuotes(profile.name) + "."
-                           : "Nothing to push: the server has all of " + inQuotes(profile.name) + ".");
+            !paths.empty() ? translatePlural(
+                "To push: %n file. Nothing was uploaded.", "To push: %n files. Nothing was uploaded.", paths.size())
+            : lacksFiles ? translate("Nothing has changed in %1.", {inQuotes(profile.name)})
+                         : translate("Nothing to push: the server has all of %1.", {inQuotes(profile.name)}));
     }
     if (!leftOut.empty()) throw pushFailure(profile, {.message = leftOut.back()}); // the push itself would end so, too
     if (lacksFiles) throw missingFilesError(profile, found.missing.size(), state.profiles, context);

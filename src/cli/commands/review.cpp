@@ -9,6 +9,8 @@
 #include "cli/text/choice_text.h"
 #include "cli/text/presentation.h"
 #include "cli/text/review_text.h"
+#include "language/engine_translation.h"
+#include "language/translation.h"
 #include "model/error.h"
 
 #include <algorithm>
@@ -37,7 +39,7 @@ public:
         if (activity.error()) {
             failure = activity.text;
         } else if (!output.json()) {
-            output.line(oneLine(activity.text));
+            output.line(translateEngineText(oneLine(activity.text)));
         }
     }
 
@@ -71,51 +73,58 @@ public:
             return;
         }
         if (changes.empty()) {
-            context.output.line("Nothing is newer on the server.");
+            context.output.line(translate("Nothing is newer on the server."));
             return;
         }
         context.output.line(
-            counted(changes.size(), "file") + (comparesAll ? " different" : " newer") + " on the server:");
+            comparesAll
+                ? translatePlural(
+                    "%n file different on the server:", "%n files different on the server:", changes.size())
+                : translatePlural("%n file newer on the server:", "%n files newer on the server:", changes.size()));
         for (const auto& change : changes) context.output.line("  " + describeChange(change));
         const std::string command = commandLine(
             context.options, comparesAll ? "review --compare-all" : "review", unambiguousName(profiles, profile));
         const std::string listed = " --listed " + listId(changes);
-        context.output.note("To decide, one of:");
+        context.output.note(translate("To decide, one of:"));
         context.output.note(command + " --download PATH..." + listed);
         context.output.note(command + " --download-all" + listed);
         context.output.note(command + " --keep-all" + listed);
     }
 
 protected:
-    static constexpr const char* restStays = "What was downloaded already stays; the next review shows the rest.";
+    static constexpr const char* restStays =
+        translatable("What was downloaded already stays; the next review shows the rest.");
 
     [[nodiscard]] CommandError checkFailure(const Failure& failure) const {
-        return serverFailure(profile, comparisonAim(profile), failure, "Nothing was changed.");
+        return serverFailure(profile, comparisonAim(profile), failure, translate("Nothing was changed."));
     }
 
     [[nodiscard]] CommandError choiceComesFirst() const {
-        return choiceWaits(profile, profiles, context, "Nothing was decided.");
+        return choiceWaits(profile, profiles, context, translate("Nothing was decided."));
     }
 
     [[nodiscard]] CommandError checkRefused(const std::string& reason) const {
         return {
-            ExitCode::failed,
-            "Cannot check the server of " + inQuotes(profile.name) + ": " + sentence(reason) + " Nothing was changed."};
+            ExitCode::failed, translate(
+                                  "Cannot check the server of %1: %2 Nothing was changed.",
+                                  {inQuotes(profile.name), reasonText(reason)})};
     }
 
     [[nodiscard]] CommandError downloadFailure(const Failure& failure) const {
-        return serverFailure(profile, "download all that was chosen from the server", failure, restStays);
+        return serverFailure(
+            profile, {translatable("Cannot download all that was chosen from the server of %1 (%2): %3")}, failure,
+            translate(restStays));
     }
 
     // After a download that left files out, or could not be finished.
     [[nodiscard]] CommandError leftOutOf(const std::vector<std::string>& paths, bool reviewWaits) const {
         std::string listed;
         for (const auto& path : paths) listed += (listed.empty() ? "" : ", ") + inQuotes(path);
-        const std::string next =
-            reviewWaits ? " They wait for another review." : " Nothing is newer on the server any more.";
+        const std::string next = reviewWaits ? translate("They wait for another review.")
+                                             : translate("Nothing is newer on the server any more.");
         return {
             reviewWaits ? ExitCode::reviewWaiting : ExitCode::failed,
-            "Not downloaded, because they changed or vanished meanwhile: " + listed + "." + next};
+            translate("Not downloaded, because they changed or vanished meanwhile: %1.", {listed}) + " " + next};
     }
 
     void reportOutcome(const std::string& path, bool kept, bool downloaded) {
@@ -126,7 +135,7 @@ protected:
             object.text("path", path);
             context.output.line(object);
         } else if (kept) {
-            context.output.line("Kept local copy: " + printable(path));
+            context.output.line(translate("Kept local copy: %1", {printable(path)}));
         }
     }
 
@@ -168,14 +177,15 @@ public:
         DecisionReport report(context.output);
         const Observing observing(model, report);
         if (model.resolveReview(id, model.reviews().at(id).reviewId, selected) != Decision::accepted) {
-            throw CommandError(ExitCode::failed, sentence(model.alert().value_or("")) + " Nothing was decided.");
+            throw CommandError(
+                ExitCode::failed, reasonText(model.alert().value_or("")) + " " + translate("Nothing was decided."));
         }
         try {
             runUntil([this, &id] {
                 return model.checkFailures().contains(id) || model.reviews().contains(id) || !model.running(id);
             });
         } catch (const Cancelled&) {
-            throw CommandError(ExitCode::failed, std::string("Interrupted. ") + restStays);
+            throw CommandError(ExitCode::failed, translate("Interrupted.") + " " + translate(restStays));
         }
         const Failure failure = model.checkFailure(id);
         for (const auto& change : changes) {
@@ -185,10 +195,10 @@ public:
         model.shutdown();
         if (!failure.message.empty()) throw downloadFailure(failure);
         if (!leftOut.empty()) throw leftOutOf(leftOut, waitsAgain);
-        if (!report.failure.empty()) throw CommandError(ExitCode::failed, sentence(report.failure));
+        if (!report.failure.empty()) throw CommandError(ExitCode::failed, reasonText(report.failure));
     }
 
-    [[nodiscard]] const char* afterwards() const override { return "Decided. Watching can go on."; }
+    [[nodiscard]] const char* afterwards() const override { return translatable("Decided. Watching can go on."); }
 
 private:
     void runUntil(const std::function<bool()>& condition) {
@@ -227,9 +237,10 @@ public:
         if (failed->reason == Reason::refused) throw checkRefused(failed->text);
         if (failed->reason == Reason::needsDownload) throw downloadPending(profile);
         throw CommandError(
-            ExitCode::failed, inQuotes(profile.name)
-                                  + " is paused in the running program, so its server is not "
-                                    "compared. resume compares it again; check lists the newer files.");
+            ExitCode::failed, translate(
+                                  "%1 is paused in the running program, so its server is not compared. resume compares "
+                                  "it again; check lists the newer files.",
+                                  {inQuotes(profile.name)}));
     }
 
     void decide(const std::vector<RemoteChange>& changes, const PathSet& selected) override {
@@ -247,14 +258,15 @@ public:
                 }
             });
         } catch (const Cancelled&) {
-            throw CommandError(ExitCode::failed, "Interrupted. The running program carries the decision out.");
+            throw CommandError(
+                ExitCode::failed, translate("Interrupted. The running program carries the decision out."));
         }
         if (failed) throw undecided(*failed);
         if (!leftOut.empty()) throw leftOutOf(leftOut, program.reviewWaits());
-        if (!report.failure.empty()) throw CommandError(ExitCode::failed, sentence(report.failure));
+        if (!report.failure.empty()) throw CommandError(ExitCode::failed, reasonText(report.failure));
     }
 
-    [[nodiscard]] const char* afterwards() const override { return "Decided. Watching goes on."; }
+    [[nodiscard]] const char* afterwards() const override { return translatable("Decided. Watching goes on."); }
 
 private:
     using Reason = answer::Failed::Reason;
@@ -264,14 +276,17 @@ private:
         case Reason::server:
             return downloadFailure(failed.reported());
         case Reason::otherReview:
-            return {ExitCode::failed, std::string(outdatedDecision) + " --list shows what there is."};
+            return {
+                ExitCode::failed,
+                translateEngineText(outdatedDecision) + " " + translate("--list shows what there is.")};
         case Reason::paused:
             return {
-                ExitCode::failed, inQuotes(profile.name)
-                                      + " is paused in the running program. Nothing more was done; "
-                                        "resume compares the server again."};
+                ExitCode::failed, translate(
+                                      "%1 is paused in the running program. Nothing more was done; resume compares the "
+                                      "server again.",
+                                      {inQuotes(profile.name)})};
         default:
-            return {ExitCode::failed, sentence(failed.text) + " Nothing more was done."};
+            return {ExitCode::failed, reasonText(failed.text) + " " + translate("Nothing more was done.")};
         }
     }
 
@@ -292,8 +307,10 @@ PathSet reviewSelection(const ReviewRequest& request, const std::vector<RemoteCh
     }
     if (unknown.empty()) return selected;
     throw CommandError(
-        ExitCode::failed, "Not among the files that are newer on the server: " + unknown
-                              + ". Nothing was decided; --list shows what there is.");
+        ExitCode::failed, translate(
+                              "Not among the files that are newer on the server: %1. Nothing was decided; --list shows "
+                              "what there is.",
+                              {unknown}));
 }
 
 ExitCode runReview(Review& review, const ReviewRequest& request, Output& output) {
@@ -304,16 +321,17 @@ ExitCode runReview(Review& review, const ReviewRequest& request, Output& output)
     }
     if (!request.listed.empty() && !changes.empty() && request.listed != listId(changes)) {
         throw CommandError(
-            ExitCode::reviewWaiting, "The server has other files, or other versions, than those listed as "
-                                         + inQuotes(request.listed)
-                                         + ". Nothing was decided; --list shows what there is.");
+            ExitCode::reviewWaiting, translate(
+                                         "The server has other files, or other versions, than those listed as %1. "
+                                         "Nothing was decided; --list shows what there is.",
+                                         {inQuotes(request.listed)}));
     }
     const auto selected = reviewSelection(request, changes);
     if (changes.empty()) {
         review.list(changes);
     } else {
         review.decide(changes, selected);
-        output.note(review.afterwards());
+        output.note(translate(review.afterwards()));
     }
     return ExitCode::done;
 }

@@ -4,6 +4,7 @@
 #include "cli/session/profile_choice.h"
 #include "cli/session/session.h"
 #include "cli/text/presentation.h"
+#include "language/translation.h"
 #include "platform/text.h"
 
 namespace zembrastel::cli {
@@ -38,24 +39,24 @@ void printScanAsJson(const Profile& profile, const FileMap& files, const LocalDi
 }
 
 void printScan(const Profile& profile, const FileMap& files, const LocalDifferences& found, Output& output) {
-    output.line(
-        oneLine(profile.name) + ": " + counted(files.size(), "file") + ", " + counted(totalSize(files), "byte")
-        + ", in " + oneLine(profile.localFolder));
+    output.line(translate(
+        "%1: %2, %3, in %4",
+        {oneLine(profile.name), filesText(files.size()), bytesText(totalSize(files)), oneLine(profile.localFolder)}));
     const auto show = [&output](const std::vector<std::string>& paths, std::string_view kind) {
         for (const auto& path : paths) output.line(std::string(kind) + printable(path));
     };
-    show(found.added, "  new      ");
-    show(found.changed, "  changed  ");
-    show(found.deleted, "  deleted  ");
+    show(found.added, translate("  new      "));
+    show(found.changed, translate("  changed  "));
+    show(found.deleted, translate("  deleted  "));
     const auto waiting = found.added.size() + found.changed.size();
     if (profile.hasEmptySyncSelection()) {
-        output.line("Nothing is selected to sync.");
+        output.line(translate("Nothing is selected to sync."));
     } else if (waiting > 0) {
-        output.line("To upload: " + counted(waiting, "file") + ".");
+        output.line(translatePlural("To upload: %n file.", "To upload: %n files.", waiting));
     } else {
-        output.line("Nothing to upload.");
+        output.line(translate("Nothing to upload."));
     }
-    if (!found.deleted.empty()) output.line("What is deleted here stays on the server.");
+    if (!found.deleted.empty()) output.line(translate("What is deleted here stays on the server."));
 }
 
 ExitCode scanProfile(const CommandContext& context, const ScanRequest& request) {

@@ -6,6 +6,7 @@
 #include "cli/text/choice_text.h"
 #include "cli/text/presentation.h"
 #include "cli/text/status_text.h"
+#include "language/translation.h"
 
 #include <algorithm>
 #include <map>
@@ -109,7 +110,7 @@ ExitCode showStatus(const CommandContext& context, const StatusRequest& request)
     const ControlRequest asked = statusRequestFor(context, request);
     if (!program) {
         throw CommandError(
-            ExitCode::notRunning, "Zembrastel is not running for " + oneLine(store.folder().string()) + ".");
+            ExitCode::notRunning, translate("Zembrastel is not running for %1.", {oneLine(store.folder().string())}));
     }
     StatusPrinter printer(context.output, StateFolder(context.options).loadProfiles());
     const auto take = [&](const ControlAnswer& answer) {
@@ -118,11 +119,11 @@ ExitCode showStatus(const CommandContext& context, const StatusRequest& request)
     };
     if (!request.follow) {
         (void)program->ask(asked, context.interrupt, take);
-        if (!printer.printedAny()) context.output.note("There are no profiles yet; profile add makes one.");
+        if (!printer.printedAny()) context.output.note(translate("There are no profiles yet; profile add makes one."));
         return ExitCode::done;
     }
     if (program->follow(asked, context.interrupt, take)) return ExitCode::done;
-    throw CommandError(ExitCode::notRunning, "The followed program has ended.");
+    throw CommandError(ExitCode::notRunning, translate("The followed program has ended."));
 }
 
 } // namespace

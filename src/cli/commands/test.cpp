@@ -3,6 +3,7 @@
 #include "cli/session/profile_choice.h"
 #include "cli/session/server_call.h"
 #include "cli/session/session.h"
+#include "language/translation.h"
 
 namespace zembrastel::cli {
 namespace {
@@ -16,15 +17,16 @@ ExitCode testConnection(const CommandContext& context, const TestRequest& reques
     const Profile& profile = chooseProfile(profiles, request.name);
     std::size_t items = 0;
     callServer(
-        profile, context, "read the remote folder", [&items](const FTPTransport& server) { items = server.test(); });
+        profile, context, {translatable("Cannot read the remote folder of %1 (%2): %3")},
+        [&items](const FTPTransport& server) { items = server.test(); });
     if (context.output.json()) {
         auto object = JsonLine::forProfile("connected", profile);
         object.number("items", items);
         context.output.line(object);
     } else {
-        context.output.line(
-            "Connected. The remote folder is readable (" + std::to_string(items)
-            + " items). Upload permission is checked when a file uploads.");
+        context.output.line(translate(
+            "Connected. The remote folder is readable (%1 items). Upload permission is checked when a file uploads.",
+            {std::to_string(items)}));
     }
     return ExitCode::done;
 }

@@ -1,6 +1,6 @@
 #include "cli/commands.h"
 
-#include "app/context/main_queue.h"
+#include "app/context/main_context.h"
 #include "app/context/retry_on_wake.h"
 #include "app/control/control_service.h"
 #include "cli/session/passwords.h"
@@ -11,6 +11,8 @@
 #include "cli/text/presentation.h"
 #include "cli/text/review_text.h"
 #include "cli/text/status_text.h"
+#include "language/engine_translation.h"
+#include "language/translation.h"
 #include "model/error.h"
 
 #include <algorithm>
@@ -90,7 +92,10 @@ void WatchReport::printMissing(const Profile& profile, bool missing) {
     } else if (missingPrinted.insert(profile.id).second) {
         const std::string name = unambiguousName(model.profiles(), profile);
         context.output.line(
-            "  If you deleted the files, in another terminal: " + commandLine(context.options, "forget-files", name));
+            "  "
+            + translate(
+                "If you deleted the files, in another terminal: %1",
+                {commandLine(context.options, "forget-files", name)}));
     }
 }
 
@@ -125,15 +130,16 @@ void WatchReport::printReview(const Profile& profile, const std::vector<RemoteCh
         return;
     }
     constexpr std::size_t maxPaths = 20;
-    print(profile, counted(changes.size(), "file") + " newer on the server:");
+    print(profile, translatePlural("%n file newer on the server:", "%n files newer on the server:", changes.size()));
     for (std::size_t index = 0; index < std::min(changes.size(), maxPaths); ++index) {
         context.output.line("    " + printable(changes[index].path));
     }
     if (changes.size() > maxPaths) {
-        context.output.line("    and " + std::to_string(changes.size() - maxPaths) + " more");
+        context.output.line("    " + translate("and %1 more", {std::to_string(changes.size() - maxPaths)}));
     }
     const std::string name = unambiguousName(model.profiles(), profile);
-    context.output.line("  To decide, in another terminal: " + reviewCommand(context.options, name) + " --list");
+    context.output.line(
+        "  " + translate("To decide, in another terminal: %1", {reviewCommand(context.options, name)}) + " --list");
 }
 
 // Prints once how to send the files again.
@@ -160,7 +166,7 @@ void WatchReport::printWaitingChoice(const Uuid& id) {
 }
 
 void WatchReport::alertChanged() {
-    if (model.alert()) context.output.error(*model.alert());
+    if (model.alert()) context.output.error(translateEngineText(*model.alert()));
 }
 
 std::vector<Profile> enabledProfiles(const std::vector<Profile>& profiles) {
@@ -169,8 +175,9 @@ std::vector<Profile> enabledProfiles(const std::vector<Profile>& profiles) {
     if (!enabled.empty()) return enabled;
     throw CommandError(
         ExitCode::nothingToWatch,
-        profiles.empty() ? "There is no profile to watch yet; profile add makes one."
-                         : "No profile is enabled. Say which to watch, by name: " + listedNames(profiles) + ".");
+        profiles.empty()
+            ? translate("There is no profile to watch yet; profile add makes one.")
+            : translate("No profile is enabled. Say which to watch, by name: %1.", {listedNames(profiles)}));
 }
 
 std::vector<Profile> profilesToWatch(const std::vector<Profile>& profiles, const std::vector<std::string>& names) {
@@ -189,8 +196,9 @@ void watchUntilInterrupted(
     });
     if (!ended || interrupt.happened()) return;
     throw CommandError(
-        ExitCode::failed, profiles.size() == 1 ? "Watching ended: " + inQuotes(profiles.front().name) + " cannot go on."
-                                               : "Watching ended: none of the profiles can go on.");
+        ExitCode::failed, profiles.size() == 1
+                              ? translate("Watching ended: %1 cannot go on.", {inQuotes(profiles.front().name)})
+                              : translate("Watching ended: none of the profiles can go on."));
 }
 
 ExitCode watchProfiles(const CommandContext& context, const WatchRequest& request) {
@@ -211,14 +219,15 @@ ExitCode watchProfiles(const CommandContext& context, const WatchRequest& reques
     const Observing observing(model, report);
     const ControlService control(model, session.queue(), session.folder());
     if (control.failure()) {
-        context.output.warning("Other commands cannot reach this program: " + sentence(*control.failure()));
+        context.output.warning(
+            translate("Other commands cannot reach this program: %1", {reasonText(*control.failure())}));
     }
     const ProgressReport progress(model, context.output);
-    context.output.note("Watching " + listedNames(profiles) + ". Ctrl-C stops.");
+    context.output.note(translate("Watching %1. Ctrl-C stops.", {listedNames(profiles)}));
     const RetryOnWake retryOnWake(session.queue(), model);
     watchUntilInterrupted(session, control, profiles, context.interrupt);
     model.shutdown();
-    context.output.note("Stopped.");
+    context.output.note(translate("Stopped."));
     return ExitCode::done;
 }
 

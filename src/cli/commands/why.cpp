@@ -3,6 +3,8 @@
 #include "cli/session/profile_choice.h"
 #include "cli/session/session.h"
 #include "cli/text/presentation.h"
+#include "language/engine_translation.h"
+#include "language/translation.h"
 #include "model/name_fault.h"
 #include "platform/text.h"
 
@@ -24,15 +26,24 @@ struct SyncAnswer {
     std::string sentence{}; // for the user
 };
 
-std::string quotedPath(std::string_view path) { return path.empty() ? "the whole folder" : inQuotes(path); }
+std::string quotedPath(std::string_view path) { return path.empty() ? translate("the whole folder") : inQuotes(path); }
 
 SyncAnswer exclusionAnswer(const Exclusions::Cause& cause, const std::string& path) {
-    std::string text = cause.reserved
-                           ? "Names that begin with " + inQuotes(cause.rule) + " are always left out, such as "
-                                 + quotedPath(cause.path)
-                           : "The exclusion rule " + inQuotes(cause.rule) + " leaves out " + quotedPath(cause.path);
-    if (cause.path != path) text += " with all it holds";
-    return {.reason = cause.reserved ? "reserved" : "exclusion", .decider = cause.rule, .sentence = text + "."};
+    const std::initializer_list<std::string> values{inQuotes(cause.rule), quotedPath(cause.path)};
+    if (cause.reserved) {
+        return {
+            .reason = "reserved",
+            .decider = cause.rule,
+            .sentence =
+                cause.path == path
+                    ? translate("Names that begin with %1 are always left out, such as %2.", values)
+                    : translate("Names that begin with %1 are always left out, such as %2 with all it holds.", values)};
+    }
+    return {
+        .reason = "exclusion",
+        .decider = cause.rule,
+        .sentence = cause.path == path ? translate("The exclusion rule %1 leaves out %2.", values)
+                                       : translate("The exclusion rule %1 leaves out %2 with all it holds.", values)};
 }
 
 // The first item on the way to the path that the scan does not read.
@@ -47,18 +58,21 @@ std::optional<SyncAnswer> unreadableAnswer(const Profile& profile, const std::st
         auto fault = nameFault(component);
         if (!fault && type == std::filesystem::file_type::directory && isTooDeep(relative)) fault = NameFault::tooDeep;
         if (fault) {
-            return SyncAnswer{.reason = "name", .decider = relative, .sentence = leftOutReason(*fault)};
+            return SyncAnswer{
+                .reason = "name", .decider = relative, .sentence = translateEngineText(leftOutReason(*fault))};
         }
         if (type == std::filesystem::file_type::symlink) {
             return SyncAnswer{
                 .reason = "link",
                 .decider = relative,
-                .sentence = quotedPath(relative) + " is a symbolic link, which is never followed."};
+                .sentence = translate("%1 is a symbolic link, which is never followed.", {quotedPath(relative)})};
         }
         if (std::filesystem::exists(std::filesystem::file_status(type)) && type != std::filesystem::file_type::directory
             && type != std::filesystem::file_type::regular) {
             return SyncAnswer{
-                .reason = "kind", .decider = relative, .sentence = quotedPath(relative) + " is no regular file."};
+                .reason = "kind",
+                .decider = relative,
+                .sentence = translate("%1 is no regular file.", {quotedPath(relative)})};
         }
     }
     return std::nullopt;
@@ -70,21 +84,25 @@ SyncAnswer selectionAnswer(const Profile& profile, const std::string& path) {
         return {
             .synced = true,
             .reason = "all",
-            .sentence = "The profile syncs everything, and no exclusion rule matches."};
+            .sentence = translate("The profile syncs everything, and no exclusion rule matches.")};
     }
     const auto* rule = selection->governingRule(path);
     const std::string decider = rule == nullptr ? "" : rule->first.empty() ? "/" : rule->first;
     const bool synced = rule != nullptr && rule->second;
-    std::string text = rule == nullptr ? "Nothing that is selected to sync contains it"
-                                       : "In what the profile syncs, " + quotedPath(rule->first) + " is "
-                                             + (synced ? "selected" : "left out");
-    if (synced) text += ", and no exclusion rule matches";
-    if (!synced && selection->shouldVisit(path)) text += "; some of what it holds is selected";
+    const bool holdsSelected = !synced && selection->shouldVisit(path);
+    const char* const text =
+        synced            ? translatable("In what the profile syncs, %1 is selected, and no exclusion rule matches.")
+        : rule == nullptr ? holdsSelected
+                                ? translatable("Nothing that is selected to sync contains it; some of what it holds is "
+                                               "selected.")
+                                : translatable("Nothing that is selected to sync contains it.")
+        : holdsSelected ? translatable("In what the profile syncs, %1 is left out; some of what it holds is selected.")
+                        : translatable("In what the profile syncs, %1 is left out.");
     return {
         .synced = synced,
         .reason = rule == nullptr ? "unselected" : "selection",
         .decider = decider,
-        .sentence = text + "."};
+        .sentence = translate(text, {rule == nullptr ? "" : quotedPath(rule->first)})};
 }
 
 SyncAnswer answerFor(const Profile& profile, const std::string& path) {
@@ -106,11 +124,13 @@ ExitCode explainPath(const CommandContext& context, const WhyRequest& request) {
         return ExitCode::done;
     }
     context.output.line(
-        inQuotes(path.empty() ? "/" : path) + (answer.synced ? " is synced. " : " is not synced. ") + answer.sentence);
+        (answer.synced ? translate("%1 is synced.", {inQuotes(path.empty() ? "/" : path)})
+                       : translate("%1 is not synced.", {inQuotes(path.empty() ? "/" : path)}))
+        + " " + answer.sentence);
     std::error_code failed;
     if (!std::filesystem::exists(
             std::filesystem::symlink_status(std::filesystem::path(profile.localFolder) / path, failed))) {
-        context.output.note("There is no such file or folder in the local folder now.");
+        context.output.note(translate("There is no such file or folder in the local folder now."));
     }
     return ExitCode::done;
 }

@@ -2,6 +2,8 @@
 
 #include "cli/session/session.h"
 #include "cli/text/presentation.h"
+#include "language/engine_translation.h"
+#include "language/translation.h"
 #include "model/error.h"
 #include "model/scan.h"
 #include "platform/text.h"
@@ -16,7 +18,7 @@ ScannedFolder scanFolder(const Profile& profile, const CommandContext& context) 
     const auto interruptible = context.interrupt.during([control] { control->cancel(); });
     ScannedFolder scanned;
     const auto reportUnusable = [&](std::string_view path, NameFault fault) {
-        context.output.warning(scanned.leftOut.emplace_back(leftOutLine(fault, path)));
+        context.output.warning(translateEngineText(scanned.leftOut.emplace_back(leftOutLine(fault, path))));
     };
     try {
         scanned.files = scan(
@@ -25,15 +27,16 @@ ScannedFolder scanFolder(const Profile& profile, const CommandContext& context) 
                       .privateItems = StateFolder(context.options).privateItems(),
                       .keptPrivate =
                           [&context](std::string_view path, const PrivateItem& item) {
-                              context.output.note(leftOutText(path, item));
+                              context.output.note(translateEngineText(leftOutText(path, item)));
                           }});
         return scanned;
     } catch (const Cancelled&) {
         throw;
     } catch (const std::exception& error) {
         throw CommandError(
-            ExitCode::failed, "Cannot scan the local folder " + profile.localFolder + " of " + inQuotes(profile.name)
-                                  + ": " + sentence(describe(error)));
+            ExitCode::failed, translate(
+                                  "Cannot scan the local folder %1 of %2: %3",
+                                  {profile.localFolder, inQuotes(profile.name), reasonText(error)}));
     }
 }
 

@@ -1,10 +1,12 @@
 #include "cli/session/passwords.h"
 
-#include "app/context/main_queue.h"
+#include "app/context/main_context.h"
 #include "app/password_calls.h"
 #include "cli/terminal/prompt.h"
 #include "cli/text/presentation.h"
 #include "cli/text/shell_words.h"
+#include "language/engine_translation.h"
+#include "language/translation.h"
 #include "model/error.h"
 #include "model/password_store.h"
 #include "platform/child_process.h"
@@ -28,7 +30,8 @@ void warnIfOthersCanRead(const std::string& file, Output& output) {
     struct stat attributes {};
     if (::stat(file.c_str(), &attributes) != 0 || !S_ISREG(attributes.st_mode)) return;
     if ((attributes.st_mode & (S_IRWXG | S_IRWXO)) == 0) return;
-    output.warning("Other users of this machine may read the password file " + file + ". To prevent that: chmod 600.");
+    output.warning(
+        translate("Other users of this machine may read the password file %1. To prevent that: chmod 600.", {file}));
 }
 
 std::string passwordFromFile(const std::string& file, Output& output) {
@@ -36,12 +39,12 @@ std::string passwordFromFile(const std::string& file, Output& output) {
     try {
         text = readFile(file);
     } catch (const std::exception& error) {
-        throw CommandError(ExitCode::failed, "Cannot read the password file " + describe(error) + ".");
+        throw CommandError(ExitCode::failed, translate("Cannot read the password file %1", {reasonText(error)}));
     }
-    if (!text) throw CommandError(ExitCode::failed, "The password file " + file + " does not exist.");
+    if (!text) throw CommandError(ExitCode::failed, translate("The password file %1 does not exist.", {file}));
     if (text->empty()) {
         throw CommandError(
-            ExitCode::failed, "The password file " + file + " is empty. The password is its first line.");
+            ExitCode::failed, translate("The password file %1 is empty. The password is its first line.", {file}));
     }
     warnIfOthersCanRead(file, output);
     return firstLine(*text);
@@ -60,7 +63,8 @@ std::string executableFor(const std::string& name) {
         }
     }
     throw CommandError(
-        ExitCode::failed, "Cannot run the password command: there is no program " + inQuotes(name) + " in PATH.");
+        ExitCode::failed,
+        translate("Cannot run the password command: there is no program %1 in PATH.", {inQuotes(name)}));
 }
 
 // The file exists in memory alone: no password reaches a disk.
@@ -92,8 +96,9 @@ std::string passwordFromCommand(const std::string& commandLine, Interrupt& inter
     auto words = splitWords(commandLine);
     if (!words || words->empty()) {
         throw CommandError(
-            ExitCode::usage, words ? "--password-command names no program."
-                                   : "--password-command has a quotation mark without its partner, or ends with \\.");
+            ExitCode::usage,
+            words ? translate("--password-command names no program.")
+                  : translate("--password-command has a quotation mark without its partner, or ends with \\."));
     }
     const std::string name = inQuotes(words->front());
     const Descriptor output = openMemoryFile();
@@ -106,16 +111,21 @@ std::string passwordFromCommand(const std::string& commandLine, Interrupt& inter
     try {
         exit = runPasswordCommand(process, interrupt);
     } catch (const std::filesystem::filesystem_error& error) {
-        throw CommandError(ExitCode::failed, "Cannot run the password command " + describe(error) + ".");
+        throw CommandError(ExitCode::failed, translate("Cannot run the password command %1", {reasonText(error)}));
     }
     if (!exit.exited || exit.code != 0) {
         throw CommandError(
-            ExitCode::failed, "The password command " + name + " failed with "
-                                  + (exit.exited ? "exit code " : "signal ") + std::to_string(exit.code)
-                                  + ", so there is no password to log in with.");
+            ExitCode::failed,
+            exit.exited ? translate(
+                "The password command %1 failed with exit code %2, so there is no password to log in with.",
+                {name, std::to_string(exit.code)})
+                        : translate(
+                            "The password command %1 failed with signal %2, so there is no password to log in with.",
+                            {name, std::to_string(exit.code)}));
     }
     const std::string printed = contentsOf(output.get());
-    if (printed.empty()) throw CommandError(ExitCode::failed, "The password command " + name + " printed nothing.");
+    if (printed.empty())
+        throw CommandError(ExitCode::failed, translate("The password command %1 printed nothing.", {name}));
     return firstLine(printed);
 }
 
@@ -129,9 +139,10 @@ std::optional<std::string> givenPassword(const CommandContext& context) {
 }
 
 void warnNotStored(const std::string& reason, Output& output) {
-    output.warning(
-        "No password was stored. " + reason
-        + " Give the password to each command with --password-file FILE or --password-command CMD.");
+    output.warning(translate(
+        "No password was stored. %1 Give the password to each command with --password-file FILE or "
+        "--password-command CMD.",
+        {translateEngineText(reason)}));
 }
 
 std::string readStoredPassword(const Uuid& id) {
@@ -156,7 +167,9 @@ std::string passwordFor(const Profile& profile, const CommandContext& context) {
     queue.runUntil([&result] { return result.has_value(); });
     if (!result) throw Cancelled();
     if (result->failure) {
-        throw CommandError(ExitCode::failed, "No password for " + inQuotes(profile.name) + ": " + *result->failure);
+        throw CommandError(
+            ExitCode::failed,
+            translate("No password for %1: %2", {inQuotes(profile.name), translateEngineText(*result->failure)}));
     }
     return std::move(result->password);
 }

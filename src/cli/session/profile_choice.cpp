@@ -2,6 +2,7 @@
 
 #include "cli/command.h"
 #include "cli/text/presentation.h"
+#include "language/translation.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -11,17 +12,18 @@ namespace zembrastel::cli {
 namespace {
 
 [[noreturn]] void refuseUnknown(const std::vector<Profile>& profiles, const std::string& wanted) {
-    const std::string known =
-        profiles.empty() ? "There are none yet; profile add makes one." : "There is " + listedNames(profiles) + ".";
-    throw CommandError(ExitCode::failed, "No profile has the name or id " + inQuotes(wanted) + ". " + known);
+    const std::string known = profiles.empty() ? translate("There are none yet; profile add makes one.")
+                                               : translate("There is %1.", {listedNames(profiles)});
+    throw CommandError(ExitCode::failed, translate("No profile has the name or id %1. %2", {inQuotes(wanted), known}));
 }
 
 [[noreturn]] void refuseAmbiguous(const std::vector<const Profile*>& named) {
     std::string ids;
     for (const auto* profile : named) ids += (ids.empty() ? "" : ", ") + profile->id.text();
     throw CommandError(
-        ExitCode::failed, "Several profiles have the name " + inQuotes(named.front()->name)
-                              + ". Give the id of one instead: " + ids + ".");
+        ExitCode::failed, translate(
+                              "Several profiles have the name %1. Give the id of one instead: %2.",
+                              {inQuotes(named.front()->name), ids}));
 }
 
 std::vector<const Profile*> profilesNamed(const std::vector<Profile>& profiles, const std::string& name) {
@@ -68,7 +70,7 @@ std::string serverName(const Profile& profile) {
 std::string listedNames(const std::vector<Profile>& profiles) {
     std::string names;
     for (std::size_t index = 0; index < profiles.size(); ++index) {
-        if (index > 0) names += index + 1 == profiles.size() ? " and " : ", ";
+        if (index > 0) names += index + 1 == profiles.size() ? translate(" and ") : ", ";
         names += inQuotes(profiles[index].name);
     }
     return names;
@@ -84,7 +86,8 @@ std::string pathInProfile(const Profile& profile, const std::string& typed) {
     const auto refuse = [&typed, &profile] {
         throw CommandError(
             ExitCode::usage,
-            "The path " + inQuotes(typed) + " is not below the local folder " + oneLine(profile.localFolder) + ".");
+            translate(
+                "The path %1 is not below the local folder %2.", {inQuotes(typed), oneLine(profile.localFolder)}));
     };
     std::string path = typed;
     if (typed.starts_with('/') && !relativePath(typed).empty()) {

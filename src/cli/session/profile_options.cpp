@@ -3,6 +3,7 @@
 #include "cli/command.h"
 #include "cli/session/profile_choice.h"
 #include "cli/text/presentation.h"
+#include "language/translation.h"
 #include "model/error.h"
 #include "platform/standard_paths.h"
 
@@ -17,7 +18,12 @@ TransferProtocol protocolFrom(const std::string& text) {
     if (text == "ftp") return TransferProtocol::ftp;
     if (text == "implicit") return TransferProtocol::implicitTLS;
     if (const auto known = transferProtocol(text)) return *known;
-    throw CommandError(ExitCode::usage, "--transport is ftps, ftp or implicit, not " + inQuotes(text) + ".");
+    throw CommandError(ExitCode::usage, translate("--transport is ftps, ftp or implicit, not %1.", {inQuotes(text)}));
+}
+
+OptIn switchFrom(const std::string& text, const std::string& option) {
+    if (text == "on" || text == "off") return {.on = text == "on"};
+    throw CommandError(ExitCode::usage, option + " is on or off, not " + inQuotes(text) + ".");
 }
 
 // "/" is everything. Another path that starts with "/" is below the local folder.
@@ -31,8 +37,9 @@ std::string selectedPath(const std::string& typed, const std::string& localFolde
     const auto components = splitNonEmpty(below, '/');
     if (std::ranges::find(components, "..") == components.end()) return below;
     throw CommandError(
-        ExitCode::usage, option + " takes a path as seen from the profile's folder, such as images/logo.svg, and not "
-                             + inQuotes(typed) + ".");
+        ExitCode::usage, translate(
+                             "%1 takes a path as seen from the profile's folder, such as images/logo.svg, and not %2.",
+                             {option, inQuotes(typed)}));
 }
 
 void addRules(
@@ -41,7 +48,8 @@ void addRules(
     for (const auto& typed : paths) {
         const std::string path = selectedPath(typed, localFolder, option);
         if (const auto [rule, isNew] = selection.rules.emplace(path, chosen); !isNew && rule->second != chosen) {
-            throw CommandError(ExitCode::usage, "The path " + inQuotes(typed) + " is both chosen and left out.");
+            throw CommandError(
+                ExitCode::usage, translate("The path %1 is both chosen and left out.", {inQuotes(typed)}));
         }
     }
 }
@@ -96,7 +104,7 @@ std::vector<Option> addProfileFields(Syntax& syntax, ProfileOptions& options) {
             "--remote-folder", options.remoteFolder, "PATH",
             "The site's folder on the server (default /public_html).\nWithout a leading \"/\" it starts in the login "
             "folder")
-            .notEmpty("must not be empty; / is the top of the server"),
+            .notEmpty(translatable("must not be empty; / is the top of the server")),
         syntax.flag(
             "--create-remote-folder", options.createRemoteFolder,
             "Create that folder on the server now if it does not exist"),
@@ -106,6 +114,10 @@ std::vector<Option> addProfileFields(Syntax& syntax, ProfileOptions& options) {
             "Exclude what the rule matches, such as *.psd, in addition\nto the usual rules (repeatable)")
             .repeatable(),
         field("--exclusions", options.exclusions, "TEXT", "All exclusion rules, one a line, replacing the usual ones"),
+        field(
+            "--compare-contents", options.compareContents, "SWITCH",
+            "on: do not send files that have a new date but the content\nthat was uploaded before. off is the default")
+            .notEmpty(),
         syntax.flag("--enabled", options.enabled, "Watch this profile also if watch is given no name"),
         field("--sync", options.sync, "PATH", "Sync this file or folder and no others (repeatable)").repeatable(),
         field("--no-sync", options.noSync, "PATH", "Do not sync this file or folder (repeatable)").repeatable(),
@@ -124,6 +136,9 @@ Profile changedProfile(Profile profile, const ProfileOptions& options) {
         profile.localFolder = isEmpty ? "" : std::filesystem::absolute(*options.localFolder).string();
     }
     profile.exclusions = changedExclusions(profile.exclusions, options);
+    if (options.compareContents) {
+        profile.compareContents = switchFrom(*options.compareContents, "--compare-contents");
+    }
     if (options.enabled || options.disabled) profile.enabled = options.enabled;
     if (options.needsDownload) profile.needsDownload = true;
     const std::string& folder = profile.localFolder;
@@ -143,7 +158,7 @@ Profile profileFrom(const ProfileOptions& options) {
         if (!id) {
             throw CommandError(
                 ExitCode::usage,
-                "--id is 32 hexadecimal digits in groups of 8-4-4-4-12, not " + inQuotes(options.id) + ".");
+                translate("--id is 32 hexadecimal digits in groups of 8-4-4-4-12, not %1.", {inQuotes(options.id)}));
         }
         profile.id = *id;
     }
@@ -151,7 +166,7 @@ Profile profileFrom(const ProfileOptions& options) {
     if (profile.requiresDownloadSelection()) {
         throw CommandError(
             ExitCode::usage,
-            "--needs-download needs --download PATH as well, to say what; --download / is everything.");
+            translate("--needs-download needs --download PATH as well, to say what; --download / is everything."));
     }
     return profile;
 }
@@ -160,7 +175,7 @@ Profile validProfile(const Profile& profile) {
     try {
         return profile.validated();
     } catch (const SyncError& error) {
-        throw CommandError(ExitCode::failed, sentence(error.what()) + " Nothing was changed.");
+        throw CommandError(ExitCode::failed, reasonText(error) + " " + translate("Nothing was changed."));
     }
 }
 
@@ -171,9 +186,10 @@ void requireSiteFolder(const std::string& localFolder) {
     const bool holdsHome = !unknown && !folder.empty() && *home.lexically_relative(folder).begin() != "..";
     if (!holdsHome && folder != "/") return;
     throw CommandError(
-        ExitCode::failed, "The local folder " + oneLine(localFolder)
-                              + " is or holds your home folder, with keys and passwords that must not be published. "
-                                "Nothing was changed; name the site's own folder.");
+        ExitCode::failed, translate(
+                              "The local folder %1 is or holds your home folder, with keys and passwords that must not "
+                              "be published. Nothing was changed; name the site's own folder.",
+                              {oneLine(localFolder)}));
 }
 
 void requireUnused(const Profile& profile, const std::vector<Profile>& profiles, const Profile* before) {
@@ -182,12 +198,13 @@ void requireUnused(const Profile& profile, const std::vector<Profile>& profiles,
         if (other.id == profile.id) {
             throw CommandError(
                 ExitCode::failed,
-                "The id " + profile.id.text() + " is that of " + inQuotes(other.name) + ". Nothing was changed.");
+                translate("The id %1 is that of %2. Nothing was changed.", {profile.id.text(), inQuotes(other.name)}));
         }
         if (other.name == profile.name) {
             throw CommandError(
-                ExitCode::failed,
-                "There is a profile " + inQuotes(other.name) + " already. Nothing was changed; give another --name.");
+                ExitCode::failed, translate(
+                                      "There is a profile %1 already. Nothing was changed; give another --name.",
+                                      {inQuotes(other.name)}));
         }
     }
 }

@@ -28,6 +28,7 @@ struct ProfileOptions {
     std::vector<std::string> noSync{};
     std::vector<std::string> download{};
     std::vector<std::string> noDownload{};
+    std::optional<std::string> compareContents{};
     std::string id{};
     bool enabled = false;
     bool disabled = false;

@@ -2,6 +2,8 @@
 
 #include "app/progress_text.h"
 #include "cli/text/presentation.h"
+#include "language/engine_translation.h"
+#include "language/translation.h"
 
 #include <cmath>
 
@@ -17,6 +19,8 @@ constexpr std::chrono::seconds jsonInterval = 1s;
 std::string progressSubject(const Profile& profile, const TransferProgress& progress) {
     return oneLine(progress.file ? progress.file->path : profile.name);
 }
+
+std::string shownProgress(const TransferProgress& progress) { return translateProgress(progressText(progress)); }
 
 const char* workWord(TransferProgress::Work work) {
     switch (work) {
@@ -47,7 +51,7 @@ void addProgressFields(JsonLine& object, const TransferProgress& progress) {
 
 void ProgressLines::show(const Profile& profile, const std::optional<TransferProgress>& progress) {
     if (output.isLive()) {
-        output.live(progress ? progressSubject(profile, *progress) : "", progress ? progressText(*progress) : "");
+        output.live(progress ? progressSubject(profile, *progress) : "", progress ? shownProgress(*progress) : "");
     } else if (progress) {
         print(profile, *progress);
     }
@@ -64,7 +68,7 @@ void ProgressLines::print(const Profile& profile, const TransferProgress& progre
         output.line(object);
     } else {
         const std::string file = progress.file ? oneLine(progress.file->path) + ": " : "";
-        output.line(file + progressText(progress));
+        output.line(file + shownProgress(progress));
     }
 }
 
@@ -85,12 +89,12 @@ void ProgressReport::showLive() {
         if (!progress) continue;
         if (text.empty()) {
             subject = progressSubject(profile, *progress);
-            text = progressText(*progress);
+            text = shownProgress(*progress);
         } else {
             ++others;
         }
     }
-    if (others > 0) text += " (and " + counted(others, "other profile") + ")";
+    if (others > 0) text += translatePlural(" (and %n other profile)", " (and %n other profiles)", others);
     output.live(subject, text);
 }
 

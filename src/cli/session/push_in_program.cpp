@@ -8,13 +8,15 @@
 #include "cli/text/choice_text.h"
 #include "cli/text/presentation.h"
 #include "cli/text/review_text.h"
+#include "language/translation.h"
 
 namespace zembrastel::cli {
 
 PausedInProgram::PausedInProgram(const Profile& profile)
     : CommandError(
         ExitCode::failed,
-        inQuotes(profile.name) + " is paused in the running program. Nothing was uploaded; resume it first.") {}
+        translate(
+            "%1 is paused in the running program. Nothing was uploaded; resume it first.", {inQuotes(profile.name)})) {}
 
 PushInProgram::PushInProgram(RunningProgram& running, const CommandContext& commandContext, const std::string& name)
     : program(running), context(commandContext), profiles(StateFolder(context.options).loadProfiles()),
@@ -23,10 +25,14 @@ PushInProgram::PushInProgram(RunningProgram& running, const CommandContext& comm
 void PushInProgram::run(bool downloadsFirst) {
     requirePushable(profile, downloadsFirst);
     std::size_t missing = 0;
+    std::optional<std::int64_t> unchangedBefore;
+    std::int64_t unchanged = 0;
     ProgressLines progress(context.output);
     ask(ControlRequest::Kind::push, [&](const ControlAnswer& answer) {
         if (const auto* status = std::get_if<answer::Status>(&answer)) {
             missing = static_cast<std::size_t>(status->missingOnServer);
+            unchanged = status->status.contentsUnchanged;
+            if (!unchangedBefore) unchangedBefore = unchanged;
             progress.show(profile, status->status.progress);
         } else if (const auto* activity = std::get_if<answer::Activity>(&answer);
                    activity != nullptr && activity->line.kind == Activity::Kind::uploaded) {
@@ -34,7 +40,9 @@ void PushInProgram::run(bool downloadsFirst) {
             sent.insert(activity->line.path);
         }
     });
-    printPushed(profile, sent.size(), missing > 0, context.output);
+    const auto sameContents = static_cast<std::size_t>(unchanged - unchangedBefore.value_or(unchanged));
+    printPushed(
+        profile, {.files = sent.size(), .sameContents = sameContents, .lacksFiles = missing > 0}, context.output);
     if (missing > 0) throw missingFilesError(profile, missing, profiles, context);
 }
 
@@ -42,9 +50,10 @@ void PushInProgram::sendAgain(bool all) {
     requirePushable(profile);
     (void)askForMissing(all ? ControlRequest::Kind::sendAll : ControlRequest::Kind::sendMissing);
     if (context.output.json()) return context.output.line(JsonLine::forProfile("sending", profile));
-    context.output.line(
-        "The running program compared " + inQuotes(profile.name)
-        + " with the server, and now sends the files again. To watch it: status --follow");
+    context.output.line(translate(
+        "The running program compared %1 with the server, and now sends the files again. To watch it: status "
+        "--follow",
+        {inQuotes(profile.name)}));
 }
 
 void PushInProgram::leaveMissing() {
@@ -54,7 +63,7 @@ void PushInProgram::leaveMissing() {
         auto object = JsonLine::forProfile("missingLeft", profile);
         context.output.line(object.number("files", files));
     } else {
-        context.output.line(files == 0 ? "No file is missing on the server." : leftMissingText(files));
+        context.output.line(files == 0 ? translate("No file is missing on the server.") : leftMissingText(files));
     }
 }
 
@@ -68,12 +77,13 @@ void PushInProgram::ask(ControlRequest::Kind kind, const RunningProgram::Take& t
         });
     if (failed && failed->reason == Reason::server) {
         throw serverFailure(
-            profile, comparisonAim(profile), failed->reported(), sent.empty() ? "Nothing was uploaded." : "");
+            profile, comparisonAim(profile), failed->reported(),
+            sent.empty() ? translate("Nothing was uploaded.") : "");
     }
     if (failed && failed->reason == Reason::paused) throw PausedInProgram(profile);
     if (failed && failed->reason == Reason::needsDownload) throw downloadPending(profile);
     if (failed && failed->reason == Reason::choiceWaits) {
-        throw choiceWaits(profile, profiles, context, "Nothing was uploaded.");
+        throw choiceWaits(profile, profiles, context, translate("Nothing was uploaded."));
     }
     if (failed) throw pushFailure(profile, failed->reported());
     if (!changes.empty()) refuseBecauseOf(changes, profile, profiles, context, {.sentSome = !sent.empty()});

@@ -5,15 +5,18 @@
 #include "cli/session/server_call.h"
 #include "cli/text/presentation.h"
 #include "cli/text/review_text.h"
+#include "language/engine_translation.h"
+#include "language/translation.h"
 #include "platform/clock.h"
 #include "platform/text.h"
+#include "sync/unchanged_contents.h"
 
 namespace zembrastel::cli {
 
 void requirePushable(const Profile& profile, bool downloadsFirst) {
     if (!downloadsFirst) requireDownloaded(profile);
     if (profile.hasEmptySyncSelection()) {
-        throw CommandError(ExitCode::failed, "Nothing is selected to sync in " + inQuotes(profile.name) + ".");
+        throw CommandError(ExitCode::failed, translate("Nothing is selected to sync in %1.", {inQuotes(profile.name)}));
     }
 }
 
@@ -22,42 +25,71 @@ void printUploaded(const Profile& profile, const std::string& path, Output& outp
         auto object = JsonLine::forProfile("uploaded", profile);
         output.line(object.text("path", path));
     } else {
-        output.line("Uploaded " + printable(path));
+        output.line(translate("Uploaded %1", {printable(path)}));
     }
 }
 
-void printPushed(const Profile& profile, std::size_t sentFiles, bool lacksFiles, Output& output) {
+void printPushed(const Profile& profile, const Pushed& pushed, Output& output) {
+    const auto [files, sameContents, lacksFiles] = pushed;
     if (output.json()) {
         if (lacksFiles) return;
         auto object = JsonLine::forProfile("pushed", profile);
-        output.line(object.number("files", sentFiles));
-    } else if (sentFiles == 0 && lacksFiles) {
-        output.line("Nothing has changed in " + inQuotes(profile.name) + ".");
-    } else if (sentFiles == 0) {
-        output.line("Nothing to push: the server has all of " + inQuotes(profile.name) + ".");
+        object.number("files", files);
+        if (sameContents > 0) object.number("sameContents", sameContents);
+        return output.line(object);
+    }
+    if (sameContents > 0) output.line(translateEngineText(unchangedContentsLine(sameContents)));
+    if (files == 0 && lacksFiles) {
+        output.line(translate("Nothing has changed in %1.", {inQuotes(profile.name)}));
+    } else if (files == 0) {
+        output.line(translate("Nothing to push: the server has all of %1.", {inQuotes(profile.name)}));
     } else {
-        output.line("Pushed " + inQuotes(profile.name) + ": " + counted(sentFiles, "file") + ".");
+        output.line(
+            translatePlural("Pushed %1: %n file.", "Pushed %1: %n files.", files, {inQuotes(profile.name)}));
     }
 }
 
 std::string leftMissingText(std::size_t files) {
-    return counted(files, "file") + (files == 1 ? " stays" : " stay")
-           + " missing on the server, and will not be reported again.";
+    return translatePlural(
+        "%n file stays missing on the server, and will not be reported again.",
+        "%n files stay missing on the server, and will not be reported again.", files);
 }
 
 CommandError pushFailure(const Profile& profile, const Failure& failure, const std::string& consequence) {
     return {
-        serverExitCode(failure), "Cannot push all of " + inQuotes(profile.name) + " (" + serverName(profile)
-                                     + "): " + explainedText(failure, profile) + consequence};
+        serverExitCode(failure),
+        translate(
+            "Cannot push all of %1 (%2): %3", {inQuotes(profile.name), serverName(profile),
+                                               translateEngineText(explainedText(failure, profile)) + consequence})};
 }
 
 CommandError missingFilesError(
     const Profile& profile, std::size_t missing, const std::vector<Profile>& profiles, const CommandContext& context) {
     return {
-        ExitCode::failed, missingText(missing) + (missing == 1 ? " and was" : " and were")
-                              + " not sent, because nothing changed here. "
-                              + sendMissingHint(context.options, missing, unambiguousName(profiles, profile))};
+        ExitCode::failed,
+        translatePlural(
+            "%n file is missing on the server and was not sent, because nothing changed here.",
+            "%n files are missing on the server and were not sent, because nothing changed here.", missing)
+            + " " + sendMissingHint(context.options, missing, unambiguousName(profiles, profile))};
 }
+
+namespace {
+
+const char* unpushedText(PushProgress reached) {
+    if (reached.comparedAll) {
+        return reached.sentSome
+                   ? translatable("Not everything was uploaded, because the server has other versions of files. Decide "
+                                  "on them first: %1")
+                   : translatable("Nothing was uploaded, because the server has other versions of files. Decide on "
+                                  "them first: %1");
+    }
+    return reached.sentSome
+               ? translatable("Not everything was uploaded, because files are newer on the server. Decide on them "
+                              "first: %1")
+               : translatable("Nothing was uploaded, because files are newer on the server. Decide on them first: %1");
+}
+
+} // namespace
 
 void refuseBecauseOf(
     const std::vector<RemoteChange>& changes, const Profile& profile, const std::vector<Profile>& profiles,
@@ -68,17 +100,16 @@ void refuseBecauseOf(
         context.output.line(object);
     } else {
         context.output.line(
-            counted(changes.size(), "file")
-            + (reached.comparedAll ? " different on the server:" : " newer on the server:"));
+            reached.comparedAll
+                ? translatePlural(
+                    "%n file different on the server:", "%n files different on the server:", changes.size())
+                : translatePlural("%n file newer on the server:", "%n files newer on the server:", changes.size()));
         for (const auto& change : changes) context.output.line("  " + describeChange(change));
     }
     const char* const review = reached.comparedAll ? "review --compare-all" : "review";
     throw CommandError(
         ExitCode::reviewWaiting,
-        std::string(reached.sentSome ? "Not everything was uploaded" : "Nothing was uploaded")
-            + (reached.comparedAll ? ", because the server has other versions of files"
-                                   : ", because files are newer on the server")
-            + ". Decide on them first: " + commandLine(context.options, review, unambiguousName(profiles, profile)));
+        translate(unpushedText(reached), {commandLine(context.options, review, unambiguousName(profiles, profile))}));
 }
 
 } // namespace zembrastel::cli

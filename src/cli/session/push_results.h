@@ -20,8 +20,14 @@ void requirePushable(const Profile& profile, bool downloadsFirst = false);
 
 void printUploaded(const Profile& profile, const std::string& path, Output& output);
 
-// The last line of a push without failure. `lacksFiles`: files are missing on the server, which an error reports.
-void printPushed(const Profile& profile, std::size_t sentFiles, bool lacksFiles, Output& output);
+struct Pushed {
+    std::size_t files = 0;        // sent
+    std::size_t sameContents = 0; // not sent, since only their dates are new
+    bool lacksFiles = false;      // files are missing on the server, which an error reports
+};
+
+// The summary at the end of a push without failure.
+void printPushed(const Profile& profile, const Pushed& pushed, Output& output);
 
 // "2 files stay missing on the server, …"
 [[nodiscard]] std::string leftMissingText(std::size_t files);

@@ -1,6 +1,7 @@
 #include "cli/session/running_program.h"
 
 #include "cli/text/presentation.h"
+#include "language/translation.h"
 #include "model/error.h"
 #include "platform/clock.h"
 
@@ -16,15 +17,16 @@ bool makesChanges(ControlRequest::Kind kind) {
 }
 
 [[noreturn]] void failBecauseEnded() {
-    throw CommandError(ExitCode::notRunning, "The running program has ended before it answered.");
+    throw CommandError(ExitCode::notRunning, translate("The running program has ended before it answered."));
 }
 
 void requireUnderstood(const answer::Failed& failed) {
     using Reason = answer::Failed::Reason;
     if (failed.reason == Reason::notUnderstood)
-        throw CommandError(ExitCode::failed, "The running Zembrastel is another version; restart it.");
+        throw CommandError(ExitCode::failed, translate("The running Zembrastel is another version; restart it."));
     if (failed.reason == Reason::noProfile) {
-        throw CommandError(ExitCode::failed, "The running program does not know the profile " + failed.text + ".");
+        throw CommandError(
+            ExitCode::failed, translate("The running program does not know the profile %1.", {failed.text}));
     }
 }
 
@@ -64,10 +66,13 @@ void RunningProgram::requireResponse(const ControlRequest& request, Interrupt& i
     const auto process = client.process();
     throw CommandError(
         ExitCode::notAnswering,
-        "The running program" + (process ? " (process " + std::to_string(*process) + ")" : "")
-            + " has not answered for ten seconds: it was stopped, or hangs."
-            + (makesChanges(request.kind) ? " It may still carry the request out later." : "")
-            + (process ? " If it was stopped, \"kill -CONT " + std::to_string(*process) + "\" resumes it." : ""));
+        (process ? translate(
+             "The running program (process %1) has not answered for ten seconds: it was stopped, or hangs.",
+             {std::to_string(*process)})
+                 : translate("The running program has not answered for ten seconds: it was stopped, or hangs."))
+            + (makesChanges(request.kind) ? " " + translate("It may still carry the request out later.") : "")
+            + (process ? " " + translate("If it was stopped, \"kill -CONT %1\" resumes it.", {std::to_string(*process)})
+                       : ""));
 }
 
 std::optional<ControlAnswer> RunningProgram::nextAnswer(const ControlRequest& request, Interrupt& interrupt) {

@@ -5,6 +5,8 @@
 #include "cli/session/profile_choice.h"
 #include "cli/session/session.h"
 #include "cli/text/presentation.h"
+#include "language/engine_translation.h"
+#include "language/translation.h"
 #include "model/error.h"
 
 namespace zembrastel::cli {
@@ -13,14 +15,17 @@ ExitCode serverExitCode(const Failure& failure) {
     return failure.code == CurlCode::loginRefused ? ExitCode::refused : ExitCode::failed;
 }
 
-std::string comparisonAim(const Profile& profile) {
-    return "compare the local folder " + oneLine(profile.localFolder) + " with the server";
+ServerAim comparisonAim(const Profile& profile) {
+    return {
+        translatable("Cannot compare the local folder %4 with the server of %1 (%2): %3"),
+        oneLine(profile.localFolder)};
 }
 
 CommandError downloadPending(const Profile& profile) {
     return {
         ExitCode::failed,
-        inQuotes(profile.name) + " still has its initial download to do; run watch or push --download-first."};
+        translate(
+            "%1 still has its initial download to do; run watch or push --download-first.", {inQuotes(profile.name)})};
 }
 
 void requireDownloaded(const Profile& profile) {
@@ -32,23 +37,28 @@ namespace {
 // What only the command line offers.
 std::string commandFor(const Failure& failure, const Profile& profile) {
     if (failure.code == CurlCode::untrustedCertificate) {
-        return " To see the certificate, and to trust its key: profile trust.";
+        return " " + translate("To see the certificate, and to trust its key: profile trust.");
     }
-    return lacksRemoteFolder(failure, profile) ? " To create it, give push or profile set --create-remote-folder." : "";
+    return lacksRemoteFolder(failure, profile)
+               ? " " + translate("To create it, give push or profile set --create-remote-folder.")
+               : "";
 }
 
 } // namespace
 
 CommandError serverFailure(
-    const Profile& profile, const std::string& aim, const Failure& failure, const std::string& consequence) {
+    const Profile& profile, const ServerAim& aim, const Failure& failure, const std::string& consequence) {
     return {
-        serverExitCode(failure), "Cannot " + aim + " of " + inQuotes(profile.name) + " (" + serverName(profile)
-                                     + "): " + explainedText(failure, profile) + commandFor(failure, profile)
-                                     + (consequence.empty() ? "" : " ") + consequence};
+        serverExitCode(failure),
+        translate(
+            aim.failure, {inQuotes(profile.name), serverName(profile),
+                          translateEngineText(explainedText(failure, profile)) + commandFor(failure, profile)
+                              + (consequence.empty() ? "" : " ") + consequence,
+                          aim.folder})};
 }
 
 void callServer(
-    const Profile& profile, const CommandContext& context, const std::string& aim,
+    const Profile& profile, const CommandContext& context, const ServerAim& aim,
     const std::function<void(const FTPTransport&)>& talk, const std::optional<std::string>& known) {
     const auto password = known ? *known : passwordFor(profile, context);
     const auto privateItems = StateFolder(context.options).privateItems();
@@ -58,7 +68,7 @@ void callServer(
 }
 
 void callServerWithoutLogin(
-    const Profile& profile, const CommandContext& context, const std::string& aim,
+    const Profile& profile, const CommandContext& context, const ServerAim& aim,
     const std::function<void(const std::shared_ptr<TransferControl>&)>& talk) {
     const auto control = std::make_shared<TransferControl>();
     const auto interruptible = context.interrupt.during([control] { control->cancel(); });
@@ -74,9 +84,9 @@ void callServerWithoutLogin(
 void createRemoteFolder(
     const Profile& profile, const std::optional<std::string>& password, const CommandContext& context) {
     callServer(
-        profile, context, "create the remote folder", [](const FTPTransport& server) { server.createFolder(); },
-        password);
-    context.output.note("The remote folder " + oneLine(profile.remoteFolder) + " exists now.");
+        profile, context, {translatable("Cannot create the remote folder of %1 (%2): %3")},
+        [](const FTPTransport& server) { server.createFolder(); }, password);
+    context.output.note(translate("The remote folder %1 exists now.", {oneLine(profile.remoteFolder)}));
 }
 
 } // namespace zembrastel::cli

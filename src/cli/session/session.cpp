@@ -1,6 +1,9 @@
 #include "cli/session/session.h"
 
 #include "app/records.h"
+#include "cli/text/presentation.h"
+#include "language/engine_translation.h"
+#include "language/translation.h"
 #include "model/error.h"
 #include "model/records/comparison_record.h"
 #include "model/records/publish_journal.h"
@@ -8,20 +11,23 @@
 namespace zembrastel::cli {
 namespace {
 
-[[noreturn]] void failLoading(const std::exception& error) { throw CommandError(ExitCode::failed, loadFailure(error)); }
+[[noreturn]] void failLoading(const std::exception& error) {
+    throw CommandError(ExitCode::failed, translateEngineText(loadFailure(error)));
+}
 
 InstanceLock lockState(const StateStore& store) {
     std::optional<InstanceLock> lock;
     try {
         lock = InstanceLock::acquire(store.folder());
     } catch (const std::exception& error) {
-        throw CommandError(ExitCode::failed, "Cannot lock the state folder: " + describe(error) + ".");
+        throw CommandError(ExitCode::failed, translate("Cannot lock the state folder: %1", {reasonText(error)}));
     }
     if (!lock) {
         throw CommandError(
-            ExitCode::stateInUse, "The state folder " + store.folder().string()
-                                      + " is in use by another running program. Nothing was changed; stop that program "
-                                        "first, or name another folder with --state.");
+            ExitCode::stateInUse, translate(
+                                      "The state folder %1 is in use by another running program. Nothing was changed; "
+                                      "stop that program first, or name another folder with --state.",
+                                      {store.folder().string()}));
     }
     return *std::move(lock);
 }
@@ -56,7 +62,7 @@ void StateFolder::requireNamed() const {
     std::error_code failed; // opening the folder reports it
     if (!named || std::filesystem::exists(*named, failed) || failed) return;
     throw CommandError(
-        ExitCode::failed, "There is no such state folder: " + named->string() + ". Check what --state names.");
+        ExitCode::failed, translate("There is no such state folder: %1. Check what --state names.", {named->string()}));
 }
 
 template <class Loaded>
@@ -81,6 +87,11 @@ ServerRecord StateFolder::recordOf(const SavedState& state, const Uuid& profile)
         if (record.isFirst()) record.compared = ComparisonRecord(store->folder(), profile).read();
     }
     return record;
+}
+
+std::optional<PublishedContents> StateFolder::contentsOf(const Profile& profile) const {
+    const auto store = profile.compareContents ? StateStore::find(named) : std::nullopt;
+    return store ? std::optional(PublishedContents(store->folder(), profile)) : std::nullopt;
 }
 
 std::vector<PrivateItem> StateFolder::privateItems() const {
@@ -110,7 +121,7 @@ StateStore StateFolder::openOrMake() const {
 Session::Session(const CommandContext& context, StateStore opened, AppModel::Options options)
     : interrupt(context.interrupt), store(std::move(opened)), lock(lockState(store)),
       profiles(mainQueue, withStore(std::move(options), store)) {
-    if (profiles.alert()) throw CommandError(ExitCode::failed, *profiles.alert());
+    if (profiles.alert()) throw CommandError(ExitCode::failed, translateEngineText(*profiles.alert()));
 }
 
 Session Session::forChanges(const CommandContext& context, std::function<void(const Uuid&)> removePassword) {

@@ -4,8 +4,9 @@
 #pragma once
 
 #include "app/app_model.h"
-#include "app/context/main_queue.h"
+#include "app/context/main_context.h"
 #include "cli/command.h"
+#include "model/records/published_contents.h"
 #include "model/state_store.h"
 #include "platform/instance_lock.h"
 #include "transport/compare/server_check.h"
@@ -29,6 +30,9 @@ public:
 
     // What is recorded of the profile's files, with what a killed program announced.
     [[nodiscard]] ServerRecord recordOf(const SavedState& state, const Uuid& profile) const;
+
+    // The hashes of published contents, if the profile compares them.
+    [[nodiscard]] std::optional<PublishedContents> contentsOf(const Profile& profile) const;
 
     // What the command line names and must not be published: the state folder and the password file.
     [[nodiscard]] std::vector<PrivateItem> privateItems() const;

@@ -1,6 +1,7 @@
 #include "cli/terminal/output.h"
 
 #include "cli/text/presentation.h"
+#include "language/translation.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -98,7 +99,7 @@ void Output::writeNow(int descriptor, std::string_view text) {
 
 std::string Output::unprintedLine(std::size_t lines) const {
     if (jsonLines) return JsonLine("unprinted").number("lines", lines).finished();
-    return "… " + counted(lines, "line") + (lines == 1 ? " was" : " were") + " not printed";
+    return translatePlural("… %n line was not printed", "… %n lines were not printed", lines);
 }
 
 void Output::live(std::string_view subject, std::string_view text) {
@@ -116,7 +117,8 @@ void Output::error(std::string_view message) {
 }
 
 void Output::warning(std::string_view message) {
-    report("warning", inColour("zembrastel-cli: warning:", Tone::attention, STDERR_FILENO) + " ", message);
+    report(
+        "warning", inColour("zembrastel-cli: " + translate("warning:"), Tone::attention, STDERR_FILENO) + " ", message);
 }
 
 void Output::note(std::string_view message) {

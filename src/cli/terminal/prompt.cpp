@@ -1,5 +1,6 @@
 #include "cli/terminal/prompt.h"
 
+#include "language/translation.h"
 #include "model/error.h"
 #include "platform/descriptor.h"
 #include "platform/files.h"
@@ -80,8 +81,9 @@ std::string askPassword(const std::string& question, Interrupt& interrupt) {
 }
 
 bool askYesOrNo(const std::string& question, Interrupt& interrupt) {
-    const std::string answer = asciiLowercase(trimmed(typedAnswer(question + " [y/N] ", interrupt)));
-    return answer == "y" || answer == "yes";
+    const std::string answer =
+        asciiLowercase(trimmed(typedAnswer(question + " " + translate("[y/N]") + " ", interrupt)));
+    return answer == "y" || answer == "yes" || answer == translate("y") || answer == translate("yes");
 }
 
 std::string readStandardInput() {

@@ -4,37 +4,44 @@
 #include "cli/session/profile_choice.h"
 #include "cli/text/presentation.h"
 #include "cli/text/review_text.h"
+#include "language/translation.h"
 
 namespace zembrastel::cli {
 namespace {
 
 std::uint64_t figure(std::int64_t number) { return static_cast<std::uint64_t>(number); }
 
-std::string isOrAre(std::int64_t files) { return files == 1 ? " is" : " are"; }
-
 void printFound(const answer::Choice& choice, Output& output) {
     output.line(choiceSummary(choice));
     if (choice.different > 0) {
         output.line(
-            "  " + counted(figure(choice.different), "more file") + " there"
-            + (choice.different == 1 ? " has" : " have") + " the same size but other contents.");
+            "  "
+            + translatePlural(
+                "%n more file there has the same size but other contents.",
+                "%n more files there have the same size but other contents.", figure(choice.different)));
     }
     if (choice.otherSizes > 0) {
         output.line(
-            "  " + counted(figure(choice.otherSizes), "more file") + isOrAre(choice.otherSizes)
-            + " there with another size.");
+            "  "
+            + translatePlural(
+                "%n more file is there with another size.", "%n more files are there with another size.",
+                figure(choice.otherSizes)));
     }
-    if (choice.comparing) output.line("  The running program compares their contents now.");
+    if (choice.comparing) output.line("  " + translate("The running program compares their contents now."));
 }
 
 } // namespace
 
 std::string choiceSummary(const answer::Choice& choice) {
-    const std::string some = std::to_string(choice.alike) + " of " + counted(figure(choice.files), "file");
+    const std::string files = filesText(figure(choice.files));
     if (choice.alike > 0 && choice.same == choice.alike) {
-        return some + isOrAre(choice.alike) + " the same on the server: their contents were compared.";
+        return translatePlural(
+            "%n of %1 is the same on the server: their contents were compared.",
+            "%n of %1 are the same on the server: their contents were compared.", figure(choice.alike), {files});
     }
-    return some + isOrAre(choice.alike) + " on the server already: names and sizes match.";
+    return translatePlural(
+        "%n of %1 is on the server already: names and sizes match.",
+        "%n of %1 are on the server already: names and sizes match.", figure(choice.alike), {files});
 }
 
 void addChoiceFields(JsonLine& object, const answer::Choice& choice) {
@@ -56,14 +63,16 @@ void printChoice(
     }
     printFound(choice, output);
     const std::string command = commandLine(context.options, "adopt", unambiguousName(profiles, profile)) + " --by ";
-    const std::string others = choice.others() == 0 ? "nothing" : "the other " + std::to_string(choice.others());
-    output.note("To upload " + others + ": " + command + "size");
+    output.note(
+        (choice.others() == 0 ? translate("To upload nothing:")
+                              : translate("To upload the other %1:", {std::to_string(choice.others())}))
+        + " " + command + "size");
     if (choice.bytesToCompare > 0) {
         output.note(
-            "To compare contents first, which downloads " + sizeText(figure(choice.bytesToCompare)) + ": " + command
-            + "content");
+            translate("To compare contents first, which downloads %1:", {sizeText(figure(choice.bytesToCompare))}) + " "
+            + command + "content");
     }
-    output.note("To upload all " + std::to_string(choice.files) + ": " + command + "nothing");
+    output.note(translate("To upload all %1:", {std::to_string(choice.files)}) + " " + command + "nothing");
 }
 
 CommandError choiceWaits(
@@ -71,9 +80,11 @@ CommandError choiceWaits(
     const std::string& consequence) {
     return {
         ExitCode::reviewWaiting,
-        "Files of " + inQuotes(profile.name)
-            + " are on the server already, and it is not known whether they are the same. " + consequence
-            + " Choose what to upload: " + commandLine(context.options, "adopt", unambiguousName(profiles, profile))};
+        translate(
+            "Files of %1 are on the server already, and it is not known whether they are the same. %2 Choose what to "
+            "upload: %3",
+            {inQuotes(profile.name), consequence,
+             commandLine(context.options, "adopt", unambiguousName(profiles, profile))})};
 }
 
 } // namespace zembrastel::cli

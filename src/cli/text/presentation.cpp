@@ -1,5 +1,9 @@
 #include "cli/text/presentation.h"
 
+#include "cli/terminal/live_line.h"
+#include "language/engine_translation.h"
+#include "language/translation.h"
+#include "model/error.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -54,19 +58,20 @@ std::string formatted(SystemTime time, ToCalendar toCalendar, const char* format
 
 std::string oneLine(std::string_view text) { return printable(folded(withoutCertificateAdvice(text))); }
 
-std::string inQuotes(std::string_view name) { return '"' + oneLine(name) + '"'; }
+std::string inQuotes(std::string_view name) { return translate("\"%1\"", {oneLine(name)}); }
 
-std::string counted(std::uint64_t number, std::string_view singular) {
-    constexpr std::size_t groupSize = 3;
-    std::string digits = std::to_string(number);
-    for (auto place = digits.size(); place > groupSize;) {
-        place -= groupSize;
-        digits.insert(place, 1, ',');
-    }
-    digits += ' ';
-    digits += singular;
-    return number == 1 ? digits : digits + "s";
+std::string padded(std::string text, std::size_t columns) {
+    const std::size_t used = columnsOf(text);
+    return std::move(text) + std::string(used < columns ? columns - used : 1, ' ');
 }
+
+std::string filesText(std::uint64_t files) { return translatePlural("%n file", "%n files", files); }
+
+std::string bytesText(std::uint64_t bytes) { return translatePlural("%n byte", "%n bytes", bytes); }
+
+std::string reasonText(const std::exception& error) { return reasonText(describe(error)); }
+
+std::string reasonText(std::string_view text) { return translateEngineText(sentence(text)); }
 
 SystemTime systemTime(std::chrono::duration<double> sinceEpoch) {
     using Duration = SystemTime::duration;

@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <exception>
 #include <string>
 #include <string_view>
 
@@ -20,8 +21,15 @@ namespace zembrastel::cli {
 // The name between double quotes, on one line.
 [[nodiscard]] std::string inQuotes(std::string_view name);
 
-// "1 file", "2 files", "1,000 files".
-[[nodiscard]] std::string counted(std::uint64_t number, std::string_view singular);
+// The text with blanks up to so many columns, and at least one.
+[[nodiscard]] std::string padded(std::string text, std::size_t columns);
+
+[[nodiscard]] std::string filesText(std::uint64_t files); // "1 file", "1,000 files"
+[[nodiscard]] std::string bytesText(std::uint64_t bytes);
+
+// What the engine says about a failure, as a sentence in the user's language.
+[[nodiscard]] std::string reasonText(const std::exception& error);
+[[nodiscard]] std::string reasonText(std::string_view text);
 
 using SystemTime = std::chrono::system_clock::time_point;
 

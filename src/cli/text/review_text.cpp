@@ -2,6 +2,7 @@
 
 #include "cli/text/presentation.h"
 #include "cli/text/shell_words.h"
+#include "language/translation.h"
 #include "platform/text.h"
 
 namespace zembrastel::cli {
@@ -16,16 +17,18 @@ SystemTime localTimeOf(const RemoteChange& change) {
 } // namespace
 
 std::string describeChange(const RemoteChange& change) {
-    return printable(change.path) + "  server " + dateAndTime(remoteTimeOf(change)) + ", here "
-           + dateAndTime(localTimeOf(change)) + (change.bothChanged ? ", changed on both sides" : "");
+    const std::initializer_list<std::string> values{
+        printable(change.path), dateAndTime(remoteTimeOf(change)), dateAndTime(localTimeOf(change))};
+    return change.bothChanged ? translate("%1  server %2, here %3, changed on both sides", values)
+                              : translate("%1  server %2, here %3", values);
 }
 
 std::string missingText(std::size_t files) {
-    return counted(files, "file") + (files == 1 ? " is" : " are") + " missing on the server";
+    return translatePlural("%n file is missing on the server", "%n files are missing on the server", files);
 }
 
 std::string sendMissingHint(const GlobalOptions& options, std::size_t files, const std::string& profileName) {
-    return std::string(files == 1 ? "To send it again: " : "To send them again: ")
+    return translatePlural("To send it again:", "To send them again:", files) + " "
            + commandLine(options, "push --missing", profileName);
 }
 
@@ -61,7 +64,7 @@ std::string describeSizes(const RemoteChange& change, const ServerVersions& seen
     const auto* version = seen.find(change.path);
     const auto here = static_cast<std::uint64_t>(change.local.size);
     if (version == nullptr || !version->size || *version->size == here) return "";
-    return ", " + counted(*version->size, "byte") + " there and " + std::to_string(here) + " here";
+    return translate(", %1 there and %2 here", {bytesText(*version->size), std::to_string(here)});
 }
 
 std::string listId(const std::vector<RemoteChange>& changes) {

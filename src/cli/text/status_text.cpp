@@ -6,6 +6,8 @@
 #include "cli/text/choice_text.h"
 #include "cli/text/presentation.h"
 #include "cli/text/review_text.h"
+#include "language/engine_translation.h"
+#include "language/translation.h"
 
 #include <unistd.h>
 #include <utility>
@@ -13,10 +15,9 @@
 namespace zembrastel::cli {
 namespace {
 
-std::string detailLine(std::string name, const std::string& value) {
+std::string detailLine(const std::string& name, const std::string& value) {
     constexpr std::size_t nameWidth = 10;
-    name.resize(nameWidth, ' ');
-    return "    " + name + value;
+    return "    " + padded(name, nameWidth) + value;
 }
 
 std::uint64_t countOf(std::int64_t number) { return static_cast<std::uint64_t>(number); }
@@ -38,21 +39,31 @@ void addStatusFields(JsonLine& object, const ProfileStatus& status) {
 std::vector<std::string> statusLines(const answer::Status& answer) {
     const ProfileStatus& status = answer.status;
     std::vector<std::string> lines{
-        oneLine(answer.name) + "  " + inColour(oneLine(status.title()), toneOf(answer), STDOUT_FILENO)};
-    if (!status.detail.empty()) lines.push_back(detailLine("detail", oneLine(status.detail)));
-    if (status.progress) lines.push_back(detailLine("progress", progressText(*status.progress)));
-    if (status.pending > 0) lines.push_back(detailLine("pending", counted(countOf(status.pending), "file")));
-    if (status.filesMissing()) lines.push_back(detailLine("missing", "if you deleted the files: forget-files"));
+        oneLine(answer.name) + "  "
+        + inColour(translateEngineText(oneLine(status.title())), toneOf(answer), STDOUT_FILENO)};
+    if (!status.detail.empty())
+        lines.push_back(detailLine(translate("detail"), translateEngineText(oneLine(status.detail))));
+    if (status.progress)
+        lines.push_back(detailLine(translate("progress"), translateProgress(progressText(*status.progress))));
+    if (status.pending > 0) lines.push_back(detailLine(translate("pending"), filesText(countOf(status.pending))));
+    if (status.filesMissing())
+        lines.push_back(detailLine(translate("missing"), translate("if you deleted the files: forget-files")));
     if (answer.newerOnServer > 0) {
-        lines.push_back(detailLine("review", counted(countOf(answer.newerOnServer), "file") + " newer on the server"));
+        lines.push_back(detailLine(
+            translate("review"),
+            translatePlural(
+                "%n file newer on the server", "%n files newer on the server", countOf(answer.newerOnServer))));
     }
-    if (answer.choice) lines.push_back(detailLine("choose", choiceSummary(*answer.choice) + " See adopt."));
+    if (answer.choice)
+        lines.push_back(detailLine(translate("choose"), choiceSummary(*answer.choice) + " " + translate("See adopt.")));
     if (answer.missingOnServer > 0) {
-        lines.push_back(detailLine("missing", missingText(countOf(answer.missingOnServer)) + ": push --missing"));
+        lines.push_back(
+            detailLine(translate("missing"), missingText(countOf(answer.missingOnServer)) + ": push --missing"));
     }
-    std::string uploaded = counted(countOf(status.uploaded), "file") + " since the program started";
-    if (status.lastUpload) uploaded += ", the last at " + dateAndTime(*status.lastUpload);
-    lines.push_back(detailLine("uploaded", uploaded));
+    std::string uploaded = translatePlural(
+        "%n file since the program started", "%n files since the program started", countOf(status.uploaded));
+    if (status.lastUpload) uploaded += translate(", the last at %1", {dateAndTime(*status.lastUpload)});
+    lines.push_back(detailLine(translate("uploaded"), uploaded));
     return lines;
 }
 
@@ -83,10 +94,10 @@ std::optional<std::string> Narration::status(const ProfileStatus& status) {
     const std::string printedPart = failure.empty() ? "" : sentence(failure);
     const bool repeats = !failure.empty() && detail.starts_with(printedPart);
     if (!repeats) justDetailed = detail;
-    std::string line = title;
+    std::string line = translateEngineText(title);
     if (const auto rest = oneLine(repeats ? detail.substr(printedPart.size()) : detail); !rest.empty())
-        line += ": " + rest;
-    if (pending > 0) line += " (" + std::to_string(pending) + " pending)";
+        line += ": " + translateEngineText(rest);
+    if (pending > 0) line += translate(" (%1 pending)", {std::to_string(pending)});
     return line;
 }
 
@@ -94,7 +105,7 @@ std::optional<std::string> Narration::activity(const Activity& activity) {
     const std::string detailed = std::exchange(justDetailed, {});
     justFailed = activity.error() ? activity.text : "";
     if (activity.error() && detailed.starts_with(activity.text)) return std::nullopt;
-    return (activity.error() ? "error: " : "") + oneLine(activity.text);
+    return (activity.error() ? translate("error:") + " " : "") + translateEngineText(oneLine(activity.text));
 }
 
 } // namespace zembrastel::cli

@@ -1,7 +1,6 @@
 // FileZilla's sitemanager.xml: <FileZilla3><Servers> with <Server> elements, in <Folder> elements or not.
 #include "model/error.h"
 #include "model/import/profile_import.h"
-#include "platform/base64.h"
 #include "platform/text.h"
 
 #include <charconv>

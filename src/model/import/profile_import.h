@@ -1,10 +1,12 @@
 // Profiles from files of other programs, and from this program's export.
 //
-// Pure functions, except readProfiles(), which reads one file; any thread. Nothing is saved: the caller shows the
-// result, lets the user complete it, and saves profiles and passwords. The file is not trusted: its size is limited,
-// entities are not expanded, and deep nesting does no harm. Errors are SyncErrors without a full stop at the end.
+// Pure functions, except readProfiles() and importable(), which read a file and a folder; any thread. Nothing is saved:
+// the caller shows the result, lets the user complete it, and saves profiles and passwords. The file is not trusted:
+// its size is limited, entities are not expanded, and deep nesting does no harm. Errors are SyncErrors without a full
+// stop at the end.
 #pragma once
 
+#include "model/error.h"
 #include "model/profile.h"
 
 #include <filesystem>
@@ -51,5 +53,15 @@ inline constexpr std::size_t largestImport = std::size_t{4} << 20U; // bytes
 // The parsers of the single formats, for findProfiles() only. Names may still be equal.
 [[nodiscard]] ProfilesFound profilesFromSiteManager(std::string_view xml);
 [[nodiscard]] ProfilesFound profilesFromWorkspace(std::string_view json, const std::filesystem::path& file);
+
+// The user must name another local folder first.
+class LocalFolderWanted : public SyncError {
+public:
+    using SyncError::SyncError;
+};
+
+// The profile as it is saved beside the others. Throws SyncError if it cannot be saved unchanged. Reads the local
+// folder, which may block.
+[[nodiscard]] Profile importable(const Profile& found, const std::vector<Profile>& others);
 
 } // namespace zembrastel

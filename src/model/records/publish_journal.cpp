@@ -35,6 +35,16 @@ void PublishJournal::announce(const AnnouncedFiles& batch) {
     writeAtomically(file(), encode(state));
 }
 
+void PublishJournal::update(const AnnouncedFiles& batch) {
+    AnnouncedFiles known;
+    for (const auto& [path, fingerprint] : batch.files) {
+        if (!newer.files.contains(path) && !older.files.contains(path)) continue;
+        known.files.set(path, fingerprint);
+        known.dates.set(path, batch.dates.at(path));
+    }
+    if (!known.files.empty()) announce(known);
+}
+
 AnnouncedFiles PublishJournal::read() const {
     try {
         auto json = readFile(file());

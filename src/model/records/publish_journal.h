@@ -31,6 +31,10 @@ public:
     // newest thousand: earlier ones were saved long ago.
     void announce(const AnnouncedFiles& batch);
 
+    // Announces those of these files that are in the journal. Their contents are live already, but their earlier
+    // versions must not count as the latest. Errors as above.
+    void update(const AnnouncedFiles& batch);
+
     // The files that this or an earlier run announced. Empty if there is no file, or a damaged one.
     [[nodiscard]] AnnouncedFiles read() const;
 

@@ -229,6 +229,7 @@ private:
         }
         for (const auto& [path, version] : findHidden(transport, unseen)) found.seen.set(path, version);
         const auto equal = transport.filesWithEqualContents(comparable());
+        found.hashes = equal;
         for (const auto& [path, version] : found.seen) {
             const Fingerprint& here = local.at(path);
             if (equal.contains(path)) {
@@ -302,7 +303,10 @@ private:
         const auto size = static_cast<std::uint64_t>(here.size);
         if (version.size != size || size > toFetch) return false;
         toFetch -= size;
-        return !transport.filesWithEqualContents({{path, here}}).empty();
+        auto equal = transport.filesWithEqualContents({{path, here}});
+        const bool isSame = !equal.empty();
+        found.hashes.merge(equal);
+        return isSame;
     }
 
     const FTPTransport& transport;

@@ -6,6 +6,7 @@
 #include "model/fingerprint.h"
 #include "model/records/publish_journal.h"
 #include "model/server_version.h"
+#include "platform/content_hash.h"
 #include "transport/compare/first_comparison.h"
 #include "transport/compare/remote_change.h"
 
@@ -51,6 +52,8 @@ struct ServerCheck {
     // not recorded (own uploads before a kill, and equal contents), and dates that the server reports differently since
     // its clock or time zone changed. There are more dates than files.
     AnnouncedFiles recognised = {};
+    // Of those among them whose contents were compared.
+    ContentHashes hashes = {};
     // Published files, locally unchanged since, that the server confirmed to be absent.
     std::set<std::string, std::less<>> missing = {};
     // With compareAll: published files, locally unchanged since, that are sent again. The server lacks them, or it has

@@ -1,4 +1,5 @@
 #include "model/error.h"
+#include "platform/text.h"
 #include "transport/ftp_transport.h"
 #include "transport/listing/listing_parsers.h"
 #include "transport/listing/remote_queries.h"
@@ -17,6 +18,21 @@ auto unlessAbsent(CurlCode absent, Ask ask) -> std::optional<decltype(ask())> {
         if (error.code == absent) return std::nullopt;
         throw;
     }
+}
+
+// The path in a reply to PWD: 257 "/home/web" is the current directory. Nullopt for another line.
+std::optional<std::string> reportedFolder(std::string_view reply) {
+    constexpr std::string_view beginning = "257 \"";
+    if (!reply.starts_with(beginning)) return std::nullopt;
+    std::string path;
+    for (reply.remove_prefix(beginning.size()); !reply.empty(); reply.remove_prefix(1)) {
+        if (reply.front() == '"') {
+            reply.remove_prefix(1);
+            if (!reply.starts_with('"')) return path; // a doubled quote belongs to the path
+        }
+        path += reply.front();
+    }
+    return std::nullopt;
 }
 
 } // namespace
@@ -75,6 +91,17 @@ bool FTPTransport::hasFile(std::string_view path) const {
 }
 
 void FTPTransport::createFolder() const { run("", true, {{"head"}, {"ftp-create-dirs"}}); }
+
+std::string FTPTransport::loginFolder() const {
+    FTPTransport atLogin = *this;
+    atLogin.profile.remoteFolder.clear();
+    const auto replies = atLogin.run("", true, {{"head"}, {"dump-header", "-"}});
+    for (const auto line : split(replies, '\n')) {
+        const auto path = reportedFolder(line);
+        if (path && path->starts_with('/') && isValidUtf8(*path)) return *path;
+    }
+    return "/";
+}
 
 std::size_t FTPTransport::test() const { return list("").size(); }
 

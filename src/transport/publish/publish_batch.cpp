@@ -86,6 +86,7 @@ void Batch::stage(Item& item) {
         const std::string copy = "upload" + (item.number == 0 ? "" : std::to_string(item.number));
         stagedCopies.push_back(stageCopy(
             transport.profile.localFolder, item.file.path, item.file.fingerprint, staging, copy, *transport.control));
+        if (events.staged) events.staged(item.file, copyOf(item));
         takeBeginning(item);
     } catch (const Cancelled&) {
         throw;

@@ -45,6 +45,9 @@ struct CompleteCopy {
 
 // Each begun file ends in `published`, `failed` or `notReplaced`, unless the work ends early.
 struct PublishEvents {
+    // The private copy of the file that is going to be sent, open for reading.
+    std::function<void(const FileToPublish&, int copy)> staged = {};
+
     // The file is being sent. Called again if the file is sent again.
     std::function<void(const FileToPublish&)> sending = {};
 

@@ -42,6 +42,7 @@ BackupsSheet::BackupsSheet(MainContext& mainContext, Profile shown, QWidget* par
     list->setAccessibleName(tr("Kept versions"));
     list->setPlaceholder(tr("Looking for backups…"), QString());
     layOutSheet(*this, head, tools, makeListCard(list, listInset), makeFoot());
+    closeButton->setDefault(true); // takes effect only once the button is inside its dialog
     addMessage();
     const QSize room = screen()->availableGeometry().size();
     setMinimumSize(scaledToText(smallestSize).boundedTo(room));
@@ -55,7 +56,7 @@ BackupsSheet::BackupsSheet(MainContext& mainContext, Profile shown, QWidget* par
 
 QLayout* BackupsSheet::makeHead() {
     return makeSheetHead(
-        *this, "arrow.clockwise", tr("Backups"),
+        *this, "clock", tr("Backups"),
         {tr("Whenever a local file of %1 is replaced, the old version is kept in .zembrastel-backups inside your local "
             "folder. Nothing is ever removed from there without you.")
              .arg(toQString(profile.name))});
@@ -71,9 +72,9 @@ QLayout* BackupsSheet::makeTools() {
 }
 
 QWidget* BackupsSheet::makeFoot() {
-    auto* const close = new PushButton(tr("Close"), ButtonKind::primary);
-    connect(close, &QPushButton::clicked, this, &QDialog::reject);
-    return makeSheetFoot({close});
+    closeButton = new PushButton(tr("Close"));
+    connect(closeButton, &QPushButton::clicked, this, &QDialog::reject);
+    return makeSheetFoot({closeButton});
 }
 
 void BackupsSheet::addMessage() {

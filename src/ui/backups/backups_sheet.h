@@ -57,6 +57,7 @@ private:
     QLabel* summary = nullptr;
     PushButton* openButton = nullptr;
     PushButton* restoreButton = nullptr;
+    PushButton* closeButton = nullptr;
     MessageStrip* message = nullptr;
     bool restoring = false;
 };

@@ -9,6 +9,19 @@
 
 namespace zembrastel::ui {
 
+namespace {
+
+// When the server was first refused for its key, as far as the log shows it.
+std::optional<std::chrono::system_clock::time_point> firstRefusal(const ProfileStatus& status) {
+    std::optional<std::chrono::system_clock::time_point> first;
+    for (const auto& line : status.activity) {
+        if (line.failure && line.failure->code == CurlCode::wrongKey) first = line.date; // the newest line is first
+    }
+    return first;
+}
+
+} // namespace
+
 void CertificateReview::start(const Uuid& id, QWidget& parent) {
     const Profile* const saved = bridge.model().profile(id);
     if (saved == nullptr) return; // removed meanwhile
@@ -56,8 +69,8 @@ void CertificateReview::show(const Profile& inspected, const Result& result, QWi
         return;
     }
     auto* const sheet = new CertificateSheet(
-        *now, seen, std::chrono::system_clock::now(), [this, id = now->id](const TrustedKey& key) { trust(id, key); },
-        &parent);
+        *now, seen, {.firstSeen = firstRefusal(bridge.model().status(now->id))},
+        [this, id = now->id](const TrustedKey& key) { trust(id, key); }, &parent);
     sheet->setAttribute(Qt::WA_DeleteOnClose);
     sheet->open();
 }

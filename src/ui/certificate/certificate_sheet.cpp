@@ -11,7 +11,6 @@
 #include "ui/widgets/wrap_label.h"
 
 #include <QClipboard>
-#include <QFontDatabase>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QScreen>
@@ -72,15 +71,18 @@ QLabel* makeSelectable(const QString& text) {
 }
 
 QLabel* makeKey(const KeyHash& key) {
-    auto* const label = makeLabel(keyInLines(key), TextStyle::body);
-    QFont font = label->font();
-    const QString family = QFontDatabase::systemFont(QFontDatabase::FixedFont).family();
-    font.setFamilies({QFontDatabase::isFixedPitch(family) ? family : QStringLiteral("monospace")});
-    font.setStyleHint(QFont::Monospace);
-    label->setFont(font);
+    auto* const label = makeLabel(keyInLines(key), TextStyle::fixedWidth);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     label->setFocusPolicy(Qt::ClickFocus);
     return label;
+}
+
+QString firstSeenText(std::chrono::system_clock::time_point seen, std::chrono::system_clock::time_point now) {
+    const QDateTime first = localTime(seen);
+    const QString time = shortTime(first.time(), QLocale());
+    return first.date() == localTime(now).date()
+               ? CertificateSheet::tr("First seen today, %1").arg(time)
+               : CertificateSheet::tr("First seen on %1, %2").arg(shortDayWithMonthName(first.date()), time);
 }
 
 PushButton* makeCopy(const KeyHash& key) {
@@ -112,9 +114,9 @@ QVBoxLayout* addRow(QVBoxLayout& rows, const QString& label, QLabel* value, QWid
 } // namespace
 
 CertificateSheet::CertificateSheet(
-    Profile shown, InspectedCertificate inspected, std::chrono::system_clock::time_point time, Trust trust,
-    QWidget* parent)
-    : QDialog(parent), profile(std::move(shown)), seen(std::move(inspected)), now(time), onTrust(std::move(trust)) {
+    Profile shown, InspectedCertificate inspected, Times times, Trust trust, QWidget* parent)
+    : QDialog(parent), profile(std::move(shown)), seen(std::move(inspected)), now(times.now),
+      firstSeen(times.firstSeen.value_or(times.now)), onTrust(std::move(trust)) {
     setWindowModality(Qt::WindowModal);
     auto* const body = new QVBoxLayout;
     body->setContentsMargins(margin, 20, margin, 16);
@@ -184,7 +186,7 @@ void CertificateSheet::addKeys(QVBoxLayout& rows) {
     addNote(*addRow(rows, tr("Trusted key"), makeKey(trusted.key)), tr("Trusted on %1").arg(since));
     addNote(
         *addRow(rows, tr("Key shown now"), makeKey(certificate.key), makeCopy(certificate.key)),
-        tr("Seen today, %1").arg(shortTime(localTime(now).time(), QLocale())));
+        firstSeenText(firstSeen, now));
     addRow(rows, tr("Issued for"), makeSelectable(toQString(printable(certificate.issuedFor))));
     addRow(
         rows, tr("Valid"),

@@ -10,7 +10,9 @@
 
 #include <QDialog>
 
+#include <chrono>
 #include <functional>
+#include <optional>
 
 class QVBoxLayout;
 
@@ -22,10 +24,14 @@ class CertificateSheet : public QDialog {
 public:
     using Trust = std::function<void(const TrustedKey& key)>;
 
-    // `inspected` is what the profile's server has shown at `now`. Calls `trust` if the user decides to trust its key.
-    CertificateSheet(
-        Profile shown, InspectedCertificate inspected, std::chrono::system_clock::time_point now, Trust trust,
-        QWidget* parent);
+    struct Times {
+        std::chrono::system_clock::time_point now = std::chrono::system_clock::now();
+        // When the server first showed another key than the trusted one; nullopt for now.
+        std::optional<std::chrono::system_clock::time_point> firstSeen = std::nullopt;
+    };
+
+    // `inspected` is what the profile's server shows now. Calls `trust` if the user decides to trust its key.
+    CertificateSheet(Profile shown, InspectedCertificate inspected, Times times, Trust trust, QWidget* parent);
 
 private:
     [[nodiscard]] QLayout* makeHead();
@@ -39,6 +45,7 @@ private:
     const Profile profile;
     const InspectedCertificate seen;
     const std::chrono::system_clock::time_point now;
+    const std::chrono::system_clock::time_point firstSeen;
     const Trust onTrust;
     QPushButton* dismissButton = nullptr;
 };

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "ui/content_picker/content_tree_model.h"
-#include "ui/widgets/row_painter.h"
+#include "ui/widgets/tree_row.h"
 
 #include <QStyledItemDelegate>
 
@@ -16,11 +16,9 @@ public:
 
     ContentDelegate(const ContentTreeModel& rowModel, QObject* parent);
 
-    [[nodiscard]] static int height();
-
-    // The part under a point of the viewport. `row` is the row's place in the list.
+    // The part under a point of the viewport. `whole` is the row's place in the list.
     [[nodiscard]] Part partAt(
-        const QRect& row, const QModelIndex& index, const QPoint& point, Qt::LayoutDirection direction) const;
+        const QRect& whole, const QModelIndex& index, const QPoint& point, Qt::LayoutDirection direction) const;
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
     [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
@@ -28,11 +26,9 @@ public:
 private:
     struct Places;
 
-    [[nodiscard]] Places placesOf(const QRect& whole, const ContentLine& line, const QString& shown) const;
-    void placeEntry(Places& at, const ContentLine& line, const QString& name) const;
+    [[nodiscard]] Places placesOf(const TreeRow& row, const ContentLine& line, const QString& name) const;
     void markMatch(RowPainter& painter, const QRect& nameAt, TextStyle style, const QString& name) const;
     void paintEntry(RowPainter& painter, const Places& at, const ContentLine& line, const QString& name) const;
-    static void paintMessage(RowPainter& painter, const Places& at, ContentLine::Kind kind, const QString& shown);
 
     const ContentTreeModel& rows;
 };

@@ -91,7 +91,7 @@ QWidget* RemoteDownloadPicker::makeFoot() {
 }
 
 std::optional<TickedKinds> RemoteDownloadPicker::kinds() const {
-    return countTicked(selection(), [this](const std::string& path) { return rows->isFolder(path); });
+    return countTicked(selection(), [this](const std::string& path) { return rows->isListedFolder(path); });
 }
 
 bool RemoteDownloadPicker::hasNothingToDownload() const {

@@ -3,8 +3,6 @@
 #include "ui/theme/qt_text.h"
 #include "ui/theme/text_style.h"
 
-#include <algorithm>
-#include <iterator>
 #include <optional>
 #include <string_view>
 #include <unordered_map>
@@ -111,19 +109,8 @@ ContentMatches findContents(const RemoteBrowserModel& browser, const QString& te
     return Search(browser, text).run();
 }
 
-LineChange changeBetween(const std::vector<ContentLine>& former, const std::vector<ContentLine>& next) {
-    const auto top = std::ranges::mismatch(former, next);
-    const auto most = std::min(former.end() - top.in1, next.end() - top.in2);
-    const auto bottom = std::mismatch(former.rbegin(), former.rbegin() + most, next.rbegin());
-    const auto same = bottom.first - former.rbegin();
-    return {
-        .first = static_cast<int>(top.in1 - former.begin()),
-        .formerEnd = static_cast<int>(std::ssize(former) - same),
-        .nextEnd = static_cast<int>(std::ssize(next) - same)};
-}
-
 ContentTreeModel::ContentTreeModel(DownloadSelection selection, QObject* parent)
-    : QAbstractListModel(parent), chosen(std::move(selection)) {}
+    : FoldingRows(parent), chosen(std::move(selection)) {}
 
 void ContentTreeModel::follow(RemoteBrowserModel& next) {
     beginResetModel();
@@ -213,6 +200,11 @@ QString ContentTreeModel::accessibleText(const ContentLine& line) const {
     return (parts + badges(line)).join(QStringLiteral(", "));
 }
 
+QString ContentTreeModel::describe(const QModelIndex& row) const {
+    const QString size = sizeOf(line(row));
+    return size.isEmpty() ? levelOf(row) : levelOf(row) + QStringLiteral(", ") + size;
+}
+
 int ContentTreeModel::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : static_cast<int>(lines.size());
 }
@@ -226,7 +218,7 @@ QVariant ContentTreeModel::data(const QModelIndex& index, int role) const {
     case Qt::ToolTipRole:
         return asToolTip(shown.isEntry() ? toQString(shown.path) : shownText(shown));
     case Qt::AccessibleDescriptionRole:
-        return sizeOf(shown);
+        return describe(index);
     case Qt::AccessibleTextRole:
         return accessibleText(shown);
     case Qt::CheckStateRole:
@@ -253,14 +245,7 @@ Qt::CheckState ContentTreeModel::checkState(const ContentLine& line) const {
     return Qt::Unchecked;
 }
 
-QModelIndex ContentTreeModel::folderOf(const QModelIndex& child) const {
-    for (int row = child.row() - 1; row >= 0; --row) {
-        if (lines[std::size_t(row)].depth < line(child).depth) return index(row);
-    }
-    return {};
-}
-
-std::optional<bool> ContentTreeModel::isFolder(const std::string& path) const {
+std::optional<bool> ContentTreeModel::isListedFolder(const std::string& path) const {
     const auto kind = kinds.find(path);
     return kind == kinds.end() ? std::nullopt : std::optional(kind->second);
 }
@@ -296,22 +281,8 @@ void ContentTreeModel::folderChanged(const std::string& path) {
 
 void ContentTreeModel::expandedChanged(const std::string&) { update(); }
 
-// Replaces only the lines between the unchanged ones above and below, so that the view keeps its place.
 void ContentTreeModel::update() {
-    std::vector<ContentLine> next = wantedLines();
-    const auto [first, formerEnd, nextEnd] = changeBetween(lines, next);
-    if (formerEnd > first) {
-        beginRemoveRows({}, first, formerEnd - 1);
-        lines.erase(lines.begin() + first, lines.begin() + formerEnd);
-        endRemoveRows();
-    }
-    if (nextEnd > first) {
-        beginInsertRows({}, first, nextEnd - 1);
-        lines.insert(
-            lines.begin() + first, std::move_iterator(next.begin() + first),
-            std::move_iterator(next.begin() + nextEnd));
-        endInsertRows();
-    }
+    replaceLines(lines, wantedLines());
     notifyAllChanged();
 }
 

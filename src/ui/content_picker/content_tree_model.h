@@ -6,8 +6,7 @@
 
 #include "app/remote_browser_model.h"
 #include "model/download_selection.h"
-
-#include <QAbstractListModel>
+#include "ui/widgets/folding_list.h"
 
 #include <memory>
 #include <optional>
@@ -47,17 +46,7 @@ struct ContentMatches {
 
 [[nodiscard]] ContentMatches findContents(const RemoteBrowserModel& browser, const QString& text);
 
-// The difference between two lists of lines: the former lines [first, formerEnd) were replaced by the next lines
-// [first, nextEnd).
-struct LineChange {
-    int first = 0;
-    int formerEnd = 0;
-    int nextEnd = 0;
-};
-
-[[nodiscard]] LineChange changeBetween(const std::vector<ContentLine>& former, const std::vector<ContentLine>& next);
-
-class ContentTreeModel : public QAbstractListModel, private RemoteBrowserObserver {
+class ContentTreeModel : public FoldingRows, private RemoteBrowserObserver {
     Q_OBJECT
 
 public:
@@ -80,23 +69,25 @@ public:
     [[nodiscard]] bool isOpen(const ContentLine& line) const;
     [[nodiscard]] Qt::CheckState checkState(const ContentLine& line) const;
     [[nodiscard]] bool isExcluded(const ContentLine& line) const;
-    // "Local only", "Excluded" and "Empty folder", as far as they apply.
     // Of a file, if it is known.
     [[nodiscard]] QString sizeOf(const ContentLine& line) const;
+    // "Local only", "Excluded" and "Empty folder", as far as they apply.
     [[nodiscard]] QStringList badges(const ContentLine& line) const;
     [[nodiscard]] QString shownText(const ContentLine& line) const;
 
-    // The folder that contains the line; invalid for lines at the top of the tree.
-    [[nodiscard]] QModelIndex folderOf(const QModelIndex& child) const;
+    [[nodiscard]] int depthOf(const QModelIndex& row) const override { return line(row).depth; }
+    [[nodiscard]] bool isFolder(const QModelIndex& row) const override { return line(row).isFolder(); }
+    [[nodiscard]] bool isOpen(const QModelIndex& row) const override { return isOpen(line(row)); }
+    [[nodiscard]] bool isMessage(const QModelIndex& row) const override { return !line(row).isEntry(); }
 
     // Whether the ticked path is a folder; nullopt if it was not listed.
-    [[nodiscard]] std::optional<bool> isFolder(const std::string& path) const;
+    [[nodiscard]] std::optional<bool> isListedFolder(const std::string& path) const;
 
     // A partially ticked line becomes fully ticked.
     void toggleTick(const QModelIndex& index);
     void tickEverything(bool ticked);
-    void toggleFold(const QModelIndex& index);
-    void retry(const QModelIndex& index);
+    void toggleFold(const QModelIndex& index) override;
+    void retry(const QModelIndex& index) override;
 
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
@@ -104,6 +95,7 @@ public:
 
 private:
     [[nodiscard]] QString failureOf(const ContentLine& line) const;
+    [[nodiscard]] QString describe(const QModelIndex& row) const;
     [[nodiscard]] QString accessibleText(const ContentLine& line) const;
     void folderChanged(const std::string& path) override;
     void expandedChanged(const std::string& path) override;

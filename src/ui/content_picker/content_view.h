@@ -1,16 +1,14 @@
-// The view of the content picker's tree.
+// The view of the content picker's tree: a folding list in which Space ticks.
 //
-// Main thread. Up and Down move, Left and Right fold, Space ticks, Enter retries a failed listing.
+// Main thread.
 #pragma once
 
 #include "ui/content_picker/content_delegate.h"
-#include "ui/widgets/row_list.h"
-
-#include <optional>
+#include "ui/widgets/folding_list.h"
 
 namespace zembrastel::ui {
 
-class ContentView : public RowList {
+class ContentView : public FoldingList {
     Q_OBJECT
 
 public:
@@ -21,17 +19,9 @@ protected:
     void partClicked(const QModelIndex& row, int part) override;
     [[nodiscard]] bool keyPressed(const QModelIndex& row, int key) override;
 
-    void rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last) override;
-    void rowsInserted(const QModelIndex& parent, int first, int last) override;
-    void dataChanged(const QModelIndex& first, const QModelIndex& last, const QList<int>& roles) override;
-
 private:
-    void unfold(const QModelIndex& row);
-    void fold(const QModelIndex& row);
-
     ContentTreeModel& rows;
     ContentDelegate* delegate;
-    std::optional<int> rowToRestore;
 };
 
 } // namespace zembrastel::ui

@@ -12,10 +12,29 @@ namespace zembrastel::ui {
 namespace {
 
 const QString trayKey = QStringLiteral("tray");
+const QString networkKey = QStringLiteral("network");
 
-// Each profile has one notification for failure and recovery, and one for its review.
+// Each profile has one notification for failure and recovery, one for its review, and one for its choice.
 QString healthKey(const Uuid& id) { return QStringLiteral("health ") + toQString(id.text()); }
 QString reviewKey(const Uuid& id) { return QStringLiteral("review ") + toQString(id.text()); }
+
+QString choiceKey(const Uuid& id) { return QStringLiteral("choice ") + toQString(id.text()); }
+
+QString keyOf(const Notice& notice) {
+    switch (notice.kind) {
+    case Notice::Kind::reviewWaits:
+    case Notice::Kind::reviewIsOver:
+        return reviewKey(notice.id);
+    case Notice::Kind::choiceWaits:
+    case Notice::Kind::choiceIsOver:
+        return choiceKey(notice.id);
+    case Notice::Kind::noNetwork:
+    case Notice::Kind::networkIsBack:
+        return networkKey;
+    default:
+        return healthKey(notice.id);
+    }
+}
 
 } // namespace
 
@@ -54,9 +73,7 @@ void Notifier::check() {
 // Notifications shown before the user switched them off are still withdrawn.
 void Notifier::show(const Notice& notice) {
     const Profile* const profile = bridge.model().profile(notice.id);
-    const QString key = notice.kind == Notice::Kind::reviewWaits || notice.kind == Notice::Kind::reviewIsOver
-                            ? reviewKey(notice.id)
-                            : healthKey(notice.id);
+    const QString key = keyOf(notice);
     if (profile == nullptr || !settings.notifies()) {
         desktop.close(key);
         return;
@@ -71,11 +88,34 @@ void Notifier::show(const Notice& notice) {
     case Notice::Kind::recovered:
         showRecovery(key, *profile);
         break;
+    case Notice::Kind::choiceWaits:
+        showChoice(key, *profile);
+        break;
+    case Notice::Kind::noNetwork:
+        showNetwork();
+        break;
     case Notice::Kind::reviewIsOver:
+    case Notice::Kind::choiceIsOver:
+    case Notice::Kind::networkIsBack:
     case Notice::Kind::failureIsOver:
         desktop.close(key);
         break;
     }
+}
+
+void Notifier::showNetwork() {
+    const Explanation explanation = explain({.kind = Failure::Kind::noNetwork}, {});
+    desktop.show(
+        networkKey, {.title = toQString(explanation.heading.text()),
+                     .text = tr("Nothing is wrong with your profiles. Zembrastel goes on when the network is back."),
+                     .action = tr("Open window")});
+}
+
+void Notifier::showChoice(const QString& key, const Profile& profile) {
+    desktop.show(
+        key, {.title = tr("%1: choose what to upload").arg(onOneLine(toQString(profile.name))),
+              .text = tr("Some files are on the server already. Uploads are paused until you choose."),
+              .action = tr("Choose")});
 }
 
 void Notifier::showReview(const QString& key, const Profile& profile) {
@@ -114,7 +154,7 @@ void Notifier::explainTray() {
 
 void Notifier::act(const QString& key) {
     for (const auto& profile : bridge.model().profiles()) {
-        if (key != reviewKey(profile.id) && key != healthKey(profile.id)) continue;
+        if (key != reviewKey(profile.id) && key != healthKey(profile.id) && key != choiceKey(profile.id)) continue;
         const Uuid id = profile.id;
         Q_EMIT profileRequested(id);
         return;

@@ -36,6 +36,8 @@ private:
     void scheduleCheck();
     void check();
     void show(const Notice& notice);
+    void showNetwork();
+    void showChoice(const QString& key, const Profile& profile);
     void showReview(const QString& key, const Profile& profile);
     void showFailure(const QString& key, const Profile& profile);
     void showRecovery(const QString& key, const Profile& profile);

@@ -1,6 +1,6 @@
 #include "ui/import/import_list.h"
 
-#include "app/profile_takeover.h"
+#include "model/import/profile_import.h"
 #include "ui/theme/qt_text.h"
 #include "ui/theme/text_style.h"
 #include "ui/theme/theme.h"

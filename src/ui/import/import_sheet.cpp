@@ -1,6 +1,6 @@
 #include "ui/import/import_sheet.h"
 
-#include "app/profile_takeover.h"
+#include "model/import/profile_import.h"
 #include "platform/standard_paths.h"
 #include "ui/import/import_list.h"
 #include "ui/theme/qt_text.h"

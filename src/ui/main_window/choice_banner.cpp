@@ -4,12 +4,11 @@
 #include "ui/theme/qt_text.h"
 #include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
+#include "ui/widgets/banner_layout.h"
 #include "ui/widgets/symbol_widgets.h"
 
 #include <QAccessible>
-#include <QGridLayout>
 #include <QShortcut>
-#include <QVBoxLayout>
 
 namespace zembrastel::ui {
 namespace {
@@ -73,20 +72,9 @@ ChoiceBanner::ChoiceBanner(QWidget* parent)
       sendAll(new PushButton(QString())), stop(new PushButton(tr("Stop comparing"))),
       actions(new ButtonFlow({adopt, compare, sendAll})) {
     setSurface(*this, Surface::infoBanner);
-    heading->setContentsMargins(0, 2, 0, 0); // in line with the symbol
-    auto* const texts = new QVBoxLayout;
-    texts->setSpacing(4);
-    texts->addWidget(heading);
-    texts->addWidget(text);
-    auto* const layout = new QGridLayout(this);
-    layout->setContentsMargins(readingMargins(16, 12, 12, 12));
-    layout->setHorizontalSpacing(12);
-    layout->setVerticalSpacing(12);
-    layout->setColumnStretch(1, 1);
-    layout->addWidget(new SymbolView("server"), 0, 0, Qt::AlignTop);
-    layout->addLayout(texts, 0, 1);
-    layout->addWidget(stop, 0, 2);
-    layout->addWidget(actions, 1, 1, 1, 2);
+    auto* const layout = layOutBanner(*this, new SymbolView("server"), {heading, text});
+    layout->addWidget(stop, 0, bannerTextColumn + 1);
+    layout->addWidget(actions, 1, bannerTextColumn, 1, 2);
     connect(adopt, &QPushButton::clicked, this, [this] { Q_EMIT adoptRequested(Adoption::alike); });
     connect(sendAll, &QPushButton::clicked, this, [this] { Q_EMIT adoptRequested(Adoption::nothing); });
     connect(compare, &QPushButton::clicked, this, &ChoiceBanner::compareRequested);

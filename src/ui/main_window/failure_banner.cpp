@@ -4,6 +4,7 @@
 #include "ui/theme/qt_text.h"
 #include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
+#include "ui/widgets/banner_layout.h"
 #include "ui/widgets/button_flow.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/row_painter.h"
@@ -11,9 +12,7 @@
 #include "ui/widgets/wrap_label.h"
 
 #include <QAccessible>
-#include <QGridLayout>
 #include <QLocale>
-#include <QVBoxLayout>
 
 #include <algorithm>
 #include <array>
@@ -81,23 +80,13 @@ FailureBanner::FailureBanner(QWidget* parent)
       flow(new ButtonFlow({certificate, keys, create, edit, retry, skip, pause, details})),
       divider(makeDivider(Qt::Horizontal)), words(makeWords()) {
     setSurface(*this, Surface::warningBanner);
-    heading->setContentsMargins(0, 2, 0, 0); // in line with the symbol
     retry->setSymbol("arrow.clockwise");
-    auto* const texts = new QVBoxLayout;
-    texts->setSpacing(4);
-    texts->addWidget(heading);
-    texts->addWidget(text);
-    auto* const layout = new QGridLayout(this);
-    layout->setContentsMargins(readingMargins(16, 12, 12, 12));
-    layout->setHorizontalSpacing(12);
-    layout->setVerticalSpacing(12);
-    layout->setColumnStretch(1, 1);
-    layout->addWidget(triangle, 0, 0, Qt::AlignTop);
+    auto* const layout = layOutBanner(*this, triangle, {heading, text});
     layout->addWidget(clock, 0, 0, Qt::AlignTop);
-    layout->addLayout(texts, 0, 1);
-    layout->addWidget(flow, 1, 1);
-    layout->addWidget(divider, 2, 1);
-    layout->addWidget(words, 3, 1);
+    int row = 1;
+    for (QWidget* const part : {static_cast<QWidget*>(flow), divider, static_cast<QWidget*>(words)}) {
+        layout->addWidget(part, row++, bannerTextColumn);
+    }
     connect(certificate, &QPushButton::clicked, this, &FailureBanner::certificateRequested);
     connect(keys, &QPushButton::clicked, this, &FailureBanner::certificateRequested);
     connect(create, &QPushButton::clicked, this, &FailureBanner::createFolderRequested);

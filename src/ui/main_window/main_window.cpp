@@ -216,15 +216,6 @@ void MainWindow::askToSendAll(const Uuid& id) {
         tr("Send everything"), [this, id] { sendAll(id); });
 }
 
-void MainWindow::offerToSendAll(const Uuid& id) {
-    ConfirmDialog::ask(
-        this, tr("Nothing has been sent to the new place yet"),
-        tr("The files that are recorded as uploaded are in the old place. From now on only changed files are uploaded "
-           "to the new one. To upload everything, each file is compared with the server first: identical files are "
-           "skipped, and if the server has another version, you decide first. A paused profile starts watching."),
-        tr("Send everything"), [this, id] { sendAll(id); }, tr("Not now"));
-}
-
 void MainWindow::sendAll(const Uuid& id) {
     try {
         bridge.model().sendAgain(id, Resend::everything);

@@ -58,9 +58,6 @@ public:
     // The owner adds entries below the window's own.
     [[nodiscard]] WindowMenu& menu() const { return sidebar->menu(); }
 
-    // Offers to upload everything to the new place of a profile on a server.
-    void offerToSendAll(const Uuid& id);
-
     // Shows or hides a quit button, needed on a desktop without a tray. A click emits quitRequested().
     void offerQuit(bool offered);
 

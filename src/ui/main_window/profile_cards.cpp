@@ -5,6 +5,8 @@
 #include "ui/theme/qt_text.h"
 #include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
+#include "ui/widgets/banner_layout.h"
+#include "ui/widgets/button_flow.h"
 #include "ui/widgets/symbol_widgets.h"
 
 #include <QGridLayout>
@@ -26,22 +28,6 @@ QString firstPaths(const PathSet& paths) {
     const int more = static_cast<int>(paths.size()) - maxPaths;
     if (more > 0) lines << DetailBanners::tr("and %n more", nullptr, more);
     return lines.join(u'\n');
-}
-
-// A banner's symbol and text above two buttons: the caller adds symbol and text to the first row.
-QGridLayout& layOutWithActions(QFrame& banner, QWidget& first, QWidget& second) {
-    auto* const actions = new QHBoxLayout;
-    actions->setSpacing(8);
-    actions->addWidget(&first);
-    actions->addWidget(&second);
-    actions->addStretch(1);
-    auto* const layout = new QGridLayout(&banner);
-    layout->setContentsMargins(readingMargins(16, 12, 12, 12));
-    layout->setHorizontalSpacing(12);
-    layout->setVerticalSpacing(12);
-    layout->setColumnStretch(1, 1);
-    layout->addLayout(actions, 1, 1);
-    return *layout;
 }
 
 // The banner has the failure itself.
@@ -187,15 +173,9 @@ QFrame* DetailBanners::makeMissingBanner() {
 
 QFrame* DetailBanners::makeServerLacksBanner() {
     QFrame* const banner = makeSurface(Surface::infoBanner);
-    auto* const texts = new QVBoxLayout;
-    texts->setSpacing(4);
-    missingHeading->setContentsMargins(0, 2, 0, 0); // in line with the symbol
-    texts->addWidget(missingHeading);
-    texts->addWidget(missingText);
-    texts->addWidget(missingPaths);
-    QGridLayout& layout = layOutWithActions(*banner, *send, *leave);
-    layout.addWidget(new SymbolView("file.missing"), 0, 0, Qt::AlignTop);
-    layout.addLayout(texts, 0, 1);
+    auto* const actions = new ButtonFlow({send, leave});
+    layOutBanner(*banner, new SymbolView("file.missing"), {missingHeading, missingText, missingPaths})
+        ->addWidget(actions, 1, bannerTextColumn);
     return banner;
 }
 

@@ -57,8 +57,13 @@ QRect wholeRow(const QStyleOptionViewItem& option) {
     return option.rect.adjusted(0, 0, scrolls ? sideInset : 0, 0);
 }
 
+// Watching goes on without these files.
+bool hasRefusedFiles(const ProfileStatus& status) {
+    return !status.unsaved && !status.failed() && !status.refused.empty();
+}
+
 QColor titleColour(const ProfileStatus& status, bool selected) {
-    if (status.failed()) return colours().warnText;
+    if (status.failed() || hasRefusedFiles(status)) return colours().warnText;
     return selected ? colours().selectedDim : colours().dim;
 }
 
@@ -90,11 +95,16 @@ const ProfileStatus& ProfileListModel::statusAt(const QModelIndex& index) const 
 
 bool ProfileListModel::runningAt(const QModelIndex& index) const { return bridge.model().running(idAt(index)); }
 
-QString ProfileListModel::summaryAt(const QModelIndex& index) const {
-    const ProfileStatus& status = statusAt(index);
-    const auto missing = bridge.model().missingOnServer(idAt(index)).size();
+QString profileSummary(const ProfileStatus& status, std::size_t missing) {
+    if (hasRefusedFiles(status)) {
+        return ProfileListModel::tr("%n files cannot be uploaded", nullptr, static_cast<int>(status.refused.size()));
+    }
     if (missing == 0 || status.unsaved || status.phase != Phase::watching) return toQString(status.title());
-    return tr("%n files are missing", nullptr, static_cast<int>(missing));
+    return ProfileListModel::tr("%n files are missing", nullptr, static_cast<int>(missing));
+}
+
+QString ProfileListModel::summaryAt(const QModelIndex& index) const {
+    return profileSummary(statusAt(index), bridge.model().missingOnServer(idAt(index)).size());
 }
 
 int ProfileListModel::rowCount(const QModelIndex& parent) const {
@@ -159,9 +169,12 @@ void ProfileListDelegate::paint(QPainter* painter, const QStyleOptionViewItem& o
     to.focusRing(plate);
     const QRect symbol(row.left() + symbolLeft, row.top(), StatusSymbol::side, row.height());
     if (auto* const view = qobject_cast<const QAbstractScrollArea*>(option.widget)) {
+        const ProfileStatus& status = rows.statusAt(index);
         paintStatus(
             *painter, QStyle::visualRect(option.direction, option.rect, symbol),
-            present(rows.statusAt(index), rows.runningAt(index)), *view->viewport());
+            hasRefusedFiles(status) ? StatusPresentation{"exclamationmark.circle", &Colours::warn, false}
+                                    : present(status, rows.runningAt(index)),
+            *view->viewport());
     }
     paintTexts(to, row, index);
     if (to.selected() || to.hovered()) paintMore(to, row);

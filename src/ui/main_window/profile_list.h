@@ -14,6 +14,9 @@
 
 namespace zembrastel::ui {
 
+// The second line of a profile's row; `missing` files are known to be missing on the server.
+[[nodiscard]] QString profileSummary(const ProfileStatus& status, std::size_t missing);
+
 class ProfileListModel : public QAbstractListModel {
     Q_OBJECT
 

@@ -4,12 +4,12 @@
 #include "ui/theme/qt_text.h"
 #include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
+#include "ui/widgets/banner_layout.h"
 #include "ui/widgets/elide_label.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/symbol_widgets.h"
 #include "ui/widgets/wrap_label.h"
 
-#include <QGridLayout>
 #include <QHBoxLayout>
 
 #include <utility>
@@ -25,20 +25,9 @@ RefusedFilesBanner::RefusedFilesBanner(QWidget* parent)
     : QFrame(parent), heading(new WrapLabel(QString(), TextStyle::strong)), text(new WrapLabel(QString())),
       rows(new QVBoxLayout) {
     setSurface(*this, Surface::warningBanner);
-    heading->setContentsMargins(0, 2, 0, 0); // in line with the symbol
-    auto* const texts = new QVBoxLayout;
-    texts->setSpacing(4);
-    texts->addWidget(heading);
-    texts->addWidget(text);
     rows->setSpacing(8);
-    auto* const layout = new QGridLayout(this);
-    layout->setContentsMargins(readingMargins(16, 12, 12, 12));
-    layout->setHorizontalSpacing(12);
-    layout->setVerticalSpacing(8);
-    layout->setColumnStretch(1, 1);
-    layout->addWidget(new SymbolView("exclamationmark.triangle", &Colours::warn), 0, 0, Qt::AlignTop);
-    layout->addLayout(texts, 0, 1);
-    layout->addLayout(rows, 1, 1);
+    auto* const triangle = new SymbolView("exclamationmark.triangle", &Colours::warn);
+    layOutBanner(*this, triangle, {heading, text}, 8)->addLayout(rows, 1, bannerTextColumn);
 }
 
 void RefusedFilesBanner::setFiles(const ProfileStatus& status, const Profile& owner) {

@@ -20,7 +20,7 @@ constexpr int focusRingSpace = 3;
 
 } // namespace
 
-WindowMenu::WindowMenu(QWidget* parent) : PushButton("ellipsis", tr("Menu"), parent), entries(new QMenu(this)) {
+WindowMenu::WindowMenu(QWidget* parent) : PushButton("ellipsis", tr("Program menu"), parent), entries(new QMenu(this)) {
     connect(this, &QPushButton::clicked, this, &WindowMenu::open);
 }
 

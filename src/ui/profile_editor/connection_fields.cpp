@@ -53,14 +53,30 @@ ConnectionFields::ConnectionFields(const Profile& profile, QWidget* parent)
     login->addLayout(makeField(tr("Password"), passwordField), 1);
     column->addLayout(login);
 
-    remoteFolderField->setPlaceholderText(QStringLiteral("/public_html"));
-    column->addLayout(makeField(
-        tr("Remote folder"), remoteFolderField,
-        new WrapLabel(
-            tr("Paths beginning with / start at the FTP root. Other paths start in the login folder."),
-            TextStyle::small, Tone::dim)));
+    addRemoteFolder(*column);
     column->addStretch(1);
     showTrustedKey();
+}
+
+void ConnectionFields::addRemoteFolder(QVBoxLayout& column) {
+    remoteFolderField->setPlaceholderText(QStringLiteral("/public_html"));
+    auto* const choose = new PushButton(tr("Choose a folder…"), ButtonKind::outlined, this);
+    choose->setAccessibleName(tr("Choose a remote folder"));
+    connect(choose, &QPushButton::clicked, this, &ConnectionFields::remoteFolderRequested);
+    auto* const row = makeLayout<QHBoxLayout>(8);
+    row->addWidget(remoteFolderField, 1);
+    row->addWidget(choose);
+    auto* const part = makeField(tr("Remote folder"), remoteFolderField, row);
+    part->addWidget(new WrapLabel(
+        tr("Paths beginning with / start at the FTP root. Other paths start in the login folder."), TextStyle::small,
+        Tone::dim));
+    column.addLayout(part);
+}
+
+void ConnectionFields::enterRemoteFolder(const std::string& folder) {
+    remoteFolderField->setText(toQString(folder));
+    Q_EMIT connectionEdited();
+    Q_EMIT edited();
 }
 
 void ConnectionFields::setTrustedKey(const TrustedKey& key) {

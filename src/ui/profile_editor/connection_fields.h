@@ -7,6 +7,7 @@
 #include <QAction>
 #include <QComboBox>
 #include <QLineEdit>
+#include <QVBoxLayout>
 #include <QWidget>
 
 namespace zembrastel::ui {
@@ -26,6 +27,9 @@ public:
     // Trusts the key in place of the one that is shown.
     void setTrustedKey(const TrustedKey& key);
 
+    // As if the user had entered it.
+    void enterRemoteFolder(const std::string& folder);
+
     // Shows the password and enables the field.
     void setPassword(const std::string& password);
     // Disables the field, with a note, until setPassword() is called.
@@ -38,8 +42,10 @@ Q_SIGNALS:
     // The user changed a field. connectionEdited() is not emitted for the name.
     void edited();
     void connectionEdited();
+    void remoteFolderRequested();
 
 private:
+    void addRemoteFolder(QVBoxLayout& column);
     void changeProtocol(int index);
     void showTrustedKey();
     void addPasswordToggle();

@@ -44,6 +44,7 @@ ContentFields::ContentFields(const Profile& shown, bool isNew, QWidget* parent) 
     addSyncContents(*column, isNew);
     column->addWidget(makeDivider(Qt::Horizontal));
     addOptions(*column);
+    addComparison(*column, shown);
     column->addStretch(1);
     followOptions(shown);
     showAdvanced(false);
@@ -53,6 +54,7 @@ void ContentFields::addLocalFolder(QVBoxLayout& column, const Profile& profile) 
     localFolderField = new QLineEdit(toQString(profile.localFolder), this);
     connect(localFolderField, &QLineEdit::textEdited, this, &ContentFields::edited);
     auto* const choose = new PushButton(tr("Choose a folder…"), ButtonKind::outlined, this);
+    choose->setAccessibleName(tr("Choose a local folder"));
     connect(choose, &QPushButton::clicked, this, &ContentFields::chooseFolder);
     auto* const row = makeLayout<QHBoxLayout>(buttonGap);
     row->addWidget(localFolderField, 1);
@@ -124,6 +126,16 @@ void ContentFields::addOptions(QVBoxLayout& column) {
     column.addWidget(downloadPart);
 }
 
+void ContentFields::addComparison(QVBoxLayout& column, const Profile& profile) {
+    const QString compare = tr("Compare contents");
+    compareSwitch = new Switch(compare, this);
+    compareSwitch->setChecked(profile.compareContents.on);
+    connect(compareSwitch, &Switch::toggled, this, &ContentFields::edited);
+    column.addLayout(makeOption(
+        compareSwitch, compare,
+        tr("Files that have a new date but the content that was uploaded before are not uploaded again.")));
+}
+
 void ContentFields::showAdvanced(bool shown) {
     advanced->setVisible(shown);
     disclosure->setSymbol(shown ? "chevron.down" : "chevron.right");
@@ -176,6 +188,7 @@ void ContentFields::writeTo(Profile& draft) const {
     draft.exclusions = Exclusions(exclusionsField->toPlainText().toStdString());
     draft.enabled = startOnSave();
     draft.needsDownload = downloadFirst();
+    draft.compareContents.on = compareSwitch->isChecked();
 }
 
 void ContentFields::showSelections(const QString& syncContentsText, const QString& downloadContentsText) {

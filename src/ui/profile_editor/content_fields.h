@@ -54,6 +54,7 @@ private:
     void addExclusions(QVBoxLayout& column, const Profile& profile);
     void addSyncContents(QVBoxLayout& column, bool isNew);
     void addOptions(QVBoxLayout& column);
+    void addComparison(QVBoxLayout& column, const Profile& profile);
     void showAdvanced(bool shown);
     void chooseFolder();
     void chooseStart(bool on);
@@ -66,6 +67,7 @@ private:
     WrapLabel* syncContents = nullptr;
     Switch* startSwitch = nullptr;
     Switch* downloadSwitch = nullptr;
+    Switch* compareSwitch = nullptr;
     bool startChosen = false;
     bool downloadChosen = false;
     bool downloadWaits = false; // the user switched the start off, and with it the download

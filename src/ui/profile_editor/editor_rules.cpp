@@ -105,7 +105,7 @@ Profile withEdits(Profile saved, const Profile& original, const Profile& draft) 
     takeEdited(
         &Profile::name, &Profile::host, &Profile::port, &Profile::transport, &Profile::username, &Profile::remoteFolder,
         &Profile::localFolder, &Profile::exclusions, &Profile::initialDownloadSelection, &Profile::syncSelection,
-        &Profile::trustedKey);
+        &Profile::trustedKey, &Profile::compareContents);
     saved.enabled = draft.enabled;
     saved.needsDownload = draft.needsDownload;
     return saved;

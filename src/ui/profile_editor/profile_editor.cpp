@@ -23,9 +23,9 @@
 namespace zembrastel::ui {
 namespace {
 
-constexpr QSize usualSize(880, 568);
+constexpr QSize usualSize(880, 616);
 constexpr QSize smallestSize(560, 440);
-constexpr int heightWithAdvanced = 656;
+constexpr int heightWithAdvanced = 704;
 constexpr int margin = EditorPage::margin;
 constexpr int footerInset = 12;
 
@@ -108,6 +108,7 @@ void ProfileEditor::connectFields() {
         test.cancel();
         showState();
     });
+    connect(connection, &ConnectionFields::remoteFolderRequested, this, &ProfileEditor::chooseFolder);
     connect(contents, &ContentFields::edited, this, &ProfileEditor::forgetMessage);
     connect(contents, &ContentFields::optionsChanged, this, &ProfileEditor::showState);
     connect(contents, &ContentFields::advancedShown, this, &ProfileEditor::makeRoomForAdvanced);
@@ -313,6 +314,26 @@ void ProfileEditor::offerCertificate(const Profile& tested, const ConnectionChec
                 self->connection->setTrustedKey(key);
                 self->testConnection();
             });
+        });
+}
+
+void ProfileEditor::chooseFolder() {
+    if (!loaded || !chooseRemoteFolder) return;
+    if (model.isDemo()) {
+        strip->showFailure(notInDemo());
+        return;
+    }
+    const Profile wanted = forConnection(draft());
+    Profile reachable = wanted;
+    reachable.remoteFolder = "/"; // it is being chosen
+    if (const ValidationProblem problem = validate(reachable); !problem.message.empty()) {
+        fail(problem);
+        return;
+    }
+    forgetMessage();
+    chooseRemoteFolder(
+        wanted, connection->password(), [self = QPointer<ProfileEditor>(this)](const std::string& folder) {
+            if (self) self->connection->enterRemoteFolder(folder);
         });
 }
 

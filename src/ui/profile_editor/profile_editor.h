@@ -41,11 +41,17 @@ public:
     using ReviewCertificate = std::function<void(
         const Profile& draft, const InspectedCertificate& seen, std::function<void(const TrustedKey& key)> trust)>;
 
+    // Opens the choice of the draft's remote folder. `apply` receives the chosen folder; it may be called late or
+    // never, even after the editor is gone.
+    using ChooseRemoteFolder = std::function<void(
+        const Profile& draft, const std::string& password, std::function<void(const std::string& folder)> apply)>;
+
     // Without `id` creates a profile, else edits the saved one.
     ProfileEditor(ModelBridge& modelBridge, MainContext& mainContext, const std::optional<Uuid>& id, QWidget* parent);
     ~ProfileEditor() override;
 
     void setBrowse(Browse function) { browse = std::move(function); }
+    void setChooseRemoteFolder(ChooseRemoteFolder function) { chooseRemoteFolder = std::move(function); }
     void setReviewCertificate(ReviewCertificate function) { reviewCertificate = std::move(function); }
 
     // Opens the choice of sync contents as soon as the saved password is known.
@@ -61,10 +67,6 @@ public:
 
     // Asks first if something was entered; see discard().
     void reject() override;
-
-Q_SIGNALS:
-    // Saved with another place on a server, while files are recorded as uploaded to the old place.
-    void moved(const zembrastel::Uuid& id);
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -92,6 +94,7 @@ private:
     void finishTest(const Profile& tested, const ConnectionCheck::Result& result);
     void createFolder(const Profile& tested);
     void offerCertificate(const Profile& tested, const ConnectionCheck::Result& result);
+    void chooseFolder();
     void choose(bool syncMode);
     void applyChoice(bool syncMode, const DownloadSelection& chosen, const std::optional<TickedKinds>& kinds);
     [[nodiscard]] std::optional<TickedKinds> kindsOf(const DownloadSelection& selection) const;
@@ -100,6 +103,8 @@ private:
     [[nodiscard]] bool hasEntries() const;
 
     void save();
+    [[nodiscard]] bool asksAboutPlace(const Profile& wanted);
+    void storeAndFinish();
     [[nodiscard]] bool refuse(const Profile& wanted);
     [[nodiscard]] bool passwordNeedsStoring() const;
     void passwordStored(const std::string& password, const std::optional<std::string>& failure);
@@ -112,10 +117,12 @@ private:
     Profile selections;               // the choices made here; only they and the id count
     std::optional<std::pair<DownloadSelection, TickedKinds>> lastChoice; // whose kinds are known
     std::string savedPassword;
-    bool loaded = false; // the saved password was read, or reading it has failed
-    bool busy = false;   // saving
+    bool loaded = false;              // the saved password was read, or reading it has failed
+    bool busy = false;                // saving
+    std::optional<NewPlace> newPlace; // the answer if the profile now names another place on a server
     bool openSyncContentsWhenReady = false;
     Browse browse;
+    ChooseRemoteFolder chooseRemoteFolder;
     ReviewCertificate reviewCertificate;
     ConnectionCheck test;
 

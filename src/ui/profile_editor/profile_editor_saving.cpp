@@ -2,6 +2,7 @@
 #include "app/demo.h"
 #include "model/error.h"
 #include "ui/profile_editor/connection_fields.h"
+#include "ui/profile_editor/new_place_dialog.h"
 #include "ui/profile_editor/profile_editor.h"
 #include "ui/theme/qt_text.h"
 #include "ui/widgets/message_strip.h"
@@ -20,8 +21,28 @@ void ProfileEditor::save() {
         return;
     }
     forgetMessage();
+    newPlace.reset();
     const Profile wanted = draft();
-    if (refuse(wanted)) return;
+    if (!refuse(wanted) && !asksAboutPlace(wanted)) storeAndFinish();
+}
+
+// A download that comes first makes the new place known.
+bool ProfileEditor::asksAboutPlace(const Profile& wanted) {
+    const Profile* const saved = model.profile(wanted.id);
+    const std::size_t files = model.baseline(wanted.id).size();
+    if (saved == nullptr || files == 0 || wanted.needsDownload || isSamePlaceOnServer(*saved, wanted)) return false;
+    const auto answered = [this](NewPlace answer) {
+        newPlace = answer;
+        storeAndFinish();
+    };
+    auto* const question = new NewPlaceDialog(*saved, wanted, files, answered, this);
+    question->setAttribute(Qt::WA_DeleteOnClose);
+    question->open();
+    return true;
+}
+
+void ProfileEditor::storeAndFinish() {
+    const Profile wanted = draft();
     if (!passwordNeedsStoring()) {
         finishSaving(std::nullopt);
         return;
@@ -82,13 +103,15 @@ void ProfileEditor::passwordStored(const std::string& password, const std::optio
 
 void ProfileEditor::finishSaving(const std::optional<std::string>& password) {
     const Profile wanted = draft();
-    const Profile* const saved = model.profile(wanted.id);
-    const std::optional<Profile> before = saved == nullptr ? std::nullopt : std::optional(*saved);
     busy = true;
     showState();
     try {
         if (password) model.keepForSession(wanted.id, *password);
-        model.save(wanted, std::nullopt);
+        if (newPlace) {
+            model.saveMoved(wanted, *newPlace);
+        } else {
+            model.save(wanted, std::nullopt);
+        }
     } catch (const std::exception& error) {
         busy = false;
         showState();
@@ -97,8 +120,6 @@ void ProfileEditor::finishSaving(const std::optional<std::string>& password) {
         return;
     }
     accept();
-    const bool isMoved = before && !isSamePlaceOnServer(*before, *model.profile(wanted.id));
-    if (isMoved && !model.baseline(wanted.id).empty()) Q_EMIT moved(wanted.id);
 }
 
 } // namespace zembrastel::ui

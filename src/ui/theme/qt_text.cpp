@@ -24,7 +24,8 @@ QString toQString(std::string_view utf8) { return QString::fromUtf8(utf8.data(),
 QString sizeText(std::uint64_t bytes) {
     if (bytes == 1) return QCoreApplication::translate("FileSize", "1 byte");
     const int decimals = bytes < 1'000'000 ? 0 : 1;
-    return QLocale().formattedDataSize(static_cast<qint64>(bytes), decimals, QLocale::DataSizeSIFormat);
+    const auto size = QLocale().formattedDataSize(static_cast<qint64>(bytes), decimals, QLocale::DataSizeSIFormat);
+    return QString(size).replace(u' ', QChar::Nbsp);
 }
 
 QString asToolTip(const QString& text) {

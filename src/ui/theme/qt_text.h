@@ -16,7 +16,7 @@ namespace zembrastel::ui {
 // Shows plain text in a tool tip, which would otherwise interpret text that resembles markup.
 [[nodiscard]] QString asToolTip(const QString& text);
 
-// The size of a file: "512 bytes", "412 kB", "1.8 MB".
+// The size of a file: "512 bytes", "412 kB", "1.8 MB". Never broken between the number and the unit.
 [[nodiscard]] QString sizeText(std::uint64_t bytes);
 
 // The two below are for text of others, such as a profile's name from an imported file, where it shares a line with the

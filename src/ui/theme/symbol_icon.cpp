@@ -46,6 +46,7 @@ constexpr std::array symbols{
     Symbol{"pause.fill", "pause"},
     Symbol{"play", "play"},
     Symbol{"folder", "folder"},
+    Symbol{"folder.badge.plus", "newfolder"},
     Symbol{"file", "file"},
     Symbol{"server", "server"},
     Symbol{"file.missing", "missing"},

@@ -3,6 +3,7 @@
 #include "ui/theme/style.h"
 
 #include <QApplication>
+#include <QFontDatabase>
 
 #include <algorithm>
 
@@ -28,6 +29,8 @@ Look lookOf(TextStyle style) {
         return {12, QFont::Bold};
     case TextStyle::section:
         return {11, QFont::DemiBold};
+    case TextStyle::fixedWidth:
+        return {9.25, QFont::Normal};
     case TextStyle::body:
         return {bodyPointSize, QFont::Normal};
     case TextStyle::strong:
@@ -72,6 +75,11 @@ QFont fontOf(TextStyle style) {
     QFont font = QApplication::font();
     font.setPointSizeF(look.points * textScale());
     font.setWeight(look.weight);
+    if (style == TextStyle::fixedWidth) {
+        const QString family = QFontDatabase::systemFont(QFontDatabase::FixedFont).family();
+        font.setFamilies({QFontDatabase::isFixedPitch(family) ? family : QStringLiteral("monospace")});
+        font.setStyleHint(QFont::Monospace);
+    }
     if (style == TextStyle::capitals) font.setLetterSpacing(QFont::AbsoluteSpacing, 0.5);
     return font;
 }

@@ -21,6 +21,7 @@ enum class TextStyle {
     confirmationTitle,
     section, // "Recent activity"
     body,
+    fixedWidth,  // keys, to compare them letter by letter
     strong,      // row titles, paths, links
     explanation, // below the title of a sheet
     small,       // help, times, second lines

@@ -1,6 +1,6 @@
 // Buttons in a row, which continue on further lines if the width does not suffice.
 //
-// Has the height that its lines need, in any layout. Hidden buttons take no room.
+// Its height follows from the number of lines, in any layout. Hidden buttons take no room.
 #pragma once
 
 #include <QWidget>

@@ -1,0 +1,151 @@
+#include "language/engine_translation.h"
+
+#include "language/engine_texts.h"
+#include "language/translation.h"
+
+#include <algorithm>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+namespace zembrastel {
+namespace {
+
+constexpr std::string_view innerText = "%text";
+
+// The words of a pattern around its places: one more than there are places.
+struct Pattern {
+    const char* text;
+    std::vector<std::string_view> words;
+    bool endsInText = false; // the last value is a text of the engine
+    std::size_t length = 0;  // of the words: the longest pattern that fits is the right one
+};
+
+Pattern parsed(const char* text) {
+    Pattern pattern{.text = text, .words = {}};
+    std::string_view rest = text;
+    for (auto place = rest.find('%'); place != std::string_view::npos; place = rest.find('%')) {
+        pattern.words.push_back(rest.substr(0, place));
+        pattern.endsInText = rest.substr(place).starts_with(innerText);
+        rest.remove_prefix(place + (pattern.endsInText ? innerText.size() : 2));
+    }
+    pattern.words.push_back(rest);
+    for (const auto& each : pattern.words) pattern.length += each.size();
+    return pattern;
+}
+
+// The values in the places, or nullopt if the text does not fit. The first place in the text is taken for each word.
+std::optional<std::vector<std::string_view>> valuesIn(std::string_view text, const Pattern& pattern) {
+    const auto& words = pattern.words;
+    if (text.size() < pattern.length || !text.starts_with(words.front()) || !text.ends_with(words.back())) {
+        return std::nullopt;
+    }
+    text.remove_prefix(words.front().size());
+    text.remove_suffix(words.back().size());
+    std::vector<std::string_view> values;
+    for (std::size_t index = 1; index + 1 < words.size(); ++index) {
+        const auto place = text.find(words[index]);
+        if (place == std::string_view::npos) return std::nullopt;
+        values.push_back(text.substr(0, place));
+        text.remove_prefix(place + words[index].size());
+    }
+    // The full stop of a sentence is not the end of a name.
+    if (words.back().empty() && !pattern.endsInText && text.ends_with('.')) return std::nullopt;
+    values.push_back(text);
+    const bool anyEmpty = std::ranges::any_of(values, &std::string_view::empty);
+    return anyEmpty ? std::nullopt : std::optional(values);
+}
+
+struct Patterns {
+    std::unordered_map<std::string_view, const char*> whole;
+    std::vector<Pattern> withPlaces; // the longest words first
+};
+
+const Patterns& patterns() {
+    static const Patterns all = [] {
+        Patterns made;
+        const auto add = [&made](const char* text) {
+            auto pattern = parsed(text);
+            if (pattern.words.size() == 1) {
+                made.whole.emplace(text, text);
+            } else {
+                made.withPlaces.push_back(std::move(pattern));
+            }
+        };
+        std::ranges::for_each(engineTexts(), add);
+        std::ranges::for_each(diagnosisTexts(), add);
+        std::ranges::stable_sort(made.withPlaces, std::ranges::greater{}, &Pattern::length);
+        return made;
+    }();
+    return all;
+}
+
+std::string withValues(const Pattern& pattern, const std::vector<std::string_view>& values) {
+    std::string text = translate(pattern.text);
+    std::string result;
+    for (std::string_view rest = text; !rest.empty();) {
+        const auto place = rest.find('%');
+        result += rest.substr(0, place);
+        if (place == std::string_view::npos) break;
+        const bool isText = rest.substr(place).starts_with(innerText);
+        if (isText) {
+            result += translateEngineText(values.back());
+        } else {
+            result += values.at(static_cast<std::size_t>(rest.at(place + 1) - '1'));
+        }
+        rest.remove_prefix(place + (isText ? innerText.size() : 2));
+    }
+    return result;
+}
+
+std::optional<std::string> knownText(std::string_view text) {
+    const auto& known = patterns();
+    if (const auto found = known.whole.find(text); found != known.whole.end()) return translate(found->second);
+    for (const auto& pattern : known.withPlaces) {
+        if (const auto values = valuesIn(text, pattern)) return withValues(pattern, *values);
+    }
+    return std::nullopt;
+}
+
+// A failure is put into a sentence by a full stop, which its pattern does not have.
+std::optional<std::string> knownSentence(std::string_view text) {
+    if (auto known = knownText(text)) return known;
+    if (!text.ends_with('.')) return std::nullopt;
+    auto known = knownText(text.substr(0, text.size() - 1));
+    return known ? std::optional(*known + '.') : std::nullopt;
+}
+
+// The text as a known sentence and what follows it, which is translated by itself.
+std::optional<std::string> translatedParts(std::string_view text) {
+    for (auto end = text.find(". "); end != std::string_view::npos; end = text.find(". ", end + 1)) {
+        const auto known = knownSentence(text.substr(0, end + 1));
+        if (known) return *known + ' ' + translateEngineText(text.substr(end + 2));
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+std::string translateEngineText(std::string_view text) {
+    // A server may send any amount of text.
+    constexpr std::size_t longest = 4096;
+    if (!translates() || text.empty() || text.size() > longest) return std::string(text);
+    if (const auto known = knownSentence(text)) return *known;
+    if (const auto known = translatedParts(text)) return *known;
+    // "index.html: You may not write ...": a name, a message of curl or other foreign words come first.
+    const auto end = std::min(text.find(": "), text.find(". "));
+    if (end == std::string_view::npos) return std::string(text);
+    return std::string(text.substr(0, end + 2)) + translateEngineText(text.substr(end + 2));
+}
+
+std::string translateProgress(std::string_view text) {
+    for (const std::string_view between : {" — ", ", "}) {
+        const auto end = text.find(between);
+        if (end == std::string_view::npos) continue;
+        return translateProgress(text.substr(0, end)).append(between)
+               + translateProgress(text.substr(end + between.size()));
+    }
+    return translateEngineText(text);
+}
+
+} // namespace zembrastel
