@@ -757,7 +757,7 @@
     </message>
     <message>
         <source>Files that have a new date but the content that was uploaded before are not uploaded again.</source>
-        <translation>Dateien mit neuem Datum, deren Inhalt schon hochgeladen wurde, werden nicht erneut hochgeladen.</translation>
+        <translation>Dateien mit neuem Datum, deren Inhalt bereits hochgeladen wurde, werden nicht erneut hochgeladen.</translation>
     </message>
 </context>
 <context>
@@ -1211,13 +1211,13 @@
     </message>
     <message>
         <source>Zembrastel knows one file as uploaded to %1. The profile now names %2.</source>
-        <translation>Zembrastel kennt eine Datei als hochgeladen nach %1. Das Profil nennt jetzt %2.</translation>
+        <translation>Zembrastel kennt eine Datei als nach %1 hochgeladen. Das Profil nennt jetzt %2.</translation>
     </message>
     <message numerus="yes">
         <source>Zembrastel knows %n files as uploaded to %1. The profile now names %2.</source>
         <translation>
-            <numerusform>Zembrastel kennt %n Datei als hochgeladen nach %1. Das Profil nennt jetzt %2.</numerusform>
-            <numerusform>Zembrastel kennt %n Dateien als hochgeladen nach %1. Das Profil nennt jetzt %2.</numerusform>
+            <numerusform>Zembrastel kennt %n Datei als nach %1 hochgeladen. Das Profil nennt jetzt %2.</numerusform>
+            <numerusform>Zembrastel kennt %n Dateien als nach %1 hochgeladen. Das Profil nennt jetzt %2.</numerusform>
         </translation>
     </message>
     <message>
@@ -1230,15 +1230,15 @@
     </message>
     <message>
         <source>What is in the new remote folder?</source>
-        <translation>Was enthält der neue Ordner auf dem Server?</translation>
+        <translation>Was befindet sich im neuen Ordner auf dem Server?</translation>
     </message>
     <message>
         <source>Not sure</source>
-        <translation>Unbekannt</translation>
+        <translation>Nicht sicher</translation>
     </message>
     <message>
         <source>Compares names and sizes there, then asks what to upload.</source>
-        <translation>Vergleicht dort Namen und Größen und fragt dann, was hochgeladen wird.</translation>
+        <translation>Vergleicht dort Namen und Größen und fragt dann, was hochgeladen werden soll.</translation>
     </message>
     <message>
         <source>The same site, moved</source>
@@ -1246,13 +1246,13 @@
     </message>
     <message>
         <source>Takes the file as uploaded already.</source>
-        <translation>Behandelt die Datei als schon hochgeladen.</translation>
+        <translation>Betrachtet die Datei als bereits hochgeladen.</translation>
     </message>
     <message numerus="yes">
         <source>Takes all %n files as uploaded already.</source>
         <translation>
-            <numerusform>Behandelt die %n Datei als schon hochgeladen.</numerusform>
-            <numerusform>Behandelt alle %n Dateien als schon hochgeladen.</numerusform>
+            <numerusform>Betrachtet %n Datei als bereits hochgeladen.</numerusform>
+            <numerusform>Betrachtet alle %n Dateien als bereits hochgeladen.</numerusform>
         </translation>
     </message>
     <message>
@@ -1261,13 +1261,13 @@
     </message>
     <message>
         <source>Uploads the file. A file of the same name is replaced.</source>
-        <translation>Lädt die Datei hoch. Eine Datei mit gleichem Namen wird ersetzt.</translation>
+        <translation>Lädt die Datei hoch. Eine Datei mit demselben Namen wird ersetzt.</translation>
     </message>
     <message numerus="yes">
         <source>Uploads all %n files. Files of the same name are replaced.</source>
         <translation>
-            <numerusform>Lädt die %n Datei hoch. Eine Datei mit gleichem Namen wird ersetzt.</numerusform>
-            <numerusform>Lädt alle %n Dateien hoch. Dateien mit gleichem Namen werden ersetzt.</numerusform>
+            <numerusform>Lädt %n Datei hoch. Eine Datei mit demselben Namen wird ersetzt.</numerusform>
+            <numerusform>Lädt alle %n Dateien hoch. Dateien mit demselben Namen werden ersetzt.</numerusform>
         </translation>
     </message>
 </context>
@@ -1322,15 +1322,15 @@
     </message>
     <message>
         <source>Nothing is wrong with your profiles. Zembrastel goes on when the network is back.</source>
-        <translation>Die Profile sind in Ordnung. Zembrastel macht weiter, sobald das Netz wieder da ist.</translation>
+        <translation>Die Profile sind in Ordnung. Zembrastel macht weiter, sobald das Netzwerk wieder da ist.</translation>
     </message>
     <message>
         <source>%1: choose what to upload</source>
-        <translation>%1: Auswahl zum Hochladen</translation>
+        <translation>%1: auswählen, was hochgeladen wird</translation>
     </message>
     <message>
         <source>Some files are on the server already. Uploads are paused until you choose.</source>
-        <translation>Einige Dateien sind bereits auf dem Server. Das Hochladen ist bis zur Auswahl pausiert.</translation>
+        <translation>Einige Dateien sind bereits auf dem Server. Bis zur Auswahl wird nichts hochgeladen.</translation>
     </message>
     <message>
         <source>Choose</source>
@@ -1632,7 +1632,7 @@
     </message>
     <message>
         <source>Zembrastel uploads to the folder that you choose on %1.</source>
-        <translation>Zembrastel lädt in den hier gewählten Ordner auf %1 hoch.</translation>
+        <translation>Zembrastel lädt in den ausgewählten Ordner auf %1 hoch.</translation>
     </message>
     <message>
         <source>New folder…</source>
@@ -1648,7 +1648,7 @@
     </message>
     <message>
         <source>Use this folder</source>
-        <translation>Ordner übernehmen</translation>
+        <translation>Diesen Ordner verwenden</translation>
     </message>
 </context>
 <context>

@@ -184,14 +184,14 @@
     <message numerus="yes">
         <source>Takes all %n files as uploaded already.</source>
         <translation>
-            <numerusform>Takes the file as uploaded already.</numerusform>
+            <numerusform>Takes %n file as uploaded already.</numerusform>
             <numerusform>Takes all %n files as uploaded already.</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>Uploads all %n files. Files of the same name are replaced.</source>
         <translation>
-            <numerusform>Uploads the file. A file of the same name is replaced.</numerusform>
+            <numerusform>Uploads %n file. A file of the same name is replaced.</numerusform>
             <numerusform>Uploads all %n files. Files of the same name are replaced.</numerusform>
         </translation>
     </message>

@@ -36,9 +36,24 @@ constexpr std::initializer_list<const char*> texts{
     translatable("Another disk, or none, is mounted at the local folder: none of the files that were synchronised is "
                  "in it. The server is left as it is."),
     translatable("It was interrupted."), translatable("They were changed again meanwhile."),
+    translatable("There is no network connection."),
+    translatable("Nothing is wrong with the profile. Zembrastel goes on when the network is back."),
+    translatable("The server does not let you read this folder."),
+    translatable("The server did not create the folder %1."),
+    translatable("A file may already have this name, or your user name may not write there."),
+    translatable("A folder cannot have this name: %1"),
+    translatable(
+        "There is no room to compare %1: a copy of it in %2 could not be written (%3). Free some space there, or "
+        "start Zembrastel with TMPDIR set to a folder with more."),
     // The lines of the activity log.
-    translatable("Watching started."), translatable("Watching paused."),
-    translatable("Starting initial server download."),
+    translatable(
+        "The server does not send %1, so the contents cannot be compared. Let your user name read them there, or "
+        "choose without comparing them."),
+    translatable("The server does not send %1 and %2 more, so the contents cannot be compared. Let your user name read "
+                 "them there, or choose without comparing them."),
+    translatable("1 file has a new date but the same content and is not sent."),
+    translatable("%1 files have a new date but the same content and are not sent."), translatable("Watching started."),
+    translatable("Watching paused."), translatable("Starting initial server download."),
     translatable("Initial download complete. Watching for local changes."),
     translatable("Checking for newer server files before watching resumes."),
     translatable("Server comparison skipped by your choice; pending local edits may replace remote copies."),

@@ -23,7 +23,7 @@ TransferProtocol protocolFrom(const std::string& text) {
 
 OptIn switchFrom(const std::string& text, const std::string& option) {
     if (text == "on" || text == "off") return {.on = text == "on"};
-    throw CommandError(ExitCode::usage, option + " is on or off, not " + inQuotes(text) + ".");
+    throw CommandError(ExitCode::usage, translate("%1 is on or off, not %2.", {option, inQuotes(text)}));
 }
 
 // "/" is everything. Another path that starts with "/" is below the local folder.
