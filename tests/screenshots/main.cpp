@@ -24,6 +24,7 @@
 #include "ui/profile_editor/new_place_dialog.h"
 #include "ui/profile_editor/profile_editor.h"
 #include "ui/remote_changes/review_sheet.h"
+#include "ui/remote_folder/folder_tree_model.h"
 #include "ui/remote_folder/remote_folder_sheet.h"
 #include "ui/screen.h"
 #include "ui/theme/theme.h"
@@ -606,9 +607,10 @@ private:
         // Another user has removed this folder meanwhile.
         std::filesystem::rename(root / "private", folder / "private");
         for (const char* const each : {"/tmp", "/private"}) unfold(each);
-        if (!testing::waitFor([&] { return rowAt("This folder has no subfolders.").isValid(); })) fail("no listing");
-        if (!testing::waitFor(
-                [&] { return rowAt("The server does not let you read this folder., Retry").isValid(); })) {
+        if (!testing::waitFor([&] { return rowAt(FolderTreeModel::tr("This folder has no subfolders.")).isValid(); }))
+            fail("no listing");
+        const QString refused = FolderTreeModel::tr("%1, Retry").arg("The server does not let you read this folder.");
+        if (!testing::waitFor([&] { return rowAt(refused).isValid(); })) {
             fail("no refusal");
         }
         std::filesystem::rename(folder / "private", root / "private");
