@@ -12,7 +12,7 @@ namespace zembrastel {
 
 struct Failure {
     enum class Kind {
-        other,       // the message says it all
+        other,        // the message says it all
         transfer,     // of curl: see `code` and `reply`; the message has curl's words
         filesMissing, // none of the synchronised files is in the local folder
         noNetwork     // like `transfer`, while this machine had no network

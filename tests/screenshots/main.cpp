@@ -5,6 +5,7 @@
 //
 // Fails if a picture has the wrong size or is blank, if a control has no name, or if a text is cut. At a scale factor
 // (QT_SCALE_FACTOR) other than 1 the files are named NAME-light@2x.png.
+#include "language/translation.h"
 #include "model/error.h"
 #include "support/fake_clock.h"
 #include "support/file_tree.h"
@@ -761,6 +762,8 @@ int main(int argc, char** argv) {
     const QString locale = named ? arguments.at(1) : QStringLiteral("en_GB");
     if (named) arguments.remove(0, 2);
     QLocale::setDefault(QLocale(locale));
+    ::setenv("LANGUAGE", qPrintable(locale), 1);
+    zembrastel::startTranslation();
     zembrastel::ui::installTranslations(application, QLocale());
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setCursorFlashTime(0);
