@@ -28,6 +28,7 @@
 #include "ui/remote_folder/folder_tree_model.h"
 #include "ui/remote_folder/remote_folder_sheet.h"
 #include "ui/screen.h"
+#include "ui/theme/qt_text.h"
 #include "ui/theme/theme.h"
 #include "ui/theme/turning_clock.h"
 #include "ui/translations.h"
@@ -610,7 +611,8 @@ private:
         for (const char* const each : {"/tmp", "/private"}) unfold(each);
         if (!testing::waitFor([&] { return rowAt(FolderTreeModel::tr("This folder has no subfolders.")).isValid(); }))
             fail("no listing");
-        const QString refused = FolderTreeModel::tr("%1, Retry").arg("The server does not let you read this folder.");
+        const QString refused =
+            FolderTreeModel::tr("%1, Retry").arg(ui::engineText("The server does not let you read this folder."));
         if (!testing::waitFor([&] { return rowAt(refused).isValid(); })) {
             fail("no refusal");
         }

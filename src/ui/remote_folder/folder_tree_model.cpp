@@ -50,7 +50,7 @@ QString FolderTreeModel::shownText(const FolderLine& line) const {
     case Kind::loading:
         return tr("Loading folder…");
     case Kind::failure:
-        return toQString(folders.loginFolder() ? folders.failureOf(line.path) : folders.failure());
+        return engineText(folders.loginFolder() ? folders.failureOf(line.path) : folders.failure());
     case Kind::empty:
         return tr("This folder has no subfolders.");
     case Kind::creating:
