@@ -1,4 +1,4 @@
-// What a measurement reads before and after, and how it tells its figures.
+// What a measurement reads before and after, and how it prints its figures.
 #pragma once
 
 #include <cstddef>
@@ -45,7 +45,7 @@ private:
     std::string text;
 };
 
-// Does the work and tells how long that took.
+// Does the work and returns how long that took.
 template <class Work>
 void printTimeOf(const Work& work) {
     const Moment begin = now();

@@ -1,4 +1,4 @@
-// The saved state of somebody whose files are all published: a baseline and the server's date for each.
+// The saved state of profiles whose files are all published: a baseline and the server's date for each.
 #include "measure.h"
 #include "model/password_store.h"
 #include "model/scan.h"

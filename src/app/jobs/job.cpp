@@ -9,13 +9,13 @@ const RemoteReview* Job::review() const {
     return waiting == nullptr ? nullptr : &waiting->review;
 }
 
-const ServerCheck* Job::firstCheck() const { return const_cast<Job*>(this)->choice(); }
-
-ServerCheck* Job::choice() {
-    if (auto* waiting = std::get_if<AwaitingChoice>(&current)) return &waiting->check;
-    if (auto* comparing = std::get_if<ComparingContents>(&current)) return &comparing->check;
+const ServerCheck* Job::firstCheck() const {
+    if (const auto* waiting = std::get_if<AwaitingChoice>(&current)) return &waiting->check;
+    if (const auto* comparing = std::get_if<ComparingContents>(&current)) return &comparing->check;
     return nullptr;
 }
+
+ServerCheck* Job::choice() { return const_cast<ServerCheck*>(std::as_const(*this).firstCheck()); }
 
 const std::string* Job::failure() const {
     if (const auto* failed = std::get_if<CheckFailed>(&current)) return &failed->message;

@@ -1,7 +1,7 @@
 // Fetches a server's certificate without a login, and finds out why this machine cannot verify it.
 //
-// Blocks its thread. Each connection ends in the TLS handshake, since curl is told to expect a key that no server has:
-// the server gets nothing but the request for TLS. curl has no name and no password for these connections.
+// Blocks its thread. curl accepts only a key that no server has, so each connection ends in the TLS handshake, and the
+// server gets nothing but the request for TLS. curl has no name and no password for these connections.
 #pragma once
 
 #include "model/profile.h"

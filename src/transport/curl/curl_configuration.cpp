@@ -65,7 +65,7 @@ std::string curlConfiguration(
     const Profile& profile, std::string_view password, std::string_view path, bool directory,
     const std::vector<TransferOption>& options) {
     requireOneLine(password, "FTP passwords cannot contain line breaks or null characters.");
-    // A saved profile that somebody edited by hand has passed no check of these yet.
+    // A saved profile that was edited by hand has passed no check of these yet.
     requireOneLine(profile.username, "The FTP username cannot contain a colon or a line break.");
     requireOneLine(profile.remoteFolder, "Enter a remote folder without . or .. path components.");
     std::string text;
