@@ -85,7 +85,8 @@ void Batch::stage(Item& item) {
         item.number = stagedCopies.size();
         const std::string copy = "upload" + (item.number == 0 ? "" : std::to_string(item.number));
         stagedCopies.push_back(stageCopy(
-            transport.profile.localFolder, item.file.path, item.file.fingerprint, staging, copy, *transport.control));
+            transport.profile.localFolder, item.file.path, item.file.fingerprint, staging, copy, *transport.control,
+            item.number == 0 ? CopyPlace::folder : CopyPlace::memoryIfSmall));
         if (events.staged) events.staged(item.file, copyOf(item));
         takeBeginning(item);
     } catch (const Cancelled&) {

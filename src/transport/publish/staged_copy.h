@@ -2,7 +2,7 @@
 //
 // If the file system can share blocks between files, the copy of a larger file is an unnamed file beside the original:
 // it takes almost no space and time, and disappears if the program is killed. Otherwise the copy is in the staging
-// folder, if that has enough space.
+// folder, if that has enough space. Of the many small files of a batch it may be in memory.
 #pragma once
 
 #include "model/fingerprint.h"
@@ -15,12 +15,14 @@
 
 namespace zembrastel {
 
+enum class CopyPlace { folder, memoryIfSmall }; // at most 64 KiB are small
+
 // Copies the file of this path, if necessary to a new file `name` in the staging folder, and returns the open copy.
 // Throws SyncError if the copied version is not the one of the fingerprint, for an unsafe path, for a symbolic link on
 // the way, and if there is not enough space, before any is used. Also throws Cancelled and the system's errors.
 [[nodiscard]] Descriptor stageCopy(
     const std::string& localFolder, const std::string& path, const Fingerprint& version, const PrivateFolder& staging,
-    const std::string& name, const TransferControl& control);
+    const std::string& name, const TransferControl& control, CopyPlace place = CopyPlace::folder);
 
 // Copies a part of a staged copy to the file `name` in the staging folder, replacing an existing one. Throws the
 // system's errors.
