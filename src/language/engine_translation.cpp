@@ -115,9 +115,12 @@ std::optional<std::string> knownSentence(std::string_view text) {
     return known ? std::optional(*known + '.') : std::nullopt;
 }
 
-// The text as a known sentence and what follows it, which is translated by itself.
+// The text as a known sentence and what follows it, which is translated by itself. A name in the sentence may have full
+// stops too, but only a few: with each one tried, the words of a server could take half a minute.
 std::optional<std::string> translatedParts(std::string_view text) {
-    for (auto end = text.find(". "); end != std::string_view::npos; end = text.find(". ", end + 1)) {
+    constexpr int mostStops = 8;
+    auto end = text.find(". ");
+    for (int stops = 0; stops < mostStops && end != std::string_view::npos; ++stops, end = text.find(". ", end + 1)) {
         const auto known = knownSentence(text.substr(0, end + 1));
         if (known) return *known + ' ' + translateEngineText(text.substr(end + 2));
     }
