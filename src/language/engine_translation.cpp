@@ -127,6 +127,18 @@ std::optional<std::string> translatedParts(std::string_view text) {
     return std::nullopt;
 }
 
+bool isDigit(char character) { return character >= '0' && character <= '9'; }
+
+// "1,5 MB"
+std::string withDecimalSeparator(std::string text) {
+    for (std::size_t at = 1; at + 1 < text.size(); ++at) {
+        if (text[at] != '.' || !isDigit(text[at - 1]) || !isDigit(text[at + 1])) continue;
+        // TRANSLATORS: Separates the whole number from its decimals.
+        text.replace(at, 1, translate("."));
+    }
+    return text;
+}
+
 } // namespace
 
 std::string translateEngineText(std::string_view text) {
@@ -148,7 +160,7 @@ std::string translateProgress(std::string_view text) {
         return translateProgress(text.substr(0, end)).append(between)
                + translateProgress(text.substr(end + between.size()));
     }
-    return translateEngineText(text);
+    return withDecimalSeparator(translateEngineText(text)); // it has numbers, but no name
 }
 
 } // namespace zembrastel
