@@ -115,13 +115,28 @@ std::optional<std::string> knownSentence(std::string_view text) {
     return known ? std::optional(*known + '.') : std::nullopt;
 }
 
-// The text as a known sentence and what follows it, which is translated by itself.
+// The text as a known sentence and what follows it, which is translated by itself. A name in the sentence may have full
+// stops too, but only a few: with each one tried, the words of a server could take half a minute.
 std::optional<std::string> translatedParts(std::string_view text) {
-    for (auto end = text.find(". "); end != std::string_view::npos; end = text.find(". ", end + 1)) {
+    constexpr int mostStops = 8;
+    auto end = text.find(". ");
+    for (int stops = 0; stops < mostStops && end != std::string_view::npos; ++stops, end = text.find(". ", end + 1)) {
         const auto known = knownSentence(text.substr(0, end + 1));
         if (known) return *known + ' ' + translateEngineText(text.substr(end + 2));
     }
     return std::nullopt;
+}
+
+bool isDigit(char character) { return character >= '0' && character <= '9'; }
+
+// "1,5 MB"
+std::string withDecimalSeparator(std::string text) {
+    for (std::size_t at = 1; at + 1 < text.size(); ++at) {
+        if (text[at] != '.' || !isDigit(text[at - 1]) || !isDigit(text[at + 1])) continue;
+        // TRANSLATORS: Separates the whole number from its decimals.
+        text.replace(at, 1, translate("."));
+    }
+    return text;
 }
 
 } // namespace
@@ -145,7 +160,7 @@ std::string translateProgress(std::string_view text) {
         return translateProgress(text.substr(0, end)).append(between)
                + translateProgress(text.substr(end + between.size()));
     }
-    return translateEngineText(text);
+    return withDecimalSeparator(translateEngineText(text)); // it has numbers, but no name
 }
 
 } // namespace zembrastel

@@ -27,6 +27,15 @@ TEST_F(German, UserReadsTwoLanguagesAtOnce) {
     EXPECT_FALSE(contains(failed.errors, "Check "));
 }
 
+TEST_F(German, LongForeignWordsHangTheProgram) {
+    std::string words;
+    while (words.size() < 4000) words += ". ";
+    place.variables = german;
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_TRUE(contains(place.run("profile add --port '" + words + "x'").errors, words));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
 TEST_F(German, ScriptReadsTranslatedJson) {
     for (const std::string command : {"push --dry-run", "scan", "why x.psd", "profile show", "status", "--bad"}) {
         place.variables = english;
