@@ -44,7 +44,7 @@ void ServerTraits::learnFromFailedMLSD(FtpReply reply) {
     const std::lock_guard guard(lock);
     mlsd = false;
     // MLST and MLSD belong to one standard.
-    if (listsSingly == Mlst::untried) listsSingly = Mlst::missing;
+    if (listsSingly == Support::untried) listsSingly = Support::missing;
 }
 
 bool ServerTraits::confirmsSizes() const {
@@ -62,14 +62,24 @@ bool ServerTraits::firstUnconfirmed() {
     return !std::exchange(unconfirmed, true);
 }
 
-ServerTraits::Mlst ServerTraits::mlst() const {
+ServerTraits::Support ServerTraits::mlst() const {
     const std::lock_guard guard(lock);
     return listsSingly;
 }
 
-void ServerTraits::learnMlst(Mlst learnt) {
+void ServerTraits::learnMlst(Support learnt) {
     const std::lock_guard guard(lock);
     listsSingly = learnt;
+}
+
+ServerTraits::Support ServerTraits::statusListing() const {
+    const std::lock_guard guard(lock);
+    return listsAsStatus;
+}
+
+void ServerTraits::learnStatusListing(Support learnt) {
+    const std::lock_guard guard(lock);
+    listsAsStatus = learnt;
 }
 
 std::optional<std::chrono::nanoseconds> ServerTraits::replyTime() const {
@@ -77,15 +87,27 @@ std::optional<std::chrono::nanoseconds> ServerTraits::replyTime() const {
     return commandTook ? commandTook : commandTookLess;
 }
 
-// A line that became slow counts at once, one that became fast little by little.
-void ServerTraits::learnReplyTime(std::chrono::nanoseconds measured) {
+// A line that became slow counts at once, one that became fast little by little, unless many commands show it.
+void ServerTraits::learnReplyTime(std::chrono::nanoseconds measured, std::size_t commands) {
+    constexpr std::size_t many = 16;
     const std::lock_guard guard(lock);
-    commandTook = commandTook && measured < *commandTook ? (3 * *commandTook + measured) / 4 : measured;
+    const bool little = commandTook && measured < *commandTook && commands < many;
+    commandTook = little ? (3 * *commandTook + measured) / 4 : measured;
 }
 
 void ServerTraits::repliesWithin(std::chrono::nanoseconds bound) {
     const std::lock_guard guard(lock);
     commandTookLess = std::min(bound, commandTookLess.value_or(bound));
+}
+
+std::optional<std::chrono::nanoseconds> ServerTraits::listingTime() const {
+    const std::lock_guard guard(lock);
+    return listingTook;
+}
+
+void ServerTraits::learnListingTime(std::chrono::nanoseconds measured) {
+    const std::lock_guard guard(lock);
+    listingTook = measured;
 }
 
 bool ServerTraits::appends() const {

@@ -43,15 +43,24 @@ public:
     void learnFromFailedMLSD(FtpReply reply);
 
     // MLST: date and size of a single file in one reply (RFC 3659, 7).
-    enum class Mlst { untried, works, missing };
-    [[nodiscard]] Mlst mlst() const;
-    void learnMlst(Mlst learnt);
+    enum class Support { untried, works, missing };
+    [[nodiscard]] Support mlst() const;
+    void learnMlst(Support learnt);
+
+    // STAT with the options of a listing: names and sizes of a folder, hidden files included, in one reply. For servers
+    // without MLSD.
+    [[nodiscard]] Support statusListing() const;
+    void learnStatusListing(Support learnt);
 
     // How long the server has lately taken to reply to one command, the way there and back included. Nullopt before it
     // was measured.
     [[nodiscard]] std::optional<std::chrono::nanoseconds> replyTime() const;
-    void learnReplyTime(std::chrono::nanoseconds measured);
+    void learnReplyTime(std::chrono::nanoseconds measured, std::size_t commands); // the mean of so many commands
     void repliesWithin(std::chrono::nanoseconds bound); // counts until the time itself was measured
+
+    // How long the last listing of a folder took. Nullopt before there was one.
+    [[nodiscard]] std::optional<std::chrono::nanoseconds> listingTime() const;
+    void learnListingTime(std::chrono::nanoseconds measured);
 
     // True if bytes can be appended to a file (APPE).
     [[nodiscard]] bool appends() const;
@@ -120,9 +129,11 @@ private:
     bool mlsd = true;
     bool sizes = true;
     bool unconfirmed = false;
-    Mlst listsSingly = Mlst::untried;
+    Support listsSingly = Support::untried;
+    Support listsAsStatus = Support::untried;
     std::optional<std::chrono::nanoseconds> commandTook;
     std::optional<std::chrono::nanoseconds> commandTookLess;
+    std::optional<std::chrono::nanoseconds> listingTook;
     bool appendsFiles = true;
     bool modes = true;
     std::vector<TemporaryJournal::Entry> sent; // announced, neither gone nor left

@@ -304,9 +304,12 @@ std::size_t countOf(const std::string& text, const std::string& word) {
 }
 
 TEST(ManyFiles, OneLoginReplacesNoEdit) {
-    for (const bool edited : {false, true}) {
+    for (const auto& [kind, edited] :
+         {std::pair(Kind::odd, false), {Kind::odd, true}, {Kind::vsftpd, false}, {Kind::vsftpd, true}}) {
+        SCOPED_TRACE(::testing::PrintToString(kind) + (edited ? " edited" : ""));
+        const bool status = kind == Kind::vsftpd; // it has no MLSD, but lists a folder in its reply to STAT
         const testing::TemporaryFolder logs;
-        FtpServer server(Kind::odd, {.extra = {"--log", logs / "log"}});
+        FtpServer server(kind, {.extra = status ? Words() : Words{"--log", logs / "log"}});
         FileTree files;
         for (int n = 100; n < 250; ++n) files["page" + std::to_string(n)] = testing::randomBytes(50, n);
         const LocalSite site(server, files);
@@ -318,19 +321,31 @@ TEST(ManyFiles, OneLoginReplacesNoEdit) {
         Story story;
         std::vector<std::size_t> groups;
         auto events = story.events();
+        const auto folder = server.root() / "site";
         events.goingLive = [&](const auto& copies) {
             groups.push_back(copies.size());
-            if (edited && groups.size() == 2) server.put("site/page249", "a colleague's");
+            if (!edited || groups.size() != 2) return;
+            server.put("site/page249", "a colleague's");
+            std::filesystem::create_symlink("page100", folder / "page248");
         };
-        EXPECT_TRUE(publish(site.transport(), wanted, events));
+        const auto transport = site.transport();
+        if (status) transport.traits->lacksMLSD(); // as the first check finds out
+        EXPECT_TRUE(publish(transport, wanted, events));
+        EXPECT_EQ(transport.traits->statusListing() == ServerTraits::Support::works, status);
         if (edited) files["page249"] = "a colleague's";
-        EXPECT_EQ(testing::readTree(server.root() / "site"), files);
+        EXPECT_EQ(std::filesystem::is_symlink(folder / "page248"), edited);
+        std::filesystem::remove(folder / "page248");
+        files.erase("page248");
+        EXPECT_EQ(testing::readTree(folder), files);
         EXPECT_EQ(story.sends(), 150);
-        EXPECT_EQ(story.published.size(), edited ? 149U : 150U);
-        EXPECT_EQ(story.kept.size(), edited ? 1U : 0U);
-        EXPECT_EQ(groups, (std::vector<std::size_t>{64, 64, edited ? 21U : 22U}));
+        EXPECT_EQ(story.published.size(), edited ? 148U : 150U);
+        EXPECT_EQ(story.kept.size(), edited ? 2U : 0U);
+        std::vector<std::size_t> expected{64, 64, edited ? 20U : 22U};
+        if (status) expected = {4, 64, 64, edited ? 16U : 18U}; // few first, to learn what the server knows
+        EXPECT_EQ(groups, expected);
         // An edit is asked about again, the files beside it are renamed, and its copy is removed: one login each.
-        EXPECT_EQ(countOf(readFile(logs / "log").value_or(""), "USER"), edited ? 4U : 1U);
+        const std::size_t logins = edited ? 4 : 1;
+        EXPECT_EQ(countOf(readFile(logs / "log").value_or(""), "USER"), status ? 0 : logins);
     }
 }
 

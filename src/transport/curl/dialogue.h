@@ -55,6 +55,7 @@ private:
         bool listing;
     };
 
+    void setTimer(TransferBlock& block) const;
     [[nodiscard]] DataConnection connectionOf(std::size_t block) const;
     bool take(std::size_t block, const BlockOutcome& outcome);
     void learnReplyTime(std::size_t block, std::chrono::nanoseconds took) const;

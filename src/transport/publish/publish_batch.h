@@ -50,6 +50,9 @@ private:
     // Files that are sent before they go live together, or, over a slow line, soon after one another.
     static constexpr std::size_t groupLength = 64;
 
+    // Files of a conversation that is to show how to ask about many.
+    static constexpr std::size_t few = 4;
+
     using Stage = Item::Stage;
 
     [[nodiscard]] Items all(std::initializer_list<Stage> stages);

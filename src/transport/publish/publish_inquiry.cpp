@@ -12,31 +12,44 @@ namespace zembrastel {
 namespace {
 
 using Presence = RemoteFacts::Presence;
-using Mlst = ServerTraits::Mlst;
+using Support = ServerTraits::Support;
 
 // A listing takes as many round trips as so many commands.
 constexpr std::size_t roundTripsOfListing = 6;
+
+// A status takes about as long as two commands, which is what one file takes.
+constexpr std::size_t leastForStatus = 3;
+
+// A listing that took longer than this counts as this long: many questions would not get quicker answers over its line.
+using Time = std::chrono::nanoseconds;
+constexpr Time longestListing = std::chrono::milliseconds(50);
+
+// What is assumed of a listing with TLS before one was measured.
+constexpr Time firstProtectedListing = std::chrono::milliseconds(20);
 
 TransferBlock listingOf(const std::string& folder) {
     return {.path = folder, .directory = true, .options = {{"request", "MLSD"}, {"ftp-method", "singlecwd"}}};
 }
 
-std::vector<std::string> commandsAbout(const std::string& name, Mlst mlst) {
+// With the hidden files, as the names of copies are.
+TransferBlock statusOf(const std::string& folder) { return commandsIn(folder, {"STAT -a ."}); }
+
+std::vector<std::string> commandsAbout(const std::string& name, Support mlst) {
     std::vector<std::string> commands;
-    if (mlst != Mlst::missing) commands.push_back("MLST " + name);
-    if (mlst != Mlst::works) commands.insert(commands.end(), {"MDTM " + name, "SIZE " + name});
+    if (mlst != Support::missing) commands.push_back("MLST " + name);
+    if (mlst != Support::works) commands.insert(commands.end(), {"MDTM " + name, "SIZE " + name});
     return commands;
 }
 
 // What the replies to these commands say, of which the first has this number; and whether the server knows MLST.
-RemoteFacts readFacts(const Replies& replies, std::size_t number, Mlst asked, ServerTraits& traits) {
-    if (asked == Mlst::missing) return replies.datesAndSizes(number);
+RemoteFacts readFacts(const Replies& replies, std::size_t number, Support asked, ServerTraits& traits) {
+    if (asked == Support::missing) return replies.datesAndSizes(number);
     const auto facts = replies.facts(number);
-    if (asked == Mlst::works) return facts;
+    if (asked == Support::works) return facts;
     const bool useful = facts.presence == Presence::present && facts.size && facts.modified;
-    if (useful) traits.learnMlst(Mlst::works);
+    if (useful) traits.learnMlst(Support::works);
     if (facts.presence == Presence::absent || useful) return facts;
-    if (facts.presence == Presence::present || replies.isUnknownCommand(number)) traits.learnMlst(Mlst::missing);
+    if (facts.presence == Presence::present || replies.isUnknownCommand(number)) traits.learnMlst(Support::missing);
     return replies.datesAndSizes(number + 1);
 }
 
@@ -44,7 +57,7 @@ RemoteFacts readFacts(const Replies& replies, std::size_t number, Mlst asked, Se
 
 Inquiry::Inquiry(const FTPTransport& used) : transport(used), traits(*used.traits) {}
 
-std::size_t Inquiry::commandsForEach() const { return traits.mlst() == Mlst::missing ? 2 : 1; }
+std::size_t Inquiry::commandsForEach() const { return traits.mlst() == Support::missing ? 2 : 1; }
 
 void Inquiry::ask(Dialogue& dialogue, const Items& items) {
     const auto folders = byFolder(items);
@@ -58,6 +71,7 @@ void Inquiry::ask(Dialogue& dialogue, const Items& items) {
         // The live files come last, so that these answers are as fresh as can be when the renames follow.
         std::ranges::move(questionsOf(within, true), std::back_inserter(questions));
         askSingly(dialogue, folder, questions);
+        askByStatus(dialogue, folder, within);
         askByListing(dialogue, folder, within);
     }
 }
@@ -75,6 +89,7 @@ void Inquiry::askAboutCopies(Dialogue& dialogue, const std::vector<Items>& parts
 void Inquiry::askAboutLive(Dialogue& dialogue, const Items& part) {
     for (const auto& [folder, within] : byFolder(part)) {
         askSingly(dialogue, folder, questionsOf(within, true));
+        askByStatus(dialogue, folder, within);
         askByListing(dialogue, folder, within);
     }
 }
@@ -82,8 +97,9 @@ void Inquiry::askAboutLive(Dialogue& dialogue, const Items& part) {
 // About those files of one folder that are to be asked about on their own: their copies, or the live ones.
 std::vector<Inquiry::Question> Inquiry::questionsOf(const Items& within, bool live) {
     std::vector<Question> questions;
+    const Items byStatus = live ? shownByStatus(within) : Items();
     for (auto* item : within) {
-        if (!asks(*item, Way::single, 2 * within.size())) continue;
+        if (!asks(*item, Way::single, 2 * within.size()) || std::ranges::count(byStatus, item) > 0) continue;
         auto& answer = item->by(Way::single);
         if (live) {
             questions.push_back({item->name, true, [&answer](const RemoteFacts& facts) { answer.live = facts; }});
@@ -106,12 +122,89 @@ void Inquiry::askAfter(Dialogue& dialogue, const Items& renamed, const Answered&
             });
             continue;
         }
-        std::vector<Question> questions;
-        for (auto* item : within) {
-            questions.push_back({item->name, false, [item](const RemoteFacts& facts) { item->after = facts; }});
-        }
-        askSingly(dialogue, folder, questions, TransferControl::AtStop::lastsOut, [then, within] { then(within); });
+        askEachAfter(dialogue, folder, within, then);
     }
+}
+
+void Inquiry::askEachAfter(Dialogue& dialogue, const std::string& folder, const Items& within, const Answered& then) {
+    constexpr auto lastsOut = TransferControl::AtStop::lastsOut;
+    const Items byStatus = shownByStatus(within);
+    std::vector<Question> questions;
+    for (auto* item : within) {
+        if (std::ranges::count(byStatus, item) == 0)
+            questions.push_back({item->name, false, [item](const RemoteFacts& facts) { item->after = facts; }});
+    }
+    if (byStatus.empty()) {
+        askSingly(dialogue, folder, questions, lastsOut, [then, within] { then(within); });
+        tryStatus(dialogue, folder, within);
+        return;
+    }
+    askSingly(dialogue, folder, questions, lastsOut);
+    auto block = statusOf(folder);
+    block.atStop = lastsOut;
+    dialogue.add(std::move(block), [this, within, byStatus, then](const BlockOutcome& outcome) {
+        const StatusListing listing(outcome);
+        for (auto* item : byStatus) {
+            item->after = listing.find(item->name);
+            if (item->after.presence == Presence::present && item->after.size == item->size()) continue;
+            if (item->stage == Item::Stage::renamed) item->stage = Item::Stage::renaming; // to be asked about singly
+            item->bothWays = true;
+        }
+        then(within);
+    });
+}
+
+bool Inquiry::learnsFromFew() const { return !mayList() && traits.statusListing() == Support::untried; }
+
+// Does the status show what is there? Until that is known it counts as missing, lest a server that ends the connection
+// at this command is asked again and again.
+void Inquiry::tryStatus(Dialogue& dialogue, const std::string& folder, const Items& within) {
+    if (!learnsFromFew() || within.size() < leastForStatus) return;
+    auto block = statusOf(folder);
+    block.atStop = TransferControl::AtStop::lastsOut;
+    dialogue.add(
+        std::move(block),
+        [this, within](const BlockOutcome& outcome) {
+            const StatusListing listing(outcome);
+            const bool shown = std::ranges::all_of(within, [&](const Item* item) {
+                return item->stage != Item::Stage::done || listing.find(item->name).size == item->size();
+            });
+            if (shown) traits.learnStatusListing(Support::works);
+        },
+        [this] { traits.learnStatusListing(Support::missing); });
+}
+
+// New files of one folder, if there are several and a status of the folder is enough to ask about them: it tells
+// whether there is such a file, but not its date.
+Items Inquiry::shownByStatus(const Items& within) const {
+    Items shown;
+    if (mayList() || traits.statusListing() != Support::works) return shown;
+    std::ranges::copy_if(within, std::back_inserter(shown), [](const Item* item) {
+        return !item->bothWays && item->stage != Item::Stage::renaming
+               && std::holds_alternative<KnownAbsent>(item->lastSeen);
+    });
+    return shown.size() < leastForStatus ? Items() : shown;
+}
+
+// A status that does not show the copies may leave out other files, too.
+void Inquiry::askByStatus(Dialogue& dialogue, const std::string& folder, const Items& within) {
+    const Items listed = shownByStatus(within);
+    if (listed.empty()) return;
+    dialogue.add(statusOf(folder), [this, listed](const BlockOutcome& outcome) {
+        const StatusListing found(outcome);
+        date(outcome, listed.size());
+        for (auto* item : listed) {
+            const auto copy = found.find(item->temporary);
+            const bool shown = copy.presence == Presence::present && copy.size == item->expected();
+            const auto live = found.find(item->name);
+            if (shown && live.presence == Presence::absent) {
+                item->by(Way::single).live = live;
+            } else {
+                item->bothWays = true; // in the next conversation, each on its own
+                if (!shown && item->stage == Item::Stage::sent) traits.learnStatusListing(Support::missing);
+            }
+        }
+    });
 }
 
 bool Inquiry::isAnswered(Item& item) const {
@@ -127,8 +220,17 @@ bool Inquiry::isAnswered(Item& item) const {
 bool Inquiry::mayList() const { return traits.hasMLSD() && traits.login() != ServerTraits::Login::oneTransfer; }
 
 Way Inquiry::firstWay(std::size_t questions) const {
-    const std::size_t roundTrips = traits.mlst() == Mlst::missing ? 2 * questions : questions;
-    return mayList() && (roundTrips >= roundTripsOfListing || !traits.confirmsSizes()) ? Way::listing : Way::single;
+    if (!mayList()) return Way::single;
+    if (!traits.confirmsSizes()) return Way::listing;
+    const std::size_t roundTrips = traits.mlst() == Support::missing ? 2 * questions : questions;
+    return roundTrips < roundTripsOfListing || isQuickerThanListing(roundTrips) ? Way::single : Way::listing;
+}
+
+// Near the server, a listing of a large folder or with TLS takes longer than many single questions.
+bool Inquiry::isQuickerThanListing(std::size_t roundTrips) const {
+    const auto reply = traits.replyTime();
+    const auto first = transport.profile.transport == TransferProtocol::ftp ? Time(0) : firstProtectedListing;
+    return reply && *reply * roundTrips < std::min(traits.listingTime().value_or(first), longestListing);
 }
 
 bool Inquiry::asks(Item& item, Way way, std::size_t questions) const {
@@ -159,9 +261,9 @@ void Inquiry::askSingly(
     Dialogue& dialogue, const std::string& folder, const std::vector<Question>& questions,
     TransferControl::AtStop atStop, const std::function<void()>& then) {
     if (questions.empty()) return;
-    const Mlst mlst = traits.mlst();
+    const Support mlst = traits.mlst();
     std::vector<std::string> commands;
-    if (mlst != Mlst::works) commands.emplace_back("TYPE I"); // some servers give no sizes of texts
+    if (mlst != Support::works) commands.emplace_back("TYPE I"); // some servers give no sizes of texts
     const std::size_t before = commands.size();
     for (const auto& question : questions) {
         for (auto& command : commandsAbout(question.name, mlst)) commands.push_back(std::move(command));

@@ -20,7 +20,7 @@ public:
     explicit Inquiry(const FTPTransport& used);
 
     // Adds blocks that ask about copies and live files; the answers are in the items when the conversation was held.
-    // Several files of one folder are asked about by a listing.
+    // Several files of one folder are asked about by a listing, unless single questions are known to be quicker.
     void ask(Dialogue& dialogue, const Items& items);
 
     // The same for several such calls, beginning with the copies, which do not have to be asked about so late.
@@ -35,6 +35,9 @@ public:
     // True if the item was asked about and its answers are enough for a decision. If one way of asking was not enough,
     // both are used the next time, in one conversation.
     [[nodiscard]] bool isAnswered(Item& item) const;
+
+    // True if a first conversation about a few files will show how to ask about many of them more quickly.
+    [[nodiscard]] bool learnsFromFew() const;
 
     // The commands that ask about one live file.
     [[nodiscard]] std::size_t commandsForEach() const;
@@ -53,12 +56,17 @@ private:
 
     [[nodiscard]] bool mayList() const;
     [[nodiscard]] Way firstWay(std::size_t questions) const;
+    [[nodiscard]] bool isQuickerThanListing(std::size_t roundTrips) const;
     [[nodiscard]] bool asks(Item& item, Way way, std::size_t questions) const;
     [[nodiscard]] static bool isCertain(Item& item);
     [[nodiscard]] std::vector<Question> questionsOf(const Items& within, bool live);
     void askSingly(
         Dialogue& dialogue, const std::string& folder, const std::vector<Question>& questions,
         TransferControl::AtStop atStop = TransferControl::AtStop::ends, const std::function<void()>& then = {});
+    void askByStatus(Dialogue& dialogue, const std::string& folder, const Items& within);
+    void askEachAfter(Dialogue& dialogue, const std::string& folder, const Items& within, const Answered& then);
+    void tryStatus(Dialogue& dialogue, const std::string& folder, const Items& within);
+    [[nodiscard]] Items shownByStatus(const Items& within) const;
     void askByListing(Dialogue& dialogue, const std::string& folder, const Items& within);
 
     const FTPTransport& transport;

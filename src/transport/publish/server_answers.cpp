@@ -23,6 +23,33 @@ RemoteFacts factsOf(const RemoteEntry& entry) {
     return {.presence = Presence::present, .modified = entry.modified, .size = entry.size, .mode = entry.mode};
 }
 
+// Servers show other characters in different ways.
+bool isPlain(std::string_view name) {
+    return std::ranges::all_of(name, [](char byte) { return byte > ' ' && byte < '\x7f'; });
+}
+
+// The lines between "213-Status follows:" and "213 End of status". Empty if there is no such reply at the end.
+std::string statusLines(std::string_view replies) {
+    const auto lines = split(replies, '\n');
+    auto last = lines.rbegin();
+    while (last != lines.rend() && trimmed(*last).empty()) ++last;
+    if (last == lines.rend()) return {};
+    const auto code = last->substr(0, codeLength);
+    if (!last->starts_with("21") || last->substr(codeLength, 1) != " ") return {};
+    const std::string opening = std::string(code) + '-';
+    std::vector<std::string_view> within;
+    for (auto line = last + 1; line != lines.rend(); ++line) {
+        if (line->starts_with(opening)) {
+            std::ranges::reverse(within);
+            std::string text;
+            for (const auto each : within) text.append(trimmed(each)) += '\n';
+            return text;
+        }
+        within.push_back(*line);
+    }
+    return {};
+}
+
 } // namespace
 
 TransferBlock commandsIn(const std::string& folder, const std::vector<std::string>& commands) {
@@ -110,6 +137,32 @@ RemoteFacts Listing::find(const std::string& name) const {
     if (const auto found = files.find(name); found != files.end()) return factsOf(found->second);
     if (count >= longListing || lowered.contains(asciiLowercase(name))) return {};
     return {.presence = Presence::absent};
+}
+
+StatusListing::StatusListing(const BlockOutcome& outcome) {
+    if (!outcome.succeeded() || !isValidUtf8(outcome.output)) return;
+    const std::string lines = statusLines(outcome.output);
+    try {
+        const auto entries = parseLIST(lines);
+        for (const auto& entry : entries) {
+            if (!entry.directory && entry.size) sizes.try_emplace(entry.name, *entry.size);
+        }
+        readable = !entries.empty() && entries.size() < longListing;
+    } catch (const SyncError&) {
+        // Each file is asked about on its own then.
+    }
+    lowered = asciiLowercase(lines);
+}
+
+RemoteFacts StatusListing::find(const std::string& name) const {
+    if (!readable || !isPlain(name)) return {};
+    if (const auto found = sizes.find(name); found != sizes.end())
+        return {.presence = Presence::present, .size = found->second};
+    // Such as a link, a folder, or a name in other letters.
+    const std::string word = ' ' + asciiLowercase(name);
+    const bool mayBeThere =
+        lowered.find(word + '\n') != std::string::npos || lowered.find(word + ' ') != std::string::npos;
+    return {.presence = mayBeThere ? Presence::unknown : Presence::absent};
 }
 
 } // namespace zembrastel

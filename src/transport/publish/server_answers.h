@@ -69,4 +69,18 @@ private:
     std::size_t count = 0;
 };
 
+// The names and sizes of a folder in the reply to STAT, which has the lines of LIST. It gives no dates.
+class StatusListing {
+public:
+    explicit StatusListing(const BlockOutcome& outcome);
+
+    // Present with its size; absent only if no line could mean this name, which must be plain ASCII; else unknown.
+    [[nodiscard]] RemoteFacts find(const std::string& name) const;
+
+private:
+    bool readable = false;
+    std::string lowered; // the lines, each with a line feed at its end
+    std::unordered_map<std::string, std::uint64_t> sizes;
+};
+
 } // namespace zembrastel
