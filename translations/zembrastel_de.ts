@@ -161,7 +161,7 @@
     </message>
     <message>
         <source>Keeps a local folder published to an FTP or FTPS server.</source>
-        <translation>Hält einen lokalen Ordner auf einem FTP- oder FTPS-Server veröffentlicht.</translation>
+        <translation>Veröffentlicht einen lokalen Ordner fortlaufend auf einem FTP- oder FTPS-Server.</translation>
     </message>
     <message>
         <source>© 2026 The Zembrastel developers. Free software under the MIT licence, without any warranty.</source>
