@@ -42,8 +42,8 @@
     <message numerus="yes">
         <source>Connected. The remote folder is readable (%n items). Upload permission is checked when a file uploads.</source>
         <translation>
-            <numerusform>Verbunden. Der Ordner auf dem Server ist lesbar (%n Element). Die Berechtigung zum Hochladen zeigt sich beim Hochladen einer Datei.</numerusform>
-            <numerusform>Verbunden. Der Ordner auf dem Server ist lesbar (%n Elemente). Die Berechtigung zum Hochladen zeigt sich beim Hochladen einer Datei.</numerusform>
+            <numerusform>Verbunden. Der Server-Ordner ist lesbar (%n Element). Das Recht zum Hochladen wird beim Hochladen einer Datei geprüft.</numerusform>
+            <numerusform>Verbunden. Der Server-Ordner ist lesbar (%n Elemente). Das Recht zum Hochladen wird beim Hochladen einer Datei geprüft.</numerusform>
         </translation>
     </message>
 </context>
@@ -161,7 +161,7 @@
     </message>
     <message>
         <source>Keeps a local folder published to an FTP or FTPS server.</source>
-        <translation>Hält einen lokalen Ordner auf einem FTP- oder FTPS-Server veröffentlicht.</translation>
+        <translation>Veröffentlicht einen lokalen Ordner fortlaufend auf einem FTP- oder FTPS-Server.</translation>
     </message>
     <message>
         <source>© 2026 The Zembrastel developers. Free software under the MIT licence, without any warranty.</source>
@@ -264,7 +264,7 @@
     </message>
     <message>
         <source>Whenever a local file of %1 is replaced, the old version is kept in .zembrastel-backups inside your local folder. Nothing is ever removed from there without you.</source>
-        <translation>Wird eine lokale Datei von %1 ersetzt, so bleibt die alte Version in .zembrastel-backups im lokalen Ordner erhalten. Von dort wird nie etwas automatisch entfernt.</translation>
+        <translation>Wird eine lokale Datei von %1 ersetzt, so bleibt die alte Version in .zembrastel-backups im lokalen Ordner erhalten. Von dort wird nie etwas von selbst entfernt.</translation>
     </message>
     <message>
         <source>Open</source>
@@ -403,11 +403,11 @@
     </message>
     <message>
         <source>Trusted key</source>
-        <translation>Vertrauter Schlüssel</translation>
+        <translation>Akzeptierter Schlüssel</translation>
     </message>
     <message>
         <source>Trusted on %1</source>
-        <translation>Vertraut seit %1</translation>
+        <translation>Akzeptiert seit %1</translation>
     </message>
     <message>
         <source>Key shown now</source>
@@ -415,7 +415,7 @@
     </message>
     <message>
         <source>Ask your provider which key is right before you trust the new one.</source>
-        <translation>Vor dem Vertrauen den Anbieter fragen, welcher Schlüssel richtig ist.</translation>
+        <translation>Zuerst den Anbieter fragen, welcher Schlüssel richtig ist, und erst dann dem neuen vertrauen.</translation>
     </message>
     <message>
         <source>What trusting it means</source>
@@ -439,11 +439,11 @@
     </message>
     <message>
         <source>Trust the new key for this profile…</source>
-        <translation>Neuem Schlüssel für dieses Profil vertrauen…</translation>
+        <translation>Dem neuen Schlüssel für dieses Profil vertrauen…</translation>
     </message>
     <message>
         <source>Trust this certificate for this profile…</source>
-        <translation>Zertifikat für dieses Profil vertrauen…</translation>
+        <translation>Dem Zertifikat für dieses Profil vertrauen…</translation>
     </message>
     <message>
         <source>Trust this key?</source>
@@ -455,15 +455,15 @@
     </message>
     <message>
         <source>Trust this key</source>
-        <translation>Schlüssel vertrauen</translation>
+        <translation>Diesem Schlüssel vertrauen</translation>
     </message>
     <message>
         <source>First seen today, %1</source>
-        <translation>Zuerst gesehen heute, %1</translation>
+        <translation>Zuerst gesehen: heute, %1</translation>
     </message>
     <message>
         <source>First seen on %1, %2</source>
-        <translation>Zuerst gesehen am %1, %2</translation>
+        <translation>Zuerst gesehen: am %1, %2</translation>
     </message>
 </context>
 <context>
@@ -654,7 +654,7 @@
     </message>
     <message>
         <source>Remote folder</source>
-        <translation>Ordner auf dem Server</translation>
+        <translation>Server-Ordner</translation>
     </message>
     <message>
         <source>Paths beginning with / start at the FTP root. Other paths start in the login folder.</source>
@@ -678,7 +678,7 @@
     </message>
     <message>
         <source>Choose a remote folder</source>
-        <translation>Ordner auf dem Server auswählen</translation>
+        <translation>Server-Ordner auswählen</translation>
     </message>
 </context>
 <context>
@@ -811,7 +811,7 @@
     </message>
     <message>
         <source>This remote folder is empty.</source>
-        <translation>Dieser Ordner auf dem Server ist leer.</translation>
+        <translation>Dieser Server-Ordner ist leer.</translation>
     </message>
     <message>
         <source>open folder</source>
@@ -929,8 +929,8 @@
     <message numerus="yes">
         <source>%n more files wait behind it.</source>
         <translation>
-            <numerusform>%n weitere Datei wartet dahinter.</numerusform>
-            <numerusform>%n weitere Dateien warten dahinter.</numerusform>
+            <numerusform>%n weitere Datei wartet darauf.</numerusform>
+            <numerusform>%n weitere Dateien warten darauf.</numerusform>
         </translation>
     </message>
     <message>
@@ -1211,13 +1211,13 @@
     </message>
     <message>
         <source>Zembrastel knows one file as uploaded to %1. The profile now names %2.</source>
-        <translation>Zembrastel kennt eine Datei als nach %1 hochgeladen. Das Profil nennt jetzt %2.</translation>
+        <translation>Eine Datei ist als nach %1 hochgeladen vermerkt. Im Profil steht jetzt %2.</translation>
     </message>
     <message numerus="yes">
         <source>Zembrastel knows %n files as uploaded to %1. The profile now names %2.</source>
         <translation>
-            <numerusform>Zembrastel kennt %n Datei als nach %1 hochgeladen. Das Profil nennt jetzt %2.</numerusform>
-            <numerusform>Zembrastel kennt %n Dateien als nach %1 hochgeladen. Das Profil nennt jetzt %2.</numerusform>
+            <numerusform>%n Datei ist als nach %1 hochgeladen vermerkt. Im Profil steht jetzt %2.</numerusform>
+            <numerusform>%n Dateien sind als nach %1 hochgeladen vermerkt. Im Profil steht jetzt %2.</numerusform>
         </translation>
     </message>
     <message>
@@ -1230,7 +1230,7 @@
     </message>
     <message>
         <source>What is in the new remote folder?</source>
-        <translation>Was befindet sich im neuen Ordner auf dem Server?</translation>
+        <translation>Was befindet sich im neuen Server-Ordner?</translation>
     </message>
     <message>
         <source>Not sure</source>
@@ -1392,7 +1392,7 @@
     </message>
     <message>
         <source>This profile was removed meanwhile. Nothing that you entered is lost: create a new profile from it, or cancel.</source>
-        <translation>Dieses Profil wurde inzwischen entfernt. Die Eingaben sind nicht verloren: Daraus kann ein neues Profil angelegt oder abgebrochen werden.</translation>
+        <translation>Dieses Profil wurde inzwischen entfernt. Die Eingaben sind nicht verloren: Daraus ein neues Profil anlegen oder abbrechen.</translation>
     </message>
     <message>
         <source>There is no folder %1 on the server. Create it, or choose another one.</source>
@@ -1404,7 +1404,7 @@
     </message>
     <message>
         <source>The remote folder was created.</source>
-        <translation>Der Ordner auf dem Server wurde angelegt.</translation>
+        <translation>Der Server-Ordner wurde angelegt.</translation>
     </message>
     <message>
         <source>Compare keys…</source>
@@ -1416,11 +1416,11 @@
     </message>
     <message>
         <source>The remote folder is empty, so there is nothing to download. Your local files are uploaded.</source>
-        <translation>Der Ordner auf dem Server ist leer, deshalb gibt es nichts herunterzuladen. Die lokalen Dateien werden hochgeladen.</translation>
+        <translation>Der Server-Ordner ist leer, deshalb gibt es nichts herunterzuladen. Die lokalen Dateien werden hochgeladen.</translation>
     </message>
     <message>
         <source>Unlock the desktop&apos;s keyring, or install one such as GNOME Keyring or KWallet, and save again. You can also go on without it and enter the password again next time.</source>
-        <translation>Den Schlüsselbund entsperren oder einen wie GNOME Keyring oder KWallet installieren und erneut speichern. Es geht auch ohne; dann ist das Passwort beim nächsten Mal erneut einzugeben.</translation>
+        <translation>Den Schlüsselbund entsperren oder einen wie GNOME Keyring oder KWallet installieren und erneut speichern. Es geht auch ohne; dann muss das Passwort beim nächsten Mal erneut eingegeben werden.</translation>
     </message>
     <message>
         <source>Keep the password for this session only</source>
@@ -1482,11 +1482,11 @@
     <name>zembrastel::ui::RefusedFilesBanner</name>
     <message>
         <source>They are tried again when they change.</source>
-        <translation>Bei einer Änderung werden sie erneut versucht.</translation>
+        <translation>Nach einer Änderung wird ihr Upload erneut versucht.</translation>
     </message>
     <message>
         <source>All other files are up to date. They are tried again when they change.</source>
-        <translation>Alle anderen Dateien sind aktuell. Bei einer Änderung werden diese erneut versucht.</translation>
+        <translation>Alle anderen Dateien sind aktuell. Nach einer Änderung wird der Upload der genannten erneut versucht.</translation>
     </message>
     <message numerus="yes">
         <source>%n files cannot be uploaded.</source>
@@ -1530,7 +1530,7 @@
     </message>
     <message>
         <source>Unticked files keep their local versions. Pending local edits may upload and replace server copies when watching resumes.</source>
-        <translation>Nicht ausgewählte Dateien behalten ihre lokale Version. Ausstehende lokale Änderungen können beim Fortsetzen hochgeladen werden und Kopien auf dem Server ersetzen.</translation>
+        <translation>Bei nicht ausgewählten Dateien bleibt die lokale Version. Ausstehende lokale Änderungen können beim Fortsetzen hochgeladen werden und Kopien auf dem Server ersetzen.</translation>
     </message>
     <message>
         <source>Newer files on the server</source>
@@ -1624,11 +1624,11 @@
     <name>zembrastel::ui::RemoteFolderSheet</name>
     <message>
         <source>Folders on the server</source>
-        <translation>Ordner auf dem Server</translation>
+        <translation>Server-Ordner</translation>
     </message>
     <message>
         <source>Choose the remote folder</source>
-        <translation>Ordner auf dem Server auswählen</translation>
+        <translation>Server-Ordner auswählen</translation>
     </message>
     <message>
         <source>Zembrastel uploads to the folder that you choose on %1.</source>
@@ -1683,7 +1683,7 @@
     </message>
     <message>
         <source>REMOTE FOLDER</source>
-        <translation>ORDNER AUF DEM SERVER</translation>
+        <translation>SERVER-ORDNER</translation>
     </message>
     <message>
         <source>Local deletions kept on server</source>
@@ -1802,7 +1802,7 @@
     </message>
     <message>
         <source>Certificate trusted for this profile</source>
-        <translation>Zertifikat für dieses Profil vertraut</translation>
+        <translation>Zertifikat für dieses Profil akzeptiert</translation>
     </message>
     <message>
         <source>Key %1, since %2. Its name and issuer are not verified.</source>

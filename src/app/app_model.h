@@ -21,7 +21,8 @@ namespace zembrastel {
 // What the user reads when the saved state could not be loaded.
 [[nodiscard]] std::string loadFailure(const std::exception& error);
 
-// What the user says of the new place on a server of a profile whose files were uploaded elsewhere.
+// The user's answer to the question what a new place on a server holds. It is asked when a profile with uploaded files
+// moves there.
 enum class NewPlace {
     unknown,   // nothing: the next check is a first comparison, which asks
     sameFiles, // the files were moved: they count as uploaded
@@ -41,7 +42,7 @@ public:
         PasswordAccess passwordAccess = {};
         JobWork work = serverWork();
         Clock& clock = systemClock();
-        // Never published, besides what the saved state itself has to keep private.
+        // Never published, in addition to the private items of the saved state.
         std::vector<PrivateItem> privateItems = {};
         // False ends each job where its worker would start: for a program that only checks and reviews.
         bool watches = true;
@@ -110,28 +111,28 @@ public:
     // Drops a postponed review. A refusal shows in the status.
     void start(const Uuid& id) { jobs.start(id); }
 
-    // The user confirms that the files of status().filesMissing() are gone: the profile starts anew, and they no longer
-    // count as synchronised. Those that exist again by then stay. Without that status nothing happens.
+    // The user confirms that the files of status().filesMissing() are gone: the profile restarts, and they no longer
+    // count as synchronised. Those that exist again by then stay. Does nothing without that status.
     void forgetMissingFiles(const Uuid& id);
 
-    // The next successful server check finds out what is to be sent again. It is sent when watching starts, and nothing
-    // is forgotten before. A file on the server that this program has not uploaded there, and that is not equal, is
-    // offered for review first. For a program that ends with the profile's work: the plan ends with the program.
+    // The next successful server check determines the files to send again. They are sent when watching starts, and stay
+    // in the baseline until then. A file on the server that this program has not uploaded there, and that is not equal,
+    // is offered for review first. The request is not saved: for a program that ends when this work is done.
     void planResend(const Uuid& id, Resend what) { pendingReviews.unsettled(id).resend = what; }
 
-    // The same at once: starts the profile anew, also a paused one. The next start of the program goes on with it if
-    // this one ends before. Throws when that could not be saved; it is in force all the same.
+    // The same at once: restarts the profile, even a paused one. The request is saved: if the program ends first, its
+    // next start continues. Throws if the request could not be saved; it still takes effect.
     void sendAgain(const Uuid& id, Resend what);
 
-    // The user wants the missing files to stay away: they are not reported again, unless they come back and vanish once
-    // more. Throws when that could not be saved; it is in force all the same.
+    // The user accepts that the missing files are gone: they are not reported again, unless they come back and vanish
+    // once more. Throws if this could not be saved; it still takes effect.
     void leaveMissing(const Uuid& id);
 
     // Starts every enabled profile.
     void startEnabled();
 
-    // Every job that waits to try something again does so at once, and waits shortly if that fails: for a moment when
-    // the reason of the failures may be gone. No job is stopped; one that does not wait goes on.
+    // Every job that waits for a retry retries at once, and begins again with a short wait if that fails. Called when
+    // the cause of the failures may be gone. No job is stopped; jobs that do not wait are not affected.
     void retryNow() { jobs.retryNow(); }
     // The same for one profile, and for one file of status().refused.
     void retryNow(const Uuid& id) { jobs.retryNow(id); }
@@ -144,8 +145,7 @@ public:
     void shutdown();
 
     // The user's pause and resume, which the next start of the program remembers. A profile that runs already, or is
-    // paused already, stays so. Throw if the change could not be saved; it is in force all the same, and saving is
-    // tried again.
+    // paused already, stays so. Throw if the change could not be saved; it still takes effect, and saving is retried.
     void pause(const Uuid& id);
     void resume(const Uuid& id);
 
@@ -167,8 +167,8 @@ public:
     // with the changes in force. `changes` throws nothing.
     void saveTogether(const std::function<void()>& changes) { records.persistOnce(changes); }
 
-    // Forgets a profile with its password; all files stay. The password is removed first, however long the secret store
-    // takes. If that fails `alert` says so and nothing changes; if only saving fails, the profile is gone.
+    // Removes a profile and its password; all files stay. The password is removed first, however long the secret store
+    // takes. If that fails, `alert` says so and nothing changes; if only saving fails, the profile is gone.
     void remove(const Uuid& id);
 
     // Presents the profile's review, if it has one; closing hides it without a decision.

@@ -1,8 +1,8 @@
 // The demonstration: a sample profile with a past, and jobs that report a day's work on a site without any server.
 //
-// Nothing here touches the network, the disk or the secret store. What is reported follows from the script alone: a
-// server that never has anything newer, and edits that are uploaded every few seconds, for ever. A profile that was
-// paused goes on with what was not yet uploaded.
+// Nothing here touches the network, the disk or the secret store. All reports come from a script: the server never has
+// anything newer, and edits are uploaded every few seconds without end. A profile that was paused continues with the
+// first edit that was not uploaded.
 #pragma once
 
 #include "app/jobs/job_work.h"
@@ -26,7 +26,7 @@ struct Demonstration {
 // The clock must outlive the demonstration.
 [[nodiscard]] Demonstration demonstration(Clock& clock = systemClock());
 
-// The profile with a local folder that exists: a demonstration takes that for granted of any folder that is named.
+// The profile with a local folder that exists: a demonstration accepts any folder that the user names.
 [[nodiscard]] Profile withExistingFolder(Profile profile);
 
 } // namespace zembrastel

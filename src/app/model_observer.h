@@ -19,7 +19,7 @@ public:
     // Of one profile: its status (log and new progress aside), and a new line in its log.
     virtual void statusChanged(const Uuid&) {}
     virtual void activityLogged(const Uuid&, const Activity&) {}
-    // There is new progress in a profile's status. What ends it is a change of the status.
+    // A profile's status has new progress. The end of progress is reported by statusChanged().
     virtual void progressChanged(const Uuid&) {}
     // Of one profile: its review or its check failure. For the first, also which review is presented.
     virtual void reviewChanged(const Uuid&) {}

@@ -1,4 +1,4 @@
-// The notifications for the user: one for a review or a choice that waits, one for a profile that has failed for long,
+// The notifications for the user: one for a review or a choice that waits, one for a profile that keeps failing,
 // and one when that profile has recovered. Without a network there is one for all profiles. Never one for a single
 // file.
 //

@@ -1,7 +1,7 @@
 // The passwords of the profiles: those at hand for this session, and those in the secret store.
 //
-// Main context. The secret store may keep a call waiting for a person, so it is called on a thread of its own, in the
-// order of the requests. No result is handed over once this object is gone.
+// Main context. The secret store may wait for the user, so it is called on a thread of its own, in the order of the
+// requests. No result is handed over once this object is gone.
 #pragma once
 
 #include "app/context/lifetime.h"

@@ -44,7 +44,7 @@ struct ProfileStatus {
     std::int64_t waiting = 0;           // files that wait until the server can be reached again
     std::optional<std::chrono::system_clock::time_point> lastUpload;
     std::deque<Activity> activity; // newest first, at most maxActivities
-    // Of work in this phase that takes longer than a moment.
+    // Of work in this phase that takes longer than a second.
     std::optional<TransferProgress> progress;
     // Why the phase is a failure, the end of the detail after that reason, and when the next attempt is, as far as that
     // is known.

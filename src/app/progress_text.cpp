@@ -34,7 +34,7 @@ std::string withDecimals(double number, int decimals) {
     return {digits.data(), written.ptr};
 }
 
-// In this unit, as fine as a person cares for. A number that moves keeps its decimal, so that the text does not jump.
+// In this unit, from MB with one decimal below 100. A zero decimal stays, so that the text keeps its width.
 std::string inUnit(double bytes, const Unit& unit) {
     const bool fine = unit.bytes > kilobytes.bytes && bytes < 100 * unit.bytes;
     return withDecimals(bytes / unit.bytes, fine ? 1 : 0);
@@ -64,7 +64,7 @@ std::string about(std::int64_t number, std::string_view unit) {
     return "about " + counted(static_cast<std::uint64_t>(number), unit) + " left";
 }
 
-// Rounded as a person would, and never to less than it takes.
+// Rounded up: to five seconds, to a minute, or to an hour.
 std::string leftText(std::chrono::seconds left) {
     constexpr std::int64_t step = 5;
     const auto steps = (left.count() + step - 1) / step;
@@ -83,10 +83,10 @@ std::string rateText(double rate) { return rate < kilobytes.bytes ? "less than 1
 
 std::string fileText(const TransferProgress& progress) {
     const auto& file = *progress.file;
-    // What is left is the server's to do, and takes as long as it takes.
+    // The server is still storing the file, for an unknown time.
     if (isSent(progress)) return withUnit(static_cast<double>(file.bytes)) + " sent, waiting for the server";
     std::string text = amount(file.bytes, file.size);
-    // Nothing that moves has no rate worth the name, and the numbers beside it say so.
+    // A transfer that stands still shows no rate.
     if (file.rate && *file.rate >= 1) text += ", " + rateText(*file.rate);
     if (file.left) text += ", " + leftText(*file.left);
     return text;

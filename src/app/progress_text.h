@@ -21,7 +21,7 @@ namespace zembrastel {
 // "184 MB"
 [[nodiscard]] std::string sizeText(std::uint64_t bytes);
 
-// From 0 to 1: how much of the file in transfer, or of a comparison of contents, is through, where that is known.
+// From 0 to 1: the part of the file in transfer, or of a comparison of contents, that is done; nullopt if unknown.
 [[nodiscard]] std::optional<double> fileFraction(const TransferProgress& progress);
 
 } // namespace zembrastel

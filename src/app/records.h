@@ -53,8 +53,8 @@ public:
     void setBaseline(const Uuid& id, FileMap files) { state.baselines[id] = std::move(files); }
     void recordFile(const Uuid& id, const std::string& path, const Fingerprint& version);
     void recordDate(const Uuid& id, const std::string& path, RemoteDate date);
-    // The profile was compared with its server. A file of which nothing is recorded means something else from then on:
-    // see ServerRecord::wasCompared. Saved at once: after a kill, own uploads must not look like those of others.
+    // The profile was compared with its server. From then on a file without a record has another meaning: see
+    // ServerRecord::wasCompared. Saved at once: after a kill, own uploads must not look like those of others.
     void recordComparison(const Uuid& id);
     // These files no longer count as synchronised.
     void forgetFiles(const Uuid& id, const PathSet& paths);

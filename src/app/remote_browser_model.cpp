@@ -57,7 +57,7 @@ private:
         }
     }
 
-    // What the local folder holds besides `entries`.
+    // The items of the local folder that are not among `entries`.
     [[nodiscard]] std::vector<RemoteEntry> localOnly(const std::vector<RemoteEntry>& entries) const {
         std::vector<RemoteEntry> found;
         const auto place = LocalPlace::resolve(transport.profile.localFolder, path);

@@ -1,5 +1,5 @@
-// When and how the model's state is written to the disk: at once for what the user does, as soon as it is cheap enough
-// for what workers report. The main context does not wait for the disk in the second case.
+// Writes the model's state to the disk: at once for actions of the user, after a short delay for reports of workers. In
+// the second case the main context does not wait for the disk.
 //
 // Main context. Saving may take a tenth of the time: after a save there is a pause of nine times its duration, at least
 // 50 milliseconds and at most two seconds; reports in that time are gathered into one save. A single report is saved at

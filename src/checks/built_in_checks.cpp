@@ -55,7 +55,7 @@ int run(const Checks& checks) {
     return passed == checks.size() ? 0 : 1;
 }
 
-// How to start a server that can be used.
+// Explains how to start a suitable server.
 std::string advice(const TestServer& server) {
     const auto port = std::to_string(server.port);
     const std::string user = TestServer::username;

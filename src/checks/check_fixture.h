@@ -1,5 +1,5 @@
-// The surroundings of a check: a local folder with a profile, and the program with a saved state and passwords of its
-// own, which can be closed and opened again. All of it is in a temporary folder that is removed with the object.
+// What a check works with: a local folder with a profile, and the program with a saved state and passwords of its own,
+// which can be closed and opened again. All of it is in a temporary folder that is removed with the object.
 //
 // Used by one thread, on which the program works while waitUntil() runs. Its waits are short.
 #pragma once
@@ -25,7 +25,7 @@ public:
     [[nodiscard]] const std::filesystem::path& folder() const { return temporary.path(); }
     [[nodiscard]] std::filesystem::path local(const std::string& path) const { return siteFolder / path; }
 
-    // Makes or replaces a local file, and its missing folders. The file is dated so long ago.
+    // Creates or replaces a local file, and creates its missing folders. `ago` is the age of the file's date.
     void write(const std::string& path, const std::string& text, std::chrono::seconds ago = {}) const;
     [[nodiscard]] std::string read(const std::string& path) const;
 

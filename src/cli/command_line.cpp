@@ -13,7 +13,7 @@ namespace {
 
 constexpr const char* programDescription =
     translatable("Keeps a local folder published to an FTP or FTPS server: what you save here is live there\n"
-                 "a few seconds later. A profile says which folder and which server.\n");
+                 "a few seconds later. A profile names the folder and the server.\n");
 
 constexpr const char* programFooter =
     translatable("zembrastel-cli COMMAND --help explains a command. Passwords are read from the\n"
@@ -22,12 +22,13 @@ constexpr const char* programFooter =
                  "  0  done\n"
                  "  1  failed\n"
                  "  2  the command line is wrong\n"
-                 "  3  a decision is waiting: files are newer on the server, or there already\n"
+                 "  3  a decision waits: files are newer on the server, or there already\n"
                  "  4  the state folder is in use by another running program\n"
                  "  5  the server refused the login\n"
                  "  6  Zembrastel is not running, or has ended\n"
                  "  7  the running program does not answer\n"
-                 "  8  interrupted before the work was done\n\n"
+                 "  8  interrupted before the work was done\n"
+                 "  9  watch: there is no profile, or none is enabled\n\n"
                  "Examples:\n"
                  "  zembrastel-cli profile add --name \"My website\" --host ftp.example.com \\\n"
                  "    --username web --remote-folder /public_html --local-folder ~/website\n"
@@ -40,7 +41,7 @@ void addGlobalOptions(Syntax& program, GlobalOptions& options) {
             "--state", options.stateFolder, "DIR",
             "Where profiles are saved (default: Zembrastel in\n$XDG_DATA_HOME or ~/.local/share)")
         .notEmpty();
-    program.flag("--json", options.json, "Print one JSON object a line, for programs");
+    program.flag("--json", options.json, "Print one JSON object per line, for programs");
     const auto file =
         program.option("--password-file", options.passwordFile, "FILE", "Use the first line of FILE as the password")
             .notEmpty();

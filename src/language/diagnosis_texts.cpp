@@ -79,17 +79,17 @@ constexpr std::initializer_list<const char*> textsOfDiagnosis{
     translatable("The server does not report the date of a file."),
     translatable("Without it Zembrastel cannot find newer files on the server."),
     translatable("Ask the hosting provider to allow the command MDTM."),
-    translatable("The date of a file that was just uploaded is %1 ahead: the server reports dates in its local time, "
+    translatable("The date of a file that was just uploaded is %9 ahead: the server reports dates in its local time, "
                  "not in UTC."),
-    translatable("The date of a file that was just uploaded is %1 behind: the server reports dates in its local time, "
+    translatable("The date of a file that was just uploaded is %9 behind: the server reports dates in its local time, "
                  "not in UTC."),
-    translatable("The date of a file that was just uploaded is %1 ahead: the server's clock is off."),
-    translatable("The date of a file that was just uploaded is %1 behind: the server's clock is off."),
-    translatable("Asked for the date of a file, the server reports another one than in its listing, %1 ahead: the "
+    translatable("The date of a file that was just uploaded is %9 ahead: the server's clock is off."),
+    translatable("The date of a file that was just uploaded is %9 behind: the server's clock is off."),
+    translatable("Asked for the date of a file, the server reports another one than in its listing, %9 ahead: the "
                  "server reports dates in its local time, not in UTC."),
-    translatable("Asked for the date of a file, the server reports another one than in its listing, %1 behind: the "
+    translatable("Asked for the date of a file, the server reports another one than in its listing, %9 behind: the "
                  "server reports dates in its local time, not in UTC."),
-    translatable("A file on the server is dated %1 in the future: the server reports dates in its local time, not in "
+    translatable("A file on the server is dated %9 in the future: the server reports dates in its local time, not in "
                  "UTC, or its clock is off."),
     translatable("Files look newer or older than they are, so wrong versions may be offered."),
     translatable("Ask the hosting provider to have dates reported in UTC (vsftpd: use_localtime=NO)."),

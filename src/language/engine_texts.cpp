@@ -66,8 +66,8 @@ constexpr std::initializer_list<const char*> texts{
                  "uploaded."),
     translatable(
         "Not downloaded, because they changed meanwhile: %1. The server is checked again before anything is uploaded."),
-    translatable("The same files are newer on the server as when you decided: that decision is carried out."),
-    translatable("Other files are newer on the server than when you decided: nothing was done by that decision."),
+    translatable("The newer files on the server are the same as when you decided: your decision is carried out."),
+    translatable("The newer files on the server are not the same as when you decided: your decision was dropped."),
     translatable("The same on the server and here, so recorded without a question: %1"),
     translatable("Compared all files with the server. The same there: %1. To be sent again: %2."),
     translatable("1 file is missing on the server: %1. Waiting for your choice."),
@@ -134,10 +134,6 @@ constexpr std::initializer_list<const char*> texts{
     translatable("The file does not exist on the server."), translatable("It may have been removed meanwhile."),
     translatable("The transfer failed."), translatable("The details have the reason."),
     translatable("Transfer failed."),
-    translatable("There is no room to compare %1: a copy of it in %2 could not be written (%3). Free some space there, "
-                 "or start Zembrastel with TMPDIR set to a folder with more."),
-    translatable("The server does not send %1, so the contents cannot be compared. Let your user name read them there, "
-                 "or choose without comparing them."),
     // Uploads.
     translatable("This server does not report the sizes of files, so it cannot be verified that uploads are complete."),
     translatable("The server confirmed the upload of %1, but does not have it. The live file was not replaced; the "
@@ -149,7 +145,7 @@ constexpr std::initializer_list<const char*> texts{
                  "server. The upload will be retried."),
     translatable("The server confirmed the renaming of the uploaded %1, but has another file in its place, or none. "
                  "The upload will be retried."),
-    translatable("There is no room for a copy of %1 to upload from: it has %2, and %3 has %4 free. Free some space "
+    translatable("There is no room for a copy of %1 to upload from: it has %8, and %2 has %9 free. Free some space "
                  "there, or start Zembrastel with TMPDIR set to a folder with more. The other files are not affected."),
     translatable("File changed before uploading; it will be retried."),
     translatable("File changed while preparing the upload; it will be retried."),
@@ -201,12 +197,35 @@ constexpr std::initializer_list<const char*> texts{
     translatable("No files or folders are selected. Use Edit sync contents to choose what to sync."),
     translatable("There is a profile of this name already."), translatable("It has no local folder."),
     translatable("There is no folder %1 here."),
-    translatable("Could not load saved profiles: %1. Your saved file has been left untouched."),
+    translatable("Could not load saved profiles: %text. Your saved file has been left untouched."),
     translatable("The state folder %1 was moved away or replaced while the program ran. Nothing is saved until it is "
                  "back, or the program is started again"),
+    translatable(
+        "The state folder %1 is in use by another running program. Stop that program, then quit Zembrastel and "
+        "start it again"),
     translatable("Profile storage is unavailable. Restart the app after correcting the startup error."),
-    translatable("Two versions of the program that do not know each other are in use: restart the one that runs."),
+    translatable("The running Zembrastel is another version; restart it."),
     translatable("The message was not understood."),
+    // Damaged files.
+    translatable("It is not a file"), translatable("byte %1 of the saved state is not valid JSON: %2"),
+    translatable("the saved state is not valid JSON: %1"), translatable("the saved state is not valid UTF-8"),
+    translatable("the saved state is not an object"), translatable("the saved state has no %1"),
+    translatable("byte %1 of the export is not valid JSON: %2"), translatable("the export is not valid JSON: %1"),
+    translatable("the export is not valid UTF-8"), translatable("the export is not an object"),
+    translatable("the export has no %1"), translatable("byte %1 of the profile is not valid JSON: %2"),
+    translatable("the profile is not valid JSON: %1"), translatable("the profile is not valid UTF-8"),
+    translatable("the profile is not an object"), translatable("the profile has no %1"),
+    translatable("profile %1 is not an object"), translatable("profile %1 has no %2"),
+    translatable("%1\" of profile %2"), translatable("\"%text is not true or false"),
+    translatable("\"%text is not a whole number"), translatable("\"%text is not a whole number from 0 up"),
+    translatable("\"%text is not a number"), translatable("\"%text is not a text"),
+    translatable("\"%text is not a UUID"), translatable("\"%text is not the SHA-256 of a key"),
+    translatable("\"%text is not a known protocol"), translatable("\"%text is not a list"),
+    translatable("\"%text is not an object"), translatable("\"%text is not valid Unicode"),
+    translatable("\"%text is out of range"), translatable("\"%text has no %1"),
+    translatable("version %1 of the export is not known here"), translatable("byte %1 is not valid JSON: %2"),
+    translatable("byte %1 is not valid XML: %2"), translatable("it is not valid UTF-8"),
+    translatable("<%1> is not valid UTF-8"), translatable("a name under \"profiles\" is not valid Unicode"),
     // Passwords.
     translatable("The secret store cannot be asked now: %text"), translatable("Keychain: %text"),
     translatable("No password is stored for this profile; it must be entered again"),

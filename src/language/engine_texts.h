@@ -1,7 +1,8 @@
 // The patterns of the engine's texts, grouped by subject.
 //
-// %1 to %9 stand for a name, a number or another value, which stays as it is; %text stands for a text of the engine,
-// which is translated as well and is the last value of its pattern. A translation names them in any order.
+// %1 to %7 stand for a name, a number or another value, which stays as it is. %8 and %9 stand for amounts such as
+// "1.5 MB" or "2 hours 5 minutes", and %text for a text of the engine; these are translated as well. A translation
+// names them in any order.
 #pragma once
 
 #include <span>

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <sstream>
 #include <unordered_map>
 #include <vector>
 
@@ -12,13 +13,25 @@ namespace zembrastel {
 namespace {
 
 constexpr std::string_view innerText = "%text";
+constexpr char textPlace = '0';
+constexpr char firstAmount = '8';
 
 // The words of a pattern around its places: one more than there are places.
 struct Pattern {
     const char* text;
     std::vector<std::string_view> words;
-    bool endsInText = false; // the last value is a text of the engine
-    std::size_t length = 0;  // of the words: the longest pattern that fits is the right one
+    std::string places{};   // the digit of each place
+    std::size_t length = 0; // of the words: the longest pattern that fits is the right one
+};
+
+// A place of a pattern or of its translation: its digit, and how many characters it takes.
+struct Place {
+    explicit Place(std::string_view text)
+        : digit(text.starts_with(innerText) ? textPlace : text.at(1)), size(digit == textPlace ? innerText.size() : 2) {
+    }
+
+    char digit;
+    std::size_t size;
 };
 
 Pattern parsed(const char* text) {
@@ -26,8 +39,10 @@ Pattern parsed(const char* text) {
     std::string_view rest = text;
     for (auto place = rest.find('%'); place != std::string_view::npos; place = rest.find('%')) {
         pattern.words.push_back(rest.substr(0, place));
-        pattern.endsInText = rest.substr(place).starts_with(innerText);
-        rest.remove_prefix(place + (pattern.endsInText ? innerText.size() : 2));
+        rest.remove_prefix(place);
+        const Place next(rest);
+        pattern.places += next.digit;
+        rest.remove_prefix(next.size);
     }
     pattern.words.push_back(rest);
     for (const auto& each : pattern.words) pattern.length += each.size();
@@ -50,7 +65,7 @@ std::optional<std::vector<std::string_view>> valuesIn(std::string_view text, con
         text.remove_prefix(place + words[index].size());
     }
     // The full stop of a sentence is not the end of a name.
-    if (words.back().empty() && !pattern.endsInText && text.ends_with('.')) return std::nullopt;
+    if (words.back().empty() && !pattern.places.ends_with(textPlace) && text.ends_with('.')) return std::nullopt;
     values.push_back(text);
     const bool anyEmpty = std::ranges::any_of(values, &std::string_view::empty);
     return anyEmpty ? std::nullopt : std::optional(values);
@@ -80,20 +95,50 @@ const Patterns& patterns() {
     return all;
 }
 
+bool isDigit(char character) { return character >= '0' && character <= '9'; }
+
+// "1,5 MB"
+std::string withDecimalSeparator(std::string text) {
+    for (std::size_t at = 1; at + 1 < text.size(); ++at) {
+        if (text[at] != '.' || !isDigit(text[at - 1]) || !isDigit(text[at + 1])) continue;
+        // TRANSLATORS: Separates the whole number from its decimals.
+        text.replace(at, 1, translate("."));
+    }
+    return text;
+}
+
+std::string durationText(std::uint64_t number, std::string_view unit) {
+    if (unit.starts_with("minute")) return translatePlural("%n minute", "%n minutes", number);
+    if (unit.starts_with("hour")) return translatePlural("%n hour", "%n hours", number);
+    return translatePlural("%n day", "%n days", number);
+}
+
+// A size, or a duration of one or more units: "2 Stunden 5 Minuten" for "2 hours 5 minutes".
+std::string amountText(const std::string& amount) {
+    if (amount.ends_with('B')) return withDecimalSeparator(amount);
+    std::istringstream parts(amount);
+    std::string text;
+    std::uint64_t number = 0;
+    for (std::string unit; parts >> number >> unit;) text += (text.empty() ? "" : " ") + durationText(number, unit);
+    return text.empty() ? amount : text;
+}
+
+std::string valueText(char place, std::string_view value) {
+    if (place == textPlace) return translateEngineText(value);
+    return place >= firstAmount ? amountText(std::string(value)) : std::string(value);
+}
+
 std::string withValues(const Pattern& pattern, const std::vector<std::string_view>& values) {
-    std::string text = translate(pattern.text);
+    const std::string text = translate(pattern.text);
     std::string result;
     for (std::string_view rest = text; !rest.empty();) {
-        const auto place = rest.find('%');
-        result += rest.substr(0, place);
-        if (place == std::string_view::npos) break;
-        const bool isText = rest.substr(place).starts_with(innerText);
-        if (isText) {
-            result += translateEngineText(values.back());
-        } else {
-            result += values.at(static_cast<std::size_t>(rest.at(place + 1) - '1'));
-        }
-        rest.remove_prefix(place + (isText ? innerText.size() : 2));
+        const auto words = rest.substr(0, rest.find('%'));
+        result += words;
+        rest.remove_prefix(words.size());
+        if (rest.empty()) break;
+        const Place place(rest);
+        result += valueText(place.digit, values.at(pattern.places.find(place.digit)));
+        rest.remove_prefix(place.size);
     }
     return result;
 }
@@ -125,18 +170,6 @@ std::optional<std::string> translatedParts(std::string_view text) {
         if (known) return *known + ' ' + translateEngineText(text.substr(end + 2));
     }
     return std::nullopt;
-}
-
-bool isDigit(char character) { return character >= '0' && character <= '9'; }
-
-// "1,5 MB"
-std::string withDecimalSeparator(std::string text) {
-    for (std::size_t at = 1; at + 1 < text.size(); ++at) {
-        if (text[at] != '.' || !isDigit(text[at - 1]) || !isDigit(text[at + 1])) continue;
-        // TRANSLATORS: Separates the whole number from its decimals.
-        text.replace(at, 1, translate("."));
-    }
-    return text;
 }
 
 } // namespace

@@ -1,6 +1,8 @@
 #include "language/translation.h"
 
+#include <algorithm>
 #include <clocale>
+#include <cstdlib>
 #include <filesystem>
 #include <libintl.h>
 #include <string_view>
@@ -25,6 +27,37 @@ public:
 private:
     locale_t before;
 };
+
+std::string_view environmentValue(const char* name) {
+    const char* const value = std::getenv(name);
+    return value == nullptr ? std::string_view() : value;
+}
+
+std::string_view messageLocaleName() {
+    for (const char* name : {"LC_ALL", "LC_MESSAGES"}) {
+        if (const auto value = environmentValue(name); !value.empty()) return value;
+    }
+    return environmentValue("LANG");
+}
+
+// Whether it needs no catalogue: English, or no language at all.
+bool isEnglish(std::string_view locale) {
+    const auto language = locale.substr(0, locale.find_first_of("_.@"));
+    return language.empty() || language == "en" || language == "C" || language == "POSIX";
+}
+
+// The user's languages before English, which has no catalogue: gettext would go on to the language after it. `wanted`
+// is a list with colons that takes the place of the locale's language, unless the locale is "C".
+std::string languagesWithCatalogue(std::string_view locale, std::string_view wanted) {
+    if (locale.empty() || locale == "C" || locale == "POSIX") return {};
+    std::string languages;
+    for (std::string_view rest = wanted.empty() ? locale : wanted; !isEnglish(rest.substr(0, rest.find(':')));) {
+        const auto language = rest.substr(0, rest.find(':'));
+        languages.append(languages.empty() ? "" : ":").append(language);
+        rest.remove_prefix(std::min(rest.size(), language.size() + 1));
+    }
+    return languages;
+}
 
 // Beside the program: in the build tree, or where it is installed.
 std::filesystem::path catalogueFolder() {
@@ -69,7 +102,11 @@ std::string filled(std::string_view text, std::initializer_list<std::string> val
 } // namespace
 
 void startTranslation() {
-    messageLocale = ::newlocale(LC_MESSAGES_MASK, "", nullptr);
+    const std::string languages = languagesWithCatalogue(messageLocaleName(), environmentValue("LANGUAGE"));
+    if (languages.empty()) return;
+    // gettext reads the variable itself. It refuses the locale "C" alone, so no other locale need be installed.
+    ::setenv("LANGUAGE", languages.c_str(), 1);
+    messageLocale = ::newlocale(LC_MESSAGES_MASK, "C.UTF-8", nullptr);
     ::bindtextdomain(catalogue, catalogueFolder().c_str());
     ::bind_textdomain_codeset(catalogue, "UTF-8");
 }

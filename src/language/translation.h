@@ -13,9 +13,11 @@
 
 namespace zembrastel {
 
-// Takes the language from LANGUAGE, LC_ALL, LC_MESSAGES or LANG. The locale of the process does not change, so numbers,
-// sorting and the texts of system errors stay as they are.
+// Takes the language from LANGUAGE, LC_ALL, LC_MESSAGES or LANG, as Qt does; its locale need not be installed. The
+// locale of the process does not change, so numbers, sorting and the texts of system errors stay as they are.
 void startTranslation();
+
+// True if the user prefers another language to English, whether it has a catalogue or not.
 [[nodiscard]] bool translates();
 
 // The text in the user's language, with the values in the places of %1 to %9.

@@ -49,8 +49,8 @@ void takeMessage(QtMsgType type, const QMessageLogContext&, const QString& text)
     endWithoutWindow(qUtf8Printable(whyNoWindow()));
 }
 
-// Ends the program unless it is destroyed in time. Qt would wait for ever for a display that accepts the connection but
-// does not answer.
+// Ends the program unless it is destroyed in time. Qt would wait without end for a display that accepts the connection
+// but does not answer.
 class Patience {
 public:
     Patience() : thread([this](const std::stop_token& stop) { wait(stop); }) {}

@@ -16,8 +16,8 @@ namespace zembrastel::ui {
 // Creates the application, which needs a display to show windows on.
 //
 // If no window can be opened, ends the program with exit code 1 and one line on standard error. Qt by itself would
-// abort, or wait for ever for a display that does not answer; here that wait ends after 20 seconds. Other messages of
-// Qt are printed as usual. `argc` and `argv` must outlive the application.
+// abort, or wait without end for a display that does not answer; here that wait ends after 20 seconds. Other messages
+// of Qt are printed as usual. `argc` and `argv` must outlive the application.
 [[nodiscard]] std::unique_ptr<QApplication> startApplication(int& argc, char** argv);
 
 // Ends the program in good order on SIGTERM, SIGINT or SIGHUP.

@@ -69,7 +69,7 @@ int runDesktop(const DesktopOptions& options, Termination& termination, int argc
     }
     startTranslation();
     const auto application = startApplication(argc, argv);
-    installTranslations(*application);
+    installTranslations(*application, translates() ? QLocale::system() : QLocale(QLocale::English));
     QApplication::setApplicationName(QStringLiteral("Zembrastel"));
     QApplication::setDesktopFileName(QStringLiteral("org.zembrastel.Zembrastel"));
     QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("org.zembrastel.Zembrastel")));

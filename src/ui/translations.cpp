@@ -13,7 +13,7 @@ void install(QCoreApplication& application, const QString& file) {
     if (translator->load(file)) QCoreApplication::installTranslator(translator);
 }
 
-// Has a catalogue: "de" for "de-AT".
+// The language of the catalogue for the locale: "de" for "de-AT".
 QString languageOf(const QLocale& locale) {
     const auto english = QStringLiteral("en");
     QTranslator found;
@@ -24,7 +24,7 @@ QString languageOf(const QLocale& locale) {
 
 void installTranslations(QCoreApplication& application, const QLocale& locale) {
     const QString language = languageOf(locale);
-    // Qt's texts in a language that the program's own do not have would be a mixture.
+    // Qt's own texts in a third language would mix languages in one window.
     install(application, QLibraryInfo::path(QLibraryInfo::TranslationsPath) + QStringLiteral("/qtbase_") + language);
     install(application, catalogues + language);
 }

@@ -1,6 +1,8 @@
 // The executable in German, with the catalogue of the build tree.
 #include "server_fixture.h"
 
+#include <map>
+
 namespace zembrastel::testing {
 namespace {
 
@@ -15,8 +17,6 @@ TEST_F(German, UserReadsTwoLanguagesAtOnce) {
     place.variables = german;
     expect(0, "push", {"Hochgeladen: index.html\n", "„My website“ wurde hochgeladen: 2 Dateien."});
     expect(0, "scan", {"My website: 2 Dateien, 11 Bytes, in "});
-    expect(2, "push --all --missing", {"--missing und --all schließen sich aus. --help zeigt mehr."});
-    expect(6, "status", {"Zembrastel läuft nicht für "});
     Program watching = place.start("watch 'My website'");
     EXPECT_TRUE(contains(readUntil(watching, "Überwacht"), "My website  Server wird geprüft: Die Datumsangaben"));
     expect(0, "status", {"My website  Überwacht\n", "Lokale Änderungen werden automatisch hochgeladen."});
@@ -46,6 +46,35 @@ TEST_F(German, ScriptReadsTranslatedJson) {
         EXPECT_EQ(after.output + after.errors, before.output + before.errors) << command;
         EXPECT_EQ(after.status, before.status) << command;
     }
+}
+
+TEST(GermanAlone, LanguageListOfTheUserIsIgnored) {
+    CliPlace place;
+    for (const auto& [variables, german] : std::map<std::string, bool>{
+             {"LANG=de_DE.UTF-8 LANGUAGE=", true},
+             {"LANG=fr_FR.UTF-8 LANGUAGE=fr:de", true},
+             {"LANG=de_DE.UTF-8 LANGUAGE=en_GB:de", false},
+             {"LC_ALL=C LANGUAGE=de", false}}) {
+        place.variables = *cli::splitWords("LC_ALL= " + variables);
+        EXPECT_EQ(contains(place.run("--help").output, "Befehle:"), german) << variables;
+    }
+}
+
+TEST(GermanAlone, FailureIsReportedInTwoLanguages) {
+    CliPlace place;
+    place.variables = {"LC_ALL=C.UTF-8", "LANGUAGE=de"};
+    const auto file = place.state() / "profiles.json";
+    writeFile(file, R"({"zembrastelProfiles":1,"profiles":7})");
+    place.expect(1, "profile import " + file.string(), {R"(: "profiles" ist keine Liste)"});
+    writeFile(file, "{");
+    place.expect(1, "scan x", {"profiles.json: Byte 1 des gespeicherten Stands ist kein gültiges JSON: "});
+    const std::string text =
+        "The date of a file that was just uploaded is 1 hour 30 minutes ahead: the server reports dates in its local "
+        "time, not in UTC. There is no room for a copy of 1.5 MB to upload from: it has 12.4 MB, and /a has 0.1 MB "
+        "free. "
+        "Free some space there, or start Zembrastel with TMPDIR set to a folder with more. The other files are not "
+        "affected.";
+    place.expect(2, "profile add --port 'x: " + text + "'", {"1 Stunde 30 Minuten in", "von 1.5 MB", "12,4 MB"});
 }
 
 } // namespace

@@ -50,7 +50,7 @@ TEST_F(RunningProgram, NextProgramFollowsWhatWasSaved) {
     place.expect(6, "status", {"Zembrastel is not running for "});
     expect(0, "resume", {"its next start keeps the profile published"});
     EXPECT_TRUE(place.profile().enabled);
-    expect(0, "pause", {"the next start of Zembrastel leaves it alone"});
+    expect(0, "pause", {"the next start of Zembrastel does not watch it"});
     EXPECT_FALSE(place.profile().enabled);
     const auto held = InstanceLock::acquire(place.state()); // by a command that takes no requests
     for (const char* command : {"pause", "resume", "review", "push"}) expect(4, command);

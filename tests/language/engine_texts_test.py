@@ -13,15 +13,15 @@ def literals(code):  # adjacent ones are one text
 
 
 said = {", "}
-for file in (file for layer in ("platform", "model", "transport", "sync", "app", "cli")
-             for file in (src / layer).rglob("*.[ch]*")):
+for file in (file for layer in ("platform", "model", "transport", "sync", "app", "cli", "ui/main.cpp")
+             for file in [src / layer, *(src / layer).rglob("*.[ch]*")] if file.is_file()):
     whole = "\n".join(literals(file.read_text()))
     for piece in re.split(r"\{\d\}|\n", whole) + re.split(r"\{\d\}|\n|, |(?<=\.) ", whole):  # and their parts
         said |= {piece.strip(" "), piece[:1].upper() + piece[1:]} - {""}
 
 
 def is_said(words):  # in one piece, or put together
-    words = words.strip(" 0123456789")
+    words = words.rstrip(" ").lstrip(" 0123456789")
     return not words or any(words.startswith(piece) and is_said(words[len(piece):]) for piece in said)
 
 

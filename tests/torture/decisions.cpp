@@ -178,7 +178,7 @@ private:
         const std::string& text = activity.text;
         require(!text.starts_with("Uploaded ") || model->watching(id), "an upload outside watching");
         // The decision on a postponed review counts only now.
-        if (text.starts_with("The same files are newer")) answer(postponed.first, postponed.second);
+        if (text.starts_with("The newer files on the server are the same")) answer(postponed.first, postponed.second);
         if (!text.starts_with(downloaded)) return;
         unanswered.erase(text.substr(downloaded.size(), text.find(" (") - downloaded.size()));
     }

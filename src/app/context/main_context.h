@@ -35,8 +35,8 @@ public:
     void post(std::function<void()> work) override;
     void postAfter(std::chrono::milliseconds delay, std::function<void()> work) override;
 
-    // Works until the condition holds, quit() is called, or the time is over. The condition is tested before each piece
-    // of work. Returns whether it holds.
+    // Works until the condition holds, quit() is called, or the time has passed. The condition is tested before each
+    // piece of work. Returns whether it holds.
     bool runUntil(const std::function<bool()>& condition);
     bool runUntil(const std::function<bool()>& condition, std::chrono::milliseconds atMost);
 

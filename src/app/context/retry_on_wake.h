@@ -1,4 +1,4 @@
-// Retries at once whatever waits for a retry when the machine wakes up or its network is back.
+// Makes jobs that wait for a retry do it at once when the machine wakes up or its network is back.
 //
 // Main context; one object a process. The model and the context must outlive it.
 #pragma once

@@ -47,7 +47,7 @@ void eachField(Maybe<TransferProgress> auto& progress, const auto& visit) {
     visit("rate", progress.rate);
 }
 
-// How a status shows itself to other programs, which know titles and flags instead of phases.
+// The phase of a status as other programs get it: as a title and flags.
 struct ShownPhase {
     explicit ShownPhase(const ProfileStatus& status)
         : title(status.title()), active(status.active()), failed(status.failed()), filesMissing(status.filesMissing()) {
@@ -61,7 +61,7 @@ struct ShownPhase {
     friend bool operator==(const ShownPhase&, const ShownPhase&) = default;
 };
 
-// One of them if several phases are shown alike.
+// Enters the first phase with this title and these flags. Throws SyncError if there is none.
 inline void enterShownPhase(ProfileStatus& status, const ShownPhase& shown) {
     for (const bool unsaved : {false, true}) {
         for (const auto& facts : phaseTable) {

@@ -181,7 +181,7 @@ void parse(rapidjson::Document& document, std::string_view line) {
     std::int64_t version = 0;
     read(*found, version);
     if (version == controlVersion) return;
-    throw SyncError("Two versions of the program that do not know each other are in use: restart the one that runs.");
+    throw SyncError("The running Zembrastel is another version; restart it.");
 }
 
 template <std::size_t... index>

@@ -2,9 +2,8 @@
 // object a line in both directions, each with the "version" of the protocol.
 //
 // Values and pure functions; any thread. The last line of an answer is Failed or Done; the answer to `follow` has no
-// end. Readers skip unknown members; a missing member has the default of its field. The codec is not shared with the
-// saved state: that one is parsed with simdjson for speed and names the place of each error, so a common codec would be
-// longer.
+// end. Readers skip unknown members; a missing member has the default of its field. The saved state has a codec of its
+// own: it is parsed with simdjson for speed and names the place of each error, so a common codec would be longer.
 #pragma once
 
 #include "app/profile_status.h"

@@ -75,20 +75,20 @@ public:
     void retryNow(const Uuid& id);
     void retryFile(const Uuid& id, const std::string& path);
 
-    // Carries the decision on the review that waits out: these paths are downloaded, the others stay.
+    // Carries out the decision on the review that waits: these paths are downloaded, the others stay.
     [[nodiscard]] Decision decide(const Uuid& id, const PathSet& downloads);
     void publishReview(const Uuid& id);
 
     // What the first check found, until the user has chosen what counts as published; nullptr if there is no choice.
     [[nodiscard]] const FirstComparison* choice(const Uuid& id) const;
     [[nodiscard]] bool comparingContents(const Uuid& id) const;
-    // Compares the contents of the files of equal size, as far as that was not done. Without a choice nothing happens.
+    // Compares the contents of the files of equal size that were not compared yet. Does nothing without a choice.
     void compareContents(const Uuid& id);
     void stopComparing(const Uuid& id);
     // Records the choice and checks the server again. Stops a comparison.
     [[nodiscard]] Decision adopt(const Uuid& id, Adoption what);
 
-    // Forgets what was learnt of the profile's server.
+    // Forgets what was learnt about the profile's server.
     void forgetServer(const Uuid& id) { serverTraits.erase(id); }
     // The profile is removed.
     void forget(const Uuid& id) { lanes.erase(id); }
@@ -106,7 +106,7 @@ private:
     [[nodiscard]] SyncWorker workerFor(const Uuid& id);
     void finishWithoutWatching(const Uuid& id);
 
-    // What comes back from tasks.
+    // Results of tasks.
     [[nodiscard]] bool isCurrent(const Uuid& id, const Uuid& generation) const;
     [[nodiscard]] std::function<void()> ifCurrent(
         const Uuid& id, const Uuid& generation, std::function<void()> work) const;

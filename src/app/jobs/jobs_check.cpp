@@ -108,11 +108,11 @@ void Jobs::finishCheck(const ServerCheck& check, const Uuid& id, const Earlier& 
     if (!step(id, [&](Job& job) { return job.awaitDecision({.id = id, .changes = changes}); })) return;
     if (earlier && areSameVersions(earlier->changes, changes)) {
         parts.statuses.log(
-            id, "The same files are newer on the server as when you decided: that decision is carried out.");
+            id, "The newer files on the server are the same as when you decided: your decision is carried out.");
         if (decide(id, earlier->selected) == Decision::accepted) return;
     } else if (earlier) {
         parts.statuses.log(
-            id, "Other files are newer on the server than when you decided: nothing was done by that decision.");
+            id, "The newer files on the server are not the same as when you decided: your decision was dropped.");
     }
     askForDecision(id);
 }

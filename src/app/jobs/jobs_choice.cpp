@@ -205,8 +205,8 @@ Decision Jobs::adopt(const Uuid& id, Adoption what) {
     return Decision::accepted;
 }
 
-// What is uploaded by choice gets the server's date as the date of a version that the user decided about, unless it is
-// newer than the local file: such a file is offered for review.
+// For a file that is uploaded by choice the server's date is recorded, as after any decision about that version. If the
+// server's file is newer than the local one, it is offered for review instead.
 void Jobs::recordChoice(const Uuid& id, const ServerCheck& check, Adoption what) {
     PathSet newer = pathsOf(check.changes);
     const auto upload = [&](const AnnouncedFiles& files) {

@@ -1,4 +1,4 @@
-// How what a worker reports becomes part of the records and statuses.
+// Enters the events of workers into the records and statuses.
 #include "app/jobs/jobs.h"
 
 #include "sync/unchanged_contents.h"

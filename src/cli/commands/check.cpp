@@ -71,10 +71,10 @@ void addCheck(Syntax& parent) {
     auto [command, request] =
         parent.command("check", "List the files that are newer or missing on the server; changes nothing", checkServer);
     command.profileArgument(request.name);
-    command.footer("Another program may be running meanwhile. Ends with 3 if files are newer on the server or differ\n"
-                   "there in size: review decides about them; and before the first upload if the site is there\n"
-                   "already: see adopt. Ends with 1 if uploaded files are missing there and\n"
-                   "none is newer: push --missing sends them again. Otherwise ends with 0.");
+    command.footer("Works while another program is running. Ends with 3 if files are newer on the server or differ\n"
+                   "there in size (review decides about them), or if the site is there already before the first\n"
+                   "upload (see adopt). Otherwise ends with 1 if uploaded files are missing there (push --missing\n"
+                   "sends them again), and with 0 if none are.");
 }
 
 } // namespace zembrastel::cli

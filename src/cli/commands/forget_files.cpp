@@ -78,10 +78,10 @@ void addForgetFiles(Syntax& parent) {
         parent.command("forget-files", "Continue with a local folder that you emptied", forgetFiles);
     command.profileArgument(request.name);
     command.footer(
-        "When the local folder is empty at the start of watch or push, its disk may only be missing: nothing\n"
-        "is uploaded, and the record of uploaded files is kept. This command confirms that you deleted the\n"
-        "files: they are no longer recorded. They stay on the server. It changes nothing while there are\n"
-        "files in the folder.");
+        "If the local folder is empty at the start of watch or push, its disk may not be mounted: nothing is\n"
+        "uploaded, and the record of uploaded files is kept. This command confirms that you deleted the files:\n"
+        "they are no longer recorded. They stay on the server. It changes nothing while there are files in the\n"
+        "folder.");
 }
 
 } // namespace zembrastel::cli

@@ -20,7 +20,7 @@ struct ResumeRequest {
     std::vector<std::string> names;
 };
 
-// What both commands do: they differ in the direction.
+// The request of either command.
 struct PauseOrResume {
     std::vector<std::string> names;
     bool pauses = false;
@@ -39,7 +39,7 @@ void reportChange(const Profile& profile, const PauseOrResume& request, bool cha
     } else if (inProgram) {
         output.line(request.pauses ? translate("Paused %1.", {name}) : translate("Resumed %1.", {name}));
     } else if (request.pauses) {
-        output.line(translate("Paused %1: the next start of Zembrastel leaves it alone.", {name}));
+        output.line(translate("Paused %1: the next start of Zembrastel does not watch it.", {name}));
     } else {
         output.line(
             translate("Resumed %1: Zembrastel is not running; its next start keeps the profile published.", {name}));
@@ -129,14 +129,14 @@ void addPause(Syntax& parent) {
     auto [command, request] = parent.command("pause", "Stop publishing profiles until they are resumed", pauseProfiles);
     command.argument("NAME", request.names, "Names or ids of profiles");
     command.footer("The running program, window or watch, stops at once; changes made meanwhile are uploaded after\n"
-                   "resume. Without a running program, the next one leaves the profiles alone.");
+                   "resume. Without a running program, the next one does not start the profiles.");
 }
 
 void addResume(Syntax& parent) {
     auto [command, request] = parent.command("resume", "Publish paused profiles again", resumeProfiles);
     command.argument("NAME", request.names, "Names or ids of profiles");
     command.footer("The running program, window or watch, compares the server first, as at every start. If the\n"
-                   "server check of a profile has failed, resume tries it again. Without a running program, the\n"
+                   "server check of a profile has failed, resume retries it. Without a running program, the\n"
                    "next one publishes the profiles.");
 }
 

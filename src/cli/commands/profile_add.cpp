@@ -106,7 +106,7 @@ void addProfileAdd(Syntax& parent) {
     auto [command, request] = parent.command("add", "Save a new profile", addProfile);
     auto fields = addProfileFields(command, request.options);
     fields.push_back(
-        command.option("--id", request.options.id, "UUID", "The profile's id, if not a new one").notEmpty());
+        command.option("--id", request.options.id, "UUID", "The profile's id, in place of a new one").notEmpty());
     command
         .option(
             "--from", request.from, "FILE",
@@ -114,8 +114,8 @@ void addProfileAdd(Syntax& parent) {
         .notEmpty()
         .excludes(fields);
     command.footer("The password is stored in the desktop's secret store: that of --password-file or\n"
-                   "--password-command, or the one that you type in the terminal. Without a secret store the\n"
-                   "profile is saved alone.\n\n"
+                   "--password-command, or the one that you type in the terminal. Without a secret store only\n"
+                   "the profile is saved.\n\n"
                    "Example:\n"
                    "  zembrastel-cli profile add --name \"My website\" --host ftp.example.com \\\n"
                    "    --username web --remote-folder /public_html --local-folder ~/website --enabled");

@@ -42,7 +42,7 @@ void addProfileExport(Syntax& parent) {
     auto [command, request] =
         parent.command("export", "Print profiles, without passwords, for profile import elsewhere", exportProfiles);
     command.argument("NAME", request.names, "Names or ids of profiles (default: all)").optional();
-    command.option("--output", request.file, "FILE", "Write to FILE instead, readable by you alone").notEmpty();
+    command.option("--output", request.file, "FILE", "Write to FILE instead, which only you can read").notEmpty();
     command.footer("Example:\n"
                    "  zembrastel-cli profile export --output profiles-export.json");
 }

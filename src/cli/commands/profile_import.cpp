@@ -197,11 +197,11 @@ void addProfileImport(Syntax& parent) {
         .notEmpty();
     command.option("--remote-folder", request.remoteFolder, "PATH", "The site's folder on the server; for one profile")
         .notEmpty();
-    command.flag("--no-passwords", request.withoutPasswords, "Leave out the passwords that the file holds");
+    command.flag("--no-passwords", request.withoutPasswords, "Do not store the passwords in the file");
     command.flag("--dry-run", request.dryRun, "Only show what would be imported; nothing is saved");
     command.footer("Reads sitemanager.xml of FileZilla (or what File, Export writes), .vscode/sftp.json and what\n"
-                   "profile export writes. FTP and FTPS are taken, all else is skipped with the reason. Imported\n"
-                   "profiles are not enabled. Their passwords go to the desktop's secret store.\n\n"
+                   "profile export writes. FTP and FTPS sites are imported, others are skipped with the reason.\n"
+                   "Imported profiles are not enabled. Their passwords go to the desktop's secret store.\n\n"
                    "Examples:\n"
                    "  zembrastel-cli profile import ~/.config/filezilla/sitemanager.xml --dry-run\n"
                    "  zembrastel-cli profile import ~/.config/filezilla/sitemanager.xml --only \"My website\" \\\n"

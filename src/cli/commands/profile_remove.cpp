@@ -73,7 +73,7 @@ void addProfileRemove(Syntax& parent) {
         parent.command("remove", "Remove a profile and its password; all files are kept", removeProfile);
     command.profileArgument(request.name);
     command.flag("--yes", request.confirmed, "Do not ask");
-    command.flag("--keep-password", request.keepPassword, "Do not use the secret store, on a machine without one");
+    command.flag("--keep-password", request.keepPassword, "Do not use the secret store: for a machine without one");
 }
 
 } // namespace zembrastel::cli

@@ -97,7 +97,8 @@ void addProfileSet(Syntax& parent) {
         parent.command("set", "Change a saved profile; other settings stay unchanged", setProfile);
     command.argument("PROFILE", request.name, "Name or id of the profile");
     addProfileFields(command, request.options);
-    command.flag("--disabled", request.options.disabled, "Do not watch this profile if watch is given no name")
+    command
+        .flag("--disabled", request.options.disabled, "Do not watch this profile when watch is called without a name")
         .excludes({command.named("--enabled")});
     command.flag("--ask-password", request.askPassword, "Ask for a new password in the terminal");
     command.footer("--sync and --no-sync replace the previous selection; --sync / is everything. The contents of\n"

@@ -110,7 +110,7 @@ ExitCode showProfile(const CommandContext& context, const ShowRequest& request) 
 void addProfileList(Syntax& parent) { parent.command("list", "List the saved profiles", listProfiles); }
 
 void addProfileShow(Syntax& parent) {
-    auto [command, request] = parent.command("show", "Show everything that is saved of a profile", showProfile);
+    auto [command, request] = parent.command("show", "Show everything that is saved about a profile", showProfile);
     command.profileArgument(request.name);
 }
 

@@ -202,7 +202,7 @@ void addProfileTrust(Syntax& parent) {
     command.footer("For a certificate that this machine cannot verify. No login is sent. From then on exactly\n"
                    "this key is accepted for the profile. A new host or port ends the trust.\n"
                    "The key is the SHA-256 of the server's public key, as 64 hexadecimal digits or in curl's\n"
-                   "form, sha256//BASE64. Ask the hosting provider for it, on another way than this connection.\n\n"
+                   "form, sha256//BASE64. Ask the hosting provider for it, by telephone for example.\n\n"
                    "Example:\n"
                    "  zembrastel-cli profile trust \"My website\"");
 }

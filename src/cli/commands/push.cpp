@@ -378,10 +378,10 @@ void addPush(Syntax& parent) {
             "If another program uses the state folder and does not push this\nprofile itself, wait until it ends")
         .excludes({dryRun});
     command.footer("First the server is compared with the last synchronised state: if files are newer there,\n"
-                   "nothing is uploaded, and push ends with 3 (see review). Then every change that two scans of the\n"
-                   "folder, two seconds apart, find alike is uploaded. Nothing is tried again: push names the files\n"
-                   "that were not sent and ends with 1, with 5 if the server refused the login, or with 8 after\n"
-                   "Ctrl-C. Uploaded files that are missing on the server are named, and push ends with 1, unless\n"
+                   "nothing is uploaded, and push ends with 3 (see review). Then the changed files are uploaded that\n"
+                   "two scans, two seconds apart, found in the same version. Failures are not retried: push names the\n"
+                   "files that were not sent and ends with 1, with 5 if the server refused the login, or with 8 after\n"
+                   "Ctrl-C. If uploaded files are missing on the server, push names them and ends with 1, unless\n"
                    "--leave-missing is given. Only --missing and --all send them again.\n"
                    "If a program is running for the profile, it does the work.\n"
                    "--all compares the contents of up to 32 MB of files, and skips equal ones.\n\n"

@@ -21,7 +21,7 @@ namespace {
 struct ReviewRequest {
     std::string name;
     std::vector<std::string> download;
-    std::string listed; // the list that the user decides about; empty for whatever it is now
+    std::string listed; // the list that the user decides about; empty for the present one
     bool list = false;
     bool downloadAll = false;
     bool keepAll = false;

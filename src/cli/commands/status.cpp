@@ -133,7 +133,7 @@ void addStatus(Syntax& parent) {
     command.argument("NAME", request.names, "Names or ids of profiles (default: all)").optional();
     command.flag("--follow", request.follow, "Continue with new events, until Ctrl-C");
     command.footer("The running program is the window, or watch. Ends with 6 if none is running, or when the\n"
-                   "followed one ends.");
+                   "one that is followed ends.");
 }
 
 } // namespace zembrastel::cli

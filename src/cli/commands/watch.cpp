@@ -177,7 +177,7 @@ std::vector<Profile> enabledProfiles(const std::vector<Profile>& profiles) {
         ExitCode::nothingToWatch,
         profiles.empty()
             ? translate("There is no profile to watch yet; profile add makes one.")
-            : translate("No profile is enabled. Say which to watch, by name: %1.", {listedNames(profiles)}));
+            : translate("No profile is enabled. Name the profiles to watch: %1.", {listedNames(profiles)}));
 }
 
 std::vector<Profile> profilesToWatch(const std::vector<Profile>& profiles, const std::vector<std::string>& names) {
@@ -239,8 +239,8 @@ void addWatch(Syntax& parent) {
     command.footer("First the server is compared with the last synchronised state. Files that another person made\n"
                    "newer there wait for a decision (see review), and nothing is uploaded until then.\n"
                    "After that every new or changed file is uploaded a few seconds after it was saved.\n"
-                   "Nothing is ever deleted on the server. Failures are reported and tried again, at once when the\n"
-                   "machine has woken from sleep or its network is back.\n"
+                   "Nothing is ever deleted on the server. Failures are reported and retried, and at once when the\n"
+                   "machine wakes from sleep or its network returns.\n"
                    "Meanwhile status, pause, resume and review work from another terminal.\n\n"
                    "Example:\n"
                    "  zembrastel-cli watch \"My website\" --password-file ~/.ftp-password");

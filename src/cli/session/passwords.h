@@ -1,4 +1,4 @@
-// The source of a command's FTP password: an option of the command line, else the secret store.
+// Gets a command's FTP password: from an option of the command line, else from the secret store.
 //
 // Failures are CommandErrors; an interrupt is thrown as Cancelled. No message contains the password.
 #pragma once

@@ -97,7 +97,7 @@ std::vector<Option> addProfileFields(Syntax& syntax, ProfileOptions& options) {
         field("--port", options.port, "PORT", "Its port, if not the usual one: 21, or 990 for implicit").portNumber(),
         field(
             "--transport", options.transport, "KIND",
-            "ftps (encrypted, the default), ftp (not encrypted)\nor implicit (FTPS of the old kind)")
+            "ftps (encrypted, the default), ftp (not encrypted)\nor implicit (the older kind of FTPS)")
             .notEmpty(),
         field("--username", options.username, "USER", "The FTP user name"),
         field(
@@ -113,12 +113,13 @@ std::vector<Option> addProfileFields(Syntax& syntax, ProfileOptions& options) {
             "--exclude", options.exclude, "RULE",
             "Exclude what the rule matches, such as *.psd, in addition\nto the usual rules (repeatable)")
             .repeatable(),
-        field("--exclusions", options.exclusions, "TEXT", "All exclusion rules, one a line, replacing the usual ones"),
+        field(
+            "--exclusions", options.exclusions, "TEXT", "All exclusion rules, one per line, replacing the usual ones"),
         field(
             "--compare-contents", options.compareContents, "SWITCH",
             "on: do not send files that have a new date but the content\nthat was uploaded before. off is the default")
             .notEmpty(),
-        syntax.flag("--enabled", options.enabled, "Watch this profile also if watch is given no name"),
+        syntax.flag("--enabled", options.enabled, "Watch this profile when watch is called without a name"),
         field("--sync", options.sync, "PATH", "Sync this file or folder and no others (repeatable)").repeatable(),
         field("--no-sync", options.noSync, "PATH", "Do not sync this file or folder (repeatable)").repeatable(),
         syntax.flag("--needs-download", options.needsDownload, "Download from the server before anything is uploaded"),

@@ -1,4 +1,4 @@
-// What a push prints and how it ends, whether this program does it or the running one.
+// The output and the end of a push, whether this program does it or the running one.
 //
 // Main thread.
 #pragma once

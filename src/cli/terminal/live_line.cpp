@@ -58,7 +58,7 @@ std::size_t columnsOfCells(const std::vector<Cell>& cells) {
     });
 }
 
-// How many bytes of the cells, in their order, fit into so many columns.
+// Returns how many bytes of the cells, in their order, fit into so many columns.
 template <class Cells>
 std::size_t fittingBytes(const Cells& cells, std::size_t columns) {
     std::size_t bytes = 0;

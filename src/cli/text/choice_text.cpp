@@ -4,6 +4,7 @@
 #include "cli/session/profile_choice.h"
 #include "cli/text/presentation.h"
 #include "cli/text/review_text.h"
+#include "language/engine_translation.h"
 #include "language/translation.h"
 
 namespace zembrastel::cli {
@@ -69,8 +70,10 @@ void printChoice(
         + " " + command + "size");
     if (choice.bytesToCompare > 0) {
         output.note(
-            translate("To compare contents first, which downloads %1:", {sizeText(figure(choice.bytesToCompare))}) + " "
-            + command + "content");
+            translate(
+                "To compare contents first, which downloads %1:",
+                {translateProgress(sizeText(figure(choice.bytesToCompare)))})
+            + " " + command + "content");
     }
     output.note(translate("To upload all %1:", {std::to_string(choice.files)}) + " " + command + "nothing");
 }

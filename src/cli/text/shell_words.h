@@ -12,8 +12,7 @@
 namespace zembrastel::cli {
 
 // The words between blanks, tabs and line feeds. Single quotes keep all as it is, double quotes all but \" \\ \$ and
-// \`, a backslash keeps the next character. Nullopt if a quote is not closed or a
-// backslash comes last.
+// \`, a backslash keeps the next character. Nullopt if a quote is not closed or a backslash comes last.
 [[nodiscard]] std::optional<std::vector<std::string>> splitWords(std::string_view text);
 
 // `word` in a form that a shell reads back unchanged: in single quotes if it needs them.

@@ -26,7 +26,7 @@ constexpr int tileSide = 64;
 const QString version = QStringLiteral(ZEMBRASTEL_VERSION);
 const QString webSite = QStringLiteral(ZEMBRASTEL_WEB_SITE);
 
-// Without curl's version, if curl does not tell it.
+// Without curl's version if curl does not print it.
 QString curlName() {
     const QString known = toQString(curlVersion());
     return known.isEmpty() ? QStringLiteral("curl") : QStringLiteral("curl ") + known;

@@ -24,7 +24,7 @@ public:
     explicit ProfileListModel(ModelBridge& modelBridge, QObject* parent = nullptr);
 
     [[nodiscard]] const Uuid& idAt(const QModelIndex& index) const;
-    [[nodiscard]] QModelIndex indexOf(const Uuid& id) const; // invalid if there is none
+    [[nodiscard]] QModelIndex indexOf(const Uuid& id) const; // invalid if the list has no such profile
 
     [[nodiscard]] const ProfileStatus& statusAt(const QModelIndex& index) const;
     [[nodiscard]] bool runningAt(const QModelIndex& index) const;
