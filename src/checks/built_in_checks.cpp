@@ -70,7 +70,7 @@ std::string advice(const TestServer& server) {
 
 int runSelfTest() {
     std::signal(SIGINT, noteInterrupt);
-    return run(joined({exclusionChecks(), selectionChecks(), stateChecks(), scanChecks(), timestampChecks()}));
+    return run(joined({exclusionChecks(), selectionChecks(), stateChecks(), scanChecks()}));
 }
 
 int runIntegrationTest(std::int64_t port) {

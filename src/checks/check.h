@@ -40,8 +40,7 @@ struct TestServer;
 [[nodiscard]] Checks exclusionChecks();
 [[nodiscard]] Checks selectionChecks();
 [[nodiscard]] Checks stateChecks();
-[[nodiscard]] Checks scanChecks();
-[[nodiscard]] Checks timestampChecks();
+[[nodiscard]] Checks scanChecks(); // and which dates of the server count as newer
 
 // With a server. This call works on the server already, and throws if it cannot be used.
 [[nodiscard]] Checks reviewChecks(const TestServer& server);

@@ -2,6 +2,7 @@
 #include "checks/check_fixture.h"
 #include "model/scan.h"
 #include "sync/sync_worker.h"
+#include "transport/compare/remote_change.h"
 
 namespace zembrastel {
 namespace {
@@ -64,6 +65,20 @@ void unselectedEdits() {
     requireEqual("to be uploaded", changedPaths(scan(site.profile), before), {"docs/a.txt"});
 }
 
+void datePrecision() {
+    using Seconds = std::chrono::duration<double>;
+    const RemoteDate noon(Seconds(800000000));
+    const Fingerprint local{.size = 1, .modified = sinceUnixEpoch(noon).count(), .inode = 1};
+    const auto offered = [&](double later, std::optional<double> known) {
+        return shouldOffer(noon + Seconds(later), local, known ? std::optional(noon + Seconds(*known)) : std::nullopt);
+    };
+    require(!offered(0, {}) && !offered(1, {}), "a server file at most a second newer than the local one is offered");
+    require(offered(1.1, {}), "a server file more than a second newer than the local one is not offered");
+    require(!offered(60, 60) && !offered(61, 60), "a server file at most a second past its known date is offered");
+    require(offered(61.5, 60), "a server file more than a second past its known date is not offered");
+    require(!offered(0.5, -60), "a server file is offered by its known date alone");
+}
+
 } // namespace
 
 Checks scanChecks() {
@@ -72,7 +87,8 @@ Checks scanChecks() {
         {"empty ongoing selection scans nothing", emptySelection},
         {"explicit select-all keeps existing scan behavior", selectAll},
         {"initial selection also limits ongoing local scans", initialSelection},
-        {"unselected folder edits never upload", unselectedEdits}};
+        {"unselected folder edits never upload", unselectedEdits},
+        {"allow FTP timestamp precision tolerance", datePrecision}};
 }
 
 } // namespace zembrastel

@@ -1,4 +1,4 @@
-#include "language/engine_texts.h"
+#include "language/engine_translation.h"
 #include "language/translation.h"
 
 #include <initializer_list>

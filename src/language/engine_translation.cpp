@@ -1,6 +1,5 @@
 #include "language/engine_translation.h"
 
-#include "language/engine_texts.h"
 #include "language/translation.h"
 
 #include <algorithm>

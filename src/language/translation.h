@@ -2,7 +2,7 @@
 //
 // Started at most once, before any thread. Until then, and for a language without a catalogue, every text stays
 // English. The other functions may be called on any thread. What programs read is never translated, so with --json
-// nothing is started. The engine stays English as well: see engine_texts.h.
+// nothing is started. The engine stays English as well: see engine_translation.h.
 //
 // scripts/terminal-translations collects the texts that are given to these functions in po/.
 #pragma once

@@ -1,4 +1,4 @@
-#include "app/diagnosis/connection_diagnosis.h"
+#include "app/diagnosis/diagnosis.h"
 
 #include "app/diagnosis/failure_catalogue.h"
 #include "platform/text.h"

@@ -1,7 +1,6 @@
 #include "app/diagnosis/diagnosis.h"
 
 #include "app/diagnosis/certificate_text.h"
-#include "app/diagnosis/connection_diagnosis.h"
 #include "platform/text.h"
 
 #include <algorithm>

@@ -29,6 +29,9 @@ class ChildProcess;
 
 inline constexpr const char* curlExecutable = "/usr/bin/curl";
 
+// "7.88.1"; empty if curl does not answer within half a second. Starts curl and waits for it.
+[[nodiscard]] std::string curlVersion();
+
 struct TransferBlock {
     std::string path; // relative to the profile's remote folder
     bool directory = false;

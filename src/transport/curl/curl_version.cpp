@@ -1,10 +1,9 @@
-#include "transport/curl/curl_version.h"
+#include "transport/curl/conversation.h"
 
 #include "platform/child_process.h"
 #include "platform/descriptor.h"
 #include "platform/files.h"
 #include "platform/text.h"
-#include "transport/curl/conversation.h"
 
 #include <filesystem>
 #include <sys/mman.h>

@@ -5,7 +5,7 @@
 #include "ui/theme/qt_text.h"
 #include "ui/theme/text_style.h"
 #include "ui/widgets/confirm_dialog.h"
-#include "ui/widgets/sheet_layout.h"
+#include "ui/widgets/layouts.h"
 
 #include <QDesktopServices>
 #include <QScreen>

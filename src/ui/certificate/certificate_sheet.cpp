@@ -6,7 +6,7 @@
 #include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
 #include "ui/widgets/confirm_dialog.h"
-#include "ui/widgets/sheet_layout.h"
+#include "ui/widgets/layouts.h"
 #include "ui/widgets/symbol_widgets.h"
 #include "ui/widgets/wrap_label.h"
 

@@ -5,9 +5,9 @@
 #include "ui/content_picker/content_view.h"
 #include "ui/theme/text_style.h"
 #include "ui/widgets/confirm_dialog.h"
+#include "ui/widgets/layouts.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/search_field.h"
-#include "ui/widgets/sheet_layout.h"
 
 #include <QScreen>
 

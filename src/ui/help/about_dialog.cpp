@@ -1,10 +1,10 @@
 #include "ui/help/about_dialog.h"
 
-#include "transport/curl/curl_version.h"
+#include "transport/curl/conversation.h"
 #include "ui/theme/qt_text.h"
 #include "ui/theme/text_style.h"
+#include "ui/widgets/layouts.h"
 #include "ui/widgets/push_button.h"
-#include "ui/widgets/sheet_layout.h"
 #include "ui/widgets/symbol_widgets.h"
 #include "ui/widgets/wrap_label.h"
 

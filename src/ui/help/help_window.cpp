@@ -3,8 +3,8 @@
 #include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
 #include "ui/theme/theme.h"
+#include "ui/widgets/layouts.h"
 #include "ui/widgets/push_button.h"
-#include "ui/widgets/sheet_layout.h"
 
 #include <QCoreApplication>
 #include <QDesktopServices>

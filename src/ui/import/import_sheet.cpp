@@ -6,8 +6,8 @@
 #include "ui/theme/qt_text.h"
 #include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
+#include "ui/widgets/layouts.h"
 #include "ui/widgets/message_strip.h"
-#include "ui/widgets/sheet_layout.h"
 
 #include <QFileDialog>
 #include <QHBoxLayout>

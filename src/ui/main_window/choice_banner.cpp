@@ -4,7 +4,7 @@
 #include "ui/theme/qt_text.h"
 #include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
-#include "ui/widgets/banner_layout.h"
+#include "ui/widgets/layouts.h"
 #include "ui/widgets/symbol_widgets.h"
 
 #include <QAccessible>

@@ -5,8 +5,8 @@
 #include "ui/theme/qt_text.h"
 #include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
-#include "ui/widgets/banner_layout.h"
 #include "ui/widgets/button_flow.h"
+#include "ui/widgets/layouts.h"
 #include "ui/widgets/symbol_widgets.h"
 
 #include <QGridLayout>

@@ -4,7 +4,7 @@
 #include "ui/profile_editor/trusted_key_row.h"
 #include "ui/theme/qt_text.h"
 #include "ui/theme/symbol_icon.h"
-#include "ui/widgets/sheet_layout.h"
+#include "ui/widgets/layouts.h"
 #include "ui/widgets/wrap_label.h"
 
 #include <QHBoxLayout>

@@ -2,8 +2,8 @@
 
 #include "ui/theme/qt_text.h"
 #include "ui/theme/style.h"
+#include "ui/widgets/layouts.h"
 #include "ui/widgets/push_button.h"
-#include "ui/widgets/sheet_layout.h"
 #include "ui/widgets/switch.h"
 #include "ui/widgets/wrap_label.h"
 

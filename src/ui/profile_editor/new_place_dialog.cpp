@@ -5,8 +5,8 @@
 #include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
 #include "ui/theme/theme.h"
+#include "ui/widgets/layouts.h"
 #include "ui/widgets/push_button.h"
-#include "ui/widgets/sheet_layout.h"
 #include "ui/widgets/wrap_label.h"
 
 #include <QHBoxLayout>

@@ -8,9 +8,9 @@
 #include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
 #include "ui/widgets/confirm_dialog.h"
+#include "ui/widgets/layouts.h"
 #include "ui/widgets/message_strip.h"
 #include "ui/widgets/push_button.h"
-#include "ui/widgets/sheet_layout.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>

@@ -2,7 +2,7 @@
 
 #include "ui/theme/local_time.h"
 #include "ui/theme/qt_text.h"
-#include "ui/widgets/sheet_layout.h"
+#include "ui/widgets/layouts.h"
 #include "ui/widgets/symbol_widgets.h"
 
 #include <QHBoxLayout>

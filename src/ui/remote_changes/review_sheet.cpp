@@ -3,7 +3,7 @@
 #include "ui/remote_changes/change_list.h"
 #include "ui/theme/qt_text.h"
 #include "ui/theme/text_style.h"
-#include "ui/widgets/sheet_layout.h"
+#include "ui/widgets/layouts.h"
 
 #include <QApplication>
 #include <QEvent>

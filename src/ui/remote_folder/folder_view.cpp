@@ -2,7 +2,7 @@
 
 #include "ui/theme/style.h"
 #include "ui/theme/theme.h"
-#include "ui/widgets/sheet_layout.h"
+#include "ui/widgets/layouts.h"
 #include "ui/widgets/tree_row.h"
 
 #include <QHBoxLayout>

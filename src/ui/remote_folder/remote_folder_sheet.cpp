@@ -4,8 +4,8 @@
 #include "ui/theme/qt_text.h"
 #include "ui/theme/text_style.h"
 #include "ui/widgets/elide_label.h"
+#include "ui/widgets/layouts.h"
 #include "ui/widgets/push_button.h"
-#include "ui/widgets/sheet_layout.h"
 
 #include <QHBoxLayout>
 #include <QScreen>

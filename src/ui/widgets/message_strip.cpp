@@ -3,7 +3,7 @@
 #include "ui/theme/style.h"
 #include "ui/theme/symbol_icon.h"
 #include "ui/theme/theme.h"
-#include "ui/widgets/sheet_layout.h"
+#include "ui/widgets/layouts.h"
 
 #include <QAccessible>
 #include <QHBoxLayout>

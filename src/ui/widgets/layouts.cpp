@@ -1,8 +1,7 @@
-#include "ui/widgets/sheet_layout.h"
+#include "ui/widgets/layouts.h"
 
 #include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
-#include "ui/widgets/wrap_label.h"
 
 #include <QHBoxLayout>
 #include <QVBoxLayout>
@@ -95,6 +94,21 @@ void layOutSheet(QDialog& sheet, QLayout* head, QLayout* tools, QWidget* card, Q
     layout->addWidget(foot);
     // Not earlier: Qt makes a button the default of the dialog that contains it at that moment.
     for (auto* const button : foot->findChildren<PushButton*>()) button->setDefault(button->isFilled());
+}
+
+QGridLayout* layOutBanner(QFrame& banner, QWidget* symbol, const QList<WrapLabel*>& labels, int rowGap) {
+    labels.front()->setContentsMargins(0, 2, 0, 0); // in line with the symbol
+    auto* const texts = new QVBoxLayout;
+    texts->setSpacing(4);
+    for (auto* const label : labels) texts->addWidget(label);
+    auto* const layout = new QGridLayout(&banner);
+    layout->setContentsMargins(readingMargins(16, 12, 12, 12));
+    layout->setHorizontalSpacing(12);
+    layout->setVerticalSpacing(rowGap);
+    layout->setColumnStretch(bannerTextColumn, 1);
+    layout->addWidget(symbol, 0, 0, Qt::AlignTop);
+    layout->addLayout(texts, 0, bannerTextColumn);
+    return layout;
 }
 
 } // namespace zembrastel::ui

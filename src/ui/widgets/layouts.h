@@ -1,15 +1,19 @@
-// Layouts shared by the dialogs: labelled form fields, and the parts of a sheet with a list: head with symbol, tools
-// above the list, list in its card, buttons at the foot.
+// Layouts shared by dialogs and banners: labelled form fields; the parts of a sheet with a list: head with symbol,
+// tools above the list, list in its card, buttons at the foot; and a banner: symbol, heading and texts.
 //
 // Main thread. The parts have no owner until they are added to a layout.
 #pragma once
 
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/symbol_widgets.h"
+#include "ui/widgets/wrap_label.h"
 
 #include <QDialog>
+#include <QFrame>
+#include <QGridLayout>
 #include <QLabel>
 #include <QLayout>
+#include <QList>
 #include <QListView>
 #include <QStringList>
 #include <QVBoxLayout>
@@ -53,5 +57,12 @@ template <class Layout>
 
 // The filled button at the foot becomes the default button.
 void layOutSheet(QDialog& sheet, QLayout* head, QLayout* tools, QWidget* card, QWidget* foot);
+
+inline constexpr int bannerTextColumn = 1;
+
+// A symbol, and beside it a heading, the first label, and texts. The caller adds to the rows below: `rowGap` is the
+// space above each of them.
+[[nodiscard]] QGridLayout* layOutBanner(
+    QFrame& banner, QWidget* symbol, const QList<WrapLabel*>& labels, int rowGap = 12);
 
 } // namespace zembrastel::ui
