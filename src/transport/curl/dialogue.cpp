@@ -87,7 +87,8 @@ void Dialogue::learnReplyTime(std::size_t block, std::chrono::nanoseconds took) 
     constexpr std::size_t ofEachBlock = 1;         // the command that every operation begins with
     constexpr std::size_t roundTripsOfListing = 5; // at least: EPSV, MLSD and its two replies
     if (block == 0) return;
-    if (steps[block].commands > 0) {
+    // One command alone is no measure: changing the folder took as long, and a status has a long reply.
+    if (steps[block].commands > 1) {
         const std::size_t commands = steps[block].commands + ofEachBlock;
         transport.traits->learnReplyTime(took / commands, commands);
     }
