@@ -40,14 +40,43 @@ bool isWord(std::string_view text, std::string_view word) {
     return text.size() == word.size() && startsWith(text, word);
 }
 
-// The first fact with this key; the key includes "=".
-std::optional<std::string_view> findFact(std::string_view facts, std::string_view key) {
-    while (!facts.empty()) {
-        const std::size_t end = std::min(facts.find(';'), facts.size());
-        if (startsWith(facts.substr(0, end), key)) return facts.substr(0, end);
-        facts.remove_prefix(std::min(end + 1, facts.size()));
+// The values of the facts of one MLSD line, each of the first fact with that key.
+struct Facts {
+    std::optional<std::string_view> type;
+    std::optional<std::string_view> modify;
+    std::optional<std::string_view> size;
+    std::optional<std::string_view> mode;
+};
+
+// Takes the value of a fact with this key; the key includes "=".
+void takeFact(std::optional<std::string_view>& value, std::string_view fact, std::string_view key) {
+    if (!value && startsWith(fact, key)) value = fact.substr(key.size());
+}
+
+Facts readFacts(std::string_view text) {
+    Facts facts;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find(';'), text.size());
+        const auto fact = text.substr(0, end);
+        switch (fact.empty() ? ' ' : lowercase(fact.front())) {
+        case 't':
+            takeFact(facts.type, fact, "type=");
+            break;
+        case 'm':
+            takeFact(facts.modify, fact, "modify=");
+            break;
+        case 's':
+            takeFact(facts.size, fact, "size=");
+            break;
+        case 'u':
+            takeFact(facts.mode, fact, "unix.mode=");
+            break;
+        default:
+            break;
+        }
+        text.remove_prefix(std::min(end + 1, text.size()));
     }
-    return std::nullopt;
+    return facts;
 }
 
 // Nullopt if the text is not a number of bytes.
@@ -209,25 +238,18 @@ std::vector<RemoteEntry> parseMLSD(std::string_view text) {
         if (space == std::string_view::npos) {
             throw SyncError("The server returned an invalid MLSD directory listing.");
         }
-        const std::string_view facts = line.substr(0, space);
+        const Facts facts = readFacts(line.substr(0, space));
         const std::string_view name = line.substr(space + 1);
-        const std::optional<std::string_view> type = findFact(facts, "type=");
-        if (!type) throw SyncError("The server listing has no file type.");
-        const bool directory = isWord(*type, "type=dir");
-        if (!directory && !isWord(*type, "type=file")) return;
+        if (!facts.type) throw SyncError("The server listing has no file type.");
+        const bool directory = isWord(*facts.type, "dir");
+        if (!directory && !isWord(*facts.type, "file")) return;
         requireValidName(name);
-        constexpr std::string_view modifyKey = "modify=";
-        const std::optional<std::string_view> modify = findFact(facts, modifyKey);
-        constexpr std::string_view sizeKey = "size=";
-        const std::optional<std::string_view> size = findFact(facts, sizeKey);
-        constexpr std::string_view modeKey = "unix.mode=";
-        const std::optional<std::string_view> mode = findFact(facts, modeKey);
         entries.push_back(
             {.name = std::string(name),
              .directory = directory,
-             .modified = modify ? parseFTPDate(modify->substr(modifyKey.size())) : std::nullopt,
-             .size = size ? byteCount(size->substr(sizeKey.size())) : std::nullopt,
-             .mode = mode ? permissionBits(mode->substr(modeKey.size())) : std::nullopt});
+             .modified = facts.modify ? parseFTPDate(*facts.modify) : std::nullopt,
+             .size = facts.size ? byteCount(*facts.size) : std::nullopt,
+             .mode = facts.mode ? permissionBits(*facts.mode) : std::nullopt});
     });
     return entries;
 }

@@ -137,7 +137,7 @@ void Batch::planToSend(Dialogue& dialogue) {
         !setsModes && std::ranges::none_of(planned, [this](const Item* item) { return goesInParts(*item); });
     if (traits.login() == ServerTraits::Login::oneTransfer) planned.resize(1);
     if (!publishes && planned.size() > groupLength) planned.resize(groupLength);
-    if (publishes && inquiry.learnsFromFew() && planned.size() > groupLength / 2) planned.resize(few);
+    if (publishes && inquiry.learnsFromFew(planned)) planned.resize(few);
     const auto groups = inGroups(planned, groupLength);
     for (std::size_t number = 0; number < groups.size(); ++number) {
         for (auto* item : groups[number]) send(dialogue, *item);

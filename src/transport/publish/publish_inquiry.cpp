@@ -20,12 +20,17 @@ constexpr std::size_t roundTripsOfListing = 6;
 // A status takes about as long as two commands, which is what one file takes.
 constexpr std::size_t leastForStatus = 3;
 
+// A conversation takes as long as the questions about so many files.
+constexpr std::size_t leastToLearnFor = 32;
+
 // A listing that took longer than this counts as this long: many questions would not get quicker answers over its line.
 using Time = std::chrono::nanoseconds;
 constexpr Time longestListing = std::chrono::milliseconds(50);
 
 // What is assumed of a listing with TLS before one was measured.
 constexpr Time firstProtectedListing = std::chrono::milliseconds(20);
+
+bool isNew(const Item* item) { return std::holds_alternative<KnownAbsent>(item->lastSeen); }
 
 TransferBlock listingOf(const std::string& folder) {
     return {.path = folder, .directory = true, .options = {{"request", "MLSD"}, {"ftp-method", "singlecwd"}}};
@@ -154,12 +159,16 @@ void Inquiry::askEachAfter(Dialogue& dialogue, const std::string& folder, const 
     });
 }
 
-bool Inquiry::learnsFromFew() const { return !mayList() && traits.statusListing() == Support::untried; }
+bool Inquiry::learnsFromFew(const Items& files) const {
+    return mayTryStatus() && std::ranges::count_if(files, isNew) > static_cast<std::ptrdiff_t>(leastToLearnFor);
+}
+
+bool Inquiry::mayTryStatus() const { return !mayList() && traits.statusListing() == Support::untried; }
 
 // Does the status show what is there? Until that is known it counts as missing, lest a server that ends the connection
 // at this command is asked again and again.
 void Inquiry::tryStatus(Dialogue& dialogue, const std::string& folder, const Items& within) {
-    if (!learnsFromFew() || within.size() < leastForStatus) return;
+    if (!mayTryStatus() || within.size() < leastForStatus) return;
     auto block = statusOf(folder);
     block.atStop = TransferControl::AtStop::lastsOut;
     dialogue.add(
@@ -180,8 +189,7 @@ Items Inquiry::shownByStatus(const Items& within) const {
     Items shown;
     if (mayList() || traits.statusListing() != Support::works) return shown;
     std::ranges::copy_if(within, std::back_inserter(shown), [](const Item* item) {
-        return !item->bothWays && item->stage != Item::Stage::renaming
-               && std::holds_alternative<KnownAbsent>(item->lastSeen);
+        return !item->bothWays && item->stage != Item::Stage::renaming && isNew(item);
     });
     return shown.size() < leastForStatus ? Items() : shown;
 }

@@ -36,8 +36,8 @@ public:
     // both are used the next time, in one conversation.
     [[nodiscard]] bool isAnswered(Item& item) const;
 
-    // True if a first conversation about a few files will show how to ask about many of them more quickly.
-    [[nodiscard]] bool learnsFromFew() const;
+    // True if a first conversation about a few of these files will show how to ask about the others more quickly.
+    [[nodiscard]] bool learnsFromFew(const Items& files) const;
 
     // The commands that ask about one live file.
     [[nodiscard]] std::size_t commandsForEach() const;
@@ -66,6 +66,7 @@ private:
     void askByStatus(Dialogue& dialogue, const std::string& folder, const Items& within);
     void askEachAfter(Dialogue& dialogue, const std::string& folder, const Items& within, const Answered& then);
     void tryStatus(Dialogue& dialogue, const std::string& folder, const Items& within);
+    [[nodiscard]] bool mayTryStatus() const;
     [[nodiscard]] Items shownByStatus(const Items& within) const;
     void askByListing(Dialogue& dialogue, const std::string& folder, const Items& within);
 

@@ -1,6 +1,6 @@
 #include "ui/theme/colours.h"
 
-#include <QHash>
+#include <QMap>
 
 namespace zembrastel::ui {
 namespace {
@@ -126,8 +126,8 @@ Colours makeDarkContrast() {
     return withContrast(colours);
 }
 
-const QHash<QStringView, ColourRole>& rolesByName() {
-    static const QHash<QStringView, ColourRole> roles{
+const QMap<QStringView, ColourRole>& rolesByName() {
+    static const QMap<QStringView, ColourRole> roles{
         {u"window", &Colours::window},
         {u"side", &Colours::side},
         {u"card", &Colours::card},
