@@ -12,6 +12,7 @@ from rows import find, poll
 MOST_FILES_OF_OTHERS = 10_000  # sent by another program
 MOST_FILES_UNCHANGED = 100_000  # compared by another program
 MOST_FILES_CHECKED = 100_000  # compared by the program; the time for more is multiplied up
+MOST_FILES_WITH_TLS = 10_000  # sent or compared by any of them
 
 
 def median(samples):
@@ -44,10 +45,10 @@ def resident(bench, files):
         shutil.rmtree(state)
 
 
-def first_upload(bench, files):
+def first_upload(bench, files, server):
     """Elapsed seconds for all files of the folder, none of which the server has."""
     most = min(files, bench.sizes.curve_samples)
-    state = bench.state("curve-first", bench.tree(files), remote=bench.server().remote(),
+    state = bench.state("curve-first", bench.tree(files), remote=server.remote(), server=server,
                         options=["--nothing-published"])
     taken = bench.measure("upload", state, "--count", 0, "--most", most)
     shutil.rmtree(state)
@@ -57,10 +58,10 @@ def first_upload(bench, files):
 
 
 @contextlib.contextmanager
-def served_tree(bench, files):
+def served_tree(bench, files, server):
     """The folder of so many files, moved to where the server shows it: both sides have the very same."""
-    remote, tree = bench.server().remote(), bench.tree(files)
-    local = os.path.join(bench.server().root, "site")
+    remote, tree = server.remote(), bench.tree(files)
+    local = os.path.join(server.root, "site")
     os.rmdir(local)
     os.rename(tree, local)
     try:
@@ -69,28 +70,28 @@ def served_tree(bench, files):
         os.rename(local, tree)
 
 
-def server_check(bench, files):
+def server_check(bench, files, server):
     """Elapsed seconds where the server has every folder and nothing newer."""
     measured = min(files, MOST_FILES_CHECKED)
-    with served_tree(bench, measured) as (local, remote):
-        state = bench.state("curve-check", local, remote=remote)
+    with served_tree(bench, measured, server) as (local, remote):
+        state = bench.state("curve-check", local, remote=remote, server=server)
         taken = bench.measure("check", state)
     shutil.rmtree(state)
     return {"measured files": measured, "measured": taken["wall"], "all": taken["wall"] / measured * files}
 
 
-def lftp(bench, local, remote):
-    return bench.server().lftp(bench, f"mirror --reverse --no-perms {local} {remote}", temporary_names=False)
+def lftp(bench, local, remote, server):
+    return server.lftp(bench, f"mirror --reverse --no-perms {local} {remote}", temporary_names=False)
 
 
-def rclone(bench, local, remote):
+def rclone(bench, local, remote, server):
     hidden = subprocess.run(["rclone", "obscure", PASSWORD], check=True, capture_output=True, text=True).stdout.strip()
-    server = f":ftp,host=127.0.0.1,port={bench.server().port},user=web,pass={hidden}:{remote}"
-    return ["rclone", "copy", "--config", bench.path("rclone.conf"), "--retries", "1", "--low-level-retries", "1",
-            local, server]
+    place = f":ftp,host=127.0.0.1,port={server.port},user=web,pass={hidden},explicit_tls={str(server.tls).lower()}:"
+    return ["rclone", "copy", "--config", bench.path("rclone.conf"), "--retries", "1", "--low-level-retries",
+            "1", local, place + remote]
 
 
-def others(bench, files):
+def others(bench, files, server):
     """Elapsed and processor seconds of other programs for a first upload, and for a run that finds nothing to do."""
     taken = {}
     for name, command in (("lftp", lftp), ("rclone", rclone)):
@@ -100,13 +101,18 @@ def others(bench, files):
         open(bench.path("rclone.conf"), "w", encoding="utf8").close()
         taken[name] = {}
         if files <= MOST_FILES_OF_OTHERS:
-            run = command(bench, bench.tree(files), bench.server().remote())
+            run = command(bench, bench.tree(files), server.remote(), server)
             taken[name]["first upload"] = timed(bench, run)
             taken[name]["unchanged"] = timed(bench, run)
         elif files <= MOST_FILES_UNCHANGED:
-            with served_tree(bench, files) as (local, remote):
-                taken[name]["unchanged"] = timed(bench, command(bench, local, remote))
+            with served_tree(bench, files, server) as (local, remote):
+                taken[name]["unchanged"] = timed(bench, command(bench, local, remote, server))
     return taken
+
+
+def with_server(bench, files, server):
+    return {"first upload": first_upload(bench, files, server), "server check": server_check(bench, files, server),
+            "others": others(bench, files, server)}
 
 
 def timed(bench, command):
@@ -117,8 +123,11 @@ def timed(bench, command):
 def measure(bench):
     curves = []
     for files in bench.sizes.curve:
-        curves.append({"files": files, **local_costs(bench, files), "resident": resident(bench, files),
-                       "first upload": first_upload(bench, files), "server check": server_check(bench, files),
-                       "others": others(bench, files)})
+        curve = {"files": files, **local_costs(bench, files), "resident": resident(bench, files),
+                 **with_server(bench, files, bench.server())}
+        if files <= MOST_FILES_WITH_TLS:
+            # This rclone resumes no session, so it could not use a server that requires it.
+            curve["tls"] = with_server(bench, files, bench.server("proftpd", True, 0, True))
+        curves.append(curve)
         print(f"{files} files are measured.", file=sys.stderr)
     return {"curves": curves}

@@ -83,7 +83,7 @@ class Bench:
         subprocess.run([os.path.join(SUPPORT, "make_certificates"), self.path("certificates")], check=True)
         self.authority = self.path("certificates", "ca.pem")
         self.environment = {**os.environ, "LC_ALL": "C.UTF-8", "TMPDIR": self.path("temporary"),
-                            "CURL_CA_BUNDLE": self.authority}
+                            "CURL_CA_BUNDLE": self.authority, "SSL_CERT_FILE": self.authority}
         self.running = {}  # servers
         self.desktop = None  # of desktop_rows
 
@@ -155,17 +155,18 @@ class Server:
     """A real FTP server on loopback, which serves the folder `root`, without TLS or with explicit TLS.
 
     proftpd is the quickest of those that know MLSD: what the server takes, it takes from both sides of a ratio. With
-    TLS it requires that a session is reused, and so does vsftpd. Behind a relay it is so many milliseconds away, there
-    and back.
+    TLS it requires that a session is reused, and so does vsftpd, unless the server takes any session. Behind a relay it
+    is so many milliseconds away, there and back.
     """
 
-    def __init__(self, bench, number, kind="proftpd", tls=False, round_trip=0):
+    def __init__(self, bench, number, kind="proftpd", tls=False, round_trip=0, any_session=False):
         self.kind, self.tls = kind, tls
         self.user = "anonymous" if kind == "vsftpd" else "web"
         self.root = bench.path(f"server-{number}")
         os.makedirs(self.root)
         os.chmod(bench.path(), 0o755)
         options = ["--tls", "explicit", "--cert", bench.path("certificates", "server.pem")] if tls else []
+        options += ["--set", "TLSOptions NoSessionReuseRequired"] if any_session else []
         if round_trip:
             orders, self.port, first, last = self.start(bench, 3, "relay.py", "--delay", str(round_trip / 2))
             options += ["--passive", first, last]
