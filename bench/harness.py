@@ -44,7 +44,6 @@ class Sizes:
         self.desktop_profiles = 2 if quick else 100
         self.poll_seconds = 2.5 if quick else 7  # how long the polls of a watch are looked at
         self.curve = (100, 500) if quick else (1000, 10_000, 100_000, 1_000_000)
-        self.curve_samples = 5 if quick else 300  # uploads and folders; the time for all is then multiplied up
 
 
 def median_of(samples, key):

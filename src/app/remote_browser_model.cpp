@@ -38,8 +38,7 @@ struct FolderListing {
     }
 
     // Why the listing failed, for the user.
-    [[nodiscard]] std::string reason(const std::exception& error) const {
-        const auto failure = failureOf(error);
+    [[nodiscard]] std::string reason(const Failure& failure) const {
         const auto explanation =
             path.empty() ? explain(failure, transport.profile) : explainListing(failure, transport.profile);
         return explanation.heading.text();
@@ -153,7 +152,11 @@ void RemoteBrowserModel::load(std::string path) {
             } catch (const Cancelled&) {
                 // No caller waits for it any more.
             } catch (const std::exception& error) {
-                done({.entries = nullptr, .failure = listing.reason(error)});
+                const auto failure = failureOf(error);
+                done(
+                    {.entries = nullptr,
+                     .failure = listing.reason(failure),
+                     .ofCertificate = isOfCertificate(failure.code)});
             }
         });
     } catch (const std::system_error& error) {
@@ -167,6 +170,7 @@ void RemoteBrowserModel::finish(
     if (running == controls.end() || running->second != control) return; // it was cancelled
     controls.erase(running);
     underWay.erase(path);
+    refusedCertificate = result.ofCertificate;
     if (result.entries) {
         loaded.insert_or_assign(path, result.entries);
     } else {

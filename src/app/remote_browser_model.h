@@ -68,6 +68,8 @@ public:
     [[nodiscard]] const std::set<std::string, std::less<>>& loading() const { return underWay; }
     // Why the last listing of a folder failed, for the user.
     [[nodiscard]] const std::map<std::string, std::string, std::less<>>& errors() const { return failures; }
+    // True if the last listing failed because the server's certificate was refused.
+    [[nodiscard]] bool certificateRefused() const { return refusedCertificate; }
 
     // Lists one folder, unless that is under way. A folder that exists locally alone is not asked for on the server.
     void load(std::string path);
@@ -85,6 +87,7 @@ private:
     struct Result {
         Entries entries; // null when there is a failure
         std::string failure;
+        bool ofCertificate = false;
     };
 
     [[nodiscard]] bool isLocalOnly(std::string_view path) const;
@@ -101,6 +104,7 @@ private:
     std::set<std::string, std::less<>> opened;
     std::set<std::string, std::less<>> underWay;
     std::map<std::string, std::string, std::less<>> failures;
+    bool refusedCertificate = false;
     std::map<std::string, std::shared_ptr<TransferControl>> controls; // of the folders under way
     Lifetime lifetime;
     BackgroundTasks tasks;

@@ -86,6 +86,7 @@ void RemoteFolders::connect(const std::optional<std::string>& path) {
     startTree();
     login.reset();
     connectFailure.clear();
+    refusedCertificate = false;
     newFolder.reset();
     wanted.reset();
     run(
@@ -94,7 +95,10 @@ void RemoteFolders::connect(const std::optional<std::string>& path) {
             return [this, path, folder = transport.loginFolder()] { connected(folder, path); };
         },
         [this](const Failure& failure, const Profile& asked) -> Next {
-            return [this, reason = explain(failure, asked).heading.text()] { connectFailure = reason; };
+            return [this, reason = explain(failure, asked).heading.text(), code = failure.code] {
+                connectFailure = reason;
+                refusedCertificate = isOfCertificate(code);
+            };
         });
     notify();
 }

@@ -50,6 +50,8 @@ public:
     [[nodiscard]] const std::optional<std::string>& loginFolder() const { return login; }
     // Why there is no connection, for the user; empty without a failure.
     [[nodiscard]] const std::string& failure() const { return connectFailure; }
+    // True if that is because the server's certificate was refused.
+    [[nodiscard]] bool certificateRefused() const { return refusedCertificate; }
 
     // The folder at which the tree opens: the deepest folder found so far on the way to the wanted one. Nullopt before
     // the first listing, and after settleTarget().
@@ -93,6 +95,7 @@ private:
     std::unique_ptr<RemoteBrowserModel> tree;
     std::optional<std::string> login;
     std::string connectFailure;
+    bool refusedCertificate = false;
     std::optional<std::string> wanted; // opened as far as it exists
     std::optional<Creation> newFolder;
     std::shared_ptr<TransferControl> control; // of the latest request

@@ -27,9 +27,11 @@ enum class ExitCode {
 // Ends the command. The message is one sentence or more for the user.
 class CommandError : public std::runtime_error {
 public:
-    CommandError(ExitCode exitCode, const std::string& message) : std::runtime_error(message), code(exitCode) {}
+    CommandError(ExitCode exitCode, const std::string& message, std::string technical = {})
+        : std::runtime_error(message), code(exitCode), details(std::move(technical)) {}
 
     ExitCode code;
+    std::string details; // the words of curl or the server, in English; empty if there are none
 };
 
 // The options that every command has. An empty text stands for an option that was not given.

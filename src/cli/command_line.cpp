@@ -107,6 +107,13 @@ ExitCode runCommand(int count, char** arguments, Output& output, Interrupt& inte
     return code;
 }
 
+// Details are for a person who helps: on a line of their own, and at the end of the message for programs.
+void printError(const CommandError& error, Output& output) {
+    const bool inMessage = output.json() && !error.details.empty();
+    output.error(inMessage ? std::string(error.what()) + " (" + error.details + ")" : error.what());
+    if (!error.details.empty()) output.note(translate("Details: %1", {error.details}));
+}
+
 } // namespace
 
 ExitCode runCommandLine(int argumentCount, char** arguments, Interrupt& interrupt) {
@@ -116,7 +123,7 @@ ExitCode runCommandLine(int argumentCount, char** arguments, Interrupt& interrup
     try {
         return runCommand(argumentCount, arguments, output, interrupt);
     } catch (const CommandError& error) {
-        output.error(error.what());
+        printError(error, output);
         return error.code;
     } catch (const Cancelled&) {
         output.error(translate("Interrupted."));

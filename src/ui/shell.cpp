@@ -191,6 +191,7 @@ void Shell::openEditor(const std::optional<Uuid>& id, bool onContents) {
          editor](const Profile& draft, const std::string& password, std::function<void(const std::string&)> apply) {
             auto* const sheet = new RemoteFolderSheet(context, draft, password, std::move(apply), editor);
             sheet->setAttribute(Qt::WA_DeleteOnClose);
+            connect(sheet, &RemoteFolderSheet::certificateRefused, editor, &ProfileEditor::testConnection);
             sheet->open();
         });
     if (onContents) editor->openSyncContentsOnAppear();
@@ -204,6 +205,7 @@ void Shell::browse(
         new RemoteDownloadPicker(context, draft, password, current, syncMode, std::move(apply), &editor);
     picker->setAttribute(Qt::WA_DeleteOnClose);
     connect(picker, &RemoteDownloadPicker::nothingToDownload, &editor, &ProfileEditor::continueWithoutDownload);
+    connect(picker, &RemoteDownloadPicker::certificateRefused, &editor, &ProfileEditor::testConnection);
     picker->open();
 }
 

@@ -250,7 +250,8 @@ class Program:
 class Site:
     """A local folder, and the folder on a real server where it is to be published."""
 
-    def __init__(self, desktop, *server_options, server="ftp_server.py", encrypted=True):
+    def __init__(self, desktop, *server_options, server="ftp_server.py", encrypted=True,
+                 certificate="server.pem"):
         self.desktop = desktop
         self.local, self.remote = desktop.path("website"), desktop.path("server/site")
         for folder in (self.local, self.remote):
@@ -262,7 +263,7 @@ class Site:
         if encrypted:
             certificates = desktop.path("certificates")
             subprocess.run([os.path.join(SUPPORT, "make_certificates"), certificates], check=True, capture_output=True)
-            command += ["--tls", "explicit", "--cert", os.path.join(certificates, "server.pem")]
+            command += ["--tls", "explicit", "--cert", os.path.join(certificates, certificate)]
             desktop.environment["CURL_CA_BUNDLE"] = os.path.join(certificates, "ca.pem")
         process = desktop.spawn("server", [*command, desktop.path("server")], stdin=subprocess.PIPE,
                                 stdout=subprocess.PIPE, text=True)

@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """One person's way through the program, from nothing to a published site and back, as a screen reader presents it."""
 import os
+import time
 
 from bus import wait_until
 from desktop import Site, read, write
@@ -85,6 +86,54 @@ class JourneyTest(DesktopTest):
         program.window()
         self.desktop.press_keys("ctrl+q")
         self.assertEqual(program.exit_status(), 0)
+
+    def test_site_that_is_on_the_server_is_taken_over_in_a_few_steps(self):
+        """The server's certificate is signed by itself and for another name; 612 of 640 files are there."""
+        site, a_day = Site(self.desktop, certificate="self.pem"), 86400
+        for number in range(640):
+            name, data = f"section{number % 16}/page{number}.html", b"page %d" % number
+            write(site.local, name, data)
+            if number < 612:
+                write(site.remote, name, data, newer_by=-a_day)
+        program, steps = self.start(), []
+
+        def press(button, title="Zembrastel"):
+            window = program.window(title)
+            steps.append(button)
+            window.press_button(button)
+            self.assertNotRegex(window.describe(), "curl|SSL")
+
+        press("Create your first profile")
+        editor = program.window("New sync profile")
+        for label, text in (("Profile name", "Site"), ("Server", "127.0.0.1"), ("Port", site.port), ("Username", "web"),
+                            ("Password", "s3cret"), ("Local folder", site.local)):
+            steps.append(label)
+            self.desktop.type_into(editor.find("text", label), text)
+        press("Choose a remote folder", "New sync profile")
+        press("Review certificate…", "New sync profile")
+        press("Trust this certificate for this profile…", "The certificate cannot be verified")
+        press("Trust this key", "Trust this key?")
+        program.wait_until_closed("The certificate cannot be verified")
+        press("Choose a remote folder", "New sync profile")
+        folders = program.window("Choose the remote folder")
+        folders.find("list item", site.remote_folder)
+        self.desktop.press_keys("End")
+        steps.append("End")
+        press("Use this folder", "Choose the remote folder")
+        program.wait_until_closed("Choose the remote folder")
+        editor.find("check box", "Download server files to the local folder first").press()
+        press("Create profile", "New sync profile")
+        program.wait_until_closed("New sync profile")
+        press("Upload the other 28")
+        window = program.window()
+        window.find("label", "Watching")
+        dates = [os.path.getmtime(os.path.join(folder, name)) for folder, _, names in os.walk(site.remote)
+                 for name in names]
+        self.assertEqual((len(dates), sum(date < time.time() - a_day / 2 for date in dates)), (640, 612))
+        write(site.local, "section3/page3.html", b"an edit")
+        window.find("list item", "Uploaded section3/page3.html, ", str.startswith)
+        self.assertEqual(read(site.remote, "section3/page3.html"), b"an edit")
+        self.assertLess(len(steps), 25, steps)
 
 
 if __name__ == "__main__":

@@ -166,8 +166,12 @@ std::string Explanation::text() const {
 std::string explainedText(const Failure& failure, const Profile& profile) {
     const auto explanation = explain(failure, profile);
     const bool namesFile = !failure.path.empty() && !explanation.details.empty();
-    return (namesFile ? printable(failure.path) + ": " : "") + explanation.text()
-           + (explanation.details.empty() ? "" : " (" + explanation.details + ")");
+    return (namesFile ? printable(failure.path) + ": " : "") + explanation.text();
+}
+
+std::string explainedWithDetails(const Failure& failure, const Profile& profile) {
+    const auto details = explain(failure, profile).details;
+    return explainedText(failure, profile) + (details.empty() ? "" : " (" + details + ")");
 }
 
 Explanation explain(const Failure& failure, const Profile& profile) {

@@ -132,10 +132,10 @@ private:
     void showChecking(const Uuid& id);
     void startCheck(const Uuid& id, const Earlier& earlier);
     [[nodiscard]] ServerRecord recordFor(const Uuid& id);
-    void finishCheck(const ServerCheck& check, const Uuid& id, const Earlier& earlier);
+    void finishCheck(ServerCheck check, const Uuid& id, const Earlier& earlier);
     void failCheck(const Failure& failure, const Uuid& id, bool willRetry);
     void recordRecognised(const AnnouncedFiles& recognised, const Uuid& id);
-    void findToSend(const ServerCheck& check, const Uuid& id);
+    void findToSend(ServerCheck check, const Uuid& id);
     [[nodiscard]] bool sendsEverything(const Uuid& id);
     void endResend(const Uuid& id);
 

@@ -57,48 +57,49 @@ void Jobs::startCheck(const Uuid& id, const Earlier& earlier) {
     showChecking(id);
     parts.statuses.log(id, "Checking for newer server files before watching resumes.");
     const Uuid generation = jobs.at(id).work().generation;
-    const auto found = [this, id, generation, earlier](const ServerCheck& check) {
-        parts.context.post(ifCurrent(id, generation, [this, id, check, earlier] { finishCheck(check, id, earlier); }));
+    const auto found = [this, id, generation, earlier](const std::shared_ptr<ServerCheck>& check) {
+        parts.context.post(
+            ifCurrent(id, generation, [this, id, check, earlier] { finishCheck(std::move(*check), id, earlier); }));
     };
     const auto failed = [this, id, generation](const Failure& failure) {
         parts.context.post(ifCurrent(id, generation, [this, id, failure] { failCheck(failure, id, true); }));
     };
-    const auto body = [this, work = jobs.at(id).work(), found, failed, record = recordFor(id),
-                       journal = parts.records.journal(id),
-                       contents =
-                           parts.records.contents(jobs.at(id).work().profile)](const std::stop_token& stop) mutable {
-        ProgressMeter meter(parts.clock, eventSink(work.profile.id, work.generation, stop).progress);
-        if (journal) record.announced = journal->read();
-        while (!stop.stop_requested()) {
-            try {
-                meter.begin(TransferProgress::Work::comparing);
-                const auto check = settings.work.check(transportFor(work, meter, settings.privateItems), record, stop);
-                work.control->check();
-                keepHashes(contents, check, record.baseline);
-                found(check);
-                return;
-            } catch (const Cancelled&) {
-                return;
-            } catch (const std::exception& error) {
-                failed(failureOf(error));
+    const auto body =
+        [this, work = jobs.at(id).work(), found, failed, record = recordFor(id), journal = parts.records.journal(id),
+         contents = parts.records.contents(jobs.at(id).work().profile)](const std::stop_token& stop) mutable {
+            ProgressMeter meter(parts.clock, eventSink(work.profile.id, work.generation, stop).progress);
+            if (journal) record.announced = journal->read();
+            while (!stop.stop_requested()) {
+                try {
+                    meter.begin(TransferProgress::Work::comparing);
+                    const auto check = std::make_shared<ServerCheck>(
+                        settings.work.check(transportFor(work, meter, settings.privateItems), record, stop));
+                    work.control->check();
+                    keepHashes(contents, *check, record.baseline);
+                    found(check);
+                    return;
+                } catch (const Cancelled&) {
+                    return;
+                } catch (const std::exception& error) {
+                    failed(failureOf(error));
+                }
+                if (!work.retryWait->sleep(parts.clock, stop)) return;
             }
-            if (!work.retryWait->sleep(parts.clock, stop)) return;
-        }
-    };
+        };
     if (step(id, [&](Job& job) { return job.check([&] { return startTask(id, body); }); })) publishReview(id);
 }
 
-void Jobs::finishCheck(const ServerCheck& check, const Uuid& id, const Earlier& earlier) {
+void Jobs::finishCheck(ServerCheck check, const Uuid& id, const Earlier& earlier) {
     const auto adoption = std::exchange(parts.reviews.unsettled(id).adoption, std::nullopt);
     if (check.first) {
         askForChoice(check, id);
         if (adoption) (void)adopt(id, *adoption);
         return;
     }
-    const auto& changes = check.changes;
+    const auto changes = std::move(check.changes);
     recordRecognised(check.recognised, id);
     jobs.at(id).keepSeen(check.seen);
-    findToSend(check, id);
+    findToSend(std::move(check), id);
     parts.reviews.unsettled(id).unanswered = pathsOf(changes);
     parts.records.recordComparison(id);
     if (changes.empty()) {
@@ -149,22 +150,23 @@ void Jobs::recordRecognised(const AnnouncedFiles& recognised, const Uuid& id) {
 
 bool Jobs::sendsEverything(const Uuid& id) { return parts.reviews.unsettled(id).resend == Resend::everything; }
 
-void Jobs::findToSend(const ServerCheck& check, const Uuid& id) {
+void Jobs::findToSend(ServerCheck check, const Uuid& id) {
     auto& unsettled = parts.reviews.unsettled(id);
     if (sendsEverything(id)) {
-        jobs.at(id).keepToSend(check.toSend);
+        const auto toSend = check.toSend.size();
+        jobs.at(id).keepToSend(std::move(check.toSend));
         parts.statuses.log(
             id, "Compared all files with the server. The same there: " + std::to_string(check.recognised.files.size())
-                    + ". To be sent again: " + std::to_string(check.toSend.size()) + ".");
+                    + ". To be sent again: " + std::to_string(toSend) + ".");
     } else if (unsettled.resend) {
-        jobs.at(id).keepToSend(check.missing);
+        jobs.at(id).keepToSend(std::move(check.missing));
     } else {
-        unsettled.missing = check.missing;
-        if (check.missing.empty()) return;
-        const auto files = check.missing.size();
+        unsettled.missing = std::move(check.missing);
+        if (unsettled.missing.empty()) return;
+        const auto files = unsettled.missing.size();
         parts.statuses.log(
             id, std::to_string(files) + (files == 1 ? " file is" : " files are")
-                    + " missing on the server: " + listedPaths(check.missing) + ". Waiting for your choice.");
+                    + " missing on the server: " + listedPaths(unsettled.missing) + ". Waiting for your choice.");
     }
 }
 

@@ -59,7 +59,8 @@ CommandError pushFailure(const Profile& profile, const Failure& failure, const s
         serverExitCode(failure),
         translate(
             "Cannot push all of %1 (%2): %3", {inQuotes(profile.name), serverName(profile),
-                                               translateEngineText(explainedText(failure, profile)) + consequence})};
+                                               translateEngineText(explainedText(failure, profile)) + consequence}),
+        explain(failure, profile).details};
 }
 
 CommandError missingFilesError(

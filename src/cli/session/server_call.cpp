@@ -54,7 +54,8 @@ CommandError serverFailure(
             aim.failure, {inQuotes(profile.name), serverName(profile),
                           translateEngineText(explainedText(failure, profile)) + commandFor(failure, profile)
                               + (consequence.empty() ? "" : " ") + consequence,
-                          aim.folder})};
+                          aim.folder}),
+        explain(failure, profile).details};
 }
 
 void callServer(

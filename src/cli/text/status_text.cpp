@@ -69,13 +69,13 @@ std::vector<std::string> statusLines(const answer::Status& answer) {
 
 ProfileStatus explained(ProfileStatus status, const Profile& profile) {
     if (!status.failure || status.unsaved) return status;
-    status.detail = sentence(explainedText(*status.failure, profile));
+    status.detail = sentence(explainedWithDetails(*status.failure, profile));
     if (!status.outlook.empty()) status.detail += " " + status.outlook;
     return status;
 }
 
 Activity explained(Activity activity, const Profile& profile) {
-    if (activity.failure) activity.text = explainedText(*activity.failure, profile);
+    if (activity.failure) activity.text = explainedWithDetails(*activity.failure, profile);
     return activity;
 }
 

@@ -39,8 +39,8 @@ RemoteDownloadPicker::RemoteDownloadPicker(
     const QSize room = screen()->availableGeometry().size();
     setMinimumSize(scaledToText(smallestSize).boundedTo(room));
     resize(scaledToText(defaultSize).boundedTo(room));
-    connect(rows, &QAbstractItemModel::modelReset, this, &RemoteDownloadPicker::showSummary);
-    connect(rows, &QAbstractItemModel::dataChanged, this, &RemoteDownloadPicker::showSummary);
+    connect(rows, &QAbstractItemModel::modelReset, this, &RemoteDownloadPicker::followRows);
+    connect(rows, &QAbstractItemModel::dataChanged, this, &RemoteDownloadPicker::followRows);
     list->setFocus();
     refresh();
 }
@@ -107,6 +107,15 @@ void RemoteDownloadPicker::confirm() {
         apply(selection(), kinds());
     }
     accept();
+}
+
+void RemoteDownloadPicker::followRows() {
+    if (tree && tree->certificateRefused()) {
+        Q_EMIT certificateRefused();
+        discard();
+        return;
+    }
+    showSummary();
 }
 
 void RemoteDownloadPicker::showSummary() {

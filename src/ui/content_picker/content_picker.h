@@ -53,11 +53,14 @@ public:
 Q_SIGNALS:
     // The user confirmed the choice of a download from a folder that is empty on the server.
     void nothingToDownload();
+    // The server's certificate was refused, so there is nothing to choose from. The sheet closes.
+    void certificateRefused();
 
 private:
     [[nodiscard]] QLayout* makeHead();
     [[nodiscard]] QLayout* makeTools();
     [[nodiscard]] QWidget* makeFoot();
+    void followRows();
     void showSummary();
     void confirm();
     [[nodiscard]] bool hasNothingToDownload() const;

@@ -60,6 +60,9 @@ public:
     // The remote folder is empty: nothing is downloaded first, and the sync contents stay as they are.
     void continueWithoutDownload();
 
+    // As its button does: reports the result in the editor, and offers to review a certificate that was refused.
+    void testConnection();
+
     // The profile as saving would store it now.
     [[nodiscard]] Profile draft() const;
 
@@ -90,7 +93,6 @@ private:
     [[nodiscard]] SavingState savingState() const;
     void showState();
 
-    void testConnection();
     void finishTest(const Profile& tested, const ConnectionCheck::Result& result);
     void createFolder(const Profile& tested);
     void offerCertificate(const Profile& tested, const ConnectionCheck::Result& result);

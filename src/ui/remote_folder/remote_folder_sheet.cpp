@@ -87,6 +87,11 @@ std::optional<std::string> RemoteFolderSheet::selectedFolder() const {
 }
 
 void RemoteFolderSheet::followFolders() {
+    if (folders.certificateRefused()) {
+        Q_EMIT certificateRefused();
+        reject();
+        return;
+    }
     rows->update();
     if (const auto target = folders.target()) list->setCurrentIndex(rows->rowOf(*target));
     if (!list->currentIndex().isValid()) list->setCurrentIndex(rows->index(0));

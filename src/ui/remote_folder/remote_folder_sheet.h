@@ -32,6 +32,10 @@ public:
         MainContext& mainContext, Profile draft, std::string password, Apply applyFolder, QWidget* parent = nullptr);
     ~RemoteFolderSheet() override;
 
+Q_SIGNALS:
+    // The server's certificate was refused, so there is nothing to choose from. The sheet closes.
+    void certificateRefused();
+
 private:
     [[nodiscard]] QLayout* makeTools();
     [[nodiscard]] QWidget* makeFoot();
