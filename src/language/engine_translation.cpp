@@ -159,6 +159,15 @@ std::optional<std::string> knownSentence(std::string_view text) {
     return known ? std::optional(*known + '.') : std::nullopt;
 }
 
+// The text as sentences that are all known: where the last value of one sentence could also take in the next ones.
+std::optional<std::string> knownSentences(std::string_view text) {
+    const auto end = text.find(". ");
+    if (end == std::string_view::npos) return knownSentence(text);
+    const auto first = knownSentence(text.substr(0, end + 1));
+    const auto others = first ? knownSentences(text.substr(end + 2)) : std::nullopt;
+    return others ? std::optional(*first + ' ' + *others) : std::nullopt;
+}
+
 // The text as a known sentence and what follows it, which is translated by itself. A name in the sentence may have full
 // stops too, but only a few: with each one tried, the words of a server could take half a minute.
 std::optional<std::string> translatedParts(std::string_view text) {
@@ -177,6 +186,7 @@ std::string translateEngineText(std::string_view text) {
     // A server may send any amount of text.
     constexpr std::size_t longest = 4096;
     if (!translates() || text.empty() || text.size() > longest) return std::string(text);
+    if (const auto known = knownSentences(text)) return *known;
     if (const auto known = knownSentence(text)) return *known;
     if (const auto known = translatedParts(text)) return *known;
     // "index.html: You may not write ...": a name, a message of curl or other foreign words come first.

@@ -328,7 +328,7 @@ TEST_F(RunningProgram, PushNamesWhatWasNotSentAndFails) {
         1, "push",
         {"Uploaded index.html\nUploaded zzz\nNot sent: locked/page\n",
          "locked/page: You may not write to this folder on the server.", "Not sent: 1 file."});
-    EXPECT_TRUE(isOneLine(failed.errors)) << failed.errors;
+    EXPECT_TRUE(isOneFailure(failed.errors)) << failed.errors;
     place.savePassword("wrong");
     expect(5, "push", {"Nothing was uploaded."});
 }
