@@ -1428,6 +1428,13 @@
     </message>
 </context>
 <context>
+    <name>zembrastel::ui::ProfileListDelegate</name>
+    <message>
+        <source>Profile menu</source>
+        <translation>Profilmenü</translation>
+    </message>
+</context>
+<context>
     <name>zembrastel::ui::ProfileListModel</name>
     <message numerus="yes">
         <source>%n files are missing</source>

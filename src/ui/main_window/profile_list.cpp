@@ -9,11 +9,13 @@
 
 #include <QAbstractScrollArea>
 #include <QContextMenuEvent>
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QScrollBar>
 #include <QStyle>
+#include <QToolTip>
 
 #include <algorithm>
 
@@ -55,6 +57,10 @@ QRect wholeRow(const QStyleOptionViewItem& option) {
     const auto* const view = qobject_cast<const QAbstractScrollArea*>(option.widget);
     const bool scrolls = view != nullptr && view->verticalScrollBar()->isVisible();
     return option.rect.adjusted(0, 0, scrolls ? sideInset : 0, 0);
+}
+
+QRect moreArea(const QStyleOptionViewItem& option) {
+    return QStyle::visualRect(option.direction, option.rect, moreIn(wholeRow(option)));
 }
 
 // Watching goes on without these files.
@@ -157,10 +163,6 @@ void ProfileListModel::updateRows() {
 ProfileListDelegate::ProfileListDelegate(const ProfileListModel& rowModel, QObject* parent)
     : QStyledItemDelegate(parent), rows(rowModel) {}
 
-QRect ProfileListDelegate::moreArea(const QRect& row, Qt::LayoutDirection direction) {
-    return QStyle::visualRect(direction, row, moreIn(row));
-}
-
 void ProfileListDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
     const QRect row = wholeRow(option);
     const QRect plate = row.adjusted(sideInset, 2, -sideInset, -2);
@@ -195,12 +197,20 @@ QSize ProfileListDelegate::sizeHint(const QStyleOptionViewItem&, const QModelInd
     return {200, std::max(minRowHeight, textHeight() + 20)};
 }
 
+bool ProfileListDelegate::helpEvent(
+    QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option, const QModelIndex& index) {
+    const QRect more = moreArea(option);
+    if (event->type() != QEvent::ToolTip || !more.contains(event->pos()))
+        return QStyledItemDelegate::helpEvent(event, view, option, index);
+    QToolTip::showText(event->globalPos(), tr("Profile menu"), view, more);
+    return true;
+}
+
 bool ProfileListDelegate::editorEvent(
     QEvent* event, QAbstractItemModel* model, const QStyleOptionViewItem& option, const QModelIndex& index) {
     if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonRelease) {
         const auto* const mouse = static_cast<QMouseEvent*>(event);
-        const QRect more = QStyle::visualRect(option.direction, option.rect, moreIn(wholeRow(option)));
-        const bool hit = more.contains(mouse->position().toPoint());
+        const bool hit = moreArea(option).contains(mouse->position().toPoint());
         if (hit && mouse->button() == Qt::LeftButton) {
             if (event->type() == QEvent::MouseButtonRelease) {
                 Q_EMIT moreRequested(index, mouse->globalPosition().toPoint());

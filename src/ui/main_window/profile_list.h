@@ -57,9 +57,6 @@ class ProfileListDelegate : public QStyledItemDelegate {
 public:
     ProfileListDelegate(const ProfileListModel& rowModel, QObject* parent);
 
-    // The place of the "more" button of a row.
-    [[nodiscard]] static QRect moreArea(const QRect& row, Qt::LayoutDirection direction);
-
     void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
     [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
 
@@ -67,6 +64,10 @@ Q_SIGNALS:
     void moreRequested(const QModelIndex& index, const QPoint& globalPosition);
 
 protected:
+    // The "more" button has a tool tip of its own.
+    bool helpEvent(
+        QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
+        const QModelIndex& index) override;
     bool editorEvent(
         QEvent* event, QAbstractItemModel* model, const QStyleOptionViewItem& option,
         const QModelIndex& index) override;
