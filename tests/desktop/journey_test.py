@@ -100,8 +100,9 @@ class JourneyTest(DesktopTest):
         def press(button, title="Zembrastel"):
             window = program.window(title)
             steps.append(button)
-            window.press_button(button)
-            self.assertNotRegex(window.describe(), "curl|SSL")
+            shown = window.find("push button", button)
+            self.assertNotRegex(wait_until(window.describe, f"“{title}” is at rest"), "curl|SSL")
+            shown.press()
 
         press("Create your first profile")
         editor = program.window("New sync profile")
