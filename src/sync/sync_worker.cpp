@@ -15,6 +15,10 @@
 namespace zembrastel {
 namespace {
 
+// For contents that are not recorded yet: edits do not wait longer than this, plus the time for one file.
+constexpr std::chrono::milliseconds recordingTimeOfPoll{200};
+constexpr std::chrono::milliseconds recordingTimeOfPass{10000};
+
 // Keeps the scan of this poll as the previous one when the poll ends, even after a failure.
 struct KeepAsPrevious {
     FileMap& previous;
@@ -74,7 +78,10 @@ private:
             const KeepAsPrevious keep{previous, current};
             synchronise(current);
             if (const auto failure = uploads.failure()) return failure->failure;
-            if (changedPaths(scanFolder(), baseline).empty()) return std::nullopt;
+            if (changedPaths(scanFolder(), baseline).empty()) {
+                uploads.recordContentsOfPublished(recordingTimeOfPass);
+                return std::nullopt;
+            }
         }
         return Failure{.message = "Some files did not stop changing."};
     }
@@ -208,6 +215,7 @@ private:
         if (changed.empty()) {
             uploads.doneInBurst = 0;
             worker.events.deliver(watchingStatus());
+            uploads.recordContentsOfPublished(recordingTimeOfPoll);
         } else {
             sendStable(changed, current, pending);
         }

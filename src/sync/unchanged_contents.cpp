@@ -3,6 +3,7 @@
 #include "transport/compare/server_record.h"
 #include "transport/local_place.h"
 
+#include <algorithm>
 #include <map>
 #include <optional>
 #include <sys/stat.h>
@@ -24,16 +25,17 @@ std::optional<ContentHash> hashOfVersion(
     return place.fingerprint() == version ? std::optional(hash) : std::nullopt;
 }
 
-bool hasContent(
-    const std::string& localFolder, const std::string& path, const Fingerprint& version, const ContentHash& content,
+// The same; nullopt also if the file cannot be read, which is reported when the file is sent.
+std::optional<ContentHash> readableContent(
+    const std::string& localFolder, const std::string& path, const Fingerprint& version,
     const TransferControl& control) {
     control.check();
     try {
-        return hashOfVersion(localFolder, path, version, control) == content;
+        return hashOfVersion(localFolder, path, version, control);
     } catch (const Cancelled&) {
         throw;
     } catch (const std::exception&) {
-        return false; // the failure is reported when the file is sent
+        return std::nullopt;
     }
 }
 
@@ -61,10 +63,37 @@ PublishedContentMap findUnchangedContents(
         const auto& now = current.at(path);
         const auto* onServer = published.onServer.find(path);
         if (!mayHavePublishedContent(now, published.baseline.find(path), &content, onServer)) continue;
-        if (!hasContent(profile.localFolder, path, now, content.hash, control)) continue;
+        if (readableContent(profile.localFolder, path, now, control) != content.hash) continue;
         unchanged.emplace(path, PublishedContent{.fingerprint = now, .date = content.date, .hash = content.hash});
     }
     return unchanged;
+}
+
+std::vector<std::string> filesWithoutContent(const PublishedFiles& published) {
+    std::map<std::string, Fingerprint, std::less<>> versions;
+    for (const auto& [path, fingerprint] : published.baseline) {
+        const auto* onServer = published.onServer.find(path);
+        const bool isThere = onServer != nullptr && onServer->size == static_cast<std::uint64_t>(fingerprint.size);
+        if (isThere) versions.emplace(path, fingerprint);
+    }
+    if (versions.empty()) return {};
+    const auto recorded = published.contents.find(versions);
+    std::vector<std::string> without;
+    for (const auto& [path, fingerprint] : versions) {
+        if (!recorded.contains(path)) without.push_back(path);
+    }
+    std::ranges::reverse(without);
+    return without;
+}
+
+std::optional<PublishedContent> readPublishedContent(
+    const Profile& profile, const std::string& path, const PublishedFiles& published, const TransferControl& control) {
+    const auto* fingerprint = published.baseline.find(path);
+    const auto* onServer = published.onServer.find(path);
+    if (fingerprint == nullptr || onServer == nullptr) return std::nullopt;
+    const auto hash = readableContent(profile.localFolder, path, *fingerprint, control);
+    if (!hash) return std::nullopt;
+    return PublishedContent{.fingerprint = *fingerprint, .date = onServer->modified, .hash = *hash};
 }
 
 std::string unchangedContentsLine(std::uint64_t files) {

@@ -73,6 +73,21 @@ std::vector<std::string> UploadQueue::withoutUnchanged(const std::vector<std::st
     return toSend;
 }
 
+void UploadQueue::recordContentsOfPublished(std::chrono::milliseconds atMost) {
+    if (!contents) return;
+    const PublishedFiles files{.baseline = baseline, .onServer = known, .contents = *contents};
+    if (!unrecorded) unrecorded = filesWithoutContent(files);
+    PublishedContentMap entries;
+    const auto began = worker.clock.steadyNow();
+    while (!unrecorded->empty() && worker.clock.steadyNow() - began < atMost) {
+        const auto& path = unrecorded->back();
+        const auto content = readPublishedContent(worker.profile, path, files, *worker.control);
+        if (content) entries.emplace(path, *content);
+        unrecorded->pop_back();
+    }
+    contents->add(entries, baseline);
+}
+
 bool UploadQueue::allWait(const std::vector<std::string>& changed, const FileMap& current) const {
     const auto now = worker.clock.steadyNow();
     return std::ranges::all_of(changed, [&](const auto& path) { return retries.waits(path, current.at(path), now); });

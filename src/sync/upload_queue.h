@@ -44,6 +44,10 @@ public:
     [[nodiscard]] std::vector<std::string> withoutUnchanged(
         const std::vector<std::string>& paths, const FileMap& current);
 
+    // Records the contents of published files that have no record yet, if the profile compares contents: some of them
+    // in each call, which begins no file after this time. Throws Cancelled.
+    void recordContentsOfPublished(std::chrono::milliseconds atMost);
+
     // True if all these files wait after failures of their own.
     [[nodiscard]] bool allWait(const std::vector<std::string>& changed, const FileMap& current) const;
 
@@ -102,6 +106,7 @@ private:
     std::optional<PublishJournal> journal;
     std::optional<PublishedContents> contents;
     std::map<std::string, ContentHash, std::less<>> staged; // the contents that are being sent
+    std::optional<std::vector<std::string>> unrecorded;     // published without a recorded content; once it is known
     FileRetries retries;
     std::map<std::string, FileRetries::Time, std::less<>> writtenSince; // files that a program has open for writing
     std::map<std::string, int, std::less<>> undated; // went live without a date; the number of queries since

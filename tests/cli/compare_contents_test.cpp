@@ -77,6 +77,7 @@ TEST_F(CompareContents, OtherVersionOnServerIsNotTrusted) {
     changeOnServer("news/2.html", "their", 1h);
     expect(3, "push");
     place.expect(0, "review 'My website' --keep-all");
+    expect(0, "push", {"Nothing to push"});
     build();
     EXPECT_EQ(sentBy("push"), Texts{"news/2.html"});
 
@@ -102,8 +103,15 @@ TEST_F(CompareContents, ComparedContentsCountAsPublished) {
     build();
     EXPECT_EQ(sentBy("push", {"5 files have a new date"}), Texts{});
 
-    fs::remove(place.state() / ("contents-" + place.profile().id.text() + ".hashes"));
+    const auto record = place.state() / ("contents-" + place.profile().id.text() + ".hashes");
+    fs::remove(record);
     expect(0, "push --all");
+    build();
+    EXPECT_EQ(sentBy("push", {"5 files have a new date"}), Texts{});
+
+    // As when the option is switched on for files that were published or downloaded before.
+    fs::remove(record);
+    expect(0, "push", {"Nothing to push"});
     build();
     EXPECT_EQ(sentBy("push", {"5 files have a new date"}), Texts{});
 }
