@@ -4,7 +4,10 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
+#include <fstream>
+#include <string>
 #include <unistd.h>
 
 namespace zembrastel::testing {
@@ -50,6 +53,43 @@ public:
     }
 
 private:
+    const int statistics;
+};
+
+// How long the control group of this process had used up its share of the processors, from all processors together.
+// See cpu.stat in the kernel's "Control Group v2" and "CFS Bandwidth Control".
+class QuotaWait {
+public:
+    QuotaWait() : statistics(open(statisticsFile().c_str(), O_RDONLY | O_CLOEXEC)) {}
+    ~QuotaWait() { close(statistics); }
+    QuotaWait(const QuotaWait&) = delete;
+    QuotaWait& operator=(const QuotaWait&) = delete;
+
+    // Since the group was made; zero where it has no quota.
+    [[nodiscard]] std::chrono::nanoseconds soFar() const {
+        char text[1024] = {};
+        if (pread(statistics, text, sizeof text - 1, 0) <= 0) return {};
+        if (const char* const found = std::strstr(text, "throttled_time ")) {
+            return std::chrono::nanoseconds(std::atoll(found + std::strlen("throttled_time ")));
+        }
+        const char* const found = std::strstr(text, "throttled_usec ");
+        return std::chrono::microseconds(found == nullptr ? 0 : std::atoll(found + std::strlen("throttled_usec ")));
+    }
+
+private:
+    static std::string statisticsFile() {
+        std::ifstream groups("/proc/self/cgroup"); // "1:cpu:/group" of version 1, "0::/group" of version 2
+        std::string unified;
+        for (std::string line; std::getline(groups, line);) {
+            const auto path = line.substr(line.rfind(':') + 1);
+            if (line.find(":cpu:") != std::string::npos) return "/sys/fs/cgroup/cpu" + path + "/cpu.stat";
+            if (line.find(":cpu,cpuacct:") != std::string::npos)
+                return "/sys/fs/cgroup/cpu,cpuacct" + path + "/cpu.stat";
+            if (line.starts_with("0::")) unified = "/sys/fs/cgroup" + path + "/cpu.stat";
+        }
+        return unified;
+    }
+
     const int statistics;
 };
 

@@ -39,12 +39,12 @@ bool TimedApplication::notify(QObject* receiver, QEvent* event) {
     handling = true;
     const char* const name = receiver->metaObject()->className(); // the event may delete the receiver
     const int type = event->type();
-    const auto waited = processorWait.soFar() + hostTheft.soFar();
+    const auto waited = waitedSoFar();
     const auto began = Clock::now();
     const bool result = QApplication::notify(receiver, event);
     // Read before the waits: a wait in between is not part of the event.
     const Milliseconds all = Clock::now() - began;
-    const Milliseconds took = all - (processorWait.soFar() + hostTheft.soFar() - waited);
+    const Milliseconds took = all - (waitedSoFar() - waited);
     if (took > longest.took) longest = {took, QStringLiteral("event %1 of a %2").arg(type).arg(QLatin1String(name))};
     handling = false;
     return result;

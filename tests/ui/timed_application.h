@@ -31,6 +31,11 @@ public:
 private:
     const ProcessorWait processorWait;
     const HostTheft hostTheft;
+    const QuotaWait quotaWait;
+    [[nodiscard]] std::chrono::nanoseconds waitedSoFar() const {
+        return processorWait.soFar() + hostTheft.soFar() + quotaWait.soFar();
+    }
+
     bool handling = false;
     Handling longest;
 };
