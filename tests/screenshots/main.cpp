@@ -193,6 +193,30 @@ public:
         if (!testing::waitFor([&] { return differ() && app->status(site).progress; })) fail("nothing is compared");
     }
 
+    // Starts this site again, whose uploads then fail like this: for single files, or with all files waiting.
+    void failUploads(const Uuid& site, std::vector<Failure> files, std::optional<Failure> all) {
+        refused = std::move(files);
+        stalled = std::move(all);
+        first.reset();
+        offline = false;
+        app->toggle(site); // paused
+        const int before = played;
+        app->toggle(site);
+        if (!testing::waitFor([&] { return played > before; })) fail("no uploads failed");
+        QCoreApplication::processEvents();
+    }
+
+    // The next check of this site fails without a network.
+    void loseNetwork(const Uuid& site) {
+        offline = true;
+        app->retryCheck(site);
+        const auto isKnown = [&] {
+            const auto failure = app->status(site).failure;
+            return failure && failure->kind == Failure::Kind::noNetwork;
+        };
+        if (!testing::waitFor(isKnown)) fail("the network is not missed");
+    }
+
     // Starts the paused site, whose check finds missing files on the server.
     void startLast() { start(all.back()); }
 
@@ -224,6 +248,9 @@ private:
             .check =
                 [this](const FTPTransport& server, const auto&...) {
                     const Sample& sample = of(server.profile);
+                    if (offline)
+                        throw TransferError(
+                            CurlCode::hostNotFound, "curl: (6) Could not resolve host: docs.example.net");
                     if (!sample.failure.empty()) throw TransferError(CurlCode::loginRefused, sample.failure);
                     return ServerCheck{.changes = sample.changes, .missing = sample.missing, .first = first};
                 },
@@ -231,7 +258,8 @@ private:
             .compareContents =
                 [this](const FTPTransport& server, const auto& files, const auto& compared) {
                     compare(server, files, compared);
-                }};
+                },
+            .hasNetwork = [this](const std::string&) { return !offline; }};
     }
 
     // Stays in the middle of the comparison until it is stopped.
@@ -262,7 +290,19 @@ private:
                 worker.events.deliver(event::Activity{.text = text, .error = true});
             }
         }
-        if (sample.progress) {
+        if (!refused.empty()) {
+            worker.events.deliver(event::FilesRefused{refused});
+            worker.events.deliver(watchingStatus());
+        } else if (stalled) {
+            using std::chrono_literals::operator""s;
+            worker.events.deliver(event::Status{
+                .phase = Phase::waitingToRetry,
+                .detail = retryDetail(stalled->message, 20s),
+                .outlook = retryOutlook(20s),
+                .failure = stalled,
+                .retryAt = worker.clock.now() + 20s,
+                .waiting = 3});
+        } else if (sample.progress) {
             worker.events.deliver(uploadingStatus(sample.progress->file->path, 3));
             worker.events.progress(*sample.progress);
         }
@@ -271,6 +311,9 @@ private:
 
     const std::vector<Sample> all = samples();
     std::optional<FirstComparison> first; // of the next checks
+    std::vector<Failure> refused;
+    std::optional<Failure> stalled;
+    std::atomic<bool> offline = false;
     testing::TemporaryFolder folder;
     PictureClock clock;
     std::atomic<int> played = 0;
@@ -472,6 +515,39 @@ public:
             {"main-first-check", {980, 640}, [=] { return choose(open); }},
             {"main-first-check-small", {760, 520}, [=] { return choose(small); }},
             {"main-comparing", {980, 640}, compare}};
+    }
+
+    // These change the states of further sites.
+    [[nodiscard]] std::vector<Screen> withFailures() {
+        const auto refuse = [this] {
+            const auto failure = [](const char* path, FtpReply reply) {
+                Failure refused =
+                    failureOf(TransferError(CurlCode::uploadRefused, "curl: (25) Failed FTP upload", reply));
+                refused.path = path;
+                return refused;
+            };
+            sites.failUploads(
+                sites.id("Client portal"),
+                {failure("assets/fonts/corporate-sans (print?).otf", FtpReply::nameRefused),
+                 failure("private/.htaccess", FtpReply::notAllowed)},
+                std::nullopt);
+            return mainWindow("Client portal");
+        };
+        const auto stall = [this] {
+            Failure lost =
+                failureOf(TransferError(CurlCode::receiveFailed, "curl: (56) Recv failure: Connection reset by peer"));
+            lost.path = "assets/img/hero-banner-2026.webp";
+            sites.failUploads(sites.id("Client portal"), {}, lost);
+            return mainWindow("Client portal");
+        };
+        const auto disconnect = [this] {
+            sites.loseNetwork(sites.id("Documentation"));
+            return mainWindow("Documentation");
+        };
+        return {
+            {"main-files-refused", {980, 640}, refuse},
+            {"main-waiting-to-retry", {980, 640}, stall},
+            {"main-no-network", {980, 640}, disconnect}};
     }
 
 private:
@@ -718,6 +794,7 @@ void findUntranslated(Album album) {
     play(album, screens.all());
     play(album, screens.withMissingFiles());
     play(album, screens.withChoice());
+    play(album, screens.withFailures());
     for (const auto& each : album.untranslated()) std::puts(qUtf8Printable(each));
 }
 
@@ -729,6 +806,7 @@ void fillAlbum(Album album) {
     theme().setHighContrast(false);
     play(album, screens.withMissingFiles());
     play(album, screens.withChoice());
+    play(album, screens.withFailures());
     album.onlyCheck();
     for (const double points : {10.0, 14.0}) {
         QFont font = QApplication::font();

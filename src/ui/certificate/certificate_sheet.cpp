@@ -24,6 +24,7 @@ constexpr int sheetWidth = 640;
 constexpr int margin = 24;
 constexpr int labelWidth = 112;
 constexpr int groupsInLine = 8;
+constexpr int keyLineHeight = 20;
 constexpr int faultSymbol = 16;
 
 using enum CertificateFault;
@@ -31,11 +32,13 @@ using enum CertificateFault;
 // The user compares the day with what the provider says, in no time zone.
 QString dayIn(std::chrono::sys_seconds instant) { return dayWithMonthName(localTime(instant).toUTC().date()); }
 
-// Two lines of eight groups.
+// Two lines of eight groups, as rich text, since plain text has no line height.
 QString keyInLines(const KeyHash& key) {
     const QStringList groups = toQString(key.grouped()).split(u' ');
-    return groups.mid(0, groupsInLine).join(QStringLiteral("  ")) + u'\n'
-           + groups.mid(groupsInLine).join(QStringLiteral("  "));
+    const QString gap = QStringLiteral("&nbsp;&nbsp;");
+    return QStringLiteral("<p style=\"margin: 0; line-height: %1px\">%2<br>%3</p>")
+        .arg(scaledToText(keyLineHeight))
+        .arg(groups.mid(0, groupsInLine).join(gap), groups.mid(groupsInLine).join(gap));
 }
 
 QString text(CertificateFault fault, const ServerCertificate& certificate, const Profile& profile) {
@@ -72,6 +75,8 @@ QLabel* makeSelectable(const QString& text) {
 
 QLabel* makeKey(const KeyHash& key) {
     auto* const label = makeLabel(keyInLines(key), TextStyle::fixedWidth);
+    label->setTextFormat(Qt::RichText);
+    label->setAccessibleName(toQString(key.grouped()));
     label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     label->setFocusPolicy(Qt::ClickFocus);
     return label;
@@ -100,7 +105,8 @@ QVBoxLayout* addRow(QVBoxLayout& rows, const QString& label, QLabel* value, QWid
     auto* const name = new WrapLabel(label, TextStyle::fieldLabel, Tone::dim);
     name->setFixedWidth(scaledToText(labelWidth));
     name->setBuddy(value);
-    value->setAccessibleName(label + u' ' + value->text());
+    const QString shown = value->accessibleName().isEmpty() ? value->text() : value->accessibleName();
+    value->setAccessibleName(label + u' ' + shown);
     auto* const values = makeLayout<QVBoxLayout>(2);
     values->addWidget(value);
     auto* const row = makeLayout<QHBoxLayout>(12);
@@ -199,13 +205,13 @@ QLayout* CertificateSheet::makeConsequences() {
         texts->addWidget(new WrapLabel(tr("Ask your provider which key is right before you trust the new one.")));
         return texts;
     }
-    texts->addWidget(makeLabel(tr("What trusting it means"), TextStyle::fieldLabel));
+    texts->addWidget(makeLabel(tr("What trusting it means"), TextStyle::strong));
     texts->addWidget(new WrapLabel(
         tr("Zembrastel accepts this one key for this profile, whatever the certificate says. The connection is "
            "encrypted "
            "as usual. If the server ever shows another key, uploads stop and you are told."),
-        TextStyle::small, Tone::dim));
-    texts->addWidget(new WrapLabel(tr("Trust it only if your provider states the same key."), TextStyle::small));
+        TextStyle::explanation, Tone::dim));
+    texts->addWidget(new WrapLabel(tr("Trust it only if your provider states the same key."), TextStyle::explanation));
     return texts;
 }
 

@@ -77,7 +77,7 @@ FailureBanner::FailureBanner(QWidget* parent)
       edit(new PushButton(tr("Edit profile…"))), retry(new PushButton(tr("Retry now"))),
       skip(new PushButton(tr("Start without checking…"))), pause(new PushButton(tr("Pause"))),
       details(new PushButton(tr("Details"), ButtonKind::link)),
-      flow(new ButtonFlow({certificate, keys, create, edit, retry, skip, pause, details})),
+      flow(new ButtonFlow({certificate, keys, create, edit, retry, skip, pause}, details)),
       divider(makeDivider(Qt::Horizontal)), words(makeWords()) {
     setSurface(*this, Surface::warningBanner);
     retry->setSymbol("arrow.clockwise");

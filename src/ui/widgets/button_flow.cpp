@@ -12,7 +12,9 @@ constexpr int between = 8;
 
 } // namespace
 
-ButtonFlow::ButtonFlow(const QList<QWidget*>& shownButtons, QWidget* parent) : QWidget(parent), buttons(shownButtons) {
+ButtonFlow::ButtonFlow(const QList<QWidget*>& shownButtons, QWidget* atLineEnd)
+    : buttons(shownButtons), trailing(atLineEnd) {
+    if (trailing != nullptr) buttons << trailing;
     for (auto* const button : buttons) button->setParent(this);
     QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     policy.setHeightForWidth(true);
@@ -20,18 +22,43 @@ ButtonFlow::ButtonFlow(const QList<QWidget*>& shownButtons, QWidget* parent) : Q
 }
 
 int ButtonFlow::arrange(int width, bool moves) const {
-    QPoint place(0, 0);
-    int lineHeight = 0;
+    QList<QWidget*> line;
+    int used = 0;
+    int top = 0;
+    const auto endLine = [&] {
+        const int height = moves ? placeLine(line, top) : heightOf(line);
+        top += height + between;
+        line.clear();
+        used = 0;
+    };
     for (auto* const button : buttons) {
         if (button->isHidden()) continue;
-        const QSize size = button->sizeHint();
-        if (place.x() > 0 && place.x() + size.width() > width) place = QPoint(0, place.y() + lineHeight + between);
-        if (place.x() == 0) lineHeight = 0;
-        lineHeight = std::max(lineHeight, size.height());
-        if (moves) button->setGeometry(QStyle::visualRect(layoutDirection(), rect(), QRect(place, size)));
-        place.rx() += size.width() + between;
+        const int needed = button->sizeHint().width();
+        if (!line.isEmpty() && used + needed > width) endLine();
+        line << button;
+        used += needed + between;
     }
-    return place.y() + lineHeight;
+    if (!line.isEmpty()) endLine();
+    return std::max(top - between, 0);
+}
+
+int ButtonFlow::heightOf(const QList<QWidget*>& line) {
+    int height = 0;
+    for (const auto* const button : line) height = std::max(height, button->sizeHint().height());
+    return height;
+}
+
+int ButtonFlow::placeLine(const QList<QWidget*>& line, int top) const {
+    const int height = heightOf(line);
+    int left = 0;
+    for (auto* const button : line) {
+        const QSize size = button->sizeHint();
+        if (button == trailing) left = std::max(width() - size.width(), left);
+        const QPoint place(left, top + (height - size.height()) / 2);
+        button->setGeometry(QStyle::visualRect(layoutDirection(), rect(), QRect(place, size)));
+        left += size.width() + between;
+    }
+    return height;
 }
 
 QSize ButtonFlow::sizeHint() const {
