@@ -1,5 +1,7 @@
 """A command on a terminal of its own, as a person sees it."""
+import os
 import re
+import select
 import signal
 import time
 
@@ -33,11 +35,23 @@ class Terminal:
         except pexpect.TIMEOUT:
             return True
         except pexpect.EOF:
+            self.read_rest()
             return False
         for answer in [each for each in self.answers if re.search(each[0] + r"\Z", self.output())][:1]:
             self.child.send(answer[1])
             self.answers.remove(answer)
         return True
+
+    def read_rest(self):
+        """Reads what a program printed just before it ended: pexpect may notice the end first."""
+        while select.select([self.child.child_fd], [], [], 0)[0]:
+            try:
+                rest = os.read(self.child.child_fd, 65536)
+            except OSError:
+                return
+            if not rest:
+                return
+            self.stream.feed(rest.decode(errors="replace"))
 
     def read_until(self, condition, seconds):
         """False if the output, or the time, ends before the condition holds of the output."""

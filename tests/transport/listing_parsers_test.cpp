@@ -79,7 +79,7 @@ TEST(Listing, DuplicateAndHiddenNamesAreDropped) {
 }
 
 TEST(HostileListing, LongLinesTakeLinearTime) {
-    const std::size_t size = std::size_t{8} << 20; // with quadratic cost the test would never end
+    const std::size_t size = std::size_t{2} << 20; // with quadratic cost the test would never end
     const std::string blanks(size, ' ');
     const std::string digits(size, '7');
     std::string pairs;
@@ -101,7 +101,7 @@ TEST(HostileListing, LongLinesTakeLinearTime) {
 }
 
 TEST(HostileListing, ManyEntriesTakeLinearTime) {
-    constexpr std::size_t count = 500'000;
+    constexpr std::size_t count = 200'000;
     std::string machine;
     std::string people;
     for (std::size_t i = 0; i < count; ++i) {
