@@ -23,6 +23,8 @@ CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Con
 </busconfig>
 """
 
+WITH_USER_NAME = os.path.join(os.path.dirname(os.path.realpath(__file__)), "../support/with_user_name")
+
 
 def bus_command(folder):
     """Runs a bus of the test's own, with its files in the folder; its first line is its address."""
@@ -30,7 +32,7 @@ def bus_command(folder):
     # Unlike the system's, this one names no folder of services to start on demand.
     with open(configuration, "w", encoding="utf8") as file:
         file.write(CONFIGURATION.format(folder=folder))
-    return ["dbus-daemon", "--nofork", "--config-file=" + configuration, "--print-address=1"]
+    return [WITH_USER_NAME, "dbus-daemon", "--nofork", "--config-file=" + configuration, "--print-address=1"]
 
 
 def wait_until(condition, what, seconds=PATIENCE):

@@ -17,7 +17,7 @@ from Xlib.error import BadWindow
 from Xlib.protocol.event import ClientMessage
 
 from accessible import ACTIVE, FOCUSED, SHOWING, programs
-from bus import PATIENCE, bus_command, call, connect, has_owner, wait_until
+from bus import PATIENCE, WITH_USER_NAME, bus_command, call, connect, has_owner, wait_until
 
 SUPPORT = os.path.join(os.path.dirname(os.path.realpath(__file__)), "../support")
 PROGRAM = os.environ["ZEMBRASTEL"]
@@ -107,7 +107,7 @@ class Desktop:
         wait_until(lambda: has_owner(self.bus, "org.freedesktop.secrets"), "the keyring is there")
 
     def start_accessibility(self):
-        self.spawn("accessibility", ["/usr/libexec/at-spi-bus-launcher", "--launch-immediately"])
+        self.spawn("accessibility", [WITH_USER_NAME, "/usr/libexec/at-spi-bus-launcher", "--launch-immediately"])
         wait_until(lambda: has_owner(self.bus, "org.a11y.Bus"), "the accessibility bus is there")
         self.accessibility = connect(call(self.bus, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress")[0])
         self.ends.append(lambda: self.accessibility.close_sync(None))

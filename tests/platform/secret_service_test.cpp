@@ -221,7 +221,9 @@ TEST_F(SecretServiceTest, MissingBusIsNamedAndLosingItDoesNotEndTheProgram) {
         searchOn("unix:path=/nonexistent");
         Program bus(Words{
             "/bin/sh", "-c",
-            "exec dbus-daemon --nofork --nopidfile --print-address --config-file=\"$HOME/bus.conf\" 2> /dev/null"});
+            "exec '" ZEMBRASTEL_SOURCE_DIR
+            "/tests/support/with_user_name' dbus-daemon --nofork --nopidfile --print-address "
+            "--config-file=\"$HOME/bus.conf\" 2> /dev/null"});
         const auto address = bus.readLine(std::chrono::seconds(20));
         searchOn(address);
         GDBusConnection* connection = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr);

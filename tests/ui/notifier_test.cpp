@@ -63,7 +63,9 @@ protected:
         return time;
     }
 
-    Program daemon{{"/usr/bin/dbus-daemon", "--session", "--nofork", "--print-address=1"}};
+    Program daemon{
+        {ZEMBRASTEL_SOURCE_DIR "/tests/support/with_user_name", "dbus-daemon", "--session", "--nofork",
+         "--print-address=1"}};
     std::string address = daemon.readLine(30s);
     Service service;
     QDBusConnection serving = connect("serving");
