@@ -116,7 +116,11 @@ void RemoteFolders::connected(const std::string& folder, const std::optional<std
 
 void RemoteFolders::folderChanged(const std::string& path) {
     if (wanted && isBelow(*wanted, path) && !isLoading(path)) {
-        const auto next = nextOnTheWay(path, *wanted);
+        auto next = nextOnTheWay(path, *wanted);
+        if (isLoaded(path) && !has(next) && login && isBelow(*login, path)) {
+            wanted = login;
+            next = nextOnTheWay(path, *wanted);
+        }
         if (next != *wanted && has(next) && !isOpen(next)) tree->toggle(next);
     }
     notify();

@@ -42,8 +42,9 @@ public:
     // Ends all requests without waiting for a server. Nothing is reported afterwards.
     ~RemoteFolders() override;
 
-    // Connects, and opens the folders above `path`, or above the draft's remote folder; an empty remote folder is the
-    // login folder. What was loaded is loaded again.
+    // Connects, and opens the folders above `path`, or above the draft's remote folder. Opens those above the login
+    // folder if the remote folder is empty, or if it does not exist and nothing nearer to it does. What was loaded is
+    // loaded again.
     void connect(const std::optional<std::string>& path = std::nullopt);
 
     // Nullopt until the server has answered.

@@ -42,7 +42,7 @@ TEST(RemoteFolders, OpenAtTheEnteredFolder) {
         std::string opened; // below the login folder
     };
     for (const auto& [entered, opened] :
-         {Case{"site/shop", "site/shop"}, Case{"", ""}, Case{"site/gone/deeper", "site"}}) {
+         {Case{"site/shop", "site/shop"}, Case{"", ""}, Case{"site/gone/deeper", "site"}, Case{"/nowhere/shop", ""}}) {
         SCOPED_TRACE(entered);
         Folders choice(entered);
         choice.folders->connect();
