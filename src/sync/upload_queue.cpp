@@ -34,7 +34,8 @@ std::string uploadProblem(std::string problem, const std::string& path) {
     constexpr std::string_view misleading = " with 0 bytes received";
     const auto received = problem.find(misleading);
     if (received != std::string::npos) problem.replace(received, misleading.size(), " before the upload was complete");
-    const bool namesIt = problem.ends_with(": " + path) || problem.find('/' + path + ": ") != std::string::npos;
+    const bool namesIt = problem.ends_with(": " + path) || problem.find('/' + path + ": ") != std::string::npos
+                         || problem.find(" copy of " + printable(path) + " to ") != std::string::npos;
     if (namesIt) return problem;
     const bool ended = problem.ends_with('.');
     if (ended) problem.pop_back();

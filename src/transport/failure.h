@@ -27,6 +27,13 @@ struct Failure {
     friend bool operator==(const Failure&, const Failure&) = default;
 };
 
+// True if this machine having no network can be the reason.
+[[nodiscard]] inline bool mayBeOfNetwork(const Failure& failure) {
+    const bool isOfConnection = failure.code == CurlCode::hostNotFound || failure.code == CurlCode::notConnected
+                                || failure.code == CurlCode::timedOut;
+    return failure.kind == Failure::Kind::transfer && isOfConnection;
+}
+
 // The failure that this exception reports.
 [[nodiscard]] inline Failure failureOf(const std::exception& error) {
     Failure failure{.message = describe(error)};

@@ -301,7 +301,10 @@ TEST(UploadProblem, NamesTheFileOnce) {
           Case{
               "File changed before uploading; it will be retried.",
               "File changed before uploading; it will be retried (a/x)."},
-          Case{"/site/a/x: Permission denied", "/site/a/x: Permission denied"}}) {
+          Case{"/site/a/x: Permission denied", "/site/a/x: Permission denied"},
+          Case{
+              "There is no room for a copy of a/x to upload from.",
+              "There is no room for a copy of a/x to upload from."}}) {
         EXPECT_EQ(uploadProblem(failure, "a/x"), message);
     }
     EXPECT_EQ(retryDetail("No such file or directory", 5s), "No such file or directory. Retrying in 5 seconds.");

@@ -14,10 +14,7 @@ void Jobs::receive(const WorkerEvent& event, const Uuid& id) {
 
 // The failure with the kind noNetwork, if that is its reason.
 Failure Jobs::withNetwork(Failure failure, const Uuid& id) const {
-    using enum CurlCode;
-    const bool mayBe = failure.kind == Failure::Kind::transfer
-                       && (failure.code == hostNotFound || failure.code == notConnected || failure.code == timedOut);
-    const Profile* const profile = mayBe ? parts.records.profile(id) : nullptr;
+    const Profile* const profile = mayBeOfNetwork(failure) ? parts.records.profile(id) : nullptr;
     if (profile != nullptr && !settings.work.hasNetwork(profile->host)) failure.kind = Failure::Kind::noNetwork;
     return failure;
 }

@@ -58,8 +58,8 @@ CommandError pushFailure(const Profile& profile, const Failure& failure, const s
     return {
         serverExitCode(failure),
         translate(
-            "Cannot push all of %1 (%2): %3", {inQuotes(profile.name), serverName(profile),
-                                               translateEngineText(explainedText(failure, profile)) + consequence}),
+            "Cannot push all of %1 (%2): %3",
+            {inQuotes(profile.name), serverName(profile), explainedForCommand(failure, profile) + consequence}),
         explain(failure, profile).details};
 }
 

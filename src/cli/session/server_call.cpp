@@ -8,11 +8,20 @@
 #include "language/engine_translation.h"
 #include "language/translation.h"
 #include "model/error.h"
+#include "platform/wake_signals.h"
 
 namespace zembrastel::cli {
 
 ExitCode serverExitCode(const Failure& failure) {
     return failure.code == CurlCode::loginRefused ? ExitCode::refused : ExitCode::failed;
+}
+
+std::string explainedForCommand(const Failure& failure, const Profile& profile) {
+    if (failure.kind == Failure::Kind::noNetwork) { // only a program that goes on tries again by itself
+        return translateEngineText(explain(failure, profile).heading.text()) + " "
+               + translate("Nothing is wrong with the profile. Try again when the network is back.");
+    }
+    return translateEngineText(explainedText(failure, profile));
 }
 
 ServerAim comparisonAim(const Profile& profile) {
@@ -52,7 +61,7 @@ CommandError serverFailure(
         serverExitCode(failure),
         translate(
             aim.failure, {inQuotes(profile.name), serverName(profile),
-                          translateEngineText(explainedText(failure, profile)) + commandFor(failure, profile)
+                          explainedForCommand(failure, profile) + commandFor(failure, profile)
                               + (consequence.empty() ? "" : " ") + consequence,
                           aim.folder}),
         explain(failure, profile).details};
@@ -78,7 +87,9 @@ void callServerWithoutLogin(
     } catch (const Cancelled&) {
         throw;
     } catch (const std::exception& error) {
-        throw serverFailure(profile, aim, failureOf(error));
+        Failure failure = failureOf(error);
+        if (mayBeOfNetwork(failure) && !hasNetworkFor(profile.host)) failure.kind = Failure::Kind::noNetwork;
+        throw serverFailure(profile, aim, failure);
     }
 }
 

@@ -45,6 +45,9 @@ void requireDownloaded(const Profile& profile);
 [[nodiscard]] CommandError serverFailure(
     const Profile& profile, const ServerAim& aim, const Failure& failure, const std::string& consequence = "");
 
+// What happened, and what to do next, for the user of a command that ends with this failure.
+[[nodiscard]] std::string explainedForCommand(const Failure& failure, const Profile& profile);
+
 // The exit code for such a failure.
 [[nodiscard]] ExitCode serverExitCode(const Failure& failure);
 
