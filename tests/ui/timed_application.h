@@ -25,6 +25,11 @@ public:
         QString what;
     };
 
+    // How long this thread was kept from a processor.
+    [[nodiscard]] std::chrono::nanoseconds waitedSoFar() const {
+        return processorWait.soFar() + hostTheft.soFar() + quotaWait.soFar();
+    }
+
     // Returns the slowest event since the last call.
     [[nodiscard]] Handling takeLongest();
 
@@ -32,10 +37,6 @@ private:
     const ProcessorWait processorWait;
     const HostTheft hostTheft;
     const QuotaWait quotaWait;
-    [[nodiscard]] std::chrono::nanoseconds waitedSoFar() const {
-        return processorWait.soFar() + hostTheft.soFar() + quotaWait.soFar();
-    }
-
     bool handling = false;
     Handling longest;
 };

@@ -32,16 +32,17 @@ QString curlName() {
     return known.isEmpty() ? QStringLiteral("curl") : QStringLiteral("curl ") + known;
 }
 
-} // namespace
-
-QString versionDetails() {
+// The versions that a report of a problem needs: of the program, Qt, curl and the system.
+QString versionDetails(const QString& curl) {
     return QStringLiteral("Zembrastel %1\nQt %2\n%3\n%4, %5")
         .arg(
-            version, QString::fromLatin1(qVersion()), curlName(), QSysInfo::prettyProductName(),
+            version, QString::fromLatin1(qVersion()), curl, QSysInfo::prettyProductName(),
             QSysInfo::currentCpuArchitecture());
 }
 
-AboutDialog::AboutDialog(QWidget* parent) : QDialog(parent) {
+} // namespace
+
+AboutDialog::AboutDialog(QWidget* parent) : QDialog(parent), curl(curlName()) {
     setWindowModality(Qt::WindowModal);
     setWindowTitle(tr("About Zembrastel"));
     setAccessibleName(windowTitle());
@@ -71,8 +72,7 @@ QWidget* AboutDialog::makeBody() {
         TextStyle::small, Tone::dim));
     texts->addSpacing(4);
     texts->addWidget(new WrapLabel(
-        tr("Running with Qt %1 and %2.").arg(QString::fromLatin1(qVersion()), curlName()), TextStyle::small,
-        Tone::dim));
+        tr("Running with Qt %1 and %2.").arg(QString::fromLatin1(qVersion()), curl), TextStyle::small, Tone::dim));
     texts->addSpacing(12);
     auto* const links = makeLayout<QHBoxLayout>(16);
     links->addWidget(makeLink(tr("Website"), webSite + u'/'));
@@ -96,8 +96,8 @@ QWidget* AboutDialog::makeLink(const QString& label, const QString& address) {
 
 QWidget* AboutDialog::makeFoot() {
     auto* const copy = new PushButton(tr("Copy version"));
-    connect(copy, &QPushButton::clicked, this, [copy] {
-        QGuiApplication::clipboard()->setText(versionDetails());
+    connect(copy, &QPushButton::clicked, this, [this, copy] {
+        QGuiApplication::clipboard()->setText(versionDetails(curl));
         copy->setLabel(tr("Version copied"));
     });
     auto* const close = new PushButton(tr("Close"), ButtonKind::primary);

@@ -7,9 +7,6 @@
 
 namespace zembrastel::ui {
 
-// The versions that a report of a problem needs: of the program, Qt, curl and the system.
-[[nodiscard]] QString versionDetails();
-
 class AboutDialog : public QDialog {
     Q_OBJECT
 
@@ -20,6 +17,8 @@ private:
     [[nodiscard]] QWidget* makeBody();
     [[nodiscard]] QWidget* makeFoot();
     [[nodiscard]] QWidget* makeLink(const QString& label, const QString& address);
+
+    const QString curl; // with its version, which curl itself reports
 };
 
 } // namespace zembrastel::ui
