@@ -42,7 +42,7 @@ class Lane {
 public:
     Lane(std::uint64_t seed, FtpServer::Kind kind)
         : random(seed), server(kind, {.rateKiB = rateKiB}), local(place.path("site")), remote(server.root() / "site") {
-        for (const auto& folder : {local, remote}) fs::create_directory(folder);
+        for (const auto& folder : {local, remote, place.path("more")}) fs::create_directory(folder);
         server.handOver();
         place.savePassword(server.password());
         Profile profile = profileFor(server, local, server.remoteFolder("site"));
@@ -104,7 +104,7 @@ private:
     Texts prepareProfile() {
         added = "more " + std::to_string(state.profiles.size());
         return {"profile",    "add", "--name",          added,       "--host",         "127.0.0.1",
-                "--username", "web", "--remote-folder", "somewhere", "--local-folder", place.home().string()};
+                "--username", "web", "--remote-folder", "somewhere", "--local-folder", place.path("more").string()};
     }
 
     void prepareDownload() {
@@ -139,7 +139,7 @@ private:
         if (children) requireTransfersEnded(*children, server);
         verify(program.output(), !children);
         const bool adds = arguments.front() == "profile" && !children;
-        require(!adds || (status == 0 && hasProfile(added)), "a new profile is missing");
+        require(!adds || (status == 0 && hasProfile(added)), "a new profile is missing: " + place.errors());
         return children.has_value();
     }
 
