@@ -19,6 +19,7 @@ constexpr std::initializer_list<const char*> textsOfDiagnosis{
     translatable("Connect the disk it is on, or choose another local folder in the profile."),
     translatable("There is an answer at port %1."),
     translatable("The name %1 is known."),
+    translatable("Nothing is wrong with the profile. Try again when the network is back."),
 
     translatable("Check the server's name in the profile. If it is right, check whether this machine is online."),
     translatable("The server takes the user name and the password."),

@@ -6,6 +6,7 @@
 #include "platform/private_folder.h"
 #include "platform/text.h"
 #include "platform/uuid.h"
+#include "platform/wake_signals.h"
 #include "transport/listing/listing_parsers.h"
 #include "transport/local_place.h"
 
@@ -147,6 +148,7 @@ ServerObservations probeServer(
     ServerObservations seen{.at = {}, .mlsd = listedBy(transport, {{"request", "MLSD"}}, parseMLSD)};
     seen.at = clock.now();
     if (isOver(seen.mlsd.answer)) {
+        seen.hasNetwork = seen.mlsd.answer.connected || hasNetworkFor(transport.profile.host);
         seen.certificate = refusedCertificate(transport, seen.mlsd.answer, clock);
         return seen;
     }

@@ -47,6 +47,7 @@ struct SeenCertificate {
 struct ServerObservations {
     std::chrono::system_clock::time_point at;
     SeenListing mlsd;
+    bool hasNetwork = true; // false if the server was not reached and this machine had no network to reach it through
     // Nullopt for steps that were not reached.
     std::optional<SeenListing> list = std::nullopt;
     std::optional<SeenListing> listAll = std::nullopt; // "LIST -a", if the server has no MLSD

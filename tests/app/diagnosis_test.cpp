@@ -101,6 +101,13 @@ TEST(Diagnosis, FailedConnectionIsNamedByItsCause) {
     }
 }
 
+TEST(Diagnosis, LostNetworkIsNamedInPlaceOfTheServer) {
+    ServerObservations seen{.at = {}, .mlsd = {.answer = {.code = CurlCode::hostNotFound}}, .hasNetwork = false};
+    const auto findings = diagnose(profileOf(TransferProtocol::ftps, 21), seen);
+    EXPECT_EQ(wrongIn(findings), Words{"network"});
+    EXPECT_TRUE(allHelp(findings));
+}
+
 TEST(Diagnosis, WrongClockIsNamed) {
     using namespace std::chrono_literals;
     struct Case {

@@ -7,8 +7,10 @@
 #include "cli/text/status_text.h"
 #include "platform/text.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <limits>
 
 namespace zembrastel::testing {
@@ -71,13 +73,13 @@ public:
     void status(Phase phase, const std::string& detail) {
         ProfileStatus status;
         status.enter(phase, detail);
-        if (const auto line = narration.status(status)) lines.push_back(*line);
+        std::ranges::copy(narration.status(status, nullptr), std::back_inserter(lines));
     }
 
     void activity(const std::string& text, bool error = false) {
-        if (const auto line = narration.activity(
-                {.date = {}, .text = text, .kind = error ? Activity::Kind::failure : Activity::Kind::note}))
-            lines.push_back(*line);
+        const auto kind = error ? Activity::Kind::failure : Activity::Kind::note;
+        std::ranges::copy(
+            narration.activity({.date = {}, .text = text, .kind = kind}, nullptr), std::back_inserter(lines));
     }
 
     Lines lines;

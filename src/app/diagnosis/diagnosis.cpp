@@ -40,6 +40,12 @@ private:
 
     [[nodiscard]] bool connection() {
         const Transcript& answer = seen.mlsd.answer;
+        if (!seen.hasNetwork) {
+            add(wrong(
+                Subject::network, "There is no network connection.",
+                "Nothing is wrong with the profile. Try again when the network is back."));
+            return false;
+        }
         if (!answer.connected && !answer.succeeded) {
             const Finding failure = unreached(profile, answer);
             if (failure.subject != Subject::address) address();

@@ -169,11 +169,6 @@ std::string explainedText(const Failure& failure, const Profile& profile) {
     return (namesFile ? printable(failure.path) + ": " : "") + explanation.text();
 }
 
-std::string explainedWithDetails(const Failure& failure, const Profile& profile) {
-    const auto details = explain(failure, profile).details;
-    return explainedText(failure, profile) + (details.empty() ? "" : " (" + details + ")");
-}
-
 Explanation explain(const Failure& failure, const Profile& profile) {
     if (failure.kind == Failure::Kind::noNetwork) {
         return {

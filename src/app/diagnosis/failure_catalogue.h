@@ -33,10 +33,8 @@ struct Explanation {
     [[nodiscard]] std::string text() const;
 };
 
-// The whole explanation in one line of text, with the file that the failure is about: without the details, and with
-// them in brackets.
+// The whole explanation in one line of text, with the file that the failure is about and without the details.
 [[nodiscard]] std::string explainedText(const Failure& failure, const Profile& profile);
-[[nodiscard]] std::string explainedWithDetails(const Failure& failure, const Profile& profile);
 
 // Explains a failure of this profile's work.
 [[nodiscard]] Explanation explain(const Failure& failure, const Profile& profile);

@@ -16,10 +16,10 @@ bool isRefusal(std::string_view reply) {
 } // namespace
 
 std::string_view word(Subject subject) {
-    constexpr std::array<std::string_view, 18> words{
-        "localFolder", "address", "port",          "connections",  "encryption",  "certificate",
-        "login",       "folder",  "listing",       "completeness", "hiddenFiles", "dateQuery",
-        "clock",       "upload",  "temporaryName", "rename",       "replacement", "testFile"};
+    constexpr std::array<std::string_view, 19> words{
+        "localFolder", "network",       "address", "port",         "connections", "encryption", "certificate",
+        "login",       "folder",        "listing", "completeness", "hiddenFiles", "dateQuery",  "clock",
+        "upload",      "temporaryName", "rename",  "replacement",  "testFile"};
     static_assert(words.size() == static_cast<std::size_t>(Subject::testFile) + 1);
     return words.at(static_cast<std::size_t>(subject));
 }

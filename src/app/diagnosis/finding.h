@@ -13,6 +13,7 @@ namespace zembrastel {
 // What a finding is about.
 enum class Subject {
     localFolder,
+    network,
     address,
     port,
     connections,

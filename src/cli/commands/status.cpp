@@ -39,7 +39,8 @@ private:
     void print(const answer::Status& answer) {
         const bool isFirst = !names.contains(answer.profile);
         names[answer.profile] = answer.name;
-        const auto news = narrations[answer.profile].status(withExplanation(answer).status);
+        const Profile* const profile = find(answer.profile);
+        const auto news = narrations[answer.profile].status(answer.status, profile);
         if (output.json()) {
             JsonLine object("status");
             begin(object, answer.profile, systemClock().now());
@@ -51,22 +52,20 @@ private:
             addStatusFields(object, answer.status);
             output.line(object);
         } else if (isFirst) {
-            for (const auto& line : statusLines(withExplanation(answer))) output.line(line);
-        } else if (news) {
-            printNews(answer.profile, systemClock().now(), *news);
+            for (const auto& line : statusLines(answer, profile)) output.line(line);
+        } else {
+            printNews(answer.profile, systemClock().now(), news);
         }
     }
 
     void print(const answer::Activity& answer) {
-        const Profile* const profile = find(answer.profile);
-        const auto news =
-            narrations[answer.profile].activity(profile == nullptr ? answer.line : explained(answer.line, *profile));
+        const auto news = narrations[answer.profile].activity(answer.line, find(answer.profile));
         if (output.json()) {
             JsonLine object("activity");
             begin(object, answer.profile, answer.line.date);
             output.line(object.text("text", answer.line.text).flag("error", answer.line.error()));
-        } else if (news) {
-            printNews(answer.profile, answer.line.date, *news);
+        } else {
+            printNews(answer.profile, answer.line.date, news);
         }
     }
 
@@ -75,14 +74,9 @@ private:
         return found == profiles.end() ? nullptr : &*found;
     }
 
-    // The answer with an explanation of the failure in it.
-    [[nodiscard]] answer::Status withExplanation(answer::Status answer) const {
-        if (const auto* profile = find(answer.profile)) answer.status = explained(answer.status, *profile);
-        return answer;
-    }
-
-    void printNews(const Uuid& profile, SystemTime time, const std::string& news) {
-        output.line(clockTime(time) + "  " + oneLine(names[profile]) + "  " + news);
+    void printNews(const Uuid& profile, SystemTime time, const std::vector<std::string>& news) {
+        std::string begin = clockTime(time) + "  " + oneLine(names[profile]) + "  ";
+        for (const auto& line : news) output.line(std::exchange(begin, "") + line);
     }
 
     void begin(JsonLine& object, const Uuid& profile, SystemTime time) {

@@ -18,6 +18,7 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <utility>
 
 namespace zembrastel::cli {
 namespace {
@@ -38,7 +39,7 @@ public:
     void alertChanged() override;
 
 private:
-    void print(const Profile& profile, const std::string& text);
+    void print(const Profile& profile, const std::vector<std::string>& lines);
     void printMissing(const Profile& profile, bool missing);
     void printMissingOnServer(const Uuid& id);
     void printWaitingChoice(const Uuid& id);
@@ -57,8 +58,9 @@ private:
     std::set<Uuid> choicesPrinted;
 };
 
-void WatchReport::print(const Profile& profile, const std::string& text) {
-    context.output.line(clockTime(clock.now()) + "  " + oneLine(profile.name) + "  " + text);
+void WatchReport::print(const Profile& profile, const std::vector<std::string>& lines) {
+    std::string begin = clockTime(clock.now()) + "  " + oneLine(profile.name) + "  ";
+    for (const auto& line : lines) context.output.line(std::exchange(begin, "") + line);
 }
 
 JsonLine& WatchReport::begin(JsonLine& object, const Profile& profile) const {
@@ -70,7 +72,7 @@ void WatchReport::statusChanged(const Uuid& id) {
     if (profile == nullptr) return;
     const ProfileStatus& status = model.status(id);
     if (!context.output.json()) {
-        if (const auto line = narrations[id].status(explained(status, *profile))) print(*profile, *line);
+        print(*profile, narrations[id].status(status, profile));
         printMissing(*profile, status.filesMissing());
         return;
     }
@@ -103,7 +105,7 @@ void WatchReport::activityLogged(const Uuid& id, const Activity& activity) {
     const Profile* profile = model.profile(id);
     if (profile == nullptr) return;
     if (!context.output.json()) {
-        if (const auto line = narrations[id].activity(explained(activity, *profile))) print(*profile, *line);
+        print(*profile, narrations[id].activity(activity, profile));
         return;
     }
     JsonLine object("activity");
@@ -130,7 +132,7 @@ void WatchReport::printReview(const Profile& profile, const std::vector<RemoteCh
         return;
     }
     constexpr std::size_t maxPaths = 20;
-    print(profile, translatePlural("%n file newer on the server:", "%n files newer on the server:", changes.size()));
+    print(profile, {translatePlural("%n file newer on the server:", "%n files newer on the server:", changes.size())});
     for (std::size_t index = 0; index < std::min(changes.size(), maxPaths); ++index) {
         context.output.line("    " + printable(changes[index].path));
     }

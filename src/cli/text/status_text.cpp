@@ -27,6 +27,22 @@ Tone toneOf(const answer::Status& answer) {
     return answer.running && answer.newerOnServer == 0 && !answer.choice ? Tone::good : Tone::attention;
 }
 
+// True if the detail is the failure in curl's words, which the catalogue has an explanation for.
+bool isExplained(const ProfileStatus& status, const Profile* profile) {
+    return status.failure && !status.unsaved && profile != nullptr;
+}
+
+// The detail with the explanation of the failure instead of curl's words.
+std::string detailOf(const ProfileStatus& status, const Profile* profile) {
+    if (!isExplained(status, profile)) return status.detail;
+    return sentence(explainedText(*status.failure, *profile)) + (status.outlook.empty() ? "" : " " + status.outlook);
+}
+
+// curl's words, if the detail explains them.
+std::string detailsOf(const ProfileStatus& status, const Profile* profile) {
+    return isExplained(status, profile) ? explain(*status.failure, *profile).details : "";
+}
+
 } // namespace
 
 void addStatusFields(JsonLine& object, const ProfileStatus& status) {
@@ -36,13 +52,15 @@ void addStatusFields(JsonLine& object, const ProfileStatus& status) {
     if (status.lastUpload) object.text("lastUpload", universalTime(*status.lastUpload));
 }
 
-std::vector<std::string> statusLines(const answer::Status& answer) {
+std::vector<std::string> statusLines(const answer::Status& answer, const Profile* profile) {
     const ProfileStatus& status = answer.status;
     std::vector<std::string> lines{
         oneLine(answer.name) + "  "
         + inColour(translateEngineText(oneLine(status.title())), toneOf(answer), STDOUT_FILENO)};
-    if (!status.detail.empty())
-        lines.push_back(detailLine(translate("detail"), translateEngineText(oneLine(status.detail))));
+    if (const auto detail = oneLine(detailOf(status, profile)); !detail.empty())
+        lines.push_back(detailLine(translate("detail"), translateEngineText(detail)));
+    if (const auto details = detailsOf(status, profile); !details.empty())
+        lines.push_back(detailLine("", "(" + oneLine(details) + ")"));
     if (status.progress)
         lines.push_back(detailLine(translate("progress"), translateProgress(progressText(*status.progress))));
     if (status.pending > 0) lines.push_back(detailLine(translate("pending"), filesText(countOf(status.pending))));
@@ -67,28 +85,18 @@ std::vector<std::string> statusLines(const answer::Status& answer) {
     return lines;
 }
 
-ProfileStatus explained(ProfileStatus status, const Profile& profile) {
-    if (!status.failure || status.unsaved) return status;
-    status.detail = sentence(explainedWithDetails(*status.failure, profile));
-    if (!status.outlook.empty()) status.detail += " " + status.outlook;
-    return status;
-}
-
-Activity explained(Activity activity, const Profile& profile) {
-    if (activity.failure) activity.text = explainedWithDetails(*activity.failure, profile);
-    return activity;
-}
-
-std::optional<std::string> Narration::status(const ProfileStatus& status) {
+std::vector<std::string> Narration::status(const ProfileStatus& status, const Profile* profile) {
     const std::string failure = std::exchange(justFailed, {});
     justDetailed.clear();
-    const bool same = status.title() == title && status.detail == detail;
+    if (!status.failed()) detailsPrinted.clear();
+    const std::string explained = detailOf(status, profile);
+    const bool same = status.title() == title && explained == detail;
     // The printed uploads already show that fewer files are pending.
     const bool isNews = !same || status.pending > pending;
     title = status.title();
-    detail = status.detail;
+    detail = explained;
     pending = status.pending;
-    if (!isNews) return std::nullopt;
+    if (!isNews) return {};
 
     // The detail contains the failure as a sentence.
     const std::string printedPart = failure.empty() ? "" : sentence(failure);
@@ -98,14 +106,27 @@ std::optional<std::string> Narration::status(const ProfileStatus& status) {
     if (const auto rest = oneLine(repeats ? detail.substr(printedPart.size()) : detail); !rest.empty())
         line += ": " + translateEngineText(rest);
     if (pending > 0) line += translate(" (%1 pending)", {std::to_string(pending)});
-    return line;
+    return withDetails(std::move(line), detailsOf(status, profile));
 }
 
-std::optional<std::string> Narration::activity(const Activity& activity) {
+std::vector<std::string> Narration::activity(const Activity& activity, const Profile* profile) {
     const std::string detailed = std::exchange(justDetailed, {});
-    justFailed = activity.error() ? activity.text : "";
-    if (activity.error() && detailed.starts_with(activity.text)) return std::nullopt;
-    return (activity.error() ? translate("error:") + " " : "") + translateEngineText(oneLine(activity.text));
+    const bool isExplained = activity.failure && profile != nullptr;
+    const std::string text = isExplained ? explainedText(*activity.failure, *profile) : activity.text;
+    justFailed = activity.error() ? text : "";
+    if (activity.error() && detailed.starts_with(text)) return {};
+    return withDetails(
+        (activity.error() ? translate("error:") + " " : "") + translateEngineText(oneLine(text)),
+        isExplained ? explain(*activity.failure, *profile).details : "");
+}
+
+std::vector<std::string> Narration::withDetails(std::string line, const std::string& details) {
+    std::vector<std::string> lines{std::move(line)};
+    if (!details.empty() && details != detailsPrinted) {
+        detailsPrinted = details;
+        lines.push_back("  " + translate("Details: %1", {oneLine(details)}));
+    }
+    return lines;
 }
 
 } // namespace zembrastel::cli
