@@ -854,7 +854,7 @@ int main(int argc, char** argv) {
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setCursorFlashTime(0);
     zembrastel::ui::turningClock().setTime([] { return std::chrono::milliseconds(233); });
-    if (arguments.isEmpty()) {
+    if (arguments.isEmpty() || arguments.front().startsWith(u'-')) {
         std::fputs("usage: screenshots [--locale NAME] FOLDER [NAME...]\n", stderr);
         return 2;
     }
