@@ -9,6 +9,7 @@
 #include <QClipboard>
 #include <QFile>
 #include <QRegularExpression>
+#include <QScrollBar>
 
 namespace zembrastel::testing {
 namespace {
@@ -89,6 +90,10 @@ TEST(Help, EveryLinkInTheManualLeadsSomewhere) {
     window.bringForward();
     const auto& page = *window.findChild<QTextBrowser*>();
     EXPECT_FALSE(page.toPlainText().contains("<!--"));
+    window.resize(420, 400);
+    QCoreApplication::processEvents();
+    EXPECT_LT(page.width(), 420);
+    EXPECT_EQ(page.horizontalScrollBar()->maximum(), 0);
     QTest::keyClicks(window.findChild<SearchField*>(), "systemctl");
     QTest::keyClick(window.findChild<SearchField*>(), Qt::Key_Return);
     EXPECT_EQ(page.textCursor().selectedText(), "systemctl");

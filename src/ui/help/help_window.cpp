@@ -2,7 +2,6 @@
 
 #include "ui/theme/style.h"
 #include "ui/theme/text_style.h"
-#include "ui/theme/theme.h"
 #include "ui/widgets/layouts.h"
 #include "ui/widgets/push_button.h"
 
@@ -12,9 +11,6 @@
 #include <QFileInfo>
 #include <QKeyEvent>
 #include <QScreen>
-#include <QScrollBar>
-#include <QTextBlock>
-#include <QTextTable>
 #include <QVBoxLayout>
 
 namespace zembrastel::ui {
@@ -25,13 +21,6 @@ constexpr int margin = 24;
 constexpr int searchWidth = 280;
 
 const QString manual = QStringLiteral("MANUAL.md");
-
-// Comments in the documents are for their tests.
-QString withoutComments(const QString& markdown) {
-    QStringList lines = markdown.split(u'\n');
-    lines.removeIf([](const QString& line) { return line.startsWith(u"<!--"); });
-    return lines.join(u'\n');
-}
 
 } // namespace
 
@@ -45,18 +34,9 @@ QString manualFolder() {
     return {};
 }
 
-QString anchorOf(const QString& heading) {
-    QString anchor;
-    for (const QChar each : heading.toLower()) {
-        if (each.isLetterOrNumber() || each == u'-' || each == u'_') anchor += each;
-        if (each == u' ') anchor += u'-';
-    }
-    return anchor;
-}
-
 HelpWindow::HelpWindow(const QString& folder, QWidget* parent)
     : QWidget(parent, Qt::Window), documents(folder), search(new SearchField(tr("Search the manual"))),
-      text(new QTextBrowser) {
+      text(new DocumentView) {
     setWindowTitle(tr("Zembrastel Help"));
     search->setMaximumWidth(scaledToText(searchWidth));
     connect(search, &QLineEdit::returnPressed, this, &HelpWindow::findNext);
@@ -64,9 +44,6 @@ HelpWindow::HelpWindow(const QString& folder, QWidget* parent)
     connect(contents, &QPushButton::clicked, this, [this] { openDocument(manual); });
     auto* const tools = makeSheetTools({contents}, search);
     text->setAccessibleName(windowTitle());
-    text->setOpenLinks(false);
-    text->setFrameShape(QFrame::NoFrame);
-    connect(&theme(), &Theme::changed, this, &HelpWindow::styleTables);
     text->setSearchPaths({documents});
     connect(text, &QTextBrowser::anchorClicked, this, &HelpWindow::follow);
     auto* const layout = makeLayout<QVBoxLayout>(12, this);
@@ -98,25 +75,10 @@ void HelpWindow::openDocument(const QString& file) {
     if (file != shown) {
         QFile document(documents + u'/' + file);
         if (!document.open(QIODevice::ReadOnly)) return;
-        text->document()->setMarkdown(
-            withoutComments(QString::fromUtf8(document.readAll())), QTextDocument::MarkdownDialectGitHub);
-        styleTables();
+        text->showMarkdown(QString::fromUtf8(document.readAll()));
         shown = file;
     }
     text->moveCursor(QTextCursor::Start);
-}
-
-void HelpWindow::styleTables() {
-    for (QTextFrame* const frame : text->document()->rootFrame()->childFrames()) {
-        auto* const table = qobject_cast<QTextTable*>(frame);
-        if (table == nullptr) continue;
-        QTextTableFormat format = table->format();
-        format.setBorderCollapse(true);
-        format.setBorderBrush(colours().line);
-        format.setBorder(1);
-        format.setCellPadding(4);
-        table->setFormat(format);
-    }
 }
 
 void HelpWindow::follow(const QUrl& link) {
@@ -125,17 +87,7 @@ void HelpWindow::follow(const QUrl& link) {
         return;
     }
     if (!link.path().isEmpty()) openDocument(QFileInfo(link.path()).fileName());
-    if (link.hasFragment()) scrollTo(link.fragment());
-}
-
-void HelpWindow::scrollTo(const QString& anchor) {
-    for (QTextBlock block = text->document()->begin(); block.isValid(); block = block.next()) {
-        if (block.blockFormat().headingLevel() == 0 || anchorOf(block.text()) != anchor) continue;
-        text->setTextCursor(QTextCursor(block));
-        const QRect place = text->cursorRect();
-        text->verticalScrollBar()->setValue(text->verticalScrollBar()->value() + place.top());
-        return;
-    }
+    if (link.hasFragment()) text->scrollToHeading(link.fragment());
 }
 
 // From the end of the text, the search goes on at its beginning.

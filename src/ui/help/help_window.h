@@ -4,18 +4,15 @@
 // followed here, others by the desktop.
 #pragma once
 
+#include "ui/help/document_view.h"
 #include "ui/widgets/search_field.h"
 
-#include <QTextBrowser>
 #include <QWidget>
 
 namespace zembrastel::ui {
 
 // The folder of the installed documents; empty if the manual is not installed.
 [[nodiscard]] QString manualFolder();
-
-// The anchor of a heading, as links in the documents name it: "Exit codes" is "exit-codes".
-[[nodiscard]] QString anchorOf(const QString& heading);
 
 class HelpWindow : public QWidget {
     Q_OBJECT
@@ -32,15 +29,13 @@ protected:
 
 private:
     void openDocument(const QString& file);
-    void styleTables();
     void follow(const QUrl& link);
-    void scrollTo(const QString& anchor);
     void findNext();
 
     const QString documents;
     QString shown; // the file name
     SearchField* search;
-    QTextBrowser* text;
+    DocumentView* text;
 };
 
 } // namespace zembrastel::ui
