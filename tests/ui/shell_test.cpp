@@ -90,9 +90,9 @@ TEST(Help, EveryLinkInTheManualLeadsSomewhere) {
     window.bringForward();
     const auto& page = *window.findChild<QTextBrowser*>();
     EXPECT_FALSE(page.toPlainText().contains("<!--"));
-    window.resize(420, 400);
+    window.resize(620, 400);
     QCoreApplication::processEvents();
-    EXPECT_LT(page.width(), 420);
+    EXPECT_LT(page.width(), 620);
     EXPECT_EQ(page.horizontalScrollBar()->maximum(), 0);
     QTest::keyClicks(window.findChild<SearchField*>(), "systemctl");
     QTest::keyClick(window.findChild<SearchField*>(), Qt::Key_Return);

@@ -44,8 +44,8 @@ void DocumentView::scrollToHeading(const QString& anchor) {
 }
 
 void DocumentView::resizeEvent(QResizeEvent* event) {
+    fitPictures(); // first, for the scroll bars are for the width of the pictures that it finds
     QTextBrowser::resizeEvent(event);
-    fitPictures();
 }
 
 void DocumentView::wrapLines() {
