@@ -32,7 +32,7 @@ TEST_F(Adopt, EqualFilesAreNotSentAgain) {
     uploadElsewhere();
     const Texts question{
         "612 of 640 files are on the server already: names and sizes match.",
-        "10 more files are there with another size."};
+        "10 more files are there with another size.", "Uploading the others replaces 10 files on the server."};
     for (const auto* command : {"push", "push --dry-run", "check", "adopt"}) {
         const auto asked = expect(3, command, question);
         EXPECT_TRUE(contains(asked.errors, "adopt 'My website'"));

@@ -28,6 +28,13 @@ void printFound(const answer::Choice& choice, Output& output) {
                 "%n more file is there with another size.", "%n more files are there with another size.",
                 figure(choice.otherSizes)));
     }
+    if (const auto replaced = choice.different + choice.otherSizes; replaced > 0) {
+        output.line(
+            "  "
+            + translatePlural(
+                "Uploading the others replaces %n file on the server.",
+                "Uploading the others replaces %n files on the server.", figure(replaced)));
+    }
     if (choice.comparing) output.line("  " + translate("The running program compares their contents now."));
 }
 
