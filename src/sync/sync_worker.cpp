@@ -2,6 +2,7 @@
 
 #include "model/error.h"
 #include "model/scan.h"
+#include "platform/memory.h"
 #include "platform/text.h"
 #include "sync/progress_meter.h"
 #include "sync/upload_queue.h"
@@ -221,8 +222,12 @@ private:
         }
         uploads.reportRefused();
         forgetDeleted(current);
+        pollsAtRest = changed.empty() ? pollsAtRest + 1 : 0;
+        if (!changed.empty()) return;
         // Equal entries: when they are shared, the next poll compares them by address.
-        if (changed.empty()) baseline = current;
+        baseline = current;
+        // The check at the start and large batches leave some 100 bytes a file behind.
+        if (pollsAtRest == 1) returnFreeMemory();
     }
 
     void sendStable(const std::vector<std::string>& changed, const FileMap& current, std::int64_t pending) {
@@ -305,6 +310,7 @@ private:
     bool diskWasAway = false;
     bool filesMissing = false; // in the latest scan
     UploadQueue uploads;
+    int pollsAtRest = 0;       // in a row, without a changed file
     bool waitingShown = false; // the status says why files wait
     FileMap lookedThrough;     // for names that are alike
     std::set<std::string, std::less<>> reported;
