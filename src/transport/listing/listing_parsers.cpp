@@ -214,12 +214,6 @@ std::optional<ListLine> windowsLine(std::string_view line) {
     return listLine(directory ? Kind::directory : Kind::file, columns.remaining(), digits);
 }
 
-int number(std::string_view digits) {
-    int value = 0;
-    for (const char digit : digits) value = value * 10 + (digit - '0');
-    return value;
-}
-
 // The permission bits of "0755".
 std::optional<unsigned> permissionBits(std::string_view octal) {
     unsigned mode = 0;
@@ -304,14 +298,15 @@ std::optional<RemoteDate> parseFTPDate(std::string_view text) {
     if (stamp.size() < length || !std::ranges::all_of(stamp, [](char c) { return c >= '0' && c <= '9'; })) {
         return std::nullopt;
     }
-    const auto field = [&](std::size_t at, std::size_t size) { return number(stamp.substr(at, size)); };
+    const auto twoDigits = [&stamp](std::size_t at) { return 10 * (stamp[at] - '0') + stamp[at + 1] - '0'; };
+    const int year = 100 * twoDigits(0) + twoDigits(2);
     const std::chrono::year_month_day date(
-        std::chrono::year(field(0, 4)), std::chrono::month(static_cast<unsigned>(field(4, 2))),
-        std::chrono::day(static_cast<unsigned>(field(6, 2))));
-    const int hour = field(8, 2);
-    const int minute = field(10, 2);
-    const int second = field(12, 2);
-    if (field(0, 4) == 0 || !date.ok() || hour > 23 || minute > 59 || second > 59) return std::nullopt;
+        std::chrono::year(year), std::chrono::month(static_cast<unsigned>(twoDigits(4))),
+        std::chrono::day(static_cast<unsigned>(twoDigits(6))));
+    const int hour = twoDigits(8);
+    const int minute = twoDigits(10);
+    const int second = twoDigits(12);
+    if (year == 0 || !date.ok() || hour > 23 || minute > 59 || second > 59) return std::nullopt;
     return toRemoteDate(
         std::chrono::sys_days(date) + std::chrono::hours(hour) + std::chrono::minutes(minute)
         + std::chrono::seconds(second));
