@@ -102,7 +102,7 @@ public:
         }
         std::function<void(const ChildProcess&)> look;
         if (transport.observer != nullptr) look = [this](const ChildProcess&) { showProgress(compared); };
-        dialogue.hold(std::move(given), look, longest);
+        dialogue.run(std::move(given), look, longest);
         if (dialogue.broken && dialogue.broken->code == CurlCode::writeFailed) checkRoom();
         if (dialogue.broken) persistence.brokeOff(dialogue, compared > 0);
         return compared;

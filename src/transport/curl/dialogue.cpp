@@ -46,7 +46,7 @@ void Dialogue::addPause(std::function<bool()> decide, TransferControl::AtStop at
     steps.push_back({.begins = std::move(decide), .ended = {}, .data = false, .commands = 0, .listing = false});
 }
 
-void Dialogue::hold(
+void Dialogue::run(
     std::vector<int> files, const std::function<void(const ChildProcess&)>& look,
     std::optional<std::uint64_t> maxWritten) {
     if (plan.blocks.empty()) return;
@@ -103,12 +103,12 @@ void Persistence::brokeOff(const Dialogue& dialogue, bool progressed) {
     const CurlCode code = dialogue.broken->code;
     const bool tlsTooOld = dialogue.login == ServerTraits::Login::manyWithTls12 && code == CurlCode::tlsFailed;
     if ((dialogue.scope == FailureScope::furtherData || tlsTooOld) && traits.wasRefused(dialogue.login)) return;
-    barren = progressed ? 0 : barren + 1;
+    fruitless = progressed ? 0 : fruitless + 1;
     // A write fails for a listing without an end, or on a full disk. TLS may have failed for a data connection alone.
     const bool isFinal =
         code == CurlCode::writeFailed
         || (!progressed && (code == CurlCode::timedOut || (isBeforeLogin(code) && code != CurlCode::tlsFailed)));
-    if (isFinal || barren == maxBarren) throw TransferError(code, dialogue.broken->message, dialogue.broken->reply);
+    if (isFinal || fruitless == maxBarren) throw TransferError(code, dialogue.broken->message, dialogue.broken->reply);
 }
 
 } // namespace zembrastel

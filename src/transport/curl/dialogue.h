@@ -1,4 +1,4 @@
-// Conversations while they are put together, and what follows when one breaks off.
+// Builds conversations block by block, and decides what follows when one breaks off.
 //
 // Used on one thread.
 #pragma once
@@ -17,7 +17,7 @@ namespace zembrastel {
 
 struct FTPTransport;
 
-// One conversation with a server: its blocks, and what is done with the end of each.
+// One conversation with a server: its blocks, and a function for the end of each.
 class Dialogue {
 public:
     using Ended = std::function<void(const BlockOutcome& outcome)>;
@@ -25,25 +25,25 @@ public:
     // The transport is borrowed.
     Dialogue(const FTPTransport& used, ServerTraits::Login usedLogin) : login(usedLogin), transport(used) {}
 
-    // A further block. `ended` is called unless the conversation broke off before or in it.
+    // Adds a block. `ended` is called unless the conversation breaks off before or during it.
     void add(TransferBlock block, Ended ended, std::function<void()> begins = {});
 
     [[nodiscard]] bool isEmpty() const { return plan.blocks.empty(); }
 
-    // A pause: `decide` is called once every block before it has ended, and false ends the conversation there. After it
-    // a stop does what `atStop` says.
+    // Adds a pause: `decide` is called when every block before it has ended, and false ends the conversation there.
+    // `atStop` says what a stop does after the pause.
     void addPause(std::function<bool()> decide, TransferControl::AtStop atStop);
 
-    // Works through the blocks by one curl. An end that is a failure of the server and not of a file is not passed on:
-    // the conversation is over then, and broken. Throws what converse() throws.
-    void hold(
+    // Runs one curl on the blocks. A failure of the server, not of a file, is not passed to `ended`: it ends the
+    // conversation and is then `broken`. Throws what converse() throws.
+    void run(
         std::vector<int> files, const std::function<void(const ChildProcess&)>& look,
         std::optional<std::uint64_t> maxWritten = std::nullopt);
 
-    std::optional<BlockOutcome> broken{};    // the end that is the server's failure
-    FailureScope scope = FailureScope::file; // of it
-    bool progressed = false;                 // a block came to an end
-    bool over = false;                       // set by an `ended`: no further block is of use
+    std::optional<BlockOutcome> broken{};    // the failure of the server that ended it
+    FailureScope scope = FailureScope::file; // of that failure
+    bool progressed = false;                 // a block has ended
+    bool over = false;                       // set by an `ended` function: the remaining blocks are of no use
     const ServerTraits::Login login;
 
 private:
@@ -65,21 +65,21 @@ private:
     std::vector<Step> steps{};
 };
 
-// Whether another conversation follows one that broke off: servers and firewalls end long sessions, and what was
-// learnt before counts. One object for one piece of work.
+// Decides whether another conversation follows one that broke off: servers and firewalls end long sessions, and the
+// results so far count. One object for one piece of work.
 class Persistence {
 public:
     // The traits are borrowed.
     explicit Persistence(ServerTraits& learnt) : traits(learnt) {}
 
-    // Takes note of a dialogue that is broken. Did it, or the part of a file that it moved, bring the work further?
-    // Returns when another conversation may get further still; otherwise throws SyncError in curl's words. A server
-    // that cannot be reached, or refuses the login, is not asked again.
+    // Takes note of a broken dialogue. `progressed` is true if it, or the part of a file that it moved, brought the
+    // work further. Returns if another conversation may succeed; otherwise throws SyncError with curl's words. A server
+    // that cannot be reached, or refuses the login, is not tried again.
     void brokeOff(const Dialogue& dialogue, bool progressed);
 
 private:
     ServerTraits& traits;
-    int barren = 0; // conversations without progress, since the last one with some
+    int fruitless = 0; // conversations in a row without progress
 };
 
 } // namespace zembrastel

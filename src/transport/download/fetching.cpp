@@ -159,7 +159,7 @@ private:
             };
         }
         const auto limit = limited ? std::optional(most) : std::nullopt;
-        dialogue.hold(std::move(files), look, limit);
+        dialogue.run(std::move(files), look, limit);
         for (auto& item : items) {
             if (item.toVerify) verify(item);
         }

@@ -171,7 +171,7 @@ void askAbout(const FTPTransport& transport, std::vector<Item>& items, const Pla
             blocks += plan(dialogue, item);
         }
         if (dialogue.isEmpty()) return;
-        dialogue.hold({}, {});
+        dialogue.run({}, {});
         if (dialogue.broken) persistence.brokeOff(dialogue, dialogue.progressed);
     }
 }

@@ -30,7 +30,7 @@ std::optional<std::uint64_t> InterruptedUpload::sizeOnServer() {
         std::uint64_t bytes = 0;
         if (std::from_chars(digits.data(), digits.data() + digits.size(), bytes).ec == std::errc()) size = bytes;
     });
-    hold(std::move(dialogue), {});
+    run(std::move(dialogue), {});
     return size;
 }
 
@@ -44,14 +44,14 @@ bool InterruptedUpload::isOurs(std::uint64_t size) {
         {.path = childPath(item.folder, item.temporary),
          .options = {{"continue-at", std::to_string(item.confirmed)}, {"output", ChildProcess::filePathOf(0)}}},
         [&complete](const BlockOutcome& outcome) { complete = outcome.succeeded(); });
-    hold(std::move(dialogue), {fetched.get()});
+    run(std::move(dialogue), {fetched.get()});
     const bool same = complete && isPartOf(copy, item.confirmed, size - item.confirmed, fetched.get());
     staging.folder().remove(name);
     return same;
 }
 
-void InterruptedUpload::hold(Dialogue dialogue, std::vector<int> files) {
-    dialogue.hold(std::move(files), {});
+void InterruptedUpload::run(Dialogue dialogue, std::vector<int> files) {
+    dialogue.run(std::move(files), {});
     if (dialogue.broken) broken.emplace(std::move(dialogue));
 }
 

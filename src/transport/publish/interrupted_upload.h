@@ -28,7 +28,7 @@ public:
 private:
     [[nodiscard]] std::optional<std::uint64_t> sizeOnServer();
     [[nodiscard]] bool isOurs(std::uint64_t size);
-    void hold(Dialogue dialogue, std::vector<int> files);
+    void run(Dialogue dialogue, std::vector<int> files);
 
     const FTPTransport& transport;
     const Item& item;

@@ -41,7 +41,7 @@ void clear(const std::string& localFolder, const std::string& path) {
     const auto item = leftover.attributes();
     if (!item || !S_ISREG(item->st_mode)) return;
     const Descriptor file = leftover.parent->openForReading(leftover.name);
-    // A download holds the lock on its file for as long as it is at it.
+    // A running download holds the lock on its file.
     if (::flock(file.get(), LOCK_EX | LOCK_NB) != 0) return;
     if (hasSuffix(path, copySuffix)) {
         leftover.parent->remove(leftover.name);
@@ -55,11 +55,11 @@ void attempt(const Step& step) {
     try {
         step();
     } catch (const SyncError&) {
-        // The folder is not there, or a link stands on the way now.
+        // The folder is gone, or there is a link on the way now.
     } catch (const std::filesystem::filesystem_error&) {
-        // Not ours to move, or gone.
+        // It may not be moved, or is gone.
     } catch (const Cancelled&) {
-        // The job that starts ends as well.
+        // The starting job notices it as well.
     }
 }
 
@@ -94,7 +94,7 @@ void addRemovals(Dialogue& dialogue, const FTPTransport& transport) {
 void removeLeftovers(const FTPTransport& transport) {
     Dialogue dialogue(transport, transport.traits->login());
     addRemovals(dialogue, transport);
-    dialogue.hold({}, {});
+    dialogue.run({}, {});
 }
 
 } // namespace zembrastel

@@ -28,7 +28,7 @@ std::string incompleteMessage(const Item& item) {
 } // namespace
 
 Batch::Batch(const FTPTransport& used, std::span<const FileToPublish> files, const PublishEvents& called)
-    : transport(used), traits(*used.traits), events(called), inquiry(used) {
+    : transport(used), traits(*used.traits), events(called), queries(used) {
     items.reserve(files.size());
     for (const auto& file : files) items.push_back({.file = file});
 }
@@ -45,8 +45,8 @@ Batch::~Batch() {
                  .confirmed = item.confirmed,
                  .most = item.expected()});
         } else {
-            abandon(item);
-            withdraw(item);
+            leaveForRemoval(item);
+            forgetUnusedName(item);
         }
     }
 }
@@ -88,7 +88,7 @@ void Batch::stage(Item& item) {
             transport.profile.localFolder, item.file.path, item.file.fingerprint, staging, copy, *transport.control,
             item.number == 0 ? CopyPlace::folder : CopyPlace::memoryIfSmall));
         if (events.staged) events.staged(item.file, copyOf(item));
-        takeBeginning(item);
+        resumeEarlierUpload(item);
     } catch (const Cancelled&) {
         throw;
     } catch (const std::exception& error) {
@@ -96,8 +96,8 @@ void Batch::stage(Item& item) {
     }
 }
 
-// Files that an earlier conversation left open are asked about first and alone, so that their state is not lost if the
-// next conversation fails. Complete copies are among them: what is live may have changed since the last answer.
+// Files that an earlier conversation left open are queried first, in a conversation without sends, so that their state
+// is not lost if the next one fails. Complete copies are among them: the live file may have changed since the answer.
 void Batch::sendAndAsk() {
     const auto open = all({Stage::sent, Stage::complete, Stage::renaming});
     const auto interrupted = all({Stage::interrupted});
@@ -114,19 +114,19 @@ void Batch::sendAndAsk() {
         planToPublish(dialogue, open, {});
     }
     try {
-        hold(dialogue);
+        converse(dialogue);
     } catch (const Cancelled&) {
-        settleRenamed(all({Stage::renamed})); // the server has confirmed as much
+        settleRenamed(all({Stage::renamed})); // the server has confirmed them
         throw;
     }
     if (dialogue.broken) {
         settleRenamed(all({Stage::renamed}));
     } else {
-        // The conversation was ended before it asked what became of them.
+        // The conversation ended before the query that follows a rename.
         for (auto* item : all({Stage::renamed})) item->stage = Stage::renaming;
     }
-    for (auto* item : planned) withdraw(*item);
-    if (dialogue.broken) breakDown(dialogue);
+    for (auto* item : planned) forgetUnusedName(*item);
+    if (dialogue.broken) handleBroken(dialogue);
     planned.clear();
 }
 
@@ -137,7 +137,7 @@ void Batch::planToSend(Dialogue& dialogue) {
         !setsModes && std::ranges::none_of(planned, [this](const Item* item) { return goesInParts(*item); });
     if (traits.login() == ServerTraits::Login::oneTransfer) planned.resize(1);
     if (!publishes && planned.size() > groupLength) planned.resize(groupLength);
-    if (publishes && inquiry.learnsFromFew(planned)) planned.resize(few);
+    if (publishes && queries.shouldTryFewFirst(planned)) planned.resize(trialLength);
     const auto groups = inGroups(planned, groupLength);
     for (std::size_t number = 0; number < groups.size(); ++number) {
         for (auto* item : groups[number]) send(dialogue, *item);
@@ -145,17 +145,17 @@ void Batch::planToSend(Dialogue& dialogue) {
             planToPublish(dialogue, groups[number], number + 1 < groups.size() ? groups[number + 1] : Items());
     }
     std::erase_if(planned, [](const Item* item) { return !item->isOpen(); });
-    if (!publishes) inquiry.ask(dialogue, planned);
+    if (!publishes) queries.query(dialogue, planned);
     std::vector<ServerTraits::Leftover> temporary;
     for (const auto* item : planned) {
         if (item->confirmed == 0) temporary.push_back({.folder = item->folder, .name = item->temporary});
     }
     traits.announce(transport.profile, temporary);
-    mayBeSent(groups.front());
+    markPerhapsOnServer(groups.front());
 }
 
 // Even if the conversation breaks off: curl is ahead of what was seen of it, but never beyond a pause.
-void Batch::mayBeSent(const Items& group) {
+void Batch::markPerhapsOnServer(const Items& group) {
     for (auto* item : group) item->perhapsOnServer = true;
 }
 
@@ -163,7 +163,7 @@ bool Batch::goesInParts(const Item& item) const {
     return item.confirmed > 0 || (traits.appends() && item.size() > transport.limits.largestPart);
 }
 
-// A folder that is there can be entered by one command instead of level by level.
+// An existing folder can be entered by one command instead of level by level.
 bool Batch::isFolderThere(const Item& item) const {
     if (item.levelByLevel) return false;
     if (item.confirmed > 0 || std::holds_alternative<ServerVersion>(item.lastSeen)) return true;
@@ -173,7 +173,7 @@ bool Batch::isFolderThere(const Item& item) const {
 void Batch::send(Dialogue& dialogue, Item& item) {
     const UploadLimits& limits = transport.limits;
     if (item.confirmed == 0) {
-        abandon(item);
+        leaveForRemoval(item);
         item.temporary = temporaryName();
     }
     item.answers = {};
@@ -224,7 +224,7 @@ void Batch::sendingEnds(Item& item, const BlockOutcome& outcome) {
         --item.sends;
     } else if (outcome.code == CurlCode::uploadRefused && item.confirmed > 0) {
         traits.refusedToAppend();
-        beginAnew(item);
+        startOver(item);
     } else if (outcome.code != CurlCode::partialFile || !mayContinue(item) || !interrupt(item, failureFrom(outcome))) {
         fail(item, failureFrom(outcome));
     }
@@ -232,33 +232,33 @@ void Batch::sendingEnds(Item& item, const BlockOutcome& outcome) {
 
 void Batch::decide() {
     for (auto* item : all({Stage::sent, Stage::renaming})) {
-        if (!goesOn || !inquiry.isAnswered(*item)) continue;
+        if (!goesOn || !queries.isAnswered(*item)) continue;
         combine(*item);
         if (isLive(*item)) {
             finish(*item, item->live);
         } else {
-            act(*item, verdict(item->expected(), item->copy, item->lastSeen, item->live));
+            apply(*item, verdict(item->expected(), item->copy, item->lastSeen, item->live));
         }
     }
 }
 
-void Batch::act(Item& item, Verdict found) {
+void Batch::apply(Item& item, Verdict found) {
     switch (found) {
     case Verdict::publishUnconfirmed:
         traits.confirmsNoSizes();
         if (item.isPart()) {
             traits.refusedToAppend(); // nothing can be appended to a copy of unknown size
-            beginAnew(item);
+            startOver(item);
             return;
         }
         if (traits.firstUnconfirmed() && events.sizesUnconfirmed) events.sizesUnconfirmed();
         [[fallthrough]];
     case Verdict::publish:
-        // The listing alone has it.
-        if (item.by(Way::single).isWhole() && !item.by(Way::single).copy->size) traits.confirmsNoSizes();
+        // Only the listing reports the size.
+        if (item.by(Way::single).isComplete() && !item.by(Way::single).copy->size) traits.confirmsNoSizes();
         if (item.isPart()) {
             item.confirmed = item.expected();
-            item.breaks = 0;
+            item.interruptions = 0;
             item.stage = Stage::toSend;
         } else {
             item.stage = Stage::complete;
@@ -266,7 +266,7 @@ void Batch::act(Item& item, Verdict found) {
         return;
     case Verdict::sendAgain:
         if (mayContinue(item) && item.copy.size && *item.copy.size < item.expected()) {
-            if (!interrupt(item, {.message = incompleteMessage(item)})) giveUp(item, item.problem);
+            if (!interrupt(item, {.message = incompleteMessage(item)})) failWithServer(item, item.problem);
         } else {
             sendAgain(item, incompleteMessage(item));
         }
@@ -282,7 +282,7 @@ void Batch::sendAgain(Item& item, const std::string& message) {
     if (item.sends >= maxAttempts) {
         fail(item, {.message = message});
     } else {
-        beginAnew(item);
+        startOver(item);
     }
 }
 
@@ -298,45 +298,45 @@ void Batch::fail(Item& item, const PublishFailure& failure) {
     if (events.failed) events.failed(item.file, failure);
 }
 
-void Batch::giveUp(Item& item, PublishFailure failure) {
+void Batch::failWithServer(Item& item, PublishFailure failure) {
     const auto reached = item.stage;
     goesOn = false;
     failure.kind = PublishFailure::Kind::server;
     fail(item, failure);
-    if (reached == Stage::interrupted) item.stage = reached; // to be continued in a later batch
+    if (reached == Stage::interrupted) item.stage = reached; // a later batch continues it
 }
 
-// curl never came to the file, so its temporary name is not on the server.
-void Batch::withdraw(Item& item) {
+// curl did not reach the file, so its temporary name is not on the server.
+void Batch::forgetUnusedName(Item& item) {
     if (item.perhapsOnServer || item.stage != Stage::toSend || item.temporary.empty()) return;
     traits.isGone(transport.profile, {.folder = item.folder, .name = item.temporary});
     item.temporary.clear();
 }
 
 // Notes the temporary file for removal.
-void Batch::abandon(Item& item) {
+void Batch::leaveForRemoval(Item& item) {
     if (!item.perhapsOnServer) return;
     item.perhapsOnServer = false;
     traits.leave(transport.profile, {.folder = item.folder, .name = item.temporary});
 }
 
-void Batch::hold(Dialogue& dialogue) {
+void Batch::converse(Dialogue& dialogue) {
     std::vector<int> files;
     for (const auto& copy : stagedCopies) files.push_back(copy.get());
     if (stagedPart) files.push_back(stagedPart.get());
-    std::function<void(const ChildProcess&)> looking;
-    if (transport.observer != nullptr) looking = [this](const ChildProcess& curl) { look(curl); };
-    dialogue.hold(std::move(files), looking);
+    std::function<void(const ChildProcess&)> watching;
+    if (transport.observer != nullptr) watching = [this](const ChildProcess& curl) { reportProgress(curl); };
+    dialogue.run(std::move(files), watching);
 }
 
-void Batch::look(const ChildProcess& curl) const {
+void Batch::reportProgress(const ChildProcess& curl) const {
     if (sending == nullptr) return;
     const std::size_t file = goesInParts(*sending) ? stagedCopies.size() : sending->number;
     if (const auto bytes = curl.filePosition(file)) transport.observer->fileMoved(sending->confirmed + *bytes);
 }
 
 // Ends the work unless another conversation may get further.
-void Batch::breakDown(const Dialogue& dialogue) {
+void Batch::handleBroken(const Dialogue& dialogue) {
     auto* item = std::exchange(sending, nullptr);
     const BlockOutcome& broken = *dialogue.broken;
     if (!dialogue.progressed && isBeforeLogin(broken.code)) {
@@ -348,14 +348,14 @@ void Batch::breakDown(const Dialogue& dialogue) {
     }
     const bool tlsTooOld = dialogue.login == ServerTraits::Login::manyWithTls12 && broken.code == CurlCode::tlsFailed;
     if (dialogue.scope == FailureScope::furtherData || tlsTooOld) {
-        if (item != nullptr && item->confirmed == 0) --item->sends; // it is not the file
+        if (item != nullptr && item->confirmed == 0) --item->sends; // the file is not the reason
         if (traits.wasRefused(dialogue.login)) return;
     }
     if (item != nullptr && mayContinue(*item) && interrupt(*item, failureFrom(broken))) {
-        barren = 0;
+        fruitless = 0;
         return;
     }
-    // A file that a whole run is not enough for holds up no others.
+    // A file that needs more than a whole run does not delay the others.
     if (item != nullptr && broken.code == CurlCode::timedOut && Time::now() - item->partBegan >= transport.limits.run) {
         auto failure = failureFrom(broken);
         if (!traits.appends()) failure.message += " This server does not let an upload be continued.";
@@ -367,11 +367,11 @@ void Batch::breakDown(const Dialogue& dialogue) {
         if (open == items.end()) return;
         item = &*open;
     }
-    barren = dialogue.progressed ? 0 : barren + 1;
-    // What was sent already is worth a second try.
-    const bool worthATry = barren == 0 || (barren == 1 && planned.empty() && !isBeforeLogin(broken.code));
-    if (worthATry && std::max({item->sends, item->renames, item->breaks}) < maxAttempts) return;
-    giveUp(*item, failureFrom(broken));
+    fruitless = dialogue.progressed ? 0 : fruitless + 1;
+    // A second try may save what was sent already.
+    const bool worthATry = fruitless == 0 || (fruitless == 1 && planned.empty() && !isBeforeLogin(broken.code));
+    if (worthATry && std::max({item->sends, item->renames, item->interruptions}) < maxAttempts) return;
+    failWithServer(*item, failureFrom(broken));
 }
 
 } // namespace zembrastel

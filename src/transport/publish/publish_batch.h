@@ -1,12 +1,12 @@
-// Files that are published together: sent one after another, verified, and put in place within milliseconds.
+// Files that are published together: sent one after another, verified, and renamed within milliseconds.
 //
-// Identity; lives for one publication, and is used on its thread. It borrows the files, the transport and the events.
+// An object lives for one publication and is used on its thread. It borrows the files, the transport and the events.
 #pragma once
 
 #include "platform/private_folder.h"
 #include "transport/curl/dialogue.h"
-#include "transport/publish/publish_inquiry.h"
 #include "transport/publish/publish_item.h"
+#include "transport/publish/publish_queries.h"
 #include "transport/publish/publishing.h"
 
 #include <chrono>
@@ -28,42 +28,42 @@ public:
     Batch(const FTPTransport& used, std::span<const FileToPublish> files, const PublishEvents& called);
     Batch(const Batch&) = delete;
     Batch& operator=(const Batch&) = delete;
-    // Notes what may have stayed on the server: to be continued in a later batch, or to be removed.
+    // Notes files that may have stayed on the server: a later batch continues or removes them.
     ~Batch();
 
     enum class End {
-        complete,     // each file has come to an end of its own
-        paused,       // a large file has had its turn: call again
-        serverFailed, // which one file was told
+        complete,     // each file was published, failed or was not replaced
+        paused,       // a large file has used its turn: call run() again
+        serverFailed, // which was reported for one file
     };
 
-    // Works until the end, or with `othersWait` until a file that goes in parts has had its turn. Throws Cancelled and
-    // what the events throw.
+    // Works until all files are done. With `othersWait` it also returns when a file that is sent in parts has used its
+    // turn. Throws Cancelled and what the events throw.
     [[nodiscard]] End run(bool othersWait);
 
 private:
     using Time = std::chrono::steady_clock;
 
-    // The number of sends, of renames and of interruptions of one file after which it counts as failed.
+    // A file fails after this number of sends, of renames, or of interruptions without progress.
     static constexpr int maxAttempts = 3;
 
-    // Files that are sent before they go live together, or, over a slow line, soon after one another.
+    // The number of files that are sent and then go live together, or, over a slow line, soon after one another.
     static constexpr std::size_t groupLength = 64;
 
-    // Files of a conversation that is to show how to ask about many.
-    static constexpr std::size_t few = 4;
+    // The number of files in a conversation that finds out how to query many.
+    static constexpr std::size_t trialLength = 4;
 
     using Stage = Item::Stage;
 
     [[nodiscard]] Items all(std::initializer_list<Stage> stages);
 
     void stage(Item& item);
-    void takeBeginning(Item& item);
+    void resumeEarlierUpload(Item& item);
     void sendAndAsk();
     void planToSend(Dialogue& dialogue);
     void planToPublish(Dialogue& dialogue, const Items& group, const Items& next);
-    static void mayBeSent(const Items& group);
-    void beginAnew(Item& item);
+    static void markPerhapsOnServer(const Items& group);
+    void startOver(Item& item);
     void send(Dialogue& dialogue, Item& item);
     [[nodiscard]] bool goesInParts(const Item& item) const;
     void sendingBegins(Item& item);
@@ -72,17 +72,17 @@ private:
     [[nodiscard]] int copyOf(const Item& item) const { return stagedCopies.at(item.number).get(); }
     void continueInterrupted(Item& item);
     void decide();
-    void act(Item& item, Verdict found);
+    void apply(Item& item, Verdict found);
     void continueWithNextPart(Item& item);
     void sendAgain(Item& item, const std::string& message);
 
     [[nodiscard]] bool mayPublish(const Items& group);
     void announce(const Items& group);
     [[nodiscard]] bool isOutdated(const Items& group);
-    [[nodiscard]] std::size_t mostAtOnce() const;
+    [[nodiscard]] std::size_t maxRenamesAtOnce() const;
     [[nodiscard]] std::size_t commandsToRename() const { return traits.changesModes() ? 3 : 2; }
     void addRenames(Dialogue& dialogue, const Items& chosen);
-    void askAfterwards(Dialogue& dialogue, const Items& chosen);
+    void verifyRenames(Dialogue& dialogue, const Items& chosen);
     void rename(Dialogue& dialogue, const std::string& folder, const Items& within);
     [[nodiscard]] std::vector<TransferOption> renamingOf(const Item& item) const;
     void settleRenamed(const Items& chosen);
@@ -90,12 +90,12 @@ private:
 
     void finish(Item& item, const RemoteFacts& facts);
     void fail(Item& item, const PublishFailure& failure);
-    void giveUp(Item& item, PublishFailure failure);
-    void abandon(Item& item);
-    void withdraw(Item& item);
-    void hold(Dialogue& dialogue);
-    void look(const ChildProcess& curl) const;
-    void breakDown(const Dialogue& dialogue);
+    void failWithServer(Item& item, PublishFailure failure);
+    void leaveForRemoval(Item& item);
+    void forgetUnusedName(Item& item);
+    void converse(Dialogue& dialogue);
+    void reportProgress(const ChildProcess& curl) const;
+    void handleBroken(const Dialogue& dialogue);
     [[nodiscard]] bool mayContinue(const Item& item) const;
     [[nodiscard]] bool interrupt(Item& item, const PublishFailure& failure);
 
@@ -104,15 +104,15 @@ private:
     const PublishEvents& events;
     const PrivateFolder staging;
     std::vector<Descriptor> stagedCopies;
-    Descriptor stagedPart; // of the file that goes in parts; after the others among the files handed to curl
+    Descriptor stagedPart; // of the file that is sent in parts; the last of the files that curl gets
     std::vector<Item> items;
-    Items planned;           // to be sent in the conversation under way
-    Item* sending = nullptr; // now
-    Inquiry inquiry;
-    std::set<std::string> oneByOne; // folders in which a renaming was refused
-    bool setsModes = false;         // files need their permissions, which are known after the answers alone
+    Items planned;           // sent in this conversation
+    Item* sending = nullptr; // at this moment
+    PublishQueries queries;
+    std::set<std::string> oneByOne; // folders in which a rename was refused
+    bool setsModes = false;         // copies need other permissions, known only after the answers
     int timesOutdated = 0;
-    int barren = 0; // conversations in which nothing was learnt, since one in which something was
+    int fruitless = 0; // conversations in a row without progress
     bool staged = false;
     bool goesOn = true;
 };

@@ -5,8 +5,8 @@
 
 namespace zembrastel {
 
-// Takes what an earlier batch sent of the file, if that was interrupted.
-void Batch::takeBeginning(Item& item) {
+// Continues with what an earlier batch sent of the file before it was interrupted.
+void Batch::resumeEarlierUpload(Item& item) {
     const auto beginning = traits.continues(transport.profile, item.file.path, item.file.fingerprint);
     if (!beginning) return;
     item.temporary = beginning->file.name;
@@ -16,8 +16,8 @@ void Batch::takeBeginning(Item& item) {
     item.stage = Stage::interrupted;
 }
 
-void Batch::beginAnew(Item& item) {
-    abandon(item);
+void Batch::startOver(Item& item) {
+    leaveForRemoval(item);
     item.confirmed = item.part = 0;
     item.partTook = {};
     item.stage = Stage::toSend;
@@ -28,7 +28,7 @@ bool Batch::interrupt(Item& item, const PublishFailure& failure) {
     item.stage = Stage::interrupted;
     item.problem = failure;
     item.partTook = Time::now() - item.partBegan;
-    return ++item.breaks < maxAttempts;
+    return ++item.interruptions < maxAttempts;
 }
 
 bool Batch::mayContinue(const Item& item) const {
@@ -39,17 +39,17 @@ void Batch::continueInterrupted(Item& item) {
     InterruptedUpload upload(transport, item, copyOf(item), staging);
     const auto confirmed = upload.confirm();
     if (upload.broken) {
-        breakDown(*upload.broken);
+        handleBroken(*upload.broken);
         return;
     }
-    barren = 0;
+    fruitless = 0;
     if (!confirmed || *confirmed == 0) {
-        beginAnew(item);
-        if (item.sends >= maxAttempts) giveUp(item, item.problem);
+        startOver(item);
+        if (item.sends >= maxAttempts) failWithServer(item, item.problem);
         return;
     }
     const std::uint64_t gained = *confirmed - item.confirmed;
-    if (gained > 0) item.breaks = 0;
+    if (gained > 0) item.interruptions = 0;
     item.confirmed = *confirmed;
     item.part = gained;
     item.stage = Stage::toSend;

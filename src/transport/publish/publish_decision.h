@@ -14,12 +14,12 @@
 
 namespace zembrastel {
 
-// What was known of a file on the server before it is replaced.
+// What the program knows of the server's file before an upload.
 struct NothingKnown {}; // whatever is there may be replaced
 struct KnownAbsent {};
 using LastSeen = std::variant<NothingKnown, KnownAbsent, ServerVersion>;
 
-// What the server says of one file now.
+// What the server reports about one file now.
 struct RemoteFacts {
     enum class Presence { unknown, absent, present };
     Presence presence = Presence::unknown;
@@ -28,43 +28,45 @@ struct RemoteFacts {
     std::optional<unsigned> mode = std::nullopt; // permission bits
 };
 
-// Is the file on the server another one than the one last seen? What the server does not say, counts for equal: dates
-// are equal within a second, since many servers have whole seconds alone.
+// True if the server's file is another version than the one last seen. A fact that the server does not report counts as
+// equal. So do dates less than a second apart, since many servers keep whole seconds only.
 [[nodiscard]] bool isOtherThan(const LastSeen& lastSeen, const RemoteFacts& live);
 
-// Of a complete copy under its temporary name.
+// What to do with a complete copy under its temporary name.
 enum class Verdict {
     publish,
-    publishUnconfirmed, // the server says nothing of the copy's size
+    publishUnconfirmed, // the server does not report the copy's size
     sendAgain,          // the copy is not what was sent
     keepLive            // the server's file changed since it was last seen
 };
 [[nodiscard]] Verdict verdict(
     std::uint64_t sent, const RemoteFacts& copy, const LastSeen& lastSeen, const RemoteFacts& live);
 
-// Is `after` the copy that the server said it had renamed, and not what was there `before`, something else, or nothing?
+// True if `after` is the copy that the server claims to have renamed. False if it is the file that was there `before`,
+// another file, or none.
 [[nodiscard]] bool wentLive(
     std::uint64_t sent, const RemoteFacts& copy, const RemoteFacts& before, const RemoteFacts& after);
 
-// What a failed block of a conversation is about.
+// What a failed block concerns.
 enum class FailureScope {
-    file,        // nothing beyond its file
+    file,        // its file only
     server,      // the connection, the login or the server as a whole
     furtherData, // a further data connection of the same login
 };
-// Of which data connection the failure is, and how sure that makes it that the server refused it for being a further
-// one.
+// The data connection of a failed block. Some servers refuse every further one of a login; this tells how such a
+// refusal shows.
 enum class DataConnection {
     first,       // or not protected
-    further,     // a refusal shows in the server's reply alone
-    furtherTls13 // a refusal may also show as a broken connection
+    further,     // only in the server's reply
+    furtherTls13 // also as a broken connection
 };
 [[nodiscard]] FailureScope scopeOf(const BlockOutcome& outcome, DataConnection data);
 
-// Has a conversation that failed so at its first block never been let in?
+// True if a conversation whose first block failed with this code did not log in.
 [[nodiscard]] bool isBeforeLogin(CurlCode code);
 
-// How many of the first files are staged together: 256 of at most 64 MB, or one that is larger. `sizes` is not empty.
+// The number of files, from the first one on, that are staged together: at most 256 files and 64 MB, or one larger
+// file. `sizes` is not empty.
 [[nodiscard]] std::size_t batchLength(std::span<const std::uint64_t> sizes);
 
 } // namespace zembrastel

@@ -11,13 +11,13 @@
 namespace zembrastel {
 namespace {
 
-// From the answers about the live files to the first of the renames, and to the last.
-constexpr std::chrono::milliseconds longestTrust{700};
-constexpr std::chrono::milliseconds longestBlindness{1000};
+// The longest time from the answers about the live files to the first rename, and to the last one.
+constexpr std::chrono::milliseconds maxAnswerAge{700};
+constexpr std::chrono::milliseconds maxTimeToLastRename{1000};
 
-// The line may become slower after a group was made.
+// Shorter than the longest time, since the line may become slower after a group was formed.
 using Seconds = std::chrono::duration<double>;
-constexpr Seconds plannedBlindness{0.75};
+constexpr Seconds plannedTimeToLastRename{0.75};
 
 constexpr int maxTimesOutdated = 10;
 
@@ -29,44 +29,45 @@ std::string octal(unsigned mode) {
 
 } // namespace
 
-// The files go live in the conversation that asks about them, without a further login in between. The first pause keeps
-// the answers fresh: curl asks only when everything before has been dealt with here. In the second one the answers are
-// judged. If they do not allow all the renames, the conversation ends there; the next one asks about the others again.
+// The files go live in the conversation that queries them, without another login in between. The first pause keeps the
+// answers new: curl sends the queries only when this program has processed everything before them. During the second
+// one the program decides. If the answers do not allow all renames, the conversation ends there; the next one queries
+// the remaining files again.
 void Batch::planToPublish(Dialogue& dialogue, const Items& group, const Items& next) {
     for (auto* item : group) {
         if (item->stage != Stage::complete) continue;
         item->plannedMode = traits.changesModes() ? modeToKeep(*item) : std::nullopt;
         item->forgetLive();
     }
-    const auto parts = inGroups(group, mostAtOnce());
-    if (parts.size() > 1) inquiry.askAboutCopies(dialogue, parts);
+    const auto parts = inGroups(group, maxRenamesAtOnce());
+    if (parts.size() > 1) queries.queryCopies(dialogue, parts);
     for (const auto& part : parts) {
         const bool last = &part == &parts.back();
         dialogue.addPause(
             [this] {
-                inquiry.answered.reset();
+                queries.answered.reset();
                 return true;
             },
             TransferControl::AtStop::ends);
-        parts.size() > 1 ? inquiry.askAboutLive(dialogue, part) : inquiry.ask(dialogue, part);
+        parts.size() > 1 ? queries.queryLiveFiles(dialogue, part) : queries.query(dialogue, part);
         dialogue.addPause(
             [this, part, next = last ? next : Items()] {
                 if (!mayPublish(part)) return false;
-                mayBeSent(next);
+                markPerhapsOnServer(next);
                 return true;
             },
             TransferControl::AtStop::lastsOut);
         addRenames(dialogue, part);
     }
-    askAfterwards(dialogue, group);
+    verifyRenames(dialogue, group);
 }
 
-// Of so many files the first answer is not too old when the last file is renamed.
-std::size_t Batch::mostAtOnce() const {
+// The number of files of which the first answer is not too old when the last file is renamed.
+std::size_t Batch::maxRenamesAtOnce() const {
     const auto reply = traits.replyTime();
     if (!reply) return groupLength;
-    const Seconds each = *reply * static_cast<double>(inquiry.commandsForEach() + commandsToRename());
-    return static_cast<std::size_t>(std::clamp(plannedBlindness / each, 1.0, static_cast<double>(groupLength)));
+    const Seconds each = *reply * static_cast<double>(queries.commandsForEach() + commandsToRename());
+    return static_cast<std::size_t>(std::clamp(plannedTimeToLastRename / each, 1.0, static_cast<double>(groupLength)));
 }
 
 bool Batch::mayPublish(const Items& group) {
@@ -88,7 +89,7 @@ bool Batch::mayPublish(const Items& group) {
     return true;
 }
 
-// Not again what was announced already: that would make the answers older.
+// Copies that were announced already are left out: each call makes the answers older.
 void Batch::announce(const Items& group) {
     if (!events.goingLive) return;
     std::vector<CompleteCopy> copies;
@@ -110,26 +111,26 @@ void Batch::addRenames(Dialogue& dialogue, const Items& chosen) {
     }
 }
 
-// Servers have confirmed renames that they had not done.
-void Batch::askAfterwards(Dialogue& dialogue, const Items& chosen) {
+// Some servers confirm renames that they did not carry out.
+void Batch::verifyRenames(Dialogue& dialogue, const Items& chosen) {
     const auto open = std::make_shared<std::size_t>(byFolder(chosen).size());
-    inquiry.askAfter(dialogue, chosen, [this, chosen, open](const Items&) {
+    queries.queryRenamed(dialogue, chosen, [this, chosen, open](const Items&) {
         if (--*open == 0) settleRenamed(chosen); // together, so that they are reported in the order of the paths
     });
 }
 
-// No live file is replaced on the strength of an old answer: the machine may have been suspended since, or its disk
-// slow with what `goingLive` writes, or the line slower than the group was made for. Then the server is asked again.
+// True if the answers are too old to replace live files: the machine may have been suspended since, its disk may be
+// slow with what `goingLive` writes, or the line may be slower than planned. Then the server is asked again.
 bool Batch::isOutdated(const Items& group) {
-    if (inquiry.answered) {
-        const auto age = sinceBoot() - *inquiry.answered;
+    if (queries.answered) {
+        const auto age = sinceBoot() - *queries.answered;
         const Seconds renaming = traits.replyTime().value_or(std::chrono::nanoseconds{})
                                  * static_cast<double>(group.size() * commandsToRename());
-        if (age <= longestTrust && (group.size() == 1 || age + renaming <= longestBlindness)) return false;
+        if (age <= maxAnswerAge && (group.size() == 1 || age + renaming <= maxTimeToLastRename)) return false;
     }
     if (++timesOutdated == maxTimesOutdated) {
         Item& first = *group.front();
-        giveUp(
+        failWithServer(
             first,
             {.message = "This computer is too slow at present to replace " + first.file.path
                         + " without the risk of losing a newer version on the server. The upload will be retried."});
@@ -146,8 +147,8 @@ std::vector<TransferOption> Batch::renamingOf(const Item& item) const {
     return commands;
 }
 
-// In one block, which ends with the first command that is refused. What became of its files is then asked, and the
-// others are renamed one by one.
+// In one block, which ends with the first command that is refused. Then its files are queried, and the remaining ones
+// are renamed one by one.
 void Batch::rename(Dialogue& dialogue, const std::string& folder, const Items& within) {
     TransferBlock block{
         .path = folder,
@@ -182,13 +183,13 @@ void Batch::settleRenamed(const Items& chosen) {
 void Batch::settle(Item& item) {
     const auto wanted = item.plannedMode;
     if (wanted && item.after.mode && *item.after.mode != *wanted) traits.refusedToChangeModes();
-    // A server that did not show the copy is not to be believed about what became of it.
+    // If the server did not show the copy, its answer about the renamed file proves nothing.
     const bool shown = item.copyBefore.presence == RemoteFacts::Presence::present;
     if (!shown || wentLive(item.size(), item.copyBefore, item.liveBefore, item.after)) {
         finish(item, item.after.modified ? item.after : item.copyBefore);
         return;
     }
-    // The server altered what it renamed: that is no edit of another user.
+    // The server altered the file that it renamed: this is no edit of another user.
     const auto version = versionOf(item.after);
     if (version && item.after.modified == item.copyBefore.modified) item.lastSeen = *version;
     sendAgain(

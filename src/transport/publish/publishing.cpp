@@ -19,7 +19,7 @@ bool publishAll(const FTPTransport& transport, const std::vector<FileToPublish>&
     std::vector<std::uint64_t> sizes;
     sizes.reserve(files.size());
     for (const auto& file : files) sizes.push_back(static_cast<std::uint64_t>(file.fingerprint.size));
-    std::deque<std::unique_ptr<Batch>> paused; // with one large file each, which take turns
+    std::deque<std::unique_ptr<Batch>> paused; // each with one large file; they take turns
     for (std::size_t begun = 0; begun < files.size();) {
         const auto length = batchLength(std::span(sizes).subspan(begun));
         auto batch = std::make_unique<Batch>(transport, std::span(files).subspan(begun, length), events);
@@ -43,7 +43,7 @@ bool publishAll(const FTPTransport& transport, const std::vector<FileToPublish>&
 bool publish(const FTPTransport& transport, const std::vector<FileToPublish>& files, const PublishEvents& events) {
     const auto before = transport.traits->leftovers(transport.profile).size();
     if (!publishAll(transport, files, events)) return false;
-    // Copies that were refused. Names that were tried before wait for the next upload.
+    // Removes refused copies. Names for which that failed before wait for the next upload.
     if (transport.traits->leftovers(transport.profile).size() > before) removeLeftovers(transport);
     return true;
 }

@@ -111,7 +111,7 @@ RemoteFacts Replies::facts(std::size_t number) const {
         const auto entries = parseMLSD(line.substr(0, line.find(' ')) + " file\n");
         if (entries.size() == 1 && !entries.front().directory) return factsOf(entries.front());
     } catch (const SyncError&) {
-        // The server is asked in another way.
+        // The server is queried in another way.
     }
     return {};
 }
@@ -128,7 +128,7 @@ Listing::Listing(const BlockOutcome& outcome) {
         }
         readable = true;
     } catch (const SyncError&) {
-        // Each file is asked about on its own then.
+        // Then each file is queried on its own.
     }
 }
 
@@ -149,7 +149,7 @@ StatusListing::StatusListing(const BlockOutcome& outcome) {
         }
         readable = !entries.empty() && entries.size() < longListing;
     } catch (const SyncError&) {
-        // Each file is asked about on its own then.
+        // Then each file is queried on its own.
     }
     lowered = asciiLowercase(lines);
 }
