@@ -194,9 +194,9 @@ public:
     }
 
     // Starts this site again, whose uploads then fail like this: for single files, or with all files waiting.
-    void failUploads(const Uuid& site, std::vector<Failure> files, std::optional<Failure> all) {
+    void failUploads(const Uuid& site, std::vector<Failure> files, std::optional<Failure> poll) {
         refused = std::move(files);
-        stalled = std::move(all);
+        stalled = std::move(poll);
         first.reset();
         offline = false;
         app->toggle(site); // paused
