@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int mixtures = 20'000;
+constexpr int mixtures = 10'000;
 
 std::string mixed(const std::vector<std::string>& inputs, std::mt19937_64& random) {
     std::string mixture;

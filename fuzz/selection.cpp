@@ -15,7 +15,7 @@ namespace {
 using Ticks = std::vector<std::pair<std::string, bool>>;
 
 bool within(std::string_view folder, std::string_view path) {
-    return folder.empty() || path == folder || path.starts_with(std::string(folder) + '/');
+    return folder.empty() || (path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/'));
 }
 
 // The last tick on a path or on what contains it decides.
