@@ -1,6 +1,6 @@
 // The executable of the command line: prepares the process before any thread or file exists, then runs the command.
 #include "cli/command.h"
-#include "platform/process_limits.h"
+#include "platform/process_resources.h"
 
 #include <csignal>
 #include <fcntl.h>

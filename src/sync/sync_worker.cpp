@@ -2,7 +2,7 @@
 
 #include "model/error.h"
 #include "model/scan.h"
-#include "platform/memory.h"
+#include "platform/process_resources.h"
 #include "platform/text.h"
 #include "sync/progress_meter.h"
 #include "sync/upload_queue.h"

@@ -7,7 +7,7 @@
 #include "language/translation.h"
 #include "model/error.h"
 #include "platform/instance_lock.h"
-#include "platform/process_limits.h"
+#include "platform/process_resources.h"
 #include "ui/application.h"
 #include "ui/bridge/qt_main_context.h"
 #include "ui/desktop/bus_activation.h"

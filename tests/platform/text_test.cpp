@@ -1,17 +1,12 @@
 #include "platform/name_order.h"
 #include "platform/text.h"
 
-#include <array>
-#include <atomic>
 #include <gtest/gtest.h>
-#include <thread>
 
 namespace zembrastel {
 namespace {
 
-using namespace std::chrono_literals;
 using namespace std::string_view_literals;
-using std::chrono::sys_seconds;
 using Pieces = std::vector<std::string_view>;
 
 // The searches go through plain text in steps of several bytes: whatever is sought must be found at every distance from
@@ -86,22 +81,6 @@ TEST(Text, NamesSortAsInAFileManagerInAnyLocale) {
         EXPECT_EQ(nameSortKey(b), nameSortKey(asciiLowercase(b))) << b;
     }
     EXPECT_EQ(nameSortKey("a\0b"sv), nameSortKey("ab")) << "as they compare";
-}
-
-TEST(Text, DatesAndNamesWorkOnManyThreads) {
-    std::atomic<int> wrong = 0;
-    const auto work = [&wrong](int hour) {
-        const std::string date = "Thu, 01 Jan 1970 0" + std::to_string(hour) + ":00:00 GMT";
-        for (int i = 0; i < 500; ++i) {
-            wrong += parseHttpDate(date) != sys_seconds(std::chrono::hours(hour));
-            wrong += compareNames("file" + std::to_string(i), "file" + std::to_string(i + 1)) >= 0;
-        }
-    };
-    {
-        const std::jthread threads[]{
-            std::jthread(work, 0), std::jthread(work, 1), std::jthread(work, 2), std::jthread(work, 3)};
-    }
-    EXPECT_EQ(wrong, 0);
 }
 
 } // namespace

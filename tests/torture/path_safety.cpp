@@ -6,7 +6,7 @@
 // moments of peace in which the program gets somewhere. A seed that is given again repeats the attacker's choices.
 #include "model/scan.h"
 #include "model/state_store.h"
-#include "platform/process_limits.h"
+#include "platform/process_resources.h"
 #include "support/local_site.h"
 #include "torture/torture.h"
 #include "transport/download/backups.h"

@@ -7,9 +7,6 @@
 #include "ui/widgets/confirm_dialog.h"
 #include "ui/widgets/search_field.h"
 
-#include <QApplication>
-#include <QScopeGuard>
-
 #include <ctime>
 #include <filesystem>
 
@@ -156,24 +153,6 @@ TEST_F(Picker, ClickChangesOnlyThePartThatItHits) {
     EXPECT_TRUE(shows("All files on the server, 1 exception"));
     press("Select none");
     EXPECT_FALSE(picker->selection().hasSelection());
-}
-
-TEST_F(Picker, RightToLeftRowsReactWhereTheyAreDrawn) {
-    const auto restore = qScopeGuard([] { QApplication::setLayoutDirection(Qt::LeftToRight); });
-    QApplication::setLayoutDirection(Qt::RightToLeft);
-    openListed({"docs/a.txt", "index.html"});
-    const int width = place(0).width();
-    click(0, 39);
-    EXPECT_TRUE(shows("Nothing selected"));
-    click(0, width - 39);
-    EXPECT_TRUE(shows("1 folder selected"));
-    key(Qt::Key_Left);
-    ASSERT_TRUE(settles());
-    EXPECT_EQ(row(1), "a.txt, Selected");
-    key(Qt::Key_Right);
-    EXPECT_EQ(count(), 2);
-    click(0, width - 14);
-    EXPECT_EQ(count(), 3);
 }
 
 TEST_F(Picker, SearchHidesNoMatchAndLosesNoTick) {

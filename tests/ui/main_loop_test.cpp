@@ -8,7 +8,6 @@
 #include <QSignalSpy>
 #include <QThread>
 
-#include <atomic>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -61,18 +60,6 @@ TEST(QtMainContext, DelayedWorkIsNeitherLostNorEarly) {
     ASSERT_TRUE(waitFor([&order] { return order.size() == 3; }));
     EXPECT_EQ(order, (std::vector{0, 1, 2}));
     EXPECT_GE(took, 59ms);
-}
-
-TEST(QtMainContext, RunOnMainReturnsAfterTheWork) {
-    QtMainContext context;
-    std::atomic<bool> returned = false;
-    bool ran = false;
-    std::jthread worker([&](const std::stop_token& stop) {
-        runOnMain(context, stop, [&ran] { ran = true; });
-        returned = true;
-    });
-    ASSERT_TRUE(waitFor([&returned] { return returned.load(); }));
-    EXPECT_TRUE(ran);
 }
 
 TEST(QtMainContext, PostingAfterTheApplicationEndedIsHarmless) {

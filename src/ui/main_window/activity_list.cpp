@@ -154,7 +154,7 @@ ActivityList::ActivityList(QWidget* parent)
         if (line.isValid()) Q_EMIT lineReached(view->visualRect(line).translated(view->pos()));
     });
     auto* const layout = new QVBoxLayout(this);
-    layout->setContentsMargins(1, edge, 0, edge);
+    layout->setContentsMargins(1, edge, 1, edge);
     layout->addWidget(view);
     layout->addWidget(emptyPage);
     fitLines();

@@ -68,11 +68,12 @@ StatusLine::StatusLine(QWidget* parent)
     : QWidget(parent), symbol(new StatusSymbol), title(makeLabel(QString(), TextStyle::strong)),
       progress(new ProgressLabel), detail(new WrapLabel(QString(), TextStyle::body, Tone::dim)) {
     auto* const layout = new QGridLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setContentsMargins(0, 2, 0, 0);
     layout->setHorizontalSpacing(12);
-    layout->setVerticalSpacing(1);
+    layout->setVerticalSpacing(2);
     layout->setColumnStretch(2, 1);
-    layout->addWidget(symbol, 0, 0);
+    title->setContentsMargins(0, 1, 0, 0); // beside the middle of the symbol
+    layout->addWidget(symbol, 0, 0, 2, 1, Qt::AlignTop);
     layout->addWidget(title, 0, 1);
     layout->addWidget(progress, 0, 2);
     layout->addWidget(detail, 1, 1, 1, 2);

@@ -92,7 +92,7 @@ QWidget* ProfileDetail::makePage() {
     layout->addWidget(route);
     layout->addWidget(counters);
     auto* const log = new QVBoxLayout;
-    log->setSpacing(8);
+    log->setSpacing(7);
     log->addLayout(makeActivityHead());
     log->addWidget(activity, 1);
     layout->addLayout(log, 1);

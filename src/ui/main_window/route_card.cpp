@@ -90,7 +90,7 @@ QWidget* RouteCard::makeRoute() {
     route->addLayout(makeEnd("server", makeRemote()), 1);
     auto* const page = new QWidget;
     auto* const layout = new QVBoxLayout(page);
-    layout->setContentsMargins(readingMargins(16 - focusRingSpace, 12, 16, 13));
+    layout->setContentsMargins(readingMargins(16 - focusRingSpace, 12, 16, 12));
     layout->setSpacing(8);
     layout->addWidget(makeRouteCaption(tr("LOCAL → SERVER")));
     layout->addLayout(route);
@@ -133,7 +133,7 @@ QVBoxLayout* RouteCard::makeRemote() {
 
 QWidget* RouteCard::makeContents() {
     auto* const texts = new QVBoxLayout;
-    texts->setSpacing(1);
+    texts->setSpacing(2);
     texts->addWidget(contents);
     texts->addWidget(makeLabel(tr("Local deletions kept on server"), TextStyle::small, Tone::dim));
     auto* const page = new QWidget;

@@ -1,5 +1,5 @@
 #include "platform/files.h"
-#include "platform/process_limits.h"
+#include "platform/process_resources.h"
 #include "support/temporary_folder.h"
 
 #include <csignal>

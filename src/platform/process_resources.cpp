@@ -1,7 +1,8 @@
-#include "platform/process_limits.h"
+#include "platform/process_resources.h"
 
 #include <algorithm>
 #include <csignal>
+#include <malloc.h>
 #include <sys/resource.h>
 
 namespace zembrastel {
@@ -26,5 +27,7 @@ void forbidCoreDumps() {
     limits.rlim_cur = limits.rlim_max;
     (void)::setrlimit(RLIMIT_CORE, &limits); // lowering is never refused
 }
+
+void returnFreeMemory() { (void)::malloc_trim(0); }
 
 } // namespace zembrastel
